@@ -1,0 +1,195 @@
+#pragma once
+
+#include "TWCore/Async/Executor.h"
+#include "TWCore/Check.h"
+
+#include <coroutine>
+#include <exception>
+#include <optional>
+#include <stop_token>
+#include <utility>
+#include <variant>
+
+namespace tw {
+
+template <class T>
+class Task;
+
+namespace detail {
+
+/// The half of a promise that does not depend on the result: context, and who goes on afterwards.
+struct TaskPromiseBase {
+    TaskContext context;
+    std::optional<std::stop_token> ownStop; ///< replaces the inherited token, see Task::withStop
+    std::coroutine_handle<> continuation;   ///< none until it is awaited
+
+    /// Hands the thread straight to the one that awaits, without growing the stack.
+    struct FinalAwaiter {
+        bool await_ready() const noexcept { return false; }
+
+        template <class Promise>
+        std::coroutine_handle<> await_suspend(std::coroutine_handle<Promise> finished) const noexcept
+        {
+            return finished.promise().continuation;
+        }
+
+        void await_resume() const noexcept {}
+    };
+
+    std::suspend_always initial_suspend() const noexcept { return {}; }
+
+    FinalAwaiter final_suspend() const noexcept { return {}; }
+
+    void inherit(TaskContext const &caller)
+    {
+        context.executor = caller.executor;
+        context.stop = ownStop ? *ownStop : caller.stop;
+    }
+};
+
+template <class T>
+struct TaskPromise : TaskPromiseBase {
+    std::variant<std::monostate, T, std::exception_ptr> outcome;
+
+    Task<T> get_return_object() noexcept;
+
+    template <class Value>
+    void return_value(Value &&value)
+    {
+        outcome.template emplace<1>(std::forward<Value>(value));
+    }
+
+    void unhandled_exception() noexcept { outcome.template emplace<2>(std::current_exception()); }
+
+    T take()
+    {
+        if (auto *failure = std::get_if<2>(&outcome))
+            std::rethrow_exception(std::move(*failure));
+        return std::move(std::get<1>(outcome));
+    }
+};
+
+template <>
+struct TaskPromise<void> : TaskPromiseBase {
+    std::exception_ptr failure;
+
+    Task<void> get_return_object() noexcept;
+
+    void return_void() const noexcept {}
+
+    void unhandled_exception() noexcept { failure = std::current_exception(); }
+
+    void take()
+    {
+        if (failure)
+            std::rethrow_exception(std::move(failure));
+    }
+};
+
+} // namespace detail
+
+/// An asynchronous operation that starts when it is awaited and is awaited once.
+///
+/// It runs on the executor of the task that awaits it and under its stop token; it also ends there, so that whoever
+/// awaits goes on where it was. What it throws reaches the one that awaits. A task that is never awaited never runs.
+///
+/// Threads: one at a time; the executor decides which.
+/// Lifetime: the task owns its frame, with all arguments in it; dropping a task that has not been awaited drops them.
+template <class T = void>
+class [[nodiscard]] Task {
+public:
+    using promise_type = detail::TaskPromise<T>;
+
+    Task(Task &&other) noexcept : frame(std::exchange(other.frame, {})) {}
+
+    Task &operator=(Task &&other) noexcept
+    {
+        std::swap(frame, other.frame);
+        return *this;
+    }
+
+    ~Task()
+    {
+        if (frame)
+            frame.destroy();
+    }
+
+    /// The same task, listening to `token` instead of the stop token of the one that awaits it.
+    Task withStop(std::stop_token token) &&
+    {
+        frame.promise().ownStop = std::move(token);
+        return std::move(*this);
+    }
+
+    auto operator co_await() && noexcept { return Awaiter{frame}; }
+
+private:
+    friend promise_type;
+
+    /// Passes the context on, and the thread: the task begins inside the suspension of the one that awaits it.
+    struct Awaiter {
+        std::coroutine_handle<promise_type> frame;
+
+        bool await_ready() const noexcept { return false; }
+
+        template <class Promise>
+        std::coroutine_handle<> await_suspend(std::coroutine_handle<Promise> caller)
+        {
+            check(frame && !frame.promise().continuation, "a task is awaited once");
+            frame.promise().inherit(caller.promise().context);
+            frame.promise().continuation = caller;
+            return frame;
+        }
+
+        T await_resume() { return frame.promise().take(); }
+    };
+
+    explicit Task(std::coroutine_handle<promise_type> handle) noexcept : frame(handle) {}
+
+    std::coroutine_handle<promise_type> frame;
+};
+
+namespace detail {
+
+template <class T>
+Task<T> TaskPromise<T>::get_return_object() noexcept
+{
+    return Task<T>(std::coroutine_handle<TaskPromise>::from_promise(*this));
+}
+
+inline Task<void> TaskPromise<void>::get_return_object() noexcept
+{
+    return Task<void>(std::coroutine_handle<TaskPromise>::from_promise(*this));
+}
+
+/// Answers the context of the task that awaits it, without suspending.
+struct ContextAwaiter {
+    TaskContext context;
+
+    bool await_ready() const noexcept { return false; }
+
+    template <class Promise>
+    bool await_suspend(std::coroutine_handle<Promise> caller)
+    {
+        context = caller.promise().context;
+        return false;
+    }
+
+    TaskContext await_resume() noexcept { return std::move(context); }
+};
+
+} // namespace detail
+
+/// `co_await currentContext()` answers where the running task runs and what may stop it.
+inline detail::ContextAwaiter currentContext()
+{
+    return {};
+}
+
+/// Starts a task that nobody awaits, on the executor and under the stop token of `context`.
+///
+/// The one place where a task is let loose: `Cancelled` ends it quietly, anything else that it throws is reported
+/// on standard error, since nobody is there to hear it. An executor that lets go of it before it ran frees it.
+void spawn(TaskContext context, Task<void> task);
+
+} // namespace tw

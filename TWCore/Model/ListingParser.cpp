@@ -1,0 +1,250 @@
+#include "TWCore/Model/ListingParser.h"
+
+#include "TWCore/Check.h"
+
+#include <cstring>
+#include <limits>
+#include <unordered_map>
+
+namespace tw::ListingParser {
+
+namespace {
+
+constexpr char recordSeparator = '\0';
+constexpr char fieldSeparator = '\t';
+
+std::string joined(std::string_view root, std::string_view relative)
+{
+    std::string path(root == "/" ? "" : root);
+    path += '/';
+    path += relative;
+    return path;
+}
+
+/// Whether `path` is `below` or one of the folders that lead to it. Both are normalised.
+bool isAtOrAbove(std::string_view path, std::string_view below)
+{
+    return below.starts_with(path) && (path == "/" || below.size() == path.size() || below[path.size()] == '/');
+}
+
+/// Reads numbers and fields from a stream, and says when it has run out.
+class FieldReader {
+public:
+    explicit FieldReader(std::string_view bytes) : next(bytes.data()), end(next + bytes.size()) {}
+
+    bool atEnd() const { return next == end; }
+
+    char const *position() const { return next; }
+
+    void skipLineEnds()
+    {
+        while (next != end && (*next == '\n' || *next == '\r'))
+            ++next;
+    }
+
+    /// Behind the next field separator. False: there is none.
+    bool skipField()
+    {
+        auto const length = static_cast<std::size_t>(end - next);
+        auto const *const found = length == 0 ? nullptr : std::memchr(next, fieldSeparator, length);
+        next = found ? static_cast<char const *>(found) + 1 : end;
+        return found != nullptr;
+    }
+
+    /// The digits of a field, whatever else is in it, up to `stop` or the field's end. False: the field has no end.
+    template <unsigned Base, class Number>
+    bool readNumber(Number &value, char stop = fieldSeparator)
+    {
+        value = 0;
+        for (; next != end; ++next) {
+            auto const digit = static_cast<unsigned char>(*next) - static_cast<unsigned>('0');
+            if (digit < Base)
+                value = value * Base + digit;
+            else if (*next == fieldSeparator || *next == stop)
+                return skipField();
+        }
+        return false;
+    }
+
+    /// Up to the record's end and behind it. A record without one ends with the stream.
+    std::string_view readPath(bool &isComplete)
+    {
+        auto const length = static_cast<std::size_t>(end - next);
+        auto const *const start = next;
+        auto const *const found = length == 0 ? nullptr : std::memchr(next, recordSeparator, length);
+        isComplete = found != nullptr;
+        auto const *const stop = found ? static_cast<char const *>(found) : end;
+        next = found ? stop + 1 : end;
+        return {start, stop};
+    }
+
+private:
+    char const *next;
+    char const *const end;
+};
+
+class Scan {
+public:
+    Scan(NameStorage bytes, std::string_view rootPath, int depth)
+        : response(std::move(bytes)), root(normalize(rootPath)), maxDepth(depth), currentPath(root)
+    {
+        discover(root);
+    }
+
+    void read(Completeness completeness)
+    {
+        FieldReader reader(*response);
+        while (!reader.atEnd()) {
+            Entry entry;
+            if (!readFields(reader, entry))
+                break;
+            bool isComplete = true;
+            auto const path = reader.readPath(isComplete);
+            if (!isComplete && completeness == Completeness::truncated)
+                break;
+            if (!path.empty())
+                take(path, entry);
+        }
+        flushRun();
+    }
+
+    std::map<std::string, DirectorySnapshot> result(std::chrono::system_clock::time_point fetchedAt,
+                                                    Completeness completeness)
+    {
+        auto const hasEntries = [](auto const *folder) { return !folder->second.empty(); };
+        auto const reached = order.rend() - std::ranges::find_if(order.rbegin(), order.rend(), hasEntries);
+        std::map<std::string, DirectorySnapshot> snapshots;
+        for (std::ptrdiff_t index = 0; index < std::ssize(order); ++index) {
+            auto &[path, entries] = *order[static_cast<std::size_t>(index)];
+            bool const mayBeShort = index >= reached || isAtOrAbove(path, order.back()->first);
+            auto const isCut = completeness == Completeness::truncated && mayBeShort;
+            snapshots.emplace(path, DirectorySnapshot(path, response, std::move(entries), fetchedAt, isCut));
+        }
+        return snapshots;
+    }
+
+private:
+    /// The four fields before the path. False: the stream ended in them.
+    static bool readFields(FieldReader &reader, Entry &entry)
+    {
+        reader.skipLineEnds();
+        if (reader.atEnd())
+            return false;
+        entry.kind = entryKind(static_cast<std::uint8_t>(*reader.position()));
+        std::uint64_t size = 0;
+        std::uint64_t mtime = 0;
+        std::uint32_t mode = 0;
+        if (!reader.skipField() || !reader.readNumber<10>(size) || !reader.readNumber<10>(mtime, '.') ||
+            !reader.readNumber<8>(mode))
+            return false;
+        entry.size = static_cast<std::int64_t>(size);
+        entry.mtime = static_cast<std::int64_t>(mtime);
+        entry.mode = static_cast<std::uint16_t>(mode);
+        return true;
+    }
+
+    void take(std::string_view path, Entry entry)
+    {
+        auto const slash = path.rfind('/');
+        auto const isInRoot = slash == std::string_view::npos;
+        auto const name = isInRoot ? path : path.substr(slash + 1);
+        if (leadsElsewhere(name))
+            return;
+        enterRun(isInRoot ? std::string_view() : path.substr(0, slash));
+        if (isRunDropped)
+            return;
+        entry.nameOffset = static_cast<std::uint32_t>(name.data() - response->data());
+        entry.nameLength = static_cast<std::uint32_t>(name.size());
+        pending.push_back(entry);
+        if (entry.isDirectory() && isReached())
+            discover(joined(root, path));
+    }
+
+    /// A run is a stretch of records of one folder: within it no path is made and nothing is looked up.
+    void enterRun(std::string_view directory)
+    {
+        if (isInRun && directory == runDirectory)
+            return;
+        flushRun();
+        isInRun = true;
+        runDirectory = directory;
+        isRunDropped = hasPartThatLeadsElsewhere(directory);
+        currentPath = directory.empty() ? root : joined(root, directory);
+    }
+
+    /// No folder has an entry of such a name. A host that sends one anyway may mean to have a file of another folder
+    /// copied, or removed.
+    static bool leadsElsewhere(std::string_view name) { return name.empty() || name == "." || name == ".."; }
+
+    static bool hasPartThatLeadsElsewhere(std::string_view directory)
+    {
+        while (!directory.empty()) {
+            auto const slash = directory.find('/');
+            if (leadsElsewhere(directory.substr(0, slash)) || slash + 1 == directory.size())
+                return true;
+            directory.remove_prefix(slash == std::string_view::npos ? directory.size() : slash + 1);
+        }
+        return false;
+    }
+
+    void flushRun()
+    {
+        if (pending.empty())
+            return;
+        auto &entries = discover(currentPath);
+        entries.insert(entries.end(), pending.begin(), pending.end());
+        pending.clear();
+    }
+
+    /// Whether the scan looked inside the folders of the current run.
+    bool isReached() const
+    {
+        if (runDirectory.empty())
+            return maxDepth >= 2;
+        return std::ranges::count(runDirectory, '/') + 2 < maxDepth;
+    }
+
+    std::vector<Entry> &discover(std::string const &path)
+    {
+        auto const [found, isNew] = folders.try_emplace(path);
+        if (isNew)
+            order.push_back(&*found);
+        return found->second;
+    }
+
+    using Folders = std::unordered_map<std::string, std::vector<Entry>>;
+
+    NameStorage const response;
+    std::string const root;
+    int const maxDepth;
+
+    Folders folders;
+    std::vector<Folders::value_type *> order; ///< the folders as they were found
+
+    std::string currentPath;
+    std::string_view runDirectory; ///< of the current run, relative to the root, in the response
+    bool isInRun = false;
+    bool isRunDropped = false;
+    std::vector<Entry> pending; ///< the entries of the current run
+};
+
+} // namespace
+
+std::map<std::string, DirectorySnapshot> parse(NameStorage response, std::string_view root, int maxDepth,
+                                               std::chrono::system_clock::time_point fetchedAt,
+                                               Completeness completeness)
+{
+    check(response->size() <= std::numeric_limits<std::uint32_t>::max(), "a listing response is over 4 GiB");
+    Scan scan(std::move(response), root, maxDepth);
+    scan.read(completeness);
+    return scan.result(fetchedAt, completeness);
+}
+
+std::string normalize(std::string_view path)
+{
+    while (path.size() >= 2 && path.ends_with('/'))
+        path.remove_suffix(1);
+    return std::string(path);
+}
+
+} // namespace tw::ListingParser

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "TWCore/Provider/FileSystemProvider.h"
+
+#include <vector>
+
+namespace tw {
+
+/// A place whose files can be changed.
+class FileSystemWriter : public virtual FileSystemProvider {
+public:
+    /// Whether `remove` moves things to a place from which the user can bring them back.
+    virtual bool deleteIsReversible() const = 0;
+
+    /// Creates one directory.
+    virtual Task<void> makeDirectory(std::string path) = 0;
+
+    /// Deletes each of the paths. (`delete` is a word of the language.)
+    virtual Task<void> remove(std::vector<std::string> paths) = 0;
+
+    /// Renames, or moves within this provider.
+    virtual Task<void> rename(std::string from, std::string to) = 0;
+};
+
+} // namespace tw
