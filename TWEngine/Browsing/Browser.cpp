@@ -1,0 +1,322 @@
+#include "TWEngine/Browsing/Browser.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/ListingParser.h"
+
+namespace tw {
+
+namespace {
+
+std::string scanKey(std::string const &root, int depth)
+{
+    return root + '\0' + std::to_string(depth);
+}
+
+} // namespace
+
+Browser::Browser(std::shared_ptr<FileSystemProvider> source, Collaborators collaborators, Config settings)
+    : provider(std::move(source)),
+      strand(std::move(collaborators.strand)),
+      clock(std::move(collaborators.clock)),
+      persistIdentity(provider->persistentCacheIdentity()),
+      store(persistIdentity ? std::move(collaborators.store) : nullptr),
+      config(settings),
+      cache(settings.maxCachedBytes)
+{
+}
+
+template <class Function>
+Task<std::invoke_result_t<Function>> Browser::onOwnStrand(Function function)
+{
+    // A static coroutine with arguments: the function, which holds this object, lies in the frame.
+    static constexpr auto run = [](Function work) -> Task<std::invoke_result_t<Function>> { co_return work(); };
+    return onStrand(strand, run(std::move(function)));
+}
+
+Task<OpenResult> Browser::open(std::string path)
+{
+    // Not a coroutine: the owner and the argument are in the frame before anything can suspend.
+    return onStrand(strand, openHere(shared_from_this(), ListingParser::normalize(path)));
+}
+
+Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string path)
+{
+    ++self->counters.opens;
+    if (auto warm = self->openWarm(path))
+        co_return *std::move(warm);
+
+    if (self->store) {
+        auto stored = co_await self->store->load(*self->persistIdentity, path);
+        // Another open may have brought a listing meanwhile, and the store's must not replace a newer one.
+        if (auto warm = self->openWarm(path))
+            co_return *std::move(warm);
+        if (stored)
+            co_return self->openStored(*std::move(stored), path);
+    }
+
+    ++self->counters.coldFetches;
+    auto const fetch = self->fetchToAwait(path);
+    co_await fetch.wait();
+    auto const *const entry = self->cache.find(path);
+    if (!entry)
+        throw BrowserError::NotADirectory(path);
+    OpenResult result{.snapshot = entry->snapshot, .isStale = false, .wasCold = true};
+    self->ensureHorizon(path);
+    co_return result;
+}
+
+std::optional<OpenResult> Browser::openWarm(std::string const &path)
+{
+    auto const *const entry = cache.find(path);
+    if (!entry)
+        return std::nullopt;
+    ++counters.cacheHits;
+    cache.touch(*entry->group, clock->now());
+    auto const isStale = ageOf(*entry->group) > config.ttl.count();
+    OpenResult result{.snapshot = entry->snapshot, .isStale = isStale, .wasCold = false};
+    if (isStale)
+        startFetch(path, horizon(path), Reason::revalidate);
+    ensureHorizon(path);
+    return result;
+}
+
+OpenResult Browser::openStored(DirectorySnapshot snapshot, std::string const &path)
+{
+    ++counters.diskHits;
+    cache.adopt(snapshot, path);
+    // What comes from a disk is stale whatever its age: the program was not there to see it change.
+    startFetch(path, horizon(path), Reason::revalidate);
+    ensureHorizon(path);
+    return {.snapshot = std::move(snapshot), .isStale = true, .wasCold = false};
+}
+
+int Browser::horizon(std::string const &path) const
+{
+    auto const lowered = depthOverride.find(path);
+    return std::min(provider->maxUsefulDepth(),
+                    lowered != depthOverride.end() ? lowered->second : config.prefetchDepth);
+}
+
+double Browser::ageOf(ListingCache::Group const &group) const
+{
+    return secondsBetween(group.fetchedAt, clock->now());
+}
+
+void Browser::ensureHorizon(std::string const &path)
+{
+    auto const depth = horizon(path);
+    if (depth < 2)
+        return;
+    auto const *const entry = cache.find(path);
+    // A by-product of a scan from higher up does not cover what is below the path.
+    auto const isCovered = entry && entry->group->root == path && entry->group->depth >= depth &&
+                           ageOf(*entry->group) <= config.ttl.count();
+    if (!isCovered)
+        startFetch(path, depth, Reason::prefetch);
+}
+
+void Browser::startFetch(std::string const &root, int depth, Reason reason)
+{
+    if (inFlight.contains(scanKey(root, depth)))
+        return;
+    if (reason == Reason::prefetch)
+        ++counters.prefetches;
+    launch(root, depth, FetchPriority::background);
+}
+
+SharedTask<void> Browser::fetchToAwait(std::string const &root)
+{
+    auto const depth = std::min(provider->maxUsefulDepth(), config.interactiveDepth);
+    auto const running = inFlight.find(scanKey(root, depth));
+    return running != inFlight.end() ? running->second.task : launch(root, depth, FetchPriority::interactive);
+}
+
+SharedTask<void> Browser::launch(std::string const &root, int depth, FetchPriority priority)
+{
+    Scan scan{.key = scanKey(root, depth), .root = root, .depth = depth, .priority = priority, .number = ++lastNumber};
+    auto const key = scan.key;
+    auto const number = scan.number;
+    auto const task = SharedTask<void>::start(strand.executor(), performFetch(weak_from_this(), std::move(scan)));
+    inFlight.insert_or_assign(key, Running{task, number});
+    return task;
+}
+
+Task<void> Browser::performFetch(std::weak_ptr<Browser> weak, Scan scan)
+{
+    auto self = weak.lock();
+    if (!self)
+        co_return;
+    auto const provider = self->provider;
+    auto const clock = self->clock;
+    self.reset(); // a scan does not keep its Browser alive
+
+    auto const context = co_await currentContext();
+    auto const started = clock->steadyNow();
+    Listings listings;
+    std::exception_ptr failure;
+    try {
+        listings = co_await provider->fetch(scan.root, scan.depth, scan.priority);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    auto const elapsed = clock->steadyNow() - started;
+
+    self = weak.lock();
+    if (!self)
+        co_return;
+    self->forgetScan(scan);
+    if (failure)
+        std::rethrow_exception(failure);
+    if (context.stop.stop_requested())
+        throw Cancelled();
+    if (!listings.empty())
+        self->takeIn(scan, std::move(listings), elapsed);
+}
+
+void Browser::forgetScan(Scan const &scan)
+{
+    auto const running = inFlight.find(scan.key);
+    if (running != inFlight.end() && running->second.number == scan.number)
+        inFlight.erase(running);
+}
+
+void Browser::takeIn(Scan const &scan, Listings listings, std::chrono::duration<double> elapsed)
+{
+    auto const change = cache.put(listings, scan.root, scan.depth);
+    auto const isSlow = elapsed > config.slowFetchThreshold;
+    if (scan.depth >= 2 && (isSlow || change.rootTruncated))
+        depthOverride[scan.root] = scan.depth - 1;
+    for (auto const &snapshot : change.changed)
+        publish(snapshot);
+    persist(scan, std::move(listings), !change.changed.empty());
+}
+
+void Browser::persist(Scan const &scan, Listings listings, bool changed)
+{
+    if (!store)
+        return;
+    auto const now = clock->now();
+    auto const last = lastPersist.find(scan.key);
+    if (!changed && last != lastPersist.end() && secondsBetween(last->second, now) < config.persistInterval.count())
+        return;
+    lastPersist.insert_or_assign(scan.key, now);
+    spawn({strand.executor(), {}}, store->save(*persistIdentity, std::move(listings)));
+}
+
+void Browser::publish(DirectorySnapshot const &snapshot) const
+{
+    for (auto const &[number, sink] : updateSinks)
+        sink.send(snapshot);
+}
+
+Task<std::optional<DirectorySnapshot>> Browser::cached(std::string path)
+{
+    return onOwnStrand([self = shared_from_this(), key = ListingParser::normalize(path)] {
+        auto const *const entry = self->cache.find(key);
+        return entry ? std::optional(entry->snapshot) : std::nullopt;
+    });
+}
+
+Task<std::optional<DirectorySnapshot>> Browser::remembered(std::string path)
+{
+    return onStrand(strand, rememberedHere(shared_from_this(), ListingParser::normalize(path)));
+}
+
+Task<std::optional<DirectorySnapshot>> Browser::rememberedHere(std::shared_ptr<Browser> self, std::string path)
+{
+    if (auto const *const entry = self->cache.find(path))
+        co_return entry->snapshot;
+    if (!self->store)
+        co_return std::nullopt;
+    auto stored = co_await self->store->load(*self->persistIdentity, path);
+    co_return stored;
+}
+
+Task<void> Browser::refresh(std::string path)
+{
+    return onOwnStrand([self = shared_from_this(), key = ListingParser::normalize(path)] {
+        self->startFetch(key, self->horizon(key), Reason::revalidate);
+    });
+}
+
+Task<void> Browser::prefetch(std::string path)
+{
+    return onOwnStrand([self = shared_from_this(), key = ListingParser::normalize(path)] {
+        auto const *const entry = self->cache.find(key);
+        if (!entry || self->ageOf(*entry->group) > self->config.ttl.count())
+            self->startFetch(key, self->horizon(key), Reason::prefetch);
+    });
+}
+
+Task<void> Browser::invalidate(std::string path)
+{
+    return onOwnStrand(
+        [self = shared_from_this(), key = ListingParser::normalize(path)] { self->invalidateHere(key); });
+}
+
+void Browser::invalidateHere(std::string const &path)
+{
+    // Whatever the depth, so that the next fetch of the path is stored at once.
+    auto const prefix = path + '\0';
+    std::erase_if(lastPersist, [&](auto const &entry) { return entry.first.starts_with(prefix); });
+    if (store)
+        spawn({strand.executor(), {}}, store->remove(*persistIdentity, path));
+    cache.dropGroupOf(path);
+}
+
+Task<void> Browser::invalidateAll()
+{
+    return onOwnStrand([self = shared_from_this()] {
+        self->cache.clear();
+        self->depthOverride.clear();
+    });
+}
+
+Task<UpdateStream<DirectorySnapshot>> Browser::updates()
+{
+    return onStrand(strand, updatesHere(shared_from_this()));
+}
+
+Task<UpdateStream<DirectorySnapshot>> Browser::updatesHere(std::shared_ptr<Browser> self)
+{
+    auto const number = ++self->lastNumber;
+    auto const forget = [weak = self->weak_from_this(), number, executor = self->strand.executor()] {
+        executor->post([weak, number] {
+            if (auto const browser = weak.lock())
+                browser->updateSinks.erase(number);
+        });
+    };
+    auto ends = UpdateStream<DirectorySnapshot>::make(forget);
+    self->updateSinks.emplace(number, ends.sender);
+    co_return std::move(ends.stream);
+}
+
+Task<void> Browser::connect()
+{
+    return onStrand(strand, provider->connect());
+}
+
+Task<void> Browser::shutdown()
+{
+    return onStrand(strand, shutdownHere(shared_from_this()));
+}
+
+Task<void> Browser::shutdownHere(std::shared_ptr<Browser> self)
+{
+    auto const running = std::exchange(self->inFlight, {});
+    for (auto const &[key, scan] : running)
+        scan.task.cancel();
+    for (auto const &[number, sink] : std::exchange(self->updateSinks, {}))
+        sink.finish();
+    // First, since a question to a host is waited for until the session that it went over has ended.
+    co_await self->provider->disconnect();
+    for (auto const &[key, scan] : running)
+        co_await outcomeOf(scan.task.wait()); // how it ended is nobody's business any more
+}
+
+Task<Browser::Stats> Browser::stats()
+{
+    return onOwnStrand([self = shared_from_this()] { return self->counters; });
+}
+
+} // namespace tw

@@ -1,0 +1,144 @@
+#include "TWEngine/Browsing/ListingCache.h"
+
+namespace tw {
+
+namespace {
+
+std::size_t storageBytes(ListingCache::Group const &group)
+{
+    return group.storage ? group.storage->size() : 0;
+}
+
+} // namespace
+
+bool showTheSame(DirectorySnapshot const &a, DirectorySnapshot const &b)
+{
+    auto const sameRow = [&](Entry const &left, Entry const &right) {
+        return left.size == right.size && left.mtime == right.mtime && left.mode == right.mode &&
+               left.kind == right.kind && a.nameBytes(left) == b.nameBytes(right);
+    };
+    return std::ranges::equal(a.entries(), b.entries(), sameRow);
+}
+
+ListingCache::CacheEntry const *ListingCache::find(std::string const &path) const
+{
+    auto const found = entries.find(path);
+    return found == entries.end() ? nullptr : &found->second;
+}
+
+void ListingCache::touch(Group &group, Timestamp now)
+{
+    // The node is reused, so that a warm open allocates nothing.
+    auto node = byAccess.extract({group.lastAccess, group.number});
+    group.lastAccess = now;
+    if (node.empty())
+        return;
+    node.value().first = now;
+    byAccess.insert(std::move(node));
+}
+
+ListingCache::Change ListingCache::put(Listings const &listings, std::string const &root, int depth)
+{
+    auto const asked = listings.find(root);
+    auto const &first = asked != listings.end() ? asked->second : listings.begin()->second;
+    auto const group = makeGroup(first, root, depth);
+
+    Change result{.changed = {}, .rootTruncated = first.truncated()};
+    for (auto const &[path, snapshot] : listings) {
+        // A part of a folder, brought along by a scan that had no room for more, is of no use: it would push out the
+        // whole listing that is there, and where there is none, the next open fetches it whole.
+        if (snapshot.truncated() && depth >= 2)
+            continue;
+        auto const *const old = find(path);
+        if (old && !showTheSame(old->snapshot, snapshot))
+            result.changed.push_back(snapshot);
+        place(snapshot, path, group);
+    }
+    if (!group->paths.empty())
+        admit(group);
+    return result;
+}
+
+void ListingCache::adopt(DirectorySnapshot snapshot, std::string const &path)
+{
+    auto const group = makeGroup(snapshot, path, 1);
+    place(std::move(snapshot), path, group);
+    admit(group);
+}
+
+void ListingCache::dropGroupOf(std::string const &path)
+{
+    auto const *const entry = find(path);
+    if (!entry)
+        return;
+    auto const group = entry->group;
+    evict(group);
+}
+
+void ListingCache::clear()
+{
+    entries.clear();
+    groups.clear();
+    byAccess.clear();
+    bytes = 0;
+}
+
+std::shared_ptr<ListingCache::Group> ListingCache::makeGroup(DirectorySnapshot const &first, std::string root,
+                                                             int depth)
+{
+    auto group = std::make_shared<Group>();
+    group->storage = first.storage();
+    group->root = std::move(root);
+    group->depth = depth;
+    group->fetchedAt = first.fetchedAt();
+    group->truncated = first.truncated();
+    group->lastAccess = first.fetchedAt();
+    group->number = ++lastNumber;
+    return group;
+}
+
+void ListingCache::place(DirectorySnapshot snapshot, std::string const &path, std::shared_ptr<Group> const &group)
+{
+    auto &entry = entries[path];
+    if (auto const old = std::exchange(entry.group, group)) {
+        old->paths.erase(path);
+        if (old->paths.empty())
+            evict(old);
+    }
+    entry.snapshot = std::move(snapshot);
+    group->paths.insert(path);
+}
+
+void ListingCache::admit(std::shared_ptr<Group> const &group)
+{
+    groups.emplace(group->number, group);
+    byAccess.emplace(group->lastAccess, group->number);
+    bytes += storageBytes(*group);
+    enforceBudget(*group);
+}
+
+void ListingCache::enforceBudget(Group const &keep)
+{
+    auto oldest = byAccess.begin();
+    while (bytes > maxBytes && oldest != byAccess.end()) {
+        auto const number = oldest->second;
+        ++oldest;
+        if (number != keep.number)
+            evict(groups.at(number));
+    }
+}
+
+void ListingCache::evict(std::shared_ptr<Group> const &group)
+{
+    // A copy: the reference may be one into `groups`.
+    auto const keep = group;
+    for (auto const &path : keep->paths)
+        entries.erase(path);
+    keep->paths.clear();
+    if (groups.erase(keep->number) == 0)
+        return;
+    byAccess.erase({keep->lastAccess, keep->number});
+    bytes -= storageBytes(*keep);
+}
+
+} // namespace tw

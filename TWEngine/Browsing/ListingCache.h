@@ -1,0 +1,98 @@
+#pragma once
+
+#include "TWCore/Async/Clock.h"
+#include "TWCore/Provider/FileSystemProvider.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace tw {
+
+/// The listings that a Browser holds in memory, and what they cost.
+///
+/// One scan of several levels is one byte buffer that all its snapshots point into: dropping one snapshot frees
+/// nothing while a sibling still holds the buffer. So memory is counted by group, a group being what one fetch
+/// brought, and eviction goes by group, whole, the least recently opened first. A group shrinks as later fetches
+/// replace its directories one by one, and its bytes are released when the last of them has gone.
+///
+/// Threads: none of its own; used by one owner at a time.
+class ListingCache {
+public:
+    /// What one fetch brought.
+    struct Group {
+        NameStorage storage;
+        std::string root; ///< the path that the scan began at
+        int depth = 1;    ///< how deep the scan was asked to go
+        Timestamp fetchedAt;
+        bool truncated = false;
+        std::unordered_set<std::string> paths; ///< those in the cache that still belong to this group
+        Timestamp lastAccess;                  ///< when any of its paths was opened last
+        std::uint64_t number = 0;              ///< in order of arrival
+    };
+
+    struct CacheEntry {
+        DirectorySnapshot snapshot;
+        std::shared_ptr<Group> group;
+    };
+
+    /// `budget` is the number of bytes of name storage to stay within.
+    explicit ListingCache(std::size_t budget) : maxBytes(budget) {}
+
+    /// The entry of a normalised path, or null. It stays valid until the next change of the cache.
+    CacheEntry const *find(std::string const &path) const;
+
+    /// Notes that a path of the group was opened.
+    void touch(Group &group, Timestamp now);
+
+    /// What came of putting in the result of a fetch.
+    struct Change {
+        std::vector<DirectorySnapshot> changed; ///< the listings that differ from the ones they replaced
+        bool rootTruncated = false;
+    };
+
+    /// Takes in the result of one scan, which is not empty. A listing whose path was not there before is not a change:
+    /// nobody can be looking at it. Of a scan of several levels, listings that are truncated are left out. The group
+    /// just put in is never evicted, even if it alone exceeds the budget.
+    Change put(Listings const &listings, std::string const &root, int depth);
+
+    /// Takes in one listing that was not fetched now, as a group of its own.
+    void adopt(DirectorySnapshot snapshot, std::string const &path);
+
+    /// Drops the group that holds `path`, with all that was scanned along with it.
+    void dropGroupOf(std::string const &path);
+
+    void clear();
+
+    /// The sum of the storage sizes of all groups.
+    std::size_t cachedBytes() const noexcept { return bytes; }
+
+    std::size_t pathCount() const noexcept { return entries.size(); }
+
+    std::map<std::uint64_t, std::shared_ptr<Group>> const &liveGroups() const noexcept { return groups; }
+
+private:
+    std::shared_ptr<Group> makeGroup(DirectorySnapshot const &first, std::string root, int depth);
+    void place(DirectorySnapshot snapshot, std::string const &path, std::shared_ptr<Group> const &group);
+    void admit(std::shared_ptr<Group> const &group);
+    void enforceBudget(Group const &keep);
+    void evict(std::shared_ptr<Group> const &group);
+
+    std::size_t const maxBytes;
+    std::unordered_map<std::string, CacheEntry> entries;
+    std::map<std::uint64_t, std::shared_ptr<Group>> groups;
+    /// The groups by last access, the older arrival first among equals.
+    std::set<std::pair<Timestamp, std::uint64_t>> byAccess;
+    std::size_t bytes = 0;
+    std::uint64_t lastNumber = 0;
+};
+
+/// Whether two listings show the same: the same entries in the same order, wherever their names are stored.
+bool showTheSame(DirectorySnapshot const &a, DirectorySnapshot const &b);
+
+} // namespace tw

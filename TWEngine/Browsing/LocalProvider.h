@@ -1,0 +1,41 @@
+#pragma once
+
+#include "TWCore/Provider/FileSystemReader.h"
+#include "TWEngine/Runtime/WorkerPool.h"
+
+namespace tw {
+
+/// The files of this machine.
+///
+/// Stateless: every call blocks on a worker thread of its own, and calls may overlap. Paths are bytes, as the kernel
+/// takes them.
+///
+/// Threads: may be used from anywhere.
+/// Lifetime: `workers` outlives it and every operation in flight.
+/// Errors: LocalProviderError from `fetch`, ReadError from reading, PlatformError from `upload`.
+class LocalProvider final : public FileSystemReader {
+public:
+    explicit LocalProvider(WorkerPool const &workers) : pool(workers) {}
+
+    std::string identifier() const override { return "local"; }
+
+    std::string displayName() const override { return "This Mac"; }
+
+    int maxUsefulDepth() const override { return 1; }
+
+    /// Lists the one directory, whatever the `depth`.
+    Task<Listings> fetch(std::string path, int depth, FetchPriority priority) override;
+
+    Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length) override;
+
+    /// Of a link itself, not of its target.
+    Task<std::int64_t> fileSize(std::string path) override;
+
+    Task<void> download(std::string path, std::string localPath) override;
+    Task<void> upload(std::string localPath, std::string path) override;
+
+private:
+    WorkerPool const &pool;
+};
+
+} // namespace tw

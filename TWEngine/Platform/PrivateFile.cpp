@@ -1,0 +1,102 @@
+#include "TWEngine/Platform/PrivateFile.h"
+
+#include "TWEngine/Runtime/FileDescriptor.h"
+#include "TWEngine/Runtime/WholeFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tw::PrivateFile {
+
+namespace {
+
+constexpr mode_t forItsUser = 0600;
+constexpr mode_t folderForItsUser = 0700;
+
+/// Null for anything but a plain file. Not blocking: opening a pipe to write waits for a reader.
+FileDescriptor openPlain(std::string const &file, int flags)
+{
+    FileDescriptor opened(::open(file.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, forItsUser));
+    struct stat status;
+    if (!opened || ::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return FileDescriptor();
+    return opened;
+}
+
+std::optional<std::size_t> sizeOf(int descriptor)
+{
+    struct stat status;
+    if (::fstat(descriptor, &status) != 0)
+        return std::nullopt;
+    return static_cast<std::size_t>(status.st_size);
+}
+
+/// Fewer bytes if the file has become shorter meanwhile.
+std::optional<std::string> readFrom(int descriptor, std::size_t offset, std::size_t bytes)
+{
+    std::string text;
+    if (::lseek(descriptor, static_cast<off_t>(offset), SEEK_SET) < 0 ||
+        WholeFile::readUpTo(descriptor, bytes, text) != 0)
+        return std::nullopt;
+    return text;
+}
+
+} // namespace
+
+bool makeFolderOf(std::string const &file)
+{
+    std::string path;
+    for (auto const &part : std::filesystem::path(file).parent_path()) {
+        path = (std::filesystem::path(path) / part).string();
+        if (::mkdir(path.c_str(), folderForItsUser) != 0 && errno != EEXIST && errno != EROFS && errno != EACCES)
+            return false;
+    }
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::optional<std::string> read(std::string const &file, std::size_t maxBytes)
+{
+    auto const opened = openPlain(file, O_RDONLY);
+    auto const size = opened ? sizeOf(opened.get()) : std::nullopt;
+    if (!size || *size > maxBytes)
+        return std::nullopt;
+    return readFrom(opened.get(), 0, *size);
+}
+
+std::optional<std::string> readEnd(std::string const &file, std::size_t bytes)
+{
+    auto const opened = openPlain(file, O_RDONLY);
+    auto const size = opened ? sizeOf(opened.get()) : std::nullopt;
+    if (!size || *size <= bytes)
+        return std::nullopt;
+    return readFrom(opened.get(), *size - bytes, bytes);
+}
+
+bool append(std::string const &file, std::string_view text)
+{
+    auto const opened = openPlain(file, O_WRONLY | O_APPEND | O_CREAT);
+    return opened && WholeFile::write(opened.get(), text) == 0;
+}
+
+bool replace(std::string const &file, std::string_view text)
+{
+    auto next = file + ".XXXXXX";
+    FileDescriptor const made(::mkostemp(next.data(), O_CLOEXEC)); // its mode is 0600, see mkstemp(3)
+    if (!made)
+        return false;
+    // On disk before it has its name: after a power cut the old text is better than none.
+    if (WholeFile::write(made.get(), text) == 0 && ::fsync(made.get()) == 0 &&
+        ::rename(next.c_str(), file.c_str()) == 0)
+        return true;
+    ::unlink(next.c_str());
+    return false;
+}
+
+} // namespace tw::PrivateFile

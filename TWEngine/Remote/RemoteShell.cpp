@@ -1,0 +1,400 @@
+#include "TWEngine/Remote/RemoteShell.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Check.h"
+#include "TWCore/Model/DisplayText.h"
+#include "TWCore/Model/Trimmed.h"
+#include "TWEngine/Remote/ResidentScript.h"
+#include "TWEngine/Remote/ShellAnswer.h"
+#include "TWEngine/Runtime/ChildProcess.h"
+#include "TWEngine/Runtime/TimeOut.h"
+
+#include <array>
+#include <cstdio>
+
+#include <sys/random.h>
+
+namespace tw {
+
+namespace {
+
+/// The last words of ssh are its reason; what stood before them is not needed.
+constexpr std::size_t maxErrorBytes = 8192;
+
+/// The longest answer that is waited for. Listings are cut by the script and reads by their length, so only a host that
+/// has lost its mind, or that is hostile, sends as much without an end.
+constexpr std::size_t maxAnswerBytes = 64U << 20U;
+
+/// How long a client whose output has ended may take to end as well and to say why on its standard error. A shared
+/// connection can hold that open for as long as it lives.
+constexpr std::chrono::milliseconds lastWordsTime{500};
+
+std::string randomNonce()
+{
+    // The system's: this is what tells data from the end of data.
+    std::array<std::uint8_t, 8> bytes{};
+    check(::getrandom(bytes.data(), bytes.size(), 0) == std::ssize(bytes), "the system has no random numbers");
+    std::string digits;
+    for (auto const byte : bytes) {
+        char pair[3];
+        std::snprintf(pair, sizeof pair, "%02x", byte);
+        digits += pair;
+    }
+    return digits;
+}
+
+} // namespace
+
+/// One run of the ssh client, and what was heard of it. On the strand.
+struct RemoteShell::Session {
+    std::shared_ptr<ChildProcess> child;
+    ShellReader reader;
+    std::string errors = {};  ///< the end of standard error
+    std::string toWrite = {}; ///< what the writer has not taken yet
+    bool isWriting = false;
+    bool isFlooded = false;
+    std::stop_source stop = {}; ///< for the reading of both outputs
+
+    std::string lastWords() const { return std::string(trimmed(repaired(errors))); }
+};
+
+RemoteShell::RemoteShell(Collaborators with, std::string toHost, RemoteShellOptions settings, ShellDialect speaks)
+    : strand(std::move(with.strand)),
+      io(with.io),
+      clock(std::move(with.clock)),
+      sshProgram(std::move(with.sshProgram)),
+      host(std::move(toHost)),
+      options(std::move(settings)),
+      dialect(speaks),
+      nonce(randomNonce())
+{
+}
+
+RemoteShell::~RemoteShell()
+{
+    if (!session)
+        return;
+    session->stop.request_stop();
+    // A writer that the client does not listen to would keep it alive.
+    session->child->closeInput();
+    session->child->terminate();
+}
+
+Task<void> RemoteShell::connect()
+{
+    return onStrand(strand, connectHere(shared_from_this()));
+}
+
+Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
+{
+    if (self->connected)
+        co_return;
+    auto const context = co_await currentContext();
+    if (context.stop.stop_requested())
+        throw Cancelled();
+    self->teardown(std::nullopt);
+    if (self->dialect == ShellDialect::powershell)
+        throw RemoteShellError::ConnectFailed(self->host, "this version speaks to hosts with a POSIX shell only");
+    self->startSession();
+    auto const session = self->session;
+    auto const answer = self->expect(0);
+    self->write(ResidentScript::posix(self->nonce, self->options.maxResponseBytes) +
+                std::string(lineTerminator(self->dialect)));
+
+    std::string detail;
+    try {
+        co_await awaitHandshake(self, answer);
+        if (self->session == session) {
+            self->connected = true;
+            co_return;
+        }
+        throw RemoteShellError::Disconnected(self->disconnectReason.value_or("connection closed"));
+    } catch (RemoteShellError::TimedOut const &late) {
+        detail = "no response within " + std::to_string(static_cast<int>(late.limit.count())) + "s";
+    } catch (RemoteShellError const &failure) {
+        detail = failure.plainText();
+    } catch (Cancelled const &) {
+        close(self, session);
+        throw;
+    }
+    // A refused key, an unknown host or a name that does not resolve is told by ssh itself.
+    if (auto const words = session->lastWords(); !words.empty())
+        detail = words;
+    if (self->session == session)
+        self->teardown("shut down");
+    throw RemoteShellError::ConnectFailed(self->host, detail);
+}
+
+Task<void> RemoteShell::awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer)
+{
+    auto const limit = self->options.connectTimeout;
+    auto const context = co_await currentContext();
+    // There is nobody to wait for behind a handshake that does not come, or that is not wanted any more: the session is
+    // ended, and with it the wait.
+    std::stop_source inTime;
+    spawn({self->strand.executor(), inTime.get_token()}, closeSlow(self, self->session, limit));
+    std::stop_callback const giveUp(context.stop, [executor = context.executor, weak = std::weak_ptr(self),
+                                                   session = std::weak_ptr(self->session)] {
+        executor->post([weak, session] { close(weak, session.lock()); });
+    });
+    auto outcome = co_await outcomeOf(answerWithin(self->clock, answer, limit));
+    inTime.request_stop();
+    if (context.stop.stop_requested())
+        throw Cancelled();
+    auto const response = outcome.take();
+    if (response.status != 0)
+        throw RemoteShellError::ConnectFailed(self->host, "remote handshake status " + std::to_string(response.status));
+}
+
+Task<void> RemoteShell::closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<Session> session, Seconds limit)
+{
+    auto self = weak.lock();
+    if (!self)
+        co_return;
+    auto const clock = self->clock;
+    self.reset();
+    co_await clock->sleep(std::chrono::duration_cast<std::chrono::nanoseconds>(limit));
+    close(weak, session);
+}
+
+void RemoteShell::close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<Session> const &session)
+{
+    auto const self = weak.lock();
+    if (self && session && self->session == session)
+        self->teardown("shut down");
+}
+
+void RemoteShell::startSession()
+{
+    ChildCommand command{.program = sshProgram,
+                         .arguments = SshCommandLine::session(options, host, dialect),
+                         .input = PipeEnd{},
+                         .output = PipeEnd{},
+                         .error = PipeEnd{}};
+    if (auto const added = SshCommandLine::sessionEnvironment(options); !added.empty()) {
+        command.environment = inheritedEnvironment();
+        for (auto const &[name, value] : added)
+            command.environment->insert_or_assign(name, value);
+    }
+    auto child = ChildProcess::start(io, command);
+    if (!child)
+        throw RemoteShellError::ConnectFailed(host, "could not launch ssh: " + child.error().reason());
+    session = std::make_shared<Session>(
+        Session{.child = *std::move(child), .reader = ShellReader(nonce, options.maxResponseBytes)});
+    spawn({strand.executor(), session->stop.get_token()}, readOutput(weak_from_this(), session));
+}
+
+Task<void> RemoteShell::readErrors(std::shared_ptr<Session> session)
+{
+    std::string buffer;
+    for (;;) {
+        buffer = co_await session->child->read(ChildOutput::error, std::move(buffer));
+        if (buffer.empty())
+            co_return;
+        session->errors += buffer;
+        if (session->errors.size() > maxErrorBytes)
+            session->errors.erase(0, session->errors.size() - maxErrorBytes);
+    }
+}
+
+Task<void> RemoteShell::readOutput(std::weak_ptr<RemoteShell> weak, std::shared_ptr<Session> session)
+{
+    auto const context = co_await currentContext();
+    auto const errors = SharedTask<void>::start(context.executor, readErrors(session));
+    std::stop_callback const stopErrors(context.stop, [errors] { errors.cancel(); });
+    std::string buffer;
+    for (;;) {
+        try {
+            buffer = co_await session->child->read(ChildOutput::standard, std::move(buffer));
+        } catch (PipeError const &) {
+            buffer.clear();
+        }
+        auto const self = weak.lock();
+        if (!self || self->session != session)
+            co_return;
+        if (buffer.empty() || session->isFlooded)
+            break;
+        self->takeOutput(*session, buffer);
+    }
+
+    auto const clock = [&] {
+        auto const self = weak.lock();
+        return self ? self->clock : nullptr;
+    }();
+    if (clock) {
+        co_await outcomeOf(withTimeOut(clock, lastWordsTime, session->child->wait()));
+        co_await outcomeOf(withTimeOut(clock, lastWordsTime, errors.wait()));
+    }
+    errors.cancel();
+    if (auto const self = weak.lock()) {
+        auto const detail = session->isFlooded ? "the host sends without an end" : session->lastWords();
+        self->handleClosed(session.get(), detail);
+    }
+}
+
+void RemoteShell::takeOutput(Session &from, std::string_view bytes)
+{
+    for (auto &frame : from.reader.ingest(bytes))
+        deliver(std::move(frame));
+    if (from.reader.waitingBytes() > maxAnswerBytes) {
+        from.isFlooded = true;
+        from.child->kill();
+    }
+}
+
+void RemoteShell::deliver(ShellReader::Frame frame)
+{
+    if (frame.id == 0)
+        handshake.take(frame.payload);
+    auto const waiting = pending.find(frame.id);
+    if (waiting == pending.end())
+        return;
+    auto const answer = waiting->second;
+    pending.erase(waiting);
+    answer->succeed({.bytes = std::move(frame.payload), .status = frame.status, .truncated = frame.truncated});
+}
+
+void RemoteShell::handleClosed(Session const *closed, std::string const &words)
+{
+    if (session.get() != closed)
+        return;
+    auto const detail = words.empty() ? "connection closed" : words;
+    connected = false;
+    disconnectReason = detail;
+    failPending(detail);
+}
+
+void RemoteShell::teardown(std::optional<std::string> const &reason)
+{
+    connected = false;
+    if (reason)
+        disconnectReason = reason;
+    if (auto const ended = std::exchange(session, nullptr)) {
+        ended->stop.request_stop();
+        ended->child->closeInput();
+        ended->child->terminate();
+    }
+    failPending(reason.value_or("connection closed"));
+}
+
+void RemoteShell::failPending(std::string const &detail)
+{
+    for (auto const &[id, answer] : std::exchange(pending, {}))
+        answer->fail(std::make_exception_ptr(RemoteShellError::Disconnected(detail)));
+}
+
+RemoteShell::Answer RemoteShell::expect(std::uint64_t id)
+{
+    return pending.insert_or_assign(id, std::make_shared<Completion<ListingResponse>>()).first->second;
+}
+
+void RemoteShell::write(std::string_view text)
+{
+    session->toWrite += text;
+    if (!std::exchange(session->isWriting, true))
+        spawn({strand.executor(), {}}, writeQueued(session));
+}
+
+Task<void> RemoteShell::writeQueued(std::shared_ptr<Session> session)
+{
+    try {
+        while (!session->toWrite.empty())
+            co_await session->child->write(std::exchange(session->toWrite, {}));
+    } catch (PipeError const &) {
+        // The loss shows on the reading side, with its reason.
+        session->toWrite.clear();
+    }
+    session->isWriting = false;
+}
+
+Task<ListingResponse> RemoteShell::answerWithin(std::shared_ptr<Clock> clock, Answer answer, Seconds limit)
+{
+    auto const started = clock->steadyNow();
+    auto outcome = co_await outcomeOf(Completion<ListingResponse>::wait(answer).withStop({}));
+    if (clock->steadyNow() - started >= limit)
+        throw RemoteShellError::TimedOut(limit);
+    co_return outcome.take();
+}
+
+Task<ListingResponse> RemoteShell::request(std::shared_ptr<RemoteShell> self, ShellRequest request, Seconds limit)
+{
+    if (!self->connected)
+        throw RemoteShellError::NotConnected();
+    auto const id = self->nextRequestID++;
+    auto const answer = self->expect(id);
+    self->write(request.numbered(id));
+    auto response = co_await answerWithin(self->clock, answer, limit);
+    co_return response;
+}
+
+Task<ListingResponse> RemoteShell::ask(ShellRequest what, Seconds limit)
+{
+    return onStrand(strand, request(shared_from_this(), std::move(what), limit));
+}
+
+Task<ListingResponse> RemoteShell::list(std::string path, int depth)
+{
+    return ask(ShellRequest::list(dialect, path, depth), options.requestTimeout);
+}
+
+Task<std::int64_t> RemoteShell::fileSize(std::string path)
+{
+    static constexpr auto sizeIn = [](Task<ListingResponse> asked) -> Task<std::int64_t> {
+        auto const response = co_await std::move(asked);
+        co_return ShellAnswer::fileSize(response.bytes);
+    };
+    return sizeIn(ask(ShellRequest::size(dialect, path), options.requestTimeout));
+}
+
+Task<CommandResult> RemoteShell::run(std::string command, std::optional<Seconds> limit)
+{
+    static constexpr auto resultIn = [](Task<ListingResponse> asked) -> Task<CommandResult> {
+        auto const response = co_await std::move(asked);
+        co_return CommandResult{.output = repaired(response.bytes), .status = response.status};
+    };
+    return resultIn(ask(ShellRequest::run(dialect, command), limit.value_or(options.requestTimeout)));
+}
+
+Task<std::string> RemoteShell::readChunk(std::string path, std::int64_t offset, std::size_t length)
+{
+    static constexpr auto bytesIn = [](ShellDialect dialect, std::size_t asked,
+                                       Task<ListingResponse> answering) -> Task<std::string> {
+        auto response = co_await std::move(answering);
+        auto bytes = ShellAnswer::fileBytes(dialect, std::move(response.bytes));
+        // Nobody is prepared for more than was asked for.
+        bytes.resize(std::min(bytes.size(), asked));
+        co_return bytes;
+    };
+    return bytesIn(dialect, length, ask(ShellRequest::read(dialect, path, offset, length), options.requestTimeout));
+}
+
+Task<void> RemoteShell::shutdown()
+{
+    return onStrand(strand, shutdownHere(shared_from_this()));
+}
+
+Task<void> RemoteShell::shutdownHere(std::shared_ptr<RemoteShell> self)
+{
+    auto const ended = self->session;
+    self->teardown("shut down");
+    if (!ended)
+        co_return;
+    // The client is gone when this ends, so that none is left behind by a program that leaves; one that does not
+    // listen is not waited for.
+    auto const waited = co_await outcomeOf(withTimeOut(self->clock, lastWordsTime, ended->child->wait()));
+    if (waited.failure)
+        ended->child->kill();
+}
+
+Task<RemoteShell::State> RemoteShell::state()
+{
+    return onStrand(strand, stateHere(shared_from_this()));
+}
+
+Task<RemoteShell::State> RemoteShell::stateHere(std::shared_ptr<RemoteShell> self)
+{
+    co_return State{self->connected, self->handshake, self->disconnectReason};
+}
+
+} // namespace tw

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace tw {
+
+/// How a session with a host is run.
+struct RemoteShellOptions {
+    /// For reaching the host, and for its resident script to answer.
+    std::chrono::duration<double> connectTimeout = std::chrono::seconds(10);
+    /// For a request that has no limit of its own.
+    std::chrono::duration<double> requestTimeout = std::chrono::seconds(60);
+    /// How often ssh asks a silent host whether it is there. After three questions without an answer it gives up.
+    std::chrono::seconds keepAliveInterval{15};
+    bool compression = true;
+    /// At which a listing is cut on the host.
+    std::size_t maxResponseBytes = 8U << 20U;
+
+    /// The socket through which connections to the host are shared, see ControlPath; absent: nothing is shared.
+    std::optional<std::string> controlPath = {};
+    /// How long a shared connection outlives its last user.
+    std::chrono::seconds controlPersist{60};
+
+    /// The program that ssh asks for the password, and the account that it looks up. Without both, ssh asks nobody.
+    std::optional<std::string> askpassHelper = {};
+    std::optional<std::string> askpassAccount = {};
+
+    friend bool operator==(RemoteShellOptions const &, RemoteShellOptions const &) = default;
+};
+
+} // namespace tw

@@ -1,0 +1,205 @@
+#include "TWEngine/Runtime/ChildPipe.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/OnExecutor.h"
+#include "TWEngine/Runtime/Completion.h"
+#include "TWEngine/Runtime/IoThread.h"
+#include "TWEngine/Runtime/PipeError.h"
+#include "TWEngine/Runtime/SpawnError.h"
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tw {
+
+namespace {
+
+using Wait = Completion<Done>;
+using WaitType = boost::asio::posix::stream_descriptor::wait_type;
+
+/// What a read asks for if its buffer has no room to speak of: what a pipe holds unless it was told otherwise.
+constexpr std::size_t usualRoom = std::size_t{64} * 1024;
+constexpr std::size_t leastRoom = std::size_t{4} * 1024;
+
+/// A pipe that is never empty would let its task keep its strand to itself. After so many bytes the task goes to the
+/// end of its executor's queue; enough of them that the hop, some 10 µs, does not count.
+constexpr std::size_t bytesATurn = std::size_t{8} * 1024 * 1024;
+
+} // namespace
+
+struct ChildPipe::Stream {
+    explicit Stream(boost::asio::io_context &context) : descriptor(context) {}
+
+    /// Fills `buffer`, with nothing at the end of the stream. False if the pipe is empty but not at its end.
+    bool tryRead(std::string &buffer)
+    {
+        if (buffer.capacity() < leastRoom)
+            buffer.reserve(usualRoom);
+        std::lock_guard const lock(mutex);
+        auto const number = openNumber();
+        int error = 0;
+        buffer.resize_and_overwrite(buffer.capacity(), [&](char *bytes, std::size_t room) {
+            auto const count = ::read(number, bytes, room);
+            error = count < 0 ? errno : 0;
+            return static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        });
+        return error == 0 ? served(buffer.size()) : mustWait(error);
+    }
+
+    /// Advances `written` by what went into the pipe; false if that was nothing because it is full.
+    bool tryWrite(std::string const &bytes, std::size_t &written)
+    {
+        std::lock_guard const lock(mutex);
+        auto const count = ::write(openNumber(), bytes.data() + written, bytes.size() - written);
+        if (count < 0)
+            return mustWait(errno);
+        written += static_cast<std::size_t>(count);
+        return served(static_cast<std::size_t>(count));
+    }
+
+    bool takeTurnIsOver()
+    {
+        std::lock_guard const lock(mutex);
+        if (servedThisTurn < bytesATurn)
+            return false;
+        servedThisTurn = 0;
+        return true;
+    }
+
+    void notifyWhenReady(std::shared_ptr<Stream> const &self, WaitType what, std::shared_ptr<Wait> const &ready)
+    {
+        std::lock_guard const lock(mutex);
+        servedThisTurn = 0;
+        // Whatever it says, a closed or a broken pipe included, the next attempt says it better.
+        if (descriptor.is_open())
+            descriptor.async_wait(what, [self, ready](boost::system::error_code) { ready->succeed({}); });
+        else
+            ready->succeed({});
+    }
+
+    void cancelWait()
+    {
+        std::lock_guard const lock(mutex);
+        boost::system::error_code ignored;
+        descriptor.cancel(ignored);
+    }
+
+    void close()
+    {
+        std::lock_guard const lock(mutex);
+        boost::system::error_code ignored;
+        descriptor.close(ignored);
+    }
+
+    static Task<void> untilReady(std::shared_ptr<Stream> self, WaitType what)
+    {
+        auto const ready = std::make_shared<Wait>();
+        self->notifyWhenReady(self, what, ready);
+        try {
+            co_await Wait::wait(ready);
+        } catch (Cancelled const &) {
+            self->cancelWait();
+            throw;
+        }
+    }
+
+    /// Throws if the task was stopped, also when the pipe never makes it wait; gives way when its turn is over.
+    static Task<void> keepInTurn(std::shared_ptr<Stream> self)
+    {
+        auto const context = co_await currentContext();
+        if (context.stop.stop_requested())
+            throw Cancelled();
+        if (self->takeTurnIsOver())
+            co_await detail::HopAwaiter{context.executor};
+    }
+
+    static Task<std::string> read(std::shared_ptr<Stream> self, std::string buffer)
+    {
+        for (;;) {
+            co_await keepInTurn(self);
+            if (self->tryRead(buffer))
+                co_return buffer;
+            co_await untilReady(self, WaitType::wait_read);
+        }
+    }
+
+    static Task<std::string> write(std::shared_ptr<Stream> self, std::string bytes)
+    {
+        std::size_t written = 0;
+        while (written < bytes.size()) {
+            co_await keepInTurn(self);
+            if (!self->tryWrite(bytes, written))
+                co_await untilReady(self, WaitType::wait_write);
+        }
+        co_return bytes;
+    }
+
+    // Under the mutex.
+    boost::asio::posix::stream_descriptor descriptor;
+
+private:
+    int openNumber()
+    {
+        if (!descriptor.is_open())
+            throw PipeError(EBADF);
+        return descriptor.native_handle();
+    }
+
+    bool served(std::size_t count)
+    {
+        servedThisTurn += count;
+        return true;
+    }
+
+    /// False for what passes, an exception for what stays.
+    static bool mustWait(int error)
+    {
+        if (error != EAGAIN && error != EINTR)
+            throw PipeError(error);
+        return false;
+    }
+
+    std::mutex mutex;
+    // Under the mutex.
+    std::size_t servedThisTurn = 0;
+};
+
+ChildPipe::ChildPipe(IoThread &io, FileDescriptor end) : stream(std::make_shared<Stream>(io.context()))
+{
+    // Only our end: the flag belongs to it, and the child expects a pipe that blocks.
+    if (fcntl(end.get(), F_SETFL, O_NONBLOCK) != 0)
+        throw SpawnError(errno, "pipe");
+    boost::system::error_code error;
+    stream->descriptor.assign(end.get(), error);
+    if (error)
+        throw SpawnError(error.value(), "pipe");
+    end.release();
+}
+
+ChildPipe::~ChildPipe()
+{
+    stream->close();
+}
+
+Task<std::string> ChildPipe::read(std::string buffer) const
+{
+    return Stream::read(stream, std::move(buffer));
+}
+
+Task<std::string> ChildPipe::write(std::string bytes) const
+{
+    return Stream::write(stream, std::move(bytes));
+}
+
+void ChildPipe::close() const noexcept
+{
+    stream->close();
+}
+
+} // namespace tw

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cerrno>
+
+namespace tw {
+
+/// Repeats a system call for as long as a signal interrupts it.
+template <class Call>
+auto uninterrupted(Call call)
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+} // namespace tw
