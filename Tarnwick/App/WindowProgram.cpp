@@ -1,0 +1,86 @@
+// The program once ssh does not ask it for a password: is it asked for its version, or for a window?
+
+#include "Tarnwick/App/WindowProgram.h"
+
+#include "TWEngine/Platform/UserPaths.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/App/AppDelegate.h"
+#include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Toolkit/QtDefaults.h"
+#include "Tarnwick/Toolkit/QtMainContext.h"
+#include "Tarnwick/Toolkit/StartLog.h"
+
+#include <QApplication>
+#include <QIcon>
+
+#include <cstdio>
+#include <span>
+#include <string_view>
+
+namespace {
+
+using namespace tw;
+
+constexpr auto helpText = "Usage: tarnwick [OPTION]...\n"
+                          "A file manager with two panes.\n"
+                          "\n"
+                          "  --left PLACE    open PLACE in the left pane\n"
+                          "  --right PLACE   open PLACE in the right pane\n"
+                          "  --help          show this text and leave\n"
+                          "  --version       show the version and leave\n"
+                          "\n"
+                          "PLACE is an absolute path, or HOST:PATH for a folder of a host that ssh can reach.\n"
+                          "Without one a pane opens the home directory.\n";
+
+/// What is asked for and needs no window, or null.
+char const *textAskedFor(std::span<char const *const> arguments)
+{
+    for (std::string_view const argument : arguments) {
+        if (argument == "--help" || argument == "-h")
+            return helpText;
+        if (argument == "--version")
+            return "Tarnwick " TARNWICK_VERSION "\n";
+    }
+    return nullptr;
+}
+
+int run(PaneSpec::Sides const &sides)
+{
+    EngineRuntime runtime;
+    QtMainContext mainContext;
+    QtDefaults defaults;
+    auto const paths = UserPaths::ofThisUser();
+    ConnectionRegistry connections({.engine = runtime,
+                                    .mainContext = mainContext.context(),
+                                    .savedPasswords = SavedPasswords::ofThisSession(),
+                                    .cacheDirectory = paths.caches});
+    AppDelegate delegate({.engine = runtime,
+                          .mainContext = mainContext.context(),
+                          .defaults = defaults,
+                          .connections = connections,
+                          .lifeLog = paths.lifeLog,
+                          .version = TARNWICK_VERSION});
+    delegate.applicationDidFinishLaunching(sides);
+    auto const status = QApplication::exec();
+    delegate.applicationWillTerminate();
+    return status;
+}
+
+} // namespace
+
+int tarnwickWindowProgram(int argc, char **argv)
+{
+    auto const entered = StartLog::microsecondsNow();
+    if (auto const *const text = textAskedFor({argv + 1, argv + argc})) {
+        std::fputs(text, stdout);
+        return 0;
+    }
+    QApplication::setApplicationName(QStringLiteral("tarnwick"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Tarnwick"));
+    QApplication::setApplicationVersion(QStringLiteral(TARNWICK_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.velmora.Tarnwick"));
+    QApplication application(argc, argv); // takes Qt's own options out of the arguments
+    StartLog::note(QStringLiteral("main entered"), entered);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tarnwick.svg")));
+    return run(PaneSpec::fromCommandLine({argv + 1, argv + argc}));
+}

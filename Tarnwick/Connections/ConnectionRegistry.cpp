@@ -1,0 +1,256 @@
+#include "Tarnwick/Connections/ConnectionRegistry.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "TWEngine/Browsing/LocalProvider.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Runtime/SharedTask.h"
+#include "TWEngine/Store/ListingStore.h"
+#include "Tarnwick/Connections/SSHConfig.h"
+
+#include <map>
+
+namespace tw {
+
+namespace {
+
+constexpr auto localKey = "local";
+
+using Store = std::shared_ptr<ListingStore>;
+using BrowserRef = std::shared_ptr<Browser>;
+using HostsReading = SharedTask<std::vector<std::string>>;
+
+BrowserRef makeBrowser(EngineRuntime &engine, std::shared_ptr<FileSystemProvider> provider, Store store)
+{
+    return std::make_shared<Browser>(
+        std::move(provider),
+        Browser::Collaborators{.strand = engine.makeStrand(), .clock = engine.clock(), .store = std::move(store)},
+        Browser::Config{});
+}
+
+Task<Store> openStore(EngineRuntime *engine, std::string directory)
+{
+    // A person may wait for the first host behind this.
+    auto store = co_await engine->workers().run(WorkPriority::interactive, [engine, directory = std::move(directory)] {
+        return ListingStore::create(engine->workers(), engine->clock(), directory, {});
+    });
+    co_return store;
+}
+
+std::string keyOf(std::string const &host)
+{
+    return "ssh:" + host;
+}
+
+/// Once, and behind everything that anybody waits for.
+Task<void> trimWhenOpen(SharedTask<Store> opening)
+{
+    auto const store = co_await opening.wait();
+    if (store)
+        co_await store->trim();
+}
+
+} // namespace
+
+/// Shared with the calls that wait, which may outlive the registry. On the main context.
+struct ConnectionRegistry::Shared {
+    /// A host that is up, or on its way.
+    struct Attempt {
+        BrowserRef browser;
+        std::optional<SharedTask<void>> task; ///< the way, with its failure
+    };
+
+    Collaborators with;
+    std::map<std::string, BrowserRef> browsers = {};
+    std::map<std::string, Attempt> connecting = {};
+    /// Every Browser of a host that somebody still has, up or not: there is never a second one for a host.
+    std::map<std::string, std::weak_ptr<Browser>> known = {};
+    std::optional<SharedTask<Store>> store = {};
+    std::optional<SharedTask<void>> trimming = {};
+    std::optional<HostsReading> reading = {}; ///< of the saved hosts, the last one
+
+    static Task<std::vector<std::string>> hosts(std::shared_ptr<Shared> self);
+    static Task<BrowserRef> ssh(std::shared_ptr<Shared> self, std::string host);
+    static Task<BrowserRef> reach(std::shared_ptr<Shared> self, std::string host);
+    bool isClosing = false; ///< nothing is begun any more
+
+    static Task<void> giveUpAttempts(std::shared_ptr<Shared> self);
+    static Task<void> shutdownAll(std::shared_ptr<Shared> self);
+    static Task<void> closeStore(std::shared_ptr<Shared> self);
+
+    /// The host as it is, with a new attempt if it is neither up nor on its way.
+    static Task<Attempt> attempt(std::shared_ptr<Shared> self, std::string host);
+    static Task<void> connect(std::shared_ptr<Shared> self, std::string key, BrowserRef browser);
+
+    BrowserRef browserOf(std::string const &host, Store openStore);
+};
+
+ConnectionRegistry::ConnectionRegistry(Collaborators collaborators)
+    : shared(std::make_shared<Shared>(std::move(collaborators)))
+{
+    auto const &with = shared->with;
+    if (with.cacheDirectory.empty())
+        return;
+    shared->store = SharedTask<Store>::start(with.mainContext, openStore(&with.engine, with.cacheDirectory));
+    shared->trimming = SharedTask<void>::start(with.mainContext, trimWhenOpen(*shared->store));
+}
+
+ConnectionRegistry::~ConnectionRegistry()
+{
+    for (auto const &[key, attempt] : shared->connecting)
+        attempt.task->cancel();
+    if (shared->trimming)
+        shared->trimming->cancel();
+}
+
+std::shared_ptr<Browser> ConnectionRegistry::local()
+{
+    auto &browser = shared->browsers[localKey];
+    if (!browser) {
+        auto &engine = shared->with.engine;
+        browser = makeBrowser(engine, std::make_shared<LocalProvider>(engine.workers()), nullptr);
+    }
+    return browser;
+}
+
+Task<BrowserRef> ConnectionRegistry::ssh(std::string host)
+{
+    return Shared::ssh(shared, std::move(host));
+}
+
+Task<BrowserRef> ConnectionRegistry::Shared::ssh(std::shared_ptr<Shared> self, std::string host)
+{
+    auto const begun = co_await attempt(self, host);
+    if (begun.task)
+        co_await begun.task->wait();
+    co_return begun.browser;
+}
+
+Task<BrowserRef> ConnectionRegistry::reach(std::string host)
+{
+    return Shared::reach(shared, std::move(host));
+}
+
+Task<BrowserRef> ConnectionRegistry::Shared::reach(std::shared_ptr<Shared> self, std::string host)
+{
+    auto const begun = co_await attempt(self, host);
+    co_return begun.browser;
+}
+
+Task<ConnectionRegistry::Shared::Attempt> ConnectionRegistry::Shared::attempt(std::shared_ptr<Shared> self,
+                                                                              std::string host)
+{
+    Store opened;
+    if (self->store) {
+        auto const opening = *self->store;
+        opened = co_await opening.wait();
+    }
+    if (self->isClosing)
+        throw Cancelled();
+    auto const key = keyOf(host);
+    if (auto const up = self->browsers.find(key); up != self->browsers.end())
+        co_return Attempt{up->second, {}};
+    if (auto const underWay = self->connecting.find(key); underWay != self->connecting.end())
+        co_return underWay->second;
+    auto const browser = self->browserOf(host, opened);
+    Attempt const begun{browser, SharedTask<void>::start(self->with.mainContext, connect(self, key, browser))};
+    self->connecting.emplace(key, begun);
+    co_return begun;
+}
+
+/// Whoever asked first may stop asking; the others still wait for this.
+Task<void> ConnectionRegistry::Shared::connect(std::shared_ptr<Shared> self, std::string key, BrowserRef browser)
+{
+    auto outcome = co_await outcomeOf(browser->connect());
+    if (outcome.value)
+        self->browsers.emplace(key, browser);
+    self->connecting.erase(key);
+    outcome.take();
+}
+
+BrowserRef ConnectionRegistry::Shared::browserOf(std::string const &host, Store openStore)
+{
+    if (auto const entry = known.find(keyOf(host)); entry != known.end()) {
+        if (auto browser = entry->second.lock())
+            return browser; // somebody still looks at what it remembers of a host that could not be reached
+    }
+    auto browser =
+        makeBrowser(with.engine,
+                    std::make_shared<SSHProvider>(SSHProvider::Collaborators{.engine = with.engine,
+                                                                             .sshProgram = with.sshProgram,
+                                                                             .sockets = with.sockets,
+                                                                             .savedPasswords = with.savedPasswords},
+                                                  host),
+                    std::move(openStore));
+    std::erase_if(known, [](auto const &each) { return each.second.expired(); });
+    known[keyOf(host)] = browser;
+    return browser;
+}
+
+Task<std::vector<std::string>> ConnectionRegistry::hosts()
+{
+    return Shared::hosts(shared);
+}
+
+Task<std::vector<std::string>> ConnectionRegistry::Shared::hosts(std::shared_ptr<Shared> self)
+{
+    if (!self->reading || self->reading->isDone())
+        self->reading = HostsReading::start(self->with.mainContext,
+                                            SSHConfig::hosts(self->with.engine.workers(), self->with.sshConfig));
+    auto const reading = *self->reading;
+    self.reset();
+    auto names = co_await reading.wait();
+    co_return names;
+}
+
+Task<void> ConnectionRegistry::giveUpAttempts()
+{
+    return Shared::giveUpAttempts(shared);
+}
+
+Task<void> ConnectionRegistry::Shared::giveUpAttempts(std::shared_ptr<Shared> self)
+{
+    self->isClosing = true;
+    auto const attempts = self->connecting;
+    for (auto const &[key, attempt] : attempts)
+        attempt.task->cancel();
+    for (auto const &[key, attempt] : attempts)
+        co_await outcomeOf(attempt.task->wait());
+}
+
+Task<void> ConnectionRegistry::shutdownAll()
+{
+    return Shared::shutdownAll(shared);
+}
+
+Task<void> ConnectionRegistry::Shared::shutdownAll(std::shared_ptr<Shared> self)
+{
+    for (auto const &[key, browser] : std::exchange(self->browsers, {}))
+        co_await outcomeOf(browser->shutdown());
+    // Those that never came up, and that somebody has looked at.
+    for (auto const &[key, weak] : std::exchange(self->known, {})) {
+        auto const browser = weak.lock();
+        if (browser && !self->connecting.contains(key))
+            co_await outcomeOf(browser->shutdown());
+    }
+    co_await closeStore(self);
+    // Last: a home that hangs is to keep nothing else from being closed.
+    if (auto const reading = self->reading)
+        co_await outcomeOf(reading->wait());
+}
+
+Task<void> ConnectionRegistry::Shared::closeStore(std::shared_ptr<Shared> self)
+{
+    auto const opening = std::exchange(self->store, {});
+    auto const trimming = std::exchange(self->trimming, {});
+    if (!opening)
+        co_return;
+    trimming->cancel();
+    co_await outcomeOf(trimming->wait());
+    auto const opened = co_await outcomeOf(opening->wait());
+    auto const store = opened.value.value_or(nullptr);
+    if (store)
+        co_await store->close();
+}
+
+} // namespace tw

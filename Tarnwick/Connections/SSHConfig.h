@@ -1,0 +1,20 @@
+#pragma once
+
+#include "TWCore/Async/Task.h"
+#include "TWEngine/Remote/SSHConfigOnDisk.h"
+
+#include <string>
+#include <vector>
+
+namespace tw {
+
+class WorkerPool;
+
+/// The hosts that a user has saved, as menus and pickers list them.
+namespace SSHConfig {
+
+/// Their names in the order of the file; none if it cannot be read. The pool outlives the task.
+Task<std::vector<std::string>> hosts(WorkerPool const &pool, std::string path = SSHConfigOnDisk::pathOfThisUser());
+
+} // namespace SSHConfig
+} // namespace tw

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Tarnwick/Connections/ConnectionItem.h"
+#include "Tarnwick/Panes/PaneModel.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tw {
+
+/// What a PaneController needs of a toolkit: it says what to show, and the display shows just that.
+///
+/// The rows themselves are read from the controller's model when they are painted.
+///
+/// Threads: main context only.
+class PaneDisplay {
+public:
+    virtual ~PaneDisplay() = default;
+
+    /// The rows were replaced or reordered; the scroll position stays as far as it can.
+    virtual void reloadRows() = 0;
+
+    /// The rows are the same, but their marks changed.
+    virtual void redrawRows() = 0;
+
+    /// Puts the cursor on a row and scrolls it into view, or takes it away.
+    virtual void showCursor(std::optional<int> row) = 0;
+
+    /// The row at the top of the visible part.
+    virtual int firstVisibleRow() const = 0;
+    virtual void scrollToFirstVisibleRow(int row) = 0;
+
+    /// How many whole rows fit in the visible height.
+    virtual int wholeVisibleRows() const = 0;
+
+    /// The name of the connection that the path belongs to: "local", or a host.
+    virtual void showConnection(std::string const &name) = 0;
+
+    /// Opens the menu of connections, on the next turn of the event loop.
+    virtual void openConnectionMenu(std::vector<ConnectionItem> items) = 0;
+
+    /// What the menu holds now. One that the user has closed stays closed.
+    virtual void updateConnectionMenu(std::vector<ConnectionItem> items) = 0;
+
+    /// Both texts are UTF-8 and of one line, for reading only: a path's exact bytes are the controller's.
+    virtual void showPath(std::string const &path) = 0;
+    virtual void showStatus(std::string const &text) = 0;
+
+    enum class Spinner { stopped, spinning };
+
+    virtual void showSpinner(Spinner spinner) = 0;
+    virtual void showSortIndicator(SortKey key, bool ascending) = 0;
+
+    /// The active pane is the one that the keyboard and the commands act on.
+    virtual void showActive(bool active) = 0;
+    virtual void takeKeyboardFocus() = 0;
+
+    virtual void beep() = 0;
+};
+
+} // namespace tw

@@ -1,0 +1,277 @@
+// How a pane gets from one folder to the next, on this machine or on a host, and keeps up with it.
+
+#include "TWCore/Model/DisplayText.h"
+#include "Tarnwick/Panes/PaneController.h"
+#include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Panes/PaneStatus.h"
+
+namespace tw {
+
+namespace {
+
+/// An answer that comes sooner than this shows no spinner: it would only flicker.
+constexpr std::chrono::milliseconds spinnerDelay{120};
+
+} // namespace
+
+void PaneController::navigate(std::string path, std::string select, MarksAfter marks)
+{
+    startNavigation({.path = std::move(path), .select = std::move(select), .marks = marks, .notice = {}});
+}
+
+void PaneController::startNavigation(Navigation navigation)
+{
+    navigation.token = ++navigationToken;
+    hostOnItsWay = navigation.isRemembered ? HostOnItsWay::aheadOfTheFolder : HostOnItsWay::no;
+    if (!navigation.source) {
+        navigation.source = browser;
+        navigation.connection = connection;
+    }
+    rememberPlace();
+    requested = navigation.path;
+    showConnection(navigation.connection);
+    display->showPath(onOneLine(requested));
+
+    spinner.request_stop();
+    spinner = std::stop_source();
+    spawn({collaborators.mainContext, spinner.get_token()}, spinLater(weak_from_this(), navigation.token));
+    spawn({collaborators.mainContext, {}}, performNavigation(weak_from_this(), std::move(navigation)));
+}
+
+Task<void> PaneController::spinLater(std::weak_ptr<PaneController> weak, std::uint64_t token)
+{
+    auto self = weak.lock();
+    if (!self)
+        co_return;
+    auto const clock = self->collaborators.clock;
+    self.reset();
+    co_await clock->sleep(spinnerDelay);
+    self = weak.lock();
+    if (self && self->navigationToken == token)
+        self->display->showSpinner(PaneDisplay::Spinner::spinning);
+}
+
+Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak, Navigation navigation)
+{
+    auto self = weak.lock();
+    if (!self)
+        co_return;
+    auto const source = navigation.source;
+    auto const clock = self->collaborators.clock;
+    self.reset(); // a pane that is closed meanwhile is not kept alive by its own question
+
+    auto const started = clock->steadyNow();
+    OpenResult result;
+    std::exception_ptr failure;
+    try {
+        result = co_await source->open(navigation.path);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    auto const elapsed = clock->steadyNow() - started;
+
+    self = weak.lock();
+    if (!self || self->navigationToken != navigation.token)
+        co_return; // the user is elsewhere; the spinner is the newer navigation's
+    self->spinner.request_stop();
+    if (failure || self->hostOnItsWay == HostOnItsWay::no)
+        self->display->showSpinner(PaneDisplay::Spinner::stopped);
+    if (failure)
+        self->fail(navigation, failure);
+    else
+        self->arrive(navigation, std::move(result), elapsed);
+}
+
+void PaneController::fail(Navigation const &navigation, std::exception_ptr const &failure)
+{
+    auto const text = PaneStatus::warning(navigation.path + ": " + describe(failure));
+    showConnection(connection);
+    if (rows.snapshot()) {
+        requested = pathOnShow();
+        display->showPath(onOneLine(requested));
+    }
+    showStatus(text);
+    // A pane that has shown nothing yet would be a dead end: it goes where it can, and keeps saying why.
+    if (!rows.snapshot() && navigation.path != "/") {
+        auto const home = PaneSpec::localHome().path;
+        startNavigation({.path = navigation.path == home ? "/" : home,
+                         .select = {},
+                         .notice = navigation.notice.empty() ? text : navigation.notice});
+    }
+}
+
+void PaneController::stayWithNotice(std::string const &notice)
+{
+    if (rows.snapshot())
+        showStatus(notice);
+    else
+        startNavigation({.path = PaneSpec::localHome().path, .select = {}, .notice = notice});
+}
+
+void PaneController::arrive(Navigation const &navigation, OpenResult result, std::chrono::duration<double> elapsed)
+{
+    lastTiming =
+        PaneStatus::timing(elapsed, result.wasCold ? PaneStatus::Source::provider : PaneStatus::Source::memory);
+    auto const isSameConnection = navigation.source == browser;
+    if (!isSameConnection)
+        adopt(navigation);
+    auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == result.snapshot.path();
+    auto const remembered = placeMemory.find(result.snapshot.path());
+    auto const place = remembered != placeMemory.end() ? remembered->second : Place{};
+    auto const firstRow = isSameFolder ? display->firstVisibleRow() : place.firstVisibleRow;
+
+    rows.setSnapshot(std::move(result.snapshot));
+    if (navigation.marks == MarksAfter::kept)
+        keepVisibleMarks();
+    else
+        rows.marked.clear();
+
+    display->reloadRows();
+    display->showSortIndicator(rows.sortKey, rows.ascending);
+    requested = pathOnShow();
+    display->showPath(onOneLine(requested));
+    display->scrollToFirstVisibleRow(firstRow);
+    restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
+    refreshStatus();
+    auto const &notice = navigation.isRemembered ? hostNotice : navigation.notice;
+    if (!notice.empty())
+        showStatus(notice);
+    if (hostOnItsWay == HostOnItsWay::aheadOfTheFolder)
+        hostOnItsWay = HostOnItsWay::behindTheFolder;
+    if (callbacks.onLocationChanged)
+        callbacks.onLocationChanged();
+}
+
+void PaneController::adopt(Navigation const &navigation)
+{
+    browser = navigation.source;
+    connection = navigation.connection;
+    placeMemory.clear();
+    subscribeToRefreshes();
+}
+
+void PaneController::rememberPlace()
+{
+    auto const name = cursorName();
+    if (rows.snapshot() && !name.empty())
+        placeMemory.insert_or_assign(pathOnShow(), Place{std::string(name), display->firstVisibleRow()});
+}
+
+void PaneController::keepVisibleMarks()
+{
+    std::set<std::string> kept;
+    for (int row = 0; row <= lastRow() && !rows.marked.empty(); ++row) {
+        if (rows.isMarked(row))
+            kept.emplace(rows.name(row));
+    }
+    rows.marked = std::move(kept);
+}
+
+void PaneController::showConnecting(std::string const &host)
+{
+    ++navigationToken;
+    rememberPlace();
+    spinner.request_stop();
+    showConnection(host);
+    display->showPath("connecting…");
+    showStatus({});
+    display->showSpinner(PaneDisplay::Spinner::spinning);
+}
+
+void PaneController::showConnectFailed(std::string const &host, std::exception_ptr const &error)
+{
+    auto const text = PaneStatus::connectFailed(host, error);
+    if (std::exchange(hostOnItsWay, HostOnItsWay::no) == HostOnItsWay::aheadOfTheFolder) {
+        hostNotice = text; // the folder that is remembered of it arrives all the same
+        return;
+    }
+    display->showSpinner(PaneDisplay::Spinner::stopped);
+    requested = pathOnShow();
+    showConnection(connection);
+    display->showPath(onOneLine(requested));
+    stayWithNotice(text);
+}
+
+void PaneController::switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path)
+{
+    startNavigation({.path = std::move(path),
+                     .select = {},
+                     .notice = {},
+                     .source = std::move(source),
+                     .connection = std::move(connectionName)});
+}
+
+void PaneController::switchToRemembered(std::shared_ptr<Browser> source, std::string connectionName, std::string path)
+{
+    hostNotice = PaneStatus::connecting(connectionName);
+    startNavigation({.path = std::move(path),
+                     .select = {},
+                     .notice = {},
+                     .isRemembered = true,
+                     .source = std::move(source),
+                     .connection = std::move(connectionName)});
+}
+
+void PaneController::showConnected()
+{
+    hostNotice.clear();
+    if (std::exchange(hostOnItsWay, HostOnItsWay::no) != HostOnItsWay::behindTheFolder)
+        return; // the folder is still to arrive, and will look as any other
+    display->showSpinner(PaneDisplay::Spinner::stopped);
+    refreshStatus();
+}
+
+void PaneController::refresh()
+{
+    auto const path = rows.snapshot() ? pathOnShow() : requested;
+    spawn({collaborators.mainContext, {}}, performRefresh(weak_from_this(), path, navigationToken));
+}
+
+Task<void> PaneController::performRefresh(std::weak_ptr<PaneController> weak, std::string path, std::uint64_t token)
+{
+    auto self = weak.lock();
+    if (!self)
+        co_return;
+    auto const source = self->browser;
+    self.reset();
+    co_await source->invalidate(path);
+    self = weak.lock();
+    if (!self || self->navigationToken != token)
+        co_return; // the user has gone on; nobody is to be pulled back
+    auto const name = self->cursorName();
+    self->navigate(path, name.empty() ? ".." : std::string(name), MarksAfter::kept);
+}
+
+void PaneController::subscribeToRefreshes()
+{
+    updateLoop.request_stop();
+    updateLoop = std::stop_source();
+    spawn({collaborators.mainContext, updateLoop.get_token()}, listenToUpdates(weak_from_this(), browser));
+}
+
+Task<void> PaneController::listenToUpdates(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> source)
+{
+    auto stream = co_await source->updates();
+    source.reset();
+    for (;;) {
+        auto snapshot = co_await stream.next();
+        auto const self = weak.lock();
+        if (!self || !snapshot)
+            co_return;
+        if (snapshot->path() == self->pathOnShow())
+            self->applyRefresh(*std::move(snapshot));
+    }
+}
+
+void PaneController::applyRefresh(DirectorySnapshot snapshot)
+{
+    std::string const name(cursorName());
+    auto const firstRow = display->firstVisibleRow();
+    rows.setSnapshot(std::move(snapshot));
+    display->reloadRows();
+    restoreCursor(name);
+    display->scrollToFirstVisibleRow(firstRow);
+    refreshStatus();
+}
+
+} // namespace tw

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QWidget>
+
+namespace tw {
+
+/// One line of text, shortened to the room there is. The whole text is its tool tip while it is shortened.
+class ElidedLabel final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ElidedLabel(QWidget *parent = nullptr);
+
+    void setText(QString const &text);
+
+    QString const &text() const noexcept { return whole; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    bool event(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QString shortened() const;
+
+    QString whole;
+};
+
+} // namespace tw

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Tarnwick/Panes/KeyPress.h"
+
+#include <QKeyEvent>
+
+namespace tw {
+
+/// What a pane needs to know of a key that went down.
+KeyPress keyPressOf(QKeyEvent const &event);
+
+} // namespace tw

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QPalette>
+
+namespace tw {
+
+/// Our own colours for the two schemes of a desktop that says which one it wants, but brings no colours along.
+/// Complete: every role in every group.
+namespace Palettes {
+
+QPalette dark();
+QPalette light();
+
+bool isDark(QPalette const &palette);
+
+} // namespace Palettes
+
+} // namespace tw

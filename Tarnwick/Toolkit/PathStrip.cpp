@@ -1,0 +1,27 @@
+#include "Tarnwick/Toolkit/PathStrip.h"
+
+#include "Tarnwick/Toolkit/Contrast.h"
+
+#include <QPainter>
+
+namespace tw::PathStrip {
+
+namespace {
+
+/// How much of its colour a text in the inactive pane keeps.
+constexpr double inactiveShare = 0.65;
+
+} // namespace
+
+QColor faded(QColor const &color, QPalette const &palette)
+{
+    return blend(color, palette.color(QPalette::Base), inactiveShare);
+}
+
+void paintLine(QPainter &painter, QRect const &part, QPalette const &palette, bool isActive)
+{
+    auto const line = QRect(part.left(), part.bottom() + 1 - lineHeight, part.width(), lineHeight);
+    painter.fillRect(line, palette.color(isActive ? QPalette::Highlight : QPalette::Window));
+}
+
+} // namespace tw::PathStrip

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace tw {
+
+/// What a MainWindowController needs of its window beyond the panes themselves.
+///
+/// Threads: main context only.
+class MainDisplay {
+public:
+    virtual ~MainDisplay() = default;
+
+    virtual void equalizePanes() = 0;
+    virtual void closeWindow() = 0;
+};
+
+} // namespace tw

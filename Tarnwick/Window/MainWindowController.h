@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Tarnwick/Connections/Connections.h"
+#include "Tarnwick/Panes/PaneController.h"
+#include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Window/MainDisplay.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tw {
+
+enum class PaneSide { left, right };
+
+/// The point where a command, however it was given, meets the pane that it acts on.
+///
+/// Threads: main context only.
+/// Lifetime: outlives its display and the panes' views; the connections outlive it.
+class MainWindowController {
+public:
+    MainWindowController(PaneController::Collaborators collaborators, Connections &connections);
+    ~MainWindowController();
+
+    /// Puts both panes on their first folder: what the command line asked for, else the home directory.
+    void start(PaneSpec::Sides const &sides);
+
+    void attach(MainDisplay &display) { window = &display; }
+
+    std::shared_ptr<PaneController> const &pane(PaneSide side) const;
+
+    PaneSide activeSide() const noexcept { return active; }
+
+    PaneController &activePane() const { return *pane(active); }
+
+    void setActive(PaneSide side);
+
+    /// Puts a pane on a connection and a path. A connection that is not to be had is told on its status line.
+    void open(PaneSpec destination, std::shared_ptr<PaneController> const &pane);
+
+    /// Lists the connections to choose from beside a pane, which becomes the active one.
+    ///
+    /// The menu is there at once with the hosts that were known last, so that the keys that follow are its own and a
+    /// slow disk holds up nothing, and is completed when the file has been read anew.
+    void openConnectionMenu(PaneSide side);
+
+    /// What was chosen from that menu.
+    void pickConnection(ConnectionItem const &item, PaneSide side);
+
+    void cmdConnect();
+    void cmdRefresh();
+    void cmdSwapPanes();
+    void cmdEqualizePanes();
+    void cmdToggleHidden();
+    void cmdCloseWindow();
+
+private:
+    /// A pane on its way to a host. It is over when the user goes elsewhere.
+    struct Journey {
+        std::weak_ptr<PaneController> pane;
+        PaneSpec destination;
+        std::uint64_t token; ///< of the pane, while this is what it is about
+
+        /// The pane, or null when it is over.
+        std::shared_ptr<PaneController> traveller() const;
+
+        /// The host cannot be reached.
+        void fail(std::exception_ptr const &failure) const;
+    };
+
+    static Task<void> openHost(Task<std::shared_ptr<Browser>> reaching, SharedTask<std::shared_ptr<Browser>> connecting,
+                               Journey journey);
+    static Task<bool> showRemembered(Task<std::shared_ptr<Browser>> reaching, std::shared_ptr<Journey> journey);
+    static Task<void> arriveOnHost(std::shared_ptr<Browser> source, std::shared_ptr<Journey> journey);
+
+    /// Nothing before the first reading.
+    using KnownHosts = std::optional<std::vector<std::string>>;
+
+    using WeakPanes = std::array<std::weak_ptr<PaneController>, 2>;
+
+    void wire(PaneSide side);
+    void readHosts();
+    static Task<void> completeMenus(Task<std::vector<std::string>> reading, std::shared_ptr<KnownHosts> known,
+                                    WeakPanes panes);
+
+    PaneController::Collaborators collaborators;
+    Connections &sources;
+    /// The saved hosts between two openings of a menu, shared with the tasks that read them.
+    std::shared_ptr<KnownHosts> const knownHosts = std::make_shared<KnownHosts>();
+    std::array<std::shared_ptr<PaneController>, 2> panes;
+    PaneSide active = PaneSide::left;
+    MainDisplay *window = nullptr;
+};
+
+} // namespace tw
