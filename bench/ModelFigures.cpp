@@ -1,0 +1,169 @@
+// What a large folder costs: to sort, to prepare for sorting, and to hold in memory.
+
+#include "TWCore/Model/Collation.h"
+#include "Tarnwick/Panes/PaneModel.h"
+#include "bench/Figure.h"
+
+#include <cstring>
+#include <random>
+
+#include <malloc.h>
+
+namespace tw::bench {
+
+namespace {
+
+constexpr std::size_t rowCount = 100'000;
+constexpr int runs = 15;
+
+/// Sorting the names as a program would that has a string for each, with the very same order.
+constexpr double largestSortRatio = 0.75;
+
+/// Where all names part late, the peer compares eight bytes at a time too, and there is less to gain.
+constexpr double largestCameraSortRatio = 0.9;
+
+/// A look at every byte, as the fastest function of the C library for that takes it.
+constexpr double largestScanRatio = 2.0;
+
+/// The allocator's own bytes, and the listing's few beside its rows and names.
+constexpr double largestMemoryRatio = 1.10;
+
+std::vector<std::string> randomNames()
+{
+    constexpr std::string_view alphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-. ";
+    std::mt19937 random(1);
+    std::uniform_int_distribution<std::size_t> letter(0, alphabet.size() - 1);
+    std::uniform_int_distribution<std::size_t> length(6, 28);
+    std::vector<std::string> names(rowCount);
+    for (auto &name : names) {
+        name = "x"; // not hidden
+        name.resize(length(random));
+        std::generate(name.begin() + 1, name.end(), [&] { return alphabet[letter(random)]; });
+    }
+    return names;
+}
+
+/// The folder of a camera, with one name that begins otherwise.
+std::vector<std::string> cameraNames()
+{
+    std::vector<std::string> names{"Thumbs.db"};
+    for (std::size_t i = 1; i < rowCount; ++i) {
+        char name[64];
+        std::snprintf(name, sizeof name, "IMG_2024%02zu%02zu_%06zu.jpg", 1 + i % 12, 1 + i % 28, i);
+        names.emplace_back(name);
+    }
+    std::ranges::shuffle(names, std::mt19937(2));
+    return names;
+}
+
+/// The sources of a program: many names that begin alike, with "_" where others have letters. In lower case, where that
+/// is an order that `std::sort` survives.
+std::vector<std::string> sourceNames()
+{
+    constexpr std::string_view parts[] = {"file", "_list", "view", "_test", "model", "data", "-old", "2", "_impl"};
+    std::mt19937 random(3);
+    std::uniform_int_distribution<std::size_t> part(0, std::size(parts) - 1);
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < rowCount; ++i) {
+        std::string name = "src";
+        for (int j = 0; j < 4; ++j)
+            name += parts[part(random)];
+        names.push_back(name + std::to_string(i) + ".cpp");
+    }
+    std::ranges::shuffle(names, random);
+    return names;
+}
+
+DirectorySnapshot listingOf(std::vector<std::string> const &names)
+{
+    std::string storage;
+    std::vector<Entry> entries;
+    for (auto const &name : names) {
+        entries.push_back({.nameOffset = static_cast<std::uint32_t>(storage.size()),
+                           .nameLength = static_cast<std::uint32_t>(name.size()),
+                           .kind = EntryKind::file});
+        storage += name;
+    }
+    storage.shrink_to_fit();
+    return {"/", std::make_shared<std::string const>(std::move(storage)), std::move(entries), {}, false};
+}
+
+void measureSort(Figures &figures, std::string const &subject, std::vector<std::string> const &names,
+                 double largestRatio)
+{
+    MemoryDefaults const defaults;
+    PaneModel model(defaults);
+    model.setSnapshot(listingOf(names));
+    auto const medians = takeTurns(
+        runs, [&] { return millisecondsOf([&] { model.rebuild(); }); },
+        [&] {
+            auto strings = names;
+            return millisecondsOf([&] {
+                std::ranges::sort(strings, [](std::string const &a, std::string const &b) {
+                    return DirectorySnapshot::ordered(a, b);
+                });
+            });
+        });
+    figures.report("order of 100,000 rows by name, " + subject, medians.subject, Figures::Yardstick::peer, medians.peer,
+                   "ms", largestRatio);
+}
+
+void measureCollation(Figures &figures, DirectorySnapshot const &snapshot)
+{
+    constexpr int scansARun = 20;
+    auto const &storage = *snapshot.storage();
+    auto const medians = takeTurns(
+        runs,
+        [&] {
+            return millisecondsOf([&] {
+                for (int i = 0; i < scansARun; ++i)
+                    keep(Collation(snapshot).isTrivial());
+            });
+        },
+        [&] {
+            return millisecondsOf([&] {
+                for (int i = 0; i < scansARun; ++i)
+                    keep(std::memchr(storage.data(), 0x80, storage.size()));
+            });
+        });
+    figures.report("collation of 100,000 ASCII names", medians.subject / scansARun, Figures::Yardstick::peer,
+                   medians.peer / scansARun, "ms", largestScanRatio);
+}
+
+double heapBytes()
+{
+    auto const info = mallinfo2();
+    return static_cast<double>(info.uordblks + info.hblkhd);
+}
+
+void measureMemory(Figures &figures, std::vector<std::string> const &names)
+{
+    auto const before = heapBytes();
+    auto const snapshot = listingOf(names);
+    auto const held = heapBytes() - before;
+    auto const payload = static_cast<double>(snapshot.count() * sizeof(Entry) + snapshot.storage()->size());
+    constexpr double mebibyte = 1024.0 * 1024.0;
+    figures.report("memory of a held listing of 100,000 rows", held / mebibyte, Figures::Yardstick::limit,
+                   payload / mebibyte, "MiB", largestMemoryRatio);
+}
+
+int measureAll()
+{
+    Figures figures;
+    auto const names = randomNames();
+    measureSort(figures, "random names", names, largestSortRatio);
+    measureSort(figures, "names of a camera", cameraNames(), largestCameraSortRatio);
+    measureSort(figures, "names of sources", sourceNames(), largestSortRatio);
+    measureCollation(figures, listingOf(names));
+    measureMemory(figures, names);
+    return figures.exitCode();
+}
+
+} // namespace
+
+} // namespace tw::bench
+
+int main()
+{
+    return tw::bench::measureAll();
+}

@@ -1,0 +1,600 @@
+#include "TWEngine/Browsing/Browser.h"
+
+#include "tests/support/Listings.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingStore.h"
+#include "tests/support/ScriptedProvider.h"
+#include "tests/support/TestLoop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using std::chrono::seconds;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// Everything lives on the test's own loop, and time stands still, so that each step is seen by itself.
+class BrowserTest : public ::testing::Test {
+protected:
+    void useStore()
+    {
+        provider->cacheIdentity = "scripted-cache";
+        store = std::make_shared<RecordingStore>();
+        makeBrowser({});
+    }
+
+    void makeBrowser(Browser::Config config)
+    {
+        browser = std::make_shared<Browser>(
+            provider, Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock, .store = store}, config);
+    }
+
+    Started<OpenResult> open(std::string path)
+    {
+        auto started = loop.start(browser->open(std::move(path)));
+        loop.drain();
+        return started;
+    }
+
+    std::shared_ptr<UpdateStream<DirectorySnapshot>> subscribe() { return get(sharedUpdates(browser)); }
+
+    static Task<std::shared_ptr<UpdateStream<DirectorySnapshot>>> sharedUpdates(std::shared_ptr<Browser> from)
+    {
+        auto stream = co_await from->updates();
+        co_return std::make_shared<UpdateStream<DirectorySnapshot>>(std::move(stream));
+    }
+
+    template <class T>
+    T get(Task<T> task)
+    {
+        auto const started = loop.start(std::move(task));
+        loop.drain();
+        return started.value();
+    }
+
+    Listings one(std::string const &path, std::vector<ListedEntry> const &rows,
+                 Completeness completeness = Completeness::whole)
+    {
+        return {{path, listing(path, rows, clock->now(), completeness)}};
+    }
+
+    /// Answers the oldest fetch that waits.
+    void answerWith(Listings listings)
+    {
+        provider->takeOldest().answer->succeed(std::move(listings));
+        loop.drain();
+    }
+
+    void answer(std::vector<ListedEntry> const &rows, Completeness completeness = Completeness::whole)
+    {
+        auto const request = provider->takeOldest();
+        request.answer->succeed(one(request.path, rows, completeness));
+        loop.drain();
+    }
+
+    void answerError(std::string const &text)
+    {
+        provider->takeOldest().answer->fail(std::make_exception_ptr(std::runtime_error(text)));
+        loop.drain();
+    }
+
+    /// Opens a path that nothing is known of, and answers it and the scan ahead behind it.
+    void openCold(std::string const &path, std::vector<ListedEntry> const &rows)
+    {
+        open(path);
+        answer(rows);
+        while (!provider->waiting.empty())
+            answer(rows);
+    }
+
+    std::vector<std::string> namesIn(Started<OpenResult> const &opened) { return names(opened.value().snapshot); }
+
+    /// "path depth priority" of each fetch that waits.
+    std::vector<std::string> asked() const
+    {
+        std::vector<std::string> result;
+        for (auto const &request : provider->waiting) {
+            result.push_back(request.path + " " + std::to_string(request.depth) +
+                             (request.priority == FetchPriority::interactive ? " interactive" : " background"));
+        }
+        return result;
+    }
+
+    TestLoop loop;
+    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
+    std::shared_ptr<ScriptedProvider> provider = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<RecordingStore> store;
+    std::shared_ptr<Browser> browser;
+
+    BrowserTest() { makeBrowser({}); }
+
+    ~BrowserTest() override
+    {
+        // Nothing may be left suspended: frames that nobody resumes are a leak.
+        auto const ended = loop.start(browser->shutdown());
+        loop.drain();
+        EXPECT_TRUE(ended.isDone());
+    }
+};
+
+TEST_F(BrowserTest, twoOpensOfOneColdPathShareOneFetch)
+{
+    auto const first = open("/srv");
+    auto const second = open("/srv/");
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 interactive"));
+    answer({file("a"), file("b")});
+
+    EXPECT_THAT(namesIn(first), ElementsAre("a", "b"));
+    EXPECT_THAT(namesIn(second), ElementsAre("a", "b"));
+    EXPECT_TRUE(first.value().wasCold);
+    EXPECT_FALSE(first.value().isStale);
+    EXPECT_EQ(get(browser->stats()).coldFetches, 2);
+}
+
+TEST_F(BrowserTest, aFailureReachesAllWhoWaitedAndTheNextOpenTriesAgain)
+{
+    auto const first = open("/srv");
+    auto const second = open("/srv");
+    answerError("no such host");
+    EXPECT_THROW(first.value(), std::runtime_error);
+    EXPECT_THROW(second.value(), std::runtime_error);
+
+    auto const third = open("/srv");
+    answer({file("a")});
+    EXPECT_THAT(namesIn(third), ElementsAre("a"));
+}
+
+TEST_F(BrowserTest, aColdOpenIsOneLevelAndTheScanAheadFollows)
+{
+    open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 interactive"));
+    answer({directory("a")});
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+    EXPECT_EQ(get(browser->stats()).prefetches, 1);
+}
+
+TEST_F(BrowserTest, aProviderOfOneLevelIsNeverScannedAhead)
+{
+    provider->usefulDepth = 1;
+    open("/srv");
+    answer({directory("a")});
+    EXPECT_THAT(asked(), IsEmpty());
+
+    clock->advance(seconds(31));
+    auto const stale = open("/srv");
+    EXPECT_TRUE(stale.value().isStale);
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 background"));
+}
+
+TEST_F(BrowserTest, aWarmOpenAsksNobody)
+{
+    openCold("/srv", {file("a")});
+    auto const before = provider->fetches;
+    auto const warm = open("/srv");
+    EXPECT_THAT(namesIn(warm), ElementsAre("a"));
+    EXPECT_FALSE(warm.value().isStale);
+    EXPECT_FALSE(warm.value().wasCold);
+    EXPECT_EQ(provider->fetches, before);
+    EXPECT_EQ(get(browser->stats()).cacheHits, 1);
+    EXPECT_DOUBLE_EQ(get(browser->stats()).hitRate(), 0.5);
+}
+
+TEST_F(BrowserTest, theHitRateOfNoOpensIsZero)
+{
+    EXPECT_DOUBLE_EQ(get(browser->stats()).hitRate(), 0.0);
+}
+
+TEST_F(BrowserTest, anAgeOfExactlyTheTimeToLiveIsFresh)
+{
+    openCold("/srv", {file("a")});
+    clock->advance(seconds(30));
+    EXPECT_FALSE(open("/srv").value().isStale);
+    EXPECT_THAT(asked(), IsEmpty());
+    clock->advance(std::chrono::nanoseconds(1000));
+    EXPECT_TRUE(open("/srv").value().isStale);
+}
+
+TEST_F(BrowserTest, aStaleOpenAsksOnceForTheScanThatBothItsReasonsWant)
+{
+    openCold("/srv", {file("a")});
+    clock->advance(seconds(31));
+    auto const stale = open("/srv");
+    EXPECT_THAT(namesIn(stale), ElementsAre("a"));
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+    EXPECT_EQ(get(browser->stats()).prefetches, 1) << "the one of the cold open; a revalidation is none";
+}
+
+TEST_F(BrowserTest, aByProductOfAScanFromHigherUpIsScannedItself)
+{
+    open("/srv");
+    answer({directory("a")});
+    answerWith(Listings{{"/srv", listing("/srv", {directory("a")}, clock->now())},
+                        {"/srv/a", listing("/srv/a", {file("x")}, clock->now())}});
+    auto const below = open("/srv/a");
+    EXPECT_THAT(namesIn(below), ElementsAre("x"));
+    EXPECT_FALSE(below.value().wasCold);
+    EXPECT_THAT(asked(), ElementsAre("/srv/a 3 background"));
+}
+
+TEST_F(BrowserTest, aSlowScanIsMadeLessDeepEachTimeUntilThereIsNone)
+{
+    open("/srv");
+    answer({directory("a")});
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+    clock->advance(seconds(2));
+    answer({directory("a")});
+
+    clock->advance(seconds(31));
+    open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 2 background"));
+    clock->advance(seconds(2));
+    answer({directory("a")});
+
+    clock->advance(seconds(31));
+    open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 background"));
+    clock->advance(seconds(2));
+    answer({directory("a")});
+
+    clock->advance(seconds(31));
+    open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 background")) << "one level cannot be made less deep";
+}
+
+TEST_F(BrowserTest, aScanThatTakesJustTheThresholdKeepsItsDepth)
+{
+    open("/srv");
+    answer({directory("a")});
+    clock->advance(std::chrono::milliseconds(1500));
+    answer({directory("a")});
+    clock->advance(seconds(31));
+    open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+}
+
+TEST_F(BrowserTest, aTruncatedRootLowersTheDepthOfADeepScanOnly)
+{
+    open("/srv");
+    answer({file("a")}, Completeness::truncated);
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background")) << "one level was cut, which says nothing of depth";
+    answer({file("a")}, Completeness::truncated);
+    clock->advance(seconds(31));
+    auto const cut = open("/srv");
+    EXPECT_TRUE(cut.value().snapshot.truncated());
+    EXPECT_THAT(asked(), ElementsAre("/srv 2 background"));
+    answer({file("a")}, Completeness::truncated);
+    clock->advance(seconds(31));
+    open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 background"));
+}
+
+TEST_F(BrowserTest, aPathMissingFromTheAnswerIsNoDirectoryAndTheRestIsCached)
+{
+    auto const opened = open("/srv/file");
+    answerWith(one("/srv", {file("file")}));
+    try {
+        opened.value();
+        FAIL() << "a file was opened as a folder";
+    } catch (BrowserError::NotADirectory const &error) {
+        EXPECT_EQ(error.path, "/srv/file");
+        EXPECT_STREQ(error.what(), "/srv/file is not a directory");
+    }
+    EXPECT_TRUE(get(browser->cached("/srv")));
+}
+
+TEST_F(BrowserTest, anEmptyAnswerIsNoDirectory)
+{
+    auto const opened = open("/gone");
+    answerWith(Listings{});
+    EXPECT_THROW(opened.value(), BrowserError::NotADirectory);
+    open("/gone");
+    EXPECT_THAT(asked(), ElementsAre("/gone 1 interactive")) << "an empty answer must not block the next try";
+}
+
+TEST_F(BrowserTest, aFailedRevalidationLeavesTheListing)
+{
+    openCold("/srv", {file("a")});
+    clock->advance(seconds(31));
+    open("/srv");
+    answerError("link lost");
+    auto const again = open("/srv");
+    EXPECT_THAT(namesIn(again), ElementsAre("a"));
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background")) << "the next open tries again";
+}
+
+TEST_F(BrowserTest, subscribersGetEveryChangedListingOfAScanAndNoOther)
+{
+    open("/srv");
+    answer({directory("a"), directory("b")});
+    auto const tree = [&](std::vector<ListedEntry> const &inA) {
+        return Listings{{"/srv", listing("/srv", {directory("a"), directory("b")}, clock->now())},
+                        {"/srv/a", listing("/srv/a", inA, clock->now())},
+                        {"/srv/b", listing("/srv/b", {file("same")}, clock->now())}};
+    };
+    answerWith(tree({file("old")}));
+    auto const stream = subscribe();
+    get(browser->refresh("/srv"));
+    answerWith(tree({file("new")}));
+
+    auto const update = get(stream->next());
+    ASSERT_TRUE(update);
+    EXPECT_EQ(update->path(), "/srv/a");
+    EXPECT_THAT(names(*update), ElementsAre("new"));
+    auto const none = loop.start(stream->next());
+    loop.drain();
+    EXPECT_FALSE(none.isDone());
+    get(browser->shutdown());
+    EXPECT_FALSE(none.value());
+}
+
+TEST_F(BrowserTest, aListingThatIsOnlyReorderedIsAChange)
+{
+    openCold("/srv", {file("a"), file("b")});
+    auto const stream = subscribe();
+    get(browser->refresh("/srv"));
+    answer({file("b"), file("a")});
+    auto const update = get(stream->next());
+    ASSERT_TRUE(update);
+    EXPECT_THAT(names(*update), ElementsAre("b", "a"));
+}
+
+TEST_F(BrowserTest, anUnchangedListingIsNotPublished)
+{
+    openCold("/srv", {file("a", 5, 7)});
+    auto const stream = subscribe();
+    get(browser->refresh("/srv"));
+    answer({file("a", 5, 7)});
+    get(browser->refresh("/srv"));
+    answer({file("a", 5, 8)});
+    auto const update = get(stream->next());
+    ASSERT_TRUE(update);
+    EXPECT_EQ(update->entries()[0].mtime, 8);
+}
+
+TEST_F(BrowserTest, aDroppedStreamIsForgotten)
+{
+    openCold("/srv", {file("a")});
+    auto stream = subscribe();
+    stream.reset();
+    loop.drain();
+    auto const other = subscribe();
+    get(browser->refresh("/srv"));
+    answer({file("b")});
+    EXPECT_TRUE(get(other->next()));
+}
+
+TEST_F(BrowserTest, aRefreshDoesNotWaitForTheTimeToLive)
+{
+    openCold("/srv", {file("a")});
+    get(browser->refresh("/srv/"));
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+    get(browser->refresh("/srv"));
+    EXPECT_EQ(provider->waiting.size(), 1U) << "one scan of one root at one depth at a time";
+}
+
+TEST_F(BrowserTest, aPrefetchIsForWhatIsNotFreshInMemory)
+{
+    get(browser->prefetch("/srv"));
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+    answer({file("a")});
+    get(browser->prefetch("/srv"));
+    EXPECT_THAT(asked(), IsEmpty());
+    clock->advance(seconds(31));
+    get(browser->prefetch("/srv"));
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+    EXPECT_EQ(get(browser->stats()).prefetches, 2);
+    EXPECT_EQ(get(browser->stats()).opens, 0);
+}
+
+TEST_F(BrowserTest, cachedLooksWithoutAskingOrCounting)
+{
+    EXPECT_FALSE(get(browser->cached("/srv")));
+    openCold("/srv", {file("a")});
+    auto const before = provider->fetches;
+    auto const held = get(browser->cached("/srv/"));
+    ASSERT_TRUE(held);
+    EXPECT_THAT(names(*held), ElementsAre("a"));
+    EXPECT_EQ(provider->fetches, before);
+    EXPECT_EQ(get(browser->stats()).opens, 1);
+}
+
+TEST_F(BrowserTest, invalidatingOneFolderMakesItsSiblingsOfTheScanColdToo)
+{
+    open("/srv");
+    answer({directory("a")});
+    answerWith(Listings{{"/srv", listing("/srv", {directory("a")}, clock->now())},
+                        {"/srv/a", listing("/srv/a", {}, clock->now())}});
+    get(browser->invalidate("/srv"));
+    EXPECT_FALSE(get(browser->cached("/srv")));
+    open("/srv/a");
+    EXPECT_THAT(asked(), ElementsAre("/srv/a 1 interactive"));
+}
+
+TEST_F(BrowserTest, invalidatingAllForgetsListingsAndLoweredDepths)
+{
+    open("/srv");
+    answer({file("a")});
+    clock->advance(seconds(2));
+    answer({file("a")});
+    get(browser->invalidateAll());
+    EXPECT_FALSE(get(browser->cached("/srv")));
+    open("/srv");
+    answer({file("a")});
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+}
+
+TEST_F(BrowserTest, theBudgetKeepsTheListingJustFetched)
+{
+    makeBrowser({.maxCachedBytes = 10});
+    provider->usefulDepth = 1;
+    openCold("/small", {file("abc")});
+    openCold("/large", {file(std::string(100, 'x'))});
+    EXPECT_FALSE(get(browser->cached("/small")));
+    EXPECT_TRUE(get(browser->cached("/large")));
+}
+
+TEST_F(BrowserTest, connectAndItsFailureGoToTheProvider)
+{
+    get(browser->connect());
+    EXPECT_EQ(provider->connects, 1);
+    provider->connectFails = true;
+    EXPECT_THROW(get(browser->connect()), std::runtime_error);
+    EXPECT_EQ(browser->providerName(), "Scripted");
+    EXPECT_EQ(browser->providerRef(), provider);
+}
+
+TEST_F(BrowserTest, shutdownStopsFetchesEndsStreamsAndDisconnects)
+{
+    openCold("/srv", {file("a")});
+    auto const stream = subscribe();
+    auto const waiting = open("/other");
+    auto const request = provider->waiting.front();
+    get(browser->shutdown());
+
+    EXPECT_FALSE(get(stream->next()));
+    EXPECT_THROW(waiting.value(), Cancelled);
+    EXPECT_EQ(provider->disconnects, 1);
+    request.answer->succeed(one("/other", {file("late")}));
+    loop.drain();
+    EXPECT_FALSE(get(browser->cached("/other"))) << "an answer after the shutdown is dropped";
+    EXPECT_TRUE(get(browser->cached("/srv")));
+}
+
+TEST_F(BrowserTest, aScanInFlightDoesNotKeepItsBrowserAlive)
+{
+    auto const local = std::make_shared<ScriptedProvider>();
+    auto other = std::make_shared<Browser>(local, Browser::Collaborators{Strand(loop.context()), clock, nullptr},
+                                           Browser::Config{});
+    loop.start(other->prefetch("/srv"));
+    loop.drain();
+    ASSERT_EQ(local->waiting.size(), 1U);
+    std::weak_ptr<Browser> const gone = other;
+    other.reset();
+    EXPECT_TRUE(gone.expired());
+    local->takeOldest().answer->succeed(one("/srv", {file("a")}));
+    loop.drain();
+}
+
+TEST_F(BrowserTest, aProviderThatCannotWriteHasNoWriter)
+{
+    EXPECT_EQ(browser->writer(), nullptr);
+}
+
+class ScriptedWriter final : public ScriptedProvider, public FileSystemWriter {
+public:
+    bool deleteIsReversible() const override { return true; }
+
+    Task<void> makeDirectory(std::string /*path*/) override { return FileSystemProvider::nothingToDo(); }
+
+    Task<void> remove(std::vector<std::string> /*paths*/) override { return FileSystemProvider::nothingToDo(); }
+
+    Task<void> rename(std::string /*from*/, std::string /*to*/) override { return FileSystemProvider::nothingToDo(); }
+};
+
+TEST_F(BrowserTest, aProviderThatCanWriteIsFoundAsAWriterThroughTheOneContract)
+{
+    auto const writer = std::make_shared<ScriptedWriter>();
+    provider = writer;
+    makeBrowser({});
+    EXPECT_EQ(browser->writer(), writer);
+    EXPECT_EQ(std::dynamic_pointer_cast<FileSystemWriter>(browser->providerRef()), writer);
+}
+
+TEST_F(BrowserTest, aStoredListingOpensAtOnceAndStaleWhateverItsAge)
+{
+    useStore();
+    store->rows[{"scripted-cache", "/srv"}] = listing("/srv", {file("stored")}, clock->now());
+    auto const opened = open("/srv/");
+    EXPECT_THAT(namesIn(opened), ElementsAre("stored"));
+    EXPECT_TRUE(opened.value().isStale);
+    EXPECT_FALSE(opened.value().wasCold);
+    EXPECT_THAT(asked(), ElementsAre("/srv 3 background"));
+    EXPECT_EQ(get(browser->stats()).diskHits, 1);
+}
+
+TEST_F(BrowserTest, aStoreWithoutTheRowIsFollowedByAColdFetch)
+{
+    useStore();
+    auto const opened = open("/srv");
+    EXPECT_EQ(store->loads, 1);
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 interactive"));
+    answer({file("a")});
+    EXPECT_TRUE(opened.value().wasCold);
+    EXPECT_EQ(get(browser->stats()).diskHits, 0);
+}
+
+TEST_F(BrowserTest, aStoredListingNeverReplacesOneThatCameWhileItWasLoaded)
+{
+    useStore();
+    store->rows[{"scripted-cache", "/srv"}] = listing("/srv", {file("stored")}, clock->now());
+    auto const first = loop.start(browser->open("/srv"));
+    auto const second = loop.start(browser->open("/srv"));
+    loop.drain();
+    EXPECT_THAT(namesIn(first), ElementsAre("stored"));
+    EXPECT_THAT(namesIn(second), ElementsAre("stored"));
+    EXPECT_EQ(get(browser->stats()).diskHits, 1);
+    EXPECT_EQ(provider->fetches, 1);
+}
+
+TEST_F(BrowserTest, aProviderWithoutACacheIdentityHasNoStore)
+{
+    store = std::make_shared<RecordingStore>();
+    makeBrowser({});
+    openCold("/srv", {file("a")});
+    get(browser->invalidate("/srv"));
+    EXPECT_EQ(store->loads, 0);
+    EXPECT_THAT(store->saves, IsEmpty());
+    EXPECT_THAT(store->removals, IsEmpty());
+}
+
+TEST_F(BrowserTest, anUnchangedScanIsStoredOnceAMinute)
+{
+    useStore();
+    openCold("/srv", {file("a")});
+    EXPECT_EQ(store->saves.size(), 2U) << "the level that was waited for, and the scan ahead";
+    get(browser->refresh("/srv"));
+    answer({file("a")});
+    EXPECT_EQ(store->saves.size(), 2U);
+    clock->advance(seconds(60));
+    get(browser->refresh("/srv"));
+    answer({file("a")});
+    EXPECT_EQ(store->saves.size(), 3U);
+}
+
+TEST_F(BrowserTest, aChangedScanIsStoredAtOnce)
+{
+    useStore();
+    openCold("/srv", {file("a")});
+    get(browser->refresh("/srv"));
+    answer({file("b")});
+    EXPECT_EQ(store->saves.size(), 3U);
+    EXPECT_THAT(names(store->rows.at({"scripted-cache", "/srv"})), ElementsAre("b"));
+}
+
+TEST_F(BrowserTest, invalidatingForgetsTheStoredRowAndStoresTheNextFetchAtOnce)
+{
+    useStore();
+    openCold("/srv", {file("a")});
+    get(browser->invalidate("/srv"));
+    EXPECT_THAT(store->removals, ElementsAre(RecordingStore::Key{"scripted-cache", "/srv"}));
+    auto const before = store->saves.size();
+    openCold("/srv", {file("a")});
+    EXPECT_EQ(store->saves.size(), before + 2);
+}
+
+TEST_F(BrowserTest, aWaiterThatIsStoppedLeavesTheFetchToTheOthers)
+{
+    auto const impatient = open("/srv");
+    auto const patient = open("/srv");
+    impatient.stop();
+    loop.drain();
+    EXPECT_THROW(impatient.value(), Cancelled);
+    answer({file("a")});
+    EXPECT_THAT(namesIn(patient), ElementsAre("a"));
+}
+
+} // namespace
+} // namespace tw::test

@@ -1,0 +1,254 @@
+#include "TWEngine/Browsing/ListingCache.h"
+
+#include "tests/support/Listings.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace tw::test {
+namespace {
+
+Timestamp at(int seconds)
+{
+    return Timestamp(std::chrono::seconds(seconds));
+}
+
+/// Listings that share one storage of the given size, as the snapshots of one scan do.
+Listings scan(std::vector<std::string> const &paths, std::size_t storageSize, Timestamp when, std::int64_t size = 0)
+{
+    auto const storage = std::make_shared<std::string const>(std::string(storageSize, 'n'));
+    Listings listings;
+    for (auto const &path : paths) {
+        std::vector<Entry> rows{{.nameOffset = 0, .nameLength = 1, .size = size, .kind = EntryKind::file}};
+        listings.emplace(path, DirectorySnapshot(path, storage, std::move(rows), when, false));
+    }
+    return listings;
+}
+
+/// What has to hold whatever was done: the count is the sum, and paths and groups know each other.
+void expectInvariants(ListingCache const &cache)
+{
+    std::size_t bytes = 0;
+    std::size_t paths = 0;
+    for (auto const &[number, group] : cache.liveGroups()) {
+        EXPECT_EQ(group->number, number);
+        EXPECT_FALSE(group->paths.empty()) << "an empty group is still alive";
+        bytes += group->storage->size();
+        paths += group->paths.size();
+        for (auto const &path : group->paths) {
+            auto const *const entry = cache.find(path);
+            ASSERT_TRUE(entry) << path;
+            EXPECT_EQ(entry->group, group) << path;
+        }
+    }
+    EXPECT_EQ(cache.cachedBytes(), bytes);
+    EXPECT_EQ(cache.pathCount(), paths);
+}
+
+TEST(ListingCacheTest, aGroupLargerThanTheBudgetStaysWhenItIsTheNewest)
+{
+    ListingCache cache(10);
+    cache.put(scan({"/a"}, 100, at(1)), "/a", 1);
+    EXPECT_TRUE(cache.find("/a"));
+    EXPECT_EQ(cache.cachedBytes(), 100U);
+}
+
+TEST(ListingCacheTest, theLeastRecentlyOpenedGroupGoesFirst)
+{
+    ListingCache cache(25);
+    cache.put(scan({"/a"}, 10, at(1)), "/a", 1);
+    cache.put(scan({"/b"}, 10, at(2)), "/b", 1);
+    cache.touch(*cache.find("/a")->group, at(3));
+    cache.put(scan({"/c"}, 10, at(4)), "/c", 1);
+    EXPECT_TRUE(cache.find("/a"));
+    EXPECT_FALSE(cache.find("/b"));
+    EXPECT_TRUE(cache.find("/c"));
+    expectInvariants(cache);
+}
+
+TEST(ListingCacheTest, theEarlierArrivalGoesFirstAmongEquals)
+{
+    ListingCache cache(25);
+    for (auto const *const path : {"/z", "/m", "/a"})
+        cache.put(scan({path}, 10, at(1)), path, 1);
+    EXPECT_FALSE(cache.find("/z"));
+    EXPECT_TRUE(cache.find("/m"));
+    EXPECT_TRUE(cache.find("/a"));
+}
+
+TEST(ListingCacheTest, evictionStopsAsSoonAsTheBudgetIsMet)
+{
+    ListingCache cache(30);
+    for (auto const *const path : {"/a", "/b", "/c", "/d"})
+        cache.put(scan({path}, 10, at(1)), path, 1);
+    EXPECT_FALSE(cache.find("/a"));
+    EXPECT_EQ(cache.pathCount(), 3U);
+    EXPECT_EQ(cache.cachedBytes(), 30U);
+}
+
+TEST(ListingCacheTest, theBytesOfAGroupStayCountedUntilItsLastPathHasLeft)
+{
+    ListingCache cache(1000);
+    cache.put(scan({"/a", "/a/x", "/a/y"}, 100, at(1)), "/a", 3);
+    cache.put(scan({"/a"}, 10, at(2)), "/a", 1);
+    cache.put(scan({"/a/x"}, 10, at(3)), "/a/x", 1);
+    EXPECT_EQ(cache.cachedBytes(), 120U);
+    cache.put(scan({"/a/y"}, 10, at(4)), "/a/y", 1);
+    EXPECT_EQ(cache.cachedBytes(), 30U);
+    expectInvariants(cache);
+}
+
+TEST(ListingCacheTest, droppingOnePathDropsWhatWasScannedAlongWithIt)
+{
+    ListingCache cache(1000);
+    cache.put(scan({"/a", "/a/x", "/a/y"}, 100, at(1)), "/a", 3);
+    cache.put(scan({"/a/y"}, 10, at(2)), "/a/y", 1);
+    cache.dropGroupOf("/a/x");
+    EXPECT_FALSE(cache.find("/a"));
+    EXPECT_TRUE(cache.find("/a/y")) << "a newer group had taken it over";
+    EXPECT_EQ(cache.cachedBytes(), 10U);
+    cache.dropGroupOf("/nowhere");
+    expectInvariants(cache);
+}
+
+TEST(ListingCacheTest, aPathThatWasNotThereBeforeIsNoChange)
+{
+    ListingCache cache(1000);
+    EXPECT_TRUE(cache.put(scan({"/a"}, 10, at(1)), "/a", 1).changed.empty());
+}
+
+TEST(ListingCacheTest, theSameListingInAnotherStorageIsNoChange)
+{
+    ListingCache cache(1000);
+    cache.put(scan({"/a"}, 10, at(1)), "/a", 1);
+    EXPECT_TRUE(cache.put(scan({"/a"}, 20, at(2)), "/a", 1).changed.empty());
+    EXPECT_EQ(cache.put(scan({"/a"}, 20, at(2), 7), "/a", 1).changed.size(), 1U);
+}
+
+TEST(ListingCacheTest, aGroupTakesItsTimesFromTheRootAndFromAnyOtherWhereThereIsNone)
+{
+    ListingCache cache(1000);
+    cache.put(scan({"/other"}, 10, at(5)), "/root", 2);
+    auto const *const entry = cache.find("/other");
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->group->root, "/root");
+    EXPECT_EQ(entry->group->depth, 2);
+    EXPECT_EQ(entry->group->fetchedAt, at(5));
+    EXPECT_EQ(entry->group->lastAccess, at(5));
+}
+
+TEST(ListingCacheTest, aPartOfAFolderFromADeepScanDoesNotReplaceTheWholeOfIt)
+{
+    auto const cutScan = [](int depth) {
+        ListingCache cache(1000);
+        cache.put(scan({"/a"}, 10, at(1)), "/a", 1);
+        auto listings = scan({"/a", "/a/x", "/a/y"}, 100, at(2), 7);
+        for (auto const *const path : {"/a", "/a/y"}) {
+            auto const &whole = listings.at(path);
+            std::vector<Entry> rows(whole.entries().begin(), whole.entries().end());
+            listings.at(path) = DirectorySnapshot(path, whole.storage(), std::move(rows), at(2), true);
+        }
+        auto const change = cache.put(listings, "/a", depth);
+        EXPECT_TRUE(change.rootTruncated);
+        expectInvariants(cache);
+        std::vector<std::string> replaced;
+        for (auto const *const path : {"/a", "/a/x", "/a/y"}) {
+            auto const *const entry = cache.find(path);
+            if (entry && entry->group->fetchedAt == at(2))
+                replaced.emplace_back(path);
+        }
+        return replaced;
+    };
+    EXPECT_EQ(cutScan(2), (std::vector<std::string>{"/a/x"}));
+    EXPECT_EQ(cutScan(1), (std::vector<std::string>{"/a", "/a/x", "/a/y"})) << "one level is all that can be had";
+}
+
+TEST(ListingCacheTest, aDeepScanThatBroughtNothingWholeLeavesNothing)
+{
+    ListingCache cache(1000);
+    auto const whole = scan({"/a"}, 10, at(1)).at("/a");
+    std::vector<Entry> rows(whole.entries().begin(), whole.entries().end());
+    Listings const cut{{"/a", DirectorySnapshot("/a", whole.storage(), std::move(rows), at(1), true)}};
+    EXPECT_TRUE(cache.put(cut, "/a", 3).rootTruncated);
+    EXPECT_EQ(cache.cachedBytes(), 0U);
+    expectInvariants(cache);
+}
+
+TEST(ListingCacheTest, adoptingOverACachedPathTakesItFromItsOldGroup)
+{
+    ListingCache cache(1000);
+    cache.put(scan({"/a", "/a/x"}, 100, at(1)), "/a", 2);
+    cache.adopt(scan({"/a"}, 10, at(2)).at("/a"), "/a");
+    EXPECT_EQ(cache.find("/a")->group->depth, 1);
+    EXPECT_EQ(cache.cachedBytes(), 110U);
+    expectInvariants(cache);
+}
+
+TEST(ListingCacheTest, clearingLeavesNothing)
+{
+    ListingCache cache(1000);
+    cache.put(scan({"/a", "/a/x"}, 100, at(1)), "/a", 2);
+    cache.clear();
+    EXPECT_EQ(cache.cachedBytes(), 0U);
+    EXPECT_EQ(cache.pathCount(), 0U);
+    expectInvariants(cache);
+}
+
+/// Folders two levels deep, so that scans overlap in every way.
+std::vector<std::string> treeBelow(std::string const &root, int width)
+{
+    std::vector<std::string> paths{root};
+    for (int index = 0; index < width; ++index)
+        paths.push_back(root + "/" + static_cast<char>('a' + index));
+    return paths;
+}
+
+class ListingCacheRandomTest : public ::testing::TestWithParam<unsigned> {};
+
+TEST_P(ListingCacheRandomTest, countsAndMembershipHoldAfterThousandsOfOperations)
+{
+    std::mt19937 random(GetParam());
+    auto const below = [&](unsigned limit) {
+        return std::uniform_int_distribution<int>(0, static_cast<int>(limit) - 1)(random);
+    };
+    auto const anyPath = [&] {
+        std::string path = "/";
+        path += static_cast<char>('r' + below(5));
+        if (below(2) == 0)
+            (path += '/') += static_cast<char>('a' + below(6));
+        return path;
+    };
+    ListingCache cache(2000);
+    for (int step = 0; step < 4000; ++step) {
+        auto const path = anyPath();
+        auto const when = at(below(50));
+        switch (below(8)) {
+        case 0:
+            cache.dropGroupOf(path);
+            break;
+        case 1:
+            cache.adopt(scan({path}, static_cast<std::size_t>(1 + below(300)), when).at(path), path);
+            break;
+        case 2:
+        case 3:
+            if (auto const *const entry = cache.find(path))
+                cache.touch(*entry->group, at(step));
+            break;
+        default:
+            cache.put(scan(treeBelow(path, below(7)), static_cast<std::size_t>(1 + below(500)), when, below(3)), path,
+                      2);
+            EXPECT_TRUE(cache.find(path)) << "what was just fetched must stay";
+        }
+        expectInvariants(cache);
+        auto const newest = cache.liveGroups().empty() ? 0 : cache.liveGroups().rbegin()->second->storage->size();
+        EXPECT_LE(cache.cachedBytes(), std::max<std::size_t>(2000, newest));
+        if (HasFailure())
+            break;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ListingCacheRandomTest, ::testing::Values(1U, 2U, 3U, 20261121U));
+
+} // namespace
+} // namespace tw::test

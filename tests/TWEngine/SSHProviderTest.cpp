@@ -1,0 +1,408 @@
+#include "tests/support/SSHProviderTest.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "tests/hosts/StandInSsh.h"
+#include "tests/support/DiskRows.h"
+#include "tests/support/Gate.h"
+
+namespace tw::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using enum FetchPriority;
+
+TEST_F(SSHProviderTest, itIsNamedByItsHost)
+{
+    auto const provider = makeProvider("ann@box");
+    EXPECT_EQ(provider->identifier(), "ssh:ann@box");
+    EXPECT_EQ(provider->persistentCacheIdentity(), "ssh:ann@box");
+    EXPECT_EQ(provider->displayName(), "ann@box");
+    EXPECT_EQ(provider->maxUsefulDepth(), 4);
+}
+
+TEST_F(SSHProviderTest, listingsAreWhatIsOnTheHost)
+{
+    reach();
+    folder.folder("a/b/c");
+    folder.file("a/b/c/file", "content");
+    folder.file("a/it's \xFF", "content");
+    folder.link("link", "a");
+    auto const provider = connected();
+    for (auto const priority : {interactive, background}) {
+        for (int const depth : {1, 3})
+            EXPECT_EQ(rowsOf(loop.run(provider->fetch(folder.path(), depth, priority)), folder.path()),
+                      rowsOnDisk(folder.path(), depth));
+    }
+}
+
+TEST_F(SSHProviderTest, aFolderThatCannotBeReadIsEmpty)
+{
+    reach();
+    auto const listings = loop.run(connected()->fetch(folder.path("none"), 1, interactive));
+    ASSERT_EQ(listings.size(), 1U);
+    EXPECT_EQ(listings.at(folder.path("none")).count(), 0U);
+}
+
+TEST_F(SSHProviderTest, aShellTellsWhereItStarts)
+{
+    reach();
+    auto const provider = makeProvider();
+    EXPECT_EQ(loop.run(provider->defaultDirectory()), "/");
+    EXPECT_FALSE(loop.run(provider->isLive()));
+    loop.run(provider->connect());
+    EXPECT_EQ(loop.run(provider->defaultDirectory()) + '\n', run(provider, "pwd"));
+    EXPECT_TRUE(loop.run(provider->isLive()));
+}
+
+TEST_F(SSHProviderTest, filesAreReadInParts)
+{
+    reach();
+    auto const path = folder.file("it's", "0123456789");
+    auto const provider = connected();
+    EXPECT_EQ(loop.run(provider->readChunk(path, 2, 5)), "23456");
+    EXPECT_EQ(loop.run(provider->fileSize(path)), 10);
+    EXPECT_EQ(loop.run(provider->fileSize(folder.path("none"))), 0);
+}
+
+TEST_F(SSHProviderTest, aCommandAnswersWhatItPrintsAndHowItEnds)
+{
+    reach();
+    auto const result = loop.run(connected()->runCommand("echo out; exit 3", std::nullopt, interactive));
+    EXPECT_EQ(result.output, "out\n");
+    EXPECT_EQ(result.status, 3);
+}
+
+TEST_F(SSHProviderTest, aTimeOutIsNoReasonToReconnect)
+{
+    reach();
+    auto const provider = connected();
+    auto const shell = shellOf(provider, interactive);
+    EXPECT_THROW(loop.run(provider->runCommand("true", std::chrono::seconds(0), interactive)),
+                 RemoteShellError::TimedOut);
+    EXPECT_EQ(shellOf(provider, interactive), shell);
+}
+
+TEST_F(SSHProviderTest, thereAreTwoSessionsOverOneConnection)
+{
+    reach();
+    Gate const gate;
+    auto const provider = connected();
+    EXPECT_NE(shellOf(provider, interactive), shellOf(provider, background));
+    EXPECT_EQ(line->traffic().connections, 1U);
+
+    // What takes long on the second does not hold up the first.
+    auto const slow = loop.start(provider->runCommand(gate.waiting(), std::nullopt, background));
+    EXPECT_EQ(run(provider, "echo quick"), "quick\n");
+    EXPECT_FALSE(slow.isDone());
+    gate.open();
+    finish(slow);
+    EXPECT_EQ(slow.value().status, 0);
+}
+
+TEST_F(SSHProviderTest, aScanAheadHasASmallerBudget)
+{
+    reach();
+    for (int index = 0; index < 100; ++index)
+        folder.file("a file with a name of some length " + std::to_string(index));
+    auto const provider = connected({.maxResponseBytes = 1000});
+    for (auto const priority : {interactive, background})
+        EXPECT_TRUE(loop.run(provider->fetch(folder.path(), 1, priority)).at(folder.path()).truncated());
+    EXPECT_EQ(run(provider, "echo $TW_MAX"), "1000\n");
+    auto const large = makeProvider();
+    loop.run(large->connect());
+    EXPECT_EQ(run(large, "echo $TW_MAX"), "8388608\n");
+    EXPECT_EQ(run(large, "echo $TW_MAX", background), "2097152\n");
+}
+
+TEST_F(SSHProviderTest, beforeConnectingThereIsNothingToAsk)
+{
+    reach();
+    auto const provider = makeProvider();
+    EXPECT_THROW(loop.run(provider->fetch("/", 1, interactive)), RemoteShellError::NotConnected);
+    EXPECT_THROW(loop.run(provider->fetch("/", 1, background)), RemoteShellError::NotConnected);
+    EXPECT_THROW(loop.run(provider->reconnect()), RemoteShellError::NotConnected);
+    EXPECT_EQ(line->traffic().connections, 0U);
+}
+
+TEST_F(SSHProviderTest, aCutIsMendedBehindTheCallersBack)
+{
+    reach();
+    folder.file("file");
+    auto const provider = connected();
+    auto const shell = shellOf(provider, interactive);
+    // A second session that is still on its way when the line is cut would try the line by itself.
+    run(provider, "true", background);
+    line->cut();
+    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, interactive)).at(folder.path()).count(), 1U);
+    EXPECT_EQ(line->traffic().connections, 2U);
+    EXPECT_NE(shellOf(provider, interactive), shell);
+    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, background)).at(folder.path()).count(), 1U);
+    EXPECT_EQ(line->traffic().connections, 2U);
+}
+
+TEST_F(SSHProviderTest, connectingWhatIsConnectedDoesNotHideALaterLoss)
+{
+    reach();
+    auto const provider = connected();
+    run(provider, "true", background);
+    auto const asked = loop.start(provider->runCommand(
+        "cd '" + folder.path() + "'; touch begun; until [ -e go ]; do sleep 0.01; done; echo ended", std::nullopt,
+        interactive));
+    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'", background) == "begun\n"; });
+    loop.run(provider->connect());
+    line->cut();
+    folder.file("go");
+    finish(asked);
+    EXPECT_EQ(asked.value().output, "ended\n");
+}
+
+TEST_F(SSHProviderTest, whoHasJoinedAnAttemptThatIsGivenUpMakesTheNext)
+{
+    reach();
+    line->stall();
+    auto const provider = makeProvider();
+    auto const first = loop.start(provider->connect());
+    loop.drain();
+    line->waitUntil([](Traffic const &traffic) { return traffic.connections == 1; });
+    auto const second = loop.start(provider->connect());
+    loop.drain();
+    first.stop();
+    finish(first);
+    EXPECT_THROW(first.value(), Cancelled);
+    line->resume();
+    finish(second);
+    EXPECT_NO_THROW(second.value());
+    EXPECT_EQ(run(provider, "echo in"), "in\n");
+}
+
+TEST_F(SSHProviderTest, aReconnectionDoesNotAskAgainWhatTheHostSpeaks)
+{
+    StandInSsh const standIn;
+    auto const provider = std::make_shared<SSHProvider>(
+        SSHProvider::Collaborators{.engine = engine, .sshProgram = standIn.program(), .sockets = sockets}, "host");
+    loop.run(provider->connect());
+    EXPECT_EQ(run(provider, "echo in", background), "in\n");
+    loop.run(provider->reconnect());
+    EXPECT_EQ(run(provider, "echo in", background), "in\n");
+    EXPECT_EQ(standIn.starts().size(), 5U);
+    EXPECT_EQ(std::ranges::count(standIn.starts(), "echo %COMSPEC%", [](auto const &start) { return start.back(); }),
+              1);
+    loop.run(provider->disconnect());
+}
+
+TEST_F(SSHProviderTest, aReconnectionThatFailsIsTheFailureOfAll)
+{
+    reach();
+    auto const provider = connected();
+    run(provider, "true", background);
+    host->stop();
+    std::vector<Started<Listings>> fetches;
+    for (auto const priority : {interactive, background, interactive})
+        fetches.push_back(loop.start(provider->fetch(folder.path(), 1, priority)));
+    for (auto const &fetch : fetches)
+        EXPECT_NE(failureOf(fetch), "it succeeded");
+}
+
+TEST_F(SSHProviderTest, aCutIsMendedOnceForAll)
+{
+    reach();
+    auto const file = folder.file("file", "content");
+    auto const provider = connected();
+    run(provider, "true", background);
+    line->cut(Ending::reset);
+    std::vector<Started<Listings>> fetches;
+    for (auto const priority : {interactive, background, interactive, background})
+        fetches.push_back(loop.start(provider->fetch(folder.path(), 1, priority)));
+    auto const size = loop.start(provider->fileSize(file));
+    auto const chunk = loop.start(provider->readChunk(file, 0, 10));
+    for (auto const &fetch : fetches) {
+        finish(fetch);
+        EXPECT_EQ(fetch.value().at(folder.path()).count(), 1U);
+    }
+    finish(size);
+    finish(chunk);
+    EXPECT_EQ(size.value(), 7);
+    EXPECT_EQ(chunk.value(), "content");
+    EXPECT_EQ(line->traffic().connections, 2U);
+}
+
+TEST_F(SSHProviderTest, aLineThatIsDeadIsNoticedThoughItsConnectionIsSharedWithTheProbe)
+{
+    reach();
+    auto const provider = connected({.keepAliveInterval = std::chrono::seconds(1)});
+    auto const shell = shellOf(provider, interactive);
+    run(provider, "true", background);
+    line->stall();
+    loop.runUntil([&] {
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(10)));
+        return !loop.run(provider->isLive());
+    });
+    line->resume();
+    EXPECT_NE(shellOf(provider, interactive), shell);
+}
+
+TEST_F(SSHProviderTest, aCutInTheMiddleOfAnAnswerIsMended)
+{
+    reach();
+    auto const provider = connected();
+    auto const asked = loop.start(provider->runCommand(
+        "echo begun; cd '" + folder.path() + "'; touch begun; until [ -e go ]; do sleep 0.01; done; echo ended",
+        std::nullopt, interactive));
+    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'", background) == "begun\n"; });
+    line->cut();
+    folder.file("go");
+    finish(asked);
+    EXPECT_EQ(asked.value().output, "begun\nended\n");
+    EXPECT_EQ(line->traffic().connections, 2U);
+}
+
+TEST_F(SSHProviderTest, aLossOfTheSecondSessionIsMended)
+{
+    reach();
+    auto const provider = connected();
+    loop.run(outcomeOf(provider->runCommand("true", std::nullopt, background)));
+    auto const first = shellOf(provider, interactive);
+    run(provider, "kill -KILL " + shellOf(provider, background));
+    EXPECT_NE(shellOf(provider, background), "");
+    EXPECT_NE(shellOf(provider, interactive), first) << "both are connected again";
+    EXPECT_EQ(line->traffic().connections, 1U) << "over the connection that was there";
+}
+
+TEST_F(SSHProviderTest, aHostThatIsGoneIsToldInTheWordsOfSshUntilItIsBack)
+{
+    reach();
+    auto const provider = connected();
+    host->stop();
+    for (int attempt = 0; attempt < 2; ++attempt)
+        EXPECT_NE(failureOf(loop.start(provider->fetch("/", 1, interactive))), "it succeeded");
+    EXPECT_FALSE(loop.run(provider->isLive()));
+    host->start();
+    EXPECT_EQ(run(provider, "echo back"), "back\n");
+    EXPECT_EQ(run(provider, "echo back", background), "back\n");
+    EXPECT_TRUE(loop.run(provider->isLive()));
+}
+
+TEST_F(SSHProviderTest, aPortThatRefusesIsToldInTheWordsOfSsh)
+{
+    reach();
+    client.add("host", host->address());
+    host->stop();
+    EXPECT_THAT(connectFailure(makeProvider()), HasSubstr("Connection refused"));
+}
+
+TEST_F(SSHProviderTest, whatIsUnderWayAtADisconnectFails)
+{
+    reach();
+    Gate const gate;
+    auto const provider = connected();
+    auto const first = loop.start(provider->runCommand(gate.waiting(), std::nullopt, interactive));
+    auto const second = loop.start(provider->fetch("/", 1, background));
+    auto const third = loop.start(provider->fetch("/", 1, interactive));
+    loop.run(provider->disconnect());
+    finish(second);
+    EXPECT_EQ(failureOf(first), "disconnected: shut down");
+    EXPECT_EQ(failureOf(third), "disconnected: shut down");
+    EXPECT_FALSE(loop.run(provider->isLive()));
+}
+
+TEST_F(SSHProviderTest, aDisconnectWhileItConnectsEndsIt)
+{
+    reach();
+    line->stall();
+    auto const provider = makeProvider();
+    auto const connecting = loop.start(provider->connect());
+    loop.drain();
+    line->waitUntil([](Traffic const &traffic) { return traffic.connections == 1; });
+    loop.run(provider->disconnect());
+    EXPECT_EQ(failureOf(connecting), "disconnected: shut down");
+    EXPECT_FALSE(loop.run(provider->isLive()));
+    line->resume();
+}
+
+TEST_F(SSHProviderTest, connectingIsGivenUpWithItsCaller)
+{
+    reach();
+    line->stall();
+    auto const provider = makeProvider();
+    auto const connecting = loop.start(provider->connect());
+    loop.drain();
+    line->waitUntil([](Traffic const &traffic) { return traffic.connections == 1; });
+    connecting.stop();
+    finish(connecting);
+    EXPECT_THROW(connecting.value(), Cancelled);
+    // Once the line delivers again, the end of the client is all that the host hears of.
+    line->resume();
+    line->waitUntil([](Traffic const &traffic) { return traffic.open == 0; });
+    EXPECT_FALSE(loop.run(provider->isLive()));
+    EXPECT_EQ(line->traffic().connections, 1U);
+}
+
+TEST_F(SSHProviderTest, afterADisconnectItConnectsWithoutAProbe)
+{
+    StandInSsh const standIn;
+    auto const provider = std::make_shared<SSHProvider>(
+        SSHProvider::Collaborators{.engine = engine, .sshProgram = standIn.program(), .sockets = sockets}, "host");
+    for (std::size_t const starts : {3U, 5U}) {
+        loop.run(provider->connect());
+        EXPECT_EQ(run(provider, "echo in", background), "in\n");
+        loop.run(provider->disconnect());
+        EXPECT_EQ(standIn.starts().size(), starts);
+    }
+    EXPECT_EQ(standIn.starts().front().back(), "echo %COMSPEC%");
+}
+
+TEST_F(SSHProviderTest, twoWhoConnectAtOnceShareOneConnection)
+{
+    reach();
+    auto const provider = makeProvider();
+    auto const first = loop.start(provider->connect());
+    auto const second = loop.start(provider->connect());
+    finish(first);
+    finish(second);
+    EXPECT_NO_THROW(first.value());
+    EXPECT_NO_THROW(second.value());
+    EXPECT_EQ(shellOf(provider, interactive), shellOf(provider, interactive));
+    EXPECT_EQ(line->traffic().connections, 1U);
+}
+
+TEST_F(SSHProviderTest, withoutAPlaceForSocketsEachSessionLogsIn)
+{
+    reach();
+    auto const place = socketBase.path(".tw-" + std::to_string(::getuid()));
+    ASSERT_EQ(::mkdir(place.c_str(), 0755), 0);
+    auto const provider = connected();
+    EXPECT_EQ(run(provider, "echo in", background), "in\n");
+    EXPECT_EQ(line->traffic().connections, 3U) << "the probe and two sessions";
+    EXPECT_THAT(namesOnDisk(place), IsEmpty());
+}
+
+TEST_F(SSHProviderTest, aLinkIsNoPlaceForSockets)
+{
+    reach();
+    auto const elsewhere = socketBase.folder("elsewhere");
+    ASSERT_EQ(::chmod(elsewhere.c_str(), 0700), 0);
+    socketBase.link(".tw-" + std::to_string(::getuid()), elsewhere);
+    EXPECT_EQ(run(connected(), "echo in", background), "in\n");
+    EXPECT_EQ(line->traffic().connections, 3U);
+    EXPECT_THAT(namesOnDisk(elsewhere), IsEmpty());
+}
+
+TEST_F(SSHProviderTest, theSocketGoesWithTheConnection)
+{
+    reach();
+    auto const provider = connected();
+    auto const place = socketBase.path(".tw-" + std::to_string(::getuid()));
+    EXPECT_EQ(namesOnDisk(place), std::vector{ControlPath::socketName("host")});
+    loop.run(provider->disconnect());
+    line->cut();
+    loop.runUntil([&] {
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+        return namesOnDisk(place).empty();
+    });
+    EXPECT_EQ(line->traffic().open, 0U);
+}
+
+} // namespace
+} // namespace tw::test

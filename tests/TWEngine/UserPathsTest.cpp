@@ -1,0 +1,51 @@
+#include "TWEngine/Platform/UserPaths.h"
+
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+TEST(UserPathsTest, theyLieInTheHomeWhereNothingElseIsSaid)
+{
+    auto const paths = UserPaths::from({{"HOME", "/home/ann"}}, "/home/of the account");
+    EXPECT_EQ(paths.caches, "/home/ann/.cache/com.velmora.Tarnwick");
+    EXPECT_EQ(paths.edits, "/home/ann/.cache/com.velmora.Tarnwick/edits");
+    EXPECT_EQ(paths.lifeLog, "/home/ann/.local/state/Tarnwick/life.log");
+}
+
+TEST(UserPathsTest, theEnvironmentMayPutThemElsewhere)
+{
+    auto const paths =
+        UserPaths::from({{"HOME", "/home/ann"}, {"XDG_CACHE_HOME", "/fast/c"}, {"XDG_STATE_HOME", "/safe/s"}}, "");
+    EXPECT_EQ(paths.caches, "/fast/c/com.velmora.Tarnwick");
+    EXPECT_EQ(paths.edits, "/fast/c/com.velmora.Tarnwick/edits");
+    EXPECT_EQ(paths.lifeLog, "/safe/s/Tarnwick/life.log");
+}
+
+TEST(UserPathsTest, aVariableThatIsEmptyOrRelativeIsNotSet)
+{
+    for (auto const *const value : {"", "cache", "./cache", "~/cache"}) {
+        auto const paths =
+            UserPaths::from({{"HOME", "/home/ann"}, {"XDG_CACHE_HOME", value}, {"XDG_STATE_HOME", value}}, "");
+        EXPECT_EQ(paths.caches, "/home/ann/.cache/com.velmora.Tarnwick") << value;
+        EXPECT_EQ(paths.lifeLog, "/home/ann/.local/state/Tarnwick/life.log") << value;
+    }
+}
+
+TEST(UserPathsTest, withoutAHomeInTheEnvironmentItIsThatOfTheAccount)
+{
+    EXPECT_EQ(UserPaths::from({}, "/home/bob").caches, "/home/bob/.cache/com.velmora.Tarnwick");
+    EXPECT_EQ(UserPaths::from({{"HOME", ""}}, "/home/bob").caches, "/home/bob/.cache/com.velmora.Tarnwick");
+    EXPECT_EQ(UserPaths::from({{"HOME", "relative"}}, "/home/bob").caches, "/home/bob/.cache/com.velmora.Tarnwick");
+}
+
+TEST(UserPathsTest, thoseOfThisUserAreAbsolute)
+{
+    auto const paths = UserPaths::ofThisUser();
+    EXPECT_TRUE(paths.caches.starts_with('/'));
+    EXPECT_TRUE(paths.lifeLog.starts_with('/'));
+    EXPECT_TRUE(paths.edits.starts_with(paths.caches + '/'));
+}
+
+} // namespace
+} // namespace tw::test

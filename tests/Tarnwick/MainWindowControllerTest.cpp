@@ -1,0 +1,424 @@
+#include "tests/support/MainWindowControllerTest.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "tests/support/RecordingStore.h"
+
+#include <gmock/gmock.h>
+
+namespace tw::test {
+namespace {
+
+TEST_F(MainWindowControllerTest, eachSideOpensWhatTheCommandLineAsksFor)
+{
+    start({.left = PaneSpec{"local", "/usr", true}, .right = PaneSpec{"local", "/etc", true}});
+    EXPECT_EQ(left.path, "/usr");
+    EXPECT_EQ(right.path, "/etc");
+}
+
+TEST_F(MainWindowControllerTest, theSideThatWasActiveLastTimeIsActiveAgain)
+{
+    start({});
+    EXPECT_EQ(controller.activeSide(), PaneSide::left);
+    controller.setActive(PaneSide::right);
+    EXPECT_EQ(defaults.text("tw.activeSide"), "right");
+    for (auto const &[stored, side] :
+         {std::pair("right", PaneSide::right), {"left", PaneSide::left}, {"top", PaneSide::left}}) {
+        defaults.setText("tw.activeSide", stored);
+        start({});
+        EXPECT_EQ(controller.activeSide(), side) << stored;
+    }
+}
+
+TEST_F(MainWindowControllerTest, aSideThatIsNotAskedForOpensTheHomeDirectory)
+{
+    start({});
+    EXPECT_EQ(left.path, PaneSpec::localHome().path);
+    EXPECT_EQ(right.path, PaneSpec::localHome().path);
+}
+
+TEST_F(MainWindowControllerTest, theLeftSideIsActiveAtFirst)
+{
+    start({});
+    EXPECT_EQ(controller.activeSide(), PaneSide::left);
+    EXPECT_TRUE(left.isActive);
+    EXPECT_TRUE(left.hasFocus);
+    EXPECT_FALSE(right.isActive);
+}
+
+TEST_F(MainWindowControllerTest, theOtherPaneBecomesActiveWhenItGetsTheKeyboard)
+{
+    start({});
+    controller.pane(PaneSide::left)->handleKey({.key = Key::tab, .text = {}});
+    EXPECT_TRUE(right.hasFocus);
+    controller.pane(PaneSide::right)->activated();
+    EXPECT_EQ(controller.activeSide(), PaneSide::right);
+    EXPECT_TRUE(right.isActive);
+    EXPECT_FALSE(left.isActive);
+}
+
+class HostPaneTest : public MainWindowControllerTest {
+protected:
+    HostPaneTest()
+    {
+        connections.browsers["web"] = host;
+        start({.left = PaneSpec{"local", "/usr", true}, .right = {}});
+    }
+
+    ~HostPaneTest() override
+    {
+        for (auto const side : {PaneSide::left, PaneSide::right})
+            controller.pane(side)->navigate("/"); // whatever was under way is for nothing
+        for (auto const &request : connections.waiting)
+            request.answer->fail(std::make_exception_ptr(Cancelled()));
+        loop.drain();
+        auto const ended = loop.start(host->shutdown());
+        loop.drain();
+        EXPECT_TRUE(ended.isDone());
+    }
+
+    void openHost(PaneSpec destination)
+    {
+        controller.open(std::move(destination), controller.pane(PaneSide::left));
+        loop.drain();
+    }
+
+    void connect()
+    {
+        connections.waiting.at(0).answer->succeed(host);
+        loop.drain();
+    }
+
+    void refuse(std::string const &why)
+    {
+        connections.waiting.at(0).answer->fail(std::make_exception_ptr(std::runtime_error(why)));
+        loop.drain();
+    }
+
+    /// A folder of this machine, however many times it is asked for.
+    void answerLocal()
+    {
+        while (!provider->waiting.empty()) {
+            auto const request = provider->takeOldest();
+            request.answer->succeed({{request.path, listing(request.path, {file("a")}, clock->now())}});
+            loop.drain();
+        }
+    }
+
+    void pick(ConnectionItem::Kind kind, std::string const &title, PaneSide side = PaneSide::left)
+    {
+        controller.pickConnection({.kind = kind, .title = title, .isEnabled = true}, side);
+        loop.drain();
+    }
+
+    void pickHost(std::string const &name) { pick(ConnectionItem::Kind::host, name); }
+
+    void pickLocal() { pick(ConnectionItem::Kind::local, localTitle); }
+
+    void answerHost(std::string const &path)
+    {
+        hostProvider->takeOldest().answer->succeed({{path, listing(path, {file("remote")}, clock->now())}});
+        loop.drain();
+    }
+
+    static std::shared_ptr<ScriptedProvider> makeHostProvider()
+    {
+        auto provider = std::make_shared<ScriptedProvider>();
+        provider->usefulDepth = 1;
+        provider->cacheIdentity = "ssh:web";
+        return provider;
+    }
+
+    /// From another time.
+    void remember(std::string const &path)
+    {
+        store->rows.insert_or_assign({"ssh:web", path}, listing(path, {file("old")}, clock->now()));
+    }
+
+    std::shared_ptr<RecordingStore> store = std::make_shared<RecordingStore>();
+    std::shared_ptr<ScriptedProvider> hostProvider = makeHostProvider();
+    std::shared_ptr<Browser> host = std::make_shared<Browser>(
+        hostProvider, Browser::Collaborators{Strand(loop.context()), clock, store}, Browser::Config{});
+    PaneController const &pane = *controller.pane(PaneSide::left);
+};
+
+TEST_F(HostPaneTest, aHostIsConnectedAndItsFolderOpened)
+{
+    openHost(PaneSpec{"web", "/srv", true});
+    EXPECT_EQ(connections.waiting.at(0).host, "web");
+    EXPECT_EQ(left.path, "connecting…");
+    EXPECT_TRUE(left.isSpinning);
+    connect();
+    answerHost("/srv");
+    EXPECT_EQ(left.path, "/srv");
+    EXPECT_FALSE(left.isSpinning);
+    EXPECT_EQ(pane.connectionName(), "web");
+    EXPECT_EQ(left.connection, "web");
+    EXPECT_THAT(pane.model().visibleNames(), ::testing::ElementsAre("remote"));
+}
+
+TEST_F(HostPaneTest, whatIsOnShowBelongsToItsConnectionUntilTheHostsFolderIsThere)
+{
+    openHost(PaneSpec{"web", "/srv", true});
+    connect();
+    EXPECT_EQ(pane.connectionName(), "local");
+    EXPECT_EQ(pane.pathOnShow(), "/usr");
+    hostProvider->takeOldest().answer->fail(std::make_exception_ptr(std::runtime_error("no such folder")));
+    loop.drain();
+    EXPECT_EQ(left.connection, "local");
+    EXPECT_EQ(pane.connectionName(), "local") << "a key must not act on a host while a local folder is on show";
+    EXPECT_EQ(pane.pathOnShow(), "/usr");
+    EXPECT_EQ(left.path, "/usr");
+    EXPECT_EQ(left.status, "⚠︎ /srv: no such folder");
+}
+
+TEST_F(HostPaneTest, aHostThatCannotBeReachedIsToldAndThePaneStays)
+{
+    openHost(PaneSpec{"web", "/srv", true});
+    refuse("cannot reach web: no route to host");
+    EXPECT_EQ(left.status, "⚠︎ cannot connect to web: cannot reach web: no route to host");
+    EXPECT_EQ(left.path, "/usr");
+    EXPECT_FALSE(left.isSpinning);
+    EXPECT_EQ(pane.connectionName(), "local");
+}
+
+TEST_F(HostPaneTest, aPaneThatHasGoneElsewhereMeanwhileIsNotPulledToTheHost)
+{
+    openHost(PaneSpec{"web", "/srv", true});
+    controller.pane(PaneSide::left)->navigate("/usr");
+    loop.drain();
+    connect();
+    EXPECT_EQ(pane.connectionName(), "local");
+    EXPECT_TRUE(hostProvider->waiting.empty());
+}
+
+TEST_F(HostPaneTest, aFolderFromAnotherTimeIsOnShowBeforeTheHostIsReachedAndCorrectedThen)
+{
+    remember("/srv");
+    openHost(PaneSpec{"web", "/srv", true});
+    EXPECT_EQ(left.path, "/srv");
+    EXPECT_EQ(left.connection, "web");
+    EXPECT_EQ(pane.connectionName(), "web");
+    EXPECT_EQ(left.status, "connecting to web…");
+    EXPECT_TRUE(left.isSpinning);
+    EXPECT_THAT(pane.model().visibleNames(), ::testing::ElementsAre("old"));
+
+    connect();
+    EXPECT_FALSE(left.isSpinning);
+    EXPECT_THAT(left.status, ::testing::HasSubstr("1 files"));
+    answerHost("/srv");
+    EXPECT_EQ(left.path, "/srv");
+    EXPECT_THAT(pane.model().visibleNames(), ::testing::ElementsAre("remote"));
+}
+
+TEST_F(HostPaneTest, aHostThatIsUpBeforeItsRememberedFolderArrivesIsNotSaidToBeOnItsWay)
+{
+    remember("/srv");
+    controller.open(PaneSpec{"web", "/srv", true}, controller.pane(PaneSide::left));
+    connections.waiting.at(0).answer->succeed(host);
+    loop.drain();
+    EXPECT_EQ(connections.waiting.size(), 1U) << "one attempt";
+    EXPECT_EQ(left.path, "/srv");
+    EXPECT_FALSE(left.isSpinning);
+    EXPECT_THAT(left.status, ::testing::HasSubstr("1 files"));
+}
+
+TEST_F(HostPaneTest, aRefusalBeforeTheRememberedFolderArrivesStaysToBeRead)
+{
+    remember("/srv");
+    controller.open(PaneSpec{"web", "/srv", true}, controller.pane(PaneSide::left));
+    connections.waiting.at(0).answer->fail(std::make_exception_ptr(std::runtime_error("no way")));
+    loop.drain();
+    EXPECT_EQ(left.status, "⚠︎ cannot connect to web: no way");
+    EXPECT_EQ(left.path, "/srv");
+    EXPECT_FALSE(left.isSpinning);
+    EXPECT_THAT(pane.model().visibleNames(), ::testing::ElementsAre("old"));
+}
+
+TEST_F(HostPaneTest, aFolderFromAnotherTimeStaysWhenTheHostCannotBeReached)
+{
+    remember("/srv");
+    openHost(PaneSpec{"web", "/srv", true});
+    refuse("no way");
+    EXPECT_EQ(left.status, "⚠︎ cannot connect to web: no way");
+    EXPECT_FALSE(left.isSpinning);
+    EXPECT_EQ(left.path, "/srv");
+    EXPECT_EQ(pane.connectionName(), "web");
+    EXPECT_THAT(pane.model().visibleNames(), ::testing::ElementsAre("old"));
+}
+
+TEST_F(HostPaneTest, whoHasGoneOnAmongTheRememberedFoldersIsToldThatTheHostCannotBeReached)
+{
+    remember("/srv");
+    remember("/");
+    openHost(PaneSpec{"web", "/srv", true});
+    controller.pane(PaneSide::left)->goUp();
+    loop.drain();
+    EXPECT_EQ(left.path, "/");
+    refuse("no way");
+    EXPECT_EQ(left.status, "⚠︎ cannot connect to web: no way");
+    EXPECT_EQ(left.path, "/");
+    EXPECT_EQ(pane.connectionName(), "web");
+}
+
+TEST_F(HostPaneTest, whoHasLeftForThisMachineMeanwhileHearsNothingOfTheHost)
+{
+    remember("/srv");
+    openHost(PaneSpec{"web", "/srv", true});
+    controller.open(PaneSpec{"local", "/usr", true}, controller.pane(PaneSide::left));
+    loop.drain();
+    auto const before = left.status;
+    refuse("no way");
+    EXPECT_EQ(left.status, before);
+    EXPECT_EQ(pane.connectionName(), "local");
+}
+
+TEST_F(HostPaneTest, withoutAPathTheHostSaysWhereToBegin)
+{
+    remember("/");
+    openHost(PaneSpec{"web", "/", false});
+    EXPECT_EQ(pane.connectionName(), "local") << "what is remembered may be another folder than the one it begins in";
+    EXPECT_EQ(left.path, "connecting…");
+    refuse("no way");
+}
+
+TEST_F(HostPaneTest, whileAHostIsReachedItsNameStandsBesideConnecting)
+{
+    pickHost("web");
+    EXPECT_EQ(left.connection, "web");
+    EXPECT_EQ(left.path, "connecting…");
+    EXPECT_EQ(left.status, "");
+    EXPECT_TRUE(left.isSpinning);
+    EXPECT_EQ(pane.connectionName(), "local") << "the listing on show is still this machine's";
+}
+
+TEST_F(HostPaneTest, aHostThatCannotBeReachedTakesItsNameBack)
+{
+    pickHost("web");
+    refuse("no route to host");
+    EXPECT_EQ(left.connection, "local");
+    EXPECT_EQ(left.path, "/usr");
+    EXPECT_EQ(left.status, "⚠︎ cannot connect to web: no route to host");
+    EXPECT_FALSE(left.isSpinning);
+}
+
+TEST_F(HostPaneTest, goingElsewhereWhileAHostIsReachedTakesItsNameBackAtOnce)
+{
+    pickHost("web");
+    controller.pane(PaneSide::left)->navigate("/usr");
+    EXPECT_EQ(left.connection, "local");
+    EXPECT_EQ(left.path, "/usr");
+    loop.drain();
+    connect();
+    EXPECT_EQ(left.connection, "local");
+}
+
+TEST_F(HostPaneTest, thisMachineCanBeChosenWhileAHostIsReached)
+{
+    pickHost("web");
+    pickLocal();
+    EXPECT_EQ(left.connection, "local");
+    EXPECT_EQ(left.path, PaneSpec::localHome().path);
+    refuse("too late to be of interest");
+    answerLocal();
+    EXPECT_EQ(pane.pathOnShow(), PaneSpec::localHome().path);
+    EXPECT_FALSE(left.isSpinning);
+    EXPECT_THAT(left.status, ::testing::Not(::testing::HasSubstr("⚠︎")));
+}
+
+TEST_F(HostPaneTest, anotherHostCanBeChosenWhileOneIsReached)
+{
+    pickHost("slow");
+    pickHost("web");
+    ASSERT_EQ(connections.waiting.size(), 2U);
+    refuse("slow is slow");
+    EXPECT_EQ(left.connection, "web");
+    EXPECT_EQ(left.path, "connecting…");
+    connections.waiting.at(1).answer->succeed(host);
+    loop.drain();
+    answerHost("/");
+    EXPECT_EQ(pane.connectionName(), "web");
+}
+
+TEST_F(HostPaneTest, fromAHostThisMachineIsItsHomeFolder)
+{
+    pickHost("web");
+    connect();
+    answerHost("/");
+    ASSERT_EQ(pane.connectionName(), "web");
+    pickLocal();
+    answerLocal();
+    EXPECT_EQ(pane.connectionName(), "local");
+    EXPECT_EQ(left.connection, "local");
+    EXPECT_EQ(pane.pathOnShow(), PaneSpec::localHome().path);
+}
+
+TEST_F(HostPaneTest, theHostOnShowCanBeChosenAgain)
+{
+    openHost(PaneSpec{"web", "/srv", true});
+    connect();
+    answerHost("/srv");
+    pickHost("web");
+    ASSERT_EQ(connections.waiting.size(), 2U);
+    connections.waiting.at(1).answer->succeed(host);
+    loop.drain();
+    answerHost("/");
+    EXPECT_EQ(pane.connectionName(), "web");
+    EXPECT_EQ(pane.pathOnShow(), "/");
+}
+
+TEST_F(HostPaneTest, aChoiceActsOnThePaneOfItsMenuWhichBecomesTheActiveOne)
+{
+    pick(ConnectionItem::Kind::host, "web", PaneSide::right);
+    EXPECT_EQ(right.path, "connecting…");
+    EXPECT_EQ(left.path, "/usr");
+    EXPECT_EQ(controller.activeSide(), PaneSide::right);
+    EXPECT_TRUE(right.isActive);
+    EXPECT_TRUE(right.hasFocus);
+}
+
+TEST_F(HostPaneTest, aHostsNameHidesNothing)
+{
+    pickHost("a\xE2\x80\xAE\nb");
+    EXPECT_EQ(left.connection, "a\xEF\xBF\xBD\xE2\x90\x8A"
+                               "b");
+    refuse("no");
+    EXPECT_EQ(left.status, "⚠︎ cannot connect to a\xEF\xBF\xBD\xE2\x90\x8A"
+                           "b: no");
+}
+
+TEST_F(HostPaneTest, aHostAtTheStartThatCannotBeReachedLeavesThePaneAtHome)
+{
+    RecordingDisplay display;
+    MainWindowController other({loop.context(), clock, defaults}, connections);
+    other.pane(PaneSide::left)->attach(display);
+    other.start({.left = PaneSpec{"web", "/srv", true}, .right = {}});
+    loop.drain();
+    refuse("no way");
+    EXPECT_EQ(display.path, PaneSpec::localHome().path);
+    EXPECT_EQ(display.status, "⚠︎ cannot connect to web: no way");
+    other.pane(PaneSide::left)->detach();
+}
+
+TEST_F(MainWindowControllerTest, commandsActOnTheActivePane)
+{
+    start({});
+    controller.setActive(PaneSide::right);
+    auto const fetches = provider->fetches;
+    controller.cmdRefresh();
+    loop.drain();
+    EXPECT_EQ(provider->fetches, fetches + 1);
+    controller.cmdToggleHidden();
+    EXPECT_TRUE(controller.pane(PaneSide::right)->model().showHidden);
+    EXPECT_FALSE(controller.pane(PaneSide::left)->model().showHidden);
+}
+
+TEST_F(MainWindowControllerTest, commandsOfTheWindowReachIt)
+{
+    controller.cmdEqualizePanes();
+    controller.cmdCloseWindow();
+    EXPECT_EQ(window.equalized, 1);
+    EXPECT_EQ(window.closed, 1);
+}
+
+} // namespace
+} // namespace tw::test

@@ -1,0 +1,687 @@
+#include "Tarnwick/Panes/PaneController.h"
+
+#include "Tarnwick/Panes/PaneSpec.h"
+#include "tests/support/Listings.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingDisplay.h"
+#include "tests/support/ScriptedProvider.h"
+#include "tests/support/TestLoop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using std::chrono::milliseconds;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+/// A pane over a provider that answers when the test says so, on a loop that the test drives.
+class PaneControllerTest : public ::testing::Test {
+protected:
+    PaneControllerTest()
+    {
+        provider->usefulDepth = 1;
+        browser = std::make_shared<Browser>(
+            provider, Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock, .store = nullptr},
+            Browser::Config{});
+        pane = PaneController::create({.mainContext = loop.context(), .clock = clock, .defaults = defaults}, browser,
+                                      "local");
+        pane->attach(display);
+        loop.drain();
+    }
+
+    ~PaneControllerTest() override
+    {
+        pane.reset();
+        auto const ended = loop.start(browser->shutdown());
+        loop.drain();
+        clock->advance(milliseconds(200)); // the spinner timers that were called off
+        loop.drain();
+        EXPECT_TRUE(ended.isDone());
+    }
+
+    void navigate(std::string path, std::string select = {},
+                  PaneController::MarksAfter marks = PaneController::MarksAfter::dropped)
+    {
+        pane->navigate(std::move(path), std::move(select), marks);
+        loop.drain();
+    }
+
+    /// Answers the fetch of `path` that waits.
+    void answer(std::string const &path, std::vector<ListedEntry> const &rows,
+                Completeness completeness = Completeness::whole)
+    {
+        take(path).answer->succeed({{path, listing(path, rows, clock->now(), completeness)}});
+        loop.drain();
+    }
+
+    void answerError(std::string const &path, std::string const &text)
+    {
+        take(path).answer->fail(std::make_exception_ptr(std::runtime_error(text)));
+        loop.drain();
+    }
+
+    ScriptedProvider::Request take(std::string const &path)
+    {
+        auto const found = std::ranges::find(provider->waiting, path, &ScriptedProvider::Request::path);
+        if (found == provider->waiting.end())
+            throw std::logic_error("nobody asked for " + path);
+        auto request = *found;
+        provider->waiting.erase(found);
+        return request;
+    }
+
+    void show(std::string const &path, std::vector<ListedEntry> const &rows)
+    {
+        navigate(path);
+        answer(path, rows);
+    }
+
+    void press(Key key) { press(KeyPress{.key = key, .text = {}}); }
+
+    void press(KeyPress const &key)
+    {
+        handled = pane->handleKey(key);
+        loop.drain();
+    }
+
+    static KeyPress shifted(Key key) { return {.key = key, .shift = true, .text = {}}; }
+
+    std::vector<std::string> visible() const { return pane->model().visibleNames(); }
+
+    std::vector<std::string> marked() const { return {pane->model().marked.begin(), pane->model().marked.end()}; }
+
+    TestLoop loop;
+    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
+    std::shared_ptr<ScriptedProvider> provider = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<Browser> browser;
+    MemoryDefaults defaults;
+    RecordingDisplay display;
+    std::shared_ptr<PaneController> pane;
+    bool handled = false;
+};
+
+TEST_F(PaneControllerTest, thePathIsShownAtOnceAndTheListingWhenItIsThere)
+{
+    navigate("/srv");
+    EXPECT_EQ(display.path, "/srv");
+    EXPECT_EQ(pane->requestedPath(), "/srv");
+    EXPECT_EQ(pane->pathOnShow(), "/");
+    answer("/srv", {directory("a"), file("b")});
+    EXPECT_EQ(pane->pathOnShow(), "/srv");
+    EXPECT_THAT(visible(), ElementsAre("a", "b"));
+    EXPECT_EQ(display.cursorRow, 0);
+}
+
+TEST_F(PaneControllerTest, theOldListingStaysUntilTheNewOneIsThere)
+{
+    show("/old", {file("a")});
+    navigate("/new");
+    EXPECT_THAT(visible(), ElementsAre("a"));
+    EXPECT_EQ(pane->pathOnShow(), "/old");
+}
+
+TEST_F(PaneControllerTest, ofTwoQuickNavigationsTheSecondShowsWhicheverAnswersFirst)
+{
+    navigate("/first");
+    navigate("/second");
+    answer("/second", {file("two")});
+    answer("/first", {file("one")});
+    EXPECT_THAT(visible(), ElementsAre("two"));
+    EXPECT_EQ(display.path, "/second");
+
+    navigate("/third");
+    navigate("/fourth");
+    answer("/third", {file("three")});
+    EXPECT_THAT(visible(), ElementsAre("two"));
+    answer("/fourth", {file("four")});
+    EXPECT_THAT(visible(), ElementsAre("four"));
+}
+
+TEST_F(PaneControllerTest, aLateFailureIsDropped)
+{
+    navigate("/first");
+    navigate("/second");
+    answer("/second", {file("two")});
+    answerError("/first", "too late");
+    EXPECT_THAT(display.status, Not(HasSubstr("too late")));
+}
+
+TEST_F(PaneControllerTest, aFailureLeavesListingCursorAndMarksAndSaysWhy)
+{
+    show("/srv", {file("a"), file("b"), file("c")});
+    press(Key::insert);
+    press(Key::insert);
+    navigate("/locked");
+    answerError("/locked", "Permission denied");
+    EXPECT_EQ(display.status, "⚠︎ /locked: Permission denied");
+    EXPECT_THAT(visible(), ElementsAre("a", "b", "c"));
+    EXPECT_EQ(pane->pathOnShow(), "/srv");
+    EXPECT_EQ(pane->cursorName(), "b");
+    EXPECT_THAT(marked(), ElementsAre("a"));
+}
+
+TEST_F(PaneControllerTest, aGoodNavigationAfterAFailureLeavesNoWarning)
+{
+    show("/srv", {file("a")});
+    navigate("/bad");
+    answerError("/bad", "gone");
+    show("/good", {file("b")});
+    EXPECT_THAT(display.status, StartsWith("1 files, 0 dirs"));
+}
+
+TEST_F(PaneControllerTest, aFileOpenedAsAFolderIsNoDirectory)
+{
+    show("/srv", {symlink("link")});
+    press(Key::end);
+    press(Key::enter);
+    take("/srv/link").answer->succeed({});
+    loop.drain();
+    EXPECT_EQ(display.status, "⚠︎ /srv/link: /srv/link is not a directory");
+}
+
+TEST_F(PaneControllerTest, aFirstFolderThatCannotBeOpenedLeadsHomeAndStillSaysWhy)
+{
+    auto const home = PaneSpec::localHome().path;
+    navigate("/missing");
+    answerError("/missing", "No such file or directory");
+    EXPECT_EQ(display.status, "⚠︎ /missing: No such file or directory");
+    answer(home, {file("a")});
+    EXPECT_EQ(display.status, "⚠︎ /missing: No such file or directory");
+    EXPECT_EQ(pane->pathOnShow(), home);
+}
+
+TEST_F(PaneControllerTest, withoutAHomeTheFirstFolderIsTheRoot)
+{
+    auto const home = PaneSpec::localHome().path;
+    navigate("/missing");
+    answerError("/missing", "first reason");
+    answerError(home, "second reason");
+    answer("/", {file("vmlinuz")});
+    EXPECT_EQ(display.status, "⚠︎ /missing: first reason");
+    EXPECT_EQ(pane->pathOnShow(), "/");
+    navigate("/missing");
+    answerError("/missing", "again");
+    EXPECT_THAT(provider->waiting, IsEmpty()) << "with a listing on show, it stays";
+}
+
+TEST_F(PaneControllerTest, aNoticeIsToldWhereverThePaneStands)
+{
+    pane->stayWithNotice("⚠︎ cannot connect to web: no way");
+    loop.drain();
+    answer(PaneSpec::localHome().path, {file("a")});
+    EXPECT_EQ(display.status, "⚠︎ cannot connect to web: no way");
+    show("/srv", {file("a")});
+    pane->stayWithNotice("something else");
+    EXPECT_EQ(display.status, "something else");
+    EXPECT_EQ(pane->pathOnShow(), "/srv");
+}
+
+TEST_F(PaneControllerTest, aNameWithLineEndsIsToldOnOneLine)
+{
+    show("/srv", {file("a")});
+    navigate("/srv/two\nlines\xff");
+    EXPECT_EQ(display.path, "/srv/two␊lines\uFFFD");
+    EXPECT_EQ(pane->requestedPath(), "/srv/two\nlines\xff");
+    answerError("/srv/two\nlines\xff", "No such file or directory");
+    EXPECT_EQ(display.status, "⚠︎ /srv/two␊lines\uFFFD: No such file or directory");
+}
+
+TEST_F(PaneControllerTest, aFastAnswerShowsNoSpinner)
+{
+    navigate("/srv");
+    clock->advance(milliseconds(119));
+    loop.drain();
+    EXPECT_FALSE(display.isSpinning);
+    answer("/srv", {file("a")});
+    clock->advance(milliseconds(500));
+    loop.drain();
+    EXPECT_FALSE(display.isSpinning);
+}
+
+TEST_F(PaneControllerTest, aSlowAnswerShowsASpinnerUntilItComes)
+{
+    navigate("/srv");
+    clock->advance(milliseconds(120));
+    loop.drain();
+    EXPECT_TRUE(display.isSpinning);
+    answer("/srv", {file("a")});
+    EXPECT_FALSE(display.isSpinning);
+
+    navigate("/bad");
+    clock->advance(milliseconds(120));
+    loop.drain();
+    EXPECT_TRUE(display.isSpinning);
+    answerError("/bad", "gone");
+    EXPECT_FALSE(display.isSpinning);
+}
+
+TEST_F(PaneControllerTest, anOldAnswerDoesNotStopTheSpinnerOfANewerNavigation)
+{
+    navigate("/first");
+    navigate("/second");
+    clock->advance(milliseconds(120));
+    loop.drain();
+    answer("/first", {file("one")});
+    EXPECT_TRUE(display.isSpinning);
+    answer("/second", {file("two")});
+    EXPECT_FALSE(display.isSpinning);
+}
+
+TEST_F(PaneControllerTest, theStatusTellsCountsSizeMarksAndTiming)
+{
+    navigate("/srv");
+    clock->advance(milliseconds(87));
+    answer("/srv", {directory("d"), file("a", 1024), file("b", 512)});
+    EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ·  87 ms network");
+    press(Key::end);
+    press(Key::insert);
+    EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ▸ 1 marked (512)   ·  87 ms network");
+    navigate("/srv");
+    EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ·  0.00 ms cached");
+}
+
+TEST_F(PaneControllerTest, theStatusTellsATruncatedListing)
+{
+    navigate("/srv");
+    answer("/srv", {file("a")}, Completeness::truncated);
+    EXPECT_EQ(display.status, "1 files, 0 dirs   ⚠︎ listing truncated   ·  0 ms network");
+}
+
+TEST_F(PaneControllerTest, theStatusOfAnEmptyFolderTellsNoSize)
+{
+    show("/srv", {});
+    EXPECT_EQ(display.status, "0 files, 0 dirs   ·  0 ms network");
+}
+
+TEST_F(PaneControllerTest, returnOnAFolderEntersItAndOnTheParentRowLeavesIt)
+{
+    show("/srv", {directory("a"), file("b")});
+    press(Key::down);
+    press(Key::enter);
+    answer("/srv/a", {file("x")});
+    EXPECT_EQ(pane->pathOnShow(), "/srv/a");
+    EXPECT_EQ(pane->cursorRow(), 0);
+    press(Key::enter);
+    EXPECT_EQ(pane->pathOnShow(), "/srv");
+    EXPECT_EQ(pane->cursorName(), "a");
+}
+
+TEST_F(PaneControllerTest, backspaceGoesUpWithTheCursorOnTheFolderJustLeft)
+{
+    show("/a/b", {file("x")});
+    press(Key::backspace);
+    answer("/a", {directory("0"), directory("b"), directory("c")});
+    EXPECT_EQ(pane->pathOnShow(), "/a");
+    EXPECT_EQ(pane->cursorName(), "b");
+    EXPECT_EQ(display.cursorRow, 2);
+}
+
+TEST_F(PaneControllerTest, theRootHasNoFolderAboveIt)
+{
+    show("/", {directory("usr")});
+    press(Key::backspace);
+    EXPECT_TRUE(handled);
+    EXPECT_EQ(pane->pathOnShow(), "/");
+    EXPECT_EQ(pane->cursorName(), "usr");
+}
+
+TEST_F(PaneControllerTest, goingUpFromBelowTheRootReachesIt)
+{
+    show("/usr", {});
+    press(Key::backspace);
+    answer("/", {directory("bin"), directory("usr")});
+    EXPECT_EQ(pane->cursorName(), "usr");
+}
+
+TEST_F(PaneControllerTest, aFolderRemembersItsCursor)
+{
+    show("/srv", {file("a"), file("b"), file("c")});
+    press(Key::end);
+    display.firstRow = 2;
+    show("/other", {file("x")});
+    EXPECT_EQ(display.firstRow, 0);
+    navigate("/srv");
+    EXPECT_EQ(pane->cursorName(), "c");
+    EXPECT_EQ(display.firstRow, 2);
+}
+
+TEST_F(PaneControllerTest, theParentRowIsNotRemembered)
+{
+    show("/srv", {file("a"), file("b")});
+    press(Key::end);
+    show("/other", {});
+    navigate("/srv");
+    press(Key::home);
+    navigate("/other");
+    navigate("/srv");
+    EXPECT_EQ(pane->cursorName(), "b");
+}
+
+TEST_F(PaneControllerTest, returnOnAFileIsForItsOwner)
+{
+    show("/srv", {file("a")});
+    press(Key::end);
+    press(Key::enter);
+    EXPECT_EQ(display.beeps, 1) << "with nobody to open it";
+    std::string opened;
+    pane->callbacks.onOpenFile = [&](std::string path) { opened = std::move(path); };
+    press(Key::enter);
+    EXPECT_EQ(opened, "/srv/a");
+    EXPECT_EQ(pane->pathOnShow(), "/srv");
+}
+
+TEST_F(PaneControllerTest, aNameThatIsNoTextIsOpenedByItsBytes)
+{
+    show("/srv", {directory("\xff\xfe")});
+    press(Key::end);
+    press(Key::enter);
+    EXPECT_EQ(take("/srv/\xff\xfe").depth, 1);
+}
+
+TEST_F(PaneControllerTest, theMovingKeysAreClampedToTheTable)
+{
+    std::vector<ListedEntry> rows;
+    for (int index = 10; index < 60; ++index)
+        rows.push_back(file(std::to_string(index)));
+    show("/srv", rows);
+    auto const after = [&](Key key) {
+        press(key);
+        return *display.cursorRow;
+    };
+    EXPECT_EQ(after(Key::up), 0);
+    EXPECT_EQ(after(Key::down), 1);
+    EXPECT_EQ(after(Key::pageDown), 10) << "a page of 10 whole rows moves by 9";
+    EXPECT_EQ(after(Key::pageUp), 1);
+    EXPECT_EQ(after(Key::pageUp), 0);
+    EXPECT_EQ(after(Key::end), 50);
+    EXPECT_EQ(after(Key::down), 50);
+    EXPECT_EQ(after(Key::pageDown), 50);
+    EXPECT_EQ(after(Key::home), 0);
+}
+
+TEST_F(PaneControllerTest, aPageIsAtLeastOneRow)
+{
+    display.wholeRows = 0;
+    show("/srv", {file("a"), file("b")});
+    press(Key::pageDown);
+    EXPECT_EQ(display.cursorRow, 1);
+}
+
+TEST_F(PaneControllerTest, insertMarksAndMovesOnAndStaysOnTheLastRow)
+{
+    show("/srv", {file("a"), file("b")});
+    press(Key::insert);
+    EXPECT_THAT(marked(), IsEmpty()) << "the parent row cannot be marked";
+    press(Key::insert);
+    press(shifted(Key::space));
+    EXPECT_THAT(marked(), ElementsAre("a", "b"));
+    EXPECT_EQ(pane->cursorName(), "b");
+    press(Key::insert);
+    EXPECT_THAT(marked(), ElementsAre("a"));
+    EXPECT_GT(display.redraws, 0);
+}
+
+TEST_F(PaneControllerTest, shiftWithAnArrowMarksARangeThatGrowsAndShrinks)
+{
+    show("/srv", {file("1"), file("2"), file("3"), file("4"), file("5")});
+    press(Key::down);
+    press(Key::down);
+    press(shifted(Key::down));
+    press(shifted(Key::down));
+    press(shifted(Key::down));
+    EXPECT_THAT(marked(), ElementsAre("2", "3", "4", "5"));
+    press(shifted(Key::up));
+    EXPECT_THAT(marked(), ElementsAre("2", "3", "4"));
+    press(shifted(Key::home));
+    EXPECT_THAT(marked(), ElementsAre("1", "2"));
+}
+
+TEST_F(PaneControllerTest, escapeUnmarksAll)
+{
+    show("/srv", {file("a"), file("b")});
+    press(shifted(Key::end));
+    EXPECT_EQ(marked().size(), 2U);
+    press(Key::escape);
+    EXPECT_THAT(marked(), IsEmpty());
+    EXPECT_THAT(display.status, Not(HasSubstr("marked")));
+}
+
+TEST_F(PaneControllerTest, theKeypadsTimesInvertsTheMarks)
+{
+    show("/srv", {file("a"), file("b")});
+    press(Key::down);
+    press(Key::insert);
+    press(Key::keypadTimes);
+    EXPECT_THAT(marked(), ElementsAre("b"));
+}
+
+TEST_F(PaneControllerTest, tabAsksForTheOtherSide)
+{
+    int switches = 0;
+    pane->callbacks.onSwitchSide = [&] { ++switches; };
+    press(Key::tab);
+    EXPECT_EQ(switches, 1);
+    press({.key = Key::tab, .control = true, .text = {}});
+    EXPECT_EQ(switches, 1);
+    EXPECT_FALSE(handled);
+}
+
+TEST_F(PaneControllerTest, keysThatMeanNothingHereAreLeftToOthers)
+{
+    show("/srv", {file("a")});
+    press({.key = Key::enter, .control = true, .text = {}});
+    EXPECT_FALSE(handled);
+    press({.key = Key::character, .text = "x"});
+    EXPECT_FALSE(handled);
+    press(Key::left);
+    EXPECT_FALSE(handled);
+    press({.key = Key::home, .alt = true, .text = {}});
+    EXPECT_FALSE(handled);
+}
+
+TEST_F(PaneControllerTest, keysInAPaneWithoutAListingDoNothing)
+{
+    for (auto const key : {Key::up, Key::down, Key::home, Key::end, Key::pageUp, Key::pageDown, Key::enter,
+                           Key::backspace, Key::insert, Key::escape, Key::keypadTimes}) {
+        press(key);
+        press(shifted(key));
+    }
+    EXPECT_EQ(display.cursorRow, std::nullopt);
+    EXPECT_THAT(provider->waiting, IsEmpty());
+}
+
+TEST_F(PaneControllerTest, marksAreDroppedByANavigationAndKeptWhereAskedFor)
+{
+    show("/srv", {file("a"), file("b")});
+    press(shifted(Key::end));
+    navigate("/srv", {}, PaneController::MarksAfter::kept);
+    EXPECT_THAT(marked(), ElementsAre("a", "b"));
+    navigate("/srv");
+    EXPECT_THAT(marked(), IsEmpty());
+}
+
+TEST_F(PaneControllerTest, refreshReadsAgainAndKeepsCursorMarksAndScroll)
+{
+    show("/srv", {file("a"), file("b"), file("c")});
+    press(shifted(Key::end));
+    press(Key::up);
+    display.firstRow = 1;
+    pane->refresh();
+    loop.drain();
+    answer("/srv", {file("a"), file("b"), file("new")});
+    EXPECT_THAT(visible(), ElementsAre("a", "b", "new"));
+    EXPECT_EQ(pane->cursorName(), "b");
+    EXPECT_THAT(marked(), ElementsAre("a", "b")) << "a mark on what went is gone";
+    EXPECT_EQ(display.firstRow, 1);
+    EXPECT_THAT(display.status, HasSubstr("network"));
+}
+
+TEST_F(PaneControllerTest, refreshOnTheParentRowStaysThere)
+{
+    show("/srv", {file("a"), file("b")});
+    press(Key::end);
+    show("/other", {});
+    navigate("/srv");
+    press(Key::home);
+    pane->refresh();
+    loop.drain();
+    answer("/srv", {file("a"), file("b")});
+    EXPECT_EQ(display.cursorRow, 0);
+}
+
+TEST_F(PaneControllerTest, aRefreshDoesNotPullTheUserBack)
+{
+    show("/srv", {file("a")});
+    pane->refresh();
+    pane->navigate("/other");
+    loop.drain();
+    answer("/other", {file("x")});
+    EXPECT_EQ(pane->pathOnShow(), "/other");
+    EXPECT_THAT(provider->waiting, IsEmpty());
+}
+
+TEST_F(PaneControllerTest, aListingFoundToDifferIsShownInPlace)
+{
+    show("/srv", {file("a"), file("b"), file("c")});
+    press(Key::down);
+    press(Key::insert);
+    display.firstRow = 1;
+    loop.start(browser->refresh("/srv"));
+    loop.drain();
+    answer("/srv", {file("0"), file("a"), file("b")});
+    EXPECT_THAT(visible(), ElementsAre("0", "a", "b"));
+    EXPECT_EQ(pane->cursorName(), "b");
+    EXPECT_EQ(display.firstRow, 1);
+    EXPECT_THAT(marked(), ElementsAre("a"));
+    EXPECT_THAT(display.status, StartsWith("3 files, 0 dirs"));
+}
+
+TEST_F(PaneControllerTest, aMarkOnAFileThatWentIsNotCountedAndItsCursorGoesToTheTop)
+{
+    show("/srv", {file("a"), file("b")});
+    press(Key::end);
+    press(Key::insert);
+    loop.start(browser->refresh("/srv"));
+    loop.drain();
+    answer("/srv", {file("a")});
+    EXPECT_THAT(marked(), ElementsAre("b"));
+    EXPECT_THAT(display.status, Not(HasSubstr("marked")));
+    EXPECT_EQ(display.cursorRow, 0);
+}
+
+TEST_F(PaneControllerTest, aNewerListingOfAnotherFolderIsNotShown)
+{
+    show("/one", {file("a")});
+    show("/two", {file("b")});
+    loop.start(browser->refresh("/one"));
+    loop.drain();
+    answer("/one", {file("changed")});
+    EXPECT_THAT(visible(), ElementsAre("b"));
+}
+
+TEST_F(PaneControllerTest, theCursorOnAFolderWarmsIt)
+{
+    show("/srv", {directory("a"), file("b")});
+    press(Key::down);
+    ASSERT_EQ(provider->waiting.size(), 1U);
+    EXPECT_EQ(provider->waiting[0].path, "/srv/a");
+    EXPECT_EQ(provider->waiting[0].priority, FetchPriority::background);
+    press(Key::down);
+    EXPECT_EQ(provider->waiting.size(), 1U) << "a file needs none";
+}
+
+TEST_F(PaneControllerTest, aColumnSortsAndTurnsRound)
+{
+    show("/srv", {file("a", 1), file("b", 3), file("c", 2)});
+    press(Key::end);
+    pane->toggleSort(SortKey::size);
+    EXPECT_THAT(visible(), ElementsAre("b", "c", "a"));
+    EXPECT_EQ(display.sortKey, SortKey::size);
+    EXPECT_FALSE(display.ascending);
+    EXPECT_EQ(pane->cursorName(), "c");
+    EXPECT_EQ(display.cursorRow, 2);
+    pane->toggleSort(SortKey::size);
+    EXPECT_THAT(visible(), ElementsAre("a", "c", "b"));
+    pane->toggleSort(SortKey::date);
+    EXPECT_FALSE(display.ascending);
+    pane->toggleSort(SortKey::ext);
+    EXPECT_TRUE(display.ascending);
+    pane->toggleSort(SortKey::name);
+    EXPECT_TRUE(display.ascending);
+    EXPECT_EQ(pane->cursorName(), "c");
+}
+
+TEST_F(PaneControllerTest, hiddenFilesComeAndGoUnderTheCursor)
+{
+    show("/srv", {file(".profile"), file("a"), file("b")});
+    press(Key::end);
+    EXPECT_THAT(visible(), ElementsAre("a", "b"));
+    pane->toggleHidden();
+    EXPECT_THAT(visible(), ElementsAre(".profile", "a", "b"));
+    EXPECT_EQ(pane->cursorName(), "b");
+    EXPECT_THAT(display.status, StartsWith("3 files"));
+}
+
+TEST_F(PaneControllerTest, aClickMovesTheCursorAndUnmarks)
+{
+    show("/srv", {file("a"), file("b"), file("c")});
+    press(shifted(Key::end));
+    pane->rowClicked(2);
+    EXPECT_EQ(pane->cursorName(), "b");
+    EXPECT_THAT(marked(), IsEmpty());
+    pane->rowClicked(99);
+    pane->rowClicked(-1);
+    EXPECT_EQ(pane->cursorName(), "b");
+}
+
+TEST_F(PaneControllerTest, aDoubleClickOpens)
+{
+    show("/srv", {directory("a")});
+    pane->rowDoubleClicked(1);
+    loop.drain();
+    EXPECT_EQ(pane->requestedPath(), "/srv/a");
+    pane->rowDoubleClicked(99);
+}
+
+TEST_F(PaneControllerTest, aPaneThatIsClosedIsNotKeptAliveByItsOwnQuestion)
+{
+    pane->navigate("/srv");
+    loop.drain();
+    std::weak_ptr<PaneController> const gone = pane;
+    pane->detach();
+    pane.reset();
+    EXPECT_TRUE(gone.expired());
+    answer("/srv", {file("a")});
+}
+
+TEST_F(PaneControllerTest, aDetachedDisplayIsLeftAlone)
+{
+    pane->detach();
+    show("/srv", {file("a")});
+    EXPECT_EQ(display.path, PaneSpec::localHome().path);
+    RecordingDisplay other;
+    pane->attach(other);
+    loop.drain();
+    EXPECT_EQ(other.path, "/srv");
+    EXPECT_EQ(other.cursorRow, 0);
+    EXPECT_THAT(other.status, StartsWith("1 files"));
+    pane->detach();
+}
+
+TEST_F(PaneControllerTest, theOwnerHearsOfArrivals)
+{
+    int arrivals = 0;
+    pane->callbacks.onLocationChanged = [&] { ++arrivals; };
+    show("/srv", {});
+    EXPECT_EQ(arrivals, 1);
+}
+
+} // namespace
+} // namespace tw::test

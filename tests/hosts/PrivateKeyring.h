@@ -1,0 +1,57 @@
+#pragma once
+
+#include "tests/hosts/HostLog.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tw {
+class ChildProcess;
+class EngineRuntime;
+} // namespace tw
+
+namespace tw::test {
+
+/// A session bus of the test's own, with a real key store behind it that nobody has used.
+///
+/// The key store starts when it is first called.
+///
+/// Threads: for one thread. Lifetime: outlived by the runtime; when it goes, all that it has started has ended.
+class PrivateKeyring {
+public:
+    /// What answers for the key store.
+    enum class Store {
+        real,
+        absent,
+        mute ///< it starts, and never comes up
+    };
+
+    explicit PrivateKeyring(EngineRuntime &runtime, Store store = Store::real);
+    ~PrivateKeyring();
+
+    PrivateKeyring(PrivateKeyring const &) = delete;
+    PrivateKeyring &operator=(PrivateKeyring const &) = delete;
+
+    /// Of the bus.
+    std::string const &address() const noexcept { return busAddress; }
+
+    /// As after the session has stood idle: passwords can be seen to be there, and no more.
+    void lock();
+
+    /// Calls the key store: `arguments` as dbus-send(1) takes them. Answers what it printed.
+    std::string call(std::string const &object, std::string const &method, std::vector<std::string> arguments);
+
+private:
+    std::string configuration() const;
+    std::string storeCommand(Store store) const;
+
+    EngineRuntime &engine;
+    TemporaryFolder const folder;
+    HostLog output;
+    std::shared_ptr<ChildProcess> bus;
+    std::string busAddress;
+};
+
+} // namespace tw::test

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "TWEngine/Runtime/FileDescriptor.h"
+#include "tests/hosts/DelayLine.h"
+#include "tests/hosts/DelayProxy.h"
+
+#include <vector>
+
+#include <poll.h>
+
+namespace tw::test {
+
+/// What all connections of a proxy have in common.
+struct ProxyState {
+    std::uint16_t targetPort;
+    std::chrono::nanoseconds roundTrip;
+    bool stalledTowardsHost = false;
+    bool stalledTowardsClient = false;
+    Traffic traffic = {};
+    std::vector<char> buffer = {}; ///< what is received goes through it
+};
+
+/// One connection through a DelayProxy: two sockets and what is on its way between them.
+///
+/// Threads: for the proxy's thread.
+class ProxyConnection {
+public:
+    using Time = DelayLine::Time;
+
+    ProxyConnection(FileDescriptor client, Time now, ProxyState const &state);
+
+    ProxyConnection(ProxyConnection &&) noexcept = default;
+    ProxyConnection &operator=(ProxyConnection &&) noexcept = default;
+
+    /// How many entries `addTo` adds.
+    static constexpr std::size_t pollCount = 2;
+
+    void addTo(std::vector<pollfd> &polls) const;
+
+    /// When there is something to do without a socket saying so; nothing if never.
+    std::optional<Time> due(ProxyState const &state) const;
+
+    /// Does all that can be done now. `polled` are the entries that `addTo` added.
+    void advance(pollfd const *polled, Time now, ProxyState &state);
+
+    bool isOver() const noexcept { return stage == Stage::over; }
+
+    /// The sockets are closed by the destructor, after a reset without a farewell.
+    void end(Ending how);
+
+private:
+    enum class Stage { beforeHost, reachingHost, open, withoutHost, over };
+
+    struct Way {
+        Traffic::Way Traffic::*count;
+        DelayLine line = {};
+        bool sinkIsFull = false;
+        bool endIsDelivered = false;
+
+        bool receives() const { return !line.ending() && !line.isFull(); }
+
+        bool delivers() const { return !sinkIsFull && !endIsDelivered; }
+    };
+
+    void reachHost(Time now, ProxyState &state);
+    void giveUpHost(Time now, ProxyState &state);
+    void noteHostReached(Time now, ProxyState &state);
+    void receive(FileDescriptor const &source, Way &way, Time now, ProxyState &state);
+    void deliver(FileDescriptor const &sink, Way &way, Way &back, Time now, ProxyState &state);
+    void deliverEnd(FileDescriptor const &sink, Way &way);
+
+    FileDescriptor client;
+    FileDescriptor host;
+    Time hostDue;
+    Stage stage = Stage::beforeHost;
+    Way towardsHost{&Traffic::towardsHost};
+    Way towardsClient{&Traffic::towardsClient};
+};
+
+} // namespace tw::test

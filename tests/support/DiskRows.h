@@ -1,0 +1,39 @@
+#pragma once
+
+#include "TWCore/Model/ListingParser.h"
+
+#include <compare>
+#include <iosfwd>
+#include <set>
+
+namespace tw::test {
+
+/// One entry of a tree, by its path below the root.
+struct Row {
+    std::string path;
+    EntryKind kind = EntryKind::unknown;
+    std::int64_t size = 0;
+    std::int64_t mtime = 0;
+    std::uint16_t mode = 0;
+
+    friend auto operator<=>(Row const &, Row const &) = default;
+
+    friend void PrintTo(Row const &row, std::ostream *stream);
+};
+
+using Rows = std::set<Row>;
+
+/// What is on the disk, `depth` levels down. Links are entries and not followed, but for the root.
+Rows rowsOnDisk(std::string const &root, int depth);
+
+/// What a scan of `root` has found.
+Rows rowsOf(std::map<std::string, DirectorySnapshot> const &listings, std::string const &root);
+
+/// The names in a folder on the disk, bytes, in no order.
+std::vector<std::string> namesOnDisk(std::string const &path);
+
+/// Names that break what handles them as text, as words or as lines; all different, all possible. The last one has
+/// every byte that a name can have.
+std::vector<std::string> hostileNames();
+
+} // namespace tw::test

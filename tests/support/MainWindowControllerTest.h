@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Tarnwick/Window/MainWindowController.h"
+#include "tests/support/FakeConnections.h"
+#include "tests/support/Listings.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingDisplay.h"
+#include "tests/support/ScriptedProvider.h"
+#include "tests/support/TestLoop.h"
+
+#include <gtest/gtest.h>
+
+namespace tw::test {
+
+class RecordingWindow final : public MainDisplay {
+public:
+    int equalized = 0;
+    int closed = 0;
+
+    void equalizePanes() override { ++equalized; }
+
+    void closeWindow() override { ++closed; }
+};
+
+/// The controller of a window with displays that record, on connections that the test answers for.
+class MainWindowControllerTest : public ::testing::Test {
+protected:
+    MainWindowControllerTest()
+    {
+        provider->usefulDepth = 1;
+        controller.pane(PaneSide::left)->attach(left);
+        controller.pane(PaneSide::right)->attach(right);
+        controller.attach(window);
+    }
+
+    ~MainWindowControllerTest() override
+    {
+        controller.pane(PaneSide::left)->detach();
+        controller.pane(PaneSide::right)->detach();
+        auto const ended = loop.start(browser->shutdown());
+        loop.drain();
+        EXPECT_TRUE(ended.isDone());
+        clock->advance(std::chrono::seconds(1));
+        loop.drain();
+    }
+
+    void start(PaneSpec::Sides const &sides)
+    {
+        controller.start(sides);
+        loop.drain();
+        while (!provider->waiting.empty()) {
+            auto const request = provider->takeOldest();
+            request.answer->succeed({{request.path, listing(request.path, {file("a")}, clock->now())}});
+            loop.drain();
+        }
+    }
+
+    TestLoop loop;
+    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
+    std::shared_ptr<ScriptedProvider> provider = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<Browser> browser = std::make_shared<Browser>(
+        provider, Browser::Collaborators{Strand(loop.context()), clock, nullptr}, Browser::Config{});
+    MemoryDefaults defaults;
+    FakeConnections connections{browser};
+    MainWindowController controller{{loop.context(), clock, defaults}, connections};
+    RecordingDisplay left;
+    RecordingDisplay right;
+    RecordingWindow window;
+};
+
+} // namespace tw::test

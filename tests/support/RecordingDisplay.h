@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Tarnwick/Panes/PaneDisplay.h"
+
+#include <string>
+
+namespace tw::test {
+
+/// A display that remembers what it was told to show.
+class RecordingDisplay final : public PaneDisplay {
+public:
+    std::optional<int> cursorRow;
+    int firstRow = 0;
+    int wholeRows = 10;
+    int reloads = 0;
+    int redraws = 0;
+    int beeps = 0;
+    std::string connection;
+    std::vector<ConnectionItem> menu; ///< of connections, as it was last shown
+    int menuOpenings = 0;
+    std::string path;
+    std::string status;
+    bool isSpinning = false;
+    SortKey sortKey = SortKey::name;
+    bool ascending = true;
+    bool isActive = false;
+    bool hasFocus = false;
+
+    void reloadRows() override { ++reloads; }
+
+    void redrawRows() override { ++redraws; }
+
+    void showCursor(std::optional<int> row) override { cursorRow = row; }
+
+    int firstVisibleRow() const override { return firstRow; }
+
+    void scrollToFirstVisibleRow(int row) override { firstRow = row; }
+
+    int wholeVisibleRows() const override { return wholeRows; }
+
+    void showConnection(std::string const &name) override { connection = name; }
+
+    void openConnectionMenu(std::vector<ConnectionItem> items) override
+    {
+        ++menuOpenings;
+        menu = std::move(items);
+    }
+
+    void updateConnectionMenu(std::vector<ConnectionItem> items) override { menu = std::move(items); }
+
+    void showPath(std::string const &text) override { path = text; }
+
+    void showStatus(std::string const &text) override { status = text; }
+
+    void showSpinner(Spinner spinner) override { isSpinning = spinner == Spinner::spinning; }
+
+    void showSortIndicator(SortKey key, bool isAscending) override
+    {
+        sortKey = key;
+        ascending = isAscending;
+    }
+
+    void showActive(bool active) override { isActive = active; }
+
+    void takeKeyboardFocus() override { hasFocus = true; }
+
+    void beep() override { ++beeps; }
+};
+
+} // namespace tw::test

@@ -1,0 +1,60 @@
+#include "tests/support/TemporaryFolder.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace tw::test {
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder()
+{
+    root = (fs::temp_directory_path() / "tarnwick-test-XXXXXX").string();
+    if (!mkdtemp(root.data()))
+        throw std::runtime_error("no temporary folder could be made");
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    for (auto walk = fs::recursive_directory_iterator(root, ignored); walk != fs::recursive_directory_iterator();
+         walk.increment(ignored)) {
+        if (walk->is_directory(ignored) && !walk->is_symlink(ignored))
+            fs::permissions(walk->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+    }
+    fs::remove_all(root, ignored);
+}
+
+std::string TemporaryFolder::file(std::string_view name, std::string_view content) const
+{
+    auto made = path(name);
+    std::ofstream stream(made, std::ios::binary);
+    stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+    if (!stream.flush())
+        throw std::runtime_error("cannot write " + made);
+    return made;
+}
+
+std::string TemporaryFolder::folder(std::string_view name) const
+{
+    auto made = path(name);
+    fs::create_directories(made);
+    return made;
+}
+
+std::string TemporaryFolder::link(std::string_view name, std::string const &target) const
+{
+    auto made = path(name);
+    fs::create_symlink(target, made);
+    return made;
+}
+
+std::string contentOf(std::string const &path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+} // namespace tw::test

@@ -1,0 +1,64 @@
+#include "tests/support/TestLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace tw::test {
+
+namespace {
+
+/// Reached by a hang only: a loaded machine with sanitizers is allowed to be very slow.
+constexpr std::chrono::minutes hangLimit{2};
+
+} // namespace
+
+TestLoop::TestLoop()
+    : main(std::make_shared<MainContext>([this] {
+          // Notified under the lock: the loop may be gone as soon as it is released.
+          std::lock_guard const lock(mutex);
+          hasWork = true;
+          woken.notify_one();
+      }))
+{
+}
+
+TestLoop::~TestLoop()
+{
+    main->close();
+}
+
+void TestLoop::drain()
+{
+    while (runPending() > 0) {
+    }
+}
+
+bool TestLoop::runUntil(std::function<bool()> condition)
+{
+    auto const deadline = std::chrono::steady_clock::now() + hangLimit;
+    for (;;) {
+        runPending();
+        auto const ranBefore = ran;
+        if (condition())
+            return true;
+        // A condition that drives the loop itself may have run, unseen, what would make it hold: it is asked again.
+        if (ran != ranBefore)
+            continue;
+        std::unique_lock lock(mutex);
+        if (!woken.wait_until(lock, deadline, [this] { return hasWork; })) {
+            ADD_FAILURE() << "the condition waited for did not come about";
+            return false;
+        }
+        hasWork = false;
+    }
+}
+
+std::size_t TestLoop::runPending()
+{
+    auto const count = main->runPending();
+    ran += count;
+    return count;
+}
+
+} // namespace tw::test

@@ -1,0 +1,127 @@
+#pragma once
+
+#include "TWCore/Async/Task.h"
+#include "TWEngine/Runtime/MainContext.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+
+namespace tw::test {
+
+/// A task under test: what became of it, and a handle to stop it.
+template <class T>
+class Started {
+    using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
+
+    struct State {
+        std::stop_source stop;
+        std::optional<Value> value;
+        std::exception_ptr failure;
+    };
+
+public:
+    bool isDone() const { return state->value || state->failure; }
+
+    bool failed() const { return state->failure != nullptr; }
+
+    void stop() const { state->stop.request_stop(); }
+
+    /// What it returned; throws what it threw. The task must be done.
+    T value() const
+    {
+        requireValue();
+        if constexpr (!std::is_void_v<T>)
+            return *state->value;
+    }
+
+    /// The same, moved out. Once.
+    T take() const
+    {
+        requireValue();
+        if constexpr (!std::is_void_v<T>)
+            return std::move(*state->value);
+    }
+
+private:
+    friend class TestLoop;
+
+    void requireValue() const
+    {
+        if (state->failure)
+            std::rethrow_exception(state->failure);
+        if (!state->value)
+            throw std::logic_error("the task under test is still running");
+    }
+
+    static Task<void> watch(std::shared_ptr<State> state, Task<T> task)
+    {
+        try {
+            auto running = std::move(task);
+            if constexpr (std::is_void_v<T>) {
+                co_await std::move(running);
+                state->value.emplace();
+            } else {
+                auto result = co_await std::move(running);
+                state->value.emplace(std::move(result));
+            }
+        } catch (...) {
+            state->failure = std::current_exception();
+        }
+    }
+
+    std::shared_ptr<State> state = std::make_shared<State>();
+};
+
+/// A main context that the test drives: the test's thread is the main thread.
+class TestLoop {
+public:
+    TestLoop();
+
+    /// What is still queued is let go.
+    ~TestLoop();
+
+    TestLoop(TestLoop const &) = delete;
+    TestLoop &operator=(TestLoop const &) = delete;
+
+    std::shared_ptr<MainContext> const &context() const noexcept { return main; }
+
+    /// Starts a task on the loop. It runs when the loop is driven.
+    template <class T>
+    Started<T> start(Task<T> task)
+    {
+        Started<T> started;
+        spawn({main, started.state->stop.get_token()}, Started<T>::watch(started.state, std::move(task)));
+        return started;
+    }
+
+    /// Runs until nothing is queued. For tests in which everything lives on this loop.
+    void drain();
+
+    /// Runs until `condition` holds, sleeping while there is nothing to do. Fails the test, and answers false, if it
+    /// does not hold within a limit that only a hang reaches.
+    bool runUntil(std::function<bool()> condition);
+
+    /// Starts a task, waits for its end and answers what it returned.
+    template <class T>
+    T run(Task<T> task)
+    {
+        auto const started = start(std::move(task));
+        runUntil([&] { return started.isDone(); });
+        return started.take();
+    }
+
+private:
+    std::size_t runPending();
+
+    std::size_t ran = 0; ///< pieces of work so far
+
+    std::mutex mutex;
+    std::condition_variable woken;
+    // Under the mutex.
+    bool hasWork = false;
+
+    std::shared_ptr<MainContext> main;
+};
+
+} // namespace tw::test

@@ -1,0 +1,126 @@
+#include "Tarnwick/Window/MainWindow.h"
+
+#include "Tarnwick/Toolkit/PaneSplitter.h"
+#include "tests/ui/QtLoop.h"
+#include "tests/ui/WindowTest.h"
+
+#include <QScreen>
+#include <QTest>
+
+namespace tw::test {
+namespace {
+
+class MainWindowTest : public WindowTest {
+protected:
+    int width(PaneSide side) { return window->pane(side).width(); }
+
+    QWidget &line() { return *window->divider().handle(1); }
+
+    void dragLine(int distance)
+    {
+        auto const from = line().rect().center();
+        QTest::mousePress(&line(), Qt::LeftButton, Qt::NoModifier, from);
+        QTest::mouseMove(&line(), from + QPoint(distance, 0));
+        QTest::mouseRelease(&line(), Qt::LeftButton, Qt::NoModifier, from);
+        processPosted();
+    }
+};
+
+TEST_F(MainWindowTest, isTitledAndAsLargeAsTheScreenLets)
+{
+    open();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Tarnwick"));
+    EXPECT_EQ(window->size(), QSize(1180, 720).boundedTo(window->screen()->availableGeometry().size()));
+}
+
+TEST_F(MainWindowTest, thePanesAreEqualAtFirst)
+{
+    open();
+    EXPECT_NEAR(width(PaneSide::left), width(PaneSide::right), 1);
+}
+
+TEST_F(MainWindowTest, theLineBetweenThePanesIsThinAndCanBeGrabbedBesideIt)
+{
+    open();
+    EXPECT_EQ(line().contentsRect().width(), 1);
+    EXPECT_EQ(line().width(), 9);
+    EXPECT_EQ(width(PaneSide::left) + 1 + width(PaneSide::right), window->divider().width());
+    // The invisible part lies above the panes.
+    auto const beside = line().mapTo(window.get(), QPoint(1, 50));
+    EXPECT_EQ(window->childAt(beside), &line());
+}
+
+TEST_F(MainWindowTest, noSideGetsNarrowerThanItsLeast)
+{
+    open();
+    dragLine(-2000);
+    EXPECT_EQ(width(PaneSide::left), 260);
+    dragLine(4000);
+    EXPECT_EQ(width(PaneSide::right), 260);
+}
+
+TEST_F(MainWindowTest, aDoubleClickOnTheLineMakesThePanesEqual)
+{
+    open();
+    dragLine(-100);
+    ASSERT_GT(width(PaneSide::right) - width(PaneSide::left), 150);
+    QTest::mouseDClick(&line(), Qt::LeftButton);
+    EXPECT_NEAR(width(PaneSide::left), width(PaneSide::right), 1);
+}
+
+TEST_F(MainWindowTest, aKeyMakesThePanesEqual)
+{
+    open();
+    dragLine(-100);
+    press(Qt::Key_Backslash, Qt::ControlModifier);
+    EXPECT_NEAR(width(PaneSide::left), width(PaneSide::right), 1);
+}
+
+TEST_F(MainWindowTest, aLargerWindowKeepsTheProportion)
+{
+    open();
+    window->resize(801, 500);
+    processPosted();
+    dragLine(-80);
+    auto const before = static_cast<double>(width(PaneSide::left)) / window->width();
+    window->resize(1180, 600);
+    processPosted();
+    EXPECT_NEAR(static_cast<double>(width(PaneSide::left)) / window->width(), before, 0.01);
+}
+
+TEST_F(MainWindowTest, sizeAndDividerComeBackWithTheNextWindow)
+{
+    open();
+    window->resize(700, 555);
+    processPosted();
+    dragLine(-60);
+    auto const leftWidth = width(PaneSide::left);
+    close();
+    open();
+    EXPECT_EQ(window->size(), QSize(700, 555));
+    EXPECT_NEAR(width(PaneSide::left), leftWidth, 1);
+}
+
+TEST_F(MainWindowTest, damagedSettingsAreAFirstStart)
+{
+    defaults.setText("TarnwickMain", "no geometry");
+    defaults.setText("tw.split", "half");
+    defaults.setText("tw.columns", "date:x ext:-5 size:99999999999 nothing");
+    defaults.setText("tw.paneFontSize", "large");
+    open();
+    EXPECT_NEAR(width(PaneSide::left), width(PaneSide::right), 1);
+    EXPECT_GT(table(PaneSide::left).columnWidth(static_cast<int>(PaneColumn::date)), 60);
+}
+
+TEST_F(MainWindowTest, theFontSizeOfTheRowsIsASetting)
+{
+    open();
+    auto const usual = table(PaneSide::left).rowHeight(0);
+    close();
+    defaults.setText("tw.paneFontSize", "20");
+    open();
+    EXPECT_GT(table(PaneSide::left).rowHeight(0), usual);
+}
+
+} // namespace
+} // namespace tw::test

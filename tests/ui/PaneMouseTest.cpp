@@ -1,0 +1,208 @@
+#include "tests/ui/WindowTest.h"
+
+#include <QTest>
+#include <gmock/gmock.h>
+
+namespace tw::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class PaneMouseTest : public WindowTest {
+protected:
+    PaneMouseTest()
+    {
+        left.folder("inner");
+        left.file("a.txt", "333");
+        left.file("b.md", "1");
+        left.file("c.cpp", "22");
+    }
+
+    void click(int row, Qt::MouseButton button = Qt::LeftButton)
+    {
+        QTest::mouseClick(table(PaneSide::left).viewport(), button, Qt::NoModifier, middleOf(row, PaneColumn::name));
+    }
+
+    void clickTitle(PaneColumn column)
+    {
+        auto &titles = table(PaneSide::left).titles();
+        auto const section = static_cast<int>(column);
+        QPoint const middle(titles.sectionViewportPosition(section) + titles.sectionSize(section) / 2,
+                            titles.height() / 2);
+        QTest::mouseClick(titles.viewport(), Qt::LeftButton, Qt::NoModifier, middle);
+    }
+
+    /// Drags the line before a column by `distance` pixels.
+    void dragLineBefore(PaneColumn column, int distance)
+    {
+        auto *const titles = table(PaneSide::left).titles().viewport();
+        QPoint const line(table(PaneSide::left).titles().sectionViewportPosition(static_cast<int>(column)), 5);
+        QTest::mousePress(titles, Qt::LeftButton, Qt::NoModifier, line);
+        QTest::mouseMove(titles, line + QPoint(distance / 2, 0));
+        QTest::mouseMove(titles, line + QPoint(distance, 0));
+        QTest::mouseRelease(titles, Qt::LeftButton, Qt::NoModifier, line + QPoint(distance, 0));
+    }
+
+    int width(PaneSide side, PaneColumn column) { return table(side).columnWidth(static_cast<int>(column)); }
+
+    int sortedColumn() { return table(PaneSide::left).titles().sortIndicatorSection(); }
+
+    Qt::SortOrder sortOrder() { return table(PaneSide::left).titles().sortIndicatorOrder(); }
+};
+
+TEST_F(PaneMouseTest, aClickPutsTheCursorOnTheRowAndDropsMarks)
+{
+    open();
+    press(Qt::Key_End);
+    press(Qt::Key_Insert);
+    click(2);
+    EXPECT_EQ(cursorName(), "a.txt");
+    EXPECT_THAT(active().model().marked, IsEmpty());
+}
+
+TEST_F(PaneMouseTest, aClickBelowTheRowsMovesNothing)
+{
+    open();
+    click(2);
+    auto *const viewport = table(PaneSide::left).viewport();
+    QTest::mouseClick(viewport, Qt::LeftButton, Qt::NoModifier, {20, viewport->height() - 5});
+    EXPECT_EQ(cursorName(), "a.txt");
+}
+
+TEST_F(PaneMouseTest, aClickIntoTheOtherPaneMakesItTheActiveOne)
+{
+    open();
+    press(Qt::Key_Tab);
+    ASSERT_EQ(controller->activeSide(), PaneSide::right);
+    click(1);
+    EXPECT_EQ(controller->activeSide(), PaneSide::left);
+    EXPECT_TRUE(table(PaneSide::left).hasFocus());
+    EXPECT_EQ(cursorName(), "inner");
+}
+
+TEST_F(PaneMouseTest, aDoubleClickOpensTheFolder)
+{
+    open();
+    QTest::mouseDClick(table(PaneSide::left).viewport(), Qt::LeftButton, Qt::NoModifier, middleOf(1, PaneColumn::name));
+    waitForPath(PaneSide::left, left.path("inner"));
+}
+
+TEST_F(PaneMouseTest, draggingOverRowsSelectsNothingAndMovesNothing)
+{
+    open();
+    auto *const viewport = table(PaneSide::left).viewport();
+    QTest::mousePress(viewport, Qt::LeftButton, Qt::NoModifier, middleOf(1, PaneColumn::name));
+    QTest::mouseMove(viewport, middleOf(4, PaneColumn::name));
+    QTest::mouseRelease(viewport, Qt::LeftButton, Qt::NoModifier, middleOf(4, PaneColumn::name));
+    EXPECT_EQ(cursorName(), "inner");
+    EXPECT_EQ(table(PaneSide::left).currentIndex().row(), 1);
+    EXPECT_FALSE(table(PaneSide::left).selectionModel()->hasSelection());
+}
+
+TEST_F(PaneMouseTest, theOtherButtonsMoveNothing)
+{
+    open();
+    click(2);
+    click(3, Qt::RightButton);
+    click(4, Qt::MiddleButton);
+    EXPECT_EQ(cursorName(), "a.txt");
+}
+
+TEST_F(PaneMouseTest, aClickOnATitleSortsByItAndAnotherTurnsRound)
+{
+    open();
+    clickTitle(PaneColumn::size);
+    EXPECT_THAT(shownNames(PaneSide::left), ElementsAre("..", "inner", "a.txt", "c.cpp", "b.md"));
+    EXPECT_EQ(sortedColumn(), static_cast<int>(PaneColumn::size));
+    EXPECT_EQ(sortOrder(), Qt::DescendingOrder);
+    clickTitle(PaneColumn::size);
+    EXPECT_THAT(shownNames(PaneSide::left), ElementsAre("..", "inner", "b.md", "c.cpp", "a.txt"));
+    EXPECT_EQ(sortOrder(), Qt::AscendingOrder);
+    clickTitle(PaneColumn::ext);
+    EXPECT_THAT(shownNames(PaneSide::left), ElementsAre("..", "inner", "c.cpp", "b.md", "a.txt"));
+    EXPECT_EQ(sortedColumn(), static_cast<int>(PaneColumn::ext));
+}
+
+TEST_F(PaneMouseTest, sortingKeepsTheCursorOnItsName)
+{
+    open();
+    click(2);
+    clickTitle(PaneColumn::ext);
+    EXPECT_EQ(cursorName(), "a.txt");
+    EXPECT_EQ(active().cursorRow(), 4);
+}
+
+TEST_F(PaneMouseTest, theAttributesDoNotSortAndTheArrowStaysWhereItIs)
+{
+    open();
+    clickTitle(PaneColumn::attr);
+    EXPECT_THAT(shownNames(PaneSide::left), ElementsAre("..", "inner", "a.txt", "b.md", "c.cpp"));
+    EXPECT_EQ(sortedColumn(), static_cast<int>(PaneColumn::name));
+    EXPECT_EQ(sortOrder(), Qt::AscendingOrder);
+}
+
+TEST_F(PaneMouseTest, aClickOnATitleLeavesTheCursorAlone)
+{
+    open();
+    click(3);
+    auto const scrolled = table(PaneSide::left).firstVisibleRow();
+    clickTitle(PaneColumn::attr);
+    EXPECT_EQ(table(PaneSide::left).currentIndex().row(), 3);
+    EXPECT_EQ(table(PaneSide::left).firstVisibleRow(), scrolled);
+}
+
+TEST_F(PaneMouseTest, theLineBeforeAColumnFollowsThePointerAndTheNamePays)
+{
+    open();
+    auto const date = width(PaneSide::left, PaneColumn::date);
+    auto const name = width(PaneSide::left, PaneColumn::name);
+    dragLineBefore(PaneColumn::date, -30);
+    EXPECT_EQ(width(PaneSide::left, PaneColumn::date), date + 30);
+    EXPECT_EQ(width(PaneSide::left, PaneColumn::name), name - 30);
+}
+
+TEST_F(PaneMouseTest, theWidthsOfTheColumnsHoldForBothPanesAndForTheNextStart)
+{
+    open();
+    window->resize(1180, 720); // in which both panes have room for all columns, however small the screen
+    auto const date = width(PaneSide::left, PaneColumn::date);
+    dragLineBefore(PaneColumn::date, -30);
+    EXPECT_EQ(width(PaneSide::right, PaneColumn::date), date + 30);
+    EXPECT_EQ(defaults.text("tw.columns"), "date:" + std::to_string(date + 30));
+    close();
+    open();
+    EXPECT_EQ(width(PaneSide::left, PaneColumn::date), date + 30);
+    EXPECT_EQ(width(PaneSide::right, PaneColumn::date), date + 30);
+}
+
+TEST_F(PaneMouseTest, aDoubleClickOnALineGivesTheColumnItsUsualWidth)
+{
+    open();
+    auto const date = width(PaneSide::left, PaneColumn::date);
+    dragLineBefore(PaneColumn::date, -30);
+    QPoint const line(table(PaneSide::left).titles().sectionViewportPosition(static_cast<int>(PaneColumn::date)), 5);
+    QTest::mouseDClick(table(PaneSide::left).titles().viewport(), Qt::LeftButton, Qt::NoModifier, line);
+    EXPECT_EQ(width(PaneSide::left, PaneColumn::date), date);
+    EXPECT_EQ(defaults.text("tw.columns"), "");
+}
+
+TEST_F(PaneMouseTest, draggingALineDoesNotSort)
+{
+    open();
+    dragLineBefore(PaneColumn::size, 10);
+    EXPECT_EQ(sortedColumn(), static_cast<int>(PaneColumn::name));
+}
+
+TEST_F(PaneMouseTest, aNarrowPaneGivesUpColumnsAndAWideOneHasThemAgain)
+{
+    open();
+    window->resize(window->minimumSize());
+    EXPECT_TRUE(table(PaneSide::left).isColumnHidden(static_cast<int>(PaneColumn::attr)));
+    EXPECT_FALSE(table(PaneSide::left).isColumnHidden(static_cast<int>(PaneColumn::ext)));
+    window->resize(1400, 700);
+    EXPECT_FALSE(table(PaneSide::left).isColumnHidden(static_cast<int>(PaneColumn::attr)));
+}
+
+} // namespace
+} // namespace tw::test

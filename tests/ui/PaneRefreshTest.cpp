@@ -1,0 +1,135 @@
+#include "tests/ui/QtLoop.h"
+#include "tests/ui/WindowTest.h"
+
+#include <QScrollBar>
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+namespace tw::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class PaneRefreshTest : public WindowTest {
+protected:
+    void fill(int count)
+    {
+        for (int number = 0; number < count; ++number)
+            left.file("file" + std::to_string(1000 + number));
+    }
+
+    void refresh()
+    {
+        waitForReload(PaneSide::left, [this] { press(Qt::Key_R, Qt::ControlModifier); });
+        processPosted();
+    }
+
+    void waitForStatus(std::string const &part)
+    {
+        processUntil([&] { return status(PaneSide::left).find(part) != std::string::npos; });
+    }
+
+    int scrolled() { return table(PaneSide::left).verticalScrollBar()->value(); }
+};
+
+TEST_F(PaneRefreshTest, aRefreshKeepsScrollPositionCursorAndMarks)
+{
+    fill(300);
+    open();
+    for (int page = 0; page < 3; ++page)
+        press(Qt::Key_PageDown);
+    press(Qt::Key_Insert);
+    auto const name = cursorName();
+    // A place that is no whole number of rows, as a touch pad leaves it.
+    table(PaneSide::left).verticalScrollBar()->setValue(scrolled() + 7);
+    auto const before = scrolled();
+
+    left.file("zz new");
+    refresh();
+
+    EXPECT_EQ(active().model().rowCount(), 302);
+    EXPECT_EQ(scrolled(), before);
+    EXPECT_EQ(cursorName(), name);
+    EXPECT_EQ(active().model().marked.size(), 1U);
+}
+
+TEST_F(PaneRefreshTest, aRefreshOfALargeFolderPaintsOnce)
+{
+    fill(200);
+    open();
+    press(Qt::Key_End);
+    processPosted();
+    int paints = 0;
+    auto &view = table(PaneSide::left);
+    auto const painted = view.onPainted;
+    view.onPainted = [&] {
+        ++paints;
+        painted();
+    };
+    refresh();
+    EXPECT_EQ(paints, 1);
+}
+
+TEST_F(PaneRefreshTest, aFolderThatVanishedSaysSoAndItsListingStays)
+{
+    left.folder("inner");
+    left.file("inner/deep");
+    open();
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    waitForPath(PaneSide::left, left.path("inner"));
+    std::filesystem::remove_all(left.path("inner"));
+    press(Qt::Key_R, Qt::ControlModifier);
+    waitForStatus("No such file or directory");
+    EXPECT_THAT(status(PaneSide::left), StartsWith("⚠︎ " + left.path("inner")));
+    EXPECT_THAT(shownNames(PaneSide::left), ElementsAre("..", "deep"));
+}
+
+TEST_F(PaneRefreshTest, aFolderThatCannotBeOpenedSaysSoAndTheOldListingStays)
+{
+    left.link("broken", left.path("nowhere"));
+    open();
+    press(Qt::Key_End);
+    press(Qt::Key_Return);
+    waitForStatus("No such file or directory");
+    EXPECT_THAT(status(PaneSide::left), HasSubstr(left.path("broken")));
+    EXPECT_EQ(pane(PaneSide::left).pathOnShow(), left.path());
+    EXPECT_EQ(cursorName(), "broken");
+}
+
+TEST_F(PaneRefreshTest, aGoodNavigationLeavesNoWarning)
+{
+    left.folder("inner");
+    left.link("broken", left.path("nowhere"));
+    open();
+    press(Qt::Key_End);
+    press(Qt::Key_Return);
+    waitForStatus("No such file or directory");
+    press(Qt::Key_Up);
+    press(Qt::Key_Return);
+    waitForPath(PaneSide::left, left.path("inner"));
+    EXPECT_THAT(status(PaneSide::left), StartsWith("0 files, 0 dirs"));
+}
+
+TEST_F(PaneRefreshTest, goingUpAgainFindsTheFolderScrolledAsItWasLeft)
+{
+    fill(300);
+    left.folder("zz");
+    defaults.setText("tw.folderPlacement", "bottom");
+    open();
+    press(Qt::Key_End);
+    auto const first = table(PaneSide::left).firstVisibleRow();
+    ASSERT_GT(first, 0);
+    press(Qt::Key_Return);
+    waitForPath(PaneSide::left, left.path("zz"));
+    press(Qt::Key_Backspace);
+    waitForPath(PaneSide::left, left.path());
+    EXPECT_EQ(cursorName(), "zz");
+    EXPECT_EQ(table(PaneSide::left).firstVisibleRow(), first);
+}
+
+} // namespace
+} // namespace tw::test

@@ -1,0 +1,94 @@
+#include "tests/ui/WindowTest.h"
+
+#include "Tarnwick/Toolkit/ElidedLabel.h"
+#include "tests/ui/QtLoop.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace tw::test {
+
+WindowTest::WindowTest() = default;
+
+WindowTest::~WindowTest()
+{
+    close();
+    auto isDone = false;
+    auto const shutDown = [](ConnectionRegistry *registry, bool *done) -> Task<void> {
+        co_await registry->giveUpAttempts();
+        co_await registry->shutdownAll();
+        *done = true;
+    };
+    spawn({mainContext.context(), {}}, shutDown(&connections, &isDone));
+    processUntil([&] { return isDone; });
+    // Others who waited for the same are behind it in the queue.
+    while (mainContext.context()->runPending() > 0) {
+    }
+}
+
+void WindowTest::open()
+{
+    controller = std::make_unique<MainWindowController>(
+        PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections);
+    window = std::make_unique<MainWindow>(*controller, defaults);
+    window->show();
+    window->activateWindow();
+    controller->start({.left = PaneSpec{"local", left.path(), true}, .right = PaneSpec{"local", right.path(), true}});
+    waitForPath(PaneSide::left, left.path());
+    waitForPath(PaneSide::right, right.path());
+    processUntil([this] { return table(PaneSide::left).hasFocus(); });
+}
+
+void WindowTest::close()
+{
+    if (window)
+        window->close();
+    window.reset();
+    controller.reset();
+}
+
+void WindowTest::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    processPosted();
+}
+
+void WindowTest::waitForPath(PaneSide side, std::string const &path)
+{
+    processUntil([&] { return pane(side).model().snapshot() && pane(side).pathOnShow() == path; });
+}
+
+void WindowTest::waitForReload(PaneSide side, std::function<void()> const &trigger)
+{
+    QSignalSpy const reloads(table(side).model(), &QAbstractItemModel::modelReset);
+    trigger();
+    processUntil([&] { return reloads.count() > 0; });
+}
+
+std::string WindowTest::cursorName()
+{
+    return std::string(active().cursorName());
+}
+
+std::string WindowTest::status(PaneSide side)
+{
+    return window->pane(side).statusLine().text().toStdString();
+}
+
+std::vector<std::string> WindowTest::shownNames(PaneSide side)
+{
+    std::vector<std::string> names;
+    auto const &model = pane(side).model();
+    for (int row = 0; row < model.rowCount(); ++row)
+        names.emplace_back(model.entry(row) ? model.name(row) : "..");
+    return names;
+}
+
+QPoint WindowTest::middleOf(int row, PaneColumn column)
+{
+    auto &view = table(PaneSide::left);
+    return view.visualRect(view.model()->index(row, static_cast<int>(column))).center();
+}
+
+} // namespace tw::test

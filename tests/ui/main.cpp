@@ -1,0 +1,20 @@
+// The tests of the views: real widgets, painted off screen.
+
+#include <QApplication>
+#include <gtest/gtest.h>
+
+int main(int argc, char **argv)
+{
+    // Also for whoever starts the program by hand: no window is to appear on their screen.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Not the user's session: a test that needs a bus starts its own.
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+    qputenv("XDG_RUNTIME_DIR", "/nonexistent");
+    qputenv("NO_AT_BRIDGE", "1");
+
+    ::testing::InitGoogleTest(&argc, argv);
+    QApplication application(argc, argv);
+    QApplication::setStyle(QStringLiteral("fusion"));
+    return RUN_ALL_TESTS();
+}
