@@ -22,7 +22,7 @@ constexpr std::chrono::milliseconds roundTrip{150};
 constexpr double limitMilliseconds = 50;
 constexpr int runs = 7;
 
-/// The deadline of the program's own, and what the system takes to end it then.
+/// The two seconds that the program always takes, and what the system takes to end it then.
 constexpr double limitToQuit = 2050;
 
 /// What the child prints until `word` is in it.

@@ -7,7 +7,7 @@
 
 namespace tw {
 
-/// All threads of the engine: made once in `main`, handed down by reference, destroyed last.
+/// All threads of the engine: made once by the program, handed down by reference, destroyed last.
 ///
 /// Lifetime: outlives every object that was made with it. Owners are shut down (awaited) before; the destructor then
 /// waits until workers and strands have come to rest together, and joins all threads. What still waits for a timer or

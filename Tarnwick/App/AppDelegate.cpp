@@ -2,7 +2,6 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
-#include "TWEngine/Runtime/ExitDeadline.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "Tarnwick/Toolkit/ColorScheme.h"
 #include "Tarnwick/Toolkit/SessionWatch.h"
@@ -11,15 +10,17 @@
 #include "Tarnwick/Window/WelcomeWindow.h"
 
 #include <QApplication>
-#include <QEventLoop>
 #include <QPointer>
+
+#include <chrono>
+#include <semaphore>
 
 namespace tw {
 
 namespace {
 
-/// How long the program may take to end. No host can hold it back for longer.
-constexpr std::chrono::milliseconds timeToEnd{2000};
+/// How long the program takes to end. No host can hold it back for longer.
+constexpr std::chrono::seconds timeToEnd{2};
 
 constexpr auto toolTipDelayKey = "NSInitialToolTipDelay";
 
@@ -42,13 +43,12 @@ Task<void> passOn(Task<QDBusConnection> connecting, std::function<void(QDBusConn
     use(bus);
 }
 
-Task<void> shutDown(Task<void> logging, ConnectionRegistry *connections, std::function<void()> done)
+Task<void> shutDown(ConnectionRegistry *connections, std::shared_ptr<std::binary_semaphore> done)
 {
-    co_await std::move(logging);
     // They end in some way, and that is all that is wanted now.
     co_await outcomeOf(connections->giveUpAttempts());
     co_await outcomeOf(connections->shutdownAll());
-    done();
+    done->release();
 }
 
 } // namespace
@@ -70,15 +70,14 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
         if (!isAskedToQuit)
             applicationShouldTerminateAfterLastWindowClosed();
     });
-    signals = std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) {
-        isAskedToQuit = true;
-        QApplication::quit();
-    });
+    signals =
+        std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
 
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections);
     window = std::make_unique<MainWindow>(*controller, with.defaults);
     window->onAbout = [this] { showAbout(); };
+    window->onQuit = [this] { quit(); };
     colorScheme = std::make_unique<ColorScheme>(ColorScheme::sessionBus());
     colorScheme->start([this] {
         window->show();
@@ -87,6 +86,12 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
     });
     controller->start(sides);
     watchSession();
+}
+
+void AppDelegate::quit()
+{
+    isAskedToQuit = true;
+    QApplication::quit();
 }
 
 void AppDelegate::watchSession()
@@ -109,29 +114,26 @@ bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed()
 void AppDelegate::applicationWillTerminate()
 {
     lifeLog.note("quit");
-    setExitDeadline(timeToEnd);
     signals.reset();
     session.reset();
     colorScheme.reset();
     window.reset();
     controller.reset();
+    with.defaults.flush();
+    QGuiApplication::sync(); // the window is gone from the screen before the wait
     awaitShutdown();
 }
 
-/// Takes the connections down, in the event loop, since that is where their answer arrives.
+/// The shutdown needs the very thread that waits for it here, so it cannot begin before the wait is over: quitting
+/// always takes the whole time, and the process then ends without it. That is kept as it is on purpose. What can hang
+/// is on none of the program's last steps, so nothing that a host does makes quitting longer; the sessions end with
+/// the process, as their input does; and the engine's threads have the time to write what they have begun to write.
 void AppDelegate::awaitShutdown()
 {
-    QEventLoop loop;
-    auto isDone = false;
-    spawn({with.mainContext, {}}, shutDown(lifeLog.end(), &with.connections, [&] {
-              isDone = true;
-              loop.quit();
-          }));
-    while (!isDone)
-        loop.exec();
-    // Others who waited for the same as we did are behind us in the queue.
-    while (with.mainContext->runPending() > 0) {
-    }
+    auto const done = std::make_shared<std::binary_semaphore>(0);
+    spawn({with.mainContext, {}}, shutDown(&with.connections, done));
+    // Not `done` within the time is the usual case, and no case to treat in another way.
+    static_cast<void>(done->try_acquire_for(timeToEnd));
 }
 
 void AppDelegate::showAbout()

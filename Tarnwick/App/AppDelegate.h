@@ -41,8 +41,8 @@ public:
     /// Always; notes it.
     bool applicationShouldTerminateAfterLastWindowClosed();
 
-    /// Behind the event loop: takes everything down. The process is gone two seconds after this has begun, whatever
-    /// hosts and disks do.
+    /// Behind the event loop: takes the windows down, and then waits two seconds on this thread. The caller ends the
+    /// process as it is behind it; nothing of the engine may be awaited any more.
     void applicationWillTerminate();
 
     void showAbout();
@@ -51,12 +51,13 @@ public:
     MainWindow *mainWindow() const noexcept { return window.get(); }
 
 private:
+    void quit();
     void watchSession();
     void awaitShutdown();
 
     Collaborators const with;
     LifeLog lifeLog;
-    bool isAskedToQuit = false; ///< by a signal
+    bool isAskedToQuit = false; ///< by the user or a signal, not by a window that was closed
     std::unique_ptr<MainWindowController> controller;
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<ColorScheme> colorScheme;

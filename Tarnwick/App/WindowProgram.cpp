@@ -14,6 +14,7 @@
 #include <QIcon>
 
 #include <cstdio>
+#include <cstdlib>
 #include <span>
 #include <string_view>
 
@@ -44,7 +45,7 @@ char const *textAskedFor(std::span<char const *const> arguments)
     return nullptr;
 }
 
-int run(PaneSpec::Sides const &sides)
+[[noreturn]] void run(PaneSpec::Sides const &sides)
 {
     EngineRuntime runtime;
     QtMainContext mainContext;
@@ -63,7 +64,9 @@ int run(PaneSpec::Sides const &sides)
     delegate.applicationDidFinishLaunching(sides);
     auto const status = QApplication::exec();
     delegate.applicationWillTerminate();
-    return status;
+    // As it is: to destroy the engine is to wait for its threads, and a call on a dead network mount does not return.
+    std::fflush(nullptr);
+    std::_Exit(status);
 }
 
 } // namespace
@@ -82,5 +85,5 @@ int tarnwickWindowProgram(int argc, char **argv)
     QApplication application(argc, argv); // takes Qt's own options out of the arguments
     StartLog::note(QStringLiteral("main entered"), entered);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tarnwick.svg")));
-    return run(PaneSpec::fromCommandLine({argv + 1, argv + argc}));
+    run(PaneSpec::fromCommandLine({argv + 1, argv + argc}));
 }

@@ -1,6 +1,5 @@
 #include "Tarnwick/Lifecycle/LifeLog.h"
 
-#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWEngine/Platform/PrivateFile.h"
 
@@ -108,19 +107,6 @@ void LifeLog::trim()
         rest = end->substr(end->find('\n') + 1);
     if (rest)
         PrivateFile::replace(journal->file, *rest);
-}
-
-Task<void> LifeLog::end()
-{
-    return endHere(heartbeat);
-}
-
-Task<void> LifeLog::endHere(std::optional<SharedTask<void>> heartbeat)
-{
-    if (!heartbeat)
-        co_return;
-    heartbeat->cancel();
-    co_await outcomeOf(heartbeat->wait());
 }
 
 void LifeLog::note(std::string_view text)

@@ -29,6 +29,8 @@ public:
 
     /// Writes nothing yet.
     explicit LifeLog(Collaborators collaborators);
+
+    /// It no longer says that the program is alive.
     ~LifeLog();
 
     LifeLog(LifeLog const &) = delete;
@@ -43,14 +45,10 @@ public:
 
     void note(SessionEvent event);
 
-    /// Stops saying that the program is alive. Awaited before the main context goes.
-    Task<void> end();
-
 private:
     struct Journal;
 
     void trim();
-    static Task<void> endHere(std::optional<SharedTask<void>> heartbeat);
     static Task<void> keepNotingAlive(std::shared_ptr<Journal> journal);
 
     std::shared_ptr<Executor> const mainContext;

@@ -56,23 +56,27 @@ void MainWindow::buildCommands()
                &Commands::cmdToggleHidden);
     addCommand(QStringLiteral("Connect…"), {Qt::CTRL | Qt::Key_K}, &Commands::cmdConnect);
     addCommand(QStringLiteral("Equal Panes"), {Qt::CTRL | Qt::Key_Backslash}, &Commands::cmdEqualizePanes);
-    addCommand(QStringLiteral("Close Window"), {Qt::CTRL | Qt::Key_W, Qt::CTRL | Qt::Key_Q}, &Commands::cmdCloseWindow);
-    auto *const about = new QAction(QStringLiteral("About Tarnwick"), this);
-    about->setShortcut(Qt::Key_F1);
-    connect(about, &QAction::triggered, this, [this] {
-        if (onAbout)
-            onAbout();
-    });
-    addAction(about);
+    addCommand(QStringLiteral("Close Window"), {Qt::CTRL | Qt::Key_W}, &Commands::cmdCloseWindow);
+    addAction(QStringLiteral("About Tarnwick"), {Qt::Key_F1}, [this] { onAbout(); });
+    // In every window of the program, since it is about the program.
+    addAction(QStringLiteral("Quit Tarnwick"), {Qt::CTRL | Qt::Key_Q}, [this] {
+        onQuit();
+    })->setShortcutContext(Qt::ApplicationShortcut);
 }
 
 void MainWindow::addCommand(QString const &title, QList<QKeySequence> const &keys,
                             void (MainWindowController::*command)())
 {
+    addAction(title, keys, [this, command] { (commands.*command)(); });
+}
+
+QAction *MainWindow::addAction(QString const &title, QList<QKeySequence> const &keys, std::function<void()> run)
+{
     auto *const action = new QAction(title, this);
     action->setShortcuts(keys);
-    connect(action, &QAction::triggered, this, [this, command] { (commands.*command)(); });
-    addAction(action);
+    connect(action, &QAction::triggered, this, std::move(run));
+    QMainWindow::addAction(action);
+    return action;
 }
 
 void MainWindow::place()

@@ -22,7 +22,10 @@ public:
     PaneSplitter &divider() const { return *splitter; }
 
     /// The user wants to know what this program is.
-    std::function<void()> onAbout;
+    std::function<void()> onAbout = [] {};
+
+    /// The user wants the program to end, whatever windows it has.
+    std::function<void()> onQuit = [] {};
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -36,6 +39,7 @@ private:
     void buildPanes();
     void buildCommands();
     void addCommand(QString const &title, QList<QKeySequence> const &keys, void (MainWindowController::*command)());
+    QAction *addAction(QString const &title, QList<QKeySequence> const &keys, std::function<void()> run);
     void place();
     void placeDivider();
     void rememberPlace();

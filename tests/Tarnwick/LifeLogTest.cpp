@@ -113,10 +113,8 @@ TEST_F(LifeLogTest, withTheLogEndsItsHeartbeat)
         auto living = log();
         living.begin("1");
         loop.drain();
-        auto const ended = loop.start(living.end());
-        loop.drain();
-        EXPECT_TRUE(ended.isDone());
     }
+    loop.drain();
     clock->advance(std::chrono::minutes(2));
     loop.drain();
     EXPECT_THAT(lines(), ElementsAre(line("launch 1")));

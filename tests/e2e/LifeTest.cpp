@@ -48,11 +48,20 @@ TEST_F(LifeTest, itsLogTellsHowItBeganAndEnded)
 {
     auto program = startOnBothFolders();
     expectBothFoldersPainted(program);
-    expectQuits(program);
+    press({"ctrl+w"});
+    EXPECT_EQ(program.waitForEnd(), 0) << program.output();
     EXPECT_THAT(life(), ElementsAre("launch " TARNWICK_VERSION,
                                     MatchesRegex("last window closed — quitting "
                                                  "\\(windows: [0-9]+\\)"),
                                     "quit"));
+}
+
+TEST_F(LifeTest, whoQuitsHasNotClosedAWindow)
+{
+    auto program = startOnBothFolders();
+    expectBothFoldersPainted(program);
+    expectQuits(program);
+    EXPECT_THAT(life(), ElementsAre("launch " TARNWICK_VERSION, "quit"));
 }
 
 TEST_F(LifeTest, whatItKilledCannotSayIsMissingInTheLog)

@@ -1,9 +1,11 @@
 #include "Tarnwick/Window/MainWindow.h"
 
 #include "Tarnwick/Toolkit/PaneSplitter.h"
+#include "Tarnwick/Window/WelcomeWindow.h"
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
+#include <QPointer>
 #include <QScreen>
 #include <QTest>
 
@@ -31,6 +33,30 @@ TEST_F(MainWindowTest, isTitledAndAsLargeAsTheScreenLets)
     open();
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Tarnwick"));
     EXPECT_EQ(window->size(), QSize(1180, 720).boundedTo(window->screen()->availableGeometry().size()));
+}
+
+TEST_F(MainWindowTest, itsKeysAskForWhatIsTheProgramsToDo)
+{
+    open();
+    auto asked = QStringList();
+    window->onAbout = [&] { asked += QStringLiteral("about"); };
+    window->onQuit = [&] { asked += QStringLiteral("quit"); };
+    press(Qt::Key_F1);
+    press(Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(asked, (QStringList{QStringLiteral("about"), QStringLiteral("quit")}));
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(MainWindowTest, quittingWorksInEachWindowOfTheProgram)
+{
+    open();
+    auto asked = 0;
+    window->onQuit = [&] { ++asked; };
+    QPointer const welcome = WelcomeWindow::showIfFirstRun(defaults, *window);
+    ASSERT_FALSE(welcome.isNull());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(welcome));
+    QTest::keyClick(welcome, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(asked, 1);
 }
 
 TEST_F(MainWindowTest, thePanesAreEqualAtFirst)
