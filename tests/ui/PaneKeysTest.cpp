@@ -186,13 +186,6 @@ TEST_F(PaneKeysTest, hiddenFilesAreShownAndHiddenByTheirKey)
     EXPECT_THAT(shownNames(PaneSide::left), ElementsAre("..", "inner", "a", "b", "c"));
 }
 
-TEST_F(PaneKeysTest, controlAndQClosesTheWindow)
-{
-    open();
-    press(Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_FALSE(window->isVisible());
-}
-
 TEST_F(PaneKeysTest, controlAndWClosesTheWindow)
 {
     open();
