@@ -99,6 +99,8 @@ void writeInto(std::string const &source, std::string const &target)
     }
     if (auto const error = WholeFile::write(file.get(), bytes); error != 0)
         throw PlatformError(error);
+    if (auto const error = WholeFile::close(std::move(file)); error != 0)
+        throw PlatformError(error);
 }
 
 } // namespace tw::LocalFiles

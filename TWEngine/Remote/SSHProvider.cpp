@@ -208,6 +208,7 @@ Task<void> SSHProvider::downloadHere(Self self, std::string path, std::string lo
         keptBytes, TransferFile::writer(self->engine, file, localPath));
     if (!result.status.isSuccess())
         throw ReadError::NotReadable(path, lastWords(result));
+    co_await TransferFile::finish(self->engine, file, localPath);
 }
 
 Task<void> SSHProvider::upload(std::string localPath, std::string path)

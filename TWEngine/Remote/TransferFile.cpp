@@ -32,6 +32,11 @@ TransferFile openNow(std::string const &path, TransferFile::Purpose purpose)
     return file;
 }
 
+[[noreturn]] void throwAbout(std::string const &path, int error)
+{
+    throw ReadError::NotReadable(path, std::generic_category().message(error));
+}
+
 } // namespace
 
 Task<std::shared_ptr<TransferFile>> TransferFile::open(EngineRuntime &engine, std::string path, Purpose purpose)
@@ -47,10 +52,18 @@ OneShotCommand::Taker TransferFile::writer(EngineRuntime &engine, std::shared_pt
     return [&engine, file = std::move(file), path = std::move(path)](std::string bytes) {
         return engine.workers().run(WorkPriority::interactive, [file, path, bytes = std::move(bytes)]() mutable {
             if (auto const error = WholeFile::write(file->descriptor.get(), bytes); error != 0)
-                throw ReadError::NotReadable(path, std::generic_category().message(error));
+                throwAbout(path, error);
             return std::move(bytes);
         });
     };
+}
+
+Task<void> TransferFile::finish(EngineRuntime &engine, std::shared_ptr<TransferFile> file, std::string path)
+{
+    return engine.workers().run(WorkPriority::interactive, [file = std::move(file), path = std::move(path)] {
+        if (auto const error = WholeFile::close(std::move(file->descriptor)); error != 0)
+            throwAbout(path, error);
+    });
 }
 
 } // namespace tw

@@ -27,6 +27,9 @@ struct TransferFile {
     /// Writes what it takes to `file`, on a worker. We do it and not ssh, which can fail to and end as if all were
     /// well. Throws ReadError::NotReadable, naming `path`, in the words of the system.
     static OneShotCommand::Taker writer(EngineRuntime &engine, std::shared_ptr<TransferFile> file, std::string path);
+
+    /// Closes `file` behind the last byte that was written to it, on a worker. Throws as a writer does.
+    static Task<void> finish(EngineRuntime &engine, std::shared_ptr<TransferFile> file, std::string path);
 };
 
 } // namespace tw

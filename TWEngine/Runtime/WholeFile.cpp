@@ -3,6 +3,7 @@
 #include "TWEngine/Runtime/Uninterrupted.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include <unistd.h>
 
@@ -39,6 +40,12 @@ int readUpTo(int descriptor, std::size_t length, std::string &bytes)
             return error;
     }
     return 0;
+}
+
+int close(FileDescriptor file)
+{
+    // Not tried again: an interrupted close(2) has closed it, on Linux.
+    return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
 }
 
 } // namespace tw::WholeFile

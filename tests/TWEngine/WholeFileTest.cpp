@@ -51,8 +51,18 @@ TEST_F(WholeFileTest, noMoreIsReadThanIsWanted)
     EXPECT_EQ(bytes, "ab0123");
 }
 
+TEST_F(WholeFileTest, whatIsClosedIsAtItsEndForTheReader)
+{
+    ASSERT_EQ(WholeFile::write(writeEnd.get(), "x"), 0);
+    EXPECT_EQ(WholeFile::close(std::move(writeEnd)), 0);
+    std::string bytes;
+    EXPECT_EQ(WholeFile::readUpTo(readEnd.get(), bytes.max_size(), bytes), 0);
+    EXPECT_EQ(bytes, "x");
+}
+
 TEST_F(WholeFileTest, whatTheSystemRefusesIsTold)
 {
+    EXPECT_EQ(WholeFile::close(FileDescriptor()), EBADF);
     FileDescriptor const full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
     EXPECT_EQ(WholeFile::write(full.get(), "x"), ENOSPC);
     EXPECT_EQ(WholeFile::write(full.get(), ""), 0);
