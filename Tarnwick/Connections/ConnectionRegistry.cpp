@@ -18,7 +18,14 @@ constexpr auto localKey = "local";
 
 using Store = std::shared_ptr<ListingStore>;
 using BrowserRef = std::shared_ptr<Browser>;
-using HostsReading = SharedTask<std::vector<std::string>>;
+using Hosts = std::vector<std::string>;
+using HostsTask = SharedTask<Hosts>;
+
+/// Of the saved hosts. What is changed while the file is being read may not be seen.
+struct HostsReading {
+    HostsTask task;
+    std::shared_ptr<bool> hasBegun;
+};
 
 BrowserRef makeBrowser(EngineRuntime &engine, std::shared_ptr<FileSystemProvider> provider, Store store)
 {
@@ -40,6 +47,17 @@ Task<Store> openStore(EngineRuntime *engine, std::string directory)
 std::string keyOf(std::string const &host)
 {
     return "ssh:" + host;
+}
+
+/// Behind the reading before it: on a home that hangs, each would take a worker for itself.
+Task<Hosts> readHosts(std::optional<HostsTask> before, std::shared_ptr<bool> hasBegun, WorkerPool const *workers,
+                      std::string path)
+{
+    if (before)
+        co_await outcomeOf(before->wait());
+    *hasBegun = true;
+    auto names = co_await SSHConfig::hosts(*workers, std::move(path));
+    co_return names;
 }
 
 /// Once, and behind everything that anybody waits for.
@@ -67,7 +85,7 @@ struct ConnectionRegistry::Shared {
     std::map<std::string, std::weak_ptr<Browser>> known = {};
     std::optional<SharedTask<Store>> store = {};
     std::optional<SharedTask<void>> trimming = {};
-    std::optional<HostsReading> reading = {}; ///< of the saved hosts, the last one
+    std::optional<HostsReading> reading = {}; ///< the last one
 
     static Task<std::vector<std::string>> hosts(std::shared_ptr<Shared> self);
     static Task<BrowserRef> ssh(std::shared_ptr<Shared> self, std::string host);
@@ -194,10 +212,15 @@ Task<std::vector<std::string>> ConnectionRegistry::hosts()
 
 Task<std::vector<std::string>> ConnectionRegistry::Shared::hosts(std::shared_ptr<Shared> self)
 {
-    if (!self->reading || self->reading->isDone())
-        self->reading = HostsReading::start(self->with.mainContext,
-                                            SSHConfig::hosts(self->with.engine.workers(), self->with.sshConfig));
-    auto const reading = *self->reading;
+    if (!self->reading || *self->reading->hasBegun) {
+        auto const before = self->reading ? std::optional(self->reading->task) : std::nullopt;
+        auto const hasBegun = std::make_shared<bool>(false);
+        self->reading = HostsReading{
+            HostsTask::start(self->with.mainContext,
+                             readHosts(before, hasBegun, &self->with.engine.workers(), self->with.sshConfig)),
+            hasBegun};
+    }
+    auto const reading = self->reading->task;
     self.reset();
     auto names = co_await reading.wait();
     co_return names;
@@ -236,7 +259,7 @@ Task<void> ConnectionRegistry::Shared::shutdownAll(std::shared_ptr<Shared> self)
     co_await closeStore(self);
     // Last: a home that hangs is to keep nothing else from being closed.
     if (auto const reading = self->reading)
-        co_await outcomeOf(reading->wait());
+        co_await outcomeOf(reading->task.wait());
 }
 
 Task<void> ConnectionRegistry::Shared::closeStore(std::shared_ptr<Shared> self)

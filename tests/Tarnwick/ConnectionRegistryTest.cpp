@@ -103,6 +103,21 @@ TEST_F(ConnectionRegistryTest, whoAsksForTheHostsWhileTheyAreReadSharesTheReadin
     EXPECT_THAT(second.value(), ElementsAre("web"));
 }
 
+TEST_F(ConnectionRegistryTest, whoAsksForTheHostsBehindAChangeDoesNotGetWhatWasReadBeforeIt)
+{
+    ssh.file("config", "Host web\n");
+    auto const first = loop.start(registry->hosts());
+    loop.drain();
+    engine.workers().waitUntilIdle(); // read, but nobody has heard of it
+    ssh.file("config", "Host other\n");
+    auto const second = loop.start(registry->hosts());
+    auto const third = loop.start(registry->hosts());
+    loop.run(registry->shutdownAll());
+    EXPECT_THAT(first.value(), ElementsAre("web"));
+    EXPECT_THAT(second.value(), ElementsAre("other"));
+    EXPECT_THAT(third.value(), ElementsAre("other"));
+}
+
 TEST_F(ConnectionRegistryTest, aHostHasOneBrowser)
 {
     auto const browser = loop.run(registry->ssh("host"));
