@@ -55,8 +55,10 @@ Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string pa
     }
 
     ++self->counters.coldFetches;
-    auto const fetch = self->fetchToAwait(path);
-    co_await fetch.wait();
+    for (auto isSettled = false; !isSettled && !self->cache.find(path);) {
+        auto const fetch = self->fetchToAwait(path);
+        isSettled = co_await fetch.wait();
+    }
     auto const *const entry = self->cache.find(path);
     if (!entry)
         throw BrowserError::NotADirectory(path);
@@ -109,7 +111,7 @@ void Browser::ensureHorizon(std::string const &path)
         return;
     auto const *const entry = cache.find(path);
     // A by-product of a scan from higher up does not cover what is below the path.
-    auto const isCovered = entry && entry->group->root == path && entry->group->depth >= depth &&
+    auto const isCovered = entry && entry->group->fetch.root == path && entry->group->fetch.depth >= depth &&
                            ageOf(*entry->group) <= config.ttl.count();
     if (!isCovered)
         startFetch(path, depth, Reason::prefetch);
@@ -121,31 +123,50 @@ void Browser::startFetch(std::string const &root, int depth, Reason reason)
         return;
     if (reason == Reason::prefetch)
         ++counters.prefetches;
-    launch(root, depth, FetchPriority::background);
+    auto const needsAllRoom = depth == 1 && wideFolders.contains(root);
+    launch(root, depth, reason, needsAllRoom ? FetchPriority::interactive : FetchPriority::background);
 }
 
-SharedTask<void> Browser::fetchToAwait(std::string const &root)
+SharedTask<bool> Browser::fetchToAwait(std::string const &root)
 {
     auto const depth = std::min(provider->maxUsefulDepth(), config.interactiveDepth);
     auto const running = inFlight.find(scanKey(root, depth));
-    return running != inFlight.end() ? running->second.task : launch(root, depth, FetchPriority::interactive);
+    if (running != inFlight.end()) {
+        if (!isOvertaken(root, running->second.number))
+            return running->second.task;
+        overtaken.push_back(running->second);
+    }
+    return launch(root, depth, Reason::cold, FetchPriority::interactive);
 }
 
-SharedTask<void> Browser::launch(std::string const &root, int depth, FetchPriority priority)
+bool Browser::isOvertaken(std::string const &path, std::uint64_t number) const
 {
-    Scan scan{.key = scanKey(root, depth), .root = root, .depth = depth, .priority = priority, .number = ++lastNumber};
+    auto const invalidated = invalidatedAt.find(path);
+    return invalidated != invalidatedAt.end() && number <= invalidated->second;
+}
+
+SharedTask<bool> Browser::launch(std::string const &root, int depth, Reason reason, FetchPriority priority)
+{
+    if (inFlight.empty() && overtaken.empty())
+        invalidatedAt.clear(); // nothing is under way that began before
+    Scan scan{.key = scanKey(root, depth),
+              .root = root,
+              .depth = depth,
+              .priority = priority,
+              .number = ++lastNumber,
+              .reason = reason};
     auto const key = scan.key;
     auto const number = scan.number;
-    auto const task = SharedTask<void>::start(strand.executor(), performFetch(weak_from_this(), std::move(scan)));
+    auto const task = SharedTask<bool>::start(strand.executor(), performFetch(weak_from_this(), std::move(scan)));
     inFlight.insert_or_assign(key, Running{task, number});
     return task;
 }
 
-Task<void> Browser::performFetch(std::weak_ptr<Browser> weak, Scan scan)
+Task<bool> Browser::performFetch(std::weak_ptr<Browser> weak, Scan scan)
 {
     auto self = weak.lock();
     if (!self)
-        co_return;
+        co_return true;
     auto const provider = self->provider;
     auto const clock = self->clock;
     self.reset(); // a scan does not keep its Browser alive
@@ -163,14 +184,16 @@ Task<void> Browser::performFetch(std::weak_ptr<Browser> weak, Scan scan)
 
     self = weak.lock();
     if (!self)
-        co_return;
+        co_return true;
     self->forgetScan(scan);
     if (failure)
         std::rethrow_exception(failure);
     if (context.stop.stop_requested())
         throw Cancelled();
+    auto const hasRoot = listings.contains(scan.root);
     if (!listings.empty())
         self->takeIn(scan, std::move(listings), elapsed);
+    co_return !hasRoot || self->cache.find(scan.root);
 }
 
 void Browser::forgetScan(Scan const &scan)
@@ -178,22 +201,42 @@ void Browser::forgetScan(Scan const &scan)
     auto const running = inFlight.find(scan.key);
     if (running != inFlight.end() && running->second.number == scan.number)
         inFlight.erase(running);
+    std::erase_if(overtaken, [&](Running const &each) { return each.number == scan.number; });
 }
 
 void Browser::takeIn(Scan const &scan, Listings listings, std::chrono::duration<double> elapsed)
 {
-    auto const change = cache.put(listings, scan.root, scan.depth);
+    auto const asked = listings.find(scan.root);
+    auto const isCut = (asked != listings.end() ? asked : listings.begin())->second.truncated();
     auto const isSlow = elapsed > config.slowFetchThreshold;
-    if (scan.depth >= 2 && (isSlow || change.rootTruncated))
+    if (scan.depth >= 2 && (isSlow || isCut))
         depthOverride[scan.root] = scan.depth - 1;
+
+    std::erase_if(listings, [&](auto const &each) { return isOvertaken(each.first, scan.number); });
+    auto change =
+        cache.put(std::move(listings),
+                  {.root = scan.root, .depth = scan.depth, .number = scan.number, .hadAllRoom = scan.hasAllRoom()});
     for (auto const &snapshot : change.changed)
         publish(snapshot);
-    persist(scan, std::move(listings), !change.changed.empty());
+    persist(scan, std::move(change.taken), !change.changed.empty());
+    if (isCut && !scan.hasAllRoom())
+        askForLess(scan);
+}
+
+/// Behind a scan that brought a part of its root only, which is not shown: whoever was promised a newer listing of the
+/// folder gets it from a smaller question.
+void Browser::askForLess(Scan const &scan)
+{
+    if (scan.depth == 1)
+        wideFolders.insert(scan.root);
+    auto const *const entry = cache.find(scan.root);
+    if (entry && (scan.reason == Reason::revalidate || ageOf(*entry->group) > config.ttl.count()))
+        startFetch(scan.root, horizon(scan.root), Reason::revalidate);
 }
 
 void Browser::persist(Scan const &scan, Listings listings, bool changed)
 {
-    if (!store)
+    if (!store || listings.empty())
         return;
     auto const now = clock->now();
     auto const last = lastPersist.find(scan.key);
@@ -262,6 +305,8 @@ void Browser::invalidateHere(std::string const &path)
     if (store)
         spawn({strand.executor(), {}}, store->remove(*persistIdentity, path));
     cache.dropGroupOf(path);
+    if (!inFlight.empty() || !overtaken.empty())
+        invalidatedAt.insert_or_assign(path, lastNumber);
 }
 
 Task<void> Browser::invalidateAll()
@@ -269,6 +314,7 @@ Task<void> Browser::invalidateAll()
     return onOwnStrand([self = shared_from_this()] {
         self->cache.clear();
         self->depthOverride.clear();
+        self->wideFolders.clear();
     });
 }
 
@@ -303,14 +349,16 @@ Task<void> Browser::shutdown()
 
 Task<void> Browser::shutdownHere(std::shared_ptr<Browser> self)
 {
-    auto const running = std::exchange(self->inFlight, {});
-    for (auto const &[key, scan] : running)
+    auto running = std::exchange(self->overtaken, {});
+    for (auto const &[key, scan] : std::exchange(self->inFlight, {}))
+        running.push_back(scan);
+    for (auto const &scan : running)
         scan.task.cancel();
     for (auto const &[number, sink] : std::exchange(self->updateSinks, {}))
         sink.finish();
     // First, since a question to a host is waited for until the session that it went over has ended.
     co_await self->provider->disconnect();
-    for (auto const &[key, scan] : running)
+    for (auto const &scan : running)
         co_await outcomeOf(scan.task.wait()); // how it ended is nobody's business any more
 }
 

@@ -14,6 +14,8 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
+#include <vector>
 
 namespace tw {
 
@@ -136,11 +138,15 @@ private:
         std::string root;
         int depth = 1;
         FetchPriority priority = FetchPriority::background;
-        std::uint64_t number = 0; ///< tells a scan from a later one of the same key
+        std::uint64_t number = 0; ///< in the order in which they begin
+        Reason reason = Reason::prefetch;
+
+        /// A host gives a scan behind the user's back less room for its answer, and several levels share what there is.
+        bool hasAllRoom() const { return depth == 1 && priority == FetchPriority::interactive; }
     };
 
     struct Running {
-        SharedTask<void> task;
+        SharedTask<bool> task;
         std::uint64_t number;
     };
 
@@ -159,10 +165,14 @@ private:
     OpenResult openStored(DirectorySnapshot snapshot, std::string const &path);
     void ensureHorizon(std::string const &path);
     void startFetch(std::string const &root, int depth, Reason reason);
-    SharedTask<void> fetchToAwait(std::string const &root);
-    SharedTask<void> launch(std::string const &root, int depth, FetchPriority priority);
-    static Task<void> performFetch(std::weak_ptr<Browser> weak, Scan scan);
+    SharedTask<bool> fetchToAwait(std::string const &root);
+    SharedTask<bool> launch(std::string const &root, int depth, Reason reason, FetchPriority priority);
+    bool isOvertaken(std::string const &path, std::uint64_t number) const;
+    /// Whether it told what is to be known of its root. False: what it brought is not good enough, or too old, and a
+    /// further fetch is not.
+    static Task<bool> performFetch(std::weak_ptr<Browser> weak, Scan scan);
     void takeIn(Scan const &scan, Listings listings, std::chrono::duration<double> elapsed);
+    void askForLess(Scan const &scan);
     void forgetScan(Scan const &scan);
     void persist(Scan const &scan, Listings listings, bool changed);
     void publish(DirectorySnapshot const &snapshot) const;
@@ -182,7 +192,13 @@ private:
     ListingCache cache;
     std::unordered_map<std::string, Timestamp> lastPersist;
     std::unordered_map<std::string, Running> inFlight;
+    std::vector<Running> overtaken; ///< running too, but nobody joins them
     std::unordered_map<std::string, int> depthOverride;
+    /// Folders of which a scan behind the user's back brings a part only, even one level of them.
+    std::unordered_set<std::string> wideFolders;
+    /// The last scan that had begun when a path was invalidated, while any of those still runs: what it brings may be
+    /// what was to be forgotten.
+    std::unordered_map<std::string, std::uint64_t> invalidatedAt;
     std::unordered_map<std::uint64_t, UpdateStream<DirectorySnapshot>::Sender> updateSinks;
     std::uint64_t lastNumber = 0;
     Stats counters;

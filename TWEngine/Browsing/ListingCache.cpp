@@ -37,31 +37,39 @@ void ListingCache::touch(Group &group, Timestamp now)
     byAccess.insert(std::move(node));
 }
 
-ListingCache::Change ListingCache::put(Listings const &listings, std::string const &root, int depth)
+ListingCache::Change ListingCache::put(Listings listings, Fetch fetch)
 {
-    auto const asked = listings.find(root);
-    auto const &first = asked != listings.end() ? asked->second : listings.begin()->second;
-    auto const group = makeGroup(first, root, depth);
+    std::erase_if(listings, [&](auto const &each) { return !isWorthTaking(each.first, each.second, fetch); });
+    if (listings.empty())
+        return {};
 
-    Change result{.changed = {}, .rootTruncated = first.truncated()};
+    auto const asked = listings.find(fetch.root);
+    auto const &first = asked != listings.end() ? asked->second : listings.begin()->second;
+    auto const group = makeGroup(first, std::move(fetch));
+    std::vector<DirectorySnapshot> changed;
     for (auto const &[path, snapshot] : listings) {
-        // A part of a folder, brought along by a scan that had no room for more, is of no use: it would push out the
-        // whole listing that is there, and where there is none, the next open fetches it whole.
-        if (snapshot.truncated() && depth >= 2)
-            continue;
         auto const *const old = find(path);
         if (old && !showTheSame(old->snapshot, snapshot))
-            result.changed.push_back(snapshot);
+            changed.push_back(snapshot);
         place(snapshot, path, group);
     }
-    if (!group->paths.empty())
-        admit(group);
-    return result;
+    admit(group);
+    return {.taken = std::move(listings), .changed = std::move(changed)};
+}
+
+bool ListingCache::isWorthTaking(std::string const &path, DirectorySnapshot const &snapshot, Fetch const &fetch) const
+{
+    // A part of a folder would push out the whole listing that is there, and where there is none, the next open
+    // fetches it whole.
+    if (snapshot.truncated() && !fetch.hadAllRoom)
+        return false;
+    auto const *const old = find(path);
+    return !old || old->group->fetch.number <= fetch.number || showTheSame(old->snapshot, snapshot);
 }
 
 void ListingCache::adopt(DirectorySnapshot snapshot, std::string const &path)
 {
-    auto const group = makeGroup(snapshot, path, 1);
+    auto const group = makeGroup(snapshot, {.root = path});
     place(std::move(snapshot), path, group);
     admit(group);
 }
@@ -83,13 +91,11 @@ void ListingCache::clear()
     bytes = 0;
 }
 
-std::shared_ptr<ListingCache::Group> ListingCache::makeGroup(DirectorySnapshot const &first, std::string root,
-                                                             int depth)
+std::shared_ptr<ListingCache::Group> ListingCache::makeGroup(DirectorySnapshot const &first, Fetch fetch)
 {
     auto group = std::make_shared<Group>();
     group->storage = first.storage();
-    group->root = std::move(root);
-    group->depth = depth;
+    group->fetch = std::move(fetch);
     group->fetchedAt = first.fetchedAt();
     group->truncated = first.truncated();
     group->lastAccess = first.fetchedAt();

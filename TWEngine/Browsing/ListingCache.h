@@ -24,11 +24,20 @@ namespace tw {
 /// Threads: none of its own; used by one owner at a time.
 class ListingCache {
 public:
+    /// How listings came to be there.
+    struct Fetch {
+        std::string root; ///< the path that the scan began at
+        int depth = 1;    ///< how deep the scan was asked to go
+        /// In the order in which fetches began, not in that of their answers. What is older than all has 0.
+        std::uint64_t number = 0;
+        /// More of a folder than this fetch brought cannot be had: its truncated listings are the best there are.
+        bool hadAllRoom = false;
+    };
+
     /// What one fetch brought.
     struct Group {
         NameStorage storage;
-        std::string root; ///< the path that the scan began at
-        int depth = 1;    ///< how deep the scan was asked to go
+        Fetch fetch;
         Timestamp fetchedAt;
         bool truncated = false;
         std::unordered_set<std::string> paths; ///< those in the cache that still belong to this group
@@ -52,14 +61,15 @@ public:
 
     /// What came of putting in the result of a fetch.
     struct Change {
-        std::vector<DirectorySnapshot> changed; ///< the listings that differ from the ones they replaced
-        bool rootTruncated = false;
+        Listings taken;                         ///< those that are in the cache now
+        std::vector<DirectorySnapshot> changed; ///< the ones of them that differ from what they replaced
     };
 
-    /// Takes in the result of one scan, which is not empty. A listing whose path was not there before is not a change:
-    /// nobody can be looking at it. Of a scan of several levels, listings that are truncated are left out. The group
-    /// just put in is never evicted, even if it alone exceeds the budget.
-    Change put(Listings const &listings, std::string const &root, int depth);
+    /// Takes in the result of one fetch. A listing whose path was not there before is not a change: nobody can be
+    /// looking at it. Left out are the part of a folder of which the whole can be had, and the other answer
+    /// that a later question has got already. The group just put in is never evicted, even if it alone exceeds the
+    /// budget.
+    Change put(Listings listings, Fetch fetch);
 
     /// Takes in one listing that was not fetched now, as a group of its own.
     void adopt(DirectorySnapshot snapshot, std::string const &path);
@@ -77,7 +87,8 @@ public:
     std::map<std::uint64_t, std::shared_ptr<Group>> const &liveGroups() const noexcept { return groups; }
 
 private:
-    std::shared_ptr<Group> makeGroup(DirectorySnapshot const &first, std::string root, int depth);
+    bool isWorthTaking(std::string const &path, DirectorySnapshot const &snapshot, Fetch const &fetch) const;
+    std::shared_ptr<Group> makeGroup(DirectorySnapshot const &first, Fetch fetch);
     void place(DirectorySnapshot snapshot, std::string const &path, std::shared_ptr<Group> const &group);
     void admit(std::shared_ptr<Group> const &group);
     void enforceBudget(Group const &keep);

@@ -271,6 +271,123 @@ TEST_F(BrowserTest, aTruncatedRootLowersTheDepthOfADeepScanOnly)
     EXPECT_THAT(asked(), ElementsAre("/srv 1 background"));
 }
 
+TEST_F(BrowserTest, aRevalidationThatBringsAPartOnlyAsksForLessUntilItHasTheWhole)
+{
+    openCold("/srv", {file("old")});
+    clock->advance(seconds(31));
+    auto const stream = subscribe();
+    open("/srv");
+    for (auto const *const wanted : {"/srv 3 background", "/srv 2 background", "/srv 1 background"}) {
+        ASSERT_THAT(asked(), ElementsAre(wanted));
+        answer({file("a")}, Completeness::truncated);
+        EXPECT_THAT(names(*get(browser->cached("/srv"))), ElementsAre("old"));
+    }
+    ASSERT_THAT(asked(), ElementsAre("/srv 1 interactive")) << "what a person waits for has the most room";
+    answer({file("a"), file("b")});
+    auto const update = get(stream->next());
+    ASSERT_TRUE(update);
+    EXPECT_THAT(names(*update), ElementsAre("a", "b"));
+    EXPECT_THAT(asked(), IsEmpty());
+
+    clock->advance(seconds(31));
+    open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 interactive")) << "the others are known to be too small";
+    answer({file("a")}, Completeness::truncated);
+    EXPECT_TRUE(get(browser->cached("/srv"))->truncated()) << "more cannot be had";
+}
+
+TEST_F(BrowserTest, whoJoinsAScanThatBringsAPartOnlyWaitsForTheWhole)
+{
+    // Two scans that were cut have made the folder one of which one level is scanned.
+    get(browser->prefetch("/srv"));
+    answer({file("a")}, Completeness::truncated);
+    get(browser->prefetch("/srv"));
+    answer({file("a")}, Completeness::truncated);
+    get(browser->prefetch("/srv"));
+    ASSERT_THAT(asked(), ElementsAre("/srv 1 background"));
+    auto const opened = open("/srv");
+    answer({file("a")}, Completeness::truncated);
+    EXPECT_FALSE(opened.isDone());
+    ASSERT_THAT(asked(), ElementsAre("/srv 1 interactive"));
+    answer({file("a"), file("b")});
+    EXPECT_THAT(namesIn(opened), ElementsAre("a", "b"));
+}
+
+TEST_F(BrowserTest, aPartOfAFolderIsNotStoredInPlaceOfTheWhole)
+{
+    useStore();
+    open("/srv");
+    answer({file("a"), file("b")});
+    auto listings = one("/srv", {file("a")}, Completeness::truncated);
+    listings.merge(one("/srv/below", {file("c")}));
+    answerWith(std::move(listings));
+    EXPECT_EQ(store->rows.at({"scripted-cache", "/srv"}).count(), 2U);
+    EXPECT_EQ(store->rows.count({"scripted-cache", "/srv/below"}), 1U);
+}
+
+TEST_F(BrowserTest, aScanThatBeganEarlierDoesNotBringBackWhatALaterOneSawGone)
+{
+    useStore();
+    open("/srv");
+    answer({file("a"), file("gone")});
+    ASSERT_THAT(asked(), ElementsAre("/srv 3 background"));
+    auto const slow = provider->takeOldest();
+    // A file is deleted, and the pane reads the folder again.
+    get(browser->invalidate("/srv"));
+    auto const again = open("/srv");
+    answer({file("a")});
+    EXPECT_THAT(namesIn(again), ElementsAre("a"));
+    auto const stream = subscribe();
+
+    slow.answer->succeed(one("/srv", {file("a"), file("gone")}));
+    loop.drain();
+    EXPECT_THAT(names(*get(browser->cached("/srv"))), ElementsAre("a"));
+    EXPECT_EQ(store->rows.at({"scripted-cache", "/srv"}).count(), 1U);
+    auto const update = loop.start(stream->next());
+    get(browser->shutdown());
+    EXPECT_FALSE(update.value()) << "nobody was told of it either";
+}
+
+TEST_F(BrowserTest, whatWasInvalidatedDoesNotComeBackWithAScanThatWasUnderWay)
+{
+    open("/srv");
+    answer({file("a")});
+    ASSERT_THAT(asked(), ElementsAre("/srv 3 background"));
+    get(browser->invalidate("/srv"));
+    auto listings = one("/srv", {file("a")});
+    listings.merge(one("/srv/below", {file("b")}));
+    answerWith(std::move(listings));
+    EXPECT_FALSE(get(browser->cached("/srv")));
+    EXPECT_TRUE(get(browser->cached("/srv/below")));
+    // Nothing of this is remembered for later scans.
+    openCold("/srv", {file("c")});
+    EXPECT_TRUE(get(browser->cached("/srv")));
+}
+
+TEST_F(BrowserTest, anOpenBehindAnInvalidationDoesNotJoinAFetchFromBeforeIt)
+{
+    auto const before = open("/srv");
+    get(browser->invalidate("/srv"));
+    auto const behind = open("/srv");
+    ASSERT_THAT(asked(), ElementsAre("/srv 1 interactive", "/srv 1 interactive"));
+    auto const first = provider->takeOldest();
+    answer({file("new")});
+    EXPECT_THAT(namesIn(behind), ElementsAre("new"));
+    first.answer->succeed(one("/srv", {file("old")}));
+    loop.drain();
+    EXPECT_THAT(namesIn(before), ElementsAre("new")) << "and nobody gets less than is known";
+}
+
+TEST_F(BrowserTest, whoWaitedWhileTheFolderWasInvalidatedGetsWhatIsThereNow)
+{
+    auto const opened = open("/srv");
+    get(browser->invalidate("/srv"));
+    answer({file("old")});
+    EXPECT_FALSE(opened.isDone());
+    answer({file("new")});
+    EXPECT_THAT(namesIn(opened), ElementsAre("new"));
+}
+
 TEST_F(BrowserTest, aPathMissingFromTheAnswerIsNoDirectoryAndTheRestIsCached)
 {
     auto const opened = open("/srv/file");

@@ -26,6 +26,12 @@ Listings scan(std::vector<std::string> const &paths, std::size_t storageSize, Ti
     return listings;
 }
 
+/// Takes in what the fetch that began last has brought.
+ListingCache::Change put(ListingCache &cache, Listings listings, std::string root, int depth, bool hadAllRoom = false)
+{
+    return cache.put(std::move(listings), {.root = std::move(root), .depth = depth, .hadAllRoom = hadAllRoom});
+}
+
 /// What has to hold whatever was done: the count is the sum, and paths and groups know each other.
 void expectInvariants(ListingCache const &cache)
 {
@@ -49,7 +55,7 @@ void expectInvariants(ListingCache const &cache)
 TEST(ListingCacheTest, aGroupLargerThanTheBudgetStaysWhenItIsTheNewest)
 {
     ListingCache cache(10);
-    cache.put(scan({"/a"}, 100, at(1)), "/a", 1);
+    put(cache, scan({"/a"}, 100, at(1)), "/a", 1);
     EXPECT_TRUE(cache.find("/a"));
     EXPECT_EQ(cache.cachedBytes(), 100U);
 }
@@ -57,10 +63,10 @@ TEST(ListingCacheTest, aGroupLargerThanTheBudgetStaysWhenItIsTheNewest)
 TEST(ListingCacheTest, theLeastRecentlyOpenedGroupGoesFirst)
 {
     ListingCache cache(25);
-    cache.put(scan({"/a"}, 10, at(1)), "/a", 1);
-    cache.put(scan({"/b"}, 10, at(2)), "/b", 1);
+    put(cache, scan({"/a"}, 10, at(1)), "/a", 1);
+    put(cache, scan({"/b"}, 10, at(2)), "/b", 1);
     cache.touch(*cache.find("/a")->group, at(3));
-    cache.put(scan({"/c"}, 10, at(4)), "/c", 1);
+    put(cache, scan({"/c"}, 10, at(4)), "/c", 1);
     EXPECT_TRUE(cache.find("/a"));
     EXPECT_FALSE(cache.find("/b"));
     EXPECT_TRUE(cache.find("/c"));
@@ -71,7 +77,7 @@ TEST(ListingCacheTest, theEarlierArrivalGoesFirstAmongEquals)
 {
     ListingCache cache(25);
     for (auto const *const path : {"/z", "/m", "/a"})
-        cache.put(scan({path}, 10, at(1)), path, 1);
+        put(cache, scan({path}, 10, at(1)), path, 1);
     EXPECT_FALSE(cache.find("/z"));
     EXPECT_TRUE(cache.find("/m"));
     EXPECT_TRUE(cache.find("/a"));
@@ -81,7 +87,7 @@ TEST(ListingCacheTest, evictionStopsAsSoonAsTheBudgetIsMet)
 {
     ListingCache cache(30);
     for (auto const *const path : {"/a", "/b", "/c", "/d"})
-        cache.put(scan({path}, 10, at(1)), path, 1);
+        put(cache, scan({path}, 10, at(1)), path, 1);
     EXPECT_FALSE(cache.find("/a"));
     EXPECT_EQ(cache.pathCount(), 3U);
     EXPECT_EQ(cache.cachedBytes(), 30U);
@@ -90,11 +96,11 @@ TEST(ListingCacheTest, evictionStopsAsSoonAsTheBudgetIsMet)
 TEST(ListingCacheTest, theBytesOfAGroupStayCountedUntilItsLastPathHasLeft)
 {
     ListingCache cache(1000);
-    cache.put(scan({"/a", "/a/x", "/a/y"}, 100, at(1)), "/a", 3);
-    cache.put(scan({"/a"}, 10, at(2)), "/a", 1);
-    cache.put(scan({"/a/x"}, 10, at(3)), "/a/x", 1);
+    put(cache, scan({"/a", "/a/x", "/a/y"}, 100, at(1)), "/a", 3);
+    put(cache, scan({"/a"}, 10, at(2)), "/a", 1);
+    put(cache, scan({"/a/x"}, 10, at(3)), "/a/x", 1);
     EXPECT_EQ(cache.cachedBytes(), 120U);
-    cache.put(scan({"/a/y"}, 10, at(4)), "/a/y", 1);
+    put(cache, scan({"/a/y"}, 10, at(4)), "/a/y", 1);
     EXPECT_EQ(cache.cachedBytes(), 30U);
     expectInvariants(cache);
 }
@@ -102,8 +108,8 @@ TEST(ListingCacheTest, theBytesOfAGroupStayCountedUntilItsLastPathHasLeft)
 TEST(ListingCacheTest, droppingOnePathDropsWhatWasScannedAlongWithIt)
 {
     ListingCache cache(1000);
-    cache.put(scan({"/a", "/a/x", "/a/y"}, 100, at(1)), "/a", 3);
-    cache.put(scan({"/a/y"}, 10, at(2)), "/a/y", 1);
+    put(cache, scan({"/a", "/a/x", "/a/y"}, 100, at(1)), "/a", 3);
+    put(cache, scan({"/a/y"}, 10, at(2)), "/a/y", 1);
     cache.dropGroupOf("/a/x");
     EXPECT_FALSE(cache.find("/a"));
     EXPECT_TRUE(cache.find("/a/y")) << "a newer group had taken it over";
@@ -115,72 +121,91 @@ TEST(ListingCacheTest, droppingOnePathDropsWhatWasScannedAlongWithIt)
 TEST(ListingCacheTest, aPathThatWasNotThereBeforeIsNoChange)
 {
     ListingCache cache(1000);
-    EXPECT_TRUE(cache.put(scan({"/a"}, 10, at(1)), "/a", 1).changed.empty());
+    EXPECT_TRUE(put(cache, scan({"/a"}, 10, at(1)), "/a", 1).changed.empty());
 }
 
 TEST(ListingCacheTest, theSameListingInAnotherStorageIsNoChange)
 {
     ListingCache cache(1000);
-    cache.put(scan({"/a"}, 10, at(1)), "/a", 1);
-    EXPECT_TRUE(cache.put(scan({"/a"}, 20, at(2)), "/a", 1).changed.empty());
-    EXPECT_EQ(cache.put(scan({"/a"}, 20, at(2), 7), "/a", 1).changed.size(), 1U);
+    put(cache, scan({"/a"}, 10, at(1)), "/a", 1);
+    EXPECT_TRUE(put(cache, scan({"/a"}, 20, at(2)), "/a", 1).changed.empty());
+    EXPECT_EQ(put(cache, scan({"/a"}, 20, at(2), 7), "/a", 1).changed.size(), 1U);
 }
 
 TEST(ListingCacheTest, aGroupTakesItsTimesFromTheRootAndFromAnyOtherWhereThereIsNone)
 {
     ListingCache cache(1000);
-    cache.put(scan({"/other"}, 10, at(5)), "/root", 2);
+    put(cache, scan({"/other"}, 10, at(5)), "/root", 2);
     auto const *const entry = cache.find("/other");
     ASSERT_TRUE(entry);
-    EXPECT_EQ(entry->group->root, "/root");
-    EXPECT_EQ(entry->group->depth, 2);
+    EXPECT_EQ(entry->group->fetch.root, "/root");
+    EXPECT_EQ(entry->group->fetch.depth, 2);
     EXPECT_EQ(entry->group->fetchedAt, at(5));
     EXPECT_EQ(entry->group->lastAccess, at(5));
 }
 
-TEST(ListingCacheTest, aPartOfAFolderFromADeepScanDoesNotReplaceTheWholeOfIt)
+/// The same listings as parts of theirs.
+Listings cut(Listings listings)
 {
-    auto const cutScan = [](int depth) {
+    for (auto &[path, snapshot] : listings) {
+        std::vector<Entry> rows(snapshot.entries().begin(), snapshot.entries().end());
+        snapshot = DirectorySnapshot(path, snapshot.storage(), std::move(rows), snapshot.fetchedAt(), true);
+    }
+    return listings;
+}
+
+TEST(ListingCacheTest, aPartOfAFolderDoesNotReplaceTheWholeOfItUnlessNoMoreCanBeHad)
+{
+    auto const replacedBy = [](bool hadAllRoom) {
         ListingCache cache(1000);
-        cache.put(scan({"/a"}, 10, at(1)), "/a", 1);
-        auto listings = scan({"/a", "/a/x", "/a/y"}, 100, at(2), 7);
-        for (auto const *const path : {"/a", "/a/y"}) {
-            auto const &whole = listings.at(path);
-            std::vector<Entry> rows(whole.entries().begin(), whole.entries().end());
-            listings.at(path) = DirectorySnapshot(path, whole.storage(), std::move(rows), at(2), true);
-        }
-        auto const change = cache.put(listings, "/a", depth);
-        EXPECT_TRUE(change.rootTruncated);
+        put(cache, scan({"/a"}, 10, at(1)), "/a", 1);
+        auto listings = cut(scan({"/a", "/a/y"}, 100, at(2), 7));
+        listings.merge(scan({"/a/x"}, 100, at(2), 7));
+        auto const change = put(cache, std::move(listings), "/a", 1, hadAllRoom);
         expectInvariants(cache);
         std::vector<std::string> replaced;
         for (auto const *const path : {"/a", "/a/x", "/a/y"}) {
             auto const *const entry = cache.find(path);
-            if (entry && entry->group->fetchedAt == at(2))
+            auto const isNew = entry && entry->group->fetchedAt == at(2);
+            EXPECT_EQ(isNew, change.taken.contains(path)) << path;
+            if (isNew)
                 replaced.emplace_back(path);
         }
         return replaced;
     };
-    EXPECT_EQ(cutScan(2), (std::vector<std::string>{"/a/x"}));
-    EXPECT_EQ(cutScan(1), (std::vector<std::string>{"/a", "/a/x", "/a/y"})) << "one level is all that can be had";
+    EXPECT_EQ(replacedBy(false), (std::vector<std::string>{"/a/x"}));
+    EXPECT_EQ(replacedBy(true), (std::vector<std::string>{"/a", "/a/x", "/a/y"}));
 }
 
-TEST(ListingCacheTest, aDeepScanThatBroughtNothingWholeLeavesNothing)
+TEST(ListingCacheTest, aScanThatBroughtNothingWholeLeavesNothing)
 {
     ListingCache cache(1000);
-    auto const whole = scan({"/a"}, 10, at(1)).at("/a");
-    std::vector<Entry> rows(whole.entries().begin(), whole.entries().end());
-    Listings const cut{{"/a", DirectorySnapshot("/a", whole.storage(), std::move(rows), at(1), true)}};
-    EXPECT_TRUE(cache.put(cut, "/a", 3).rootTruncated);
+    EXPECT_TRUE(put(cache, cut(scan({"/a"}, 10, at(1))), "/a", 3).taken.empty());
     EXPECT_EQ(cache.cachedBytes(), 0U);
+    expectInvariants(cache);
+}
+
+TEST(ListingCacheTest, theAnswerToAnEarlierQuestionDoesNotReplaceThatToALaterOne)
+{
+    ListingCache cache(1000);
+    cache.put(scan({"/a"}, 10, at(1), 2), {.root = "/a", .number = 2});
+    auto const late = cache.put(scan({"/a", "/a/x"}, 100, at(3), 1), {.root = "/a", .depth = 3, .number = 1});
+    EXPECT_TRUE(late.changed.empty());
+    EXPECT_FALSE(late.taken.contains("/a"));
+    EXPECT_EQ(cache.find("/a")->group->fetchedAt, at(1));
+    EXPECT_EQ(cache.find("/a/x")->group->fetchedAt, at(3)) << "of which nothing newer is known";
+    EXPECT_TRUE(cache.put(scan({"/a"}, 100, at(3), 2), {.root = "/a", .number = 1}).taken.contains("/a"))
+        << "it says the same, and more of the tree came with it";
+    EXPECT_EQ(cache.put(scan({"/a"}, 10, at(4), 3), {.root = "/a", .number = 3}).changed.size(), 1U);
     expectInvariants(cache);
 }
 
 TEST(ListingCacheTest, adoptingOverACachedPathTakesItFromItsOldGroup)
 {
     ListingCache cache(1000);
-    cache.put(scan({"/a", "/a/x"}, 100, at(1)), "/a", 2);
+    put(cache, scan({"/a", "/a/x"}, 100, at(1)), "/a", 2);
     cache.adopt(scan({"/a"}, 10, at(2)).at("/a"), "/a");
-    EXPECT_EQ(cache.find("/a")->group->depth, 1);
+    EXPECT_EQ(cache.find("/a")->group->fetch.depth, 1);
     EXPECT_EQ(cache.cachedBytes(), 110U);
     expectInvariants(cache);
 }
@@ -188,7 +213,7 @@ TEST(ListingCacheTest, adoptingOverACachedPathTakesItFromItsOldGroup)
 TEST(ListingCacheTest, clearingLeavesNothing)
 {
     ListingCache cache(1000);
-    cache.put(scan({"/a", "/a/x"}, 100, at(1)), "/a", 2);
+    put(cache, scan({"/a", "/a/x"}, 100, at(1)), "/a", 2);
     cache.clear();
     EXPECT_EQ(cache.cachedBytes(), 0U);
     EXPECT_EQ(cache.pathCount(), 0U);
@@ -236,8 +261,8 @@ TEST_P(ListingCacheRandomTest, countsAndMembershipHoldAfterThousandsOfOperations
                 cache.touch(*entry->group, at(step));
             break;
         default:
-            cache.put(scan(treeBelow(path, below(7)), static_cast<std::size_t>(1 + below(500)), when, below(3)), path,
-                      2);
+            put(cache, scan(treeBelow(path, below(7)), static_cast<std::size_t>(1 + below(500)), when, below(3)), path,
+                2);
             EXPECT_TRUE(cache.find(path)) << "what was just fetched must stay";
         }
         expectInvariants(cache);
