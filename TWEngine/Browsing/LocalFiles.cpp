@@ -6,6 +6,7 @@
 #include "TWEngine/Runtime/Uninterrupted.h"
 #include "TWEngine/Runtime/WholeFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -19,21 +20,42 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// The system would take such a path for the part before the NUL, which is another file.
+bool canBeNamed(std::string const &path)
+{
+    return !path.contains('\0');
+}
+
 FileDescriptor openFile(std::string const &path, int flags, mode_t mode = 0)
 {
+    if (!canBeNamed(path)) {
+        errno = ENOENT;
+        return FileDescriptor();
+    }
     // Not blocking: a pipe with nobody at its other end must not hold a worker for ever.
     return FileDescriptor(
         uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode); }));
 }
 
 /// A name in the folder of `target` that nobody has. Not made from its name, which may be as long as names can be.
+///
+/// Empty, with errno set, if there can be none.
 std::string nameBeside(std::string const &target)
 {
     auto name = (fs::path(target).parent_path() / ".tw-download-XXXXXX").string();
     FileDescriptor const reserved(mkostemp(name.data(), O_CLOEXEC));
-    if (!reserved)
-        throw ReadError::NotReadable(target, systemText(errno));
-    return name;
+    return reserved ? name : "";
+}
+
+/// Whether `target` lies below the folder `path`, by whatever names.
+bool isBelow(std::string const &path, std::string const &target)
+{
+    std::error_code failure;
+    auto const folder = fs::canonical(path, failure);
+    if (failure || !fs::is_directory(folder, failure))
+        return false;
+    auto const place = fs::canonical(fs::path(target).parent_path(), failure);
+    return !failure && std::ranges::mismatch(folder, place).in1 == folder.end();
 }
 
 } // namespace
@@ -54,6 +76,8 @@ std::string readChunk(std::string const &path, std::int64_t offset, std::size_t 
 std::int64_t size(std::string const &path)
 {
     struct stat status;
+    if (!canBeNamed(path))
+        throw ReadError::NotReadable(path, systemText(ENOENT));
     if (::lstat(path.c_str(), &status) != 0)
         throw ReadError::NotReadable(path, systemText(errno));
     return status.st_size;
@@ -62,9 +86,15 @@ std::int64_t size(std::string const &path)
 void copyTo(std::string const &path, std::string const &target)
 {
     std::error_code ignored;
+    if (!canBeNamed(path) || !canBeNamed(target))
+        throw ReadError::NotReadable(path, systemText(ENOENT));
     if (path == target || fs::equivalent(path, target, ignored))
         return;
+    if (isBelow(path, target))
+        throw ReadError::NotReadable(path, "a folder cannot be copied into itself");
     auto const copy = nameBeside(target);
+    if (copy.empty())
+        throw ReadError::NotReadable(path, systemText(errno));
     std::error_code failure;
     fs::remove(copy, failure);
     fs::copy(path, copy, fs::copy_options::recursive | fs::copy_options::copy_symlinks, failure);

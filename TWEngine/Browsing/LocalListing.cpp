@@ -113,7 +113,14 @@ DirectorySnapshot readLocalDirectory(std::string const &path, std::stop_token co
     std::vector<Entry> entries;
     entries.reserve(initialEntries);
     bool truncated = false;
-    while (auto const *const record = readdir(directory.get())) {
+    for (;;) {
+        errno = 0;
+        auto const *const record = readdir(directory.get());
+        // A part that is taken for the whole would say that the rest is gone.
+        if (!record && errno != 0)
+            throw LocalProviderError::CannotOpen(path, errno);
+        if (!record)
+            break;
         std::string_view const name = record->d_name;
         if (!isListed(name))
             continue;

@@ -252,6 +252,9 @@ void RemoteShell::deliver(ShellReader::Frame frame)
         return;
     auto const answer = waiting->second;
     pending.erase(waiting);
+    // A file's bytes would be moved by one.
+    if (frame.beginsWithLateLineFeed)
+        frame.payload.erase(0, 1);
     answer->succeed({.bytes = std::move(frame.payload), .status = frame.status, .truncated = frame.truncated});
 }
 

@@ -16,6 +16,9 @@ namespace {
 /// Of a client's words, as much is kept.
 constexpr std::size_t keptBytes = 65536;
 
+/// What of a file is asked for at once: far below what ends a session as a flood.
+constexpr std::size_t mostBytesInAnAnswer = 16U << 20U;
+
 RemoteShellOptions completed(RemoteShellOptions options, std::string const &host, ControlPath::Place const &sockets)
 {
     if (!options.controlPath)
@@ -168,10 +171,26 @@ Task<Listings> SSHProvider::fetchHere(Self self, std::string path, int depth, Fe
 
 Task<std::string> SSHProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)
 {
-    return inTurn(sessions->asking<std::string>(Choice::interactive,
-                                                [path = std::move(path), offset, length](RemoteShell &shell) {
-                                                    return shell.readChunk(path, offset, length);
-                                                }));
+    return inTurn(readChunkHere(sessions, std::move(path), offset, length));
+}
+
+Task<std::string> SSHProvider::readChunkHere(std::shared_ptr<HostSessions> sessions, std::string path,
+                                             std::int64_t offset, std::size_t length)
+{
+    std::string bytes;
+    while (bytes.size() < length) {
+        auto const from = offset + static_cast<std::int64_t>(bytes.size());
+        auto const wanted = std::min(length - bytes.size(), mostBytesInAnAnswer);
+        auto piece =
+            co_await sessions->asking<std::string>(Choice::interactive, [path, from, wanted](RemoteShell &shell) {
+                return shell.readChunk(path, from, wanted);
+            });
+        auto const isLast = piece.size() < wanted;
+        bytes = bytes.empty() ? std::move(piece) : bytes + piece;
+        if (isLast)
+            break;
+    }
+    co_return bytes;
 }
 
 Task<std::int64_t> SSHProvider::fileSize(std::string path)

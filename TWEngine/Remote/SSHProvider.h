@@ -79,6 +79,8 @@ private:
 
     static Task<void> disconnectHere(Self self);
     static Task<Listings> fetchHere(Self self, std::string path, int depth, FetchPriority priority);
+    static Task<std::string> readChunkHere(std::shared_ptr<HostSessions> sessions, std::string path,
+                                           std::int64_t offset, std::size_t length);
     static Task<void> downloadHere(Self self, std::string path, std::string localPath);
     static Task<void> uploadHere(Self self, std::string localPath, std::string path);
     static Task<std::string> defaultDirectoryHere(Self self);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 namespace tw {
 
@@ -72,8 +73,12 @@ std::optional<ShellReader::Frame> ShellReader::takeFrame()
     frame.payload = buffer.substr(taken, start - taken);
     frame.truncated = frame.payload.size() >= budget;
 
+    frame.beginsWithLateLineFeed = std::exchange(lineFeedIsLate, false) && frame.payload.starts_with('\n');
+
     taken = *end + markerEnd.size();
-    if (taken < buffer.size() && buffer[taken] == '\n')
+    if (taken == buffer.size())
+        lineFeedIsLate = true;
+    else if (buffer[taken] == '\n')
         ++taken;
     markerStart.reset();
     scanFrom = taken;

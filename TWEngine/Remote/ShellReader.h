@@ -25,6 +25,8 @@ public:
         std::int32_t status = 0; ///< of the command on the host; 0 where the marker has none
         std::string payload;
         bool truncated = false; ///< the payload has reached the budget, at which the host stops listing
+        /// The payload's first byte is the line feed of the marker before it, which came too late to be taken with it.
+        bool beginsWithLateLineFeed = false;
 
         friend bool operator==(Frame const &, Frame const &) = default;
     };
@@ -49,6 +51,7 @@ private:
 
     std::string buffer;                     ///< what has arrived
     std::size_t taken = 0;                  ///< before this all belongs to responses that were handed out
+    bool lineFeedIsLate = false;            ///< that of the last marker has not arrived
     std::optional<std::size_t> markerStart; ///< of the marker that was found and whose end has not arrived
     std::size_t scanFrom = 0;               ///< before this there is nothing of what is looked for
 };

@@ -429,6 +429,42 @@ TEST_F(LocalProviderTest, aFailedDownloadLeavesTheTargetAndNoLitter)
     EXPECT_THAT(names(snapshot(folder.path())), ElementsAre("target"));
 }
 
+TEST_F(LocalProviderTest, aDownloadToNowhereSaysWhatCouldNotBeCopied)
+{
+    auto const source = folder.file("source", "x");
+    EXPECT_EQ(readFailure(loop, provider.download(source, folder.path("none/target"))),
+              "cannot read " + source + ": No such file or directory");
+}
+
+TEST_F(LocalProviderTest, aFolderIsNotCopiedIntoItself)
+{
+    auto const source = folder.folder("source/inner");
+    folder.link("way in", "source/inner");
+    for (auto const *const target : {"source/copy", "source/inner/copy", "way in/copy", "source/../source/copy"})
+        EXPECT_EQ(readFailure(loop, provider.download(folder.path("source"), folder.path(target))),
+                  "cannot read " + folder.path("source") + ": a folder cannot be copied into itself");
+    EXPECT_THAT(names(snapshot(folder.path("source"))), ElementsAre("inner"));
+    // Its name may begin like that of the folder.
+    loop.run(provider.download(folder.path("source"), folder.path("source copy")));
+    EXPECT_THAT(names(snapshot(folder.path("source copy"))), ElementsAre("inner"));
+}
+
+TEST_F(LocalProviderTest, aPathWithANulIsNoOtherFile)
+{
+    auto const file = folder.file("file", "precious");
+    auto const path = file + '\0' + "x";
+    auto const source = folder.file("source", "new");
+    for (auto const &failure :
+         {readFailure(loop, provider.readChunk(path, 0, 1)), readFailure(loop, provider.fileSize(path)),
+          readFailure(loop, provider.download(path, folder.path("copy")))})
+        EXPECT_EQ(failure, "cannot read " + file) << "a text for the user ends at its NUL";
+    EXPECT_EQ(readFailure(loop, provider.download(source, path)),
+              "cannot read " + source + ": No such file or directory");
+    EXPECT_THROW(loop.run(provider.upload(source, path)), PlatformError);
+    EXPECT_EQ(contentOf(file), "precious");
+    EXPECT_THAT(names(snapshot(folder.path())), ::testing::UnorderedElementsAre("file", "source"));
+}
+
 TEST_F(LocalProviderTest, aNameAsLongAsNamesCanBeIsDownloaded)
 {
     auto const source = folder.file("source", "x");

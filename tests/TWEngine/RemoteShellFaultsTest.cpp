@@ -118,6 +118,18 @@ done
     EXPECT_EQ(result.status, 5);
 }
 
+TEST_F(RemoteShellFaultsTest, aLineFeedThatIsLateDoesNotMoveTheBytesOfAFile)
+{
+    auto const shell = makeShell({}, program(takeNonce + std::string(R"(
+printf 'perl\t/home\t@@TW%s:0:0@@' "$nonce"
+while IFS= read -r line; do
+    case $line in tw_read\ 1\ *) printf '\n\nab@@TW%s:1:0@@\n' "$nonce";; esac
+done
+)")));
+    loop.run(shell->connect());
+    EXPECT_EQ(loop.run(shell->readChunk("/file", 0, 3)), "\nab");
+}
+
 TEST_F(RemoteShellFaultsTest, aHandshakeThatNeverComes)
 {
     auto const manual = stopTheClock();

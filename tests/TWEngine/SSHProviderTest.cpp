@@ -66,6 +66,16 @@ TEST_F(SSHProviderTest, filesAreReadInParts)
     EXPECT_EQ(loop.run(provider->fileSize(folder.path("none"))), 0);
 }
 
+TEST_F(SSHProviderTest, moreThanOneAnswerMayHoldIsReadInPieces)
+{
+    reach();
+    constexpr std::size_t answer = 16U << 20U;
+    auto const path = folder.file("long", std::string(answer - 1, 'a') + "bc" + std::string(100, 'd'));
+    auto const bytes = loop.run(connected()->readChunk(path, 1, 3 * answer));
+    EXPECT_EQ(bytes.size(), answer + 100);
+    EXPECT_EQ(bytes.substr(answer - 4, 6), "aabcdd");
+}
+
 TEST_F(SSHProviderTest, aCommandAnswersWhatItPrintsAndHowItEnds)
 {
     reach();

@@ -69,10 +69,27 @@ TEST(ShellReaderTest, aStreamCutAtAnyTwoBytesGivesTheSameResponses)
             ASSERT_EQ(frames.size(), 2U) << first << " " << second;
             EXPECT_EQ(frames[0].payload, "@@TW not yet @@");
             EXPECT_EQ(frames[1].id, 8U);
-            // A line feed that comes after its response was taken stands before the next payload.
-            EXPECT_TRUE(frames[1].payload == "@" || frames[1].payload == "\n@") << frames[1].payload;
+            // A line feed that comes after its response was taken stands before the next payload, which says so.
+            EXPECT_EQ(frames[1].payload, frames[1].beginsWithLateLineFeed ? "\n@" : "@");
         }
     }
+}
+
+TEST(ShellReaderTest, aLineFeedIsTakenForALateOneOnlyWhereOneIsMissing)
+{
+    auto const second = frameText("\npayload", "2:0");
+    // It came with its marker: the next line feed is the payload's.
+    EXPECT_FALSE(framesOf({frameText("", "1:0"), second}).at(1).beginsWithLateLineFeed);
+    // It came later: of the two the first.
+    auto const first = frameText("", "1:0");
+    auto const late = framesOf({first.substr(0, first.size() - 1), "\n", second});
+    EXPECT_TRUE(late.at(1).beginsWithLateLineFeed);
+    EXPECT_EQ(late.at(1).payload, "\n\npayload");
+    // And only once.
+    auto const third = framesOf({first.substr(0, first.size() - 1), "\n" + second, frameText("\n", "3:0")});
+    EXPECT_FALSE(third.at(2).beginsWithLateLineFeed);
+    // A host that sends none has none that is late.
+    EXPECT_FALSE(framesOf({first.substr(0, first.size() - 1), frameText("x", "2:0")}).at(1).beginsWithLateLineFeed);
 }
 
 TEST(ShellReaderTest, aStreamThatArrivesByteByByteGivesItsResponses)
