@@ -41,4 +41,10 @@ struct KeyPress {
     bool isShiftAlone() const noexcept { return shift && !control && !alt && !meta; }
 };
 
+/// What was held when the mouse was pressed.
+struct ClickModifiers {
+    bool shift = false;
+    bool control = false;
+};
+
 } // namespace tw

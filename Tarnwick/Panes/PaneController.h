@@ -13,6 +13,8 @@
 
 namespace tw {
 
+class SSHProvider;
+
 /// One pane: how it gets from one folder to the next, and what it does with a key or a click.
 ///
 /// The rule of a pane is that the old listing stays on show until the new one is there. A late answer for a place that
@@ -106,8 +108,11 @@ public:
     /// What a key does here. False: nothing, somebody else may have it.
     bool handleKey(KeyPress const &key);
 
+    /// Goes where a path leads that was typed; "~" is the home folder of whoever is logged in where the pane is.
+    void goToTyped(std::string text);
+
     /// The view's reports of what the mouse did.
-    void rowClicked(int row);
+    void rowClicked(int row, ClickModifiers held = {});
     void rowDoubleClicked(int row);
 
     /// The view got the keyboard.
@@ -130,6 +135,8 @@ public:
     static std::string describe(std::exception_ptr const &error);
 
 private:
+    using Updates = UpdateStream<DirectorySnapshot>;
+
     struct Construction {};
 
 public:
@@ -161,12 +168,16 @@ private:
     static Task<void> performNavigation(std::weak_ptr<PaneController> weak, Navigation navigation);
     static Task<void> spinLater(std::weak_ptr<PaneController> weak, std::uint64_t token);
     static Task<void> performRefresh(std::weak_ptr<PaneController> weak, std::string path, std::uint64_t token);
-    static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
+    static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
+    static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
+    static Task<void> performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<SSHProvider> host,
+                                   std::string text, std::uint64_t token);
 
     void subscribeToRefreshes();
-    void arrive(Navigation const &navigation, OpenResult result, std::chrono::duration<double> elapsed);
+    void arrive(Navigation const &navigation, OpenResult result, std::optional<Updates> updates,
+                std::chrono::duration<double> elapsed);
     void fail(Navigation const &navigation, std::exception_ptr const &failure);
-    void adopt(Navigation const &navigation);
+    void adopt(Navigation const &navigation, Updates updates);
     void applyRefresh(DirectorySnapshot snapshot);
 
     void rememberPlace();
@@ -176,6 +187,7 @@ private:
     void setCursor(std::optional<int> row);
     void moveCursorTo(int row);
     void markUpTo(int row);
+    void clickMark(int row, ClickModifiers held);
     bool toggleMarkAndAdvance();
     bool handlePlainKey(Key key);
     void clearMarks();

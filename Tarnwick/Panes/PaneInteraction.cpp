@@ -119,15 +119,34 @@ void PaneController::marksChanged()
     refreshStatus();
 }
 
-void PaneController::rowClicked(int row)
+void PaneController::rowClicked(int row, ClickModifiers held)
 {
     if (row < 0 || row > lastRow())
         return;
+    if (held.shift || held.control) {
+        clickMark(row, held);
+        return;
+    }
     moveCursorTo(row);
     if (!rows.marked.empty()) {
         rows.marked.clear();
         marksChanged();
     }
+}
+
+void PaneController::clickMark(int row, ClickModifiers held)
+{
+    if (held.shift) {
+        // The anchor stays, as with the keys; with Control the marks that are there stay too.
+        if (!held.control)
+            rows.marked.clear();
+        rows.markRange(markAnchor, row, PaneModel::Marks::insert);
+    } else {
+        rows.toggleMark(row);
+        markAnchor = row;
+    }
+    setCursor(row);
+    marksChanged();
 }
 
 void PaneController::rowDoubleClicked(int row)

@@ -1,9 +1,13 @@
 // How a pane gets from one folder to the next, on this machine or on a host, and keeps up with it.
 
+#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
+#include "TWCore/Model/Trimmed.h"
+#include "TWEngine/Remote/SSHProvider.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneStatus.h"
+#include "Tarnwick/Panes/TypedPath.h"
 
 namespace tw {
 
@@ -17,6 +21,31 @@ constexpr std::chrono::milliseconds spinnerDelay{120};
 void PaneController::navigate(std::string path, std::string select, MarksAfter marks)
 {
     startNavigation({.path = std::move(path), .select = std::move(select), .marks = marks, .notice = {}});
+}
+
+void PaneController::goToTyped(std::string text)
+{
+    auto const host = std::dynamic_pointer_cast<SSHProvider>(browser->providerRef());
+    if (host && trimmed(text).starts_with('~')) {
+        spawn({collaborators.mainContext, {}}, performTyped(weak_from_this(), host, std::move(text), navigationToken));
+        return;
+    }
+    if (auto where = typedPath(text, pathOnShow(), PaneSpec::localHome().path))
+        navigate(*std::move(where));
+}
+
+/// Only the host knows where its home folder is.
+Task<void> PaneController::performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<SSHProvider> host,
+                                        std::string text, std::uint64_t token)
+{
+    auto const home = co_await outcomeOf(host->defaultDirectory());
+    auto const self = weak.lock();
+    if (!self || self->navigationToken != token)
+        co_return; // the user is elsewhere
+    if (home.failure)
+        self->showStatus(PaneStatus::warning(text + ": " + describe(home.failure)));
+    else if (auto where = typedPath(text, self->pathOnShow(), *home.value))
+        self->navigate(*std::move(where));
 }
 
 void PaneController::startNavigation(Navigation navigation)
@@ -58,8 +87,15 @@ Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak,
         co_return;
     auto const source = navigation.source;
     auto const clock = self->collaborators.clock;
+    auto const isSwitch = source != self->browser;
     self.reset(); // a pane that is closed meanwhile is not kept alive by its own question
 
+    // Before the open: what it has read again behind its answer may be there before the pane is.
+    std::optional<Updates> updates;
+    if (isSwitch) {
+        auto stream = co_await source->updates();
+        updates.emplace(std::move(stream));
+    }
     auto const started = clock->steadyNow();
     OpenResult result;
     std::exception_ptr failure;
@@ -79,7 +115,7 @@ Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak,
     if (failure)
         self->fail(navigation, failure);
     else
-        self->arrive(navigation, std::move(result), elapsed);
+        self->arrive(navigation, std::move(result), std::move(updates), elapsed);
 }
 
 void PaneController::fail(Navigation const &navigation, std::exception_ptr const &failure)
@@ -108,13 +144,14 @@ void PaneController::stayWithNotice(std::string const &notice)
         startNavigation({.path = PaneSpec::localHome().path, .select = {}, .notice = notice});
 }
 
-void PaneController::arrive(Navigation const &navigation, OpenResult result, std::chrono::duration<double> elapsed)
+void PaneController::arrive(Navigation const &navigation, OpenResult result, std::optional<Updates> updates,
+                            std::chrono::duration<double> elapsed)
 {
     lastTiming =
         PaneStatus::timing(elapsed, result.wasCold ? PaneStatus::Source::provider : PaneStatus::Source::memory);
     auto const isSameConnection = navigation.source == browser;
-    if (!isSameConnection)
-        adopt(navigation);
+    if (!isSameConnection && updates)
+        adopt(navigation, *std::move(updates));
     auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == result.snapshot.path();
     auto const remembered = placeMemory.find(result.snapshot.path());
     auto const place = remembered != placeMemory.end() ? remembered->second : Place{};
@@ -142,12 +179,14 @@ void PaneController::arrive(Navigation const &navigation, OpenResult result, std
         callbacks.onLocationChanged();
 }
 
-void PaneController::adopt(Navigation const &navigation)
+void PaneController::adopt(Navigation const &navigation, Updates updates)
 {
     browser = navigation.source;
     connection = navigation.connection;
     placeMemory.clear();
-    subscribeToRefreshes();
+    updateLoop.request_stop();
+    updateLoop = std::stop_source();
+    spawn({collaborators.mainContext, updateLoop.get_token()}, listenToUpdates(weak_from_this(), std::move(updates)));
 }
 
 void PaneController::rememberPlace()
@@ -170,6 +209,7 @@ void PaneController::keepVisibleMarks()
 void PaneController::showConnecting(std::string const &host)
 {
     ++navigationToken;
+    hostOnItsWay = HostOnItsWay::no; // the folder of the one before does not arrive any more
     rememberPlace();
     spinner.request_stop();
     showConnection(host);
@@ -246,17 +286,24 @@ void PaneController::subscribeToRefreshes()
 {
     updateLoop.request_stop();
     updateLoop = std::stop_source();
-    spawn({collaborators.mainContext, updateLoop.get_token()}, listenToUpdates(weak_from_this(), browser));
+    spawn({collaborators.mainContext, updateLoop.get_token()}, subscribe(weak_from_this(), browser));
 }
 
-Task<void> PaneController::listenToUpdates(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> source)
+Task<void> PaneController::subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> source)
 {
     auto stream = co_await source->updates();
     source.reset();
+    co_await listenToUpdates(weak, std::move(stream));
+}
+
+Task<void> PaneController::listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream)
+{
+    auto const context = co_await currentContext();
     for (;;) {
         auto snapshot = co_await stream.next();
         auto const self = weak.lock();
-        if (!self || !snapshot)
+        // One that was on its way when the pane went over to another connection is a folder of the one before.
+        if (!self || !snapshot || context.stop.stop_requested())
             co_return;
         if (snapshot->path() == self->pathOnShow())
             self->applyRefresh(*std::move(snapshot));

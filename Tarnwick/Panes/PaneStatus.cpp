@@ -3,18 +3,20 @@
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Format/Fmt.h"
 
-#include <cstdio>
+#include <array>
+#include <charconv>
 
 namespace tw::PaneStatus {
 
 namespace {
 
-template <class... Arguments>
-std::string formatted(char const *format, Arguments... arguments)
+/// Not printf, which would write a comma for the point in some locales.
+std::string decimal(double number, int decimals)
 {
-    char text[96]; // the longest line here has two integers and some words
-    auto const length = std::snprintf(text, sizeof text, format, arguments...);
-    return {text, std::min(static_cast<std::size_t>(std::max(length, 0)), sizeof text - 1)};
+    std::array<char, 400> digits; // the largest number has 309 before the point
+    auto const written =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed, decimals);
+    return {digits.data(), written.ptr};
 }
 
 } // namespace
@@ -23,7 +25,7 @@ std::string summary(PaneModel const &model, std::string const &timing)
 {
     auto const totals = model.totals();
     auto const marked = model.markedSummary();
-    auto line = formatted("%d files, %d dirs", totals.files, totals.dirs);
+    auto line = std::to_string(totals.files) + " files, " + std::to_string(totals.dirs) + " dirs";
     if (totals.bytes >= 1)
         line += "  ·  " + Fmt::size(totals.bytes, EntryKind::file);
     if (marked.count >= 1)
@@ -38,8 +40,8 @@ std::string summary(PaneModel const &model, std::string const &timing)
 std::string timing(std::chrono::duration<double> elapsed, Source source)
 {
     auto const milliseconds = elapsed.count() * 1000.0;
-    return source == Source::provider ? formatted("%.0f ms network", milliseconds)
-                                      : formatted("%.2f ms cached", milliseconds);
+    return source == Source::provider ? decimal(milliseconds, 0) + " ms network"
+                                      : decimal(milliseconds, 2) + " ms cached";
 }
 
 std::string describe(std::exception_ptr const &error)

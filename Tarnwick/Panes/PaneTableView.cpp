@@ -196,8 +196,9 @@ void PaneTableView::focusInEvent(QFocusEvent *event)
 void PaneTableView::mousePressEvent(QMouseEvent *event)
 {
     auto const row = rowAt(event->position().toPoint().y());
+    auto const held = event->modifiers();
     if (event->button() == Qt::LeftButton && row >= 0 && onRowClicked)
-        onRowClicked(row);
+        onRowClicked(row, {.shift = held.testFlag(Qt::ShiftModifier), .control = held.testFlag(Qt::ControlModifier)});
 }
 
 void PaneTableView::mouseMoveEvent(QMouseEvent * /*event*/)
@@ -209,6 +210,11 @@ void PaneTableView::mouseReleaseEvent(QMouseEvent * /*event*/) {}
 
 void PaneTableView::mouseDoubleClickEvent(QMouseEvent *event)
 {
+    // Who marks with clicks in quick succession opens nothing.
+    if (event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier)) {
+        mousePressEvent(event);
+        return;
+    }
     auto const row = rowAt(event->position().toPoint().y());
     if (event->button() == Qt::LeftButton && row >= 0 && onRowDoubleClicked)
         onRowDoubleClicked(row);

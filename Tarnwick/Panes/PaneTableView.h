@@ -35,7 +35,7 @@ public:
     /// Whether the key was used. What was not goes on to the widgets around.
     std::function<bool(KeyPress const &key)> onKey;
 
-    std::function<void(int row)> onRowClicked;
+    std::function<void(int row, ClickModifiers held)> onRowClicked;
     std::function<void(int row)> onRowDoubleClicked;
 
     /// The table got the keyboard.

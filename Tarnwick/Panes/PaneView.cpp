@@ -2,9 +2,7 @@
 
 #include "Tarnwick/Panes/ConnectionButton.h"
 #include "Tarnwick/Panes/PaneFontSize.h"
-#include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneTableView.h"
-#include "Tarnwick/Panes/TypedPath.h"
 #include "Tarnwick/Toolkit/BusySpinner.h"
 #include "Tarnwick/Toolkit/ElidedLabel.h"
 #include "Tarnwick/Toolkit/PathField.h"
@@ -77,7 +75,7 @@ void PaneView::layOut()
 void PaneView::connectTable()
 {
     rowTable->onKey = [this](KeyPress const &key) { return controller->handleKey(key); };
-    rowTable->onRowClicked = [this](int row) { controller->rowClicked(row); };
+    rowTable->onRowClicked = [this](int row, ClickModifiers held) { controller->rowClicked(row, held); };
     rowTable->onRowDoubleClicked = [this](int row) { controller->rowDoubleClicked(row); };
     rowTable->onEntered = [this] { controller->activated(); };
     rowTable->onPainted = [this] { notePainted(); };
@@ -99,10 +97,7 @@ void PaneView::connectPathField()
     path->onEntered = [this] { controller->activated(); };
     path->onLeave = [this] { PaneView::takeKeyboardFocus(); };
     path->onConfirmed = [this] { controller->navigate(controller->requestedPath()); };
-    path->onTyped = [this](std::string const &text) {
-        if (auto where = typedPath(text, controller->pathOnShow(), PaneSpec::localHome().path))
-            controller->navigate(*std::move(where));
-    };
+    path->onTyped = [this](std::string const &text) { controller->goToTyped(text); };
 }
 
 void PaneView::connectButton()
@@ -200,6 +195,7 @@ void PaneView::showActive(bool active)
     rowTable->showActive(active);
     path->showActive(active);
     connection->showActive(active);
+    status->showActive(active);
 }
 
 void PaneView::takeKeyboardFocus()

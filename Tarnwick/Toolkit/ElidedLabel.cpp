@@ -1,5 +1,8 @@
 #include "Tarnwick/Toolkit/ElidedLabel.h"
 
+#include "Tarnwick/Toolkit/Contrast.h"
+#include "Tarnwick/Toolkit/PathStrip.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -24,6 +27,12 @@ void ElidedLabel::setText(QString const &text)
         return;
     whole = text;
     setAccessibleName(whole);
+    update();
+}
+
+void ElidedLabel::showActive(bool active)
+{
+    isActive = active;
     update();
 }
 
@@ -58,7 +67,8 @@ bool ElidedLabel::event(QEvent *event)
 void ElidedLabel::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(foregroundRole()));
+    auto const ink = palette().color(foregroundRole());
+    painter.setPen(isActive ? ink : blend(ink, palette().color(backgroundRole()), PathStrip::inactiveShare));
     painter.drawText(rect().adjusted(sideMargin, 0, -sideMargin, 0),
                      Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shortened());
 }

@@ -13,6 +13,9 @@ public:
 
     void setText(QString const &text);
 
+    /// That of the pane that is not the active one steps back.
+    void showActive(bool active);
+
     QString const &text() const noexcept { return whole; }
 
     QSize sizeHint() const override;
@@ -26,6 +29,7 @@ private:
     QString shortened() const;
 
     QString whole;
+    bool isActive = true;
 };
 
 } // namespace tw

@@ -6,13 +6,6 @@
 
 namespace tw::PathStrip {
 
-namespace {
-
-/// How much of its colour a text in the inactive pane keeps.
-constexpr double inactiveShare = 0.65;
-
-} // namespace
-
 QColor faded(QColor const &color, QPalette const &palette)
 {
     return blend(color, palette.color(QPalette::Base), inactiveShare);

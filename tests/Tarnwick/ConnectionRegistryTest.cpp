@@ -2,12 +2,16 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/Panes/PaneController.h"
 #include "tests/hosts/StandInSsh.h"
 #include "tests/support/ChildProcessTest.h"
+#include "tests/support/RecordingDisplay.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 #include <unistd.h>
 
@@ -126,6 +130,21 @@ TEST_F(ConnectionRegistryTest, aHostHasOneBrowser)
     EXPECT_EQ(loop.run(registry->ssh("host")), browser);
     EXPECT_EQ(attempts(), 1);
     EXPECT_NE(registry->local(), browser);
+}
+
+TEST_F(ConnectionRegistryTest, aTildeTypedInAPaneOnAHostIsTheHomeFolderThere)
+{
+    auto const browser = loop.run(registry->ssh("host"));
+    MemoryDefaults defaults;
+    RecordingDisplay display;
+    auto pane = PaneController::create({.mainContext = loop.context(), .clock = engine.clock(), .defaults = defaults},
+                                       browser, "host");
+    pane->attach(display);
+    auto const home = loop.run(std::dynamic_pointer_cast<SSHProvider>(browser->providerRef())->defaultDirectory());
+    pane->goToTyped(" ~/.. ");
+    auto const wanted = std::filesystem::path(home).parent_path().string();
+    loop.runUntil([&] { return pane->model().snapshot() && pane->pathOnShow() == wanted; });
+    pane.reset();
 }
 
 TEST_F(ConnectionRegistryTest, theSameMachineUnderTwoNamesHasTwo)

@@ -641,6 +641,44 @@ TEST_F(PaneControllerTest, aClickMovesTheCursorAndUnmarks)
     EXPECT_EQ(pane->cursorName(), "b");
 }
 
+TEST_F(PaneControllerTest, aClickWithControlTurnsAMarkRoundAndLeavesTheOthers)
+{
+    show("/srv", {file("a"), file("b"), file("c")});
+    pane->rowClicked(1, {.control = true});
+    pane->rowClicked(3, {.control = true});
+    EXPECT_THAT(marked(), ElementsAre("a", "c"));
+    EXPECT_EQ(pane->cursorName(), "c");
+    EXPECT_THAT(display.status, HasSubstr("2 marked"));
+    pane->rowClicked(1, {.control = true});
+    EXPECT_THAT(marked(), ElementsAre("c"));
+    pane->rowClicked(99, {.control = true});
+    EXPECT_THAT(marked(), ElementsAre("c"));
+}
+
+TEST_F(PaneControllerTest, aClickWithShiftMarksFromWhereTheLastOneWas)
+{
+    show("/srv", {file("a"), file("b"), file("c"), file("d")});
+    pane->rowClicked(4, {.control = true});
+    pane->rowClicked(2, {.shift = true});
+    EXPECT_THAT(marked(), ElementsAre("b", "c", "d"));
+    EXPECT_EQ(pane->cursorName(), "b");
+    pane->rowClicked(3, {.shift = true});
+    EXPECT_THAT(marked(), ElementsAre("c", "d")) << "the range shrinks with the cursor";
+    pane->rowClicked(1);
+    pane->rowClicked(4, {.control = true});
+    pane->rowClicked(1);
+    EXPECT_THAT(marked(), IsEmpty());
+}
+
+TEST_F(PaneControllerTest, withShiftAndControlARangeIsAdded)
+{
+    show("/srv", {file("a"), file("b"), file("c"), file("d")});
+    pane->rowClicked(1, {.control = true});
+    pane->rowClicked(3, {.control = true});
+    pane->rowClicked(4, {.shift = true, .control = true});
+    EXPECT_THAT(marked(), ElementsAre("a", "c", "d"));
+}
+
 TEST_F(PaneControllerTest, aDoubleClickOpens)
 {
     show("/srv", {directory("a")});
@@ -682,6 +720,103 @@ TEST_F(PaneControllerTest, theOwnerHearsOfArrivals)
     show("/srv", {});
     EXPECT_EQ(arrivals, 1);
 }
+
+/// A pane that goes over to another connection.
+class PaneSwitchTest : public PaneControllerTest {
+protected:
+    PaneSwitchTest() { otherProvider->usefulDepth = 1; }
+
+    ~PaneSwitchTest() override
+    {
+        pane.reset();
+        loop.start(other->shutdown());
+        loop.drain();
+    }
+
+    Listings there(std::vector<ListedEntry> const &rows) const
+    {
+        return {{"/srv", listing("/srv", rows, clock->now())}};
+    }
+
+    void switchThere()
+    {
+        pane->switchTo(other, "other", "/srv");
+        loop.drain();
+    }
+
+    /// Answers when so many others have had their turn on the loop.
+    void answerAfter(int turns, ScriptedProvider::Request request, Listings listings)
+    {
+        loop.context()->post([this, turns, request = std::move(request), listings = std::move(listings)]() mutable {
+            if (turns == 0)
+                request.answer->succeed(std::move(listings));
+            else
+                answerAfter(turns - 1, std::move(request), std::move(listings));
+        });
+    }
+
+    std::shared_ptr<ScriptedProvider> otherProvider = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<Browser> other = std::make_shared<Browser>(
+        otherProvider, Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock, .store = nullptr},
+        Browser::Config{});
+};
+
+TEST_F(PaneSwitchTest, whatIsReadAgainAtOnceBehindAStaleFolderIsShown)
+{
+    otherProvider->answersAtOnce = [&](auto const &) { return there({file("old")}); };
+    loop.start(other->open("/srv"));
+    loop.drain();
+    clock->advance(std::chrono::seconds(31));
+    otherProvider->answersAtOnce = [&](auto const &) { return there({file("new")}); };
+    switchThere();
+    EXPECT_EQ(pane->connectionName(), "other");
+    EXPECT_THAT(visible(), ElementsAre("new"));
+}
+
+TEST_F(PaneSwitchTest, aFailedSwitchKeepsListeningToTheConnectionThatItHas)
+{
+    show("/srv", {file("a")});
+    switchThere();
+    otherProvider->takeOldest().answer->fail(std::make_exception_ptr(std::runtime_error("no")));
+    loop.drain();
+    loop.start(browser->refresh("/srv"));
+    loop.drain();
+    answer("/srv", {file("b")});
+    EXPECT_THAT(visible(), ElementsAre("b"));
+}
+
+TEST_F(PaneSwitchTest, aHostThatFailsBehindAnotherThatWasGivenUpStopsTheSpinnerAndSaysSo)
+{
+    show("/srv", {file("a")});
+    pane->switchToRemembered(other, "first", "/srv");
+    loop.drain();
+    pane->showConnecting("second");
+    pane->showConnectFailed("second", std::make_exception_ptr(std::runtime_error("no route")));
+    loop.drain();
+    EXPECT_FALSE(display.isSpinning);
+    EXPECT_THAT(display.status, HasSubstr("cannot connect to second: no route"));
+    EXPECT_EQ(display.path, "/srv");
+    otherProvider->waiting.front().answer->succeed(there({file("late")}));
+    loop.drain();
+    EXPECT_THAT(visible(), ElementsAre("a"));
+}
+
+/// How many turns of the loop lie between the new connection's answer and the old one's.
+class PaneSwitchRaceTest : public PaneSwitchTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(PaneSwitchRaceTest, aListingOfTheConnectionBeforeIsNeverShownUnderTheNewOne)
+{
+    show("/srv", {file("a")});
+    loop.start(browser->refresh("/srv"));
+    switchThere();
+    answerAfter(20, otherProvider->takeOldest(), there({file("theirs")}));
+    answerAfter(GetParam(), take("/srv"), there({file("ours")}));
+    loop.drain();
+    EXPECT_EQ(pane->connectionName(), "other");
+    EXPECT_THAT(visible(), ElementsAre("theirs"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Turns, PaneSwitchRaceTest, ::testing::Range(0, 40));
 
 } // namespace
 } // namespace tw::test

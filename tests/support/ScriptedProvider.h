@@ -3,12 +3,13 @@
 #include "TWCore/Provider/FileSystemProvider.h"
 #include "TWEngine/Runtime/Completion.h"
 
+#include <functional>
 #include <stdexcept>
 #include <vector>
 
 namespace tw::test {
 
-/// A provider whose every fetch waits until the test answers it. For one thread.
+/// A provider whose every fetch waits until the test answers it, unless it is told to answer at once. For one thread.
 class ScriptedProvider : public virtual FileSystemProvider {
 public:
     struct Request {
@@ -43,6 +44,9 @@ public:
         return note(this, Request{std::move(path), depth, priority, std::make_shared<Completion<Listings>>()});
     }
 
+    /// Set: what a fetch is answered with when it is asked.
+    std::function<Listings(std::string const &path)> answersAtOnce;
+
     /// The fetches that wait for an answer, the oldest first.
     std::vector<Request> waiting;
     /// How many fetches there were.
@@ -72,6 +76,8 @@ private:
     static Task<Listings> note(ScriptedProvider *self, Request request)
     {
         ++self->fetches;
+        if (self->answersAtOnce)
+            co_return self->answersAtOnce(request.path);
         self->waiting.push_back(request);
         auto listings = co_await Completion<Listings>::wait(request.answer);
         co_return listings;

@@ -1,5 +1,7 @@
 #include "tests/ui/WindowTest.h"
 
+#include <QApplication>
+#include <QMouseEvent>
 #include <QTest>
 #include <gmock/gmock.h>
 
@@ -19,9 +21,9 @@ protected:
         left.file("c.cpp", "22");
     }
 
-    void click(int row, Qt::MouseButton button = Qt::LeftButton)
+    void click(int row, Qt::MouseButton button = Qt::LeftButton, Qt::KeyboardModifiers held = Qt::NoModifier)
     {
-        QTest::mouseClick(table(PaneSide::left).viewport(), button, Qt::NoModifier, middleOf(row, PaneColumn::name));
+        QTest::mouseClick(table(PaneSide::left).viewport(), button, held, middleOf(row, PaneColumn::name));
     }
 
     void clickTitle(PaneColumn column)
@@ -50,6 +52,31 @@ protected:
 
     Qt::SortOrder sortOrder() { return table(PaneSide::left).titles().sortIndicatorOrder(); }
 };
+
+TEST_F(PaneMouseTest, clicksWithControlAndShiftMark)
+{
+    open();
+    click(2, Qt::LeftButton, Qt::ControlModifier);
+    click(4, Qt::LeftButton, Qt::ControlModifier);
+    EXPECT_THAT(pane(PaneSide::left).model().marked, ElementsAre("a.txt", "c.cpp"));
+    click(3, Qt::LeftButton, Qt::ShiftModifier);
+    EXPECT_THAT(pane(PaneSide::left).model().marked, ElementsAre("b.md", "c.cpp"));
+    EXPECT_EQ(cursorName(), "b.md");
+}
+
+TEST_F(PaneMouseTest, aDoubleClickWithControlIsTwoClicksThatMarkAndOpensNothing)
+{
+    open();
+    auto *const view = table(PaneSide::left).viewport();
+    auto const where = middleOf(1, PaneColumn::name);
+    QTest::mouseClick(view, Qt::LeftButton, Qt::ControlModifier, where);
+    EXPECT_THAT(pane(PaneSide::left).model().marked, ElementsAre("inner"));
+    QMouseEvent second(QEvent::MouseButtonDblClick, where, view->mapToGlobal(where), Qt::LeftButton, Qt::LeftButton,
+                       Qt::ControlModifier);
+    QApplication::sendEvent(view, &second);
+    EXPECT_EQ(pane(PaneSide::left).requestedPath(), left.path());
+    EXPECT_THAT(pane(PaneSide::left).model().marked, IsEmpty());
+}
 
 TEST_F(PaneMouseTest, aClickPutsTheCursorOnTheRowAndDropsMarks)
 {
