@@ -297,4 +297,16 @@ Task<bool> SSHProvider::isLiveHere(Self self)
     co_return state.isConnected;
 }
 
+Task<std::string> SSHProvider::remoteImplementation()
+{
+    return onStrand(strand, remoteImplementationHere(shared_from_this()));
+}
+
+Task<std::string> SSHProvider::remoteImplementationHere(Self self)
+{
+    auto const shell = self->sessions->interactiveShell();
+    auto const state = shell ? co_await shell->state() : RemoteShell::State{};
+    co_return state.handshake.implementation;
+}
+
 } // namespace tw

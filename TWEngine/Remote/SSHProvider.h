@@ -73,6 +73,9 @@ public:
 
     Task<bool> isLive();
 
+    /// What lists folders on the host: "gnu" or "perl", and "unknown" without a session.
+    Task<std::string> remoteImplementation();
+
 private:
     using Self = std::shared_ptr<SSHProvider>;
     using Choice = HostSessions::Choice;
@@ -85,6 +88,7 @@ private:
     static Task<void> uploadHere(Self self, std::string localPath, std::string path);
     static Task<std::string> defaultDirectoryHere(Self self);
     static Task<bool> isLiveHere(Self self);
+    static Task<std::string> remoteImplementationHere(Self self);
 
     /// Runs `work` on the strand when no transfer of a whole file is under way.
     template <class T>

@@ -188,6 +188,16 @@ TEST_F(SSHProviderFilesTest, whatCannotBeReadHereIsNotUploaded)
     EXPECT_THAT(namesOnDisk(folder.path()), ElementsAre("file"));
 }
 
+TEST_F(SSHProviderFilesTest, aClientThatDoesNotStartIsToldInTheWordsOfTheSystem)
+{
+    auto const provider = keep(std::make_shared<SSHProvider>(
+        SSHProvider::Collaborators{.engine = engine, .sshProgram = folder.path("no ssh"), .sockets = sockets}, "host"));
+    auto const target = local.path("target");
+    EXPECT_THAT(failureOf(loop.start(provider->download("/file", target))), HasSubstr("No such file or directory"));
+    EXPECT_THAT(failureOf(loop.start(provider->upload(local.file("source", "x"), "/file"))),
+                HasSubstr("No such file or directory"));
+}
+
 TEST_F(SSHProviderFilesTest, aTransferMakesTheOthersWait)
 {
     reach();

@@ -5,10 +5,12 @@
 #include "tests/hosts/StandInSsh.h"
 #include "tests/support/DiskRows.h"
 #include "tests/support/Gate.h"
+#include "tests/support/Listings.h"
 
 namespace tw::test {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using enum FetchPriority;
@@ -74,6 +76,15 @@ TEST_F(SSHProviderTest, moreThanOneAnswerMayHoldIsReadInPieces)
     auto const bytes = loop.run(connected()->readChunk(path, 1, 3 * answer));
     EXPECT_EQ(bytes.size(), answer + 100);
     EXPECT_EQ(bytes.substr(answer - 4, 6), "aabcdd");
+}
+
+TEST_F(SSHProviderTest, whatListsFoldersOnTheHostIsKnownWithASession)
+{
+    reach();
+    auto const provider = makeProvider();
+    EXPECT_EQ(loop.run(provider->remoteImplementation()), "unknown");
+    loop.run(provider->connect());
+    EXPECT_EQ(loop.run(provider->remoteImplementation()), "gnu");
 }
 
 TEST_F(SSHProviderTest, aCommandAnswersWhatItPrintsAndHowItEnds)
@@ -412,6 +423,46 @@ TEST_F(SSHProviderTest, theSocketGoesWithTheConnection)
         return namesOnDisk(place).empty();
     });
     EXPECT_EQ(line->traffic().open, 0U);
+}
+
+/// A host that answers each listing with status 1: for a path with "part" behind a record, else with nothing else.
+class FailingListingsTest : public SSHProviderTest {
+protected:
+    FailingListingsTest()
+    {
+        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+        provider = connected();
+    }
+
+    std::string sshProgram() const override { return script; }
+
+    TemporaryFolder programs;
+    std::string const script = programs.file("ssh", R"(#!/bin/bash
+[[ ${@: -1} == 'bash -s' ]] || exec echo '%COMSPEC%'
+while IFS= read -r line; do
+    [[ $line =~ @@TW([0-9a-f]{16}): ]] && break
+done
+nonce=${BASH_REMATCH[1]}
+printf 'gnu\t/home\t@@TW%s:0:0@@\n' "$nonce"
+while read -r command id rest; do
+    [[ $command == tw_list && $id =~ ^[0-9]+$ ]] || continue
+    [[ $rest == *part* ]] && printf 'f\t7\t1\t644\tname\0'
+    printf '@@TW%s:%s:1@@\n' "$nonce" "$id"
+done
+)");
+    Provider provider;
+};
+
+TEST_F(FailingListingsTest, withoutAnEntryItIsAFailure)
+{
+    EXPECT_THAT(failureOf(loop.start(provider->fetch("/none", 1, interactive))),
+                testing::EndsWith("host could not read that folder"));
+}
+
+TEST_F(FailingListingsTest, whatCouldBeReadIsAListing)
+{
+    auto const listings = loop.run(provider->fetch("/part", 1, interactive));
+    EXPECT_THAT(names(listings.at("/part")), ElementsAre("name"));
 }
 
 } // namespace
