@@ -6,14 +6,19 @@
 #include "bench/Figure.h"
 
 #include <condition_variable>
+#include <cstdio>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+
+#include <unistd.h>
 
 namespace tw::bench {
 namespace {
 
 constexpr std::size_t streamBytes = std::size_t{1} << 30;
+
+constexpr std::size_t readBytes = 131'072; // what cat reads at a time
 
 /// Few at a time and many times: on which cores two threads lie matters more than all else, and changes.
 constexpr int hops = 2'000;
@@ -31,7 +36,7 @@ Task<std::size_t> countOutput(std::shared_ptr<ChildProcess> child)
 {
     std::size_t count = 0;
     std::string buffer;
-    buffer.reserve(131'072); // what cat reads at a time
+    buffer.reserve(readBytes);
     for (;;) {
         buffer = co_await child->read(ChildOutput::standard, std::move(buffer));
         if (buffer.empty())
@@ -58,6 +63,20 @@ void pipeInShell(EngineRuntime &runtime, BenchLoop &loop)
     auto const status = loop.run(shell->wait());
     if (!status.isSuccess())
         throw std::runtime_error("the shell's pipe broke");
+}
+
+/// The same without us: the plainest of loops, on a thread that may block.
+void readBlocking()
+{
+    auto *const child = popen(("head -c " + std::to_string(streamBytes) + " /dev/zero").c_str(), "r");
+    if (!child)
+        throw std::runtime_error("there is no child to read from");
+    std::string buffer(readBytes, '\0');
+    std::size_t count = 0;
+    for (ssize_t got = 0; (got = ::read(fileno(child), buffer.data(), buffer.size())) > 0;)
+        count += static_cast<std::size_t>(got);
+    if (pclose(child) != 0 || count != streamBytes)
+        throw std::runtime_error("the stream is not whole");
 }
 
 Task<void> nothing()
@@ -101,6 +120,14 @@ int run()
         [&] { return millisecondsOf([&] { pipeInShell(runtime, loop); }); });
     figures.report("1 GiB read from a child against the shell's pipe into cat", stream.subject,
                    Figures::Yardstick::peer, stream.peer, "ms", 1.25);
+
+    // Which of a pipe's two sides wakes the other, and on which core, decides the figure above more than anything that
+    // either does. This one has the same child and the same process to read it.
+    auto const plain = takeTurns(
+        7, [&] { return millisecondsOf([&] { readStream(runtime, loop); }); },
+        [] { return millisecondsOf([] { readBlocking(); }); });
+    figures.report("1 GiB read from a child against a loop of blocking reads", plain.subject, Figures::Yardstick::peer,
+                   plain.peer, "ms", 1.25);
 
     WorkerPool const elsewhere({.interactive = 1, .background = 0});
     Strand const onAnotherThread{elsewhere.executor(WorkPriority::interactive)};

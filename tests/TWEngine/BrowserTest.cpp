@@ -691,6 +691,20 @@ TEST_F(BrowserTest, aChangedScanIsStoredAtOnce)
     EXPECT_THAT(names(store->rows.at({"scripted-cache", "/srv"})), ElementsAre("b"));
 }
 
+TEST_F(BrowserTest, invalidatingAFolderDoesNotMakeOthersBeStoredAgain)
+{
+    useStore();
+    for (auto const *const path : {"/srv", "/srv2", "/srv/a"})
+        openCold(path, {file("a")});
+    auto const before = store->saves.size();
+    get(browser->invalidate("/srv"));
+    for (auto const *const path : {"/srv2", "/srv/a"}) {
+        get(browser->refresh(path));
+        answer({file("a")});
+    }
+    EXPECT_EQ(store->saves.size(), before);
+}
+
 TEST_F(BrowserTest, invalidatingForgetsTheStoredRowAndStoresTheNextFetchAtOnce)
 {
     useStore();

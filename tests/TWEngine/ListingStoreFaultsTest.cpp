@@ -50,6 +50,22 @@ protected:
     std::unique_ptr<Writer> write() { return std::make_unique<Writer>(runtime, loop, databasePath()); }
 };
 
+TEST_F(ListingStoreLockTest, aRowThatCannotBeKeptDoesNotKeepTheOthersFromIt)
+{
+    ASSERT_TRUE(open());
+    save("/first", {file("a")});
+    ASSERT_EQ(runSql("CREATE TRIGGER refuse BEFORE INSERT ON listings WHEN NEW.path = '/b' "
+                     "BEGIN SELECT RAISE(ABORT, 'no'); END"),
+              SqliteResult::done);
+    Listings listings;
+    for (std::string const path : {"/a", "/b", "/c"})
+        listings.emplace(path, listing(path, {file("x")}, clock->now()));
+    loop.run(store->save(host, std::move(listings)));
+    EXPECT_TRUE(has("/a"));
+    EXPECT_FALSE(has("/b"));
+    EXPECT_TRUE(has("/c"));
+}
+
 TEST_F(ListingStoreLockTest, aListingIsLoadedWhileAnotherProcessWrites)
 {
     ASSERT_TRUE(open());

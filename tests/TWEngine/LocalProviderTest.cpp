@@ -14,6 +14,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <semaphore>
 #include <thread>
 
 #include <dirent.h>
@@ -380,6 +381,22 @@ TEST_F(LocalProviderTest, readingWhatCannotBeReadSaysWhy)
     EXPECT_EQ(readFailure(loop, provider.fileSize(missing)), "cannot read " + missing + ": No such file or directory");
     EXPECT_EQ(readFailure(loop, provider.download(missing, folder.path("copy"))),
               "cannot read " + missing + ": No such file or directory");
+}
+
+TEST_F(LocalProviderTest, aScanAheadDoesNotTakeAPersonsThreads)
+{
+    auto const path = folder.folder("folder");
+    WorkerPool const narrow({.interactive = 1, .background = 1});
+    LocalProvider local(narrow);
+    std::binary_semaphore release(0);
+    // The one thread that scans ahead is busy.
+    auto const busy = loop.start(narrow.run(WorkPriority::background, [&] { release.acquire(); }));
+    auto const ahead = loop.start(local.fetch(path, 1, FetchPriority::background));
+    EXPECT_EQ(loop.run(local.fetch(path, 1, FetchPriority::interactive)).size(), 1U);
+    EXPECT_FALSE(ahead.isDone());
+    release.release();
+    loop.runUntil([&] { return busy.isDone() && ahead.isDone(); });
+    EXPECT_EQ(ahead.value().size(), 1U);
 }
 
 TEST_F(LocalProviderTest, aPipeWithoutAWriterDoesNotHoldAWorkerForEver)

@@ -58,6 +58,7 @@ TEST_F(RemoteShellFaultsTest, aRefusalIsToldInTheWordsOfSsh)
     standIn.behave({});
     loop.run(shell->connect());
     EXPECT_EQ(run(shell, "echo in").output, "in\n");
+    EXPECT_EQ(stateOf(shell).disconnectReason, "shut down") << "that of the last session that ended";
 }
 
 TEST_F(RemoteShellFaultsTest, ofManyWordsTheLastAreKept)
