@@ -114,11 +114,15 @@ public:
         auto const hasEntries = [](auto const *folder) { return !folder->second.empty(); };
         auto const reached = order.rend() - std::ranges::find_if(order.rbegin(), order.rend(), hasEntries);
         std::map<std::string, DirectorySnapshot> snapshots;
+        auto last = snapshots.end();
         for (std::ptrdiff_t index = 0; index < std::ssize(order); ++index) {
             auto &[path, entries] = *order[static_cast<std::size_t>(index)];
             bool const mayBeShort = index >= reached || isAtOrAbove(path, order.back()->first);
             auto const isCut = completeness == Completeness::truncated && mayBeShort;
-            snapshots.emplace(path, DirectorySnapshot(path, response, std::move(entries), fetchedAt, isCut));
+            // Walked from the top down, a folder mostly comes right behind the one before it, in the map too.
+            auto const behind = last == snapshots.end() ? last : std::next(last);
+            last = snapshots.emplace_hint(behind, path,
+                                          DirectorySnapshot(path, response, std::move(entries), fetchedAt, isCut));
         }
         return snapshots;
     }
