@@ -141,8 +141,9 @@ private:
         std::uint64_t number = 0; ///< in the order in which they begin
         Reason reason = Reason::prefetch;
 
-        /// A host gives a scan behind the user's back less room for its answer, and several levels share what there is.
-        bool hasAllRoom() const { return depth == 1 && priority == FetchPriority::interactive; }
+        /// A host gives a scan behind the user's back less room for its answer. What a person waits for is taken as it
+        /// comes.
+        bool hasAllRoom() const { return priority == FetchPriority::interactive; }
     };
 
     struct Running {

@@ -66,9 +66,8 @@ public:
     };
 
     /// Takes in the result of one fetch. A listing whose path was not there before is not a change: nobody can be
-    /// looking at it. Left out are the part of a folder of which the whole can be had, and the other answer
-    /// that a later question has got already. The group just put in is never evicted, even if it alone exceeds the
-    /// budget.
+    /// looking at it. Left out are a part of a folder whose whole can be had, and an answer that differs from the one
+    /// to a later question. The group just put in is never evicted, even if it alone exceeds the budget.
     Change put(Listings listings, Fetch fetch);
 
     /// Takes in one listing that was not fetched now, as a group of its own.

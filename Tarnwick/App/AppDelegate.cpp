@@ -10,7 +10,6 @@
 #include "Tarnwick/Window/WelcomeWindow.h"
 
 #include <QApplication>
-#include <QPointer>
 
 #include <chrono>
 #include <semaphore>
@@ -138,7 +137,13 @@ void AppDelegate::awaitShutdown()
 
 void AppDelegate::showAbout()
 {
-    AboutDialog(QString::fromStdString(with.version), window.get()).exec();
+    if (!about) {
+        about = new AboutDialog(QString::fromStdString(with.version), window.get());
+        about->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    about->show();
+    about->raise();
+    about->activateWindow();
 }
 
 } // namespace tw

@@ -7,11 +7,13 @@
 #include "Tarnwick/Window/MainWindow.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
 namespace tw {
 
+class AboutDialog;
 class ColorScheme;
 class ConnectionRegistry;
 class EngineRuntime;
@@ -45,6 +47,7 @@ public:
     /// process as it is behind it; nothing of the engine may be awaited any more.
     void applicationWillTerminate();
 
+    /// Once; asked for again, it comes to the front.
     void showAbout();
 
     /// The window, between launch and end.
@@ -60,6 +63,7 @@ private:
     bool isAskedToQuit = false; ///< by the user or a signal, not by a window that was closed
     std::unique_ptr<MainWindowController> controller;
     std::unique_ptr<MainWindow> window;
+    QPointer<AboutDialog> about; ///< owned by the window; null when it is closed
     std::unique_ptr<ColorScheme> colorScheme;
     std::unique_ptr<SessionWatch> session;
     std::unique_ptr<TerminationSignals> signals;

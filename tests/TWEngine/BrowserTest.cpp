@@ -296,6 +296,15 @@ TEST_F(BrowserTest, aRevalidationThatBringsAPartOnlyAsksForLessUntilItHasTheWhol
     EXPECT_TRUE(get(browser->cached("/srv"))->truncated()) << "more cannot be had";
 }
 
+TEST_F(BrowserTest, aPartIsWhatAPersonGetsWhereTheirOwnDeeperFetchIsCut)
+{
+    makeBrowser({.interactiveDepth = 2});
+    auto const opened = open("/srv");
+    ASSERT_THAT(asked(), ElementsAre("/srv 2 interactive"));
+    answer({file("a")}, Completeness::truncated);
+    EXPECT_TRUE(opened.value().snapshot.truncated());
+}
+
 TEST_F(BrowserTest, whoJoinsAScanThatBringsAPartOnlyWaitsForTheWhole)
 {
     // Two scans that were cut have made the folder one of which one level is scanned.

@@ -92,6 +92,18 @@ TEST_F(LifeTest, aNewUserIsWelcomedOnce)
     expectQuits(program);
 }
 
+TEST_F(LifeTest, theAboutBoxHoldsNothingUp)
+{
+    auto program = startOnBothFolders();
+    expectBothFoldersPainted(program);
+    press({"F1"});
+    EXPECT_TRUE(screen.waitForPicture(
+        [&](Picture const &) { return screen.titles().find("About Tarnwick") != std::string::npos; }));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.waitForEnd(), 0) << program.output();
+    EXPECT_THAT(life(), ElementsAre("launch " TARNWICK_VERSION, "quit"));
+}
+
 TEST_F(LifeTest, aHomeThatCannotBeWrittenIsNoObstacle)
 {
     auto changes = environment();

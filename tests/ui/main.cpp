@@ -1,6 +1,7 @@
 // The tests of the views: real widgets, painted off screen.
 
 #include <QApplication>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 int main(int argc, char **argv)
@@ -10,7 +11,8 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     // Not the user's session: a test that needs a bus starts its own.
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
-    qputenv("XDG_RUNTIME_DIR", "/dev/null/none"); // where nobody, not even root, can make a folder
+    QTemporaryDir const runtime;
+    qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());
     qputenv("NO_AT_BRIDGE", "1");
 
     ::testing::InitGoogleTest(&argc, argv);
