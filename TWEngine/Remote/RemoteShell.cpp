@@ -4,11 +4,10 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Check.h"
 #include "TWCore/Model/DisplayText.h"
-#include "TWCore/Model/Trimmed.h"
 #include "TWEngine/Remote/ResidentScript.h"
 #include "TWEngine/Remote/ShellAnswer.h"
+#include "TWEngine/Remote/ShellClient.h"
 #include "TWEngine/Runtime/ChildProcess.h"
-#include "TWEngine/Runtime/TimeOut.h"
 
 #include <array>
 #include <cstdio>
@@ -18,17 +17,6 @@
 namespace tw {
 
 namespace {
-
-/// The last words of ssh are its reason; what stood before them is not needed.
-constexpr std::size_t maxErrorBytes = 8192;
-
-/// The longest answer that is waited for. Listings are cut by the script and reads by their length, so only a host that
-/// has lost its mind, or that is hostile, sends as much without an end.
-constexpr std::size_t maxAnswerBytes = 64U << 20U;
-
-/// How long a client whose output has ended may take to end as well and to say why on its standard error. A shared
-/// connection can hold that open for as long as it lives.
-constexpr std::chrono::milliseconds lastWordsTime{500};
 
 std::string randomNonce()
 {
@@ -46,19 +34,6 @@ std::string randomNonce()
 
 } // namespace
 
-/// One run of the ssh client, and what was heard of it. On the strand.
-struct RemoteShell::Session {
-    std::shared_ptr<ChildProcess> child;
-    ShellReader reader;
-    std::string errors = {};  ///< the end of standard error
-    std::string toWrite = {}; ///< what the writer has not taken yet
-    bool isWriting = false;
-    bool isFlooded = false;
-    std::stop_source stop = {}; ///< for the reading of both outputs
-
-    std::string lastWords() const { return std::string(trimmed(repaired(errors))); }
-};
-
 RemoteShell::RemoteShell(Collaborators with, std::string toHost, RemoteShellOptions settings, ShellDialect speaks)
     : strand(std::move(with.strand)),
       io(with.io),
@@ -73,12 +48,8 @@ RemoteShell::RemoteShell(Collaborators with, std::string toHost, RemoteShellOpti
 
 RemoteShell::~RemoteShell()
 {
-    if (!session)
-        return;
-    session->stop.request_stop();
-    // A writer that the client does not listen to would keep it alive.
-    session->child->closeInput();
-    session->child->terminate();
+    if (session)
+        session->end();
 }
 
 Task<void> RemoteShell::connect()
@@ -99,8 +70,8 @@ Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
     self->startSession();
     auto const session = self->session;
     auto const answer = self->expect(0);
-    self->write(ResidentScript::posix(self->nonce, self->options.maxResponseBytes) +
-                std::string(lineTerminator(self->dialect)));
+    session->write(ResidentScript::posix(self->nonce, self->options.maxResponseBytes) +
+                   std::string(lineTerminator(self->dialect)));
 
     std::string detail;
     try {
@@ -147,7 +118,7 @@ Task<void> RemoteShell::awaitHandshake(std::shared_ptr<RemoteShell> self, Answer
         throw RemoteShellError::ConnectFailed(self->host, "remote handshake status " + std::to_string(response.status));
 }
 
-Task<void> RemoteShell::closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<Session> session, Seconds limit)
+Task<void> RemoteShell::closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session, Seconds limit)
 {
     auto self = weak.lock();
     if (!self)
@@ -158,7 +129,7 @@ Task<void> RemoteShell::closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_p
     close(weak, session);
 }
 
-void RemoteShell::close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<Session> const &session)
+void RemoteShell::close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<ShellClient> const &session)
 {
     auto const self = weak.lock();
     if (self && session && self->session == session)
@@ -180,67 +151,24 @@ void RemoteShell::startSession()
     auto child = ChildProcess::start(io, command);
     if (!child)
         throw RemoteShellError::ConnectFailed(host, "could not launch ssh: " + child.error().reason());
-    session = std::make_shared<Session>(
-        Session{.child = *std::move(child), .reader = ShellReader(nonce, options.maxResponseBytes)});
-    spawn({strand.executor(), session->stop.get_token()}, readOutput(weak_from_this(), session));
+    session = std::make_shared<ShellClient>(strand, *std::move(child), ShellReader(nonce, options.maxResponseBytes));
+    spawn({strand.executor(), session->stopToken()}, listen(weak_from_this(), session, clock));
 }
 
-Task<void> RemoteShell::readErrors(std::shared_ptr<Session> session)
+Task<void> RemoteShell::listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session,
+                               std::shared_ptr<Clock> clock)
 {
-    std::string buffer;
-    for (;;) {
-        buffer = co_await session->child->read(ChildOutput::error, std::move(buffer));
-        if (buffer.empty())
-            co_return;
-        session->errors += buffer;
-        if (session->errors.size() > maxErrorBytes)
-            session->errors.erase(0, session->errors.size() - maxErrorBytes);
-    }
-}
-
-Task<void> RemoteShell::readOutput(std::weak_ptr<RemoteShell> weak, std::shared_ptr<Session> session)
-{
-    auto const context = co_await currentContext();
-    auto const errors = SharedTask<void>::start(context.executor, readErrors(session));
-    std::stop_callback const stopErrors(context.stop, [errors] { errors.cancel(); });
-    std::string buffer;
-    for (;;) {
-        try {
-            buffer = co_await session->child->read(ChildOutput::standard, std::move(buffer));
-        } catch (PipeError const &) {
-            buffer.clear();
-        }
+    auto const take = [weak, from = session.get()](std::vector<ShellReader::Frame> frames) {
         auto const self = weak.lock();
-        if (!self || self->session != session)
-            co_return;
-        if (buffer.empty() || session->isFlooded)
-            break;
-        self->takeOutput(*session, buffer);
-    }
-
-    auto const clock = [&] {
-        auto const self = weak.lock();
-        return self ? self->clock : nullptr;
-    }();
-    if (clock) {
-        co_await outcomeOf(withTimeOut(clock, lastWordsTime, session->child->wait()));
-        co_await outcomeOf(withTimeOut(clock, lastWordsTime, errors.wait()));
-    }
-    errors.cancel();
-    if (auto const self = weak.lock()) {
-        auto const detail = session->isFlooded ? "the host sends without an end" : session->lastWords();
+        if (!self || self->session.get() != from)
+            return false;
+        for (auto &frame : frames)
+            self->deliver(std::move(frame));
+        return true;
+    };
+    auto const detail = co_await session->listen(std::move(clock), take);
+    if (auto const self = weak.lock())
         self->handleClosed(session.get(), detail);
-    }
-}
-
-void RemoteShell::takeOutput(Session &from, std::string_view bytes)
-{
-    for (auto &frame : from.reader.ingest(bytes))
-        deliver(std::move(frame));
-    if (from.reader.waitingBytes() > maxAnswerBytes) {
-        from.isFlooded = true;
-        from.child->kill();
-    }
 }
 
 void RemoteShell::deliver(ShellReader::Frame frame)
@@ -258,7 +186,7 @@ void RemoteShell::deliver(ShellReader::Frame frame)
     answer->succeed({.bytes = std::move(frame.payload), .status = frame.status, .truncated = frame.truncated});
 }
 
-void RemoteShell::handleClosed(Session const *closed, std::string const &words)
+void RemoteShell::handleClosed(ShellClient const *closed, std::string const &words)
 {
     if (session.get() != closed)
         return;
@@ -273,11 +201,8 @@ void RemoteShell::teardown(std::optional<std::string> const &reason)
     connected = false;
     if (reason)
         disconnectReason = reason;
-    if (auto const ended = std::exchange(session, nullptr)) {
-        ended->stop.request_stop();
-        ended->child->closeInput();
-        ended->child->terminate();
-    }
+    if (auto const ended = std::exchange(session, nullptr))
+        ended->end();
     failPending(reason.value_or("connection closed"));
 }
 
@@ -290,25 +215,6 @@ void RemoteShell::failPending(std::string const &detail)
 RemoteShell::Answer RemoteShell::expect(std::uint64_t id)
 {
     return pending.insert_or_assign(id, std::make_shared<Completion<ListingResponse>>()).first->second;
-}
-
-void RemoteShell::write(std::string_view text)
-{
-    session->toWrite += text;
-    if (!std::exchange(session->isWriting, true))
-        spawn({strand.executor(), {}}, writeQueued(session));
-}
-
-Task<void> RemoteShell::writeQueued(std::shared_ptr<Session> session)
-{
-    try {
-        while (!session->toWrite.empty())
-            co_await session->child->write(std::exchange(session->toWrite, {}));
-    } catch (PipeError const &) {
-        // The loss shows on the reading side, with its reason.
-        session->toWrite.clear();
-    }
-    session->isWriting = false;
 }
 
 Task<ListingResponse> RemoteShell::answerWithin(std::shared_ptr<Clock> clock, Answer answer, Seconds limit)
@@ -326,7 +232,7 @@ Task<ListingResponse> RemoteShell::request(std::shared_ptr<RemoteShell> self, Sh
         throw RemoteShellError::NotConnected();
     auto const id = self->nextRequestID++;
     auto const answer = self->expect(id);
-    self->write(request.numbered(id));
+    self->session->write(request.numbered(id));
     auto response = co_await answerWithin(self->clock, answer, limit);
     co_return response;
 }
@@ -385,9 +291,7 @@ Task<void> RemoteShell::shutdownHere(std::shared_ptr<RemoteShell> self)
         co_return;
     // The client is gone when this ends, so that none is left behind by a program that leaves; one that does not
     // listen is not waited for.
-    auto const waited = co_await outcomeOf(withTimeOut(self->clock, lastWordsTime, ended->child->wait()));
-    if (waited.failure)
-        ended->child->kill();
+    co_await ended->endSurely(self->clock);
 }
 
 Task<RemoteShell::State> RemoteShell::state()

@@ -19,6 +19,7 @@
 namespace tw {
 
 class IoThread;
+class ShellClient;
 
 /// What a request yields.
 struct ListingResponse {
@@ -90,30 +91,26 @@ public:
     Task<State> state();
 
 private:
-    struct Session;
     using Answer = std::shared_ptr<Completion<ListingResponse>>;
 
     static Task<void> connectHere(std::shared_ptr<RemoteShell> self);
     static Task<void> awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer);
     static Task<ListingResponse> request(std::shared_ptr<RemoteShell> self, ShellRequest request, Seconds limit);
     static Task<ListingResponse> answerWithin(std::shared_ptr<Clock> clock, Answer answer, Seconds limit);
-    static Task<void> closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<Session> session, Seconds limit);
-    static void close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<Session> const &session);
-    static Task<void> readOutput(std::weak_ptr<RemoteShell> weak, std::shared_ptr<Session> session);
-    static Task<void> readErrors(std::shared_ptr<Session> session);
-    static Task<void> writeQueued(std::shared_ptr<Session> session);
+    static Task<void> closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session, Seconds limit);
+    static void close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<ShellClient> const &session);
+    static Task<void> listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session,
+                             std::shared_ptr<Clock> clock);
     static Task<State> stateHere(std::shared_ptr<RemoteShell> self);
     static Task<void> shutdownHere(std::shared_ptr<RemoteShell> self);
 
     Task<ListingResponse> ask(ShellRequest request, Seconds limit);
     void startSession();
-    void takeOutput(Session &session, std::string_view bytes);
     void deliver(ShellReader::Frame frame);
-    void handleClosed(Session const *closed, std::string const &detail);
+    void handleClosed(ShellClient const *closed, std::string const &detail);
     void teardown(std::optional<std::string> const &reason);
     void failPending(std::string const &detail);
     Answer expect(std::uint64_t id);
-    void write(std::string_view text);
 
     // Constant after construction.
     Strand const strand;
@@ -126,7 +123,7 @@ private:
     std::string const nonce; ///< 16 hexadecimal digits; kept from one connection to the next
 
     // On the strand.
-    std::shared_ptr<Session> session; ///< null when idle
+    std::shared_ptr<ShellClient> session; ///< null when idle
     bool connected = false;
     std::uint64_t nextRequestID = 1; ///< never reset; 0 is the handshake's
     std::map<std::uint64_t, Answer> pending;

@@ -4,6 +4,8 @@
 #include "tests/support/DiskRows.h"
 #include "tests/support/SSHProviderTest.h"
 
+#include <system_error>
+
 namespace tw::test {
 namespace {
 
@@ -11,6 +13,19 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 using enum FetchPriority;
+
+/// A file of which no more comes until somebody writes to its other end.
+struct EndlessFile {
+    explicit EndlessFile(std::string where) : path(std::move(where))
+    {
+        if (::mkfifo(path.c_str(), 0600) != 0)
+            throw std::system_error(errno, std::system_category(), path);
+        end = FileDescriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+    }
+
+    std::string const path;
+    FileDescriptor end;
+};
 
 /// Whole files, there and back.
 class SSHProviderFilesTest : public SSHProviderTest {
@@ -202,11 +217,8 @@ TEST_F(SSHProviderFilesTest, aTransferMakesTheOthersWait)
 {
     reach();
     auto const provider = connected();
-    // A file without an end.
-    auto const pipe = folder.path("pipe");
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    FileDescriptor const held(::open(pipe.c_str(), O_RDWR | O_CLOEXEC));
-    auto const download = loop.start(provider->download(pipe, local.path("target")));
+    EndlessFile const endless(folder.path("pipe"));
+    auto const download = loop.start(provider->download(endless.path, local.path("target")));
     loop.drain();
     auto const command = loop.start(provider->runCommand("echo behind", std::nullopt, interactive));
     auto const second = loop.start(provider->download(folder.file("file", "second"), local.path("second")));
@@ -229,10 +241,8 @@ TEST_F(SSHProviderFilesTest, whoStopsATransferIsNotHeldUpAndTheOthersGoOn)
 {
     reach();
     auto const provider = connected();
-    auto const pipe = folder.path("pipe");
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    FileDescriptor const held(::open(pipe.c_str(), O_RDWR | O_CLOEXEC));
-    auto const download = loop.start(provider->download(pipe, local.path("target")));
+    EndlessFile const endless(folder.path("pipe"));
+    auto const download = loop.start(provider->download(endless.path, local.path("target")));
     auto const command = loop.start(provider->runCommand("echo behind", std::nullopt, interactive));
     loop.drain();
     download.stop();
@@ -292,11 +302,9 @@ TEST_F(SSHProviderFilesTest, aLineThatBreaksInTheMiddleOfADownloadIsTold)
 {
     reach();
     auto const provider = connected();
-    auto const pipe = folder.path("pipe");
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    FileDescriptor const held(::open(pipe.c_str(), O_RDWR | O_CLOEXEC));
-    ASSERT_EQ(::write(held.get(), "half", 4), 4);
-    auto const download = loop.start(provider->download(pipe, local.path("target")));
+    EndlessFile const endless(folder.path("pipe"));
+    ASSERT_EQ(::write(endless.end.get(), "half", 4), 4);
+    auto const download = loop.start(provider->download(endless.path, local.path("target")));
     loop.runUntil([&] {
         loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
         return contentOf(local.path("target")) == "half";

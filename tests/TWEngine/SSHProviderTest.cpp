@@ -182,11 +182,8 @@ TEST_F(SSHProviderTest, connectingWhatIsConnectedDoesNotHideALaterLoss)
 TEST_F(SSHProviderTest, whoHasJoinedAnAttemptThatIsGivenUpMakesTheNext)
 {
     reach();
-    line->stall();
     auto const provider = makeProvider();
-    auto const first = loop.start(provider->connect());
-    loop.drain();
-    line->waitUntil([](Traffic const &traffic) { return traffic.connections == 1; });
+    auto const first = connectInVain(provider);
     auto const second = loop.start(provider->connect());
     loop.drain();
     first.stop();
@@ -331,11 +328,8 @@ TEST_F(SSHProviderTest, whatIsUnderWayAtADisconnectFails)
 TEST_F(SSHProviderTest, aDisconnectWhileItConnectsEndsIt)
 {
     reach();
-    line->stall();
     auto const provider = makeProvider();
-    auto const connecting = loop.start(provider->connect());
-    loop.drain();
-    line->waitUntil([](Traffic const &traffic) { return traffic.connections == 1; });
+    auto const connecting = connectInVain(provider);
     loop.run(provider->disconnect());
     EXPECT_EQ(failureOf(connecting), "disconnected: shut down");
     EXPECT_FALSE(loop.run(provider->isLive()));
@@ -345,11 +339,8 @@ TEST_F(SSHProviderTest, aDisconnectWhileItConnectsEndsIt)
 TEST_F(SSHProviderTest, connectingIsGivenUpWithItsCaller)
 {
     reach();
-    line->stall();
     auto const provider = makeProvider();
-    auto const connecting = loop.start(provider->connect());
-    loop.drain();
-    line->waitUntil([](Traffic const &traffic) { return traffic.connections == 1; });
+    auto const connecting = connectInVain(provider);
     connecting.stop();
     finish(connecting);
     EXPECT_THROW(connecting.value(), Cancelled);

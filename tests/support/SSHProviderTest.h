@@ -57,6 +57,16 @@ protected:
         return provider;
     }
 
+    /// An attempt that has got as far as a line on which nothing comes back.
+    Started<void> connectInVain(Provider const &provider)
+    {
+        line->stall();
+        auto connecting = loop.start(provider->connect());
+        loop.drain();
+        line->waitUntil([](Traffic const &traffic) { return traffic.connections == 1; });
+        return connecting;
+    }
+
     virtual std::string sshProgram() const { return client.program(); }
 
     std::string run(Provider const &provider, std::string command, FetchPriority priority = FetchPriority::interactive)
