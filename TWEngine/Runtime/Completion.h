@@ -87,8 +87,9 @@ private:
     T take()
     {
         std::lock_guard const lock(mutex);
+        // Taken out, like a value: the exception dies with the waiter, and not on the thread of whoever provided it.
         if (auto *failure = std::get_if<2>(&outcome))
-            std::rethrow_exception(*failure);
+            std::rethrow_exception(std::exchange(*failure, nullptr));
         return std::move(std::get<1>(outcome));
     }
 

@@ -83,6 +83,7 @@ private:
     template <class Result, class Value>
     static void perform(Completion<Value> &completion, std::move_only_function<Result()> &work)
     {
+        std::exception_ptr failure;
         try {
             if constexpr (std::is_void_v<Result>) {
                 std::exchange(work, nullptr)();
@@ -92,8 +93,11 @@ private:
                 completion.succeed(std::move(result));
             }
         } catch (...) {
-            completion.fail(std::current_exception());
+            failure = std::current_exception();
         }
+        // Behind the handler, which holds the exception too: from here on it is the waiter's alone.
+        if (failure)
+            completion.fail(std::move(failure));
     }
 
     std::shared_ptr<Lane> interactive;
