@@ -2,7 +2,7 @@
 //
 // This program is both halves, as the real one is; between them stands a shell under the name of ssh.
 
-#include "TWEngine/Remote/Askpass.h"
+#include "TWEngine/Passwords/Askpass.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "bench/Figure.h"
 #include "tests/hosts/CommandOutcome.h"

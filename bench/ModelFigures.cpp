@@ -1,7 +1,7 @@
 // What a large folder costs: to sort, to prepare for sorting, and to hold in memory.
 
 #include "TWCore/Model/Collation.h"
-#include "Tarnwick/Panes/PaneModel.h"
+#include "Tarnwick/Table/PaneModel.h"
 #include "bench/Figure.h"
 
 #include <cstring>

@@ -2,10 +2,10 @@
 
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
-#include "Tarnwick/Panes/PaneTableView.h"
-#include "Tarnwick/Panes/PaneView.h"
-#include "Tarnwick/Toolkit/QtMainContext.h"
-#include "Tarnwick/Window/MainWindow.h"
+#include "Tarnwick/Toolkit/Program/QtMainContext.h"
+#include "Tarnwick/Toolkit/Table/PaneTableView.h"
+#include "Tarnwick/Toolkit/Windows/MainWindow.h"
+#include "Tarnwick/Toolkit/Windows/PaneView.h"
 #include "bench/Figure.h"
 #include "bench/ManyFiles.h"
 

@@ -1,7 +1,7 @@
 // What the bytes of a host cost on this side of the link: to find the responses in them, and to make listings of them.
 
 #include "TWCore/Model/ListingParser.h"
-#include "TWEngine/Remote/ShellReader.h"
+#include "TWEngine/Shell/ShellReader.h"
 #include "bench/Figure.h"
 
 #include <cstring>

@@ -1,12 +1,12 @@
 // What a host at the end of a long line costs a person who waits: a real sshd, the ssh client, and a line that delays.
 
 #include "TWEngine/Browsing/Browser.h"
-#include "TWEngine/Remote/SSHProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/SSHProvider.h"
 #include "bench/BenchLoop.h"
 #include "bench/Figure.h"
 #include "tests/hosts/DelayProxy.h"
-#include "tests/hosts/SshClient.h"
+#include "tests/hosts/SSHClient.h"
 #include "tests/hosts/TestHost.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -20,7 +20,7 @@ namespace tw::bench {
 namespace {
 
 using test::DelayProxy;
-using test::SshClient;
+using test::SSHClient;
 using test::TemporaryFolder;
 using test::TestHost;
 using Milliseconds = std::chrono::milliseconds;
@@ -81,7 +81,7 @@ public:
     EngineRuntime engine;
     TestHost host{engine};
     DelayProxy line{host.address().port, {}};
-    SshClient client;
+    SSHClient client;
     BenchLoop loop;
 
 private:

@@ -7,8 +7,8 @@
 #include "bench/BenchLoop.h"
 #include "bench/Figure.h"
 #include "tests/hosts/DelayProxy.h"
-#include "tests/hosts/SshClient.h"
-#include "tests/hosts/SshHome.h"
+#include "tests/hosts/SSHClient.h"
+#include "tests/hosts/SSHHome.h"
 #include "tests/hosts/TestHost.h"
 
 #include <filesystem>
@@ -98,7 +98,7 @@ private:
     test::TemporaryFolder remote;
     test::TestHost host{engine};
     test::DelayProxy line{host.address().port, roundTrip};
-    test::SshClient client;
+    test::SSHClient client;
     ChildCommand command{.program = TARNWICK_PROGRAM,
                          .arguments = {"--left", home.path(), "--right", alias + ":" + remote.path()},
                          .environment = {},

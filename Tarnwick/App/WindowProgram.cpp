@@ -4,11 +4,11 @@
 
 #include "TWEngine/Platform/UserPaths.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
-#include "Tarnwick/App/AppDelegate.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
-#include "Tarnwick/Toolkit/QtDefaults.h"
-#include "Tarnwick/Toolkit/QtMainContext.h"
-#include "Tarnwick/Toolkit/StartLog.h"
+#include "Tarnwick/Toolkit/Program/AppDelegate.h"
+#include "Tarnwick/Toolkit/Program/QtDefaults.h"
+#include "Tarnwick/Toolkit/Program/QtMainContext.h"
+#include "Tarnwick/Toolkit/Program/StartLog.h"
 
 #include <QApplication>
 #include <QIcon>

@@ -3,7 +3,7 @@
 // Both are one file, since who asks for a password is known by the file that it runs. The library is not linked, so
 // that no toolkit is loaded, and none of its code has run, in a process that has a password in its memory.
 
-#include "TWEngine/Remote/Askpass.h"
+#include "TWEngine/Passwords/Askpass.h"
 #include "Tarnwick/App/WindowProgram.h"
 
 #include <cstdio>

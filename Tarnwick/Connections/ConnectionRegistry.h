@@ -1,7 +1,7 @@
 #pragma once
 
-#include "TWEngine/Remote/SSHConfigOnDisk.h"
-#include "TWEngine/Remote/SSHProvider.h"
+#include "TWEngine/SSH/SSHProvider.h"
+#include "TWEngine/SSHConfig/SSHConfigOnDisk.h"
 #include "Tarnwick/Connections/Connections.h"
 
 #include <memory>
@@ -22,7 +22,7 @@ public:
         EngineRuntime &engine;
         std::shared_ptr<Executor> mainContext;
         /// The ssh client. Anything but the usual one is for tests, which cannot give ssh another home.
-        std::string sshProgram = std::string(SshCommandLine::program);
+        std::string sshProgram = std::string(SSHCommandLine::program);
         ControlPath::Place sockets = ControlPath::Place::ofThisUser();
         SavedPasswords savedPasswords = {};
         /// Where the listings of hosts are kept for the next start. Empty: they are not.

@@ -1,8 +1,8 @@
 #include "Tarnwick/Connections/SSHConfig.h"
 
-#include "TWEngine/Remote/SSHConfigError.h"
-#include "TWEngine/Remote/SSHConfigFile.h"
 #include "TWEngine/Runtime/WorkerPool.h"
+#include "TWEngine/SSHConfig/SSHConfigError.h"
+#include "TWEngine/SSHConfig/SSHConfigFile.h"
 
 namespace tw::SSHConfig {
 

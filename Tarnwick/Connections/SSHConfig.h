@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TWCore/Async/Task.h"
-#include "TWEngine/Remote/SSHConfigOnDisk.h"
+#include "TWEngine/SSHConfig/SSHConfigOnDisk.h"
 
 #include <string>
 #include <vector>

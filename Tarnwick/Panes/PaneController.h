@@ -4,7 +4,7 @@
 #include "TWEngine/Browsing/Browser.h"
 #include "Tarnwick/Panes/KeyPress.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
-#include "Tarnwick/Panes/PaneModel.h"
+#include "Tarnwick/Table/PaneModel.h"
 
 #include <functional>
 #include <memory>

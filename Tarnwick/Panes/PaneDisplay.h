@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Connections/ConnectionItem.h"
-#include "Tarnwick/Panes/PaneModel.h"
+#include "Tarnwick/Table/PaneModel.h"
 
 #include <optional>
 #include <string>

@@ -3,7 +3,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/Trimmed.h"
-#include "TWEngine/Remote/SSHProvider.h"
+#include "TWEngine/SSH/SSHProvider.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneStatus.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tarnwick/Panes/PaneModel.h"
+#include "Tarnwick/Table/PaneModel.h"
 
 #include <chrono>
 #include <exception>

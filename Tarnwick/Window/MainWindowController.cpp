@@ -1,7 +1,7 @@
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include "TWCore/Async/Outcome.h"
-#include "TWEngine/Remote/SSHProvider.h"
+#include "TWEngine/SSH/SSHProvider.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 namespace tw {

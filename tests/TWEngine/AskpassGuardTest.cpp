@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/AskpassGuard.h"
+#include "TWEngine/Passwords/AskpassGuard.h"
 
 #include <gtest/gtest.h>
 
@@ -58,7 +58,7 @@ protected:
                              }};
 };
 
-TEST_F(AskpassGuardTest, anSshOfOursIsAnswered)
+TEST_F(AskpassGuardTest, anSSHOfOursIsAnswered)
 {
     EXPECT_TRUE(accepts({ssh, own}));
     EXPECT_TRUE(accepts({"/opt/openssh/bin/ssh", own})) << "wherever it is installed";
@@ -75,14 +75,14 @@ TEST_F(AskpassGuardTest, shellsMayStandBetween)
     EXPECT_TRUE(accepts({shell, ssh, shell, own}));
 }
 
-TEST_F(AskpassGuardTest, ourselvesWithoutAnSshBetweenIsRefused)
+TEST_F(AskpassGuardTest, ourselvesWithoutAnSSHBetweenIsRefused)
 {
     EXPECT_FALSE(accepts({own}));
     EXPECT_FALSE(accepts({shell, own}));
     EXPECT_FALSE(accepts({own, ssh, own})) << "the first of ours that is met decides";
 }
 
-TEST_F(AskpassGuardTest, anSshOfSomebodyElseIsRefused)
+TEST_F(AskpassGuardTest, anSSHOfSomebodyElseIsRefused)
 {
     EXPECT_FALSE(accepts({ssh, shell, "/usr/bin/xterm"}));
     EXPECT_FALSE(accepts({ssh}));
@@ -90,7 +90,7 @@ TEST_F(AskpassGuardTest, anSshOfSomebodyElseIsRefused)
     EXPECT_FALSE(accepts({}));
 }
 
-TEST_F(AskpassGuardTest, anSshAboveOursDoesNotCount)
+TEST_F(AskpassGuardTest, anSSHAboveOursDoesNotCount)
 {
     EXPECT_FALSE(accepts({shell, own, ssh}));
 }
@@ -109,7 +109,7 @@ TEST_F(AskpassGuardTest, anotherFileOfOurPathIsNotOurs)
     EXPECT_TRUE(accepts({ssh, own}));
 }
 
-TEST_F(AskpassGuardTest, onlyTheWholeNameIsThatOfSsh)
+TEST_F(AskpassGuardTest, onlyTheWholeNameIsThatOfSSH)
 {
     for (auto const *name : {"/usr/bin/ssh-agent", "/usr/bin/assh", "/ssh/x", "/usr/bin/sshd", "/usr/bin/SSH"})
         EXPECT_FALSE(accepts({name, own})) << name;
@@ -163,7 +163,7 @@ TEST_F(AskpassGuardTest, aParentThatIsUnknownIsRefused)
     EXPECT_FALSE(accepts());
 }
 
-TEST_F(AskpassGuardTest, anSshBelowAnSshAsksForAHostInBetween)
+TEST_F(AskpassGuardTest, anSSHBelowAnSSHAsksForAHostInBetween)
 {
     EXPECT_TRUE(isForJumpHost({ssh, ssh, own}));
     EXPECT_TRUE(isForJumpHost({ssh, shell, ssh, own}));
@@ -172,7 +172,7 @@ TEST_F(AskpassGuardTest, anSshBelowAnSshAsksForAHostInBetween)
     EXPECT_FALSE(isForJumpHost({ssh, shell, own, ssh}));
 }
 
-TEST_F(AskpassGuardTest, thisTestWasNotCalledByAnSshOfItsOwn)
+TEST_F(AskpassGuardTest, thisTestWasNotCalledByAnSSHOfItsOwn)
 {
     EXPECT_FALSE(AskpassGuard::calledByOurOwnSSH());
 }

@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/AskpassPrompt.h"
+#include "TWEngine/Passwords/AskpassPrompt.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/Askpass.h"
+#include "TWEngine/Passwords/Askpass.h"
 
 #include "TWEngine/Runtime/ChildProcess.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -7,7 +7,7 @@
 #include "tests/hosts/PasswordHost.h"
 #include "tests/hosts/PrivateKeyring.h"
 #include "tests/hosts/ProcessTree.h"
-#include "tests/hosts/SshClient.h"
+#include "tests/hosts/SSHClient.h"
 #include "tests/hosts/WaitFor.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -36,7 +36,7 @@ constexpr auto right = "correct h\xC3\xB6rse";
 /// A real ssh, a host that takes no keys, a key store, and a program that stands for ours.
 class AskpassTest : public testing::Test {
 protected:
-    void reach(std::string prompt = {}, SshClient::Knowledge knowledge = SshClient::Knowledge::right)
+    void reach(std::string prompt = {}, SSHClient::Knowledge knowledge = SSHClient::Knowledge::right)
     {
         host = std::make_unique<PasswordHost>(engine,
                                               PasswordHost::Options{.password = right, .prompt = std::move(prompt)});
@@ -109,7 +109,7 @@ protected:
 
     EngineRuntime engine;
     PrivateKeyring keyring{engine};
-    SshClient client;
+    SSHClient client;
     TemporaryFolder folder;
     std::unique_ptr<PasswordHost> host;
 };
@@ -160,7 +160,7 @@ TEST_F(AskpassTest, aHostThatAsksForACodeIsNotToldThePassword)
 
 TEST_F(AskpassTest, theQuestionWhetherAHostIsTheRightOneIsNotAnswered)
 {
-    reach({}, SshClient::Knowledge::none);
+    reach({}, SSHClient::Knowledge::none);
     savePassword();
     auto const outcome = belowOurs(ssh("-o StrictHostKeyChecking=ask"));
     expectRefused(outcome);
@@ -198,7 +198,7 @@ TEST_F(AskpassTest, startedByItselfItIsSilent)
     expectSilentFailure(belowOurs("exec " + passwordProgram() + " \"x's password: \""));
 }
 
-TEST_F(AskpassTest, startedByAnSshOfSomebodyElseItIsSilent)
+TEST_F(AskpassTest, startedByAnSSHOfSomebodyElseItIsSilent)
 {
     reach();
     savePassword();
@@ -319,7 +319,7 @@ TEST_F(AskpassTest, whileItReadsAPasswordItsMemoryIsItsOwn)
 
 // The whole way.
 
-TEST_F(AskpassTest, aProviderGivesSshTheSavedPassword)
+TEST_F(AskpassTest, aProviderGivesSSHTheSavedPassword)
 {
     reach();
     savePassword();

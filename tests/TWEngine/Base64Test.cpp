@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/Base64.h"
+#include "TWEngine/Shell/Base64.h"
 
 #include <gtest/gtest.h>
 

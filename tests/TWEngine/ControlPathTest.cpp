@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ControlPath.h"
+#include "TWEngine/SSH/ControlPath.h"
 
 #include "tests/support/TemporaryFolder.h"
 

@@ -50,7 +50,7 @@ protected:
         return {.program = "ssh", .arguments = std::move(arguments)};
     }
 
-    CommandOutcome runSsh(std::vector<std::string> arguments)
+    CommandOutcome runSSH(std::vector<std::string> arguments)
     {
         return runCommand(engine.io(), ssh(std::move(arguments)));
     }
@@ -81,7 +81,7 @@ TEST_F(DemoHostTest, itIsReachedByItsNameAndHasSamples)
     expectSuccess(started);
     EXPECT_EQ(started.output, "tarnwick-demo:" + samples + '\n');
 
-    auto const listed = runSsh({"tarnwick-demo", "find '" + samples + "' -type f | wc -l"});
+    auto const listed = runSSH({"tarnwick-demo", "find '" + samples + "' -type f | wc -l"});
     expectSuccess(listed);
     EXPECT_GT(std::stoi(listed.output), 300);
 }
@@ -204,9 +204,9 @@ TEST_F(DemoHostTest, theUsersOtherHostsMeanWhatTheyMeant)
     writeConfig("ServerAliveInterval 77\nHost other\n    Port 99\n");
     start();
 
-    EXPECT_THAT(runSsh({"-G", "whichever"}).output, HasSubstr("\nserveraliveinterval 77\n"));
-    EXPECT_THAT(runSsh({"-G", "other"}).output, HasSubstr("\nport 99\n"));
-    EXPECT_THAT(runSsh({"-G", "other"}).output, Not(HasSubstr("demo-host")));
+    EXPECT_THAT(runSSH({"-G", "whichever"}).output, HasSubstr("\nserveraliveinterval 77\n"));
+    EXPECT_THAT(runSSH({"-G", "other"}).output, HasSubstr("\nport 99\n"));
+    EXPECT_THAT(runSSH({"-G", "other"}).output, Not(HasSubstr("demo-host")));
 }
 
 TEST_F(DemoHostTest, whatTheUserSetsForAllHostsDoesNotKeepItFromWorking)
@@ -215,7 +215,7 @@ TEST_F(DemoHostTest, whatTheUserSetsForAllHostsDoesNotKeepItFromWorking)
                 "    IdentityFile /nowhere\n    UserKnownHostsFile /dev/null\n");
     start();
 
-    auto const outcome = runSsh({"tarnwick-demo", "echo in"});
+    auto const outcome = runSSH({"tarnwick-demo", "echo in"});
     EXPECT_EQ(outcome.output, "in\n") << outcome.error;
 }
 
@@ -253,7 +253,7 @@ TEST_F(DemoHostTest, itComesBackAfterTheServerWasKilled)
 
     expectSuccess(start());
     EXPECT_EQ(config(), configBefore);
-    EXPECT_EQ(runSsh({"tarnwick-demo", "echo in"}).output, "in\n");
+    EXPECT_EQ(runSSH({"tarnwick-demo", "echo in"}).output, "in\n");
 }
 
 TEST_F(DemoHostTest, anUnknownCommandIsRefused)

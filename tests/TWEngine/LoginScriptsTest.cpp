@@ -3,7 +3,7 @@
 #include "TWEngine/Runtime/ChildProcess.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "tests/hosts/CommandOutcome.h"
-#include "tests/hosts/SshClient.h"
+#include "tests/hosts/SSHClient.h"
 #include "tests/hosts/TestHost.h"
 #include "tests/hosts/WaitFor.h"
 
@@ -19,7 +19,7 @@ namespace {
 class LoginScriptsTest : public testing::Test {
 protected:
     EngineRuntime engine;
-    SshClient client;
+    SSHClient client;
     std::optional<TestHost> host;
 
     void runHostWith(std::string script)

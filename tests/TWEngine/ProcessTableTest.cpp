@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ProcessTable.h"
+#include "TWEngine/Passwords/ProcessTable.h"
 
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/TemporaryFolder.h"

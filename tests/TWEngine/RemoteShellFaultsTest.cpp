@@ -9,7 +9,7 @@ namespace {
 using testing::HasSubstr;
 using testing::SizeIs;
 
-using Fault = StandInSsh::Fault;
+using Fault = StandInSSH::Fault;
 
 /// Hosts and lines that do not do as they should.
 class RemoteShellFaultsTest : public RemoteShellTest {
@@ -48,7 +48,7 @@ TEST_F(RemoteShellFaultsTest, aClientThatDoesNotStart)
     EXPECT_FALSE(stateOf(shell).isConnected);
 }
 
-TEST_F(RemoteShellFaultsTest, aRefusalIsToldInTheWordsOfSsh)
+TEST_F(RemoteShellFaultsTest, aRefusalIsToldInTheWordsOfSSH)
 {
     standIn.behave({.fault = Fault::refuse, .message = "host: Permission denied (publickey).\r\n"});
     auto const shell = makeShell();

@@ -48,7 +48,7 @@ TEST_F(RemoteShellTest, sshIsCalledAsForASession)
 {
     RemoteShellOptions const options{.controlPath = "/nowhere"};
     connected(options);
-    EXPECT_THAT(standIn.starts(), ElementsAre(SshCommandLine::session(options, "host", ShellDialect::posix)));
+    EXPECT_THAT(standIn.starts(), ElementsAre(SSHCommandLine::session(options, "host", ShellDialect::posix)));
 }
 
 TEST_F(RemoteShellTest, aListingIsWhatIsOnTheDisk)
@@ -179,7 +179,7 @@ TEST_F(RemoteShellTest, aLossReachesAllThatIsUnderWay)
     EXPECT_EQ(run(shell, "echo again").output, "again\n");
 }
 
-TEST_F(RemoteShellTest, aLossIsToldInTheWordsOfSsh)
+TEST_F(RemoteShellTest, aLossIsToldInTheWordsOfSSH)
 {
     standIn.behave({.message = "\r\n client_loop: \xFF broken\r\n"});
     auto const shell = connected();

@@ -1,5 +1,5 @@
-#include "TWEngine/Remote/ShellAnswer.h"
-#include "TWEngine/Remote/ShellHandshake.h"
+#include "TWEngine/Shell/ShellAnswer.h"
+#include "TWEngine/Shell/ShellHandshake.h"
 #include "tests/support/DiskRows.h"
 #include "tests/support/ResidentShellTest.h"
 

@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ResidentScript.h"
+#include "TWEngine/Shell/ResidentScript.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/SSHConfigFile.h"
+#include "TWEngine/SSHConfig/SSHConfigFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "TWEngine/Remote/SSHConfigOnDisk.h"
+#include "TWEngine/SSHConfig/SSHConfigOnDisk.h"
 
-#include "TWEngine/Remote/SSHConfigError.h"
+#include "TWEngine/SSHConfig/SSHConfigError.h"
 #include "tests/support/DiskRows.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,5 +1,5 @@
-#include "TWEngine/Remote/SSHConfigFile.h"
-#include "TWEngine/Remote/SshCommandLine.h"
+#include "TWEngine/SSH/SSHCommandLine.h"
+#include "TWEngine/SSHConfig/SSHConfigFile.h"
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -21,7 +21,7 @@ protected:
     {
         auto const file = folder.file("config", configuration);
         return '\n' +
-               outputOf({.program = std::string(SshCommandLine::program), .arguments = {"-G", "-F", file, alias}});
+               outputOf({.program = std::string(SSHCommandLine::program), .arguments = {"-G", "-F", file, alias}});
     }
 
     TemporaryFolder folder;

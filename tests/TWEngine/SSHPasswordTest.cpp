@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/SSHPassword.h"
+#include "TWEngine/Passwords/SSHPassword.h"
 
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/FileDescriptor.h"

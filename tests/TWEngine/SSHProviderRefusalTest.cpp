@@ -1,5 +1,5 @@
 #include "tests/hosts/LoginScripts.h"
-#include "tests/hosts/StandInSsh.h"
+#include "tests/hosts/StandInSSH.h"
 #include "tests/support/DiskRows.h"
 #include "tests/support/SSHProviderTest.h"
 
@@ -31,14 +31,14 @@ TEST_F(SSHProviderRefusalTest, aRefusedKey)
 TEST_F(SSHProviderRefusalTest, anUnknownHost)
 {
     reach();
-    client.add("host", host->address().through(line->port()), SshClient::Knowledge::none);
+    client.add("host", host->address().through(line->port()), SSHClient::Knowledge::none);
     EXPECT_THAT(connectFailure(makeProvider()), HasSubstr("Host key verification failed"));
 }
 
 TEST_F(SSHProviderRefusalTest, aHostWithAnotherKey)
 {
     reach();
-    client.add("host", host->address().through(line->port()), SshClient::Knowledge::another);
+    client.add("host", host->address().through(line->port()), SSHClient::Knowledge::another);
     EXPECT_THAT(connectFailure(makeProvider()), HasSubstr("REMOTE HOST IDENTIFICATION HAS CHANGED"));
 }
 

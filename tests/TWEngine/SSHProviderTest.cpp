@@ -2,7 +2,7 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
-#include "tests/hosts/StandInSsh.h"
+#include "tests/hosts/StandInSSH.h"
 #include "tests/support/DiskRows.h"
 #include "tests/support/Gate.h"
 #include "tests/support/Listings.h"
@@ -197,7 +197,7 @@ TEST_F(SSHProviderTest, whoHasJoinedAnAttemptThatIsGivenUpMakesTheNext)
 
 TEST_F(SSHProviderTest, aReconnectionDoesNotAskAgainWhatTheHostSpeaks)
 {
-    StandInSsh const standIn;
+    StandInSSH const standIn;
     auto const provider = std::make_shared<SSHProvider>(
         SSHProvider::Collaborators{.engine = engine, .sshProgram = standIn.program(), .sockets = sockets}, "host");
     loop.run(provider->connect());
@@ -288,7 +288,7 @@ TEST_F(SSHProviderTest, aLossOfTheSecondSessionIsMended)
     EXPECT_EQ(line->traffic().connections, 1U) << "over the connection that was there";
 }
 
-TEST_F(SSHProviderTest, aHostThatIsGoneIsToldInTheWordsOfSshUntilItIsBack)
+TEST_F(SSHProviderTest, aHostThatIsGoneIsToldInTheWordsOfSSHUntilItIsBack)
 {
     reach();
     auto const provider = connected();
@@ -302,7 +302,7 @@ TEST_F(SSHProviderTest, aHostThatIsGoneIsToldInTheWordsOfSshUntilItIsBack)
     EXPECT_TRUE(loop.run(provider->isLive()));
 }
 
-TEST_F(SSHProviderTest, aPortThatRefusesIsToldInTheWordsOfSsh)
+TEST_F(SSHProviderTest, aPortThatRefusesIsToldInTheWordsOfSSH)
 {
     reach();
     client.add("host", host->address());
@@ -353,7 +353,7 @@ TEST_F(SSHProviderTest, connectingIsGivenUpWithItsCaller)
 
 TEST_F(SSHProviderTest, afterADisconnectItConnectsWithoutAProbe)
 {
-    StandInSsh const standIn;
+    StandInSSH const standIn;
     auto const provider = std::make_shared<SSHProvider>(
         SSHProvider::Collaborators{.engine = engine, .sshProgram = standIn.program(), .sockets = sockets}, "host");
     for (std::size_t const starts : {3U, 5U}) {

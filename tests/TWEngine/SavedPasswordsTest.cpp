@@ -1,6 +1,6 @@
-#include "TWEngine/Remote/SavedPasswords.h"
+#include "TWEngine/Passwords/SavedPasswords.h"
 
-#include "tests/hosts/StandInSsh.h"
+#include "tests/hosts/StandInSSH.h"
 #include "tests/support/SSHProviderTest.h"
 
 #include <filesystem>
@@ -55,7 +55,7 @@ protected:
 
     void connect(Provider const &provider) { loop.run(provider->connect()); }
 
-    StandInSsh standIn;
+    StandInSSH standIn;
     std::vector<std::string> asked;
     std::thread::id askedOn;
 };

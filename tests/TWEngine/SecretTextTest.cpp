@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/SecretText.h"
+#include "TWEngine/Passwords/SecretText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "TWEngine/Remote/ShellAnswer.h"
+#include "TWEngine/Shell/ShellAnswer.h"
 
-#include "TWEngine/Remote/Base64.h"
+#include "TWEngine/Shell/Base64.h"
 
 #include <gtest/gtest.h>
 

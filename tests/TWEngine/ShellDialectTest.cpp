@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ShellDialect.h"
+#include "TWEngine/Shell/ShellDialect.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ShellHandshake.h"
+#include "TWEngine/Shell/ShellHandshake.h"
 
 #include <gtest/gtest.h>
 

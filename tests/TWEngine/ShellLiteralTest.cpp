@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ShellLiteral.h"
+#include "TWEngine/Shell/ShellLiteral.h"
 
 #include <gtest/gtest.h>
 

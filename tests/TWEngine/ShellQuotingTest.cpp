@@ -1,5 +1,5 @@
-#include "TWEngine/Remote/ShellDialect.h"
-#include "TWEngine/Remote/ShellLiteral.h"
+#include "TWEngine/Shell/ShellDialect.h"
+#include "TWEngine/Shell/ShellLiteral.h"
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/DiskRows.h"
 

@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ShellReader.h"
+#include "TWEngine/Shell/ShellReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

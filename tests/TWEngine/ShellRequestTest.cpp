@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/ShellRequest.h"
+#include "TWEngine/Shell/ShellRequest.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include "tests/hosts/DelayProxy.h"
 #include "tests/hosts/Loopback.h"
 #include "tests/hosts/ProcessTree.h"
-#include "tests/hosts/SshClient.h"
+#include "tests/hosts/SSHClient.h"
 #include "tests/hosts/WaitFor.h"
 
 #include <gmock/gmock.h>
@@ -31,7 +31,7 @@ constexpr ExitStatus connectionFailed{.cause = ExitStatus::Cause::exited, .numbe
 class TestHostTest : public testing::Test {
 protected:
     EngineRuntime engine;
-    SshClient client;
+    SSHClient client;
 
     CommandOutcome ssh(std::string alias, std::string command, std::string input = {})
     {
@@ -231,7 +231,7 @@ TEST_F(TestHostTest, aHostCanRefuseTheKeyAndChangeItsMind)
 TEST_F(TestHostTest, anUnknownHostIsNotTrusted)
 {
     TestHost const host(engine);
-    client.add("host", host.address(), SshClient::Knowledge::none);
+    client.add("host", host.address(), SSHClient::Knowledge::none);
     auto const outcome = ssh("host", "true");
 
     EXPECT_EQ(outcome.status, connectionFailed);
@@ -242,7 +242,7 @@ TEST_F(TestHostTest, aHostWithAnotherKeyIsNotTrusted)
 {
     TestHost const host(engine);
     client.add("host", host.address());
-    client.add("changed", host.address(), SshClient::Knowledge::another);
+    client.add("changed", host.address(), SSHClient::Knowledge::another);
     auto const outcome = ssh("changed", "true");
 
     EXPECT_EQ(outcome.status, connectionFailed);

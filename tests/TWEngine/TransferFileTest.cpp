@@ -1,4 +1,4 @@
-#include "TWEngine/Remote/TransferFile.h"
+#include "TWEngine/SSH/TransferFile.h"
 
 #include "TWCore/Model/ReadError.h"
 #include "TWEngine/Runtime/EngineRuntime.h"

@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/ColumnLayout.h"
+#include "Tarnwick/Table/ColumnLayout.h"
 
 #include <gmock/gmock.h>
 

@@ -3,7 +3,7 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "Tarnwick/Panes/PaneController.h"
-#include "tests/hosts/StandInSsh.h"
+#include "tests/hosts/StandInSSH.h"
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/RecordingDisplay.h"
 #include "tests/support/TemporaryFolder.h"
@@ -21,7 +21,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using Fault = StandInSsh::Fault;
+using Fault = StandInSSH::Fault;
 
 class ConnectionRegistryTest : public testing::Test {
 protected:
@@ -68,7 +68,7 @@ protected:
     std::set<pid_t> const childrenBefore = childrenOfOurs();
     EngineRuntime engine;
     TestLoop loop;
-    StandInSsh standIn;
+    StandInSSH standIn;
     TemporaryFolder sockets;
     TemporaryFolder caches;
     TemporaryFolder folder; ///< of the host, which is this machine

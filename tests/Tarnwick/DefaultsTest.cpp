@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/Defaults.h"
+#include "Tarnwick/Settings/Defaults.h"
 
 namespace tw::test {
 

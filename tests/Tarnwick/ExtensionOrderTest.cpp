@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/ExtensionOrder.h"
+#include "Tarnwick/Table/ExtensionOrder.h"
 
 #include "tests/support/Listings.h"
 

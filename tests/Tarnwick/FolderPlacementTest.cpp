@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/FolderPlacement.h"
+#include "Tarnwick/Settings/FolderPlacement.h"
 
 namespace tw::test {
 

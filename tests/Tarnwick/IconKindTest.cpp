@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/IconKind.h"
+#include "Tarnwick/Table/IconKind.h"
 
 #include "Tarnwick/Format/Fmt.h"
 #include "tests/support/Listings.h"

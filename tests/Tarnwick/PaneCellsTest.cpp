@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/PaneCells.h"
+#include "Tarnwick/Table/PaneCells.h"
 
 #include "Tarnwick/Format/Fmt.h"
 #include "tests/support/Listings.h"

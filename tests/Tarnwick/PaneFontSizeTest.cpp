@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/PaneFontSize.h"
+#include "Tarnwick/Settings/PaneFontSize.h"
 
 #include <gtest/gtest.h>
 

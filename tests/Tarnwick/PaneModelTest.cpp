@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/PaneModel.h"
+#include "Tarnwick/Table/PaneModel.h"
 
 #include "tests/support/Listings.h"
 

@@ -1,4 +1,4 @@
-#include "Tarnwick/Panes/RowOrder.h"
+#include "Tarnwick/Table/RowOrder.h"
 
 #include "Tarnwick/Format/Fmt.h"
 #include "tests/support/Listings.h"

@@ -45,7 +45,7 @@ TEST_F(SSHConfigTest, aFileThatCannotBeReadHasNone)
     EXPECT_THAT(hosts(home.file("huge", "Host a\n" + std::string(SSHConfigOnDisk::maxBytes, '\n'))), IsEmpty());
 }
 
-TEST_F(SSHConfigTest, itIsTheFileThatSshReadsWhateverHomeSays)
+TEST_F(SSHConfigTest, itIsTheFileThatSSHReadsWhateverHomeSays)
 {
     std::string const known = ::getpwuid(::getuid())->pw_dir;
     auto const *const before = std::getenv("HOME");

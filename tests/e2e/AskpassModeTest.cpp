@@ -22,7 +22,7 @@ protected:
     TemporaryFolder home;
 };
 
-TEST_F(AskpassModeTest, withAnAccountItAnswersNobodyButItsOwnSsh)
+TEST_F(AskpassModeTest, withAnAccountItAnswersNobodyButItsOwnSSH)
 {
     auto program = start({"ann@box's password: "}, "box");
     EXPECT_EQ(program.waitForEnd(), 1);

@@ -1,8 +1,8 @@
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "tests/e2e/ProgramTest.h"
 #include "tests/hosts/DelayProxy.h"
-#include "tests/hosts/SshClient.h"
-#include "tests/hosts/SshHome.h"
+#include "tests/hosts/SSHClient.h"
+#include "tests/hosts/SSHHome.h"
 #include "tests/hosts/TestHost.h"
 
 #include <filesystem>
@@ -64,7 +64,7 @@ protected:
     EngineRuntime engine;
     TestHost host{engine};
     DelayProxy line{host.address().port, {}};
-    SshClient client;
+    SSHClient client;
 };
 
 TEST_F(HostTest, foldersOfAHostAreWalkedThroughLikeLocalOnes)
@@ -177,7 +177,7 @@ TEST_F(HostTest, aHostThatIsGoneLeavesThePaneAtHome)
 
 TEST_F(HostTest, aHostWhoseKeyHasChangedIsNotTrusted)
 {
-    client.add(alias, host.address().through(line.port()), SshClient::Knowledge::another);
+    client.add(alias, host.address().through(line.port()), SSHClient::Knowledge::another);
     auto program = startWithHost();
     expectPainted(program, at("home"));
     expectQuits(program);

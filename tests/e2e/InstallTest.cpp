@@ -45,7 +45,7 @@ TEST_F(InstallTest, withoutItsLibraryItSaysSo)
     EXPECT_THAT(child.output(), HasSubstr("window.so"));
 }
 
-TEST_F(InstallTest, aProcessThatSshAsksLoadsNoToolkit)
+TEST_F(InstallTest, aProcessThatSSHAsksLoadsNoToolkit)
 {
     auto const loaded = [this](Child::Environment changes, std::vector<std::string> const &arguments) {
         changes["LD_DEBUG"] = "files";

@@ -4,8 +4,8 @@
 #include "tests/hosts/PasswordHost.h"
 #include "tests/hosts/PrivateKeyring.h"
 #include "tests/hosts/ProcessTree.h"
-#include "tests/hosts/SshClient.h"
-#include "tests/hosts/SshHome.h"
+#include "tests/hosts/SSHClient.h"
+#include "tests/hosts/SSHHome.h"
 
 #include <gmock/gmock.h>
 
@@ -53,7 +53,7 @@ protected:
     EngineRuntime engine;
     PrivateKeyring keyring{engine};
     PasswordHost host{engine, {.password = "correct horse"}};
-    SshClient client;
+    SSHClient client;
 };
 
 TEST_F(PasswordTest, aHostIsLoggedInToWithItsSavedPassword)

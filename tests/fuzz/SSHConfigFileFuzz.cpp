@@ -3,7 +3,7 @@
 // The text is what stands before the first byte 1; between further ones stand the values of entries, seven to each.
 
 #include "TWCore/Check.h"
-#include "TWEngine/Remote/SSHConfigFile.h"
+#include "TWEngine/SSHConfig/SSHConfigFile.h"
 
 #include <algorithm>
 #include <cstdint>

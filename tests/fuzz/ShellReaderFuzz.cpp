@@ -3,7 +3,7 @@
 // The first byte of an input says how the rest is cut.
 
 #include "TWCore/Check.h"
-#include "TWEngine/Remote/ShellReader.h"
+#include "TWEngine/Shell/ShellReader.h"
 
 #include <algorithm>
 #include <cerrno>

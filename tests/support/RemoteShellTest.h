@@ -1,8 +1,8 @@
 #pragma once
 
-#include "TWEngine/Remote/RemoteShell.h"
 #include "TWEngine/Runtime/SystemClock.h"
-#include "tests/hosts/StandInSsh.h"
+#include "TWEngine/Shell/RemoteShell.h"
+#include "tests/hosts/StandInSSH.h"
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -112,7 +112,7 @@ protected:
         return static_cast<std::size_t>(std::ranges::distance(std::filesystem::directory_iterator("/proc/self/fd")));
     }
 
-    StandInSsh standIn;
+    StandInSSH standIn;
     TemporaryFolder folder;
     std::shared_ptr<Clock> clock = std::make_shared<SystemClock>(*io);
 

@@ -1,6 +1,6 @@
 #include "tests/support/ResidentShell.h"
 
-#include "TWEngine/Remote/ResidentScript.h"
+#include "TWEngine/Shell/ResidentScript.h"
 
 #include <gtest/gtest.h>
 

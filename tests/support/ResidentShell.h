@@ -1,8 +1,8 @@
 #pragma once
 
-#include "TWEngine/Remote/ShellReader.h"
-#include "TWEngine/Remote/ShellRequest.h"
 #include "TWEngine/Runtime/ChildProcess.h"
+#include "TWEngine/Shell/ShellReader.h"
+#include "TWEngine/Shell/ShellRequest.h"
 #include "tests/support/TestLoop.h"
 
 #include <deque>

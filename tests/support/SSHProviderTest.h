@@ -1,9 +1,9 @@
 #pragma once
 
-#include "TWEngine/Remote/SSHProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/SSHProvider.h"
 #include "tests/hosts/DelayProxy.h"
-#include "tests/hosts/SshClient.h"
+#include "tests/hosts/SSHClient.h"
 #include "tests/hosts/TestHost.h"
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/TemporaryFolder.h"
@@ -103,7 +103,7 @@ protected:
     std::set<pid_t> const childrenBefore = childrenOfOurs();
     EngineRuntime engine;
     TestLoop loop;
-    SshClient client;
+    SSHClient client;
     TemporaryFolder folder; ///< of the host, which is this machine
     TemporaryFolder local;
     TemporaryFolder socketBase;

@@ -1,9 +1,9 @@
-#include "Tarnwick/Toolkit/BusySpinner.h"
+#include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
 
 #include "TWEngine/Runtime/EngineRuntime.h"
-#include "Tarnwick/Panes/PaneView.h"
-#include "Tarnwick/Toolkit/PathField.h"
-#include "Tarnwick/Toolkit/QtMainContext.h"
+#include "Tarnwick/Toolkit/Program/QtMainContext.h"
+#include "Tarnwick/Toolkit/Widgets/PathField.h"
+#include "Tarnwick/Toolkit/Windows/PaneView.h"
 #include "tests/support/Listings.h"
 #include "tests/support/ScriptedProvider.h"
 #include "tests/ui/QtLoop.h"

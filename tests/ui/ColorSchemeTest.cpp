@@ -1,6 +1,6 @@
-#include "Tarnwick/Toolkit/ColorScheme.h"
+#include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 
-#include "Tarnwick/Toolkit/Palettes.h"
+#include "Tarnwick/Toolkit/Appearance/Palettes.h"
 #include "tests/ui/FakePortal.h"
 #include "tests/ui/PrivateBus.h"
 #include "tests/ui/QtLoop.h"

@@ -1,7 +1,7 @@
-#include "Tarnwick/Panes/ConnectionButton.h"
+#include "Tarnwick/Toolkit/Windows/ConnectionButton.h"
 
-#include "Tarnwick/Toolkit/PathField.h"
-#include "Tarnwick/Toolkit/TypeAheadMenu.h"
+#include "Tarnwick/Toolkit/Widgets/PathField.h"
+#include "Tarnwick/Toolkit/Widgets/TypeAheadMenu.h"
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/ScopedVariable.h"
 #include "tests/ui/WindowTest.h"

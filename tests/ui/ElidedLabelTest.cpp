@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/ElidedLabel.h"
+#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 
 #include <QApplication>
 #include <QHelpEvent>

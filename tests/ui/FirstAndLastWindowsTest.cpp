@@ -1,8 +1,8 @@
-#include "Tarnwick/Panes/Defaults.h"
-#include "Tarnwick/Toolkit/ToolTipDelay.h"
-#include "Tarnwick/Toolkit/WindowLifetime.h"
-#include "Tarnwick/Window/AboutDialog.h"
-#include "Tarnwick/Window/WelcomeWindow.h"
+#include "Tarnwick/Settings/Defaults.h"
+#include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
+#include "Tarnwick/Toolkit/Program/WindowLifetime.h"
+#include "Tarnwick/Toolkit/Windows/AboutDialog.h"
+#include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 #include "tests/ui/QtLoop.h"
 
 #include <QCloseEvent>

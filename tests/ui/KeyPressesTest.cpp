@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/KeyPresses.h"
+#include "Tarnwick/Toolkit/Table/KeyPresses.h"
 
 #include <gtest/gtest.h>
 

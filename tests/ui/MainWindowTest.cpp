@@ -1,7 +1,7 @@
-#include "Tarnwick/Window/MainWindow.h"
+#include "Tarnwick/Toolkit/Windows/MainWindow.h"
 
-#include "Tarnwick/Toolkit/PaneSplitter.h"
-#include "Tarnwick/Window/WelcomeWindow.h"
+#include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
+#include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 

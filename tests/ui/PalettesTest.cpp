@@ -1,7 +1,7 @@
-#include "Tarnwick/Toolkit/Palettes.h"
+#include "Tarnwick/Toolkit/Appearance/Palettes.h"
 
-#include "Tarnwick/Toolkit/Contrast.h"
-#include "Tarnwick/Toolkit/PaneColors.h"
+#include "Tarnwick/Toolkit/Appearance/Contrast.h"
+#include "Tarnwick/Toolkit/Appearance/PaneColors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/PaneFonts.h"
+#include "Tarnwick/Toolkit/Appearance/PaneFonts.h"
 
 #include <QFontInfo>
 #include <QFontMetricsF>

@@ -1,6 +1,6 @@
-#include "Tarnwick/Panes/PaneIcons.h"
+#include "Tarnwick/Toolkit/Table/PaneIcons.h"
 
-#include "Tarnwick/Panes/IconKind.h"
+#include "Tarnwick/Table/IconKind.h"
 
 #include <QFile>
 #include <QPainter>

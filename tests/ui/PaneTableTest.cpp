@@ -1,5 +1,5 @@
-#include "Tarnwick/Panes/PaneTableView.h"
-#include "Tarnwick/Toolkit/Palettes.h"
+#include "Tarnwick/Toolkit/Appearance/Palettes.h"
+#include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "tests/support/Listings.h"
 #include "tests/ui/QtLoop.h"
 

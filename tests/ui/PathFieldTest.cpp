@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/PathField.h"
+#include "Tarnwick/Toolkit/Widgets/PathField.h"
 
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/ScopedVariable.h"

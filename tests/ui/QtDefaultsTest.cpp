@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/QtDefaults.h"
+#include "Tarnwick/Toolkit/Program/QtDefaults.h"
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/ui/ScopedVariable.h"

@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/QtMainContext.h"
+#include "Tarnwick/Toolkit/Program/QtMainContext.h"
 
 #include "tests/ui/QtLoop.h"
 

@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/SessionWatch.h"
+#include "Tarnwick/Toolkit/Program/SessionWatch.h"
 
 #include "tests/ui/FakeLogind.h"
 #include "tests/ui/PrivateBus.h"

@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/StartLog.h"
+#include "Tarnwick/Toolkit/Program/StartLog.h"
 
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"

@@ -1,6 +1,6 @@
 #include "tests/ui/WindowTest.h"
 
-#include "Tarnwick/Toolkit/ElidedLabel.h"
+#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "tests/ui/QtLoop.h"
 
 #include <QApplication>

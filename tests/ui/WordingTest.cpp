@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/Wording.h"
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
 
 #include <gtest/gtest.h>
 

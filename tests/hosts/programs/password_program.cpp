@@ -6,10 +6,10 @@
 // password_program --store LIMIT OPERATION HOST save, read, exists or remove, within LIMIT milliseconds; says what came
 //                                               of it. A password to be saved is on standard input
 
-#include "TWEngine/Remote/Askpass.h"
-#include "TWEngine/Remote/SSHPassword.h"
-#include "TWEngine/Remote/SSHProvider.h"
+#include "TWEngine/Passwords/Askpass.h"
+#include "TWEngine/Passwords/SSHPassword.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/SSHProvider.h"
 #include "tests/hosts/WaitFor.h"
 
 #include <cstdio>

@@ -1,6 +1,6 @@
 // standin_ssh STARTS FAULT AFTER BYTES PREFACE MESSAGE STATUS [ARGUMENTS OF SSH...]
 //
-// Runs the command that ssh would run on a host on this machine, with a fault in its output: see StandInSsh.h, which
+// Runs the command that ssh would run on a host on this machine, with a fault in its output: see StandInSSH.h, which
 // writes the command lines.
 #include <algorithm>
 #include <array>
@@ -238,9 +238,9 @@ int main(int count, char **arguments)
         return connectionFailed;
     }
     auto const behaviour = behaviourOf(all);
-    auto const forSsh = all.subspan(behaviourArguments);
-    recordStart(behaviour.startsFile, forSsh);
-    auto const request = requestOf(forSsh);
+    auto const forSSH = all.subspan(behaviourArguments);
+    recordStart(behaviour.startsFile, forSSH);
+    auto const request = requestOf(forSSH);
     if (request.controlsConnection) {
         std::fputs("Control socket connect: No such file or directory\n", stderr);
         return connectionFailed;

@@ -1,0 +1,58 @@
+#include "TWEngine/Passwords/AskpassGuard.h"
+
+#include <unistd.h>
+
+namespace tw::AskpassGuard {
+
+namespace {
+
+/// What was met between a process and this program above it.
+struct Callers {
+    int ssh = 0;
+    int sftp = 0;
+};
+
+/// Nothing if this program is not above it.
+std::optional<Callers> callersOf(pid_t self, ProcessTable const &processes)
+{
+    auto const own = processes.executableOf(self);
+    if (!own)
+        return std::nullopt;
+    Callers callers;
+    auto child = self;
+    for (int step = 0; step < mostSteps; ++step) {
+        auto const process = processes.parentOf(child);
+        if (!process || *process < 2 || *process == child) // 1 is the first of all, and 0 is in no table
+            return std::nullopt;
+        if (auto const executable = processes.executableOf(*process)) {
+            if (*executable == *own)
+                return callers;
+            auto const name = executable->path.substr(executable->path.rfind('/') + 1);
+            callers.ssh += name == "ssh" ? 1 : 0;
+            callers.sftp += name == "sftp" ? 1 : 0;
+        }
+        child = *process;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+bool calledByOurOwnSSH()
+{
+    return calledByOurOwnSSH(::getpid(), ProcessTable::ofThisSystem());
+}
+
+bool calledByOurOwnSSH(pid_t self, ProcessTable const &processes)
+{
+    auto const callers = callersOf(self, processes);
+    return callers && callers->ssh + callers->sftp > 0;
+}
+
+bool calledForJumpHost(pid_t self, ProcessTable const &processes)
+{
+    auto const callers = callersOf(self, processes);
+    return callers && callers->ssh > 1;
+}
+
+} // namespace tw::AskpassGuard

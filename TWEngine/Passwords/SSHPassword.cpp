@@ -1,0 +1,217 @@
+#include "TWEngine/Passwords/SSHPassword.h"
+
+#include "TWEngine/Passwords/BusSession.h"
+
+#include <cstdlib>
+#include <vector>
+
+#include <sys/stat.h>
+
+// With the calls that name items by their paths. The others open a window to ask for the key of a locked store.
+#define SECRET_WITH_UNSTABLE 1
+#define SECRET_API_SUBJECT_TO_CHANGE 1
+#include <libsecret/secret.h>
+
+namespace tw::SSHPassword {
+
+namespace {
+
+constexpr auto store = "org.freedesktop.secrets";
+constexpr auto storeObject = "/org/freedesktop/secrets";
+constexpr auto defaultCollection = "/org/freedesktop/secrets/aliases/default";
+/// What stands for a question that nobody needs to be asked.
+constexpr std::string_view noPrompt = "/";
+
+/// The address of the session bus; empty: there is none. Not as GIO finds it, which starts one where there is none.
+std::string sessionBus()
+{
+    // NOLINTBEGIN(concurrency-mt-unsafe): nobody sets variables
+    if (auto const *const address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address != '\0')
+        return std::string_view(address).starts_with("unix:") ? address : "";
+    auto const *const folder = std::getenv("XDG_RUNTIME_DIR");
+    // NOLINTEND(concurrency-mt-unsafe)
+    if (!folder || *folder == '\0')
+        return {};
+    auto const socket = std::string(folder) + "/bus";
+    struct stat status{};
+    if (::stat(socket.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode))
+        return {};
+    auto *const escaped = g_dbus_address_escape_value(socket.c_str());
+    auto address = std::string("unix:path=") + escaped;
+    g_free(escaped);
+    return address;
+}
+
+struct Items {
+    std::vector<std::string> unlocked;
+    std::vector<std::string> locked;
+};
+
+bool isUtf8(std::string_view text)
+{
+    return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
+}
+
+/// What can be an account; anything else cannot be said on the bus.
+bool isAccount(std::string const &host)
+{
+    return !host.empty() && isUtf8(host);
+}
+
+GVariant *attributesOf(std::string const &host)
+{
+    GVariantBuilder attributes;
+    g_variant_builder_init(&attributes, G_VARIANT_TYPE("a{ss}"));
+    g_variant_builder_add(&attributes, "{ss}", "service", service);
+    g_variant_builder_add(&attributes, "{ss}", "account", host.c_str());
+    return g_variant_builder_end(&attributes);
+}
+
+std::vector<std::string> pathsIn(GVariant *reply, std::size_t index)
+{
+    GVariantReference const list(g_variant_get_child_value(reply, index));
+    std::vector<std::string> paths;
+    for (gsize at = 0; at < g_variant_n_children(list.get()); ++at) {
+        GVariantReference const path(g_variant_get_child_value(list.get(), at));
+        paths.emplace_back(g_variant_get_string(path.get(), nullptr));
+    }
+    return paths;
+}
+
+std::string_view textIn(GVariantReference const &reply, std::size_t index)
+{
+    char const *text = "";
+    g_variant_get_child(reply.get(), index, "&o", &text);
+    return text;
+}
+
+/// Asks for nothing but names, and opens nothing.
+Items itemsOf(BusSession &session, std::string const &host)
+{
+    auto *const attributes = attributesOf(host);
+    auto const reply = session.call(store, {storeObject, "org.freedesktop.Secret.Service", "SearchItems"},
+                                    g_variant_new_tuple(&attributes, 1), "(aoao)");
+    if (!reply)
+        return {};
+    return {.unlocked = pathsIn(reply.get(), 0), .locked = pathsIn(reply.get(), 1)};
+}
+
+/// The key store with a key agreed on, so that a password is not to be read by whoever watches the bus.
+///
+/// libsecret has it on the connection that the process shares, and on no other. Such a connection cannot be given up
+/// while the bus greets it, which is why this comes last: the session has just had answers from this bus.
+GObjectReference<SecretService> openStore(BusSession &session)
+{
+    auto const opened = session.await([](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
+        secret_service_open(SECRET_TYPE_SERVICE, store, SECRET_SERVICE_OPEN_SESSION, cancellable, done, data);
+    });
+    GObjectReference<SecretService> service(secret_service_open_finish(opened.get(), nullptr));
+    // Otherwise this process would end with the bus.
+    if (service)
+        g_dbus_connection_set_exit_on_close(g_dbus_proxy_get_connection(G_DBUS_PROXY(service.get())), FALSE);
+    return service;
+}
+
+std::optional<SecretText> secretOf(BusSession &session, std::string const &item)
+{
+    auto const opened = openStore(session);
+    if (!opened)
+        return std::nullopt;
+    auto const got = session.await([&](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
+        secret_service_get_secret_for_dbus_path(opened.get(), item.c_str(), cancellable, done, data);
+    });
+    auto *const value = secret_service_get_secret_for_dbus_path_finish(opened.get(), got.get(), nullptr);
+    if (!value)
+        return std::nullopt;
+    gsize length = 0;
+    auto const *const bytes = secret_value_get(value, &length);
+    std::optional<SecretText> text;
+    if (std::string_view const read(bytes, length); isUtf8(read))
+        text.emplace(read);
+    secret_value_unref(value); // overwrites its memory
+    return text;
+}
+
+bool removeItems(BusSession &session, Items const &items)
+{
+    bool areGone = items.locked.empty() && !items.unlocked.empty();
+    for (auto const &item : items.unlocked) {
+        auto const reply = session.call(store, {item.c_str(), "org.freedesktop.Secret.Item", "Delete"},
+                                        g_variant_new_tuple(nullptr, 0), "(o)");
+        areGone = areGone && reply && textIn(reply, 0) == noPrompt;
+    }
+    return areGone;
+}
+
+GVariant *newItem(std::string const &host, GVariant *secret)
+{
+    GVariantBuilder properties;
+    g_variant_builder_init(&properties, G_VARIANT_TYPE_VARDICT);
+    auto const label = "SSH password for " + host;
+    g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Label",
+                          g_variant_new_string(label.c_str()));
+    g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Attributes", attributesOf(host));
+    return g_variant_new("(a{sv}@(oayays)b)", &properties, secret, TRUE);
+}
+
+bool add(BusSession &session, std::string_view password, std::string const &host)
+{
+    auto const opened = openStore(session);
+    if (!opened)
+        return false;
+    auto *const value = secret_value_new(password.data(), static_cast<gssize>(password.size()), "text/plain");
+    auto *const item = newItem(host, secret_service_encode_dbus_secret(opened.get(), value));
+    secret_value_unref(value);
+    // Only who has agreed on a key may use it.
+    auto *const connection = g_dbus_proxy_get_connection(G_DBUS_PROXY(opened.get()));
+    auto const reply = session.callOn(
+        connection, store, {defaultCollection, "org.freedesktop.Secret.Collection", "CreateItem"}, item, "(oo)");
+    return reply && textIn(reply, 1) == noPrompt;
+}
+
+} // namespace
+
+bool save(std::string_view password, std::string const &host, Limit limit)
+{
+    if (!isAccount(host) || !isUtf8(password))
+        return false;
+    BusSession session(sessionBus(), limit);
+    if (!session.connection())
+        return password.empty();
+    auto const items = itemsOf(session, host);
+    removeItems(session, items);
+    // What a locked store has cannot be forgotten.
+    return password.empty() ? items.locked.empty() : add(session, password, host);
+}
+
+std::optional<SecretText> read(std::string const &host, Limit limit)
+{
+    if (!isAccount(host))
+        return std::nullopt;
+    BusSession session(sessionBus(), limit);
+    if (!session.connection())
+        return std::nullopt;
+    auto const items = itemsOf(session, host);
+    return items.unlocked.empty() ? std::nullopt : secretOf(session, items.unlocked.front());
+}
+
+bool exists(std::string const &host, Limit limit)
+{
+    if (!isAccount(host))
+        return false;
+    BusSession session(sessionBus(), limit);
+    if (!session.connection())
+        return false;
+    auto const items = itemsOf(session, host);
+    return !items.unlocked.empty() || !items.locked.empty();
+}
+
+bool remove(std::string const &host, Limit limit)
+{
+    if (!isAccount(host))
+        return false;
+    BusSession session(sessionBus(), limit);
+    return session.connection() && removeItems(session, itemsOf(session, host));
+}
+
+} // namespace tw::SSHPassword

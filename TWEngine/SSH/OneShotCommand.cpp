@@ -1,0 +1,71 @@
+#include "TWEngine/SSH/OneShotCommand.h"
+
+#include "TWEngine/Runtime/ChildProcess.h"
+#include "TWEngine/Runtime/SharedTask.h"
+
+namespace tw::OneShotCommand {
+
+namespace {
+
+Task<std::string> beginningOf(std::shared_ptr<ChildProcess> child, ChildOutput output, bool isPipe, std::size_t kept)
+{
+    std::string beginning;
+    if (!isPipe)
+        co_return beginning;
+    std::string buffer;
+    for (;;) {
+        buffer = co_await child->read(output, std::move(buffer));
+        if (buffer.empty())
+            co_return beginning;
+        beginning.append(buffer, 0, kept - beginning.size());
+    }
+}
+
+Task<std::string> handAll(std::shared_ptr<ChildProcess> child, Taker taker)
+{
+    std::string buffer;
+    for (;;) {
+        buffer = co_await child->read(ChildOutput::standard, std::move(buffer));
+        if (buffer.empty())
+            co_return std::string();
+        buffer = co_await taker(std::move(buffer));
+    }
+}
+
+Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Taker taker)
+{
+    auto const started = ChildProcess::start(*io, command);
+    if (!started)
+        throw started.error();
+    auto const &child = *started;
+    auto const context = co_await currentContext();
+    auto const hasOutput = std::holds_alternative<PipeEnd>(command.output);
+    auto const hasErrors = std::holds_alternative<PipeEnd>(command.error);
+    // Both at once: a program that fills one pipe while the other is read would wait for ever.
+    auto const errors =
+        SharedTask<std::string>::start(context.executor, beginningOf(child, ChildOutput::error, hasErrors, kept));
+    std::stop_callback const stopErrors(context.stop, [errors] { errors.cancel(); });
+    auto output = co_await outcomeOf(taker ? handAll(child, std::move(taker))
+                                           : beginningOf(child, ChildOutput::standard, hasOutput, kept));
+    if (output.failure)
+        errors.cancel(); // it holds the program
+    Result result;
+    result.output = output.take();
+    result.errors = co_await errors.wait();
+    result.status = co_await child->wait();
+    co_return result;
+}
+
+} // namespace
+
+Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept)
+{
+    return runChild(&io, std::move(command), kept, nullptr);
+}
+
+Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept, Taker taker)
+{
+    return runChild(&io, std::move(command), kept, std::move(taker));
+}
+
+} // namespace tw::OneShotCommand

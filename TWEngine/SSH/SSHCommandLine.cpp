@@ -1,0 +1,155 @@
+#include "TWEngine/SSH/SSHCommandLine.h"
+
+#include "TWCore/Model/WindowsPath.h"
+#include "TWEngine/Shell/ShellLiteral.h"
+
+namespace tw::SSHCommandLine {
+
+namespace {
+
+bool asksForPassword(RemoteShellOptions const &options)
+{
+    return options.askpassHelper && options.askpassAccount;
+}
+
+void addOption(Arguments &arguments, std::string option)
+{
+    arguments.emplace_back("-o");
+    arguments.push_back(std::move(option));
+}
+
+std::string inSeconds(std::chrono::duration<double> time)
+{
+    return std::to_string(std::chrono::duration_cast<std::chrono::seconds>(time).count());
+}
+
+/// Of three questions without an answer a client concludes that the host is gone.
+void addKeepAlive(Arguments &arguments, std::chrono::seconds interval)
+{
+    addOption(arguments, "ServerAliveInterval=" + inSeconds(interval));
+    addOption(arguments, "ServerAliveCountMax=3");
+}
+
+void addSharing(Arguments &arguments, std::string const &controlPath, std::chrono::seconds persist)
+{
+    addOption(arguments, "ControlMaster=auto");
+    addOption(arguments, "ControlPath=" + controlPath);
+    addOption(arguments, "ControlPersist=" + inSeconds(persist));
+}
+
+Arguments withCommand(Arguments arguments, std::string const &host, std::string command)
+{
+    arguments.emplace_back("--");
+    arguments.push_back(host);
+    arguments.push_back(std::move(command));
+    return arguments;
+}
+
+std::string quotedNative(std::string_view path)
+{
+    return quote(ShellDialect::powershell, WindowsPath::toNative(path));
+}
+
+std::string downloadCommand(ShellDialect dialect, std::string_view path)
+{
+    if (dialect == ShellDialect::posix)
+        return "cat -- " + ShellLiteral::posix(path);
+    return ShellLiteral::powerShellEncoded("$f=[IO.File]::OpenRead(" + quotedNative(path) +
+                                           ")\n"
+                                           "$o=[Console]::OpenStandardOutput()\n"
+                                           "$f.CopyTo($o); $f.Close(); $o.Flush()");
+}
+
+/// In words that the shells of the csh family understand as well. Some systems print spaces before the number.
+std::string sizeCheck(std::string const &file, std::int64_t size)
+{
+    return "wc -c < " + file + " | grep -q '^ *" + std::to_string(size) + "$' && ";
+}
+
+std::string uploadCommand(ShellDialect dialect, std::string_view path, std::optional<std::int64_t> size)
+{
+    if (dialect == ShellDialect::posix) {
+        auto const target = ShellLiteral::posix(path);
+        auto const temporary = ShellLiteral::posix(uploadTemporary(path));
+        return "cat > " + temporary + " && " + (size ? sizeCheck(temporary, *size) : "") + "cat " + temporary + " > " +
+               target + " && rm -f " + temporary;
+    }
+    return ShellLiteral::powerShellEncoded("$t=" + quotedNative(uploadTemporary(path)) +
+                                           "\n"
+                                           "$i=[Console]::OpenStandardInput()\n"
+                                           "$f=[IO.File]::Create($t)\n"
+                                           "$i.CopyTo($f); $f.Close()\n"
+                                           "Copy-Item -LiteralPath $t -Destination " +
+                                           quotedNative(path) +
+                                           " -Force\n"
+                                           "Remove-Item -LiteralPath $t -Force");
+}
+
+} // namespace
+
+Arguments session(RemoteShellOptions const &options, std::string const &host, ShellDialect dialect)
+{
+    Arguments arguments;
+    addOption(arguments, asksForPassword(options) ? "BatchMode=no" : "BatchMode=yes");
+    addOption(arguments, "ConnectTimeout=" + inSeconds(options.connectTimeout));
+    addKeepAlive(arguments, options.keepAliveInterval);
+    if (options.compression)
+        arguments.emplace_back("-C");
+    if (options.controlPath)
+        addSharing(arguments, *options.controlPath, options.controlPersist);
+    if (asksForPassword(options))
+        addOption(arguments, "NumberOfPasswordPrompts=1");
+    return withCommand(std::move(arguments), host, std::string(remoteCommand(dialect)));
+}
+
+std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &options)
+{
+    if (!asksForPassword(options))
+        return {};
+    return {{"SSH_ASKPASS", *options.askpassHelper},
+            {"SSH_ASKPASS_REQUIRE", "force"}, // even where there is no display
+            {"TW_ASKPASS_ACCOUNT", *options.askpassAccount}};
+}
+
+Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath)
+{
+    Arguments arguments;
+    addOption(arguments, "BatchMode=yes");
+    addKeepAlive(arguments, options.keepAliveInterval);
+    if (controlPath)
+        addSharing(arguments, *controlPath, RemoteShellOptions().controlPersist);
+    return arguments;
+}
+
+Arguments probe(Arguments transportOptions, std::string const &host)
+{
+    addOption(transportOptions, "ConnectTimeout=10");
+    // The command interpreter of Windows puts its own path there; a POSIX shell leaves the text as it is.
+    return withCommand(std::move(transportOptions), host, "echo %COMSPEC%");
+}
+
+Arguments download(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path)
+{
+    return withCommand(std::move(transportOptions), host, downloadCommand(dialect, path));
+}
+
+Arguments upload(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path,
+                 std::optional<std::int64_t> size)
+{
+    return withCommand(std::move(transportOptions), host, uploadCommand(dialect, path, size));
+}
+
+std::string uploadTemporary(std::string_view path)
+{
+    return std::string(path) + ".tw-upload";
+}
+
+std::string removeUploadTemporary(ShellDialect dialect, std::string_view path)
+{
+    auto const temporary = uploadTemporary(path);
+    if (dialect == ShellDialect::posix)
+        return "rm -f " + quote(dialect, temporary);
+    return "Remove-Item -LiteralPath " + quotedNative(temporary) + " -Force -ErrorAction SilentlyContinue";
+}
+
+} // namespace tw::SSHCommandLine

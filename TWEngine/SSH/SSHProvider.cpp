@@ -1,0 +1,312 @@
+#include "TWEngine/SSH/SSHProvider.h"
+
+#include "TWCore/Model/DisplayText.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/ListingParser.h"
+#include "TWCore/Model/ReadError.h"
+#include "TWCore/Model/Trimmed.h"
+#include "TWCore/Model/WindowsPath.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/TransferFile.h"
+
+namespace tw {
+
+namespace {
+
+/// Of a client's words, as much is kept.
+constexpr std::size_t keptBytes = 65536;
+
+/// What of a file is asked for at once: far below what ends a session as a flood.
+constexpr std::size_t mostBytesInAnAnswer = 16U << 20U;
+
+RemoteShellOptions completed(RemoteShellOptions options, std::string const &host, ControlPath::Place const &sockets)
+{
+    if (!options.controlPath)
+        options.controlPath = ControlPath::make(host, sockets);
+    return options;
+}
+
+std::string lastWords(OneShotCommand::Result const &result)
+{
+    return std::string(trimmed(repaired(result.errors)));
+}
+
+/// The words of a login shell lose the line ends behind them, and would name another file.
+bool canBeNamedInACommand(ShellDialect dialect, std::string const &path)
+{
+    return dialect == ShellDialect::powershell || !path.ends_with('\n');
+}
+
+constexpr auto unnameable = "a name that ends with a line end cannot be transferred";
+
+Task<void> asBestItCan(Task<CommandResult> work)
+{
+    co_await outcomeOf(std::move(work));
+}
+
+} // namespace
+
+SSHProvider::SSHProvider(Collaborators with, std::string toHost, RemoteShellOptions settings)
+    : engine(with.engine),
+      strand(engine.makeStrand()),
+      sshProgram(std::move(with.sshProgram)),
+      sockets(std::move(with.sockets)),
+      host(std::move(toHost)),
+      options(completed(std::move(settings), host, sockets)),
+      sessions(std::make_shared<HostSessions>(
+          HostSessions::Collaborators{.engine = engine,
+                                      .strand = strand,
+                                      .sshProgram = sshProgram,
+                                      .savedPasswords = std::move(with.savedPasswords)},
+          host, options,
+          // By then the place for the sockets may be another.
+          [options = options, host = host, sockets = sockets] {
+              return SSHCommandLine::probe(SSHCommandLine::transportOptions(options, ControlPath::make(host, sockets)),
+                                           host);
+          }))
+{
+}
+
+template <class T>
+Task<T> SSHProvider::inTurn(Task<T> work)
+{
+    return onStrand(strand, afterTransfers(shared_from_this(), std::move(work)));
+}
+
+template <class T>
+Task<T> SSHProvider::afterTransfers(Self self, Task<T> work)
+{
+    auto const endedBefore = self->sessions->disconnections();
+    while (self->transfer && !self->transfer->isDone()) {
+        auto const running = *self->transfer;
+        co_await outcomeOf(running.wait());
+        auto const context = co_await currentContext();
+        if (context.stop.stop_requested())
+            throw Cancelled();
+    }
+    if (self->sessions->disconnections() != endedBefore)
+        HostSessions::failAsShutDown();
+    auto outcome = co_await outcomeOf(std::move(work));
+    co_return outcome.take();
+}
+
+Task<void> SSHProvider::alone(Task<void> work)
+{
+    return inTurn(aloneHere(shared_from_this(), std::move(work)));
+}
+
+Task<void> SSHProvider::aloneHere(Self self, Task<void> work)
+{
+    auto const context = co_await currentContext();
+    auto const running = SharedTask<void>::start(context.executor, std::move(work));
+    self->transfer = running;
+    std::stop_callback const passOn(context.stop, [running] { running.cancel(); });
+    auto outcome = co_await outcomeOf(running.wait().withStop({}));
+    // The next one may have begun between the end of this one and here.
+    if (self->transfer == running)
+        self->transfer.reset();
+    try {
+        outcome.take();
+    } catch (Cancelled const &) {
+        if (context.stop.stop_requested())
+            throw;
+        HostSessions::failAsShutDown();
+    }
+}
+
+SSHCommandLine::Arguments SSHProvider::transportOptions() const
+{
+    return SSHCommandLine::transportOptions(options, ControlPath::make(host, sockets));
+}
+
+Task<void> SSHProvider::connect()
+{
+    return inTurn(sessions->connect());
+}
+
+Task<void> SSHProvider::reconnect()
+{
+    return inTurn(sessions->reconnect());
+}
+
+Task<void> SSHProvider::disconnect()
+{
+    // Not in turn: it is what ends a transfer that does not end by itself.
+    return onStrand(strand, disconnectHere(shared_from_this()));
+}
+
+Task<void> SSHProvider::disconnectHere(Self self)
+{
+    auto const running = self->transfer;
+    if (running)
+        running->cancel();
+    co_await self->sessions->disconnect();
+    if (running)
+        co_await outcomeOf(running->wait());
+}
+
+Task<Listings> SSHProvider::fetch(std::string path, int depth, FetchPriority priority)
+{
+    return inTurn(fetchHere(shared_from_this(), std::move(path), depth, priority));
+}
+
+Task<Listings> SSHProvider::fetchHere(Self self, std::string path, int depth, FetchPriority priority)
+{
+    auto const choice = priority == FetchPriority::background ? Choice::backgroundIfReady : Choice::interactive;
+    auto response = co_await self->sessions->asking<ListingResponse>(
+        choice, [path, depth](RemoteShell &shell) { return shell.list(path, depth); });
+    // A host that sends more than it was told to does not decide how much is made of it.
+    response.bytes.resize(std::min(response.bytes.size(), self->options.maxResponseBytes));
+    auto const completeness =
+        response.truncated ? ListingParser::Completeness::truncated : ListingParser::Completeness::whole;
+    auto listings = ListingParser::parse(std::make_shared<std::string const>(std::move(response.bytes)), path, depth,
+                                         self->engine.clock()->now(), completeness);
+    auto const root = listings.find(ListingParser::normalize(path));
+    // A host may report a failure after having sent a part of the tree.
+    auto const hasEntries = root != listings.end() && root->second.count() > 0;
+    if (response.status != 0 && !hasEntries)
+        throw FileOperationError::Failed("list", path, self->host + " could not read that folder");
+    co_return listings;
+}
+
+Task<std::string> SSHProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)
+{
+    return inTurn(readChunkHere(sessions, std::move(path), offset, length));
+}
+
+Task<std::string> SSHProvider::readChunkHere(std::shared_ptr<HostSessions> sessions, std::string path,
+                                             std::int64_t offset, std::size_t length)
+{
+    std::string bytes;
+    while (bytes.size() < length) {
+        auto const from = offset + static_cast<std::int64_t>(bytes.size());
+        auto const wanted = std::min(length - bytes.size(), mostBytesInAnAnswer);
+        auto piece =
+            co_await sessions->asking<std::string>(Choice::interactive, [path, from, wanted](RemoteShell &shell) {
+                return shell.readChunk(path, from, wanted);
+            });
+        auto const isLast = piece.size() < wanted;
+        bytes = bytes.empty() ? std::move(piece) : bytes + piece;
+        if (isLast)
+            break;
+    }
+    co_return bytes;
+}
+
+Task<std::int64_t> SSHProvider::fileSize(std::string path)
+{
+    return inTurn(sessions->asking<std::int64_t>(
+        Choice::interactive, [path = std::move(path)](RemoteShell &shell) { return shell.fileSize(path); }));
+}
+
+Task<CommandResult> SSHProvider::runCommand(std::string command, std::optional<Seconds> limit, FetchPriority priority)
+{
+    auto const choice = priority == FetchPriority::background ? Choice::background : Choice::interactive;
+    return inTurn(sessions->asking<CommandResult>(
+        choice, [command = std::move(command), limit](RemoteShell &shell) { return shell.run(command, limit); }));
+}
+
+Task<void> SSHProvider::download(std::string path, std::string localPath)
+{
+    return alone(downloadHere(shared_from_this(), std::move(path), std::move(localPath)));
+}
+
+Task<void> SSHProvider::downloadHere(Self self, std::string path, std::string localPath)
+{
+    if (!canBeNamedInACommand(self->sessions->speaks(), path))
+        throw ReadError::NotReadable(path, unnameable);
+    auto const file = co_await TransferFile::open(self->engine, localPath, TransferFile::Purpose::toWrite);
+    if (!file)
+        throw ReadError::NotReadable(localPath, "cannot create local file");
+    auto const result = co_await OneShotCommand::run(
+        self->engine.io(),
+        {.program = self->sshProgram,
+         .arguments = SSHCommandLine::download(self->transportOptions(), self->host, self->sessions->speaks(), path),
+         .output = PipeEnd{},
+         .error = PipeEnd{}},
+        keptBytes, TransferFile::writer(self->engine, file, localPath));
+    if (!result.status.isSuccess())
+        throw ReadError::NotReadable(path, lastWords(result));
+    co_await TransferFile::finish(self->engine, file, localPath);
+}
+
+Task<void> SSHProvider::upload(std::string localPath, std::string path)
+{
+    return alone(uploadHere(shared_from_this(), std::move(localPath), std::move(path)));
+}
+
+Task<void> SSHProvider::uploadHere(Self self, std::string localPath, std::string path)
+{
+    if (!canBeNamedInACommand(self->sessions->speaks(), path))
+        throw FileOperationError::Failed("upload", path, unnameable);
+    auto const endedBefore = self->sessions->disconnections();
+    auto const file = co_await TransferFile::open(self->engine, localPath, TransferFile::Purpose::toRead);
+    if (!file)
+        throw ReadError::NotReadable(localPath, "cannot open local file");
+    auto const command = SSHCommandLine::removeUploadTemporary(self->sessions->speaks(), path);
+    auto removal = self->sessions->asking<CommandResult>(
+        Choice::interactive, [command](RemoteShell &shell) { return shell.run(command, std::nullopt); });
+    auto const outcome = co_await outcomeOf(
+        OneShotCommand::run(self->engine.io(),
+                            {.program = self->sshProgram,
+                             .arguments = SSHCommandLine::upload(self->transportOptions(), self->host,
+                                                                 self->sessions->speaks(), path, file->size),
+                             .input = DescriptorEnd{file->descriptor.get()},
+                             .error = PipeEnd{}},
+                            keptBytes));
+    if (outcome.failure) {
+        // Whoever has stopped it does not wait until the host is clean again.
+        if (self->sessions->disconnections() == endedBefore)
+            spawn({self->strand.executor(), {}}, asBestItCan(std::move(removal)));
+        std::rethrow_exception(outcome.failure);
+    }
+    if (outcome.value->status.isSuccess())
+        co_return;
+    co_await outcomeOf(std::move(removal));
+    auto const words = lastWords(*outcome.value);
+    // The check that all of it has arrived says nothing.
+    throw FileOperationError::Failed("upload", path, words.empty() ? "not all of the file has arrived" : words);
+}
+
+Task<std::string> SSHProvider::defaultDirectory()
+{
+    return onStrand(strand, defaultDirectoryHere(shared_from_this()));
+}
+
+Task<std::string> SSHProvider::defaultDirectoryHere(Self self)
+{
+    auto const shell = self->sessions->interactiveShell();
+    if (!shell)
+        co_return "/";
+    auto const state = co_await shell->state();
+    auto const &start = state.handshake.startDirectory;
+    co_return self->sessions->speaks() == ShellDialect::posix ? start : WindowsPath::fromNative(start);
+}
+
+Task<bool> SSHProvider::isLive()
+{
+    return onStrand(strand, isLiveHere(shared_from_this()));
+}
+
+Task<bool> SSHProvider::isLiveHere(Self self)
+{
+    auto const shell = self->sessions->interactiveShell();
+    if (!shell)
+        co_return false;
+    auto const state = co_await shell->state();
+    co_return state.isConnected;
+}
+
+Task<std::string> SSHProvider::remoteImplementation()
+{
+    return onStrand(strand, remoteImplementationHere(shared_from_this()));
+}
+
+Task<std::string> SSHProvider::remoteImplementationHere(Self self)
+{
+    auto const shell = self->sessions->interactiveShell();
+    auto const state = shell ? co_await shell->state() : RemoteShell::State{};
+    co_return state.handshake.implementation;
+}
+
+} // namespace tw

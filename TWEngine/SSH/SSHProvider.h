@@ -1,0 +1,117 @@
+#pragma once
+
+#include "TWCore/Provider/FileSystemReader.h"
+#include "TWEngine/SSH/ControlPath.h"
+#include "TWEngine/SSH/HostSessions.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tw {
+
+class EngineRuntime;
+
+/// The files of one host.
+///
+/// It asks over HostSessions. A session that was lost is connected again once, behind the caller's back, and what was
+/// asked is asked again.
+///
+/// Threads: serialised on its own strand; every operation may be called from anywhere.
+/// Lifetime: shared; the engine outlives it. It is disconnected before it is dropped.
+/// Cancellation: connecting and the transfer of a file are given up; a question that was sent is waited for.
+/// Errors: RemoteShellError, ReadError, FileOperationError, and SpawnError where ssh cannot be started for a file. What
+/// is under way at a disconnect fails with Disconnected and is not asked again.
+class SSHProvider final : public FileSystemReader, public std::enable_shared_from_this<SSHProvider> {
+public:
+    using Seconds = RemoteShell::Seconds;
+
+    struct Collaborators {
+        EngineRuntime &engine;
+        /// The ssh client. Anything but the usual one is for tests, which cannot give ssh another home.
+        std::string sshProgram = std::string(SSHCommandLine::program);
+        ControlPath::Place sockets = ControlPath::Place::ofThisUser();
+        SavedPasswords savedPasswords = {};
+    };
+
+    /// Starts nothing. `host` is a destination as ssh takes it.
+    SSHProvider(Collaborators collaborators, std::string host, RemoteShellOptions options = {});
+
+    std::string identifier() const override { return "ssh:" + host; }
+
+    std::string displayName() const override { return host; }
+
+    int maxUsefulDepth() const override { return 4; }
+
+    std::optional<std::string> persistentCacheIdentity() const override { return identifier(); }
+
+    /// Finds out what the host speaks, and connects the first session. The second comes up behind it; until then what
+    /// is for the second waits. Without the second, scans ahead go over the first; see HostSessions.
+    Task<void> connect() override;
+
+    Task<Listings> fetch(std::string path, int depth, FetchPriority priority) override;
+
+    /// Ends both sessions. A later connect does not ask again what the host speaks.
+    Task<void> disconnect() override;
+
+    Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length) override;
+    Task<std::int64_t> fileSize(std::string path) override;
+
+    /// Through an ssh client of its own, so that a large file occupies no session. While it runs, every other operation
+    /// of this provider waits; what is long goes through a transfer.
+    Task<void> download(std::string path, std::string localPath) override;
+    Task<void> upload(std::string localPath, std::string path) override;
+
+    /// Runs a command on the host. `priority` chooses the session.
+    Task<CommandResult> runCommand(std::string command, std::optional<Seconds> limit, FetchPriority priority);
+
+    /// Ends both sessions and connects them again. Callers at the same time share one reconnection and its outcome.
+    Task<void> reconnect();
+
+    /// Where the host's shell starts: a place to open where none was asked for.
+    Task<std::string> defaultDirectory();
+
+    Task<bool> isLive();
+
+    /// What lists folders on the host: "gnu" or "perl", and "unknown" without a session.
+    Task<std::string> remoteImplementation();
+
+private:
+    using Self = std::shared_ptr<SSHProvider>;
+    using Choice = HostSessions::Choice;
+
+    static Task<void> disconnectHere(Self self);
+    static Task<Listings> fetchHere(Self self, std::string path, int depth, FetchPriority priority);
+    static Task<std::string> readChunkHere(std::shared_ptr<HostSessions> sessions, std::string path,
+                                           std::int64_t offset, std::size_t length);
+    static Task<void> downloadHere(Self self, std::string path, std::string localPath);
+    static Task<void> uploadHere(Self self, std::string localPath, std::string path);
+    static Task<std::string> defaultDirectoryHere(Self self);
+    static Task<bool> isLiveHere(Self self);
+    static Task<std::string> remoteImplementationHere(Self self);
+
+    /// Runs `work` on the strand when no transfer of a whole file is under way.
+    template <class T>
+    Task<T> inTurn(Task<T> work);
+    template <class T>
+    static Task<T> afterTransfers(Self self, Task<T> work);
+    /// The same for a transfer, which the others then wait for.
+    Task<void> alone(Task<void> transfer);
+    static Task<void> aloneHere(Self self, Task<void> transfer);
+
+    SSHCommandLine::Arguments transportOptions() const;
+
+    // Constant after construction.
+    EngineRuntime &engine;
+    Strand const strand;
+    std::string const sshProgram;
+    ControlPath::Place const sockets;
+    std::string const host;
+    RemoteShellOptions const options;
+    std::shared_ptr<HostSessions> const sessions;
+
+    // On the strand.
+    std::optional<SharedTask<void>> transfer;
+};
+
+} // namespace tw

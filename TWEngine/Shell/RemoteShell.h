@@ -1,0 +1,134 @@
+#pragma once
+
+#include "TWCore/Async/Clock.h"
+#include "TWEngine/Runtime/Completion.h"
+#include "TWEngine/Runtime/Strand.h"
+#include "TWEngine/SSH/SSHCommandLine.h"
+#include "TWEngine/Shell/RemoteShellError.h"
+#include "TWEngine/Shell/RemoteShellOptions.h"
+#include "TWEngine/Shell/ShellDialect.h"
+#include "TWEngine/Shell/ShellHandshake.h"
+#include "TWEngine/Shell/ShellReader.h"
+#include "TWEngine/Shell/ShellRequest.h"
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace tw {
+
+class IoThread;
+class ShellClient;
+
+/// What a request yields.
+struct ListingResponse {
+    std::string bytes; ///< the payload, unaltered
+    std::int32_t status = 0;
+    bool truncated = false; ///< the payload has reached the budget, at which the host stops listing
+};
+
+/// What a command on a host printed, and how it ended.
+struct CommandResult {
+    std::string output; ///< standard output and error, UTF-8
+    std::int32_t status = 0;
+};
+
+/// One long conversation with one host: an ssh client whose remote command is a shell, in which the resident script is
+/// loaded once. From then on a request is a line, and its answer what comes back up to the session's own marker.
+///
+/// The host serves requests strictly in the order of their writing; several may be under way, told apart by their ids.
+/// Nothing reconnects at this level, but the same object may connect again.
+///
+/// Threads: serialised on its own strand; every operation may be called from anywhere.
+/// Lifetime: shared; the I/O thread outlives it. What reads the host's output does not keep it alive, and the ssh
+/// client goes with it.
+/// Cancellation: a request that was sent is waited for even if its caller is stopped, since its answer has to be taken
+/// off the line; the end of the session ends the waiting. Connecting is given up when its caller is stopped.
+/// Errors: RemoteShellError. A time-out is told when the answer has come after all, or the session has ended: the clock
+/// alone never abandons an answer, so that none can be taken for another's.
+class RemoteShell : public std::enable_shared_from_this<RemoteShell> {
+public:
+    using Seconds = std::chrono::duration<double>;
+
+    struct Collaborators {
+        Strand strand;
+        IoThread &io;
+        std::shared_ptr<Clock> clock;
+        /// The ssh client. Anything but the usual one is for tests, which cannot give ssh another home.
+        std::string sshProgram = std::string(SSHCommandLine::program);
+    };
+
+    /// Starts nothing. `host` is a destination as ssh takes it.
+    RemoteShell(Collaborators collaborators, std::string host, RemoteShellOptions options, ShellDialect dialect);
+    ~RemoteShell();
+
+    /// Starts ssh, loads the script and waits for its handshake. Nothing if it is connected. Throws ConnectFailed.
+    /// Called again before it has ended, it begins anew, and the earlier call fails.
+    Task<void> connect();
+
+    /// The entries below `path`, down to `depth` levels.
+    Task<ListingResponse> list(std::string path, int depth);
+
+    /// Bytes; 0 for what is not there.
+    Task<std::int64_t> fileSize(std::string path);
+
+    /// Runs a command in a subshell of the session. Without a limit, that of the options holds.
+    Task<CommandResult> run(std::string command, std::optional<Seconds> limit);
+
+    /// At most `length` bytes from `offset` on; none for what cannot be read.
+    Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length);
+
+    /// Ends the session. What is under way fails with Disconnected.
+    Task<void> shutdown();
+
+    struct State {
+        bool isConnected = false;
+        ShellHandshake handshake;
+        std::optional<std::string> disconnectReason; ///< the last one
+    };
+
+    Task<State> state();
+
+private:
+    using Answer = std::shared_ptr<Completion<ListingResponse>>;
+
+    static Task<void> connectHere(std::shared_ptr<RemoteShell> self);
+    static Task<void> awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer);
+    static Task<ListingResponse> request(std::shared_ptr<RemoteShell> self, ShellRequest request, Seconds limit);
+    static Task<ListingResponse> answerWithin(std::shared_ptr<Clock> clock, Answer answer, Seconds limit);
+    static Task<void> closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session, Seconds limit);
+    static void close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<ShellClient> const &session);
+    static Task<void> listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session,
+                             std::shared_ptr<Clock> clock);
+    static Task<State> stateHere(std::shared_ptr<RemoteShell> self);
+    static Task<void> shutdownHere(std::shared_ptr<RemoteShell> self);
+
+    Task<ListingResponse> ask(ShellRequest request, Seconds limit);
+    void startSession();
+    void deliver(ShellReader::Frame frame);
+    void handleClosed(ShellClient const *closed, std::string const &detail);
+    void teardown(std::optional<std::string> const &reason);
+    void failPending(std::string const &detail);
+    Answer expect(std::uint64_t id);
+
+    // Constant after construction.
+    Strand const strand;
+    IoThread &io;
+    std::shared_ptr<Clock> const clock;
+    std::string const sshProgram;
+    std::string const host;
+    RemoteShellOptions const options;
+    ShellDialect const dialect;
+    std::string const nonce; ///< 16 hexadecimal digits; kept from one connection to the next
+
+    // On the strand.
+    std::shared_ptr<ShellClient> session; ///< null when idle
+    bool connected = false;
+    std::uint64_t nextRequestID = 1; ///< never reset; 0 is the handshake's
+    std::map<std::uint64_t, Answer> pending;
+    std::optional<std::string> disconnectReason;
+    ShellHandshake handshake;
+};
+
+} // namespace tw

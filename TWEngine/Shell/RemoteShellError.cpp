@@ -1,0 +1,56 @@
+#include "TWEngine/Shell/RemoteShellError.h"
+
+namespace tw {
+
+namespace {
+
+std::string wholeSeconds(std::chrono::duration<double> limit)
+{
+    return std::to_string(std::chrono::duration_cast<std::chrono::seconds>(limit).count());
+}
+
+std::string quoted(std::string const &text)
+{
+    return '"' + text + '"';
+}
+
+} // namespace
+
+RemoteShellError::ConnectFailed::ConnectFailed(std::string toHost, std::string why)
+    : RemoteShellError("cannot reach " + toHost + ": " + why), host(std::move(toHost)), detail(std::move(why))
+{
+}
+
+std::string RemoteShellError::ConnectFailed::plainText() const
+{
+    return "connectFailed(host: " + quoted(host) + ", detail: " + quoted(detail) + ")";
+}
+
+RemoteShellError::Disconnected::Disconnected(std::string why)
+    : RemoteShellError("disconnected: " + why), detail(std::move(why))
+{
+}
+
+std::string RemoteShellError::Disconnected::plainText() const
+{
+    return "disconnected(detail: " + quoted(detail) + ")";
+}
+
+RemoteShellError::TimedOut::TimedOut(std::chrono::duration<double> after)
+    : RemoteShellError("timed out after " + wholeSeconds(after) + "s"), limit(after)
+{
+}
+
+std::string RemoteShellError::TimedOut::plainText() const
+{
+    return "timedOut(seconds: " + wholeSeconds(limit) + ")";
+}
+
+RemoteShellError::NotConnected::NotConnected() : RemoteShellError("not connected") {}
+
+std::string RemoteShellError::NotConnected::plainText() const
+{
+    return "notConnected";
+}
+
+} // namespace tw

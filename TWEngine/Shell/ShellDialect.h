@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tw {
+
+/// What the shell of a host speaks.
+enum class ShellDialect {
+    posix,
+    powershell, ///< a Windows host
+};
+
+/// The name that a dialect is stored under, "posix" or "powershell".
+std::string_view rawText(ShellDialect dialect) noexcept;
+
+/// The dialect of a stored name, or nothing for any other text.
+std::optional<ShellDialect> shellDialectFromRaw(std::string_view text) noexcept;
+
+/// What a host answered to SSHCommandLine::probe says what it speaks. No answer counts as posix.
+ShellDialect shellDialectFromProbe(std::string_view answer);
+
+/// The command line by which a host starts the shell that reads requests from its standard input.
+std::string_view remoteCommand(ShellDialect dialect) noexcept;
+
+/// What ends a line of that input.
+std::string_view lineTerminator(ShellDialect dialect) noexcept;
+
+/// Whether that shell acts on a line as soon as it has one, even in the middle of a quoted text.
+bool needsSingleLineRequests(ShellDialect dialect) noexcept;
+
+/// `text` as one word that means nothing but itself to that shell. Of a posix shell's text every byte but NUL is kept.
+std::string quote(ShellDialect dialect, std::string_view text);
+
+/// What is written to have that shell carry out `request`, without the end of the line.
+std::string encodeRequest(ShellDialect dialect, std::string_view request);
+
+} // namespace tw

@@ -1,0 +1,60 @@
+#include "TWEngine/Shell/ShellRequest.h"
+
+#include "TWCore/Model/WindowsPath.h"
+#include "TWEngine/Shell/Base64.h"
+
+namespace tw {
+
+namespace {
+
+std::string quotedPath(ShellDialect dialect, std::string_view path)
+{
+    if (dialect == ShellDialect::powershell)
+        return quote(dialect, WindowsPath::toNative(path));
+    return quote(dialect, path);
+}
+
+} // namespace
+
+/// What a service is called in each dialect.
+struct ShellRequest::Service {
+    std::string_view posix;
+    std::string_view powershell;
+};
+
+ShellRequest ShellRequest::list(ShellDialect dialect, std::string_view path, int depth)
+{
+    return {dialect, {"tw_list", "TWList"}, std::to_string(depth) + ' ' + quotedPath(dialect, path)};
+}
+
+ShellRequest ShellRequest::size(ShellDialect dialect, std::string_view path)
+{
+    return {dialect, {"tw_size", "TWSize"}, quotedPath(dialect, path)};
+}
+
+ShellRequest ShellRequest::read(ShellDialect dialect, std::string_view path, std::int64_t offset, std::size_t length)
+{
+    auto const range = std::to_string(offset) + ' ' + std::to_string(length);
+    return {dialect, {"tw_read", "TWRead"}, quotedPath(dialect, path) + ' ' + range};
+}
+
+ShellRequest ShellRequest::run(ShellDialect dialect, std::string_view command)
+{
+    auto argument = dialect == ShellDialect::posix ? quote(dialect, command) : "'" + Base64::encode(command) + "'";
+    return {dialect, {"tw_run", "TWRun"}, std::move(argument)};
+}
+
+ShellRequest::ShellRequest(ShellDialect shellDialect, Service const &service, std::string argumentText)
+    : dialect(shellDialect),
+      name(dialect == ShellDialect::posix ? service.posix : service.powershell),
+      arguments(std::move(argumentText))
+{
+}
+
+std::string ShellRequest::numbered(std::uint64_t id) const
+{
+    auto const text = std::string(name) + ' ' + std::to_string(id) + ' ' + arguments;
+    return encodeRequest(dialect, text) + std::string(lineTerminator(dialect));
+}
+
+} // namespace tw

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "TWEngine/Shell/ShellDialect.h"
+
+#include <cstdint>
+
+namespace tw {
+
+/// One request to the resident script of a host, before it has its number.
+///
+/// The number is put between the parts that were made here, not searched for in them: a name may hold any mark that a
+/// search would look for.
+class ShellRequest {
+public:
+    /// The entries below `path`, down to `depth` levels, as ListingParser reads them.
+    static ShellRequest list(ShellDialect dialect, std::string_view path, int depth);
+
+    /// The length of a file, as ShellAnswer::fileSize reads it.
+    static ShellRequest size(ShellDialect dialect, std::string_view path);
+
+    /// At most `length` bytes of a file from `offset` on, as ShellAnswer::fileBytes reads them.
+    static ShellRequest read(ShellDialect dialect, std::string_view path, std::int64_t offset, std::size_t length);
+
+    /// What `command` prints. It shares the session's input, so it must not read any.
+    static ShellRequest run(ShellDialect dialect, std::string_view command);
+
+    /// All that is written to the host, the end of the line included.
+    std::string numbered(std::uint64_t id) const;
+
+private:
+    struct Service;
+
+    ShellRequest(ShellDialect shellDialect, Service const &service, std::string argumentText);
+
+    ShellDialect dialect;
+    std::string_view name; ///< of the function on the host
+    std::string arguments;
+};
+
+} // namespace tw

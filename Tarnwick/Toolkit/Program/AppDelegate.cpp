@@ -1,0 +1,149 @@
+#include "Tarnwick/Toolkit/Program/AppDelegate.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
+#include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
+#include "Tarnwick/Toolkit/Program/SessionWatch.h"
+#include "Tarnwick/Toolkit/Windows/AboutDialog.h"
+#include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
+
+#include <QApplication>
+
+#include <chrono>
+#include <semaphore>
+
+namespace tw {
+
+namespace {
+
+/// How long the program takes to end. No host can hold it back for longer.
+constexpr std::chrono::seconds timeToEnd{2};
+
+constexpr auto toolTipDelayKey = "NSInitialToolTipDelay";
+
+int toolTipDelay(Defaults const &defaults)
+{
+    auto isNumber = false;
+    auto const stored = QString::fromStdString(defaults.text(toolTipDelayKey).value_or("")).toInt(&isNumber);
+    return isNumber && stored >= 0 ? stored : ToolTipDelay::usual;
+}
+
+/// Connecting to a bus waits for it, which is nothing for the main context.
+Task<QDBusConnection> systemBus(EngineRuntime *engine)
+{
+    return engine->workers().run(WorkPriority::background, [] { return SessionWatch::systemBus(); });
+}
+
+Task<void> passOn(Task<QDBusConnection> connecting, std::function<void(QDBusConnection)> use)
+{
+    auto const bus = co_await std::move(connecting);
+    use(bus);
+}
+
+Task<void> shutDown(ConnectionRegistry *connections, std::shared_ptr<std::binary_semaphore> done)
+{
+    // They end in some way, and that is all that is wanted now.
+    co_await outcomeOf(connections->giveUpAttempts());
+    co_await outcomeOf(connections->shutdownAll());
+    done->release();
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(Collaborators collaborators)
+    : with(std::move(collaborators)),
+      lifeLog({.mainContext = with.mainContext, .clock = with.engine.clock(), .file = with.lifeLog})
+{
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
+{
+    lifeLog.begin(with.version.empty() ? std::nullopt : std::optional(with.version));
+    QApplication::setStyle(new ToolTipDelay(toolTipDelay(with.defaults)));
+    // Quitting closes the windows as well, and is then not their doing.
+    connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {
+        if (!isAskedToQuit)
+            applicationShouldTerminateAfterLastWindowClosed();
+    });
+    signals =
+        std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
+
+    controller = std::make_unique<MainWindowController>(
+        PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections);
+    window = std::make_unique<MainWindow>(*controller, with.defaults);
+    window->onAbout = [this] { showAbout(); };
+    window->onQuit = [this] { quit(); };
+    colorScheme = std::make_unique<ColorScheme>(ColorScheme::sessionBus());
+    colorScheme->start([this] {
+        window->show();
+        window->activateWindow();
+        WelcomeWindow::showIfFirstRun(with.defaults, *window);
+    });
+    controller->start(sides);
+    watchSession();
+}
+
+void AppDelegate::quit()
+{
+    isAskedToQuit = true;
+    QApplication::quit();
+}
+
+void AppDelegate::watchSession()
+{
+    spawn({with.mainContext, {}}, passOn(systemBus(&with.engine), [self = QPointer(this)](QDBusConnection const &bus) {
+              if (self)
+                  self->session =
+                      std::make_unique<SessionWatch>(bus, SessionWatch::sessionOfThisProcess(),
+                                                     [log = &self->lifeLog](SessionEvent event) { log->note(event); });
+          }));
+}
+
+bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed()
+{
+    lifeLog.note(
+        "last window closed — quitting (windows: " + std::to_string(QGuiApplication::topLevelWindows().size()) + ")");
+    return true;
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    lifeLog.note("quit");
+    signals.reset();
+    session.reset();
+    colorScheme.reset();
+    window.reset();
+    controller.reset();
+    with.defaults.flush();
+    QGuiApplication::sync(); // the window is gone from the screen before the wait
+    awaitShutdown();
+}
+
+/// The shutdown needs the very thread that waits for it here, so it cannot begin before the wait is over: quitting
+/// always takes the whole time, and the process then ends without it. That is kept as it is on purpose. What can hang
+/// is on none of the program's last steps, so nothing that a host does makes quitting longer; the sessions end with
+/// the process, as their input does; and the engine's threads have the time to write what they have begun to write.
+void AppDelegate::awaitShutdown()
+{
+    auto const done = std::make_shared<std::binary_semaphore>(0);
+    spawn({with.mainContext, {}}, shutDown(&with.connections, done));
+    // Not `done` within the time is the usual case, and no case to treat in another way.
+    static_cast<void>(done->try_acquire_for(timeToEnd));
+}
+
+void AppDelegate::showAbout()
+{
+    if (!about) {
+        about = new AboutDialog(QString::fromStdString(with.version), window.get());
+        about->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    about->show();
+    about->raise();
+    about->activateWindow();
+}
+
+} // namespace tw

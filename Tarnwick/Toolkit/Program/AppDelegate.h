@@ -1,0 +1,72 @@
+#pragma once
+
+#include "TWEngine/Runtime/MainContext.h"
+#include "TWEngine/Runtime/TerminationSignals.h"
+#include "Tarnwick/Lifecycle/LifeLog.h"
+#include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Toolkit/Windows/MainWindow.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+
+namespace tw {
+
+class AboutDialog;
+class ColorScheme;
+class ConnectionRegistry;
+class EngineRuntime;
+class SessionWatch;
+
+/// The first and the last minute of the program: what is made in which order, what ends it, and what it does then.
+///
+/// Threads: main context only.
+/// Lifetime: what it is made with outlives it.
+class AppDelegate final : public QObject {
+public:
+    struct Collaborators {
+        EngineRuntime &engine;
+        std::shared_ptr<MainContext> mainContext;
+        Defaults &defaults;
+        ConnectionRegistry &connections;
+        std::string lifeLog; ///< the file
+        std::string version;
+    };
+
+    explicit AppDelegate(Collaborators collaborators);
+    ~AppDelegate() override;
+
+    /// Opens the main window on these folders. The event loop runs, or is about to.
+    void applicationDidFinishLaunching(PaneSpec::Sides const &sides);
+
+    /// Always; notes it.
+    bool applicationShouldTerminateAfterLastWindowClosed();
+
+    /// Behind the event loop: takes the windows down, and then waits two seconds on this thread. The caller ends the
+    /// process as it is behind it; nothing of the engine may be awaited any more.
+    void applicationWillTerminate();
+
+    /// Once; asked for again, it comes to the front.
+    void showAbout();
+
+    /// The window, between launch and end.
+    MainWindow *mainWindow() const noexcept { return window.get(); }
+
+private:
+    void quit();
+    void watchSession();
+    void awaitShutdown();
+
+    Collaborators const with;
+    LifeLog lifeLog;
+    bool isAskedToQuit = false; ///< by the user or a signal, not by a window that was closed
+    std::unique_ptr<MainWindowController> controller;
+    std::unique_ptr<MainWindow> window;
+    QPointer<AboutDialog> about; ///< owned by the window; null when it is closed
+    std::unique_ptr<ColorScheme> colorScheme;
+    std::unique_ptr<SessionWatch> session;
+    std::unique_ptr<TerminationSignals> signals;
+};
+
+} // namespace tw

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Tarnwick/Settings/Defaults.h"
+
+#include <QSettings>
+
+namespace tw {
+
+/// The user's settings in a file: one INI file that a person can read and edit.
+///
+/// A text that is not UTF-8 survives as it is. Written back by the event loop soon after a change, and when destroyed.
+class QtDefaults final : public Defaults {
+public:
+    /// `Tarnwick/Tarnwick.ini` in $XDG_CONFIG_HOME.
+    QtDefaults();
+
+    explicit QtDefaults(QString const &file);
+
+    std::optional<std::string> text(std::string const &key) const override;
+    void setText(std::string const &key, std::string const &value) override;
+
+    void flush() override { settings.sync(); }
+
+private:
+    QSettings settings;
+};
+
+} // namespace tw

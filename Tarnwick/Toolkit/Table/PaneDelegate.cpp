@@ -1,0 +1,85 @@
+#include "Tarnwick/Toolkit/Table/PaneDelegate.h"
+
+#include "Tarnwick/Toolkit/Table/PaneTableModel.h"
+
+#include <QPainter>
+
+namespace tw {
+
+namespace {
+
+QFont const &fontOf(PaneFonts const &fonts, PaneColumn column)
+{
+    switch (column) {
+    case PaneColumn::size:
+    case PaneColumn::date:
+        return fonts.digits;
+    case PaneColumn::attr:
+        return fonts.fixed;
+    case PaneColumn::name:
+    case PaneColumn::ext:
+        break;
+    }
+    return fonts.text;
+}
+
+/// The end of a long name often tells it from its neighbours: a number, a version, a date.
+Qt::TextElideMode elisionOf(PaneColumn column)
+{
+    return column == PaneColumn::name ? Qt::ElideMiddle : Qt::ElideRight;
+}
+
+} // namespace
+
+bool PaneDelegate::isFilled(QModelIndex const &index) const
+{
+    return look.isActive && look.cursorRow == index.row();
+}
+
+QColor PaneDelegate::textColor(QModelIndex const &index) const
+{
+    auto const &colors = look.colors;
+    auto const isMarked = index.data(PaneTableModel::markedRole).toInt() == Qt::Checked;
+    if (isFilled(index))
+        return isMarked ? colors.markedOnCursor : colors.onCursor;
+    if (isMarked)
+        return colors.marked;
+    if (static_cast<PaneColumn>(index.column()) != PaneColumn::name)
+        return colors.detail;
+    return index.data(PaneTableModel::folderRole).toBool() ? colors.folder : colors.name;
+}
+
+QRect PaneDelegate::paintIcon(QPainter &painter, QRect cell, QModelIndex const &index) const
+{
+    auto const edge = look.fonts.iconSize();
+    QRect const place(cell.left(), cell.top() + (cell.height() - edge) / 2, edge, edge);
+    index.data(Qt::DecorationRole).value<QIcon>().paint(&painter, place);
+    return cell.adjusted(edge + iconGap, 0, 0, 0);
+}
+
+void PaneDelegate::paint(QPainter *painter, QStyleOptionViewItem const &option, QModelIndex const &index) const
+{
+    auto const column = static_cast<PaneColumn>(index.column());
+    if (isFilled(index))
+        painter->fillRect(option.rect, look.colors.cursor);
+
+    auto cell = option.rect.adjusted(cellMargin, 0, -cellMargin, 0);
+    if (column == PaneColumn::name)
+        cell = paintIcon(*painter, cell, index);
+    auto const &font = fontOf(look.fonts, column);
+    auto const text =
+        QFontMetrics(font).elidedText(index.data(Qt::DisplayRole).toString(), elisionOf(column), cell.width());
+    painter->setFont(font);
+    painter->setPen(textColor(index));
+    // Piled up accents reach far beyond the line of their name.
+    painter->setClipRect(option.rect);
+    painter->drawText(cell, static_cast<int>(PaneTableModel::alignment(column)) | Qt::TextSingleLine, text);
+    painter->setClipping(false);
+}
+
+QSize PaneDelegate::sizeHint(QStyleOptionViewItem const &option, QModelIndex const & /*index*/) const
+{
+    return {option.rect.width(), look.fonts.rowHeight()};
+}
+
+} // namespace tw

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tarnwick/Toolkit/Appearance/PaneLook.h"
+
+#include <QAbstractItemDelegate>
+
+namespace tw {
+
+/// Paints one cell of a pane.
+///
+/// Lifetime: `look` outlives it.
+class PaneDelegate final : public QAbstractItemDelegate {
+public:
+    explicit PaneDelegate(PaneLook const &shared, QObject *parent) : QAbstractItemDelegate(parent), look(shared) {}
+
+    void paint(QPainter *painter, QStyleOptionViewItem const &option, QModelIndex const &index) const override;
+    QSize sizeHint(QStyleOptionViewItem const &option, QModelIndex const &index) const override;
+
+    /// Between the edge of a cell and its text, on each side.
+    static constexpr int cellMargin = 6;
+
+    /// Between an icon and the text.
+    static constexpr int iconGap = 6;
+
+private:
+    bool isFilled(QModelIndex const &index) const;
+    QColor textColor(QModelIndex const &index) const;
+    QRect paintIcon(QPainter &painter, QRect cell, QModelIndex const &index) const;
+
+    PaneLook const &look;
+};
+
+} // namespace tw

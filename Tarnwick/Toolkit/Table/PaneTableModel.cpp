@@ -1,0 +1,89 @@
+#include "Tarnwick/Toolkit/Table/PaneTableModel.h"
+
+#include "Tarnwick/Table/IconKind.h"
+
+namespace tw {
+
+namespace {
+
+QString titleOf(PaneColumn column)
+{
+    switch (column) {
+    case PaneColumn::name:
+        return QStringLiteral("Name");
+    case PaneColumn::ext:
+        return QStringLiteral("Ext");
+    case PaneColumn::size:
+        return QStringLiteral("Size");
+    case PaneColumn::date:
+        return QStringLiteral("Date");
+    case PaneColumn::attr:
+        return QStringLiteral("Attr");
+    }
+    return {};
+}
+
+} // namespace
+
+int PaneTableModel::rowCount(QModelIndex const &parent) const
+{
+    return parent.isValid() ? 0 : pane.rowCount();
+}
+
+int PaneTableModel::columnCount(QModelIndex const &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(paneColumns.size());
+}
+
+QVariant PaneTableModel::data(QModelIndex const &index, int role) const
+{
+    if (!index.isValid() || index.row() >= pane.rowCount())
+        return {};
+    auto const column = static_cast<PaneColumn>(index.column());
+    switch (role) {
+    case Qt::DisplayRole:
+        return QString::fromStdString(paneCellText(pane, index.row(), column));
+    case Qt::DecorationRole:
+        if (column == PaneColumn::name)
+            return iconCache.icon(paneIconKey(pane, index.row()));
+        return {};
+    case Qt::TextAlignmentRole:
+        return QVariant::fromValue(alignment(column));
+    case markedRole:
+        return pane.isMarked(index.row()) ? Qt::Checked : Qt::Unchecked;
+    case folderRole: {
+        auto const *const entry = pane.entry(index.row());
+        return !entry || entry->isDirectory();
+    }
+    default:
+        return {};
+    }
+}
+
+QVariant PaneTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal)
+        return {};
+    auto const column = static_cast<PaneColumn>(section);
+    switch (role) {
+    case Qt::DisplayRole:
+        return titleOf(column);
+    case Qt::TextAlignmentRole:
+        return QVariant::fromValue(alignment(column));
+    default:
+        return {};
+    }
+}
+
+void PaneTableModel::reload()
+{
+    beginResetModel();
+    endResetModel();
+}
+
+Qt::Alignment PaneTableModel::alignment(PaneColumn column)
+{
+    return Qt::AlignVCenter | (column == PaneColumn::size ? Qt::AlignRight : Qt::AlignLeft);
+}
+
+} // namespace tw

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Tarnwick/Table/PaneCells.h"
+#include "Tarnwick/Toolkit/Table/PaneIcons.h"
+
+#include <QAbstractTableModel>
+
+namespace tw {
+
+/// A pane's rows for Qt's table. It holds nothing: the text of a cell is made when the cell is painted.
+///
+/// Lifetime: `rows` and `icons` outlive it.
+class PaneTableModel : public QAbstractTableModel {
+public:
+    enum Role {
+        /// Whether the row is a directory, or leads to one as the parent row does.
+        folderRole = Qt::UserRole,
+        /// Whether the row is marked. Qt's own role for it, so that a screen reader tells it.
+        markedRole = Qt::CheckStateRole,
+    };
+
+    PaneTableModel(PaneModel const &rows, PaneIcons &icons) : pane(rows), iconCache(icons) {}
+
+    int rowCount(QModelIndex const &parent = {}) const override;
+    int columnCount(QModelIndex const &parent = {}) const override;
+    QVariant data(QModelIndex const &index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+    /// The rows were replaced or reordered.
+    void reload();
+
+    static Qt::Alignment alignment(PaneColumn column);
+
+private:
+    PaneModel const &pane;
+    PaneIcons &iconCache;
+};
+
+} // namespace tw

@@ -1,0 +1,268 @@
+#include "Tarnwick/Toolkit/Table/PaneTableView.h"
+
+#include "Tarnwick/Toolkit/Table/KeyPresses.h"
+#include "Tarnwick/Toolkit/Table/PaneDelegate.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tw {
+
+namespace {
+
+/// What the columns are made wide enough for.
+auto const widestExtension = QStringLiteral("torrent");
+auto const widestSizes = {QStringLiteral("1023K"), QStringLiteral("<DIR>"), QStringLiteral("<LNK>")};
+auto const widestDate = QStringLiteral("2000-00-00 00:00");
+auto const widestAttributes = QStringLiteral("drwxrwxrwx");
+auto const readableName = QStringLiteral("a readable name");
+
+/// What a text needs. Advances are fractions of a pixel, and a cell that is short of one elides.
+int widthOf(QFont const &font, QString const &text)
+{
+    return static_cast<int>(std::ceil(QFontMetricsF(font).horizontalAdvance(text))) + 1;
+}
+
+ColumnLayout::Widths proposedWidths(PaneFonts const &fonts, QFont const &titleFont)
+{
+    constexpr int margins = 2 * PaneDelegate::cellMargin;
+    // A title has the sort indicator beside it.
+    auto size = widthOf(titleFont, QStringLiteral("Size")) + QFontMetrics(titleFont).height();
+    for (auto const &widest : widestSizes)
+        size = std::max(size, widthOf(fonts.digits, widest));
+    return {
+        widthOf(fonts.text, readableName) + fonts.iconSize() + PaneDelegate::iconGap + margins,
+        widthOf(fonts.text, widestExtension) + margins,
+        size + margins,
+        widthOf(fonts.digits, widestDate) + margins,
+        widthOf(fonts.fixed, widestAttributes) + margins,
+    };
+}
+
+} // namespace
+
+PaneTableView::PaneTableView(PaneTableModel &rows, QWidget *parent)
+    : QTableView(parent), header(new PaneHeaderView(this))
+{
+    setHorizontalHeader(header);
+    // A press on a title is a click to sort, and selects no column.
+    disconnect(header, &QHeaderView::sectionPressed, this, nullptr);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    setModel(&rows);
+    setItemDelegate(new PaneDelegate(look, this));
+
+    setShowGrid(false);
+    setFrameShape(QFrame::NoFrame);
+    setAlternatingRowColors(true);
+    setSelectionMode(QAbstractItemView::NoSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setAutoScroll(false);
+    setWordWrap(false);
+    setCornerButtonEnabled(false);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setContextMenuPolicy(Qt::NoContextMenu);
+    applyColors();
+}
+
+void PaneTableView::setFontSize(double size)
+{
+    fontSize = size;
+    applyFonts();
+}
+
+void PaneTableView::applyFonts()
+{
+    if (fontSize <= 0)
+        return; // not told yet
+    look.fonts = PaneFonts::ofSize(fontSize);
+    auto const height = look.fonts.rowHeight();
+    verticalHeader()->setMinimumSectionSize(height);
+    verticalHeader()->setDefaultSectionSize(height);
+    verticalScrollBar()->setSingleStep(height);
+    header->propose(proposedWidths(look.fonts, header->font()));
+    viewport()->update();
+}
+
+void PaneTableView::applyColors()
+{
+    look.colors = PaneColors::of(palette());
+    viewport()->update();
+}
+
+int PaneTableView::heightOfRows() const
+{
+    return std::max(verticalHeader()->defaultSectionSize(), 1);
+}
+
+QRect PaneTableView::rowRect(int row) const
+{
+    return {0, row * heightOfRows() - verticalScrollBar()->value(), viewport()->width(), heightOfRows()};
+}
+
+void PaneTableView::reloadRows()
+{
+    auto const scrolled = verticalScrollBar()->value();
+    static_cast<PaneTableModel *>(model())->reload();
+    // At once, not with the next event: where rows are is asked for before it comes.
+    executeDelayedItemsLayout();
+    updateGeometries();
+    verticalScrollBar()->setValue(scrolled);
+}
+
+void PaneTableView::redrawRows()
+{
+    viewport()->update();
+}
+
+void PaneTableView::redrawRow(std::optional<int> row)
+{
+    if (row)
+        viewport()->update(rowRect(*row));
+}
+
+void PaneTableView::showCursor(std::optional<int> row)
+{
+    redrawRow(look.cursorRow);
+    look.cursorRow = row;
+    redrawRow(look.cursorRow);
+    setCurrentIndex(row ? model()->index(*row, 0) : QModelIndex());
+    if (row)
+        scrollIntoView(*row);
+}
+
+void PaneTableView::showActive(bool active)
+{
+    look.isActive = active;
+    redrawRow(look.cursorRow);
+}
+
+bool PaneTableView::isInView(int row, int viewHeight) const
+{
+    auto const top = rowRect(row).top();
+    return top >= 0 && top + heightOfRows() <= viewHeight;
+}
+
+void PaneTableView::scrollIntoView(int row)
+{
+    auto *const bar = verticalScrollBar();
+    auto const top = row * heightOfRows();
+    auto const scrolledJustFar = top + heightOfRows() - viewport()->height();
+    // In a view lower than a row its top counts.
+    bar->setValue(std::min(std::max(bar->value(), scrolledJustFar), top));
+}
+
+int PaneTableView::firstVisibleRow() const
+{
+    return verticalScrollBar()->value() / heightOfRows();
+}
+
+void PaneTableView::scrollToFirstVisibleRow(int row)
+{
+    // A row that is there already stays as it is, and with it the fraction of it that is scrolled away.
+    if (row != firstVisibleRow())
+        verticalScrollBar()->setValue(row * heightOfRows());
+}
+
+int PaneTableView::wholeVisibleRows() const
+{
+    return viewport()->height() / heightOfRows();
+}
+
+void PaneTableView::keyPressEvent(QKeyEvent *event)
+{
+    // Never to the base class, which would move a cursor of its own.
+    event->setAccepted(onKey && onKey(keyPressOf(*event)));
+}
+
+bool PaneTableView::focusNextPrevChild(bool /*next*/)
+{
+    return false; // Tab is a key of the pane
+}
+
+void PaneTableView::focusInEvent(QFocusEvent *event)
+{
+    QTableView::focusInEvent(event);
+    if (onEntered)
+        onEntered();
+}
+
+void PaneTableView::mousePressEvent(QMouseEvent *event)
+{
+    auto const row = rowAt(event->position().toPoint().y());
+    auto const held = event->modifiers();
+    if (event->button() == Qt::LeftButton && row >= 0 && onRowClicked)
+        onRowClicked(row, {.shift = held.testFlag(Qt::ShiftModifier), .control = held.testFlag(Qt::ControlModifier)});
+}
+
+void PaneTableView::mouseMoveEvent(QMouseEvent * /*event*/)
+{
+    // The base class would select along the way.
+}
+
+void PaneTableView::mouseReleaseEvent(QMouseEvent * /*event*/) {}
+
+void PaneTableView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    // Who marks with clicks in quick succession opens nothing.
+    if (event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier)) {
+        mousePressEvent(event);
+        return;
+    }
+    auto const row = rowAt(event->position().toPoint().y());
+    if (event->button() == Qt::LeftButton && row >= 0 && onRowDoubleClicked)
+        onRowDoubleClicked(row);
+}
+
+void PaneTableView::paintEvent(QPaintEvent *event)
+{
+    QTableView::paintEvent(event);
+    if (look.cursorRow && !look.isActive) {
+        QPainter painter(viewport());
+        painter.setPen(look.colors.cursor);
+        painter.drawRect(rowRect(*look.cursorRow).adjusted(0, 0, -1, -1));
+    }
+    if (model()->rowCount() > 0 && onPainted)
+        onPainted();
+}
+
+void PaneTableView::resizeEvent(QResizeEvent *event)
+{
+    auto const hadCursor = look.cursorRow && isInView(*look.cursorRow, event->oldSize().height());
+    QTableView::resizeEvent(event);
+    // The cursor may leave the view by scrolling, but not by a view that got lower.
+    if (hadCursor)
+        scrollIntoView(*look.cursorRow);
+}
+
+bool PaneTableView::event(QEvent *event)
+{
+    auto const isUsed = QTableView::event(event);
+    // A window in the background has colours of its own in the palette.
+    if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate)
+        applyColors();
+    return isUsed;
+}
+
+void PaneTableView::changeEvent(QEvent *event)
+{
+    QTableView::changeEvent(event);
+    switch (event->type()) {
+    case QEvent::PaletteChange:
+        applyColors();
+        break;
+    case QEvent::FontChange:
+        applyFonts();
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace tw

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Tarnwick/Panes/KeyPress.h"
+#include "Tarnwick/Toolkit/Appearance/PaneLook.h"
+#include "Tarnwick/Toolkit/Table/PaneHeaderView.h"
+#include "Tarnwick/Toolkit/Table/PaneTableModel.h"
+
+#include <QTableView>
+
+#include <functional>
+
+namespace tw {
+
+/// The table of a pane. It takes the raw events and decides nothing: keys and clicks are reported, and the cursor is
+/// where it was told to be. Qt's own selection plays no part; its current cell follows the cursor for screen readers.
+///
+/// Lifetime: `rows` outlives it.
+class PaneTableView final : public QTableView {
+public:
+    explicit PaneTableView(PaneTableModel &rows, QWidget *parent = nullptr);
+
+    /// The size of the rows' font, see `paneFontSize`.
+    void setFontSize(double size);
+
+    void reloadRows();
+    void redrawRows();
+    void showCursor(std::optional<int> row);
+    void showActive(bool active);
+    int firstVisibleRow() const;
+    void scrollToFirstVisibleRow(int row);
+    int wholeVisibleRows() const;
+
+    PaneHeaderView &titles() const { return *header; }
+
+    /// Whether the key was used. What was not goes on to the widgets around.
+    std::function<bool(KeyPress const &key)> onKey;
+
+    std::function<void(int row, ClickModifiers held)> onRowClicked;
+    std::function<void(int row)> onRowDoubleClicked;
+
+    /// The table got the keyboard.
+    std::function<void()> onEntered;
+
+    /// Rows have been painted.
+    std::function<void()> onPainted;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void applyFonts();
+    void applyColors();
+    void redrawRow(std::optional<int> row);
+    void scrollIntoView(int row);
+    bool isInView(int row, int viewHeight) const;
+    QRect rowRect(int row) const;
+    int heightOfRows() const;
+
+    PaneHeaderView *const header;
+    PaneLook look;
+    double fontSize = 0;
+};
+
+} // namespace tw

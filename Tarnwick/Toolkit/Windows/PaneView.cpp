@@ -1,0 +1,214 @@
+#include "Tarnwick/Toolkit/Windows/PaneView.h"
+
+#include "Tarnwick/Settings/PaneFontSize.h"
+#include "Tarnwick/Toolkit/Program/StartLog.h"
+#include "Tarnwick/Toolkit/Table/PaneTableView.h"
+#include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
+#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
+#include "Tarnwick/Toolkit/Widgets/PathField.h"
+#include "Tarnwick/Toolkit/Windows/ConnectionButton.h"
+
+#include <QApplication>
+#include <QVBoxLayout>
+
+namespace tw {
+
+namespace {
+
+/// The widths of the columns, which both panes share.
+constexpr auto columnsKey = "tw.columns";
+
+/// What a long name of a host leaves to the path in a narrow pane.
+constexpr int leastPathWidth = 110;
+
+int sectionOf(SortKey key)
+{
+    for (auto const column : paneColumns) {
+        if (sortKeyOf(column) == key)
+            return static_cast<int>(column);
+    }
+    return -1;
+}
+
+} // namespace
+
+PaneView::PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, PaneIcons &icons, QWidget *parent)
+    : QWidget(parent),
+      controller(std::move(pane)),
+      settings(defaults),
+      rows(controller->model(), icons),
+      connection(new ConnectionButton(this)),
+      path(new PathField(this)),
+      rowTable(new PaneTableView(rows, this)),
+      status(new ElidedLabel(this))
+{
+    layOut();
+    connectTable();
+    connectPathField();
+    connectButton();
+    rowTable->setFontSize(paneFontSize(settings));
+    adoptColumns();
+    controller->attach(*this);
+}
+
+PaneView::~PaneView()
+{
+    controller->detach();
+    delete rowTable; // before the rows that it shows
+}
+
+void PaneView::layOut()
+{
+    auto *const all = new QVBoxLayout(this);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->setSpacing(0);
+    auto *const strip = new QHBoxLayout;
+    strip->setSpacing(0);
+    strip->addWidget(connection);
+    strip->addWidget(path, 1);
+    path->setMinimumWidth(leastPathWidth);
+    all->addLayout(strip);
+    all->addWidget(rowTable);
+    all->addWidget(status);
+}
+
+void PaneView::connectTable()
+{
+    rowTable->onKey = [this](KeyPress const &key) { return controller->handleKey(key); };
+    rowTable->onRowClicked = [this](int row, ClickModifiers held) { controller->rowClicked(row, held); };
+    rowTable->onRowDoubleClicked = [this](int row) { controller->rowDoubleClicked(row); };
+    rowTable->onEntered = [this] { controller->activated(); };
+    rowTable->onPainted = [this] { notePainted(); };
+    rowTable->titles().onTitleClicked = [this](PaneColumn column) {
+        if (auto const key = sortKeyOf(column))
+            controller->toggleSort(*key);
+        else // the header has turned its arrow to a column that does not sort
+            PaneView::showSortIndicator(controller->model().sortKey, controller->model().ascending);
+    };
+    rowTable->titles().onChoicesChanged = [this] {
+        settings.setText(columnsKey, rowTable->titles().choices());
+        if (onColumnsChanged)
+            onColumnsChanged();
+    };
+}
+
+void PaneView::connectPathField()
+{
+    path->onEntered = [this] { controller->activated(); };
+    path->onLeave = [this] { PaneView::takeKeyboardFocus(); };
+    path->onConfirmed = [this] { controller->navigate(controller->requestedPath()); };
+    path->onTyped = [this](std::string const &text) { controller->goToTyped(text); };
+}
+
+void PaneView::connectButton()
+{
+    connection->onMenuWanted = [this] { controller->connectionMenuWanted(); };
+    connection->onPicked = [this](ConnectionItem const &item) { controller->connectionPicked(item); };
+}
+
+void PaneView::adoptColumns()
+{
+    rowTable->titles().adoptChoices(settings.text(columnsKey).value_or(""));
+}
+
+void PaneView::notePainted()
+{
+    if (!StartLog::isOn() || !controller->model().snapshot())
+        return;
+    auto const onShow = controller->pathOnShow();
+    if (onShow == paintedPath)
+        return;
+    paintedPath = onShow;
+    StartLog::note(QStringLiteral("listing painted ") + QString::fromStdString(onShow));
+}
+
+void PaneView::reloadRows()
+{
+    rowTable->reloadRows();
+}
+
+void PaneView::redrawRows()
+{
+    rowTable->redrawRows();
+}
+
+void PaneView::showCursor(std::optional<int> row)
+{
+    rowTable->showCursor(row);
+}
+
+int PaneView::firstVisibleRow() const
+{
+    return rowTable->firstVisibleRow();
+}
+
+void PaneView::scrollToFirstVisibleRow(int row)
+{
+    rowTable->scrollToFirstVisibleRow(row);
+}
+
+int PaneView::wholeVisibleRows() const
+{
+    return rowTable->wholeVisibleRows();
+}
+
+void PaneView::showConnection(std::string const &name)
+{
+    connection->showConnection(name);
+}
+
+void PaneView::openConnectionMenu(std::vector<ConnectionItem> items)
+{
+    connection->openMenu(std::move(items));
+}
+
+void PaneView::updateConnectionMenu(std::vector<ConnectionItem> items)
+{
+    connection->updateMenu(std::move(items));
+}
+
+void PaneView::showPath(std::string const &shown)
+{
+    path->showPath(shown);
+}
+
+void PaneView::showStatus(std::string const &text)
+{
+    status->setText(QString::fromStdString(text));
+}
+
+void PaneView::showSpinner(Spinner spinner)
+{
+    if (spinner == Spinner::spinning)
+        path->spinner().start();
+    else
+        path->spinner().stop();
+}
+
+void PaneView::showSortIndicator(SortKey key, bool ascending)
+{
+    rowTable->titles().setSortIndicator(sectionOf(key), ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+}
+
+void PaneView::showActive(bool active)
+{
+    rowTable->showActive(active);
+    path->showActive(active);
+    connection->showActive(active);
+    status->showActive(active);
+}
+
+void PaneView::takeKeyboardFocus()
+{
+    rowTable->setFocus(Qt::OtherFocusReason);
+    // In a window in the background the keyboard comes with the window, but the pane is the active one from now on.
+    if (!rowTable->hasFocus())
+        controller->activated();
+}
+
+void PaneView::beep()
+{
+    QApplication::beep();
+}
+
+} // namespace tw

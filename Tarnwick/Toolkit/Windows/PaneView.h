@@ -1,0 +1,72 @@
+#pragma once
+
+#include "Tarnwick/Panes/PaneController.h"
+#include "Tarnwick/Toolkit/Table/PaneIcons.h"
+#include "Tarnwick/Toolkit/Table/PaneTableModel.h"
+
+#include <QWidget>
+
+namespace tw {
+
+class ConnectionButton;
+class ElidedLabel;
+class PaneTableView;
+class PathField;
+
+/// One pane on screen: the connection and the path, the table below them and a line that tells about it.
+///
+/// Lifetime: `defaults` and `icons` outlive it.
+class PaneView final : public QWidget, private PaneDisplay {
+public:
+    PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, PaneIcons &icons, QWidget *parent = nullptr);
+    ~PaneView() override;
+
+    PaneTableView &table() const { return *rowTable; }
+
+    PathField &pathField() const { return *path; }
+
+    ConnectionButton &connectionButton() const { return *connection; }
+
+    ElidedLabel &statusLine() const { return *status; }
+
+    /// Takes over the widths of the columns from the settings.
+    void adoptColumns();
+
+    /// The user has changed the widths of the columns, and they have been stored.
+    std::function<void()> onColumnsChanged;
+
+private:
+    void reloadRows() override;
+    void redrawRows() override;
+    void showCursor(std::optional<int> row) override;
+    int firstVisibleRow() const override;
+    void scrollToFirstVisibleRow(int row) override;
+    int wholeVisibleRows() const override;
+    void showConnection(std::string const &name) override;
+    void openConnectionMenu(std::vector<ConnectionItem> items) override;
+    void updateConnectionMenu(std::vector<ConnectionItem> items) override;
+    void showPath(std::string const &shown) override;
+    void showStatus(std::string const &text) override;
+    void showSpinner(Spinner spinner) override;
+    void showSortIndicator(SortKey key, bool ascending) override;
+    void showActive(bool active) override;
+    void takeKeyboardFocus() override;
+    void beep() override;
+
+    void layOut();
+    void connectTable();
+    void connectPathField();
+    void connectButton();
+    void notePainted();
+
+    std::shared_ptr<PaneController> const controller;
+    Defaults &settings;
+    PaneTableModel rows;
+    ConnectionButton *const connection;
+    PathField *const path;
+    PaneTableView *const rowTable;
+    ElidedLabel *const status;
+    std::string paintedPath; ///< of the listing that was last seen on screen
+};
+
+} // namespace tw

@@ -1,0 +1,142 @@
+#include "TWEngine/SSH/SSHCommandLine.h"
+
+#include "TWEngine/Shell/ShellLiteral.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+using enum ShellDialect;
+
+SSHCommandLine::Arguments const bare{"-o", "BatchMode=yes"};
+
+TEST(SSHCommandLineTest, optionsHaveTheDefaultsThatHostsAreUsuallyReachedWith)
+{
+    RemoteShellOptions const options;
+    EXPECT_EQ(options.connectTimeout, std::chrono::seconds(10));
+    EXPECT_EQ(options.requestTimeout, std::chrono::seconds(60));
+    EXPECT_EQ(options.keepAliveInterval, std::chrono::seconds(15));
+    EXPECT_TRUE(options.compression);
+    EXPECT_EQ(options.maxResponseBytes, 8'388'608U);
+    EXPECT_EQ(options.controlPath, std::nullopt);
+    EXPECT_EQ(options.controlPersist, std::chrono::seconds(60));
+    EXPECT_EQ(options.askpassHelper, std::nullopt);
+    EXPECT_EQ(options.askpassAccount, std::nullopt);
+}
+
+TEST(SSHCommandLineTest, aSessionIsTheResidentShellOfTheHost)
+{
+    EXPECT_EQ(SSHCommandLine::program, "/usr/bin/ssh");
+    EXPECT_THAT(SSHCommandLine::session({}, "box", posix),
+                ElementsAre("-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
+                            "ServerAliveCountMax=3", "-C", "--", "box", "bash -s"));
+    EXPECT_EQ(SSHCommandLine::session({}, "box", powershell).back(), "powershell -NoProfile -NoLogo -Command -");
+}
+
+TEST(SSHCommandLineTest, everyOptionHasItsPlace)
+{
+    RemoteShellOptions const options{.connectTimeout = std::chrono::duration<double>(7.9),
+                                     .keepAliveInterval = std::chrono::seconds(30),
+                                     .controlPath = "/tmp/.tw-1/00000000",
+                                     .controlPersist = std::chrono::seconds(5),
+                                     .askpassHelper = "/usr/bin/tarnwick",
+                                     .askpassAccount = "ann@box"};
+    EXPECT_THAT(SSHCommandLine::session(options, "ann@box", posix),
+                ElementsAre("-o", "BatchMode=no", "-o", "ConnectTimeout=7", "-o", "ServerAliveInterval=30", "-o",
+                            "ServerAliveCountMax=3", "-C", "-o", "ControlMaster=auto", "-o",
+                            "ControlPath=/tmp/.tw-1/00000000", "-o", "ControlPersist=5", "-o",
+                            "NumberOfPasswordPrompts=1", "--", "ann@box", "bash -s"));
+}
+
+TEST(SSHCommandLineTest, withoutCompressionThereIsNoOptionForIt)
+{
+    EXPECT_THAT(SSHCommandLine::session({.compression = false}, "box", posix),
+                ElementsAre("-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
+                            "ServerAliveCountMax=3", "--", "box", "bash -s"));
+}
+
+TEST(SSHCommandLineTest, sshIsToAskForAPasswordOnlyIfItKnowsWhomAndForWhichAccount)
+{
+    EXPECT_THAT(SSHCommandLine::sessionEnvironment({}), IsEmpty());
+    for (auto const &half :
+         {RemoteShellOptions{.askpassHelper = "/usr/bin/tarnwick"}, RemoteShellOptions{.askpassAccount = "ann@box"}}) {
+        EXPECT_THAT(SSHCommandLine::sessionEnvironment(half), IsEmpty());
+        EXPECT_EQ(SSHCommandLine::session(half, "box", posix), SSHCommandLine::session({}, "box", posix));
+    }
+    EXPECT_THAT(SSHCommandLine::sessionEnvironment({.askpassHelper = "/usr/bin/tarnwick", .askpassAccount = "ann@box"}),
+                ElementsAre(Pair("SSH_ASKPASS", "/usr/bin/tarnwick"), Pair("SSH_ASKPASS_REQUIRE", "force"),
+                            Pair("TW_ASKPASS_ACCOUNT", "ann@box")));
+}
+
+TEST(SSHCommandLineTest, aHostThatLooksLikeAnOptionStandsBehindThem)
+{
+    for (auto const &arguments :
+         {SSHCommandLine::session({}, "-oProxyCommand=x", posix), SSHCommandLine::probe(bare, "-oProxyCommand=x"),
+          SSHCommandLine::download(bare, "-oProxyCommand=x", posix, "/f"),
+          SSHCommandLine::upload(bare, "-oProxyCommand=x", posix, "/f")}) {
+        ASSERT_GE(arguments.size(), 3U);
+        EXPECT_EQ(arguments[arguments.size() - 3], "--");
+        EXPECT_EQ(arguments[arguments.size() - 2], "-oProxyCommand=x");
+    }
+}
+
+TEST(SSHCommandLineTest, otherCallsAskNobodyAndShareTheConnectionIfTheyCan)
+{
+    RemoteShellOptions options{.keepAliveInterval = std::chrono::seconds(7), .controlPath = "/tmp/.tw-1/11111111"};
+    EXPECT_THAT(SSHCommandLine::transportOptions(options, std::nullopt),
+                ElementsAre("-o", "BatchMode=yes", "-o", "ServerAliveInterval=7", "-o", "ServerAliveCountMax=3"));
+    options.controlPersist = std::chrono::seconds(9); // of the sessions only
+    EXPECT_THAT(SSHCommandLine::transportOptions(options, "/tmp/.tw-1/00000000"),
+                ElementsAre("-o", "BatchMode=yes", "-o", "ServerAliveInterval=7", "-o", "ServerAliveCountMax=3", "-o",
+                            "ControlMaster=auto", "-o", "ControlPath=/tmp/.tw-1/00000000", "-o", "ControlPersist=60"));
+}
+
+TEST(SSHCommandLineTest, theProbeAsksForTheCommandInterpreter)
+{
+    EXPECT_THAT(SSHCommandLine::probe(bare, "box"),
+                ElementsAre("-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "--", "box", "echo %COMSPEC%"));
+}
+
+TEST(SSHCommandLineTest, aDownloadPrintsTheFile)
+{
+    EXPECT_THAT(SSHCommandLine::download(bare, "box", posix, "/srv/it's"),
+                ElementsAre("-o", "BatchMode=yes", "--", "box", "cat -- '/srv/it'\\''s'"));
+    EXPECT_EQ(SSHCommandLine::download(bare, "box", posix, "/\xFF").back(), "cat -- \"$(printf '\\057\\377')\"");
+    EXPECT_EQ(SSHCommandLine::download(bare, "box", powershell, "/C:/it's").back(),
+              ShellLiteral::powerShellEncoded("$f=[IO.File]::OpenRead('C:/it''s')\n"
+                                              "$o=[Console]::OpenStandardOutput()\n"
+                                              "$f.CopyTo($o); $f.Close(); $o.Flush()"));
+}
+
+TEST(SSHCommandLineTest, anUploadGoesThroughAFileBesideTheTarget)
+{
+    EXPECT_EQ(SSHCommandLine::uploadTemporary("/a b"), "/a b.tw-upload");
+    EXPECT_THAT(SSHCommandLine::upload(bare, "box", posix, "/a b"),
+                ElementsAre("-o", "BatchMode=yes", "--", "box",
+                            "cat > '/a b.tw-upload' && cat '/a b.tw-upload' > '/a b' && rm -f '/a b.tw-upload'"));
+    EXPECT_EQ(SSHCommandLine::upload(bare, "box", posix, "/a", 12).back(),
+              "cat > '/a.tw-upload' && wc -c < '/a.tw-upload' | grep -q '^ *12$' && cat '/a.tw-upload' > '/a' && rm "
+              "-f '/a.tw-upload'");
+    EXPECT_EQ(SSHCommandLine::upload(bare, "box", powershell, "/C:/it's").back(),
+              ShellLiteral::powerShellEncoded("$t='C:/it''s.tw-upload'\n"
+                                              "$i=[Console]::OpenStandardInput()\n"
+                                              "$f=[IO.File]::Create($t)\n"
+                                              "$i.CopyTo($f); $f.Close()\n"
+                                              "Copy-Item -LiteralPath $t -Destination 'C:/it''s' -Force\n"
+                                              "Remove-Item -LiteralPath $t -Force"));
+}
+
+TEST(SSHCommandLineTest, whatAFailedUploadLeftIsRemovedThroughTheSession)
+{
+    EXPECT_EQ(SSHCommandLine::removeUploadTemporary(posix, "/it's"), "rm -f '/it'\\''s.tw-upload'");
+    EXPECT_EQ(SSHCommandLine::removeUploadTemporary(powershell, "/C:/it's"),
+              "Remove-Item -LiteralPath 'C:/it''s.tw-upload' -Force -ErrorAction SilentlyContinue");
+}
+
+} // namespace
+} // namespace tw::test
