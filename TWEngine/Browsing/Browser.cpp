@@ -1,6 +1,7 @@
 #include "TWEngine/Browsing/Browser.h"
 
 #include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/ListingParser.h"
 
 namespace tw {
@@ -10,6 +11,12 @@ namespace {
 std::string scanKey(std::string const &root, int depth)
 {
     return root + '\0' + std::to_string(depth);
+}
+
+std::string parentOf(std::string const &path)
+{
+    auto const slash = path.rfind('/');
+    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
 }
 
 } // namespace
@@ -46,11 +53,13 @@ Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string pa
         co_return *std::move(warm);
 
     if (self->store) {
+        auto const before = self->forgettings;
         auto stored = co_await self->store->load(*self->persistIdentity, path);
         // Another open may have brought a listing meanwhile, and the store's must not replace a newer one.
         if (auto warm = self->openWarm(path))
             co_return *std::move(warm);
-        if (stored)
+        // What was loaded may have been forgotten meanwhile.
+        if (stored && self->forgettings == before)
             co_return self->openStored(*std::move(stored), path);
     }
 
@@ -141,14 +150,27 @@ SharedTask<bool> Browser::fetchToAwait(std::string const &root)
 
 bool Browser::isOvertaken(std::string const &path, std::uint64_t number) const
 {
-    auto const invalidated = invalidatedAt.find(path);
-    return invalidated != invalidatedAt.end() && number <= invalidated->second;
+    auto const isBefore = [number](auto const &forgotten, std::string const &at) {
+        auto const found = forgotten.find(at);
+        return found != forgotten.end() && number <= found->second;
+    };
+    if (isBefore(invalidatedAt, path))
+        return true;
+    if (treeForgottenAt.empty())
+        return false;
+    for (auto above = path; above != "/"; above = parentOf(above)) {
+        if (isBefore(treeForgottenAt, above))
+            return true;
+    }
+    return isBefore(treeForgottenAt, "/");
 }
 
 SharedTask<bool> Browser::launch(std::string const &root, int depth, Reason reason, FetchPriority priority)
 {
-    if (inFlight.empty() && overtaken.empty())
+    if (inFlight.empty() && overtaken.empty()) {
         invalidatedAt.clear(); // nothing is under way that began before
+        treeForgottenAt.clear();
+    }
     Scan scan{.key = scanKey(root, depth),
               .root = root,
               .depth = depth,
@@ -305,8 +327,60 @@ void Browser::invalidateHere(std::string const &path)
     if (store)
         spawn({strand.executor(), {}}, store->remove(*persistIdentity, path));
     cache.dropGroupOf(path);
+    ++forgettings;
     if (!inFlight.empty() || !overtaken.empty())
         invalidatedAt.insert_or_assign(path, lastNumber);
+}
+
+Task<void> Browser::makeDirectory(std::string path)
+{
+    auto where = ListingParser::normalize(path);
+    return onStrand(strand,
+                    writeHere(shared_from_this(),
+                              [where](FileSystemWriter &writer) { return writer.makeDirectory(where); }, {where}));
+}
+
+Task<void> Browser::remove(std::vector<std::string> paths)
+{
+    for (auto &path : paths)
+        path = ListingParser::normalize(path);
+    return onStrand(
+        strand,
+        writeHere(shared_from_this(), [paths](FileSystemWriter &writer) { return writer.remove(paths); }, paths));
+}
+
+Task<void> Browser::rename(std::string from, std::string to)
+{
+    from = ListingParser::normalize(from);
+    to = ListingParser::normalize(to);
+    return onStrand(strand,
+                    writeHere(shared_from_this(),
+                              [from, to](FileSystemWriter &writer) { return writer.rename(from, to); }, {from, to}));
+}
+
+Task<void> Browser::writeHere(std::shared_ptr<Browser> self, Write write, std::vector<std::string> touched)
+{
+    auto const writer = self->writer();
+    if (!writer)
+        throw FileOperationError::Unsupported("that destination is read-only");
+    auto outcome = co_await outcomeOf(write(*writer));
+    for (auto const &path : touched) {
+        self->forgetTree(path);
+        self->invalidateHere(parentOf(path));
+    }
+    outcome.take();
+}
+
+void Browser::forgetTree(std::string const &path)
+{
+    auto const below = path == "/" ? path : path + '/';
+    std::erase_if(lastPersist, [&](auto const &entry) { return entry.first.starts_with(below); });
+    if (store)
+        spawn({strand.executor(), {}}, store->removeTree(*persistIdentity, path));
+    cache.dropGroupsBelow(path);
+    invalidateHere(path);
+    if (!inFlight.empty() || !overtaken.empty())
+        treeForgottenAt.insert_or_assign(path, lastNumber);
 }
 
 Task<void> Browser::invalidateAll()

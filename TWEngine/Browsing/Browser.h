@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -110,6 +111,20 @@ public:
     /// Empties the memory. Running fetches and the store stay as they are.
     Task<void> invalidateAll();
 
+    /// Creates one directory, and forgets what was known of it and of its parent.
+    ///
+    /// This and the other writes go through the provider's FileSystemWriter. Afterwards, also after a failure, since
+    /// part may have been done, they forget in memory and in the store: the paths, all that is below them, and their
+    /// parents. A listing that began before the write ended does not bring any of it back. Throws what the writer
+    /// throws, and FileOperationError::Unsupported where there is no writer.
+    Task<void> makeDirectory(std::string path);
+
+    /// Deletes each of the paths.
+    Task<void> remove(std::vector<std::string> paths);
+
+    /// Renames, or moves within the provider.
+    Task<void> rename(std::string from, std::string to);
+
     /// Every listing that a later fetch finds to differ from the one it replaces, from now on until either side ends.
     Task<UpdateStream<DirectorySnapshot>> updates();
 
@@ -158,6 +173,10 @@ private:
     static Task<void> shutdownHere(std::shared_ptr<Browser> self);
     void invalidateHere(std::string const &path);
 
+    using Write = std::function<Task<void>(FileSystemWriter &)>;
+    static Task<void> writeHere(std::shared_ptr<Browser> self, Write write, std::vector<std::string> touched);
+    void forgetTree(std::string const &path);
+
     /// Runs a plain function on the strand.
     template <class Function>
     Task<std::invoke_result_t<Function>> onOwnStrand(Function function);
@@ -200,6 +219,9 @@ private:
     /// The last scan that had begun when a path was invalidated, while any of those still runs: what it brings may be
     /// what was to be forgotten.
     std::unordered_map<std::string, std::uint64_t> invalidatedAt;
+    /// The same of paths that were forgotten together with all below them.
+    std::unordered_map<std::string, std::uint64_t> treeForgottenAt;
+    std::uint64_t forgettings = 0; ///< how often anything was forgotten
     std::unordered_map<std::uint64_t, UpdateStream<DirectorySnapshot>::Sender> updateSinks;
     std::uint64_t lastNumber = 0;
     Stats counters;

@@ -83,6 +83,18 @@ void ListingCache::dropGroupOf(std::string const &path)
     evict(group);
 }
 
+void ListingCache::dropGroupsBelow(std::string const &path)
+{
+    auto const prefix = path == "/" ? path : path + '/';
+    std::vector<std::shared_ptr<Group>> below;
+    for (auto const &[each, entry] : entries) {
+        if (each.starts_with(prefix))
+            below.push_back(entry.group);
+    }
+    for (auto const &group : below)
+        evict(group);
+}
+
 void ListingCache::clear()
 {
     entries.clear();

@@ -76,6 +76,9 @@ public:
     /// Drops the group that holds `path`, with all that was scanned along with it.
     void dropGroupOf(std::string const &path);
 
+    /// Drops every group that holds a path below `path`. Looks at all paths, and is for what a person does.
+    void dropGroupsBelow(std::string const &path);
+
     void clear();
 
     /// The sum of the storage sizes of all groups.

@@ -23,6 +23,9 @@ public:
     virtual Task<void> save(std::string provider, Listings listings) = 0;
 
     virtual Task<void> remove(std::string provider, std::string path) = 0;
+
+    /// Removes `path` and all that is below it.
+    virtual Task<void> removeTree(std::string provider, std::string path) = 0;
 };
 
 } // namespace tw

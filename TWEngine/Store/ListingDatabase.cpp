@@ -167,6 +167,15 @@ void ListingDatabase::remove(std::string_view provider, std::string_view path)
     runWith("DELETE FROM listings WHERE provider = ? AND path = ?", {provider, path});
 }
 
+void ListingDatabase::removeTree(std::string_view provider, std::string_view path)
+{
+    remove(provider, path);
+    // Paths are compared byte by byte, so those below are the range from "path/" to the next byte behind the slash.
+    auto const prefix = std::string(path == "/" ? "" : path);
+    runWith("DELETE FROM listings WHERE provider = ? AND path >= ? AND path < ?",
+            {provider, prefix + '/', prefix + char('/' + 1)});
+}
+
 void ListingDatabase::removeAll(std::string_view provider)
 {
     runWith("DELETE FROM listings WHERE provider = ?", {provider});

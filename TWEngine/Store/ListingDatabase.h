@@ -44,6 +44,7 @@ public:
     void save(std::string_view provider, Listings const &listings);
 
     void remove(std::string_view provider, std::string_view path);
+    void removeTree(std::string_view provider, std::string_view path);
     void removeAll(std::string_view provider);
 
     /// Deletes some of the rows that were fetched before that second. False: there are none left.

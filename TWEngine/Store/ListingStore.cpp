@@ -86,6 +86,13 @@ Task<void> ListingStore::remove(std::string provider, std::string path)
     });
 }
 
+Task<void> ListingStore::removeTree(std::string provider, std::string path)
+{
+    return withDatabase([provider = std::move(provider), path = std::move(path)](ListingDatabase &listings) {
+        listings.removeTree(provider, path);
+    });
+}
+
 Task<void> ListingStore::removeAll(std::string provider)
 {
     return withDatabase([provider = std::move(provider)](ListingDatabase &listings) { listings.removeAll(provider); });

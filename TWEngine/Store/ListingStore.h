@@ -50,6 +50,7 @@ public:
 
     Task<void> save(std::string provider, Listings listings) override;
     Task<void> remove(std::string provider, std::string path) override;
+    Task<void> removeTree(std::string provider, std::string path) override;
     Task<void> removeAll(std::string provider);
 
     /// Deletes what is too old, and of the rest the oldest until it fits.

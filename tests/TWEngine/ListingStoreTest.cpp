@@ -184,6 +184,24 @@ TEST_F(ListingStoreRowsTest, aRemovedPathIsForgottenAtThatProviderOnly)
     EXPECT_EQ(statistics().rows, 2);
 }
 
+TEST_F(ListingStoreRowsTest, aRemovedTreeIsForgottenWithAllBelowItAndNothingBesideIt)
+{
+    std::vector<std::string> const paths{"/a", "/a/b", "/a/b/c", "/a-b", "/a0", "/ab", "/b/a", "/a/\xff\xfe"};
+    for (auto const &path : paths)
+        saveAs("one", path, {});
+    saveAs("two", "/a/b", {});
+    loop.run(store->removeTree("one", "/a"));
+    std::vector<std::string> left;
+    for (auto const &path : paths) {
+        if (has(path, "one"))
+            left.push_back(path);
+    }
+    EXPECT_EQ(left, (std::vector<std::string>{"/a-b", "/a0", "/ab", "/b/a"}));
+    EXPECT_TRUE(has("/a/b", "two"));
+    loop.run(store->removeTree("one", "/"));
+    EXPECT_EQ(statistics().rows, 1);
+}
+
 TEST_F(ListingStoreRowsTest, aRemovedProviderIsForgottenWhole)
 {
     saveAs("one", "/a", {});

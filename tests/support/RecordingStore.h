@@ -34,7 +34,21 @@ public:
         return removeRow(this, {std::move(provider), std::move(path)});
     }
 
+    Task<void> removeTree(std::string provider, std::string path) override
+    {
+        return removeRows(this, {std::move(provider), std::move(path)});
+    }
+
 private:
+    static Task<void> removeRows(RecordingStore *self, Key top)
+    {
+        std::erase_if(self->rows, [&](auto const &row) {
+            return row.first.first == top.first &&
+                   (row.first.second == top.second || row.first.second.starts_with(top.second + '/'));
+        });
+        co_return;
+    }
+
     static Task<std::optional<DirectorySnapshot>> loadRow(RecordingStore *self, Key key)
     {
         ++self->loads;

@@ -1,0 +1,186 @@
+#include "TWCore/Model/FileOperationError.h"
+#include "tests/support/BrowserTest.h"
+
+namespace tw::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// Each write waits until the test ends it.
+class WaitingWriter final : public ScriptedProvider, public FileSystemWriter {
+public:
+    bool deleteIsReversible() const override { return true; }
+
+    Task<void> makeDirectory(std::string path) override { return note(this, "makeDirectory " + path); }
+
+    Task<void> remove(std::vector<std::string> paths) override
+    {
+        std::string text = "remove";
+        for (auto const &path : paths)
+            text += " " + path;
+        return note(this, text);
+    }
+
+    Task<void> rename(std::string from, std::string to) override { return note(this, "rename " + from + " " + to); }
+
+    std::vector<std::string> writes;
+    std::shared_ptr<Completion<bool>> const end = std::make_shared<Completion<bool>>();
+
+private:
+    static Task<void> note(WaitingWriter *self, std::string text)
+    {
+        self->writes.push_back(std::move(text));
+        co_await Completion<bool>::wait(self->end);
+    }
+};
+
+class BrowserWritesTest : public BrowserTest {
+protected:
+    BrowserWritesTest()
+    {
+        provider = writer;
+        writer->usefulDepth = 1;
+        useStore();
+    }
+
+    void know(std::vector<std::string> const &paths)
+    {
+        for (auto const &path : paths)
+            openCold(path, {file("a")});
+    }
+
+    Started<void> begin(Task<void> write)
+    {
+        auto started = loop.start(std::move(write));
+        loop.drain();
+        return started;
+    }
+
+    void succeed()
+    {
+        writer->end->succeed(true);
+        loop.drain();
+    }
+
+    std::vector<std::string> remembered(std::vector<std::string> const &paths)
+    {
+        std::vector<std::string> result;
+        for (auto const &path : paths) {
+            if (get(browser->cached(path)))
+                result.push_back(path);
+        }
+        return result;
+    }
+
+    std::vector<std::string> stored() const
+    {
+        std::vector<std::string> result;
+        for (auto const &[key, row] : store->rows)
+            result.push_back(key.second);
+        return result;
+    }
+
+    std::shared_ptr<WaitingWriter> const writer = std::make_shared<WaitingWriter>();
+};
+
+TEST_F(BrowserWritesTest, aNewFolderMakesItsParentUnknown)
+{
+    know({"/srv", "/other"});
+    auto const made = begin(browser->makeDirectory("/srv/new/"));
+    EXPECT_THAT(writer->writes, ElementsAre("makeDirectory /srv/new"));
+    EXPECT_THAT(remembered({"/srv"}), ElementsAre("/srv")) << "nothing has changed so far";
+    succeed();
+    made.value();
+    EXPECT_THAT(remembered({"/srv", "/other"}), ElementsAre("/other"));
+    EXPECT_THAT(stored(), ElementsAre("/other"));
+}
+
+TEST_F(BrowserWritesTest, removedFoldersAreForgottenWithAllBelowThemAndTheirParents)
+{
+    std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep/er", "/a/xy", "/b", "/b/y", "/c"};
+    know(paths);
+    auto const removed = begin(browser->remove({"/a/x", "/b/y"}));
+    EXPECT_THAT(writer->writes, ElementsAre("remove /a/x /b/y"));
+    succeed();
+    removed.value();
+    EXPECT_THAT(remembered(paths), ElementsAre("/a/xy", "/c"));
+    EXPECT_THAT(stored(), ElementsAre("/a/xy", "/c"));
+}
+
+TEST_F(BrowserWritesTest, aRenamedFolderIsForgottenAtBothOfItsPlaces)
+{
+    std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep", "/b", "/b/y", "/b/y/old", "/c"};
+    know(paths);
+    auto const renamed = begin(browser->rename("/a/x", "/b/y"));
+    EXPECT_THAT(writer->writes, ElementsAre("rename /a/x /b/y"));
+    succeed();
+    renamed.value();
+    EXPECT_THAT(remembered(paths), ElementsAre("/c"));
+    EXPECT_THAT(stored(), ElementsAre("/c"));
+}
+
+TEST_F(BrowserWritesTest, whatIsWrittenInTheRootIsForgottenThere)
+{
+    know({"/", "/a"});
+    begin(browser->makeDirectory("/new"));
+    succeed();
+    EXPECT_THAT(remembered({"/", "/a"}), ElementsAre("/a"));
+}
+
+TEST_F(BrowserWritesTest, aWriteThatFailedMayHaveDonePartOfItAndIsForgottenToo)
+{
+    know({"/a", "/a/x"});
+    auto const removed = begin(browser->remove({"/a/x", "/a/y"}));
+    writer->end->fail(std::make_exception_ptr(FileOperationError::Failed("delete", "/a/y", "denied")));
+    loop.drain();
+    EXPECT_THROW(removed.value(), FileOperationError::Failed);
+    EXPECT_THAT(remembered({"/a", "/a/x"}), IsEmpty());
+    EXPECT_THAT(stored(), IsEmpty());
+}
+
+TEST_F(BrowserWritesTest, aWriteThatIsCancelledIsForgottenToo)
+{
+    know({"/a"});
+    auto const made = begin(browser->makeDirectory("/a/new"));
+    made.stop();
+    loop.drain();
+    EXPECT_THROW(made.value(), Cancelled);
+    EXPECT_THAT(remembered({"/a"}), IsEmpty());
+}
+
+TEST_F(BrowserWritesTest, aListingFromBeforeTheEndOfAWriteDoesNotBringBackWhatWas)
+{
+    know({"/a"});
+    get(browser->refresh("/a"));
+    auto const removed = begin(browser->remove({"/a/x"}));
+    auto const meanwhile = open("/a/x/deep");
+    succeed();
+    auto listings = one("/a", {directory("x")});
+    listings.merge(one("/a/x", {directory("deep")}));
+    listings.merge(one("/a/y", {file("b")}));
+    answerWith(std::move(listings));
+    EXPECT_THAT(remembered({"/a", "/a/x", "/a/y"}), ElementsAre("/a/y"));
+
+    answer({file("was there")});
+    EXPECT_FALSE(meanwhile.isDone()) << "the folder is read again";
+    answerWith(Listings{});
+    EXPECT_THROW(meanwhile.value(), BrowserError::NotADirectory);
+    EXPECT_THAT(stored(), ElementsAre("/a/y"));
+}
+
+TEST_F(BrowserWritesTest, aPlaceWithoutAWriterRefuses)
+{
+    provider = std::make_shared<ScriptedProvider>();
+    makeBrowser({});
+    auto const made = begin(browser->makeDirectory("/new"));
+    try {
+        made.value();
+        FAIL() << "a place that cannot be written was written";
+    } catch (FileOperationError::Unsupported const &error) {
+        EXPECT_STREQ(error.what(), "not supported: that destination is read-only");
+    }
+}
+
+} // namespace
+} // namespace tw::test
