@@ -1,8 +1,8 @@
 #pragma once
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/ChildTask.h"
 #include "TWCore/Async/Clock.h"
-#include "TWEngine/Runtime/SharedTask.h"
 
 #include <atomic>
 
@@ -43,11 +43,11 @@ Task<T> withTimeOut(std::shared_ptr<Clock> clock, std::chrono::nanoseconds limit
     auto const context = co_await currentContext();
     auto const race = std::make_shared<detail::TimeOutRace>();
     std::stop_callback const passOn(context.stop, [race] { race->work.request_stop(); });
-    auto const timer = SharedTask<void>::start(context.executor, detail::expireAfter(std::move(clock), limit, race));
+    auto const timer = ChildTask<void>::start(context, detail::expireAfter(std::move(clock), limit, race));
 
     auto outcome = co_await outcomeOf(std::move(work).withStop(race->work.get_token()));
-    timer.cancel();
-    co_await outcomeOf(timer.wait().withStop({}));
+    timer.stop();
+    co_await outcomeOf(timer.join());
     try {
         co_return outcome.take();
     } catch (Cancelled const &) {

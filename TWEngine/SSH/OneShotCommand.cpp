@@ -1,7 +1,7 @@
 #include "TWEngine/SSH/OneShotCommand.h"
 
+#include "TWCore/Async/ChildTask.h"
 #include "TWEngine/Runtime/ChildProcess.h"
-#include "TWEngine/Runtime/SharedTask.h"
 
 namespace tw::OneShotCommand {
 
@@ -42,16 +42,12 @@ Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Take
     auto const hasOutput = std::holds_alternative<PipeEnd>(command.output);
     auto const hasErrors = std::holds_alternative<PipeEnd>(command.error);
     // Both at once: a program that fills one pipe while the other is read would wait for ever.
-    auto const errors =
-        SharedTask<std::string>::start(context.executor, beginningOf(child, ChildOutput::error, hasErrors, kept));
-    std::stop_callback const stopErrors(context.stop, [errors] { errors.cancel(); });
+    auto const errors = ChildTask<std::string>::start(context, beginningOf(child, ChildOutput::error, hasErrors, kept));
     auto output = co_await outcomeOf(taker ? handAll(child, std::move(taker))
                                            : beginningOf(child, ChildOutput::standard, hasOutput, kept));
-    if (output.failure)
-        errors.cancel(); // it holds the program
     Result result;
     result.output = output.take();
-    result.errors = co_await errors.wait();
+    result.errors = co_await errors.join();
     result.status = co_await child->wait();
     co_return result;
 }

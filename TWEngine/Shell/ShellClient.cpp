@@ -1,10 +1,9 @@
 #include "TWEngine/Shell/ShellClient.h"
 
-#include "TWCore/Async/Outcome.h"
+#include "TWCore/Async/ChildTask.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWEngine/Runtime/PipeError.h"
-#include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/Runtime/TimeOut.h"
 
 namespace tw {
@@ -55,8 +54,7 @@ Task<std::string> ShellClient::listen(std::shared_ptr<Clock> clock, Taker take)
 Task<std::string> ShellClient::listenHere(Self self, std::shared_ptr<Clock> clock, Taker take)
 {
     auto const context = co_await currentContext();
-    auto const ofErrors = SharedTask<void>::start(context.executor, listenToErrors(self));
-    std::stop_callback const stopErrors(context.stop, [ofErrors] { ofErrors.cancel(); });
+    auto const ofErrors = ChildTask<void>::start(context, listenToErrors(self));
     auto isFlooded = false;
     std::string buffer;
     do {
@@ -65,18 +63,15 @@ Task<std::string> ShellClient::listenHere(Self self, std::shared_ptr<Clock> cloc
         } catch (PipeError const &) {
             buffer.clear();
         }
-        if (!take(self->reader.ingest(buffer))) {
-            ofErrors.cancel();
+        if (!take(self->reader.ingest(buffer)))
             co_return "";
-        }
         isFlooded = self->reader.waitingBytes() > maxAnswerBytes;
     } while (!buffer.empty() && !isFlooded);
 
     if (isFlooded)
         self->child->kill();
     co_await outcomeOf(withTimeOut(clock, lastWordsTime, self->child->wait()));
-    co_await outcomeOf(withTimeOut(clock, lastWordsTime, ofErrors.wait()));
-    ofErrors.cancel();
+    co_await outcomeOf(withTimeOut(clock, lastWordsTime, ofErrors.join()));
     co_return isFlooded ? "the host sends without an end" : self->lastWords();
 }
 
