@@ -176,7 +176,7 @@ double reopeningConnections(FarHost &far)
     auto const browser = far.browser(provider);
     far.loop.run(browser->connect());
     keep(far.loop.run(browser->open(far.many())).snapshot.count());
-    far.loop.run(provider->runCommand("true", {}, FetchPriority::background)); // both sessions are up
+    far.loop.run(provider->runCommand({.text = "true", .session = CommandSession::background})); // both sessions are up
     auto const before = far.line.traffic().connections;
     far.line.cut();
     far.loop.run(browser->invalidateAll());

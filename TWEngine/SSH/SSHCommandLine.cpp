@@ -1,7 +1,7 @@
 #include "TWEngine/SSH/SSHCommandLine.h"
 
 #include "TWCore/Model/WindowsPath.h"
-#include "TWEngine/Shell/ShellLiteral.h"
+#include "TWCore/Shell/ShellLiteral.h"
 
 namespace tw::SSHCommandLine {
 

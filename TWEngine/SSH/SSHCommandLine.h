@@ -1,7 +1,7 @@
 #pragma once
 
+#include "TWCore/Shell/ShellDialect.h"
 #include "TWEngine/Shell/RemoteShellOptions.h"
-#include "TWEngine/Shell/ShellDialect.h"
 
 #include <cstdint>
 #include <map>

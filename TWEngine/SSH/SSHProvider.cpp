@@ -39,6 +39,11 @@ bool canBeNamedInACommand(ShellDialect dialect, std::string const &path)
 
 constexpr auto unnameable = "a name that ends with a line end cannot be transferred";
 
+HostSessions::Choice choiceOf(CommandSession session)
+{
+    return session == CommandSession::background ? HostSessions::Choice::background : HostSessions::Choice::interactive;
+}
+
 Task<void> asBestItCan(Task<CommandResult> work)
 {
     co_await outcomeOf(std::move(work));
@@ -51,16 +56,16 @@ SSHProvider::SSHProvider(Collaborators with, std::string toHost, RemoteShellOpti
       strand(engine.makeStrand()),
       sshProgram(std::move(with.sshProgram)),
       sockets(std::move(with.sockets)),
-      host(std::move(toHost)),
-      options(completed(std::move(settings), host, sockets)),
+      destination(std::move(toHost)),
+      options(completed(std::move(settings), destination, sockets)),
       sessions(std::make_shared<HostSessions>(
           HostSessions::Collaborators{.engine = engine,
                                       .strand = strand,
                                       .sshProgram = sshProgram,
                                       .savedPasswords = std::move(with.savedPasswords)},
-          host, options,
+          destination, options,
           // By then the place for the sockets may be another.
-          [options = options, host = host, sockets = sockets] {
+          [options = options, host = destination, sockets = sockets] {
               return SSHCommandLine::probe(SSHCommandLine::transportOptions(options, ControlPath::make(host, sockets)),
                                            host);
           }))
@@ -114,9 +119,9 @@ Task<void> SSHProvider::aloneHere(Self self, Task<void> work)
     }
 }
 
-SSHCommandLine::Arguments SSHProvider::transportOptions() const
+std::vector<std::string> SSHProvider::transportOptions() const
 {
-    return SSHCommandLine::transportOptions(options, ControlPath::make(host, sockets));
+    return SSHCommandLine::transportOptions(options, ControlPath::make(destination, sockets));
 }
 
 Task<void> SSHProvider::connect()
@@ -165,7 +170,7 @@ Task<Listings> SSHProvider::fetchHere(Self self, std::string path, int depth, Fe
     // A host may report a failure after having sent a part of the tree.
     auto const hasEntries = root != listings.end() && root->second.count() > 0;
     if (response.status != 0 && !hasEntries)
-        throw FileOperationError::Failed("list", path, self->host + " could not read that folder");
+        throw FileOperationError::Failed("list", path, self->destination + " could not read that folder");
     co_return listings;
 }
 
@@ -199,11 +204,12 @@ Task<std::int64_t> SSHProvider::fileSize(std::string path)
         Choice::interactive, [path = std::move(path)](RemoteShell &shell) { return shell.fileSize(path); }));
 }
 
-Task<CommandResult> SSHProvider::runCommand(std::string command, std::optional<Seconds> limit, FetchPriority priority)
+Task<CommandResult> SSHProvider::runCommand(HostCommand command)
 {
-    auto const choice = priority == FetchPriority::background ? Choice::background : Choice::interactive;
     return inTurn(sessions->asking<CommandResult>(
-        choice, [command = std::move(command), limit](RemoteShell &shell) { return shell.run(command, limit); }));
+        choiceOf(command.session), [text = std::move(command.text), limit = command.limit](RemoteShell &shell) {
+            return shell.run(text, limit);
+        }));
 }
 
 Task<void> SSHProvider::download(std::string path, std::string localPath)
@@ -218,13 +224,14 @@ Task<void> SSHProvider::downloadHere(Self self, std::string path, std::string lo
     auto const file = co_await TransferFile::open(self->engine, localPath, TransferFile::Purpose::toWrite);
     if (!file)
         throw ReadError::NotReadable(localPath, "cannot create local file");
-    auto const result = co_await OneShotCommand::run(
-        self->engine.io(),
-        {.program = self->sshProgram,
-         .arguments = SSHCommandLine::download(self->transportOptions(), self->host, self->sessions->speaks(), path),
-         .output = PipeEnd{},
-         .error = PipeEnd{}},
-        keptBytes, TransferFile::writer(self->engine, file, localPath));
+    auto const result =
+        co_await OneShotCommand::run(self->engine.io(),
+                                     {.program = self->sshProgram,
+                                      .arguments = SSHCommandLine::download(self->transportOptions(), self->destination,
+                                                                            self->sessions->speaks(), path),
+                                      .output = PipeEnd{},
+                                      .error = PipeEnd{}},
+                                     keptBytes, TransferFile::writer(self->engine, file, localPath));
     if (!result.status.isSuccess())
         throw ReadError::NotReadable(path, lastWords(result));
     co_await TransferFile::finish(self->engine, file, localPath);
@@ -249,7 +256,7 @@ Task<void> SSHProvider::uploadHere(Self self, std::string localPath, std::string
     auto const outcome = co_await outcomeOf(
         OneShotCommand::run(self->engine.io(),
                             {.program = self->sshProgram,
-                             .arguments = SSHCommandLine::upload(self->transportOptions(), self->host,
+                             .arguments = SSHCommandLine::upload(self->transportOptions(), self->destination,
                                                                  self->sessions->speaks(), path, file->size),
                              .input = DescriptorEnd{file->descriptor.get()},
                              .error = PipeEnd{}},
@@ -266,6 +273,30 @@ Task<void> SSHProvider::uploadHere(Self self, std::string localPath, std::string
     auto const words = lastWords(*outcome.value);
     // The check that all of it has arrived says nothing.
     throw FileOperationError::Failed("upload", path, words.empty() ? "not all of the file has arrived" : words);
+}
+
+Task<ShellDialect> SSHProvider::dialect()
+{
+    return onStrand(strand, dialectHere(shared_from_this()));
+}
+
+Task<ShellDialect> SSHProvider::dialectHere(Self self)
+{
+    co_return self->sessions->speaks();
+}
+
+Task<ArchiveCapability> SSHProvider::archiveCapability()
+{
+    return onStrand(strand, archiveCapabilityHere(shared_from_this()));
+}
+
+Task<ArchiveCapability> SSHProvider::archiveCapabilityHere(Self self)
+{
+    auto const shell = self->sessions->interactiveShell();
+    if (!shell)
+        co_return ArchiveCapability();
+    auto const state = co_await shell->state();
+    co_return ArchiveCapability::parse(state.handshake.archiveTools);
 }
 
 Task<std::string> SSHProvider::defaultDirectory()

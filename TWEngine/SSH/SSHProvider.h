@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWCore/Provider/CommandHost.h"
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWEngine/SSH/ControlPath.h"
 #include "TWEngine/SSH/HostSessions.h"
@@ -22,10 +23,10 @@ class EngineRuntime;
 /// Cancellation: connecting and the transfer of a file are given up; a question that was sent is waited for.
 /// Errors: RemoteShellError, ReadError, FileOperationError, and SpawnError where ssh cannot be started for a file. What
 /// is under way at a disconnect fails with Disconnected and is not asked again.
-class SSHProvider final : public FileSystemReader, public std::enable_shared_from_this<SSHProvider> {
+class SSHProvider final : public FileSystemReader,
+                          public CommandHost,
+                          public std::enable_shared_from_this<SSHProvider> {
 public:
-    using Seconds = RemoteShell::Seconds;
-
     struct Collaborators {
         EngineRuntime &engine;
         /// The ssh client. Anything but the usual one is for tests, which cannot give ssh another home.
@@ -37,9 +38,9 @@ public:
     /// Starts nothing. `host` is a destination as ssh takes it.
     SSHProvider(Collaborators collaborators, std::string host, RemoteShellOptions options = {});
 
-    std::string identifier() const override { return "ssh:" + host; }
+    std::string identifier() const override { return "ssh:" + destination; }
 
-    std::string displayName() const override { return host; }
+    std::string displayName() const override { return destination; }
 
     int maxUsefulDepth() const override { return 4; }
 
@@ -62,14 +63,16 @@ public:
     Task<void> download(std::string path, std::string localPath) override;
     Task<void> upload(std::string localPath, std::string path) override;
 
-    /// Runs a command on the host. `priority` chooses the session.
-    Task<CommandResult> runCommand(std::string command, std::optional<Seconds> limit, FetchPriority priority);
+    std::string host() const override { return destination; }
+
+    Task<ShellDialect> dialect() override;
+    Task<std::string> defaultDirectory() override;
+    Task<ArchiveCapability> archiveCapability() override;
+    std::vector<std::string> transportOptions() const override;
+    Task<CommandResult> runCommand(HostCommand command) override;
 
     /// Ends both sessions and connects them again. Callers at the same time share one reconnection and its outcome.
     Task<void> reconnect();
-
-    /// Where the host's shell starts: a place to open where none was asked for.
-    Task<std::string> defaultDirectory();
 
     Task<bool> isLive();
 
@@ -86,7 +89,9 @@ private:
                                            std::int64_t offset, std::size_t length);
     static Task<void> downloadHere(Self self, std::string path, std::string localPath);
     static Task<void> uploadHere(Self self, std::string localPath, std::string path);
+    static Task<ShellDialect> dialectHere(Self self);
     static Task<std::string> defaultDirectoryHere(Self self);
+    static Task<ArchiveCapability> archiveCapabilityHere(Self self);
     static Task<bool> isLiveHere(Self self);
     static Task<std::string> remoteImplementationHere(Self self);
 
@@ -99,14 +104,12 @@ private:
     Task<void> alone(Task<void> transfer);
     static Task<void> aloneHere(Self self, Task<void> transfer);
 
-    SSHCommandLine::Arguments transportOptions() const;
-
     // Constant after construction.
     EngineRuntime &engine;
     Strand const strand;
     std::string const sshProgram;
     ControlPath::Place const sockets;
-    std::string const host;
+    std::string const destination;
     RemoteShellOptions const options;
     std::shared_ptr<HostSessions> const sessions;
 

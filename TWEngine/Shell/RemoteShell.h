@@ -1,12 +1,13 @@
 #pragma once
 
 #include "TWCore/Async/Clock.h"
+#include "TWCore/Provider/HostCommand.h"
+#include "TWCore/Shell/ShellDialect.h"
 #include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Runtime/Strand.h"
 #include "TWEngine/SSH/SSHCommandLine.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "TWEngine/Shell/RemoteShellOptions.h"
-#include "TWEngine/Shell/ShellDialect.h"
 #include "TWEngine/Shell/ShellHandshake.h"
 #include "TWEngine/Shell/ShellReader.h"
 #include "TWEngine/Shell/ShellRequest.h"
@@ -26,12 +27,6 @@ struct ListingResponse {
     std::string bytes; ///< the payload, unaltered
     std::int32_t status = 0;
     bool truncated = false; ///< the payload has reached the budget, at which the host stops listing
-};
-
-/// What a command on a host printed, and how it ended.
-struct CommandResult {
-    std::string output; ///< standard output and error, UTF-8
-    std::int32_t status = 0;
 };
 
 /// One long conversation with one host: an ssh client whose remote command is a shell, in which the resident script is

@@ -1,7 +1,7 @@
 #include "TWEngine/Shell/ShellAnswer.h"
 
 #include "TWCore/Model/Trimmed.h"
-#include "TWEngine/Shell/Base64.h"
+#include "TWCore/Shell/Base64.h"
 
 #include <charconv>
 

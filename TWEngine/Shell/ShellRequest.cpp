@@ -1,7 +1,7 @@
 #include "TWEngine/Shell/ShellRequest.h"
 
 #include "TWCore/Model/WindowsPath.h"
-#include "TWEngine/Shell/Base64.h"
+#include "TWCore/Shell/Base64.h"
 
 namespace tw {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TWEngine/Shell/ShellDialect.h"
+#include "TWCore/Shell/ShellDialect.h"
 
 #include <cstdint>
 

@@ -13,7 +13,7 @@
 
 namespace tw {
 
-class SSHProvider;
+class CommandHost;
 
 /// One pane: how it gets from one folder to the next, and what it does with a key or a click.
 ///
@@ -170,7 +170,7 @@ private:
     static Task<void> performRefresh(std::weak_ptr<PaneController> weak, std::string path, std::uint64_t token);
     static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
     static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
-    static Task<void> performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<SSHProvider> host,
+    static Task<void> performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<CommandHost> host,
                                    std::string text, std::uint64_t token);
 
     void subscribeToRefreshes();

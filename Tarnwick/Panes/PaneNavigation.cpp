@@ -3,7 +3,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/Trimmed.h"
-#include "TWEngine/SSH/SSHProvider.h"
+#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneStatus.h"
@@ -25,7 +25,7 @@ void PaneController::navigate(std::string path, std::string select, MarksAfter m
 
 void PaneController::goToTyped(std::string text)
 {
-    auto const host = std::dynamic_pointer_cast<SSHProvider>(browser->providerRef());
+    auto const host = std::dynamic_pointer_cast<CommandHost>(browser->providerRef());
     if (host && trimmed(text).starts_with('~')) {
         spawn({collaborators.mainContext, {}}, performTyped(weak_from_this(), host, std::move(text), navigationToken));
         return;
@@ -35,7 +35,7 @@ void PaneController::goToTyped(std::string text)
 }
 
 /// Only the host knows where its home folder is.
-Task<void> PaneController::performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<SSHProvider> host,
+Task<void> PaneController::performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<CommandHost> host,
                                         std::string text, std::uint64_t token)
 {
     auto const home = co_await outcomeOf(host->defaultDirectory());

@@ -1,7 +1,7 @@
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include "TWCore/Async/Outcome.h"
-#include "TWEngine/SSH/SSHProvider.h"
+#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 namespace tw {
@@ -147,7 +147,7 @@ Task<bool> MainWindowController::showRemembered(Task<std::shared_ptr<Browser>> r
 Task<void> MainWindowController::arriveOnHost(std::shared_ptr<Browser> source, std::shared_ptr<Journey> journey)
 {
     auto path = journey->destination.path;
-    auto const host = std::dynamic_pointer_cast<SSHProvider>(source->providerRef());
+    auto const host = std::dynamic_pointer_cast<CommandHost>(source->providerRef());
     if (!journey->destination.pathWasExplicit && host) {
         auto const home = co_await host->defaultDirectory();
         if (home.starts_with('/'))

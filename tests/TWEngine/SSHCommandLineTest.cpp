@@ -1,6 +1,6 @@
 #include "TWEngine/SSH/SSHCommandLine.h"
 
-#include "TWEngine/Shell/ShellLiteral.h"
+#include "TWCore/Shell/ShellLiteral.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

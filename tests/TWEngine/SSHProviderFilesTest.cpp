@@ -220,7 +220,7 @@ TEST_F(SSHProviderFilesTest, aTransferMakesTheOthersWait)
     EndlessFile const endless(folder.path("pipe"));
     auto const download = loop.start(provider->download(endless.path, local.path("target")));
     loop.drain();
-    auto const command = loop.start(provider->runCommand("echo behind", std::nullopt, interactive));
+    auto const command = loop.start(provider->runCommand({.text = "echo behind"}));
     auto const second = loop.start(provider->download(folder.file("file", "second"), local.path("second")));
     loop.runUntil([&] {
         loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
@@ -243,7 +243,7 @@ TEST_F(SSHProviderFilesTest, whoStopsATransferIsNotHeldUpAndTheOthersGoOn)
     auto const provider = connected();
     EndlessFile const endless(folder.path("pipe"));
     auto const download = loop.start(provider->download(endless.path, local.path("target")));
-    auto const command = loop.start(provider->runCommand("echo behind", std::nullopt, interactive));
+    auto const command = loop.start(provider->runCommand({.text = "echo behind"}));
     loop.drain();
     download.stop();
     finish(download);

@@ -52,6 +52,8 @@ TEST_F(SSHProviderTest, aShellTellsWhereItStarts)
     reach();
     auto const provider = makeProvider();
     EXPECT_EQ(loop.run(provider->defaultDirectory()), "/");
+    EXPECT_EQ(loop.run(provider->dialect()), ShellDialect::posix);
+    EXPECT_EQ(loop.run(provider->archiveCapability()), ArchiveCapability());
     EXPECT_FALSE(loop.run(provider->isLive()));
     loop.run(provider->connect());
     EXPECT_EQ(loop.run(provider->defaultDirectory()) + '\n', run(provider, "pwd"));
@@ -90,7 +92,7 @@ TEST_F(SSHProviderTest, whatListsFoldersOnTheHostIsKnownWithASession)
 TEST_F(SSHProviderTest, aCommandAnswersWhatItPrintsAndHowItEnds)
 {
     reach();
-    auto const result = loop.run(connected()->runCommand("echo out; exit 3", std::nullopt, interactive));
+    auto const result = loop.run(connected()->runCommand({.text = "echo out; exit 3"}));
     EXPECT_EQ(result.output, "out\n");
     EXPECT_EQ(result.status, 3);
 }
@@ -99,10 +101,10 @@ TEST_F(SSHProviderTest, aTimeOutIsNoReasonToReconnect)
 {
     reach();
     auto const provider = connected();
-    auto const shell = shellOf(provider, interactive);
-    EXPECT_THROW(loop.run(provider->runCommand("true", std::chrono::seconds(0), interactive)),
+    auto const shell = shellOf(provider, CommandSession::interactive);
+    EXPECT_THROW(loop.run(provider->runCommand({.text = "true", .limit = std::chrono::seconds(0)})),
                  RemoteShellError::TimedOut);
-    EXPECT_EQ(shellOf(provider, interactive), shell);
+    EXPECT_EQ(shellOf(provider, CommandSession::interactive), shell);
 }
 
 TEST_F(SSHProviderTest, thereAreTwoSessionsOverOneConnection)
@@ -110,11 +112,11 @@ TEST_F(SSHProviderTest, thereAreTwoSessionsOverOneConnection)
     reach();
     Gate const gate;
     auto const provider = connected();
-    EXPECT_NE(shellOf(provider, interactive), shellOf(provider, background));
+    EXPECT_NE(shellOf(provider, CommandSession::interactive), shellOf(provider, CommandSession::background));
     EXPECT_EQ(line->traffic().connections, 1U);
 
     // What takes long on the second does not hold up the first.
-    auto const slow = loop.start(provider->runCommand(gate.waiting(), std::nullopt, background));
+    auto const slow = loop.start(provider->runCommand({.text = gate.waiting(), .session = CommandSession::background}));
     EXPECT_EQ(run(provider, "echo quick"), "quick\n");
     EXPECT_FALSE(slow.isDone());
     gate.open();
@@ -134,7 +136,7 @@ TEST_F(SSHProviderTest, aScanAheadHasASmallerBudget)
     auto const large = makeProvider();
     loop.run(large->connect());
     EXPECT_EQ(run(large, "echo $TW_MAX"), "8388608\n");
-    EXPECT_EQ(run(large, "echo $TW_MAX", background), "2097152\n");
+    EXPECT_EQ(run(large, "echo $TW_MAX", CommandSession::background), "2097152\n");
 }
 
 TEST_F(SSHProviderTest, beforeConnectingThereIsNothingToAsk)
@@ -152,13 +154,13 @@ TEST_F(SSHProviderTest, aCutIsMendedBehindTheCallersBack)
     reach();
     folder.file("file");
     auto const provider = connected();
-    auto const shell = shellOf(provider, interactive);
+    auto const shell = shellOf(provider, CommandSession::interactive);
     // A second session that is still on its way when the line is cut would try the line by itself.
-    run(provider, "true", background);
+    run(provider, "true", CommandSession::background);
     line->cut();
     EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, interactive)).at(folder.path()).count(), 1U);
     EXPECT_EQ(line->traffic().connections, 2U);
-    EXPECT_NE(shellOf(provider, interactive), shell);
+    EXPECT_NE(shellOf(provider, CommandSession::interactive), shell);
     EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, background)).at(folder.path()).count(), 1U);
     EXPECT_EQ(line->traffic().connections, 2U);
 }
@@ -167,11 +169,10 @@ TEST_F(SSHProviderTest, connectingWhatIsConnectedDoesNotHideALaterLoss)
 {
     reach();
     auto const provider = connected();
-    run(provider, "true", background);
+    run(provider, "true", CommandSession::background);
     auto const asked = loop.start(provider->runCommand(
-        "cd '" + folder.path() + "'; touch begun; until [ -e go ]; do sleep 0.01; done; echo ended", std::nullopt,
-        interactive));
-    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'", background) == "begun\n"; });
+        {.text = "cd '" + folder.path() + "'; touch begun; until [ -e go ]; do sleep 0.01; done; echo ended"}));
+    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'", CommandSession::background) == "begun\n"; });
     loop.run(provider->connect());
     line->cut();
     folder.file("go");
@@ -201,9 +202,9 @@ TEST_F(SSHProviderTest, aReconnectionDoesNotAskAgainWhatTheHostSpeaks)
     auto const provider = std::make_shared<SSHProvider>(
         SSHProvider::Collaborators{.engine = engine, .sshProgram = standIn.program(), .sockets = sockets}, "host");
     loop.run(provider->connect());
-    EXPECT_EQ(run(provider, "echo in", background), "in\n");
+    EXPECT_EQ(run(provider, "echo in", CommandSession::background), "in\n");
     loop.run(provider->reconnect());
-    EXPECT_EQ(run(provider, "echo in", background), "in\n");
+    EXPECT_EQ(run(provider, "echo in", CommandSession::background), "in\n");
     EXPECT_EQ(standIn.starts().size(), 5U);
     EXPECT_EQ(std::ranges::count(standIn.starts(), "echo %COMSPEC%", [](auto const &start) { return start.back(); }),
               1);
@@ -214,7 +215,7 @@ TEST_F(SSHProviderTest, aReconnectionThatFailsIsTheFailureOfAll)
 {
     reach();
     auto const provider = connected();
-    run(provider, "true", background);
+    run(provider, "true", CommandSession::background);
     host->stop();
     std::vector<Started<Listings>> fetches;
     for (auto const priority : {interactive, background, interactive})
@@ -228,7 +229,7 @@ TEST_F(SSHProviderTest, aCutIsMendedOnceForAll)
     reach();
     auto const file = folder.file("file", "content");
     auto const provider = connected();
-    run(provider, "true", background);
+    run(provider, "true", CommandSession::background);
     line->cut(Ending::reset);
     std::vector<Started<Listings>> fetches;
     for (auto const priority : {interactive, background, interactive, background})
@@ -250,25 +251,25 @@ TEST_F(SSHProviderTest, aLineThatIsDeadIsNoticedThoughItsConnectionIsSharedWithT
 {
     reach();
     auto const provider = connected({.keepAliveInterval = std::chrono::seconds(1)});
-    auto const shell = shellOf(provider, interactive);
-    run(provider, "true", background);
+    auto const shell = shellOf(provider, CommandSession::interactive);
+    run(provider, "true", CommandSession::background);
     line->stall();
     loop.runUntil([&] {
         loop.run(engine.clock()->sleep(std::chrono::milliseconds(10)));
         return !loop.run(provider->isLive());
     });
     line->resume();
-    EXPECT_NE(shellOf(provider, interactive), shell);
+    EXPECT_NE(shellOf(provider, CommandSession::interactive), shell);
 }
 
 TEST_F(SSHProviderTest, aCutInTheMiddleOfAnAnswerIsMended)
 {
     reach();
     auto const provider = connected();
-    auto const asked = loop.start(provider->runCommand(
-        "echo begun; cd '" + folder.path() + "'; touch begun; until [ -e go ]; do sleep 0.01; done; echo ended",
-        std::nullopt, interactive));
-    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'", background) == "begun\n"; });
+    auto const asked =
+        loop.start(provider->runCommand({.text = "echo begun; cd '" + folder.path() +
+                                                 "'; touch begun; until [ -e go ]; do sleep 0.01; done; echo ended"}));
+    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'", CommandSession::background) == "begun\n"; });
     line->cut();
     folder.file("go");
     finish(asked);
@@ -280,11 +281,11 @@ TEST_F(SSHProviderTest, aLossOfTheSecondSessionIsMended)
 {
     reach();
     auto const provider = connected();
-    loop.run(outcomeOf(provider->runCommand("true", std::nullopt, background)));
-    auto const first = shellOf(provider, interactive);
-    run(provider, "kill -KILL " + shellOf(provider, background));
-    EXPECT_NE(shellOf(provider, background), "");
-    EXPECT_NE(shellOf(provider, interactive), first) << "both are connected again";
+    loop.run(outcomeOf(provider->runCommand({.text = "true", .session = CommandSession::background})));
+    auto const first = shellOf(provider, CommandSession::interactive);
+    run(provider, "kill -KILL " + shellOf(provider, CommandSession::background));
+    EXPECT_NE(shellOf(provider, CommandSession::background), "");
+    EXPECT_NE(shellOf(provider, CommandSession::interactive), first) << "both are connected again";
     EXPECT_EQ(line->traffic().connections, 1U) << "over the connection that was there";
 }
 
@@ -298,7 +299,7 @@ TEST_F(SSHProviderTest, aHostThatIsGoneIsToldInTheWordsOfSSHUntilItIsBack)
     EXPECT_FALSE(loop.run(provider->isLive()));
     host->start();
     EXPECT_EQ(run(provider, "echo back"), "back\n");
-    EXPECT_EQ(run(provider, "echo back", background), "back\n");
+    EXPECT_EQ(run(provider, "echo back", CommandSession::background), "back\n");
     EXPECT_TRUE(loop.run(provider->isLive()));
 }
 
@@ -315,7 +316,7 @@ TEST_F(SSHProviderTest, whatIsUnderWayAtADisconnectFails)
     reach();
     Gate const gate;
     auto const provider = connected();
-    auto const first = loop.start(provider->runCommand(gate.waiting(), std::nullopt, interactive));
+    auto const first = loop.start(provider->runCommand({.text = gate.waiting()}));
     auto const second = loop.start(provider->fetch("/", 1, background));
     auto const third = loop.start(provider->fetch("/", 1, interactive));
     loop.run(provider->disconnect());
@@ -358,7 +359,7 @@ TEST_F(SSHProviderTest, afterADisconnectItConnectsWithoutAProbe)
         SSHProvider::Collaborators{.engine = engine, .sshProgram = standIn.program(), .sockets = sockets}, "host");
     for (std::size_t const starts : {3U, 5U}) {
         loop.run(provider->connect());
-        EXPECT_EQ(run(provider, "echo in", background), "in\n");
+        EXPECT_EQ(run(provider, "echo in", CommandSession::background), "in\n");
         loop.run(provider->disconnect());
         EXPECT_EQ(standIn.starts().size(), starts);
     }
@@ -375,7 +376,7 @@ TEST_F(SSHProviderTest, twoWhoConnectAtOnceShareOneConnection)
     finish(second);
     EXPECT_NO_THROW(first.value());
     EXPECT_NO_THROW(second.value());
-    EXPECT_EQ(shellOf(provider, interactive), shellOf(provider, interactive));
+    EXPECT_EQ(shellOf(provider, CommandSession::interactive), shellOf(provider, CommandSession::interactive));
     EXPECT_EQ(line->traffic().connections, 1U);
 }
 
@@ -385,7 +386,7 @@ TEST_F(SSHProviderTest, withoutAPlaceForSocketsEachSessionLogsIn)
     auto const place = socketBase.path(".tw-" + std::to_string(::getuid()));
     ASSERT_EQ(::mkdir(place.c_str(), 0755), 0);
     auto const provider = connected();
-    EXPECT_EQ(run(provider, "echo in", background), "in\n");
+    EXPECT_EQ(run(provider, "echo in", CommandSession::background), "in\n");
     EXPECT_EQ(line->traffic().connections, 3U) << "the probe and two sessions";
     EXPECT_THAT(namesOnDisk(place), IsEmpty());
 }
@@ -396,7 +397,7 @@ TEST_F(SSHProviderTest, aLinkIsNoPlaceForSockets)
     auto const elsewhere = socketBase.folder("elsewhere");
     ASSERT_EQ(::chmod(elsewhere.c_str(), 0700), 0);
     socketBase.link(".tw-" + std::to_string(::getuid()), elsewhere);
-    EXPECT_EQ(run(connected(), "echo in", background), "in\n");
+    EXPECT_EQ(run(connected(), "echo in", CommandSession::background), "in\n");
     EXPECT_EQ(line->traffic().connections, 3U);
     EXPECT_THAT(namesOnDisk(elsewhere), IsEmpty());
 }

@@ -1,6 +1,6 @@
 #include "TWEngine/Shell/ShellAnswer.h"
 
-#include "TWEngine/Shell/Base64.h"
+#include "TWCore/Shell/Base64.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "TWEngine/Shell/ShellDialect.h"
-#include "TWEngine/Shell/ShellLiteral.h"
+#include "TWCore/Shell/ShellDialect.h"
+#include "TWCore/Shell/ShellLiteral.h"
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/DiskRows.h"
 

@@ -69,13 +69,13 @@ protected:
 
     virtual std::string sshProgram() const { return client.program(); }
 
-    std::string run(Provider const &provider, std::string command, FetchPriority priority = FetchPriority::interactive)
+    std::string run(Provider const &provider, std::string command, CommandSession session = CommandSession::interactive)
     {
-        return loop.run(provider->runCommand(std::move(command), std::nullopt, priority)).output;
+        return loop.run(provider->runCommand({.text = std::move(command), .session = session})).output;
     }
 
     /// The number of the shell that serves a session.
-    std::string shellOf(Provider const &provider, FetchPriority priority) { return run(provider, "echo $$", priority); }
+    std::string shellOf(Provider const &provider, CommandSession session) { return run(provider, "echo $$", session); }
 
     /// Why connecting fails.
     std::string connectFailure(Provider const &provider) { return failureOf<void>(loop.start(provider->connect())); }

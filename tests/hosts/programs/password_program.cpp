@@ -49,7 +49,7 @@ int askHost(std::string program, std::string host, std::string command)
     int status = EXIT_SUCCESS;
     try {
         waitFor(provider->connect());
-        auto const result = waitFor(provider->runCommand(std::move(command), std::nullopt, FetchPriority::interactive));
+        auto const result = waitFor(provider->runCommand({.text = std::move(command)}));
         std::fputs(result.output.c_str(), stdout);
     } catch (std::exception const &failure) {
         std::fprintf(stderr, "%s\n", failure.what());

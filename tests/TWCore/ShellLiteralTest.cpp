@@ -1,4 +1,4 @@
-#include "TWEngine/Shell/ShellLiteral.h"
+#include "TWCore/Shell/ShellLiteral.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "TWEngine/Shell/ShellDialect.h"
+#include "TWCore/Shell/ShellDialect.h"
 
-#include "TWEngine/Shell/Base64.h"
+#include "TWCore/Shell/Base64.h"
 
 namespace tw {
 

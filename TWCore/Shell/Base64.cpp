@@ -1,4 +1,4 @@
-#include "TWEngine/Shell/Base64.h"
+#include "TWCore/Shell/Base64.h"
 
 #include <glib.h>
 

@@ -1,7 +1,7 @@
-#include "TWEngine/Shell/ShellLiteral.h"
+#include "TWCore/Shell/ShellLiteral.h"
 
-#include "TWEngine/Shell/Base64.h"
-#include "TWEngine/Shell/ShellDialect.h"
+#include "TWCore/Shell/Base64.h"
+#include "TWCore/Shell/ShellDialect.h"
 
 #include <unicode/unistr.h>
 

@@ -1,4 +1,4 @@
-#include "TWEngine/Shell/ShellDialect.h"
+#include "TWCore/Shell/ShellDialect.h"
 
 #include <gtest/gtest.h>
 
