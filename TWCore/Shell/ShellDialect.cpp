@@ -1,5 +1,6 @@
 #include "TWCore/Shell/ShellDialect.h"
 
+#include "TWCore/Model/WindowsPath.h"
 #include "TWCore/Shell/Base64.h"
 
 namespace tw {
@@ -92,6 +93,11 @@ bool needsSingleLineRequests(ShellDialect dialect) noexcept
 std::string quote(ShellDialect dialect, std::string_view text)
 {
     return dialect == ShellDialect::posix ? posixQuoted(text) : powerShellQuoted(text);
+}
+
+std::string quotePath(ShellDialect dialect, std::string_view path)
+{
+    return dialect == ShellDialect::powershell ? quote(dialect, WindowsPath::toNative(path)) : quote(dialect, path);
 }
 
 std::string encodeRequest(ShellDialect dialect, std::string_view request)

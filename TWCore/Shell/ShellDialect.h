@@ -33,6 +33,9 @@ bool needsSingleLineRequests(ShellDialect dialect) noexcept;
 /// `text` as one word that means nothing but itself to that shell. Of a posix shell's text every byte but NUL is kept.
 std::string quote(ShellDialect dialect, std::string_view text);
 
+/// A path as one word for that shell. On Windows it is put into the form that the host knows, see WindowsPath.
+std::string quotePath(ShellDialect dialect, std::string_view path);
+
 /// What is written to have that shell carry out `request`, without the end of the line.
 std::string encodeRequest(ShellDialect dialect, std::string_view request);
 

@@ -1,6 +1,5 @@
 #include "TWEngine/SSH/SSHCommandLine.h"
 
-#include "TWCore/Model/WindowsPath.h"
 #include "TWCore/Shell/ShellLiteral.h"
 
 namespace tw::SSHCommandLine {
@@ -47,7 +46,7 @@ Arguments withCommand(Arguments arguments, std::string const &host, std::string 
 
 std::string quotedNative(std::string_view path)
 {
-    return quote(ShellDialect::powershell, WindowsPath::toNative(path));
+    return quotePath(ShellDialect::powershell, path);
 }
 
 std::string downloadCommand(ShellDialect dialect, std::string_view path)

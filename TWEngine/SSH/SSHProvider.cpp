@@ -7,6 +7,7 @@
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/HostFiles.h"
 #include "TWEngine/SSH/TransferFile.h"
 
 namespace tw {
@@ -273,6 +274,31 @@ Task<void> SSHProvider::uploadHere(Self self, std::string localPath, std::string
     auto const words = lastWords(*outcome.value);
     // The check that all of it has arrived says nothing.
     throw FileOperationError::Failed("upload", path, words.empty() ? "not all of the file has arrived" : words);
+}
+
+Task<void> SSHProvider::makeDirectory(std::string path)
+{
+    return HostFiles::makeDirectory(shared_from_this(), std::move(path));
+}
+
+Task<void> SSHProvider::remove(std::vector<std::string> paths)
+{
+    return HostFiles::remove(shared_from_this(), std::move(paths));
+}
+
+Task<void> SSHProvider::rename(std::string from, std::string to)
+{
+    return HostFiles::rename(shared_from_this(), std::move(from), std::move(to));
+}
+
+Task<void> SSHProvider::copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit)
+{
+    return HostFiles::copy(shared_from_this(), std::move(from), std::move(to), limit);
+}
+
+Task<std::int64_t> SSHProvider::totalSize(std::vector<std::string> paths)
+{
+    return HostFiles::totalSize(shared_from_this(), std::move(paths));
 }
 
 Task<ShellDialect> SSHProvider::dialect()

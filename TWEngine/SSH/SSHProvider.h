@@ -2,6 +2,7 @@
 
 #include "TWCore/Provider/CommandHost.h"
 #include "TWCore/Provider/FileSystemReader.h"
+#include "TWCore/Provider/FileSystemWriter.h"
 #include "TWEngine/SSH/ControlPath.h"
 #include "TWEngine/SSH/HostSessions.h"
 
@@ -24,6 +25,7 @@ class EngineRuntime;
 /// Errors: RemoteShellError, ReadError, FileOperationError, and SpawnError where ssh cannot be started for a file. What
 /// is under way at a disconnect fails with Disconnected and is not asked again.
 class SSHProvider final : public FileSystemReader,
+                          public FileSystemWriter,
                           public CommandHost,
                           public std::enable_shared_from_this<SSHProvider> {
 public:
@@ -70,6 +72,16 @@ public:
     Task<ArchiveCapability> archiveCapability() override;
     std::vector<std::string> transportOptions() const override;
     Task<CommandResult> runCommand(HostCommand command) override;
+
+    /// Nothing that was deleted on a host can be brought back.
+    bool deleteIsReversible() const override { return false; }
+
+    // See HostFiles.
+    Task<void> makeDirectory(std::string path) override;
+    Task<void> remove(std::vector<std::string> paths) override;
+    Task<void> rename(std::string from, std::string to) override;
+    Task<void> copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit);
+    Task<std::int64_t> totalSize(std::vector<std::string> paths);
 
     /// Ends both sessions and connects them again. Callers at the same time share one reconnection and its outcome.
     Task<void> reconnect();

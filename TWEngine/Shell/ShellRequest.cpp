@@ -1,20 +1,8 @@
 #include "TWEngine/Shell/ShellRequest.h"
 
-#include "TWCore/Model/WindowsPath.h"
 #include "TWCore/Shell/Base64.h"
 
 namespace tw {
-
-namespace {
-
-std::string quotedPath(ShellDialect dialect, std::string_view path)
-{
-    if (dialect == ShellDialect::powershell)
-        return quote(dialect, WindowsPath::toNative(path));
-    return quote(dialect, path);
-}
-
-} // namespace
 
 /// What a service is called in each dialect.
 struct ShellRequest::Service {
@@ -24,18 +12,18 @@ struct ShellRequest::Service {
 
 ShellRequest ShellRequest::list(ShellDialect dialect, std::string_view path, int depth)
 {
-    return {dialect, {"tw_list", "TWList"}, std::to_string(depth) + ' ' + quotedPath(dialect, path)};
+    return {dialect, {"tw_list", "TWList"}, std::to_string(depth) + ' ' + quotePath(dialect, path)};
 }
 
 ShellRequest ShellRequest::size(ShellDialect dialect, std::string_view path)
 {
-    return {dialect, {"tw_size", "TWSize"}, quotedPath(dialect, path)};
+    return {dialect, {"tw_size", "TWSize"}, quotePath(dialect, path)};
 }
 
 ShellRequest ShellRequest::read(ShellDialect dialect, std::string_view path, std::int64_t offset, std::size_t length)
 {
     auto const range = std::to_string(offset) + ' ' + std::to_string(length);
-    return {dialect, {"tw_read", "TWRead"}, quotedPath(dialect, path) + ' ' + range};
+    return {dialect, {"tw_read", "TWRead"}, quotePath(dialect, path) + ' ' + range};
 }
 
 ShellRequest ShellRequest::run(ShellDialect dialect, std::string_view command)

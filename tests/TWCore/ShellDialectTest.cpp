@@ -84,5 +84,12 @@ TEST(ShellDialectTest, aPowerShellRequestIsOneLineOfBase64)
     EXPECT_EQ(encodeRequest(powershell, std::string(5000, '\n')).find('\n'), std::string::npos);
 }
 
+TEST(ShellDialectTest, aPathIsQuotedInTheFormThatTheHostKnows)
+{
+    EXPECT_EQ(quotePath(posix, "/it's"), "'/it'\\''s'");
+    EXPECT_EQ(quotePath(powershell, "/C:/it's"), "'C:/it''s'");
+    EXPECT_EQ(quotePath(powershell, "/"), "''");
+}
+
 } // namespace
 } // namespace tw::test

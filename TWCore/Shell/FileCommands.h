@@ -1,0 +1,49 @@
+#pragma once
+
+#include "TWCore/Shell/ShellDialect.h"
+
+#include <chrono>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+/// The command lines that change and measure the files of a host, for its resident shell. Paths are absolute, in the
+/// client's own form, and each reaches its command as it is.
+namespace tw::FileCommands {
+
+using Paths = std::span<std::string const>;
+
+/// How long deleting and renaming may take: a large tree, or a move from one disk to another.
+inline constexpr std::chrono::seconds changeLimit{300};
+
+/// How long measuring may take; nobody waits longer for a total.
+inline constexpr std::chrono::seconds measureLimit{120};
+
+/// As many bytes of paths as one command has at most. The systems of hosts take between 256 KiB and 2 MiB for a
+/// program's arguments and environment.
+inline constexpr std::size_t maxPathBytes = 100'000;
+
+/// The first of `paths` that fit into one command, at least one; none only if there are none.
+Paths fittingFront(ShellDialect dialect, Paths paths);
+
+/// Creates one folder. Fails on a POSIX host if the name exists.
+std::string makeDirectory(ShellDialect dialect, std::string_view path);
+
+/// Deletes each path with everything below it.
+std::string remove(ShellDialect dialect, Paths paths);
+
+/// Renames or moves. An existing file is replaced; on a POSIX host an existing folder takes the source inside it.
+std::string rename(ShellDialect dialect, std::string_view from, std::string_view to);
+
+/// Copies each path into the folder `to`, with times and permissions where the host keeps them.
+std::string copy(ShellDialect dialect, Paths from, std::string_view to);
+
+/// Prints the size of all paths together, as `totalSize` reads it.
+std::string measure(ShellDialect dialect, Paths paths);
+
+/// Bytes, from what `measure` printed: disk use in whole KiB on a POSIX host, the lengths of the files on Windows. 0
+/// for a text that is no number.
+std::int64_t totalSize(ShellDialect dialect, std::string_view output);
+
+} // namespace tw::FileCommands

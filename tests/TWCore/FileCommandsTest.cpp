@@ -1,0 +1,86 @@
+#include "TWCore/Shell/FileCommands.h"
+
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using enum ShellDialect;
+
+std::vector<std::string> const two{"/C:/a b", "/C:/it's"};
+
+TEST(FileCommandsTest, aFolderIsMade)
+{
+    EXPECT_EQ(FileCommands::makeDirectory(posix, "/srv/new"), "mkdir '/srv/new'");
+    EXPECT_EQ(FileCommands::makeDirectory(powershell, "/C:/new"),
+              "New-Item -ItemType Directory -Path 'C:/new' -ErrorAction Stop | Out-Null");
+}
+
+TEST(FileCommandsTest, pathsAreDeletedInOneCommand)
+{
+    EXPECT_EQ(FileCommands::remove(posix, two), "rm -rf -- '/C:/a b' '/C:/it'\\''s'");
+    EXPECT_EQ(FileCommands::remove(powershell, two),
+              "Remove-Item -LiteralPath 'C:/a b','C:/it''s' -Recurse -Force -ErrorAction Stop");
+}
+
+TEST(FileCommandsTest, aPathIsRenamed)
+{
+    EXPECT_EQ(FileCommands::rename(posix, "/a", "/b"), "mv -- '/a' '/b'");
+    EXPECT_EQ(FileCommands::rename(powershell, "/C:/a", "/D:/b"),
+              "Move-Item -LiteralPath 'C:/a' -Destination 'D:/b' -Force -ErrorAction Stop");
+}
+
+TEST(FileCommandsTest, pathsAreCopiedIntoAFolder)
+{
+    EXPECT_EQ(FileCommands::copy(posix, two, "/to"), "cp -a -- '/C:/a b' '/C:/it'\\''s' '/to'/");
+    EXPECT_EQ(FileCommands::copy(powershell, two, "/D:/to"),
+              "Copy-Item -LiteralPath 'C:/a b','C:/it''s' -Destination 'D:/to' -Recurse -Force -ErrorAction Stop");
+}
+
+TEST(FileCommandsTest, pathsAreMeasuredTogether)
+{
+    EXPECT_EQ(FileCommands::measure(posix, two),
+              "du -sk -- '/C:/a b' '/C:/it'\\''s' 2>/dev/null | awk '{s+=$1} END {print s+0}'");
+    EXPECT_EQ(FileCommands::measure(powershell, two),
+              "$t=0; foreach($i in @('C:/a b','C:/it''s')){ if(Test-Path -LiteralPath $i -PathType Container){ $t += "
+              "(Get-ChildItem -LiteralPath $i -Recurse -File -Force | Measure-Object -Sum Length).Sum } else { $t += "
+              "(Get-Item -LiteralPath $i).Length } }; [string][long]$t");
+}
+
+TEST(FileCommandsTest, aNameIsNeverAnOptionAndKeepsItsLineFeed)
+{
+    std::vector<std::string> const odd{"-rf", "/a\nb"};
+    EXPECT_EQ(FileCommands::remove(posix, odd), "rm -rf -- '-rf' '/a\nb'");
+    EXPECT_EQ(FileCommands::rename(posix, "-a", "-b"), "mv -- '-a' '-b'");
+}
+
+TEST(FileCommandsTest, theRootOfAWindowsHostIsNoPathThere)
+{
+    EXPECT_EQ(FileCommands::makeDirectory(powershell, "/"),
+              "New-Item -ItemType Directory -Path '' -ErrorAction Stop | Out-Null");
+}
+
+TEST(FileCommandsTest, aCommandTakesAsManyPathsAsFit)
+{
+    std::vector<std::string> const long40(4, "/" + std::string(40'000, 'x'));
+    EXPECT_EQ(FileCommands::fittingFront(posix, long40).size(), 2U);
+    std::vector<std::string> const tooLong(2, "/" + std::string(200'000, 'x'));
+    EXPECT_EQ(FileCommands::fittingFront(posix, tooLong).size(), 1U);
+    EXPECT_EQ(FileCommands::fittingFront(posix, two).size(), 2U);
+    EXPECT_TRUE(FileCommands::fittingFront(posix, {}).empty());
+}
+
+TEST(FileCommandsTest, aTotalIsInKiBOrInBytes)
+{
+    EXPECT_EQ(FileCommands::totalSize(posix, "12\n"), 12288);
+    EXPECT_EQ(FileCommands::totalSize(powershell, " 12\r\n"), 12);
+}
+
+TEST(FileCommandsTest, aTotalThatIsNoNumberIsZero)
+{
+    for (auto const *output : {"", "much", "1 2", "-5", "99999999999999999999", "9223372036854775807"})
+        EXPECT_EQ(FileCommands::totalSize(posix, output), 0) << output;
+}
+
+} // namespace
+} // namespace tw::test

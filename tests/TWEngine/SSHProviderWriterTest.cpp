@@ -1,0 +1,77 @@
+#include "TWCore/Model/FileOperationError.h"
+#include "tests/support/SSHProviderTest.h"
+
+namespace tw::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// Changes on a host, which is this machine.
+class SSHProviderWriterTest : public SSHProviderTest {
+protected:
+    SSHProviderWriterTest()
+    {
+        reach();
+        provider = connected();
+    }
+
+    Provider provider;
+};
+
+TEST_F(SSHProviderWriterTest, aFolderIsMadeOnce)
+{
+    auto const path = folder.path("-new it's \xFF\nfolder");
+    loop.run(provider->makeDirectory(path));
+    EXPECT_TRUE(std::filesystem::is_directory(path));
+    EXPECT_THAT(failureOf(loop.start(provider->makeDirectory(path))), StartsWith("create folder failed on " + path));
+}
+
+TEST_F(SSHProviderWriterTest, theWordsOfTheHostTellWhyItFailed)
+{
+    EXPECT_THAT(failureOf(loop.start(provider->makeDirectory(folder.path("none/new")))),
+                HasSubstr("No such file or directory"));
+    EXPECT_THROW(loop.run(provider->rename(folder.path("none"), folder.path("other"))), FileOperationError::Failed);
+}
+
+TEST_F(SSHProviderWriterTest, pathsAreDeletedWithWhatIsBelowThem)
+{
+    folder.folder("a/b");
+    folder.file("a/b/file", "content");
+    auto const odd = folder.file("it's\n", "content");
+    folder.link("link", "a");
+    auto const kept = folder.file("kept", "content");
+    EXPECT_FALSE(provider->deleteIsReversible());
+    loop.run(provider->remove({folder.path("a"), odd, folder.path("link"), folder.path("none")}));
+    EXPECT_EQ(run(provider, "ls -A '" + folder.path() + "'"), "kept\n");
+    EXPECT_TRUE(std::filesystem::exists(kept));
+}
+
+TEST_F(SSHProviderWriterTest, aPathIsRenamed)
+{
+    auto const from = folder.file("from\n", "content");
+    auto const to = folder.path("-to");
+    loop.run(provider->rename(from, to));
+    EXPECT_EQ(run(provider, "cat '" + to + "'"), "content");
+    EXPECT_FALSE(std::filesystem::exists(from));
+}
+
+TEST_F(SSHProviderWriterTest, pathsAreCopiedOnTheHost)
+{
+    folder.folder("from");
+    folder.file("from/file", "content");
+    auto const to = folder.folder("to it's");
+    loop.run(provider->copyOnRemote({folder.path("from")}, to, std::chrono::seconds(60)));
+    EXPECT_TRUE(std::filesystem::exists(to + "/from/file"));
+    EXPECT_TRUE(std::filesystem::exists(folder.path("from/file")));
+}
+
+TEST_F(SSHProviderWriterTest, aTotalIsThatOfAllThatIsThere)
+{
+    auto const file = folder.file("file", std::string(100'000, 'x'));
+    EXPECT_GE(loop.run(provider->totalSize({file, folder.path("none")})), 100'000);
+    EXPECT_EQ(loop.run(provider->totalSize({folder.path("none")})), 0);
+}
+
+} // namespace
+} // namespace tw::test
