@@ -3,6 +3,7 @@
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneStatus.h"
+#include "Tarnwick/Settings/Settings.h"
 
 namespace tw {
 
@@ -65,10 +66,13 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
     : collaborators(std::move(with)),
       browser(std::move(source)),
       connection(std::move(connectionName)),
-      rows(collaborators.defaults),
       display(&noDisplay),
       requested(PaneSpec::localHome().path)
 {
+    rows.setFolderPlacement(Settings::folderPlacement.read(collaborators.defaults));
+    placementObservation = Settings::folderPlacement.observe(collaborators.defaults, [this] {
+        changeRows([&] { rows.setFolderPlacement(Settings::folderPlacement.read(collaborators.defaults)); });
+    });
 }
 
 PaneController::~PaneController()
@@ -80,11 +84,11 @@ PaneController::~PaneController()
 void PaneController::attach(PaneDisplay &newDisplay)
 {
     display = &newDisplay;
-    display->showSortIndicator(rows.sortKey, rows.ascending);
+    showSortIndicator();
     showConnection(connection);
     display->showPath(onOneLine(requested));
     display->reloadRows();
-    display->showCursor(cursor);
+    display->showCursor(cursor.row());
     if (rows.snapshot())
         refreshStatus();
     subscribeToRefreshes();
@@ -100,16 +104,16 @@ std::string PaneController::pathOnShow() const
     return rows.snapshot() ? rows.snapshot()->path() : "/";
 }
 
-std::string_view PaneController::cursorName() const
+Operands PaneController::operands() const
 {
-    return cursor ? rows.name(*cursor) : std::string_view();
+    return {.browser = browser, .connection = connection, .path = pathOnShow(), .names = rows.operands(cursor.row())};
 }
 
 void PaneController::openSelection()
 {
-    if (!cursor)
+    if (!cursor.row())
         return;
-    auto const *const entry = rows.entry(*cursor);
+    auto const *const entry = rows.entry(*cursor.row());
     if (!entry) {
         goUp();
         return;
@@ -133,56 +137,56 @@ void PaneController::goUp()
 
 void PaneController::toggleSort(SortKey key)
 {
-    if (rows.sortKey == key) {
-        rows.ascending = !rows.ascending;
-    } else {
-        rows.sortKey = key;
-        rows.ascending = key == SortKey::name || key == SortKey::ext;
-    }
-    display->showSortIndicator(rows.sortKey, rows.ascending);
-    reloadPreservingCursor();
+    adoptViewOptions(rows.viewOptions().sortedBy(key));
 }
 
 void PaneController::toggleHidden()
 {
-    rows.showHidden = !rows.showHidden;
-    reloadPreservingCursor();
+    auto options = rows.viewOptions();
+    options.showHidden = !options.showHidden;
+    adoptViewOptions(options);
+}
+
+void PaneController::adoptViewOptions(ViewOptions const &options)
+{
+    if (options == rows.viewOptions())
+        return;
+    changeRows([&] { rows.setViewOptions(options); });
+    showSortIndicator();
     refreshStatus();
 }
 
-void PaneController::reloadPreservingCursor()
+void PaneController::changeRows(std::function<void()> const &change)
 {
     std::string const name(cursorName());
-    rows.rebuild();
+    change();
     display->reloadRows();
     restoreCursor(name);
 }
 
 void PaneController::restoreCursor(std::string_view name)
 {
-    if (rows.rowCount() == 0) {
-        setCursor(std::nullopt);
-        return;
-    }
-    auto const row = name.empty() ? std::nullopt : rows.rowForName(name);
-    setCursor(row.value_or(0));
-    markAnchor = *cursor;
+    cursor.restore(name);
+    cursorMoved();
 }
 
-void PaneController::setCursor(std::optional<int> row)
+void PaneController::cursorMoved()
 {
-    if (row && (*row < 0 || *row > lastRow()))
-        return;
-    cursor = row;
-    display->showCursor(cursor);
+    display->showCursor(cursor.row());
     prefetchAtCursor();
 }
 
 void PaneController::prefetchAtCursor()
 {
-    auto const *const entry = cursor ? rows.entry(*cursor) : nullptr;
+    auto const *const entry = cursor.row() ? rows.entry(*cursor.row()) : nullptr;
     if (entry && entry->isDirectory())
         spawn({collaborators.mainContext, {}}, browser->prefetch(rows.snapshot()->childPath(*entry)));
+}
+
+void PaneController::showSortIndicator()
+{
+    auto const &options = rows.viewOptions();
+    display->showSortIndicator(options.sortKey, options.ascending);
 }
 
 void PaneController::refreshStatus()

@@ -3,13 +3,16 @@
 #include "TWCore/Async/Clock.h"
 #include "TWEngine/Browsing/Browser.h"
 #include "Tarnwick/Panes/KeyPress.h"
+#include "Tarnwick/Panes/Operands.h"
+#include "Tarnwick/Panes/PaneCursor.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
+#include "Tarnwick/Panes/PlaceMemory.h"
+#include "Tarnwick/Settings/Defaults.h"
 #include "Tarnwick/Table/PaneModel.h"
 
 #include <functional>
 #include <memory>
 #include <string>
-#include <unordered_map>
 
 namespace tw {
 
@@ -62,10 +65,13 @@ public:
     std::string pathOnShow() const;
 
     /// The row of the cursor; nothing in an empty table.
-    std::optional<int> cursorRow() const noexcept { return cursor; }
+    std::optional<int> cursorRow() const noexcept { return cursor.row(); }
 
     /// The name under the cursor; empty on the parent row and in an empty table.
-    std::string_view cursorName() const;
+    std::string_view cursorName() const { return cursor.name(); }
+
+    /// What an operation that begins now works on.
+    Operands operands() const;
 
     enum class MarksAfter { dropped, kept };
 
@@ -104,6 +110,8 @@ public:
     void toggleSort(SortKey key);
 
     void toggleHidden();
+
+    void adoptViewOptions(ViewOptions const &options);
 
     /// What a key does here. False: nothing, somebody else may have it.
     bool handleKey(KeyPress const &key);
@@ -158,12 +166,6 @@ private:
         std::uint64_t token = 0;
     };
 
-    /// Where a folder was left.
-    struct Place {
-        std::string cursorName;
-        int firstVisibleRow = 0;
-    };
-
     void startNavigation(Navigation navigation);
     static Task<void> performNavigation(std::weak_ptr<PaneController> weak, Navigation navigation);
     static Task<void> spinLater(std::weak_ptr<PaneController> weak, std::uint64_t token);
@@ -181,36 +183,31 @@ private:
     void applyRefresh(DirectorySnapshot snapshot);
 
     void rememberPlace();
-    void keepVisibleMarks();
-    void reloadPreservingCursor();
+    void changeRows(std::function<void()> const &change);
     void restoreCursor(std::string_view name);
-    void setCursor(std::optional<int> row);
-    void moveCursorTo(int row);
-    void markUpTo(int row);
-    void clickMark(int row, ClickModifiers held);
+    void cursorMoved();
     bool toggleMarkAndAdvance();
     bool handlePlainKey(Key key);
-    void clearMarks();
     void marksChanged();
+    void cursorAndMarksChanged();
+    void showSortIndicator();
     void refreshStatus();
     void showConnection(std::string const &name);
     void prefetchAtCursor();
     std::optional<int> cursorTarget(Key key) const;
 
-    int lastRow() const { return rows.rowCount() - 1; }
-
     Collaborators const collaborators;
     std::shared_ptr<Browser> browser;
     std::string connection;
     PaneModel rows;
+    PaneCursor cursor{rows};
     PaneDisplay *display;
+    Defaults::Subscription placementObservation;
 
-    std::optional<int> cursor;
-    int markAnchor = 0; ///< the row at which a range of marks starts
     std::string requested;
     std::string lastTiming; ///< the timing part of the status line
     std::uint64_t navigationToken = 0;
-    std::unordered_map<std::string, Place> placeMemory;
+    PlaceMemory places; ///< of this connection
 
     /// The host of a remembered folder, until it has been reached or not.
     enum class HostOnItsWay { no, aheadOfTheFolder, behindTheFolder };

@@ -6,15 +6,16 @@ namespace tw {
 
 bool PaneController::handleKey(KeyPress const &key)
 {
-    if (key.isShiftAlone() && cursor) {
+    if (key.isShiftAlone()) {
         if (auto const target = cursorTarget(key.key)) {
-            markUpTo(*target);
+            cursor.markUpTo(*target);
+            cursorAndMarksChanged();
             return true;
         }
     }
     switch (key.key) {
     case Key::keypadTimes:
-        rows.invertMarks();
+        cursor.invertMarks();
         marksChanged();
         return true;
     case Key::insert:
@@ -27,7 +28,8 @@ bool PaneController::handleKey(KeyPress const &key)
         callbacks.onSwitchSide();
         return true;
     case Key::escape:
-        clearMarks();
+        cursor.unmarkAll();
+        marksChanged();
         return true;
     default:
         return key.isPlain() && handlePlainKey(key.key);
@@ -49,68 +51,24 @@ bool PaneController::handlePlainKey(Key key)
     auto const target = cursorTarget(key);
     if (!target)
         return false;
-    moveCursorTo(*target);
+    cursor.moveTo(*target);
+    cursorMoved();
     refreshStatus();
     return true;
 }
 
 std::optional<int> PaneController::cursorTarget(Key key) const
 {
-    if (!cursor)
-        return std::nullopt;
-    // A page less one row, so that the eye finds the row that it was on.
-    auto const pageStride = std::max(display->wholeVisibleRows() - 1, 1);
-    auto const target = [&]() -> std::optional<int> {
-        switch (key) {
-        case Key::home:
-            return 0;
-        case Key::end:
-            return lastRow();
-        case Key::pageUp:
-            return *cursor - pageStride;
-        case Key::pageDown:
-            return *cursor + pageStride;
-        case Key::up:
-            return *cursor - 1;
-        case Key::down:
-            return *cursor + 1;
-        default:
-            return std::nullopt;
-        }
-    }();
-    return target ? std::optional(std::clamp(*target, 0, lastRow())) : std::nullopt;
-}
-
-void PaneController::moveCursorTo(int row)
-{
-    setCursor(row);
-    markAnchor = row;
-}
-
-void PaneController::markUpTo(int row)
-{
-    // The anchor stays, so that the range shrinks and grows with the cursor.
-    rows.marked.clear();
-    rows.markRange(markAnchor, row, PaneModel::Marks::insert);
-    setCursor(row);
-    marksChanged();
+    return cursor.target(key, display->wholeVisibleRows());
 }
 
 bool PaneController::toggleMarkAndAdvance()
 {
-    if (!cursor)
+    if (!cursor.row())
         return false;
-    rows.toggleMark(*cursor);
-    moveCursorTo(std::min(*cursor + 1, lastRow()));
-    marksChanged();
+    cursor.toggleMarkAndAdvance();
+    cursorAndMarksChanged();
     return true;
-}
-
-void PaneController::clearMarks()
-{
-    rows.marked.clear();
-    markAnchor = cursor.value_or(0);
-    marksChanged();
 }
 
 void PaneController::marksChanged()
@@ -119,41 +77,39 @@ void PaneController::marksChanged()
     refreshStatus();
 }
 
-void PaneController::rowClicked(int row, ClickModifiers held)
+void PaneController::cursorAndMarksChanged()
 {
-    if (row < 0 || row > lastRow())
-        return;
-    if (held.shift || held.control) {
-        clickMark(row, held);
-        return;
-    }
-    moveCursorTo(row);
-    if (!rows.marked.empty()) {
-        rows.marked.clear();
-        marksChanged();
-    }
+    cursorMoved();
+    marksChanged();
 }
 
-void PaneController::clickMark(int row, ClickModifiers held)
+void PaneController::rowClicked(int row, ClickModifiers held)
 {
+    if (row < 0 || row >= rows.rowCount())
+        return;
     if (held.shift) {
-        // The anchor stays, as with the keys; with Control the marks that are there stay too.
-        if (!held.control)
-            rows.marked.clear();
-        rows.markRange(markAnchor, row, PaneModel::Marks::insert);
+        // With Control the marks that are there stay.
+        cursor.markUpTo(row, held.control ? PaneCursor::OtherMarks::kept : PaneCursor::OtherMarks::dropped);
+        cursorAndMarksChanged();
+    } else if (held.control) {
+        cursor.toggleMark(row);
+        cursorAndMarksChanged();
     } else {
-        rows.toggleMark(row);
-        markAnchor = row;
+        cursor.moveTo(row);
+        cursorMoved();
+        if (!rows.isUnmarked()) {
+            cursor.unmarkAll();
+            marksChanged();
+        }
     }
-    setCursor(row);
-    marksChanged();
 }
 
 void PaneController::rowDoubleClicked(int row)
 {
-    if (row < 0 || row > lastRow())
+    if (row < 0 || row >= rows.rowCount())
         return;
-    moveCursorTo(row);
+    cursor.moveTo(row);
+    cursorMoved();
     openSelection();
 }
 

@@ -153,18 +153,15 @@ void PaneController::arrive(Navigation const &navigation, OpenResult result, std
     if (!isSameConnection && updates)
         adopt(navigation, *std::move(updates));
     auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == result.snapshot.path();
-    auto const remembered = placeMemory.find(result.snapshot.path());
-    auto const place = remembered != placeMemory.end() ? remembered->second : Place{};
+    auto const place = places.recall(result.snapshot.path());
     auto const firstRow = isSameFolder ? display->firstVisibleRow() : place.firstVisibleRow;
 
+    if (navigation.marks == MarksAfter::dropped)
+        rows.markAll(PaneModel::Marks::remove);
     rows.setSnapshot(std::move(result.snapshot));
-    if (navigation.marks == MarksAfter::kept)
-        keepVisibleMarks();
-    else
-        rows.marked.clear();
+    rows.unmarkWhatIsNotOnShow();
 
     display->reloadRows();
-    display->showSortIndicator(rows.sortKey, rows.ascending);
     requested = pathOnShow();
     display->showPath(onOneLine(requested));
     display->scrollToFirstVisibleRow(firstRow);
@@ -183,7 +180,7 @@ void PaneController::adopt(Navigation const &navigation, Updates updates)
 {
     browser = navigation.source;
     connection = navigation.connection;
-    placeMemory.clear();
+    places.clear();
     updateLoop.request_stop();
     updateLoop = std::stop_source();
     spawn({collaborators.mainContext, updateLoop.get_token()}, listenToUpdates(weak_from_this(), std::move(updates)));
@@ -193,17 +190,7 @@ void PaneController::rememberPlace()
 {
     auto const name = cursorName();
     if (rows.snapshot() && !name.empty())
-        placeMemory.insert_or_assign(pathOnShow(), Place{std::string(name), display->firstVisibleRow()});
-}
-
-void PaneController::keepVisibleMarks()
-{
-    std::set<std::string> kept;
-    for (int row = 0; row <= lastRow() && !rows.marked.empty(); ++row) {
-        if (rows.isMarked(row))
-            kept.emplace(rows.name(row));
-    }
-    rows.marked = std::move(kept);
+        places.remember(pathOnShow(), {std::string(name), display->firstVisibleRow()});
 }
 
 void PaneController::showConnecting(std::string const &host)

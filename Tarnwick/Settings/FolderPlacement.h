@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Tarnwick/Settings/Defaults.h"
-
 namespace tw {
 
 /// Where folders stand among files.
@@ -10,9 +8,5 @@ enum class FolderPlacement {
     bottom,
     mixed, ///< no grouping
 };
-
-/// The setting "tw.folderPlacement", with the values "top", "bottom" and "mixed"; anything else reads as "top".
-FolderPlacement folderPlacement(Defaults const &defaults);
-void setFolderPlacement(Defaults &defaults, FolderPlacement placement);
 
 } // namespace tw

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <fnmatch.h>
 
@@ -12,21 +13,12 @@ namespace tw {
 
 namespace {
 
-/// The sum, held at the largest number: the sizes are what a host claims, and may be anything.
-std::int64_t saturatingSum(std::int64_t a, std::int64_t b)
+/// Held at the largest and the smallest number.
+std::int64_t saturated(__int128 sum)
 {
-    std::int64_t sum = 0;
-    if (!__builtin_add_overflow(a, b, &sum))
-        return sum;
-    return a < 0 ? std::numeric_limits<std::int64_t>::min() : std::numeric_limits<std::int64_t>::max();
-}
-
-/// The listing that the visible rows point into: without one there are no such rows.
-DirectorySnapshot const &shown(std::optional<DirectorySnapshot> const &listing)
-{
-    if (!listing)
-        bug("a pane has rows without a listing");
-    return *listing;
+    using Limits = std::numeric_limits<std::int64_t>;
+    return static_cast<std::int64_t>(
+        std::clamp(sum, static_cast<__int128>(Limits::min()), static_cast<__int128>(Limits::max())));
 }
 
 std::vector<std::string> patternsOf(std::string_view mask)
@@ -44,57 +36,74 @@ std::vector<std::string> patternsOf(std::string_view mask)
 
 } // namespace
 
-std::string_view sortKeyText(SortKey key)
+void PaneModel::Sums::count(Entry const &entry, int sign)
 {
-    switch (key) {
-    case SortKey::name:
-        return "name";
-    case SortKey::ext:
-        return "ext";
-    case SortKey::size:
-        return "size";
-    case SortKey::date:
-        return "date";
-    }
-    return {};
+    (entry.isDirectory() ? dirs : files) += sign;
+    if (!entry.isDirectory())
+        bytes += static_cast<WideSum>(entry.size) * sign;
 }
-
-std::optional<SortKey> sortKeyFromText(std::string_view text)
-{
-    for (auto const key : {SortKey::name, SortKey::ext, SortKey::size, SortKey::date}) {
-        if (text == sortKeyText(key))
-            return key;
-    }
-    return std::nullopt;
-}
-
-PaneModel::PaneModel(Defaults const &defaults) : settings(defaults) {}
 
 void PaneModel::setSnapshot(DirectorySnapshot snapshot)
 {
+    marks.carryOver(listing.value_or(DirectorySnapshot()), snapshot);
     collation = Collation(snapshot);
     listing = std::move(snapshot);
     rebuild();
 }
 
+void PaneModel::setViewOptions(ViewOptions const &wanted)
+{
+    if (std::exchange(options, wanted) != wanted)
+        rebuild();
+}
+
+void PaneModel::setFolderPlacement(FolderPlacement wanted)
+{
+    if (std::exchange(placement, wanted) != wanted)
+        rebuild();
+}
+
 void PaneModel::rebuild()
 {
     visible.clear();
+    shown = {};
+    shownMarked = {};
     if (!listing)
         return;
     auto const entries = listing->entries();
     visible.reserve(entries.size());
     for (std::uint32_t index = 0; index < entries.size(); ++index) {
-        if (!showHidden) {
-            auto const bytes = listing->nameBytes(entries[index]);
-            check(!bytes.empty(), "a listing holds an entry without a name");
-            if (bytes.front() == '.')
-                continue;
-        }
+        auto const bytes = listing->nameBytes(entries[index]);
+        check(!bytes.empty(), "a listing holds an entry without a name");
+        if (bytes.front() == '.' && !options.showHidden)
+            continue;
         visible.push_back(index);
+        shown.count(entries[index], 1);
+        if (marks.contains(index))
+            shownMarked.count(entries[index], 1);
     }
     sortRows(visible, *listing, collation,
-             {.key = sortKey, .ascending = ascending, .placement = folderPlacement(settings)});
+             {.key = options.sortKey, .ascending = options.ascending, .placement = placement});
+}
+
+/// Visible rows point into the listing: without one there are no such rows.
+Entry const &PaneModel::entryAt(std::uint32_t index) const
+{
+    if (!listing)
+        bug("a pane has rows without a listing");
+    return listing->entries()[index];
+}
+
+std::string_view PaneModel::nameAt(std::uint32_t index) const
+{
+    auto const &entry = entryAt(index);
+    return listing->nameBytes(entry);
+}
+
+void PaneModel::mark(std::uint32_t index, bool marked)
+{
+    if (marks.set(index, marked))
+        shownMarked.count(entryAt(index), marked ? 1 : -1);
 }
 
 bool PaneModel::hasParentRow() const
@@ -118,20 +127,18 @@ std::optional<std::uint32_t> PaneModel::entryIndex(int row) const
 Entry const *PaneModel::entry(int row) const
 {
     auto const index = entryIndex(row);
-    return index ? &shown(listing).entries()[*index] : nullptr;
+    return index ? &entryAt(*index) : nullptr;
 }
 
 std::string_view PaneModel::name(int row) const
 {
-    auto const *const found = entry(row);
-    return found != nullptr ? shown(listing).nameBytes(*found) : std::string_view();
+    auto const index = entryIndex(row);
+    return index ? nameAt(*index) : std::string_view();
 }
 
 std::optional<int> PaneModel::rowForName(std::string_view name) const
 {
-    auto const place = std::ranges::find_if(visible, [&](std::uint32_t index) {
-        return shown(listing).nameBytes(shown(listing).entries()[index]) == name;
-    });
+    auto const place = std::ranges::find_if(visible, [&](std::uint32_t index) { return nameAt(index) == name; });
     if (place == visible.end())
         return std::nullopt;
     return static_cast<int>(place - visible.begin()) + (hasParentRow() ? 1 : 0);
@@ -139,16 +146,14 @@ std::optional<int> PaneModel::rowForName(std::string_view name) const
 
 bool PaneModel::isMarked(int row) const
 {
-    return entryIndex(row) && marked.contains(std::string(name(row)));
+    auto const index = entryIndex(row);
+    return index && marks.contains(*index);
 }
 
 void PaneModel::toggleMark(int row)
 {
-    if (!entryIndex(row))
-        return;
-    std::string const toggled(name(row));
-    if (marked.erase(toggled) == 0)
-        marked.insert(toggled);
+    if (auto const index = entryIndex(row))
+        mark(*index, !marks.contains(*index));
 }
 
 void PaneModel::markRange(int from, int to, Marks change)
@@ -158,47 +163,52 @@ void PaneModel::markRange(int from, int to, Marks change)
         return;
     auto const [first, last] = std::minmax({std::clamp(from, 0, rows - 1), std::clamp(to, 0, rows - 1)});
     for (int row = first; row <= last; ++row) {
-        if (!entryIndex(row))
-            continue;
-        if (change == Marks::insert)
-            marked.emplace(name(row));
-        else
-            marked.erase(std::string(name(row)));
+        if (auto const index = entryIndex(row))
+            mark(*index, change == Marks::insert);
     }
 }
 
 void PaneModel::markAll(Marks change)
 {
-    marked.clear();
-    if (change == Marks::remove)
-        return;
-    for (auto &name : visibleNames())
-        marked.insert(std::move(name));
+    marks.clear();
+    shownMarked = {};
+    if (change == Marks::insert)
+        invertMarks();
 }
 
 void PaneModel::invertMarks()
 {
-    std::set<std::string> inverted;
-    for (auto &name : visibleNames()) {
-        if (!marked.contains(name))
-            inverted.insert(std::move(name));
+    unmarkWhatIsNotOnShow();
+    for (auto const index : visible)
+        mark(index, !marks.contains(index));
+}
+
+void PaneModel::unmarkWhatIsNotOnShow()
+{
+    marks.clearAbsent();
+    if (!listing || visible.size() == listing->count())
+        return;
+    std::vector<bool> isOnShow(listing->count());
+    for (auto const index : visible)
+        isOnShow[index] = true;
+    for (std::uint32_t index = 0; index < isOnShow.size(); ++index) {
+        if (!isOnShow[index])
+            marks.set(index, false);
     }
-    marked = std::move(inverted);
 }
 
 int PaneModel::markMatching(std::string_view mask, Marks change)
 {
     auto const patterns = patternsOf(mask);
     int count = 0;
-    for (auto &name : visibleNames()) {
+    std::string name; // one for all, so that a large folder costs no allocation a row
+    for (auto const index : visible) {
+        name = nameAt(index);
         auto const matches = [&](std::string const &pattern) { return fnmatch(pattern.c_str(), name.c_str(), 0) == 0; };
         if (std::ranges::none_of(patterns, matches))
             continue;
         ++count;
-        if (change == Marks::insert)
-            marked.insert(std::move(name));
-        else
-            marked.erase(name);
+        mark(index, change == Marks::insert);
     }
     return count;
 }
@@ -213,46 +223,34 @@ std::optional<std::string> PaneModel::parentPath() const
     return listing->path().substr(0, slash);
 }
 
+std::vector<std::string> PaneModel::markedNames() const
+{
+    std::vector<std::string> names;
+    if (marks.isEmpty())
+        return names;
+    for (auto const index : visible) {
+        if (marks.contains(index))
+            names.emplace_back(nameAt(index));
+    }
+    return names;
+}
+
 std::vector<std::string> PaneModel::operands(std::optional<int> cursorRow) const
 {
-    if (!marked.empty())
-        return {marked.begin(), marked.end()};
-    if (cursorRow && entryIndex(*cursorRow))
-        return {std::string(name(*cursorRow))};
-    return {};
+    auto names = markedNames();
+    if (names.empty() && cursorRow && entryIndex(*cursorRow))
+        names.emplace_back(name(*cursorRow));
+    return names;
 }
 
 PaneModel::Totals PaneModel::totals() const
 {
-    Totals sum;
-    for (auto const index : visible) {
-        auto const &entry = shown(listing).entries()[index];
-        if (entry.isDirectory()) {
-            ++sum.dirs;
-            continue;
-        }
-        ++sum.files;
-        sum.bytes = saturatingSum(sum.bytes, entry.size);
-    }
-    return sum;
+    return {.files = shown.files, .dirs = shown.dirs, .bytes = saturated(shown.bytes)};
 }
 
 PaneModel::MarkedSummary PaneModel::markedSummary() const
 {
-    MarkedSummary summary;
-    if (marked.empty())
-        return summary;
-    std::string name; // one for all, so that a large folder costs no allocation a row
-    for (auto const index : visible) {
-        auto const &entry = shown(listing).entries()[index];
-        name = shown(listing).nameBytes(entry);
-        if (!marked.contains(name))
-            continue;
-        ++summary.count;
-        if (!entry.isDirectory())
-            summary.bytes = saturatingSum(summary.bytes, entry.size);
-    }
-    return summary;
+    return {.count = shownMarked.files + shownMarked.dirs, .bytes = saturated(shownMarked.bytes)};
 }
 
 std::vector<std::string> PaneModel::visibleNames() const
@@ -260,7 +258,7 @@ std::vector<std::string> PaneModel::visibleNames() const
     std::vector<std::string> names;
     names.reserve(visible.size());
     for (auto const index : visible)
-        names.emplace_back(shown(listing).nameBytes(shown(listing).entries()[index]));
+        names.emplace_back(nameAt(index));
     return names;
 }
 

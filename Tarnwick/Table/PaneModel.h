@@ -3,51 +3,42 @@
 #include "TWCore/Model/Collation.h"
 #include "TWCore/Model/DirectorySnapshot.h"
 #include "Tarnwick/Settings/FolderPlacement.h"
+#include "Tarnwick/Table/MarkSet.h"
+#include "Tarnwick/Table/ViewOptions.h"
 
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tw {
 
-/// What the rows of a pane are sorted by.
-enum class SortKey { name, ext, size, date };
-
-/// The stored text of a sort key: "name", "ext", "size", "date".
-std::string_view sortKeyText(SortKey key);
-std::optional<SortKey> sortKeyFromText(std::string_view text);
-
 /// What a pane shows: a listing, a filtered and sorted view of it, the marks, and how rows map to entries.
 ///
 /// The rows are the parent row ".." where there is one, then the entries in `order`. Names are never copied out for
-/// sorting: `order` holds indexes into the snapshot. Marks are names, so that they survive a refresh and a re-sort.
-/// All names here are the exact bytes of the file's name, never the repaired text: two names that look alike on screen
-/// must not be mistaken for one another by an operation.
+/// sorting: `order` holds indexes into the snapshot. Marks belong to names, so that they survive a refresh and a
+/// re-sort. All names here are the exact bytes of the file's name, never the repaired text: two names that look alike
+/// on screen must not be mistaken for one another by an operation.
 ///
 /// Threads: main context only.
 class PaneModel {
 public:
-    /// `defaults` outlives the model.
-    explicit PaneModel(Defaults const &defaults);
-
     std::optional<DirectorySnapshot> const &snapshot() const noexcept { return listing; }
 
-    /// Puts another listing on show, with a new collation, and rebuilds. The marks stay.
+    /// Puts another listing on show, with a new collation. The marks stay.
     void setSnapshot(DirectorySnapshot snapshot);
 
     std::vector<std::uint32_t> const &order() const noexcept { return visible; }
 
-    SortKey sortKey = SortKey::name;
-    bool ascending = true;
-    bool showHidden = false;
-    std::set<std::string> marked;
-    bool alwaysShowParentRow = false; ///< inside an archive, where ".." at the root leaves it
+    ViewOptions const &viewOptions() const noexcept { return options; }
 
-    /// Recomputes `order`. To be called after a change of the fields above or of the folder placement.
-    void rebuild();
+    void setViewOptions(ViewOptions const &wanted);
+
+    void setFolderPlacement(FolderPlacement wanted);
+
+    /// Inside an archive, where ".." at the root leaves it.
+    void setAlwaysShowParentRow(bool always) { alwaysShowParentRow = always; }
 
     bool hasParentRow() const;
 
@@ -76,10 +67,19 @@ public:
     /// many.
     int markMatching(std::string_view mask, Marks change);
 
+    /// False with a mark on any name, on show or not.
+    bool isUnmarked() const noexcept { return marks.isEmpty(); }
+
+    /// Removes the marks on names that are not on show.
+    void unmarkWhatIsNotOnShow();
+
+    /// The marked names that are on show, in the order of their rows.
+    std::vector<std::string> markedNames() const;
+
     /// The folder above, or nothing at "/".
     std::optional<std::string> parentPath() const;
 
-    /// What an operation works on: the marked names, else the name under the cursor, else nothing.
+    /// What an operation works on: the marked names that are on show, else the name under the cursor, else nothing.
     std::vector<std::string> operands(std::optional<int> cursorRow) const;
 
     struct Totals {
@@ -90,6 +90,7 @@ public:
         friend bool operator==(Totals const &, Totals const &) = default;
     };
 
+    /// Of the rows on show. Costs the same for any number of rows.
     Totals totals() const;
 
     struct MarkedSummary {
@@ -99,16 +100,41 @@ public:
         friend bool operator==(MarkedSummary const &, MarkedSummary const &) = default;
     };
 
+    /// Of the marks on show. Costs the same for any number of marks.
     MarkedSummary markedSummary() const;
 
     /// The names of `order`.
     std::vector<std::string> visibleNames() const;
 
 private:
-    Defaults const &settings;
+    /// Sizes are what a host claims, and may be anything. Wide enough for the sum of all of them, so that a size can be
+    /// taken away again.
+    using WideSum = __int128;
+
+    /// Counts of rows, kept up to date with each change, so that nothing has to be counted for a key press.
+    struct Sums {
+        int files = 0;
+        int dirs = 0;
+        WideSum bytes = 0;
+
+        /// Counts an entry in (1) or out (-1).
+        void count(Entry const &entry, int sign);
+    };
+
+    void rebuild();
+    Entry const &entryAt(std::uint32_t index) const;
+    std::string_view nameAt(std::uint32_t index) const;
+    void mark(std::uint32_t index, bool marked);
+
     std::optional<DirectorySnapshot> listing;
     Collation collation = Collation::trivial();
+    ViewOptions options;
+    FolderPlacement placement = FolderPlacement::top;
+    bool alwaysShowParentRow = false;
     std::vector<std::uint32_t> visible;
+    MarkSet marks; ///< of entries on show and of hidden ones
+    Sums shown;
+    Sums shownMarked;
 };
 
 } // namespace tw

@@ -1,6 +1,9 @@
 #pragma once
 
-#include "Tarnwick/Table/PaneModel.h"
+#include "TWCore/Model/Collation.h"
+#include "TWCore/Model/DirectorySnapshot.h"
+#include "Tarnwick/Settings/FolderPlacement.h"
+#include "Tarnwick/Table/ViewOptions.h"
 
 #include <cstdint>
 #include <vector>

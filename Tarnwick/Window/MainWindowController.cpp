@@ -3,13 +3,11 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Panes/PaneStatus.h"
+#include "Tarnwick/Settings/Settings.h"
 
 namespace tw {
 
 namespace {
-
-/// Which side had the keyboard last.
-constexpr auto activeSideKey = "tw.activeSide";
 
 constexpr std::array bothSides{PaneSide::left, PaneSide::right};
 
@@ -66,7 +64,7 @@ void MainWindowController::start(PaneSpec::Sides const &sides)
 {
     open(sides.left.value_or(PaneSpec::localHome()), pane(PaneSide::left));
     open(sides.right.value_or(PaneSpec::localHome()), pane(PaneSide::right));
-    setActive(collaborators.defaults.text(activeSideKey) == "right" ? PaneSide::right : PaneSide::left);
+    setActive(Settings::activeSide.read(collaborators.defaults));
     activePane().takeKeyboardFocus();
     readHosts(); // before anybody asks, so that the first menu is complete as a rule
 }
@@ -199,7 +197,7 @@ void MainWindowController::pickConnection(ConnectionItem const &item, PaneSide s
 void MainWindowController::setActive(PaneSide side)
 {
     active = side;
-    collaborators.defaults.setText(activeSideKey, side == PaneSide::right ? "right" : "left");
+    Settings::activeSide.write(collaborators.defaults, side);
     pane(otherSide(side))->setActive(false);
     pane(side)->setActive(true);
 }

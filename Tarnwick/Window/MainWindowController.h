@@ -3,6 +3,7 @@
 #include "Tarnwick/Connections/Connections.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Settings/PaneSide.h"
 #include "Tarnwick/Window/MainDisplay.h"
 
 #include <array>
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace tw {
-
-enum class PaneSide { left, right };
 
 /// The point where a command, however it was given, meets the pane that it acts on.
 ///

@@ -24,8 +24,7 @@ protected:
         return iconKindOf(paneIconKey(model, 1));
     }
 
-    MemoryDefaults defaults;
-    PaneModel model{defaults};
+    PaneModel model;
 };
 
 TEST_F(IconKindTest, theParentRowHasAnIconOfItsOwn)

@@ -408,8 +408,8 @@ TEST_F(MainWindowControllerTest, commandsActOnTheActivePane)
     loop.drain();
     EXPECT_EQ(provider->fetches, fetches + 1);
     controller.cmdToggleHidden();
-    EXPECT_TRUE(controller.pane(PaneSide::right)->model().showHidden);
-    EXPECT_FALSE(controller.pane(PaneSide::left)->model().showHidden);
+    EXPECT_TRUE(controller.pane(PaneSide::right)->model().viewOptions().showHidden);
+    EXPECT_FALSE(controller.pane(PaneSide::left)->model().viewOptions().showHidden);
 }
 
 TEST_F(MainWindowControllerTest, commandsOfTheWindowReachIt)

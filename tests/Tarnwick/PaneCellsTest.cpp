@@ -24,8 +24,7 @@ protected:
 
     using Texts = std::vector<std::string>;
 
-    MemoryDefaults defaults;
-    PaneModel model{defaults};
+    PaneModel model;
 };
 
 } // namespace

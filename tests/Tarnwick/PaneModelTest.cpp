@@ -11,7 +11,6 @@ namespace {
 class PaneModelTest : public ::testing::Test {
 protected:
     using Names = std::vector<std::string>;
-    using Marked = std::set<std::string>;
     using Marks = PaneModel::Marks;
 
     void show(std::string path, std::vector<ListedEntry> const &rows)
@@ -22,16 +21,31 @@ protected:
     /// ".." and the rows "a", "b" and "c".
     void showThree() { show("/x", {file("b"), file("a"), file("c")}); }
 
-    MemoryDefaults defaults;
-    PaneModel model{defaults};
+    void mark(Names const &names)
+    {
+        for (auto const &name : names)
+            model.toggleMark(model.rowForName(name).value_or(-1));
+    }
+
+    void sort(SortKey key, bool ascending = true)
+    {
+        model.setViewOptions({.sortKey = key, .ascending = ascending, .showHidden = false});
+    }
+
+    void showHidden(bool hidden)
+    {
+        auto options = model.viewOptions();
+        options.showHidden = hidden;
+        model.setViewOptions(options);
+    }
+
+    PaneModel model;
 };
 
 } // namespace
 
 TEST_F(PaneModelTest, withoutAListingThereIsNothing)
 {
-    model.rebuild();
-
     EXPECT_FALSE(model.snapshot());
     EXPECT_FALSE(model.hasParentRow());
     EXPECT_EQ(model.rowCount(), 0);
@@ -46,7 +60,7 @@ TEST_F(PaneModelTest, withoutAListingThereIsNothing)
     model.markAll(Marks::insert);
     model.invertMarks();
     EXPECT_EQ(model.markMatching("*", Marks::insert), 0);
-    EXPECT_EQ(model.marked, Marked());
+    EXPECT_EQ(model.markedNames(), Names());
     EXPECT_EQ(model.operands(0), Names());
 }
 
@@ -72,7 +86,7 @@ TEST_F(PaneModelTest, theRootHasNoParentRowOutsideAnArchive)
     EXPECT_EQ(model.rowCount(), 2);
     EXPECT_EQ(model.name(0), "a");
 
-    model.alwaysShowParentRow = true;
+    model.setAlwaysShowParentRow(true);
     EXPECT_TRUE(model.hasParentRow());
     EXPECT_EQ(model.rowCount(), 3);
     EXPECT_EQ(model.name(0), "");
@@ -81,7 +95,7 @@ TEST_F(PaneModelTest, theRootHasNoParentRowOutsideAnArchive)
 
 TEST_F(PaneModelTest, withoutAListingTheParentRowIsThatOfAnArchivesRoot)
 {
-    model.alwaysShowParentRow = true;
+    model.setAlwaysShowParentRow(true);
 
     EXPECT_TRUE(model.hasParentRow());
     EXPECT_EQ(model.rowCount(), 1);
@@ -115,8 +129,7 @@ TEST_F(PaneModelTest, hiddenEntriesAreThoseThatBeginWithADot)
     show("/", {file(".hidden"), file("shown"), directory(".config"), file("not.hidden")});
     EXPECT_EQ(model.visibleNames(), (Names{"not.hidden", "shown"}));
 
-    model.showHidden = true;
-    model.rebuild();
+    showHidden(true);
     EXPECT_EQ(model.visibleNames(), (Names{".config", ".hidden", "not.hidden", "shown"}));
 }
 
@@ -127,24 +140,22 @@ TEST_F(PaneModelTest, aHiddenRowHasNoRow)
     EXPECT_EQ(model.rowForName(".hidden"), std::nullopt);
 }
 
-TEST_F(PaneModelTest, rebuildTakesUpTheSortFieldsAndTheFolderPlacement)
+TEST_F(PaneModelTest, anotherOrderOrFolderPlacementIsTakenUpAtOnce)
 {
     show("/", {file("a", 1, 30), file("b", 3, 10), directory("d", 2, 20)});
     EXPECT_EQ(model.visibleNames(), (Names{"d", "a", "b"}));
 
-    model.ascending = false;
-    model.rebuild();
+    sort(SortKey::name, false);
     EXPECT_EQ(model.visibleNames(), (Names{"d", "b", "a"}));
 
-    setFolderPlacement(defaults, FolderPlacement::mixed);
-    model.sortKey = SortKey::size;
-    model.rebuild();
+    model.setFolderPlacement(FolderPlacement::mixed);
+    EXPECT_EQ(model.visibleNames(), (Names{"d", "b", "a"}));
+    sort(SortKey::size, false);
     EXPECT_EQ(model.visibleNames(), (Names{"b", "d", "a"}));
 
-    setFolderPlacement(defaults, FolderPlacement::bottom);
-    model.sortKey = SortKey::date;
-    model.ascending = true;
-    model.rebuild();
+    sort(SortKey::date);
+    EXPECT_EQ(model.visibleNames(), (Names{"b", "d", "a"}));
+    model.setFolderPlacement(FolderPlacement::bottom);
     EXPECT_EQ(model.visibleNames(), (Names{"b", "a", "d"}));
 }
 
@@ -165,64 +176,63 @@ TEST_F(PaneModelTest, aMarkTogglesOnEntriesOnly)
     model.toggleMark(0);
     model.toggleMark(-1);
     model.toggleMark(4);
-    EXPECT_EQ(model.marked, (Marked{"a", "c"}));
+    EXPECT_EQ(model.markedNames(), (Names{"a", "c"}));
     EXPECT_TRUE(model.isMarked(1));
     EXPECT_FALSE(model.isMarked(2));
     EXPECT_FALSE(model.isMarked(0));
 
     model.toggleMark(1);
-    EXPECT_EQ(model.marked, (Marked{"c"}));
-}
-
-TEST_F(PaneModelTest, anEmptyNameAmongTheMarksMarksNoParentRow)
-{
-    showThree();
-    model.marked = {""};
-
-    EXPECT_FALSE(model.isMarked(0));
+    EXPECT_EQ(model.markedNames(), (Names{"c"}));
 }
 
 TEST_F(PaneModelTest, aRangeOfMarksGoesInEitherDirectionAndLeavesOutTheParentRow)
 {
     showThree();
     model.markRange(0, 2, Marks::insert);
-    EXPECT_EQ(model.marked, (Marked{"a", "b"}));
+    EXPECT_EQ(model.markedNames(), (Names{"a", "b"}));
     model.markRange(3, 2, Marks::insert);
-    EXPECT_EQ(model.marked, (Marked{"a", "b", "c"}));
+    EXPECT_EQ(model.markedNames(), (Names{"a", "b", "c"}));
     model.markRange(1, 2, Marks::remove);
-    EXPECT_EQ(model.marked, (Marked{"c"}));
+    EXPECT_EQ(model.markedNames(), (Names{"c"}));
 }
 
 TEST_F(PaneModelTest, aRangeOfMarksIsClampedToTheTable)
 {
     showThree();
     model.markRange(-5, 1, Marks::insert);
-    EXPECT_EQ(model.marked, (Marked{"a"}));
+    EXPECT_EQ(model.markedNames(), (Names{"a"}));
     model.markRange(3, 100, Marks::insert);
-    EXPECT_EQ(model.marked, (Marked{"a", "c"}));
+    EXPECT_EQ(model.markedNames(), (Names{"a", "c"}));
     model.markRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), Marks::remove);
-    EXPECT_EQ(model.marked, Marked());
+    EXPECT_EQ(model.markedNames(), Names());
 }
 
 TEST_F(PaneModelTest, allVisibleEntriesAreMarkedOrNone)
 {
     show("/x", {file("a"), file(".hidden"), directory("d")});
-    model.marked = {"gone"};
     model.markAll(Marks::insert);
-    EXPECT_EQ(model.marked, (Marked{"a", "d"}));
+    EXPECT_EQ(model.markedNames(), (Names{"d", "a"}));
+    showHidden(true);
+    EXPECT_EQ(model.markedNames(), (Names{"d", "a"}));
 
-    model.marked.insert("gone");
     model.markAll(Marks::remove);
-    EXPECT_EQ(model.marked, Marked());
+    EXPECT_EQ(model.markedNames(), Names());
+    EXPECT_TRUE(model.isUnmarked());
 }
 
 TEST_F(PaneModelTest, invertedMarksAreOfVisibleEntriesOnly)
 {
+    showHidden(true);
+    show("/x", {file("a"), file("b"), file("goes"), file(".hidden")});
+    mark({"a", "goes", ".hidden"});
     show("/x", {file("a"), file("b"), file(".hidden")});
-    model.marked = {"a", "gone", ".hidden"};
+    showHidden(false);
     model.invertMarks();
+    EXPECT_EQ(model.markedNames(), (Names{"b"}));
 
-    EXPECT_EQ(model.marked, (Marked{"b"}));
+    showHidden(true);
+    show("/x", {file("a"), file("b"), file("goes"), file(".hidden")});
+    EXPECT_EQ(model.markedNames(), (Names{"b"})) << "the marks on what was not on show are gone";
 }
 
 TEST_F(PaneModelTest, aMaskMarksWhatItMatches)
@@ -230,9 +240,9 @@ TEST_F(PaneModelTest, aMaskMarksWhatItMatches)
     show("/x", {file("a.txt"), file("b.md"), file("c.txt.md"), file("plain"), directory("d.txt")});
 
     EXPECT_EQ(model.markMatching("*.txt;*.md", Marks::insert), 4);
-    EXPECT_EQ(model.marked, (Marked{"a.txt", "b.md", "c.txt.md", "d.txt"}));
+    EXPECT_EQ(model.markedNames(), (Names{"d.txt", "a.txt", "b.md", "c.txt.md"}));
     EXPECT_EQ(model.markMatching("a* c*", Marks::remove), 2);
-    EXPECT_EQ(model.marked, (Marked{"b.md", "d.txt"}));
+    EXPECT_EQ(model.markedNames(), (Names{"d.txt", "b.md"}));
 }
 
 TEST_F(PaneModelTest, aNameThatTwoPatternsMatchCountsOnce)
@@ -245,10 +255,10 @@ TEST_F(PaneModelTest, aNameThatTwoPatternsMatchCountsOnce)
 TEST_F(PaneModelTest, aMaskCountsWhatItMatchesWhetherMarkedBeforeOrNot)
 {
     show("/x", {file("a"), file("b")});
-    model.marked = {"a"};
+    mark({"a"});
 
     EXPECT_EQ(model.markMatching("*", Marks::insert), 2);
-    model.marked.clear();
+    model.markAll(Marks::remove);
     EXPECT_EQ(model.markMatching("*", Marks::remove), 2);
 }
 
@@ -257,16 +267,16 @@ TEST_F(PaneModelTest, aMaskWithADotMatchesOnlyNamesWithOne)
     show("/x", {file("a.txt"), file("plain"), file("b.")});
 
     EXPECT_EQ(model.markMatching("*.*", Marks::insert), 2);
-    EXPECT_EQ(model.marked, (Marked{"a.txt", "b."}));
+    EXPECT_EQ(model.markedNames(), (Names{"a.txt", "b."}));
 }
 
 TEST_F(PaneModelTest, aMaskIsCaseSensitiveAndAStarMatchesALeadingDot)
 {
-    model.showHidden = true;
+    showHidden(true);
     show("/x", {file(".profile"), file("PROFILE")});
 
     EXPECT_EQ(model.markMatching("*profile", Marks::insert), 1);
-    EXPECT_EQ(model.marked, (Marked{".profile"}));
+    EXPECT_EQ(model.markedNames(), (Names{".profile"}));
 }
 
 TEST_F(PaneModelTest, anEmptyMaskMatchesNothing)
@@ -283,7 +293,7 @@ TEST_F(PaneModelTest, aMaskMatchesTheVisibleOnly)
     show("/x", {file(".hidden"), file("shown")});
 
     EXPECT_EQ(model.markMatching("*", Marks::insert), 1);
-    EXPECT_EQ(model.marked, (Marked{"shown"}));
+    EXPECT_EQ(model.markedNames(), (Names{"shown"}));
 }
 
 TEST_F(PaneModelTest, theParentPathIsTheFolderAbove)
@@ -300,7 +310,7 @@ TEST_F(PaneModelTest, operandsAreTheMarksElseTheRowUnderTheCursor)
 {
     showThree();
     EXPECT_EQ(model.operands(2), (Names{"b"}));
-    model.marked = {"c", "a"};
+    mark({"c", "a"});
     EXPECT_EQ(model.operands(2), (Names{"a", "c"}));
     EXPECT_EQ(model.operands(std::nullopt), (Names{"a", "c"}));
 }
@@ -336,20 +346,63 @@ TEST_F(PaneModelTest, theMarkedSummaryCountsWhatIsVisibleAndMarked)
     show("/", {file("a", 10), file("b", 20), directory("d", 4096), file(".hidden", 1000)});
     EXPECT_EQ(model.markedSummary(), PaneModel::MarkedSummary());
 
-    model.marked = {"a", "d", ".hidden", "gone"};
+    showHidden(true);
+    mark({"a", "d", ".hidden"});
+    EXPECT_EQ(model.markedSummary(), (PaneModel::MarkedSummary{.count = 3, .bytes = 1010}));
+    showHidden(false);
     EXPECT_EQ(model.markedSummary(), (PaneModel::MarkedSummary{.count = 2, .bytes = 10}));
+    mark({"a"});
+    EXPECT_EQ(model.markedSummary(), (PaneModel::MarkedSummary{.count = 1, .bytes = 0}));
+}
+
+TEST_F(PaneModelTest, theMarkedSummaryIsExactAgainAfterSizesBeyondAllMeasure)
+{
+    auto const largest = std::numeric_limits<std::int64_t>::max();
+    show("/", {file("a", largest), file("b", largest), file("c", 7)});
+    model.markAll(Marks::insert);
+    mark({"a", "b"});
+
+    EXPECT_EQ(model.markedSummary(), (PaneModel::MarkedSummary{.count = 1, .bytes = 7}));
 }
 
 TEST_F(PaneModelTest, marksSurviveARefreshAndWhatWentIsNotCounted)
 {
-    show("/x", {file("stays", 1), file("goes", 2)});
+    show("/x", {file("goes", 2), file("stays", 1)});
     model.markAll(Marks::insert);
     show("/x", {file("new", 4), file("stays", 1)});
 
-    EXPECT_EQ(model.marked, (Marked{"goes", "stays"}));
+    EXPECT_EQ(model.markedNames(), (Names{"stays"}));
     EXPECT_EQ(model.markedSummary(), (PaneModel::MarkedSummary{.count = 1, .bytes = 1}));
-    EXPECT_TRUE(model.isMarked(*model.rowForName("stays")));
     EXPECT_FALSE(model.isMarked(*model.rowForName("new")));
+}
+
+TEST_F(PaneModelTest, aMarkOnANameThatWentComesBackWithTheName)
+{
+    show("/x", {file("goes", 2), file("stays", 1)});
+    model.markAll(Marks::insert);
+    show("/x", {file("stays", 1)});
+    EXPECT_FALSE(model.isUnmarked());
+    show("/x", {file("goes", 2), file("stays", 1)});
+    EXPECT_EQ(model.markedNames(), (Names{"goes", "stays"}));
+
+    show("/x", {file("stays", 1)});
+    model.unmarkWhatIsNotOnShow();
+    show("/x", {file("goes", 2), file("stays", 1)});
+    EXPECT_EQ(model.markedNames(), (Names{"stays"}));
+}
+
+TEST_F(PaneModelTest, operandsAreNeverWhatIsNotOnShow)
+{
+    show("/x", {file("goes"), file("stays")});
+    mark({"goes"});
+    show("/x", {file("stays")});
+    EXPECT_EQ(model.operands(1), (Names{"stays"})) << "the only mark is on a name that went";
+
+    showHidden(true);
+    show("/x", {file(".hidden"), file("stays")});
+    mark({".hidden"});
+    showHidden(false);
+    EXPECT_EQ(model.operands(1), (Names{"stays"}));
 }
 
 TEST_F(PaneModelTest, namesThatLookAlikeAreMarkedApart)
@@ -375,8 +428,7 @@ TEST_F(PaneModelTest, everySortKeyHasItsStoredText)
 
 TEST(PaneModelDeathTest, anEntryWithoutANameStopsTheProcess)
 {
-    MemoryDefaults const defaults;
-    PaneModel model(defaults);
+    PaneModel model;
 
     EXPECT_DEATH(model.setSnapshot(listing("/", {file("")})), "without a name");
 }

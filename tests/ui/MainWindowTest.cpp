@@ -1,5 +1,6 @@
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
 
+#include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 #include "tests/ui/QtLoop.h"
@@ -8,6 +9,7 @@
 #include <QPointer>
 #include <QScreen>
 #include <QTest>
+#include <gmock/gmock.h>
 
 namespace tw::test {
 namespace {
@@ -138,14 +140,28 @@ TEST_F(MainWindowTest, damagedSettingsAreAFirstStart)
     EXPECT_GT(table(PaneSide::left).columnWidth(static_cast<int>(PaneColumn::date)), 60);
 }
 
-TEST_F(MainWindowTest, theFontSizeOfTheRowsIsASetting)
+TEST_F(MainWindowTest, theFontSizeOfTheRowsIsASettingThatEveryPaneTakesUpAtOnce)
 {
     open();
     auto const usual = table(PaneSide::left).rowHeight(0);
+    Settings::paneFontSize.write(defaults, 20);
+    for (auto const side : {PaneSide::left, PaneSide::right})
+        EXPECT_GT(table(side).rowHeight(0), usual);
     close();
-    defaults.setText("tw.paneFontSize", "20");
     open();
     EXPECT_GT(table(PaneSide::left).rowHeight(0), usual);
+}
+
+TEST_F(MainWindowTest, theFolderPlacementIsASettingThatEveryPaneTakesUpAtOnce)
+{
+    for (auto *const folder : {&left, &right}) {
+        folder->folder("folder");
+        folder->file("a");
+    }
+    open();
+    Settings::folderPlacement.write(defaults, FolderPlacement::bottom);
+    for (auto const side : {PaneSide::left, PaneSide::right})
+        EXPECT_THAT(shownNames(side), ::testing::ElementsAre("..", "a", "folder"));
 }
 
 } // namespace

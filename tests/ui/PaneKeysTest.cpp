@@ -144,7 +144,7 @@ TEST_F(PaneKeysTest, insertMarksAndGoesOn)
     press(Qt::Key_Down);
     press(Qt::Key_Insert);
     press(Qt::Key_Insert);
-    EXPECT_THAT(active().model().marked, ElementsAre("a", "b"));
+    EXPECT_THAT(active().model().markedNames(), ElementsAre("a", "b"));
     EXPECT_EQ(cursorName(), "c");
     EXPECT_NE(status(PaneSide::left).find("2 marked"), std::string::npos) << status(PaneSide::left);
 }
@@ -154,9 +154,9 @@ TEST_F(PaneKeysTest, escapeTakesAllMarksAway)
     open();
     press(Qt::Key_End);
     press(Qt::Key_Insert);
-    ASSERT_THAT(active().model().marked, ElementsAre("c"));
+    ASSERT_THAT(active().model().markedNames(), ElementsAre("c"));
     press(Qt::Key_Escape);
-    EXPECT_TRUE(active().model().marked.empty());
+    EXPECT_TRUE(active().model().markedNames().empty());
 }
 
 TEST_F(PaneKeysTest, shiftAndAnArrowMarkARange)
@@ -164,7 +164,7 @@ TEST_F(PaneKeysTest, shiftAndAnArrowMarkARange)
     open();
     press(Qt::Key_End);
     press(Qt::Key_Up, Qt::ShiftModifier);
-    EXPECT_THAT(active().model().marked, ElementsAre("b", "c"));
+    EXPECT_THAT(active().model().markedNames(), ElementsAre("b", "c"));
 }
 
 TEST_F(PaneKeysTest, controlAndRReadsTheFolderAgain)

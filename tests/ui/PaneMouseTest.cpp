@@ -58,9 +58,9 @@ TEST_F(PaneMouseTest, clicksWithControlAndShiftMark)
     open();
     click(2, Qt::LeftButton, Qt::ControlModifier);
     click(4, Qt::LeftButton, Qt::ControlModifier);
-    EXPECT_THAT(pane(PaneSide::left).model().marked, ElementsAre("a.txt", "c.cpp"));
+    EXPECT_THAT(pane(PaneSide::left).model().markedNames(), ElementsAre("a.txt", "c.cpp"));
     click(3, Qt::LeftButton, Qt::ShiftModifier);
-    EXPECT_THAT(pane(PaneSide::left).model().marked, ElementsAre("b.md", "c.cpp"));
+    EXPECT_THAT(pane(PaneSide::left).model().markedNames(), ElementsAre("b.md", "c.cpp"));
     EXPECT_EQ(cursorName(), "b.md");
 }
 
@@ -70,12 +70,12 @@ TEST_F(PaneMouseTest, aDoubleClickWithControlIsTwoClicksThatMarkAndOpensNothing)
     auto *const view = table(PaneSide::left).viewport();
     auto const where = middleOf(1, PaneColumn::name);
     QTest::mouseClick(view, Qt::LeftButton, Qt::ControlModifier, where);
-    EXPECT_THAT(pane(PaneSide::left).model().marked, ElementsAre("inner"));
+    EXPECT_THAT(pane(PaneSide::left).model().markedNames(), ElementsAre("inner"));
     QMouseEvent second(QEvent::MouseButtonDblClick, where, view->mapToGlobal(where), Qt::LeftButton, Qt::LeftButton,
                        Qt::ControlModifier);
     QApplication::sendEvent(view, &second);
     EXPECT_EQ(pane(PaneSide::left).requestedPath(), left.path());
-    EXPECT_THAT(pane(PaneSide::left).model().marked, IsEmpty());
+    EXPECT_THAT(pane(PaneSide::left).model().markedNames(), IsEmpty());
 }
 
 TEST_F(PaneMouseTest, aClickPutsTheCursorOnTheRowAndDropsMarks)
@@ -85,7 +85,7 @@ TEST_F(PaneMouseTest, aClickPutsTheCursorOnTheRowAndDropsMarks)
     press(Qt::Key_Insert);
     click(2);
     EXPECT_EQ(cursorName(), "a.txt");
-    EXPECT_THAT(active().model().marked, IsEmpty());
+    EXPECT_THAT(active().model().markedNames(), IsEmpty());
 }
 
 TEST_F(PaneMouseTest, aClickBelowTheRowsMovesNothing)

@@ -53,7 +53,7 @@ TEST_F(PaneRefreshTest, aRefreshKeepsScrollPositionCursorAndMarks)
     EXPECT_EQ(active().model().rowCount(), 302);
     EXPECT_EQ(scrolled(), before);
     EXPECT_EQ(cursorName(), name);
-    EXPECT_EQ(active().model().marked.size(), 1U);
+    EXPECT_EQ(active().model().markedNames().size(), 1U);
 }
 
 TEST_F(PaneRefreshTest, aRefreshOfALargeFolderPaintsOnce)

@@ -72,8 +72,7 @@ protected:
         return table.data(table.index(row, static_cast<int>(column)), role);
     }
 
-    MemoryDefaults defaults;
-    PaneModel model{defaults};
+    PaneModel model;
     PaneIcons icons;
     AskedTableModel table{model, icons};
     PaneTableView view{table};

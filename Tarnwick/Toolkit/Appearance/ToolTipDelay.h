@@ -8,9 +8,7 @@ namespace tw {
 /// the usual delay are in the way.
 class ToolTipDelay final : public QProxyStyle {
 public:
-    /// In milliseconds, before a tool tip appears.
-    static constexpr int usual = 1400;
-
+    /// `milliseconds` pass before a tool tip appears.
     explicit ToolTipDelay(int milliseconds) : delay(milliseconds) {}
 
     int styleHint(StyleHint hint, QStyleOption const *option, QWidget const *widget,

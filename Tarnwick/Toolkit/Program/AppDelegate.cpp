@@ -3,6 +3,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
 #include "Tarnwick/Toolkit/Program/SessionWatch.h"
@@ -20,15 +21,6 @@ namespace {
 
 /// How long the program takes to end. No host can hold it back for longer.
 constexpr std::chrono::seconds timeToEnd{2};
-
-constexpr auto toolTipDelayKey = "NSInitialToolTipDelay";
-
-int toolTipDelay(Defaults const &defaults)
-{
-    auto isNumber = false;
-    auto const stored = QString::fromStdString(defaults.text(toolTipDelayKey).value_or("")).toInt(&isNumber);
-    return isNumber && stored >= 0 ? stored : ToolTipDelay::usual;
-}
 
 /// Connecting to a bus waits for it, which is nothing for the main context.
 Task<QDBusConnection> systemBus(EngineRuntime *engine)
@@ -63,7 +55,7 @@ AppDelegate::~AppDelegate() = default;
 void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
 {
     lifeLog.begin(with.version.empty() ? std::nullopt : std::optional(with.version));
-    QApplication::setStyle(new ToolTipDelay(toolTipDelay(with.defaults)));
+    QApplication::setStyle(new ToolTipDelay(Settings::toolTipDelay.read(with.defaults)));
     // Quitting closes the windows as well, and is then not their doing.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {
         if (!isAskedToQuit)

@@ -31,10 +31,8 @@ std::optional<std::string> QtDefaults::text(std::string const &key) const
     return value.toString().toStdString();
 }
 
-void QtDefaults::setText(std::string const &key, std::string const &value)
+void QtDefaults::store(std::string const &key, std::string const &value)
 {
-    if (text(key) == value)
-        return; // an unchanged setting is no reason to write the file
     auto const asText = QString::fromStdString(value);
     auto const isUtf8 = asText.toStdString() == value;
     settings.setValue(QString::fromStdString(key),

@@ -17,9 +17,11 @@ public:
     explicit QtDefaults(QString const &file);
 
     std::optional<std::string> text(std::string const &key) const override;
-    void setText(std::string const &key, std::string const &value) override;
 
     void flush() override { settings.sync(); }
+
+protected:
+    void store(std::string const &key, std::string const &value) override;
 
 private:
     QSettings settings;

@@ -19,7 +19,7 @@ class PaneTableView final : public QTableView {
 public:
     explicit PaneTableView(PaneTableModel &rows, QWidget *parent = nullptr);
 
-    /// The size of the rows' font, see `paneFontSize`.
+    /// The size of the rows' font, see `Settings::paneFontSize`.
     void setFontSize(double size);
 
     void reloadRows();

@@ -1,5 +1,6 @@
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
 
+#include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Program/StartLog.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
@@ -16,9 +17,6 @@ constexpr QSize usualSize(1180, 720);
 
 /// Two panes of the least width, and little more than a page of rows.
 constexpr QSize leastSize(2 * PaneSplitter::leastSide + 1, 300);
-
-constexpr auto geometryKey = "TarnwickMain";
-constexpr auto splitKey = "tw.split";
 
 } // namespace
 
@@ -38,8 +36,6 @@ void MainWindow::buildPanes()
 {
     left = new PaneView(commands.pane(PaneSide::left), settings, icons, splitter);
     right = new PaneView(commands.pane(PaneSide::right), settings, icons, splitter);
-    left->onColumnsChanged = [this] { right->adoptColumns(); };
-    right->onColumnsChanged = [this] { left->adoptColumns(); };
     splitter->addPane(left);
     splitter->addPane(right);
     splitter->onDividerDoubleClicked = [this] { commands.cmdEqualizePanes(); };
@@ -82,8 +78,8 @@ QAction *MainWindow::addAction(QString const &title, QList<QKeySequence> const &
 void MainWindow::place()
 {
     resize(usualSize);
-    auto const stored = settings.text(geometryKey);
-    if (stored && restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*stored))))
+    auto const stored = QByteArray::fromStdString(Settings::windowGeometry.read(settings));
+    if (restoreGeometry(QByteArray::fromBase64(stored)))
         return;
     auto const free = screen()->availableGeometry();
     resize(usualSize.boundedTo(free.size()));
@@ -92,19 +88,16 @@ void MainWindow::place()
 
 void MainWindow::placeDivider()
 {
-    auto const stored = settings.text(splitKey);
-    auto isNumber = false;
-    auto const share = QString::fromStdString(stored.value_or("")).toInt(&isNumber);
-    if (isNumber)
-        splitter->setLeftShare(share);
+    if (auto const share = Settings::leftShare.read(settings))
+        splitter->setLeftShare(*share);
     else
         splitter->equalize();
 }
 
 void MainWindow::rememberPlace()
 {
-    settings.setText(geometryKey, saveGeometry().toBase64().toStdString());
-    settings.setText(splitKey, std::to_string(splitter->leftShare()));
+    Settings::windowGeometry.write(settings, saveGeometry().toBase64().toStdString());
+    Settings::leftShare.write(settings, splitter->leftShare());
 }
 
 void MainWindow::showEvent(QShowEvent *event)

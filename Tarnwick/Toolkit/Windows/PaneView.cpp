@@ -1,6 +1,6 @@
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
-#include "Tarnwick/Settings/PaneFontSize.h"
+#include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Program/StartLog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
@@ -14,9 +14,6 @@
 namespace tw {
 
 namespace {
-
-/// The widths of the columns, which both panes share.
-constexpr auto columnsKey = "tw.columns";
 
 /// What a long name of a host leaves to the path in a narrow pane.
 constexpr int leastPathWidth = 110;
@@ -46,8 +43,10 @@ PaneView::PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, Pan
     connectTable();
     connectPathField();
     connectButton();
-    rowTable->setFontSize(paneFontSize(settings));
+    adoptFontSize();
     adoptColumns();
+    observations = {Settings::paneFontSize.observe(settings, [this] { adoptFontSize(); }),
+                    Settings::columns.observe(settings, [this] { adoptColumns(); })};
     controller->attach(*this);
 }
 
@@ -83,13 +82,10 @@ void PaneView::connectTable()
         if (auto const key = sortKeyOf(column))
             controller->toggleSort(*key);
         else // the header has turned its arrow to a column that does not sort
-            PaneView::showSortIndicator(controller->model().sortKey, controller->model().ascending);
+            PaneView::showSortIndicator(controller->model().viewOptions().sortKey,
+                                        controller->model().viewOptions().ascending);
     };
-    rowTable->titles().onChoicesChanged = [this] {
-        settings.setText(columnsKey, rowTable->titles().choices());
-        if (onColumnsChanged)
-            onColumnsChanged();
-    };
+    rowTable->titles().onChoicesChanged = [this] { Settings::columns.write(settings, rowTable->titles().choices()); };
 }
 
 void PaneView::connectPathField()
@@ -106,9 +102,14 @@ void PaneView::connectButton()
     connection->onPicked = [this](ConnectionItem const &item) { controller->connectionPicked(item); };
 }
 
+void PaneView::adoptFontSize()
+{
+    rowTable->setFontSize(Settings::paneFontSize.read(settings));
+}
+
 void PaneView::adoptColumns()
 {
-    rowTable->titles().adoptChoices(settings.text(columnsKey).value_or(""));
+    rowTable->titles().adoptChoices(Settings::columns.read(settings));
 }
 
 void PaneView::notePainted()

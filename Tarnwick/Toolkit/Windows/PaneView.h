@@ -6,6 +6,8 @@
 
 #include <QWidget>
 
+#include <array>
+
 namespace tw {
 
 class ConnectionButton;
@@ -28,12 +30,6 @@ public:
     ConnectionButton &connectionButton() const { return *connection; }
 
     ElidedLabel &statusLine() const { return *status; }
-
-    /// Takes over the widths of the columns from the settings.
-    void adoptColumns();
-
-    /// The user has changed the widths of the columns, and they have been stored.
-    std::function<void()> onColumnsChanged;
 
 private:
     void reloadRows() override;
@@ -58,9 +54,12 @@ private:
     void connectPathField();
     void connectButton();
     void notePainted();
+    void adoptFontSize();
+    void adoptColumns();
 
     std::shared_ptr<PaneController> const controller;
     Defaults &settings;
+    std::array<Defaults::Subscription, 2> observations;
     PaneTableModel rows;
     ConnectionButton *const connection;
     PathField *const path;

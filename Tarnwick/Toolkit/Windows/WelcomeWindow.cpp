@@ -1,6 +1,6 @@
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 
-#include "Tarnwick/Settings/Defaults.h"
+#include "Tarnwick/Settings/Settings.h"
 
 #include <QFontInfo>
 #include <QGridLayout>
@@ -13,7 +13,6 @@ namespace tw {
 
 namespace {
 
-constexpr auto shownKey = "tw.welcomeShown";
 constexpr int margin = 32;
 constexpr int iconSize = 64;
 constexpr int textWidth = 440;
@@ -97,9 +96,9 @@ WelcomeWindow::WelcomeWindow(QWidget *parent) : QDialog(parent)
 
 WelcomeWindow *WelcomeWindow::showIfFirstRun(Defaults &defaults, QWidget &mainWindow)
 {
-    if (defaults.text(shownKey) == "true")
+    if (Settings::welcomeShown.read(defaults))
         return nullptr;
-    defaults.setText(shownKey, "true");
+    Settings::welcomeShown.write(defaults, true);
     defaults.flush();
     auto *const shown = new WelcomeWindow(&mainWindow);
     shown->setAttribute(Qt::WA_DeleteOnClose);

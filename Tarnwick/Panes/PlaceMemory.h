@@ -1,0 +1,36 @@
+#pragma once
+
+#include <list>
+#include <string>
+#include <unordered_map>
+
+namespace tw {
+
+/// Where the folders of one connection were left: the cursor, and how far they were scrolled.
+class PlaceMemory {
+public:
+    /// Nobody finds a way back through more folders than these. The one that was left first is forgotten first.
+    static constexpr std::size_t mostFolders = 1000;
+
+    struct Place {
+        std::string cursorName;
+        int firstVisibleRow = 0;
+
+        friend bool operator==(Place const &, Place const &) = default;
+    };
+
+    void remember(std::string const &path, Place place);
+
+    /// The top of the folder if nothing is known of it.
+    Place recall(std::string const &path) const;
+
+    void clear();
+
+private:
+    using Newest = std::list<std::pair<std::string, Place>>;
+
+    Newest newest; ///< the folder that was left last is the first
+    std::unordered_map<std::string, Newest::iterator> byPath;
+};
+
+} // namespace tw

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace tw {
+
+enum class PaneSide { left, right };
+
+} // namespace tw

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Tarnwick/Settings/FolderPlacement.h"
+#include "Tarnwick/Settings/PaneSide.h"
+#include "Tarnwick/Settings/Setting.h"
+
+/// All settings of the program, in one table.
+namespace tw::Settings {
+
+/// The size of a pane's rows in the unit of the window's measures, 1/96 of an inch at a scale of 1, so 12 is what
+/// desktops call 9 points. Kept between 9 and 20 when it is read and when it is written.
+extern Setting<double> const paneFontSize;
+
+extern Setting<FolderPlacement> const folderPlacement;
+
+/// The side that had the keyboard last.
+extern Setting<PaneSide> const activeSide;
+
+/// The widths that the user gave to columns, which both panes share. ColumnLayout writes and reads them.
+extern Setting<std::string> const columns;
+
+/// The place of the window on the screen, in the toolkit's own notation.
+extern Setting<std::string> const windowGeometry;
+
+/// The left pane's part of the window's width, as PaneSplitter counts it. Nothing: both panes are equally wide.
+extern Setting<std::optional<int>> const leftShare;
+
+/// Whether the first start's window has been shown.
+extern Setting<bool> const welcomeShown;
+
+/// In milliseconds, before a tool tip appears. At least 0.
+extern Setting<int> const toolTipDelay;
+
+} // namespace tw::Settings
