@@ -6,29 +6,15 @@
 
 namespace tw {
 
-namespace {
-
-std::string scanKey(std::string const &root, int depth)
-{
-    return root + '\0' + std::to_string(depth);
-}
-
-std::string parentOf(std::string const &path)
-{
-    auto const slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
-} // namespace
-
 Browser::Browser(std::shared_ptr<FileSystemProvider> source, Collaborators collaborators, Config settings)
     : provider(std::move(source)),
       strand(std::move(collaborators.strand)),
       clock(std::move(collaborators.clock)),
-      persistIdentity(provider->persistentCacheIdentity()),
-      store(persistIdentity ? std::move(collaborators.store) : nullptr),
+      memory(collaborators.memory ? std::move(collaborators.memory) : std::make_shared<ListingBudget>(strand)),
+      cache(std::make_shared<ListingCache>()),
       config(settings),
-      cache(settings.maxCachedBytes)
+      kept(std::move(collaborators.store), provider->persistentCacheIdentity(), strand.executor(), clock),
+      subscribers(strand.executor())
 {
 }
 
@@ -52,41 +38,83 @@ Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string pa
     if (auto warm = self->openWarm(path))
         co_return *std::move(warm);
 
-    if (self->store) {
-        auto const before = self->forgettings;
-        auto stored = co_await self->store->load(*self->persistIdentity, path);
+    if (self->kept.hasStore()) {
+        auto const before = self->schedule.forgettings();
+        auto stored = co_await self->kept.load(path);
         // Another open may have brought a listing meanwhile, and the store's must not replace a newer one.
         if (auto warm = self->openWarm(path))
             co_return *std::move(warm);
         // What was loaded may have been forgotten meanwhile.
-        if (stored && self->forgettings == before)
+        if (stored && self->schedule.forgettings() == before)
             co_return self->openStored(*std::move(stored), path);
     }
 
     ++self->counters.coldFetches;
-    for (auto isSettled = false; !isSettled && !self->cache.find(path);) {
+    for (auto end = FetchEnd::stale; end == FetchEnd::stale && !self->cache->find(path);) {
         auto const fetch = self->fetchToAwait(path);
-        isSettled = co_await fetch.wait();
+        end = co_await fetch.wait();
     }
-    auto const *const entry = self->cache.find(path);
+    co_return self->openFetched(path);
+}
+
+Task<OpenResult> Browser::reread(std::string path)
+{
+    return onStrand(strand, rereadHere(shared_from_this(), ListingParser::normalize(path)));
+}
+
+Task<OpenResult> Browser::rereadHere(std::shared_ptr<Browser> self, std::string path)
+{
+    ++self->counters.opens;
+    ++self->counters.coldFetches;
+    auto const lastBefore = self->schedule.lastBegun();
+    for (auto end = FetchEnd::stale; end == FetchEnd::stale;) {
+        auto const *const joinable = self->schedule.joinable(path, self->interactiveDepth());
+        if (joinable && joinable->number <= lastBefore) {
+            auto const earlier = self->running.at(joinable->number);
+            co_await endOf(earlier);
+            continue;
+        }
+        if (!joinable)
+            self->forget(path, ForgottenPaths::Reach::path);
+        auto const fetch = self->fetchToAwait(path);
+        end = co_await fetch.wait();
+    }
+    co_return self->openFetched(path);
+}
+
+/// Waits until a fetch has ended, unless the waiter or the fetch is cancelled. Its answer is for others.
+Task<void> Browser::endOf(SharedTask<FetchEnd> fetch)
+{
+    try {
+        co_await fetch.wait();
+    } catch (Cancelled const &) {
+        throw;
+    } catch (...) {
+        // The failure reached the callers that waited for the answer.
+    }
+}
+
+OpenResult Browser::openFetched(std::string const &path)
+{
+    auto const *const entry = cache->find(path);
     if (!entry)
         throw BrowserError::NotADirectory(path);
     OpenResult result{.snapshot = entry->snapshot, .isStale = false, .wasCold = true};
-    self->ensureHorizon(path);
-    co_return result;
+    ensureHorizon(path);
+    return result;
 }
 
 std::optional<OpenResult> Browser::openWarm(std::string const &path)
 {
-    auto const *const entry = cache.find(path);
+    auto const *const entry = cache->find(path);
     if (!entry)
         return std::nullopt;
     ++counters.cacheHits;
-    cache.touch(*entry->group, clock->now());
+    cache->touch(*entry->group, clock->now());
     auto const isStale = ageOf(*entry->group) > config.ttl.count();
     OpenResult result{.snapshot = entry->snapshot, .isStale = isStale, .wasCold = false};
     if (isStale)
-        startFetch(path, horizon(path), Reason::revalidate);
+        scanBehind(path, horizon(path), Reason::revalidate);
     ensureHorizon(path);
     return result;
 }
@@ -94,18 +122,22 @@ std::optional<OpenResult> Browser::openWarm(std::string const &path)
 OpenResult Browser::openStored(DirectorySnapshot snapshot, std::string const &path)
 {
     ++counters.diskHits;
-    cache.adopt(snapshot, path);
+    cache->adopt(snapshot, path);
+    memory->report(strand, cache);
     // What comes from a disk is stale whatever its age: the program was not there to see it change.
-    startFetch(path, horizon(path), Reason::revalidate);
+    scanBehind(path, horizon(path), Reason::revalidate);
     ensureHorizon(path);
     return {.snapshot = std::move(snapshot), .isStale = true, .wasCold = false};
 }
 
+int Browser::interactiveDepth() const
+{
+    return std::min(provider->maxUsefulDepth(), config.interactiveDepth);
+}
+
 int Browser::horizon(std::string const &path) const
 {
-    auto const lowered = depthOverride.find(path);
-    return std::min(provider->maxUsefulDepth(),
-                    lowered != depthOverride.end() ? lowered->second : config.prefetchDepth);
+    return std::min(provider->maxUsefulDepth(), depths.depthFor(path, config.prefetchDepth));
 }
 
 double Browser::ageOf(ListingCache::Group const &group) const
@@ -118,166 +150,114 @@ void Browser::ensureHorizon(std::string const &path)
     auto const depth = horizon(path);
     if (depth < 2)
         return;
-    auto const *const entry = cache.find(path);
+    auto const *const entry = cache->find(path);
     // A by-product of a scan from higher up does not cover what is below the path.
     auto const isCovered = entry && entry->group->fetch.root == path && entry->group->fetch.depth >= depth &&
                            ageOf(*entry->group) <= config.ttl.count();
     if (!isCovered)
-        startFetch(path, depth, Reason::prefetch);
+        scanBehind(path, depth, Reason::ahead);
 }
 
-void Browser::startFetch(std::string const &root, int depth, Reason reason)
+void Browser::scanBehind(std::string const &root, int depth, Reason reason)
 {
-    if (inFlight.contains(scanKey(root, depth)))
-        return;
-    if (reason == Reason::prefetch)
-        ++counters.prefetches;
-    auto const needsAllRoom = depth == 1 && wideFolders.contains(root);
-    launch(root, depth, reason, needsAllRoom ? FetchPriority::interactive : FetchPriority::background);
+    auto const needsAllRoom = depth == 1 && depths.isWide(root);
+    carryOut(schedule.want({.root = root,
+                            .depth = depth,
+                            .priority = needsAllRoom ? FetchPriority::interactive : FetchPriority::background,
+                            .reason = reason},
+                           clock->steadyNow()));
 }
 
-SharedTask<bool> Browser::fetchToAwait(std::string const &root)
+SharedTask<Browser::FetchEnd> Browser::fetchToAwait(std::string const &root)
 {
-    auto const depth = std::min(provider->maxUsefulDepth(), config.interactiveDepth);
-    auto const running = inFlight.find(scanKey(root, depth));
-    if (running != inFlight.end()) {
-        if (!isOvertaken(root, running->second.number))
-            return running->second.task;
-        overtaken.push_back(running->second);
+    auto const depth = interactiveDepth();
+    if (auto const *const fetch = schedule.joinable(root, depth))
+        return running.at(fetch->number);
+    return begin(schedule.beginAwaited(root, depth, clock->steadyNow()));
+}
+
+void Browser::carryOut(FetchSchedule::Orders const &orders)
+{
+    for (auto const number : orders.cancel)
+        running.at(number).cancel();
+    for (auto const &fetch : orders.begin) {
+        counters.prefetches += fetch.reason == Reason::revalidate ? 0 : 1;
+        begin(fetch);
     }
-    return launch(root, depth, Reason::cold, FetchPriority::interactive);
 }
 
-bool Browser::isOvertaken(std::string const &path, std::uint64_t number) const
+SharedTask<Browser::FetchEnd> Browser::begin(Fetch const &fetch)
 {
-    auto const isBefore = [number](auto const &forgotten, std::string const &at) {
-        auto const found = forgotten.find(at);
-        return found != forgotten.end() && number <= found->second;
-    };
-    if (isBefore(invalidatedAt, path))
-        return true;
-    if (treeForgottenAt.empty())
-        return false;
-    for (auto above = path; above != "/"; above = parentOf(above)) {
-        if (isBefore(treeForgottenAt, above))
-            return true;
-    }
-    return isBefore(treeForgottenAt, "/");
-}
-
-SharedTask<bool> Browser::launch(std::string const &root, int depth, Reason reason, FetchPriority priority)
-{
-    if (inFlight.empty() && overtaken.empty()) {
-        invalidatedAt.clear(); // nothing is under way that began before
-        treeForgottenAt.clear();
-    }
-    Scan scan{.key = scanKey(root, depth),
-              .root = root,
-              .depth = depth,
-              .priority = priority,
-              .number = ++lastNumber,
-              .reason = reason};
-    auto const key = scan.key;
-    auto const number = scan.number;
-    auto const task = SharedTask<bool>::start(strand.executor(), performFetch(weak_from_this(), std::move(scan)));
-    inFlight.insert_or_assign(key, Running{task, number});
+    auto const task = SharedTask<FetchEnd>::start(strand.executor(), performFetch(weak_from_this(), fetch));
+    running.emplace(fetch.number, task);
     return task;
 }
 
-Task<bool> Browser::performFetch(std::weak_ptr<Browser> weak, Scan scan)
+Task<Browser::FetchEnd> Browser::performFetch(std::weak_ptr<Browser> weak, Fetch fetch)
 {
     auto self = weak.lock();
     if (!self)
-        co_return true;
+        throw Cancelled();
     auto const provider = self->provider;
     auto const clock = self->clock;
     self.reset(); // a scan does not keep its Browser alive
 
-    auto const context = co_await currentContext();
     auto const started = clock->steadyNow();
-    Listings listings;
-    std::exception_ptr failure;
-    try {
-        listings = co_await provider->fetch(scan.root, scan.depth, scan.priority);
-    } catch (...) {
-        failure = std::current_exception();
-    }
+    auto answer = co_await outcomeOf(provider->fetch(fetch.root, fetch.depth, fetch.priority));
     auto const elapsed = clock->steadyNow() - started;
 
     self = weak.lock();
-    if (!self)
-        co_return true;
-    self->forgetScan(scan);
-    if (failure)
-        std::rethrow_exception(failure);
-    if (context.stop.stop_requested())
-        throw Cancelled();
-    auto const hasRoot = listings.contains(scan.root);
-    if (!listings.empty())
-        self->takeIn(scan, std::move(listings), elapsed);
-    co_return !hasRoot || self->cache.find(scan.root);
+    if (!self || !self->schedule.isRunning(fetch.number))
+        throw Cancelled(); // a shutdown has come in between, and the answer is dropped
+    if (!answer.value) {
+        self->end(fetch);
+        answer.take();
+    }
+    co_return self->takeIn(fetch, *std::move(answer.value), elapsed);
 }
 
-void Browser::forgetScan(Scan const &scan)
+void Browser::end(Fetch const &fetch)
 {
-    auto const running = inFlight.find(scan.key);
-    if (running != inFlight.end() && running->second.number == scan.number)
-        inFlight.erase(running);
-    std::erase_if(overtaken, [&](Running const &each) { return each.number == scan.number; });
+    running.erase(fetch.number);
+    carryOut(schedule.end(fetch.number, clock->steadyNow()));
 }
 
-void Browser::takeIn(Scan const &scan, Listings listings, std::chrono::duration<double> elapsed)
+Browser::FetchEnd Browser::takeIn(Fetch const &fetch, Listings listings, std::chrono::duration<double> elapsed)
 {
-    auto const asked = listings.find(scan.root);
-    auto const isCut = (asked != listings.end() ? asked : listings.begin())->second.truncated();
+    // Before the end of the fetch, behind which it is not known any more what was forgotten meanwhile.
+    auto const hasRoot = listings.contains(fetch.root);
+    auto const isCut = !listings.empty() && (hasRoot ? listings.at(fetch.root) : listings.begin()->second).truncated();
+    std::erase_if(listings, [&](auto const &each) { return schedule.isStale(each.first, fetch.number); });
+    end(fetch);
+
     auto const isSlow = elapsed > config.slowFetchThreshold;
-    if (scan.depth >= 2 && (isSlow || isCut))
-        depthOverride[scan.root] = scan.depth - 1;
-
-    std::erase_if(listings, [&](auto const &each) { return isOvertaken(each.first, scan.number); });
-    auto change =
-        cache.put(std::move(listings),
-                  {.root = scan.root, .depth = scan.depth, .number = scan.number, .hadAllRoom = scan.hasAllRoom()});
+    if (fetch.depth >= 2 ? isSlow || isCut : isCut && !fetch.hasAllRoom())
+        depths.lower(fetch.root, fetch.depth);
+    auto change = cache->put(
+        std::move(listings),
+        {.root = fetch.root, .depth = fetch.depth, .number = fetch.number, .hadAllRoom = fetch.hasAllRoom()});
+    memory->report(strand, cache);
     for (auto const &snapshot : change.changed)
-        publish(snapshot);
-    persist(scan, std::move(change.taken), !change.changed.empty());
-    if (isCut && !scan.hasAllRoom())
-        askForLess(scan);
+        subscribers.send(snapshot);
+    kept.save(fetch.root, fetch.depth, std::move(change.taken), !change.changed.empty(), config.persistInterval);
+    if (isCut && !fetch.hasAllRoom())
+        askForLess(fetch);
+    return !hasRoot || cache->find(fetch.root) ? FetchEnd::settled : FetchEnd::stale;
 }
 
-/// Behind a scan that brought a part of its root only, which is not shown: whoever was promised a newer listing of the
-/// folder gets it from a smaller question.
-void Browser::askForLess(Scan const &scan)
+/// Behind a scan that brought a part of its root only, which is not shown: a caller that was promised a newer listing
+/// of the folder gets it from a smaller question.
+void Browser::askForLess(Fetch const &fetch)
 {
-    if (scan.depth == 1)
-        wideFolders.insert(scan.root);
-    auto const *const entry = cache.find(scan.root);
-    if (entry && (scan.reason == Reason::revalidate || ageOf(*entry->group) > config.ttl.count()))
-        startFetch(scan.root, horizon(scan.root), Reason::revalidate);
-}
-
-void Browser::persist(Scan const &scan, Listings listings, bool changed)
-{
-    if (!store || listings.empty())
-        return;
-    auto const now = clock->now();
-    auto const last = lastPersist.find(scan.key);
-    if (!changed && last != lastPersist.end() && secondsBetween(last->second, now) < config.persistInterval.count())
-        return;
-    lastPersist.insert_or_assign(scan.key, now);
-    spawn({strand.executor(), {}}, store->save(*persistIdentity, std::move(listings)));
-}
-
-void Browser::publish(DirectorySnapshot const &snapshot) const
-{
-    for (auto const &[number, sink] : updateSinks)
-        sink.send(snapshot);
+    auto const *const entry = cache->find(fetch.root);
+    if (entry && (fetch.reason == Reason::revalidate || ageOf(*entry->group) > config.ttl.count()))
+        scanBehind(fetch.root, horizon(fetch.root), Reason::revalidate);
 }
 
 Task<std::optional<DirectorySnapshot>> Browser::cached(std::string path)
 {
     return onOwnStrand([self = shared_from_this(), key = ListingParser::normalize(path)] {
-        auto const *const entry = self->cache.find(key);
+        auto const *const entry = self->cache->find(key);
         return entry ? std::optional(entry->snapshot) : std::nullopt;
     });
 }
@@ -289,47 +269,50 @@ Task<std::optional<DirectorySnapshot>> Browser::remembered(std::string path)
 
 Task<std::optional<DirectorySnapshot>> Browser::rememberedHere(std::shared_ptr<Browser> self, std::string path)
 {
-    if (auto const *const entry = self->cache.find(path))
+    if (auto const *const entry = self->cache->find(path))
         co_return entry->snapshot;
-    if (!self->store)
+    if (!self->kept.hasStore())
         co_return std::nullopt;
-    auto stored = co_await self->store->load(*self->persistIdentity, path);
+    auto const before = self->schedule.forgettings();
+    auto stored = co_await self->kept.load(path);
+    if (self->schedule.forgettings() != before)
+        co_return std::nullopt;
     co_return stored;
 }
 
 Task<void> Browser::refresh(std::string path)
 {
     return onOwnStrand([self = shared_from_this(), key = ListingParser::normalize(path)] {
-        self->startFetch(key, self->horizon(key), Reason::revalidate);
+        self->scanBehind(key, self->horizon(key), Reason::revalidate);
     });
 }
 
 Task<void> Browser::prefetch(std::string path)
 {
     return onOwnStrand([self = shared_from_this(), key = ListingParser::normalize(path)] {
-        auto const *const entry = self->cache.find(key);
+        auto const *const entry = self->cache->find(key);
         if (!entry || self->ageOf(*entry->group) > self->config.ttl.count())
-            self->startFetch(key, self->horizon(key), Reason::prefetch);
+            self->scanBehind(key, self->horizon(key), Reason::cursor);
     });
 }
 
 Task<void> Browser::invalidate(std::string path)
 {
-    return onOwnStrand(
-        [self = shared_from_this(), key = ListingParser::normalize(path)] { self->invalidateHere(key); });
+    return onOwnStrand([self = shared_from_this(), key = ListingParser::normalize(path)] {
+        self->forget(key, ForgottenPaths::Reach::path);
+    });
 }
 
-void Browser::invalidateHere(std::string const &path)
+void Browser::forget(std::string const &path, ForgottenPaths::Reach reach)
 {
-    // Whatever the depth, so that the next fetch of the path is stored at once.
-    auto const prefix = path + '\0';
-    std::erase_if(lastPersist, [&](auto const &entry) { return entry.first.starts_with(prefix); });
-    if (store)
-        spawn({strand.executor(), {}}, store->remove(*persistIdentity, path));
-    cache.dropGroupOf(path);
-    ++forgettings;
-    if (!inFlight.empty() || !overtaken.empty())
-        invalidatedAt.insert_or_assign(path, lastNumber);
+    schedule.forget(path, reach);
+    cache->dropGroupOf(path);
+    if (reach == ForgottenPaths::Reach::tree) {
+        cache->dropGroupsBelow(path);
+        kept.forgetTree(path);
+    } else {
+        kept.forget(path);
+    }
 }
 
 Task<void> Browser::makeDirectory(std::string path)
@@ -365,50 +348,23 @@ Task<void> Browser::writeHere(std::shared_ptr<Browser> self, Write write, std::v
         throw FileOperationError::Unsupported("that destination is read-only");
     auto outcome = co_await outcomeOf(write(*writer));
     for (auto const &path : touched) {
-        self->forgetTree(path);
-        self->invalidateHere(parentOf(path));
+        self->forget(path, ForgottenPaths::Reach::tree);
+        self->forget(parentOf(path), ForgottenPaths::Reach::path);
     }
     outcome.take();
-}
-
-void Browser::forgetTree(std::string const &path)
-{
-    auto const below = path == "/" ? path : path + '/';
-    std::erase_if(lastPersist, [&](auto const &entry) { return entry.first.starts_with(below); });
-    if (store)
-        spawn({strand.executor(), {}}, store->removeTree(*persistIdentity, path));
-    cache.dropGroupsBelow(path);
-    invalidateHere(path);
-    if (!inFlight.empty() || !overtaken.empty())
-        treeForgottenAt.insert_or_assign(path, lastNumber);
 }
 
 Task<void> Browser::invalidateAll()
 {
     return onOwnStrand([self = shared_from_this()] {
-        self->cache.clear();
-        self->depthOverride.clear();
-        self->wideFolders.clear();
+        self->cache->clear();
+        self->depths.clear();
     });
 }
 
 Task<UpdateStream<DirectorySnapshot>> Browser::updates()
 {
-    return onStrand(strand, updatesHere(shared_from_this()));
-}
-
-Task<UpdateStream<DirectorySnapshot>> Browser::updatesHere(std::shared_ptr<Browser> self)
-{
-    auto const number = ++self->lastNumber;
-    auto const forget = [weak = self->weak_from_this(), number, executor = self->strand.executor()] {
-        executor->post([weak, number] {
-            if (auto const browser = weak.lock())
-                browser->updateSinks.erase(number);
-        });
-    };
-    auto ends = UpdateStream<DirectorySnapshot>::make(forget);
-    self->updateSinks.emplace(number, ends.sender);
-    co_return std::move(ends.stream);
+    return onOwnStrand([self = shared_from_this()] { return self->subscribers.subscribe(); });
 }
 
 Task<void> Browser::connect()
@@ -423,17 +379,15 @@ Task<void> Browser::shutdown()
 
 Task<void> Browser::shutdownHere(std::shared_ptr<Browser> self)
 {
-    auto running = std::exchange(self->overtaken, {});
-    for (auto const &[key, scan] : std::exchange(self->inFlight, {}))
-        running.push_back(scan);
-    for (auto const &scan : running)
-        scan.task.cancel();
-    for (auto const &[number, sink] : std::exchange(self->updateSinks, {}))
-        sink.finish();
+    self->schedule.clear();
+    auto const running = std::exchange(self->running, {});
+    for (auto const &[number, task] : running)
+        task.cancel();
+    self->subscribers.finish();
     // First, since a question to a host is waited for until the session that it went over has ended.
     co_await self->provider->disconnect();
-    for (auto const &scan : running)
-        co_await outcomeOf(scan.task.wait()); // how it ended is nobody's business any more
+    for (auto const &[number, task] : running)
+        co_await outcomeOf(task.wait()); // its outcome matters to nobody any more
 }
 
 Task<Browser::Stats> Browser::stats()

@@ -3,11 +3,13 @@
 #include "TWCore/Async/Clock.h"
 #include "TWCore/Provider/FileSystemProvider.h"
 #include "TWCore/Provider/FileSystemWriter.h"
-#include "TWEngine/Browsing/ListingCache.h"
-#include "TWEngine/Browsing/PersistentListings.h"
+#include "TWEngine/Browsing/FetchSchedule.h"
+#include "TWEngine/Browsing/KeptListings.h"
+#include "TWEngine/Browsing/ListingBudget.h"
+#include "TWEngine/Browsing/ScanDepths.h"
 #include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/Runtime/Strand.h"
-#include "TWEngine/Runtime/UpdateStream.h"
+#include "TWEngine/Runtime/UpdateFanOut.h"
 
 #include <chrono>
 #include <cstdint>
@@ -15,7 +17,6 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace tw {
@@ -62,7 +63,6 @@ public:
         int interactiveDepth = 1; ///< of a fetch that a person waits for
         int prefetchDepth = 3;    ///< of a scan behind the user's back
         std::chrono::duration<double> ttl{30.0};
-        std::size_t maxCachedBytes = 128U << 20U; ///< of name storage, the dominating cost
         std::chrono::duration<double> slowFetchThreshold{1.5};
         /// Rewriting an unchanged listing into the store more often than this buys nothing.
         std::chrono::duration<double> persistInterval{60.0};
@@ -83,7 +83,9 @@ public:
     struct Collaborators {
         Strand strand;
         std::shared_ptr<Clock> clock;
-        std::shared_ptr<PersistentListings> store; ///< may be null
+        std::shared_ptr<PersistentListings> store = {}; ///< may be null
+        /// Shared with the other Browsers. Null: a budget of its own.
+        std::shared_ptr<ListingBudget> memory = {};
     };
 
     Browser(std::shared_ptr<FileSystemProvider> provider, Collaborators collaborators, Config config);
@@ -102,8 +104,13 @@ public:
     /// Starts a revalidation now, whatever the age. Ends without waiting for it.
     Task<void> refresh(std::string path);
 
-    /// Starts a background scan unless `path` is fresh in memory. Ends without waiting for it.
+    /// Starts a background scan unless `path` is fresh in memory: the cursor is on it. Ends without waiting for it. A
+    /// later call supersedes the scan of an earlier one that has not begun.
     Task<void> prefetch(std::string path);
+
+    /// Forgets `path` and fetches it anew. One fetch of a path runs at a time: callers that come meanwhile wait for its
+    /// end, and share the next.
+    Task<OpenResult> reread(std::string path);
 
     /// Forgets `path`, and what was scanned along with it, in memory, and `path` in the store.
     Task<void> invalidate(std::string path);
@@ -144,38 +151,25 @@ public:
     std::shared_ptr<FileSystemWriter> writer() const { return std::dynamic_pointer_cast<FileSystemWriter>(provider); }
 
 private:
-    /// Why a fetch starts.
-    enum class Reason { cold, revalidate, prefetch };
+    using Fetch = FetchSchedule::Fetch;
+    using Reason = FetchSchedule::Reason;
 
-    /// One scan of one root at one depth; at most one of each runs at a time.
-    struct Scan {
-        std::string key; ///< the root, a NUL, the depth
-        std::string root;
-        int depth = 1;
-        FetchPriority priority = FetchPriority::background;
-        std::uint64_t number = 0; ///< in the order in which they begin
-        Reason reason = Reason::prefetch;
-
-        /// A host gives a scan behind the user's back less room for its answer. What a person waits for is taken as it
-        /// comes.
-        bool hasAllRoom() const { return priority == FetchPriority::interactive; }
-    };
-
-    struct Running {
-        SharedTask<bool> task;
-        std::uint64_t number;
+    /// How a fetch ended that callers wait for.
+    enum class FetchEnd {
+        settled, ///< the cache holds what is known of the root, or the root is no directory
+        stale,   ///< the answer is truncated or from before an invalidation, so the caller must fetch again
     };
 
     /// The public operations, on the strand.
     static Task<OpenResult> openHere(std::shared_ptr<Browser> self, std::string path);
+    static Task<OpenResult> rereadHere(std::shared_ptr<Browser> self, std::string path);
     static Task<std::optional<DirectorySnapshot>> rememberedHere(std::shared_ptr<Browser> self, std::string path);
-    static Task<UpdateStream<DirectorySnapshot>> updatesHere(std::shared_ptr<Browser> self);
     static Task<void> shutdownHere(std::shared_ptr<Browser> self);
-    void invalidateHere(std::string const &path);
+    static Task<void> endOf(SharedTask<FetchEnd> fetch);
+    void forget(std::string const &path, ForgottenPaths::Reach reach);
 
     using Write = std::function<Task<void>(FileSystemWriter &)>;
     static Task<void> writeHere(std::shared_ptr<Browser> self, Write write, std::vector<std::string> touched);
-    void forgetTree(std::string const &path);
 
     /// Runs a plain function on the strand.
     template <class Function>
@@ -183,20 +177,20 @@ private:
 
     std::optional<OpenResult> openWarm(std::string const &path);
     OpenResult openStored(DirectorySnapshot snapshot, std::string const &path);
+    /// What was fetched for the caller. Throws NotADirectory where the cache has nothing.
+    OpenResult openFetched(std::string const &path);
     void ensureHorizon(std::string const &path);
-    void startFetch(std::string const &root, int depth, Reason reason);
-    SharedTask<bool> fetchToAwait(std::string const &root);
-    SharedTask<bool> launch(std::string const &root, int depth, Reason reason, FetchPriority priority);
-    bool isOvertaken(std::string const &path, std::uint64_t number) const;
-    /// Whether it told what is to be known of its root. False: what it brought is not good enough, or too old, and a
-    /// further fetch is not.
-    static Task<bool> performFetch(std::weak_ptr<Browser> weak, Scan scan);
-    void takeIn(Scan const &scan, Listings listings, std::chrono::duration<double> elapsed);
-    void askForLess(Scan const &scan);
-    void forgetScan(Scan const &scan);
-    void persist(Scan const &scan, Listings listings, bool changed);
-    void publish(DirectorySnapshot const &snapshot) const;
 
+    void scanBehind(std::string const &root, int depth, Reason reason);
+    SharedTask<FetchEnd> fetchToAwait(std::string const &root);
+    void carryOut(FetchSchedule::Orders const &orders);
+    SharedTask<FetchEnd> begin(Fetch const &fetch);
+    static Task<FetchEnd> performFetch(std::weak_ptr<Browser> weak, Fetch fetch);
+    FetchEnd takeIn(Fetch const &fetch, Listings listings, std::chrono::duration<double> elapsed);
+    void end(Fetch const &fetch);
+    void askForLess(Fetch const &fetch);
+
+    int interactiveDepth() const;
     int horizon(std::string const &path) const;
     double ageOf(ListingCache::Group const &group) const;
 
@@ -204,26 +198,16 @@ private:
     std::shared_ptr<FileSystemProvider> const provider;
     Strand const strand;
     std::shared_ptr<Clock> const clock;
-    std::optional<std::string> const persistIdentity;
-    std::shared_ptr<PersistentListings> const store;
+    std::shared_ptr<ListingBudget> const memory;
+    std::shared_ptr<ListingCache> const cache; ///< used on the strand only
     Config const config;
 
     // On the strand.
-    ListingCache cache;
-    std::unordered_map<std::string, Timestamp> lastPersist;
-    std::unordered_map<std::string, Running> inFlight;
-    std::vector<Running> overtaken; ///< running too, but nobody joins them
-    std::unordered_map<std::string, int> depthOverride;
-    /// Folders of which a scan behind the user's back brings a part only, even one level of them.
-    std::unordered_set<std::string> wideFolders;
-    /// The last scan that had begun when a path was invalidated, while any of those still runs: what it brings may be
-    /// what was to be forgotten.
-    std::unordered_map<std::string, std::uint64_t> invalidatedAt;
-    /// The same of paths that were forgotten together with all below them.
-    std::unordered_map<std::string, std::uint64_t> treeForgottenAt;
-    std::uint64_t forgettings = 0; ///< how often anything was forgotten
-    std::unordered_map<std::uint64_t, UpdateStream<DirectorySnapshot>::Sender> updateSinks;
-    std::uint64_t lastNumber = 0;
+    KeptListings kept;
+    FetchSchedule schedule;
+    std::unordered_map<std::uint64_t, SharedTask<FetchEnd>> running; ///< by the number of the fetch
+    ScanDepths depths;
+    UpdateFanOut<DirectorySnapshot> subscribers;
     Stats counters;
 };
 

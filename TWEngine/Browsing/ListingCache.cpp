@@ -80,7 +80,7 @@ void ListingCache::dropGroupOf(std::string const &path)
     if (!entry)
         return;
     auto const group = entry->group;
-    evict(group);
+    drop(group);
 }
 
 void ListingCache::dropGroupsBelow(std::string const &path)
@@ -92,7 +92,7 @@ void ListingCache::dropGroupsBelow(std::string const &path)
             below.push_back(entry.group);
     }
     for (auto const &group : below)
-        evict(group);
+        drop(group);
 }
 
 void ListingCache::clear()
@@ -121,7 +121,7 @@ void ListingCache::place(DirectorySnapshot snapshot, std::string const &path, st
     if (auto const old = std::exchange(entry.group, group)) {
         old->paths.erase(path);
         if (old->paths.empty())
-            evict(old);
+            drop(old);
     }
     entry.snapshot = std::move(snapshot);
     group->paths.insert(path);
@@ -132,21 +132,33 @@ void ListingCache::admit(std::shared_ptr<Group> const &group)
     groups.emplace(group->number, group);
     byAccess.emplace(group->lastAccess, group->number);
     bytes += storageBytes(*group);
-    enforceBudget(*group);
 }
 
-void ListingCache::enforceBudget(Group const &keep)
+std::vector<ListingCache::Unused> ListingCache::longestUnused(std::size_t wanted) const
 {
-    auto oldest = byAccess.begin();
-    while (bytes > maxBytes && oldest != byAccess.end()) {
-        auto const number = oldest->second;
-        ++oldest;
-        if (number != keep.number)
-            evict(groups.at(number));
+    std::vector<Unused> unused;
+    std::size_t sum = 0;
+    for (auto const &[lastAccess, number] : byAccess) {
+        if (sum >= wanted)
+            break;
+        auto const size = storageBytes(*groups.at(number));
+        unused.push_back({.lastAccess = lastAccess, .number = number, .bytes = size});
+        // The newest may have to stay, and then makes no room.
+        sum += number == lastNumber ? 0 : size;
+    }
+    return unused;
+}
+
+void ListingCache::evict(std::vector<Unused> const &unused)
+{
+    for (auto const &each : unused) {
+        auto const group = groups.find(each.number);
+        if (group != groups.end() && group->second->lastAccess == each.lastAccess)
+            drop(group->second);
     }
 }
 
-void ListingCache::evict(std::shared_ptr<Group> const &group)
+void ListingCache::drop(std::shared_ptr<Group> const &group)
 {
     // A copy: the reference may be one into `groups`.
     auto const keep = group;

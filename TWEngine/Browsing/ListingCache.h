@@ -18,8 +18,8 @@ namespace tw {
 ///
 /// One scan of several levels is one byte buffer that all its snapshots point into: dropping one snapshot frees
 /// nothing while a sibling still holds the buffer. So memory is counted by group, a group being what one fetch
-/// brought, and eviction goes by group, whole, the least recently opened first. A group shrinks as later fetches
-/// replace its directories one by one, and its bytes are released when the last of them has gone.
+/// brought, and eviction goes by group, whole. A group shrinks as later fetches replace its directories one by one,
+/// and its bytes are released when the last of them has gone. When groups are evicted is for the ListingBudget to say.
 ///
 /// Threads: none of its own; used by one owner at a time.
 class ListingCache {
@@ -50,8 +50,12 @@ public:
         std::shared_ptr<Group> group;
     };
 
-    /// `budget` is the number of bytes of name storage to stay within.
-    explicit ListingCache(std::size_t budget) : maxBytes(budget) {}
+    /// A group as the memory's budget sees it.
+    struct Unused {
+        Timestamp lastAccess;
+        std::uint64_t number = 0; ///< of the group
+        std::size_t bytes = 0;
+    };
 
     /// The entry of a normalised path, or null. It stays valid until the next change of the cache.
     CacheEntry const *find(std::string const &path) const;
@@ -67,7 +71,7 @@ public:
 
     /// Takes in the result of one fetch. A listing whose path was not there before is not a change: nobody can be
     /// looking at it. Left out are a part of a folder whose whole can be had, and an answer that differs from the one
-    /// to a later question. The group just put in is never evicted, even if it alone exceeds the budget.
+    /// to a later question.
     Change put(Listings listings, Fetch fetch);
 
     /// Takes in one listing that was not fetched now, as a group of its own.
@@ -81,6 +85,16 @@ public:
 
     void clear();
 
+    /// The groups that were not opened for the longest, in that order, the older arrival first among equals: as many as
+    /// hold `bytes` together without the newest, which may have to stay.
+    std::vector<Unused> longestUnused(std::size_t bytes) const;
+
+    /// Drops those of the groups that were not opened since.
+    void evict(std::vector<Unused> const &unused);
+
+    /// The number of the group that was put in last.
+    std::uint64_t newestGroup() const noexcept { return lastNumber; }
+
     /// The sum of the storage sizes of all groups.
     std::size_t cachedBytes() const noexcept { return bytes; }
 
@@ -93,10 +107,8 @@ private:
     std::shared_ptr<Group> makeGroup(DirectorySnapshot const &first, Fetch fetch);
     void place(DirectorySnapshot snapshot, std::string const &path, std::shared_ptr<Group> const &group);
     void admit(std::shared_ptr<Group> const &group);
-    void enforceBudget(Group const &keep);
-    void evict(std::shared_ptr<Group> const &group);
+    void drop(std::shared_ptr<Group> const &group);
 
-    std::size_t const maxBytes;
     std::unordered_map<std::string, CacheEntry> entries;
     std::map<std::uint64_t, std::shared_ptr<Group>> groups;
     /// The groups by last access, the older arrival first among equals.

@@ -192,7 +192,7 @@ TEST_F(BrowserTest, aPartIsWhatAPersonGetsWhereTheirOwnDeeperFetchIsCut)
     EXPECT_TRUE(opened.value().snapshot.truncated());
 }
 
-TEST_F(BrowserTest, whoJoinsAScanThatBringsAPartOnlyWaitsForTheWhole)
+TEST_F(BrowserTest, anOpenBesideAScanThatBringsAPartOnlyGetsTheWhole)
 {
     // Two scans that were cut have made the folder one of which one level is scanned.
     get(browser->prefetch("/srv"));
@@ -441,7 +441,8 @@ TEST_F(BrowserTest, invalidatingAllForgetsListingsAndLoweredDepths)
 
 TEST_F(BrowserTest, theBudgetKeepsTheListingJustFetched)
 {
-    makeBrowser({.maxCachedBytes = 10});
+    memory = std::make_shared<ListingBudget>(Strand(loop.context()), 10);
+    makeBrowser({});
     provider->usefulDepth = 1;
     openCold("/small", {file("abc")});
     openCold("/large", {file(std::string(100, 'x'))});

@@ -51,11 +51,14 @@ private:
 
 class BrowserThreadsTest : public ::testing::Test {
 protected:
-    std::shared_ptr<Browser> makeBrowser(std::shared_ptr<FileSystemProvider> provider, Browser::Config config = {})
+    std::shared_ptr<Browser> makeBrowser(std::shared_ptr<FileSystemProvider> provider, Browser::Config config = {},
+                                         std::shared_ptr<ListingBudget> memory = {})
     {
-        return std::make_shared<Browser>(
-            std::move(provider),
-            Browser::Collaborators{.strand = runtime.makeStrand(), .clock = runtime.clock(), .store = nullptr}, config);
+        return std::make_shared<Browser>(std::move(provider),
+                                         Browser::Collaborators{.strand = runtime.makeStrand(),
+                                                                .clock = runtime.clock(),
+                                                                .memory = std::move(memory)},
+                                         config);
     }
 
     EngineRuntime runtime;
@@ -79,7 +82,8 @@ TEST_F(BrowserThreadsTest, callsFromManyTasksAtOnceAreServedAndEndWithTheShutdow
 {
     // Everything is stale at once and the budget is small, so that every path of the code is taken.
     auto const provider = std::make_shared<CountingProvider>(runtime.workers());
-    auto const browser = makeBrowser(provider, {.ttl = std::chrono::duration<double>(0.0), .maxCachedBytes = 20});
+    auto const memory = std::make_shared<ListingBudget>(runtime.makeStrand(), 20);
+    auto const browser = makeBrowser(provider, {.ttl = std::chrono::duration<double>(0.0)}, memory);
     auto const updates = loop.start(countUpdates(browser));
     std::mt19937 random(7);
     std::vector<Started<OpenResult>> opens;
@@ -97,6 +101,9 @@ TEST_F(BrowserThreadsTest, callsFromManyTasksAtOnceAreServedAndEndWithTheShutdow
             break;
         case 3:
             loop.start(countUpdates(browser)).stop();
+            break;
+        case 4:
+            opens.push_back(loop.start(browser->reread(path)));
             break;
         default:
             opens.push_back(loop.start(browser->open(path)));

@@ -25,7 +25,9 @@ protected:
     void makeBrowser(Browser::Config config)
     {
         browser = std::make_shared<Browser>(
-            provider, Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock, .store = store}, config);
+            provider,
+            Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock, .store = store, .memory = memory},
+            config);
     }
 
     Started<OpenResult> open(std::string path)
@@ -103,6 +105,7 @@ protected:
     std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
     std::shared_ptr<ScriptedProvider> provider = std::make_shared<ScriptedProvider>();
     std::shared_ptr<RecordingStore> store;
+    std::shared_ptr<ListingBudget> memory;
     std::shared_ptr<Browser> browser;
 
     BrowserTest() { makeBrowser({}); }
