@@ -59,16 +59,17 @@ struct Extent {
     std::uint64_t blobSize() const { return headerSize + entries * recordSize + nameBytes; }
 };
 
-bool isInside(Entry const &entry, std::uint64_t storageSize)
+/// Not empty, and inside the storage.
+bool hasName(Entry const &entry, std::uint64_t storageSize)
 {
-    return std::uint64_t{entry.nameOffset} + entry.nameLength <= storageSize;
+    return entry.nameLength > 0 && std::uint64_t{entry.nameOffset} + entry.nameLength <= storageSize;
 }
 
 Extent extentOf(std::span<Entry const> entries, std::uint64_t storageSize)
 {
     Extent extent;
     for (auto const &entry : entries) {
-        if (!isInside(entry, storageSize))
+        if (!hasName(entry, storageSize))
             continue;
         ++extent.entries;
         extent.nameBytes += entry.nameLength;
@@ -120,7 +121,7 @@ private:
 void putEntries(char *records, NamePacker names, std::span<Entry const> entries, std::uint64_t storageSize)
 {
     for (auto const &entry : entries) {
-        if (!isInside(entry, storageSize))
+        if (!hasName(entry, storageSize))
             continue;
         std::memcpy(records, &entry, recordSize);
         put(records, names.size());
@@ -141,13 +142,28 @@ std::array<EntryKind, 256> const &kindsByByte()
     return kinds;
 }
 
-/// Nothing if a name lies outside of the names. The caller has seen that all records are there.
+/// Whether the names hold only bytes that a file's name can have. A damaged slash would name another file.
+bool areNameBytes(std::string_view names)
+{
+    return !names.contains('/') && !names.contains('\0');
+}
+
+/// The two names that each folder has for itself and for the one above.
+bool isDots(std::string_view name)
+{
+    return name == "." || name == "..";
+}
+
+/// Nothing if an entry has no name that a file can have. The caller has seen that all records and names are there.
 std::optional<std::vector<Entry>> getEntries(char const *records, Extent const &extent)
 {
     auto const &kinds = kindsByByte();
+    std::string_view const names(records + extent.entries * recordSize, extent.nameBytes);
+    if (!areNameBytes(names))
+        return std::nullopt;
     std::vector<Entry> entries;
     entries.reserve(extent.entries);
-    bool areInside = true;
+    bool areNames = true;
     for (std::uint64_t i = 0; i < extent.entries; ++i, records += recordSize) {
         auto const &entry = entries.emplace_back(Entry{.nameOffset = get<std::uint32_t>(records),
                                                        .nameLength = get<std::uint32_t>(records + 4),
@@ -155,9 +171,11 @@ std::optional<std::vector<Entry>> getEntries(char const *records, Extent const &
                                                        .mtime = get<std::int64_t>(records + 16),
                                                        .mode = get<std::uint16_t>(records + 24),
                                                        .kind = kinds[get<std::uint8_t>(records + 26)]});
-        areInside &= isInside(entry, extent.nameBytes);
+        areNames &= hasName(entry, extent.nameBytes);
+        if (areNames && entry.nameLength <= 2) [[unlikely]]
+            areNames = !isDots(names.substr(entry.nameOffset, entry.nameLength));
     }
-    return areInside ? std::optional(std::move(entries)) : std::nullopt;
+    return areNames ? std::optional(std::move(entries)) : std::nullopt;
 }
 
 } // namespace

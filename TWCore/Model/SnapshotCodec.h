@@ -16,22 +16,22 @@
 ///     record  0 offset of the name, u32 | 4 its length, u32 | 8 size, i64 | 16 mtime, i64 | 24 mode, u16
 ///             | 26 letter of the kind
 ///
-/// The path of the listing is not in it: whatever keeps blobs has it as their key.
+/// The path of the listing is not in the blob: a store of blobs has the path as its key.
 namespace tw::SnapshotCodec {
 
-/// The blob of a listing, which holds its own names only: of a scan of many folders, whose listings all share one
-/// response, each blob takes out what it refers to. An entry whose name lies outside the storage is left out, and of
-/// the time the fraction of its second.
+/// The blob of a listing. It holds the names of this listing only: the listings of a scan of many folders share one
+/// response, and each blob copies the names that it refers to. An entry whose name is empty or lies outside the
+/// storage is left out. The time loses the fraction of its second.
 ///
 /// More than 4 GiB of names, or more than 2^32 entries, are a bug and stop the process.
 std::string encode(DirectorySnapshot const &snapshot);
 
-/// The listing of a blob, or nothing if the blob is damaged or none. Nothing that it can hold is an error. Bytes behind
-/// the names are ignored.
+/// The listing of a blob, or nothing if the blob is damaged or is no blob. No content of `bytes` is an error. Every
+/// entry of the listing has a name that a file can have: not empty, not "." or "..", without a slash and without a NUL.
+/// Bytes after the names are ignored.
 ///
-/// The one thing copied are the names. Holding the blob in place of them would save that, and would hold the records
-/// for as long as the listing lives, unused and not counted by any budget of names. `bytes` need only last for the
-/// call.
+/// Only the names are copied. To hold the blob instead would save the copy, and would hold the records too for as long
+/// as the listing lives, unused and not counted by any budget of names. `bytes` need only last for the call.
 std::optional<DirectorySnapshot> decode(std::string_view bytes, std::string path);
 
 } // namespace tw::SnapshotCodec

@@ -27,12 +27,16 @@ struct HostsReading {
     std::shared_ptr<bool> hasBegun;
 };
 
-BrowserRef makeBrowser(EngineRuntime &engine, std::shared_ptr<FileSystemProvider> provider, Store store)
+using Memory = std::shared_ptr<ListingBudget>;
+
+BrowserRef makeBrowser(EngineRuntime &engine, Memory memory, std::shared_ptr<FileSystemProvider> provider, Store store)
 {
-    return std::make_shared<Browser>(
-        std::move(provider),
-        Browser::Collaborators{.strand = engine.makeStrand(), .clock = engine.clock(), .store = std::move(store)},
-        Browser::Config{});
+    return std::make_shared<Browser>(std::move(provider),
+                                     Browser::Collaborators{.strand = engine.makeStrand(),
+                                                            .clock = engine.clock(),
+                                                            .store = std::move(store),
+                                                            .memory = std::move(memory)},
+                                     Browser::Config{});
 }
 
 Task<Store> openStore(EngineRuntime *engine, std::string directory)
@@ -79,6 +83,7 @@ struct ConnectionRegistry::Shared {
     };
 
     Collaborators with;
+    Memory memory = std::make_shared<ListingBudget>(with.engine.makeStrand()); ///< of all Browsers together
     std::map<std::string, BrowserRef> browsers = {};
     std::map<std::string, Attempt> connecting = {};
     /// Every Browser of a host that somebody still has, up or not: there is never a second one for a host.
@@ -126,7 +131,7 @@ std::shared_ptr<Browser> ConnectionRegistry::local()
     auto &browser = shared->browsers[localKey];
     if (!browser) {
         auto &engine = shared->with.engine;
-        browser = makeBrowser(engine, std::make_shared<LocalProvider>(engine.workers()), nullptr);
+        browser = makeBrowser(engine, shared->memory, std::make_shared<LocalProvider>(engine.workers()), nullptr);
     }
     return browser;
 }
@@ -193,7 +198,7 @@ BrowserRef ConnectionRegistry::Shared::browserOf(std::string const &host, Store 
             return browser; // somebody still looks at what it remembers of a host that could not be reached
     }
     auto browser =
-        makeBrowser(with.engine,
+        makeBrowser(with.engine, memory,
                     std::make_shared<SSHProvider>(SSHProvider::Collaborators{.engine = with.engine,
                                                                              .sshProgram = with.sshProgram,
                                                                              .sockets = with.sockets,
