@@ -100,7 +100,8 @@ public:
     /// Whether a navigation or a connecting was begun since `token` was the current one.
     std::uint64_t token() const noexcept { return navigationToken; }
 
-    /// Forgets what is cached of the folder on show and reads it again. The marks that still apply stay.
+    /// Forgets what is cached of the folder on show and reads it again. The marks that still apply stay. Repeats while
+    /// the folder is being read have it read once more.
     void refresh();
 
     void openSelection();
@@ -159,6 +160,7 @@ private:
         MarksAfter marks = MarksAfter::dropped;
         std::string notice;        ///< for the status line after the arrival, or empty
         bool isRemembered = false; ///< its host is still being reached
+        bool isReread = false;     ///< what is cached of the path is forgotten first
         /// Where the path is; the pane goes over to it when it arrives, so that what is on show and what it acts on
         /// never belong to two places. Null: the connection that it has.
         std::shared_ptr<Browser> source = {};
@@ -169,7 +171,6 @@ private:
     void startNavigation(Navigation navigation);
     static Task<void> performNavigation(std::weak_ptr<PaneController> weak, Navigation navigation);
     static Task<void> spinLater(std::weak_ptr<PaneController> weak, std::uint64_t token);
-    static Task<void> performRefresh(std::weak_ptr<PaneController> weak, std::string path, std::uint64_t token);
     static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
     static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
     static Task<void> performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<CommandHost> host,
@@ -207,7 +208,9 @@ private:
     std::string requested;
     std::string lastTiming; ///< the timing part of the status line
     std::uint64_t navigationToken = 0;
-    PlaceMemory places; ///< of this connection
+    std::optional<std::uint64_t> rereading; ///< the token of the refresh under way
+    bool wantsReread = false;               ///< another refresh follows it
+    PlaceMemory places;                     ///< of this connection
 
     /// The host of a remembered folder, until it has been reached or not.
     enum class HostOnItsWay { no, aheadOfTheFolder, behindTheFolder };

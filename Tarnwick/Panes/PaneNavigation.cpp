@@ -100,7 +100,8 @@ Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak,
     OpenResult result;
     std::exception_ptr failure;
     try {
-        result = co_await source->open(navigation.path);
+        auto opening = navigation.isReread ? source->reread(navigation.path) : source->open(navigation.path);
+        result = co_await std::move(opening);
     } catch (...) {
         failure = std::current_exception();
     }
@@ -112,10 +113,14 @@ Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak,
     self->spinner.request_stop();
     if (failure || self->hostOnItsWay == HostOnItsWay::no)
         self->display->showSpinner(PaneDisplay::Spinner::stopped);
+    auto const refreshesAgain = navigation.isReread && self->wantsReread;
+    self->rereading.reset();
     if (failure)
         self->fail(navigation, failure);
     else
         self->arrive(navigation, std::move(result), std::move(updates), elapsed);
+    if (refreshesAgain && self->navigationToken == navigation.token)
+        self->refresh();
 }
 
 void PaneController::fail(Navigation const &navigation, std::exception_ptr const &failure)
@@ -250,23 +255,18 @@ void PaneController::showConnected()
 
 void PaneController::refresh()
 {
-    auto const path = rows.snapshot() ? pathOnShow() : requested;
-    spawn({collaborators.mainContext, {}}, performRefresh(weak_from_this(), path, navigationToken));
-}
-
-Task<void> PaneController::performRefresh(std::weak_ptr<PaneController> weak, std::string path, std::uint64_t token)
-{
-    auto self = weak.lock();
-    if (!self)
-        co_return;
-    auto const source = self->browser;
-    self.reset();
-    co_await source->invalidate(path);
-    self = weak.lock();
-    if (!self || self->navigationToken != token)
-        co_return; // the user has gone on; nobody is to be pulled back
-    auto const name = self->cursorName();
-    self->navigate(path, name.empty() ? ".." : std::string(name), MarksAfter::kept);
+    if (rereading && rereading == navigationToken) {
+        wantsReread = true; // one runs, and one follows it however often the key repeats
+        return;
+    }
+    auto const name = cursorName();
+    startNavigation({.path = rows.snapshot() ? pathOnShow() : requested,
+                     .select = name.empty() ? ".." : std::string(name),
+                     .marks = MarksAfter::kept,
+                     .notice = {},
+                     .isReread = true});
+    rereading = navigationToken;
+    wantsReread = false;
 }
 
 void PaneController::subscribeToRefreshes()

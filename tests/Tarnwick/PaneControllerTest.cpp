@@ -304,6 +304,7 @@ TEST_F(PaneControllerTest, returnOnAFolderEntersItAndOnTheParentRowLeavesIt)
 {
     show("/srv", {directory("a"), file("b")});
     press(Key::down);
+    auto const ahead = take("/srv/a"); // of the cursor's folder
     press(Key::enter);
     answer("/srv/a", {file("x")});
     EXPECT_EQ(pane->pathOnShow(), "/srv/a");
@@ -540,11 +541,50 @@ TEST_F(PaneControllerTest, aRefreshDoesNotPullTheUserBack)
 {
     show("/srv", {file("a")});
     pane->refresh();
+    pane->refresh();
     pane->navigate("/other");
     loop.drain();
+    answer("/srv", {file("a")});
     answer("/other", {file("x")});
     EXPECT_EQ(pane->pathOnShow(), "/other");
     EXPECT_THAT(provider->waiting, IsEmpty());
+}
+
+TEST_F(PaneControllerTest, aHeldRefreshReadsTheFolderOnceMoreWhenItHasBeenRead)
+{
+    show("/srv", {file("a")});
+    auto const before = provider->fetches;
+    for (int repeat = 0; repeat < 100; ++repeat) {
+        pane->refresh();
+        loop.drain();
+    }
+    EXPECT_EQ(provider->fetches, before + 1);
+    answer("/srv", {file("b")});
+    EXPECT_THAT(visible(), ElementsAre("b"));
+    EXPECT_EQ(provider->fetches, before + 2);
+    answer("/srv", {file("c")});
+    EXPECT_THAT(visible(), ElementsAre("c"));
+    EXPECT_EQ(provider->fetches, before + 2);
+    pane->refresh();
+    loop.drain();
+    answer("/srv", {file("d")});
+    EXPECT_THAT(visible(), ElementsAre("d")) << "and the next press reads it again";
+}
+
+TEST_F(PaneControllerTest, aRefreshInAnotherFolderDoesNotWaitForOneThatHangs)
+{
+    show("/srv", {file("a")});
+    show("/other", {file("b")});
+    navigate("/srv");
+    pane->refresh();
+    loop.drain();
+    navigate("/other");
+    pane->refresh();
+    loop.drain();
+    ASSERT_EQ(provider->waiting.size(), 2U);
+    answer("/srv", {file("late")});
+    answer("/other", {file("new")});
+    EXPECT_THAT(visible(), ElementsAre("new"));
 }
 
 TEST_F(PaneControllerTest, aListingFoundToDifferIsShownInPlace)
