@@ -80,6 +80,17 @@ std::string_view remoteCommand(ShellDialect dialect) noexcept
     return dialect == ShellDialect::posix ? "bash -s" : "powershell -NoProfile -NoLogo -Command -";
 }
 
+std::string_view firstRemoteCommand() noexcept
+{
+    // The quotes are for old versions of fish, to which an unquoted % means a job.
+    return "echo \"%COMSPEC%\"; bash -s";
+}
+
+std::string_view firstCommandEcho() noexcept
+{
+    return "%COMSPEC%\n";
+}
+
 std::string_view lineTerminator(ShellDialect dialect) noexcept
 {
     return dialect == ShellDialect::posix ? "\n" : "\r\n";

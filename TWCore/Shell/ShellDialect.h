@@ -18,8 +18,16 @@ std::string_view rawText(ShellDialect dialect) noexcept;
 /// The dialect of a stored name, or nothing for any other text.
 std::optional<ShellDialect> shellDialectFromRaw(std::string_view text) noexcept;
 
-/// What a host answered to SSHCommandLine::probe says what it speaks. No answer counts as posix.
+/// What a host printed on `firstRemoteCommand` says what it speaks. Nothing counts as posix.
 ShellDialect shellDialectFromProbe(std::string_view answer);
+
+/// The command line for a host that has not been asked yet what it speaks: a host with a POSIX shell starts its shell,
+/// behind a line of its own; the command interpreter of Windows prints its path, and the rest as text, and ends. So
+/// the question costs no round trip, and the answer is never a memory.
+std::string_view firstRemoteCommand() noexcept;
+
+/// What a POSIX shell prints for the question in `firstRemoteCommand`, before anything of the shell that it starts.
+std::string_view firstCommandEcho() noexcept;
 
 /// The command line by which a host starts the shell that reads requests from its standard input.
 std::string_view remoteCommand(ShellDialect dialect) noexcept;

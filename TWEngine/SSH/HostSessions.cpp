@@ -1,8 +1,6 @@
 #include "TWEngine/SSH/HostSessions.h"
 
 #include "TWEngine/Runtime/EngineRuntime.h"
-#include "TWEngine/Runtime/TimeOut.h"
-#include "TWEngine/SSH/OneShotCommand.h"
 
 namespace tw {
 
@@ -11,11 +9,9 @@ namespace {
 /// What is sent unasked is small: a scan ahead must never hold eight megabytes before the next listing.
 constexpr std::size_t maxBackgroundBytes = 2U << 20U;
 
-/// Of what a host answers to the question what it speaks, as much is kept.
-constexpr std::size_t maxProbeBytes = 65536;
-
-/// A login may take longer than to reach the host, but one that hangs must not keep a user waiting for ever.
-constexpr int probePatience = 3;
+/// The first session is the one that logs in, which may take longer than to reach the host. To reach it, ssh has the
+/// limit itself.
+constexpr int loginPatience = 3;
 
 bool isCancelled(std::exception_ptr const &failure)
 {
@@ -30,15 +26,13 @@ bool isCancelled(std::exception_ptr const &failure)
 
 } // namespace
 
-HostSessions::HostSessions(Collaborators with, std::string toHost, RemoteShellOptions settings,
-                           std::function<SSHCommandLine::Arguments()> probeArguments)
+HostSessions::HostSessions(Collaborators with, std::string toHost, RemoteShellOptions settings)
     : engine(with.engine),
       strand(std::move(with.strand)),
       sshProgram(std::move(with.sshProgram)),
       savedPasswords(std::move(with.savedPasswords)),
       host(std::move(toHost)),
-      options(std::move(settings)),
-      probe(std::move(probeArguments))
+      options(std::move(settings))
 {
 }
 
@@ -47,18 +41,72 @@ void HostSessions::failAsShutDown()
     throw RemoteShellError::Disconnected("shut down");
 }
 
+/// What a request with an effect fails with if it failed with `failure` after it was sent.
+void HostSessions::failAsLost(std::exception_ptr const &failure) const
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (RemoteShellError::Disconnected const &) {
+        throw RemoteShellError::OutcomeUnknown(host);
+    } catch (RemoteShellError::TimedOut const &late) {
+        if (late.session == RemoteShellError::TimedOut::Session::ended)
+            throw RemoteShellError::OutcomeUnknown(host);
+        throw;
+    }
+}
+
 Task<HostSessions::Shell> HostSessions::session(Self self, Choice choice)
 {
-    if (choice != Choice::interactive && self->backgroundComing) {
-        auto const coming = *self->backgroundComing;
-        co_await outcomeOf(coming.wait());
-    }
-    auto const wantsBackground =
-        choice == Choice::background || (choice == Choice::backgroundIfReady && self->backgroundReady);
-    auto shell = wantsBackground && self->background ? self->background : self->interactive;
-    if (!shell)
+    // Until the first session is up, what the host speaks is a guess.
+    if (!self->interactive || self->timesUp == 0)
         throw RemoteShellError::NotConnected();
-    co_return shell;
+    switch (choice) {
+    case Choice::interactive:
+        break;
+    case Choice::background:
+    case Choice::backgroundIfReady: {
+        auto shell = co_await backgroundSession(self, choice);
+        co_return shell;
+    }
+    case Choice::work: {
+        auto shell = co_await workSession(self);
+        co_return shell;
+    }
+    }
+    co_return self->interactive;
+}
+
+Task<HostSessions::Shell> HostSessions::backgroundSession(Self self, Choice choice)
+{
+    if (!self->backgroundComing)
+        self->backgroundComing = SharedTask<void>::start(self->strand.executor(), connectBackground(self));
+    auto const coming = *self->backgroundComing;
+    co_await outcomeOf(coming.wait());
+    auto const isWanted = choice == Choice::background || self->backgroundReady;
+    co_return isWanted ? self->background : self->interactive;
+}
+
+Task<HostSessions::Shell> HostSessions::workSession(Self self)
+{
+    auto const endedBefore = self->timesEnded;
+    auto const work = self->work;
+    // What is lost is found out before a command is sent: afterwards the command could not be sent again.
+    auto const before = co_await work->state();
+    if (before.isConnected)
+        co_return work;
+    if (!self->workComing || self->workComing->isDone())
+        self->workComing = SharedTask<void>::start(self->strand.executor(), work->connect());
+    auto const coming = *self->workComing;
+    auto outcome = co_await outcomeOf(coming.wait());
+    if (self->timesEnded != endedBefore)
+        failAsShutDown();
+    if (!outcome.failure)
+        co_return work;
+    auto const interactive = self->interactive;
+    auto const first = co_await interactive->state();
+    if (!first.isConnected)
+        outcome.take();
+    co_return interactive;
 }
 
 Task<void> HostSessions::connect()
@@ -74,32 +122,36 @@ Task<void> HostSessions::connectHere(Self self)
 
 Task<void> HostSessions::connectOnce(Self self)
 {
-    // A host that has never answered may have been out of reach of the question as well.
-    if (self->timesUp == 0)
-        co_await askWhatItSpeaks(self);
+    if (self->timesUp == 0) {
+        co_await connectFirst(self);
+        co_return;
+    }
     auto const interactive = self->interactive;
     auto const before = co_await interactive->state();
     co_await interactive->connect();
-    // One that was up is not up again: who hears of a loss that nobody has mended yet must not take it for mended.
+    // Count only transitions from down to up: a request that learns of a loss late must not mistake this for a
+    // reconnection.
     if (!before.isConnected)
         ++self->timesUp;
 }
 
-Task<void> HostSessions::askWhatItSpeaks(Self self)
+/// Each attempt asks anew what the host speaks, until one succeeds.
+Task<void> HostSessions::connectFirst(Self self)
 {
-    auto question = OneShotCommand::run(self->engine.io(),
-                                        {.program = self->sshProgram, .arguments = self->probe(), .output = PipeEnd{}},
-                                        maxProbeBytes);
-    auto const limit =
-        std::chrono::duration_cast<std::chrono::nanoseconds>(probePatience * self->options.connectTimeout);
-    auto const asked = co_await outcomeOf(withTimeOut(self->engine.clock(), limit, std::move(question)));
-    auto const context = co_await currentContext();
-    if (context.stop.stop_requested())
-        throw Cancelled();
-    // A probe that fails says nothing; why the host is out of reach is told by the session.
-    self->dialect = shellDialectFromProbe(asked.value ? asked.value->output : "");
     auto const with = co_await sessionOptions(self);
-    self->makeSessions(with);
+    self->makeSessions(ShellDialect::posix, with);
+    auto const guessed = self->interactive;
+    auto outcome = co_await outcomeOf(guessed->connect());
+    if (outcome.failure && !isCancelled(outcome.failure)) {
+        auto const state = co_await guessed->state();
+        if (shellDialectFromProbe(state.unexpectedOutput) == ShellDialect::posix)
+            outcome.take();
+        self->makeSessions(ShellDialect::powershell, with);
+        auto const interactive = self->interactive;
+        outcome = co_await outcomeOf(interactive->connect());
+    }
+    outcome.take();
+    ++self->timesUp;
 }
 
 Task<RemoteShellOptions> HostSessions::sessionOptions(Self self)
@@ -116,12 +168,12 @@ Task<RemoteShellOptions> HostSessions::sessionOptions(Self self)
     co_return with;
 }
 
-/// Makes the attempt, or joins the one that is under way, and starts the second session behind it.
+/// Makes the attempt, or joins the one that is in flight.
 Task<void> HostSessions::comeUp(Self self, Task<void> attempt, std::stop_token giveUp)
 {
     auto const context = co_await currentContext();
     auto const endedBefore = self->timesEnded;
-    // An attempt that its own caller gives up is none of those who have joined it: one of them makes the next.
+    // If the caller that started an attempt is cancelled, a waiter that joined it starts a new one.
     while (self->comingUp && !self->comingUp->isDone()) {
         auto const running = *self->comingUp;
         auto outcome = co_await outcomeOf(running.wait());
@@ -142,14 +194,6 @@ Task<void> HostSessions::comeUp(Self self, Task<void> attempt, std::stop_token g
     if (self->timesEnded != endedBefore && !context.stop.stop_requested())
         failAsShutDown();
     outcome.take();
-    self->startBackground();
-}
-
-/// Not waited for: what is asked of the first session need not wait for the second.
-void HostSessions::startBackground()
-{
-    if (!backgroundComing || backgroundComing->isDone())
-        backgroundComing = SharedTask<void>::start(strand.executor(), connectBackground(shared_from_this()));
 }
 
 Task<void> HostSessions::connectBackground(Self self)
@@ -162,18 +206,26 @@ Task<void> HostSessions::connectBackground(Self self)
     self->backgroundReady = outcome.value.has_value();
 }
 
-void HostSessions::makeSessions(RemoteShellOptions const &with)
+void HostSessions::makeSessions(ShellDialect speaking, RemoteShellOptions const &with)
 {
-    auto const make = [this](RemoteShellOptions const &settings) {
+    dialect = speaking;
+    auto const make = [&](SSHCommandLine::Arguments arguments, RemoteShellOptions const &settings) {
         return std::make_shared<RemoteShell>(
-            RemoteShell::Collaborators{
-                .strand = engine.makeStrand(), .io = engine.io(), .clock = engine.clock(), .sshProgram = sshProgram},
+            RemoteShell::Collaborators{.strand = engine.makeStrand(),
+                                       .io = engine.io(),
+                                       .clock = engine.clock(),
+                                       .client =
+                                           SSHCommandLine::sessionClient(sshProgram, std::move(arguments), settings)},
             host, settings, dialect);
     };
+    auto const plain = SSHCommandLine::session(with, host, dialect);
+    auto patient = with;
+    patient.connectTimeout *= loginPatience;
     auto small = with;
     small.maxResponseBytes = std::min(with.maxResponseBytes, maxBackgroundBytes);
-    interactive = make(with);
-    background = make(small);
+    interactive = make(dialect == ShellDialect::posix ? SSHCommandLine::firstSession(with, host) : plain, patient);
+    background = make(plain, small);
+    work = make(plain, with);
 }
 
 Task<void> HostSessions::disconnect()
@@ -185,13 +237,14 @@ Task<void> HostSessions::disconnectHere(Self self)
 {
     ++self->timesEnded;
     std::vector<SharedTask<void>> ending;
-    for (auto const &task : {self->comingUp, self->backgroundComing}) {
+    for (auto const &task :
+         {self->comingUp, std::exchange(self->backgroundComing, {}), std::exchange(self->workComing, {})}) {
         if (!task)
             continue;
         task->cancel();
         ending.push_back(*task);
     }
-    for (auto const &shell : {self->interactive, self->background}) {
+    for (auto const &shell : {self->interactive, self->background, self->work}) {
         if (shell)
             co_await outcomeOf(shell->shutdown());
     }
@@ -206,7 +259,7 @@ Task<void> HostSessions::reconnect()
 
 Task<void> HostSessions::reconnectHere(Self self)
 {
-    // Not given up when one of its callers is stopped: the others still wait for it.
+    // If one of its callers is cancelled, the others still wait for it.
     co_await comeUp(self, reconnectOnce(self), {});
 }
 
@@ -222,10 +275,9 @@ Task<void> HostSessions::reconnectOnce(Self self)
     }
     co_await interactive->shutdown();
     co_await background->shutdown();
-    if (self->backgroundComing) {
-        auto const coming = *self->backgroundComing;
-        co_await outcomeOf(coming.wait());
-    }
+    if (auto const coming = std::exchange(self->backgroundComing, {}))
+        co_await outcomeOf(coming->wait());
+    self->backgroundReady = false;
     co_await interactive->connect();
     ++self->timesUp;
 }

@@ -2,8 +2,10 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
+#include "TWCore/Provider/HostCommand.h"
 #include "TWEngine/Passwords/SavedPasswords.h"
 #include "TWEngine/Runtime/SharedTask.h"
+#include "TWEngine/SSH/SSHCommandLine.h"
 #include "TWEngine/Shell/RemoteShell.h"
 
 #include <functional>
@@ -15,15 +17,16 @@ namespace tw {
 
 class EngineRuntime;
 
-/// The two sessions with one host, and how they come up, are lost and come up again.
+/// The three sessions with one host, and how they come up, are lost and come up again.
 ///
-/// Two, since a session answers strictly in order: a deep scan on the one that a person waits on would stand before the
-/// listing that is waited for.
+/// A session answers strictly in order, so each kind of request has its own: what a person waits for, what runs behind,
+/// and work, which changes something or takes long. The first session comes up with `connect`, each other one when it
+/// is first needed. A host that refuses the others serves everything over the first.
 ///
 /// Threads: not serialised; all of it runs on the strand that it was made with.
 /// Lifetime: shared; the engine outlives it. It is disconnected before it is dropped.
 /// Cancellation: connecting is given up with the caller that began it; a question that was sent is waited for.
-/// Errors: RemoteShellError. What is under way at a disconnect fails with Disconnected and is not asked again.
+/// Errors: RemoteShellError. What is in flight at a disconnect fails with Disconnected and is not asked again.
 class HostSessions : public std::enable_shared_from_this<HostSessions> {
 public:
     struct Collaborators {
@@ -35,28 +38,33 @@ public:
     };
 
     /// Which session a request is for.
-    enum class Choice { interactive, background, backgroundIfReady };
+    enum class Choice {
+        interactive,
+        background,
+        backgroundIfReady, ///< the first one if there is no second
+        work
+    };
 
-    /// Starts nothing. `options` are complete; `probe` are the arguments of the client that asks what the host speaks.
-    HostSessions(Collaborators collaborators, std::string host, RemoteShellOptions options,
-                 std::function<SSHCommandLine::Arguments()> probe);
+    /// Starts nothing. `options` are complete.
+    HostSessions(Collaborators collaborators, std::string host, RemoteShellOptions options);
 
-    /// Finds out what the host speaks, unless that is known, and connects the first session. The second comes up behind
-    /// it; until then what is for the second waits. Without the second, scans ahead go over the first; a command that
-    /// was meant for the second is a loss, and has both connected again.
+    /// Connects the first session and finds out what the host speaks, unless that is known.
     Task<void> connect();
 
-    /// Ends both sessions and connects them again. Callers at the same time share one reconnection and its outcome.
+    /// Ends the first two sessions and connects the first again. Callers at the same time share one reconnection and
+    /// its outcome. Work goes on: a copy of an hour must not die of a loss elsewhere.
     Task<void> reconnect();
 
-    /// Ends both sessions. A later connect does not ask again what the host speaks.
+    /// Ends all sessions. A later connect does not ask again what the host speaks.
     Task<void> disconnect();
 
-    /// Asks a session, and once more after a reconnection if it turns out to be lost.
+    /// Asks a session, and once more after a reconnection if the session turns out to be lost. A question with an
+    /// effect is never asked a second time once it was sent; then OutcomeUnknown is thrown.
     template <class T>
-    Task<T> asking(Choice choice, std::function<Task<T>(RemoteShell &)> question)
+    Task<T> asking(Choice choice, std::function<Task<T>(RemoteShell &)> question,
+                   CommandEffect effect = CommandEffect::none)
     {
-        return askingHere(shared_from_this(), choice, std::move(question));
+        return askingHere(shared_from_this(), choice, std::move(question), effect);
     }
 
     /// Null before the first connect.
@@ -64,7 +72,7 @@ public:
 
     ShellDialect speaks() const { return dialect; }
 
-    /// How often we were told to disconnect: what was begun before the last time is not wanted any more.
+    /// How often `disconnect` was called: what was begun before the last time is not wanted any more.
     std::uint64_t disconnections() const { return timesEnded; }
 
     /// What a task fails with that a disconnect has ended.
@@ -75,11 +83,16 @@ private:
     using Shell = std::shared_ptr<RemoteShell>;
 
     template <class T>
-    static Task<T> askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question);
+    static Task<T> askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question,
+                              CommandEffect effect);
+    template <class T>
+    static Task<T> askOnce(Self self, Task<T> question, CommandEffect effect);
     static Task<Shell> session(Self self, Choice choice);
+    static Task<Shell> backgroundSession(Self self, Choice choice);
+    static Task<Shell> workSession(Self self);
     static Task<void> connectHere(Self self);
     static Task<void> connectOnce(Self self);
-    static Task<void> askWhatItSpeaks(Self self);
+    static Task<void> connectFirst(Self self);
     /// The options, with who answers ssh if a password is saved for the host.
     static Task<RemoteShellOptions> sessionOptions(Self self);
     static Task<void> reconnectHere(Self self);
@@ -88,8 +101,8 @@ private:
     static Task<void> comeUp(Self self, Task<void> attempt, std::stop_token giveUp);
     static Task<void> connectBackground(Self self);
 
-    void makeSessions(RemoteShellOptions const &with);
-    void startBackground();
+    void makeSessions(ShellDialect speaking, RemoteShellOptions const &with);
+    [[noreturn]] void failAsLost(std::exception_ptr const &failure) const;
 
     // Constant after construction.
     EngineRuntime &engine;
@@ -98,29 +111,41 @@ private:
     SavedPasswords const savedPasswords;
     std::string const host;
     RemoteShellOptions const options;
-    std::function<SSHCommandLine::Arguments()> const probe;
 
     // On the strand.
     Shell interactive;
     Shell background;
+    Shell work;
     bool backgroundReady = false;
     ShellDialect dialect = ShellDialect::posix;
     /// Brings the first session up, and does not return before it is up or has failed.
     std::optional<SharedTask<void>> comingUp;
-    std::optional<SharedTask<void>> backgroundComing; ///< the same for the second; stays when it is done
-    std::uint64_t timesUp = 0;                        ///< how often the first session has come up
+    /// The same for the second; stays when it is done. Nothing: it has not been needed since the last reconnection.
+    std::optional<SharedTask<void>> backgroundComing;
+    std::optional<SharedTask<void>> workComing;
+    std::uint64_t timesUp = 0; ///< how often the first session has come up
     std::uint64_t timesEnded = 0;
 };
 
 template <class T>
-Task<T> HostSessions::askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question)
+Task<T> HostSessions::askOnce(Self self, Task<T> question, CommandEffect effect)
+{
+    auto outcome = co_await outcomeOf(std::move(question));
+    if (outcome.failure && effect == CommandEffect::changes)
+        self->failAsLost(outcome.failure);
+    co_return outcome.take();
+}
+
+template <class T>
+Task<T> HostSessions::askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question,
+                                 CommandEffect effect)
 {
     auto const context = co_await currentContext();
     auto const upBefore = self->timesUp;
     auto const endedBefore = self->timesEnded;
     try {
         auto const shell = co_await session(self, choice);
-        auto answer = co_await question(*shell);
+        auto answer = co_await askOnce(self, question(*shell), effect);
         co_return answer;
     } catch (RemoteShellError const &failure) {
         if (!failure.isRecoverableDrop() || self->timesEnded != endedBefore)
@@ -128,11 +153,13 @@ Task<T> HostSessions::askingHere(Self self, Choice choice, std::function<Task<T>
     }
     if (context.stop.stop_requested())
         throw Cancelled();
-    // Another request may have found the same loss, and mended it before this one heard of it.
-    if (self->timesUp == upBefore)
+    // Another request may have found the same loss and reconnected before this one learned of it. The session for work
+    // comes up by itself.
+    auto const isForFirstTwo = choice != Choice::work || self->timesUp == 0;
+    if (isForFirstTwo && self->timesUp == upBefore)
         co_await reconnectHere(self);
     auto const shell = co_await session(self, choice);
-    auto answer = co_await question(*shell);
+    auto answer = co_await askOnce(self, question(*shell), effect);
     co_return answer;
 }
 

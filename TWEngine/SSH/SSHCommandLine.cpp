@@ -31,6 +31,8 @@ void addKeepAlive(Arguments &arguments, std::chrono::seconds interval)
 
 void addSharing(Arguments &arguments, std::string const &controlPath, std::chrono::seconds persist)
 {
+    // Said aloud: the user's own configuration may want compression.
+    addOption(arguments, "Compression=no");
     addOption(arguments, "ControlMaster=auto");
     addOption(arguments, "ControlPath=" + controlPath);
     addOption(arguments, "ControlPersist=" + inSeconds(persist));
@@ -84,21 +86,31 @@ std::string uploadCommand(ShellDialect dialect, std::string_view path, std::opti
                                            "Remove-Item -LiteralPath $t -Force");
 }
 
-} // namespace
-
-Arguments session(RemoteShellOptions const &options, std::string const &host, ShellDialect dialect)
+Arguments sessionOptions(RemoteShellOptions const &options)
 {
     Arguments arguments;
     addOption(arguments, asksForPassword(options) ? "BatchMode=no" : "BatchMode=yes");
     addOption(arguments, "ConnectTimeout=" + inSeconds(options.connectTimeout));
     addKeepAlive(arguments, options.keepAliveInterval);
-    if (options.compression)
-        arguments.emplace_back("-C");
     if (options.controlPath)
         addSharing(arguments, *options.controlPath, options.controlPersist);
+    else if (options.compression)
+        arguments.emplace_back("-C");
     if (asksForPassword(options))
         addOption(arguments, "NumberOfPasswordPrompts=1");
-    return withCommand(std::move(arguments), host, std::string(remoteCommand(dialect)));
+    return arguments;
+}
+
+} // namespace
+
+Arguments session(RemoteShellOptions const &options, std::string const &host, ShellDialect dialect)
+{
+    return withCommand(sessionOptions(options), host, std::string(remoteCommand(dialect)));
+}
+
+Arguments firstSession(RemoteShellOptions const &options, std::string const &host)
+{
+    return withCommand(sessionOptions(options), host, std::string(firstRemoteCommand()));
 }
 
 std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &options)
@@ -110,6 +122,17 @@ std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &
             {"TW_ASKPASS_ACCOUNT", *options.askpassAccount}};
 }
 
+ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOptions const &options)
+{
+    ChildCommand client{.program = std::move(path), .arguments = std::move(arguments)};
+    if (auto const added = sessionEnvironment(options); !added.empty()) {
+        client.environment = inheritedEnvironment();
+        for (auto const &[name, value] : added)
+            client.environment->insert_or_assign(name, value);
+    }
+    return client;
+}
+
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath)
 {
     Arguments arguments;
@@ -118,13 +141,6 @@ Arguments transportOptions(RemoteShellOptions const &options, std::optional<std:
     if (controlPath)
         addSharing(arguments, *controlPath, RemoteShellOptions().controlPersist);
     return arguments;
-}
-
-Arguments probe(Arguments transportOptions, std::string const &host)
-{
-    addOption(transportOptions, "ConnectTimeout=10");
-    // The command interpreter of Windows puts its own path there; a POSIX shell leaves the text as it is.
-    return withCommand(std::move(transportOptions), host, "echo %COMSPEC%");
 }
 
 Arguments download(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path)

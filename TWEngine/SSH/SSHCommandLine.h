@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Shell/ShellDialect.h"
+#include "TWEngine/Runtime/ChildCommand.h"
 #include "TWEngine/Shell/RemoteShellOptions.h"
 
 #include <cstdint>
@@ -20,19 +21,26 @@ inline constexpr std::string_view program = "/usr/bin/ssh";
 using Arguments = std::vector<std::string>;
 
 /// A session: the resident shell of the host, with pipes at its ends and no terminal.
+///
+/// A connection that is shared is not compressed: files travel over it beside the sessions, and the client that comes
+/// first decides for all.
 Arguments session(RemoteShellOptions const &options, std::string const &host, ShellDialect dialect);
+
+/// The session that finds out what the host speaks, see firstRemoteCommand.
+Arguments firstSession(RemoteShellOptions const &options, std::string const &host);
 
 /// What a session's environment has besides that of this process: nothing, unless ssh is to ask for a password.
 std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &options);
+
+/// The ssh client of a session, the program at `path` with `arguments`, in an environment in which it finds its
+/// password.
+ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOptions const &options);
 
 /// What every other call begins with. Without a `controlPath`, and whatever the options name, no connection is shared.
 ///
 /// Such a call may be the first, and then its client keeps the connection for the sessions too: it asks a silent host
 /// whether it is there just as they do, or nobody would notice a line that is dead.
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath);
-
-/// Asks the host what it speaks, see shellDialectFromProbe.
-Arguments probe(Arguments transportOptions, std::string const &host);
 
 /// Prints the file at `path`.
 Arguments download(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path);

@@ -1,5 +1,6 @@
 #include "TWEngine/SSH/SSHProvider.h"
 
+#include "TWCore/Check.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/ListingParser.h"
@@ -42,7 +43,15 @@ constexpr auto unnameable = "a name that ends with a line end cannot be transfer
 
 HostSessions::Choice choiceOf(CommandSession session)
 {
-    return session == CommandSession::background ? HostSessions::Choice::background : HostSessions::Choice::interactive;
+    switch (session) {
+    case CommandSession::interactive:
+        return HostSessions::Choice::interactive;
+    case CommandSession::background:
+        return HostSessions::Choice::background;
+    case CommandSession::work:
+        return HostSessions::Choice::work;
+    }
+    bug("no such session");
 }
 
 Task<void> asBestItCan(Task<CommandResult> work)
@@ -59,17 +68,12 @@ SSHProvider::SSHProvider(Collaborators with, std::string toHost, RemoteShellOpti
       sockets(std::move(with.sockets)),
       destination(std::move(toHost)),
       options(completed(std::move(settings), destination, sockets)),
-      sessions(std::make_shared<HostSessions>(
-          HostSessions::Collaborators{.engine = engine,
-                                      .strand = strand,
-                                      .sshProgram = sshProgram,
-                                      .savedPasswords = std::move(with.savedPasswords)},
-          destination, options,
-          // By then the place for the sockets may be another.
-          [options = options, host = destination, sockets = sockets] {
-              return SSHCommandLine::probe(SSHCommandLine::transportOptions(options, ControlPath::make(host, sockets)),
-                                           host);
-          }))
+      sessions(
+          std::make_shared<HostSessions>(HostSessions::Collaborators{.engine = engine,
+                                                                     .strand = strand,
+                                                                     .sshProgram = sshProgram,
+                                                                     .savedPasswords = std::move(with.savedPasswords)},
+                                         destination, options))
 {
 }
 
@@ -207,10 +211,11 @@ Task<std::int64_t> SSHProvider::fileSize(std::string path)
 
 Task<CommandResult> SSHProvider::runCommand(HostCommand command)
 {
+    auto const choice = choiceOf(command.session);
+    auto const effect = command.effect;
     return inTurn(sessions->asking<CommandResult>(
-        choiceOf(command.session), [text = std::move(command.text), limit = command.limit](RemoteShell &shell) {
-            return shell.run(text, limit);
-        }));
+        choice, [command = std::move(command)](RemoteShell &shell) { return shell.run(command.text, command.limit); },
+        effect));
 }
 
 Task<void> SSHProvider::download(std::string path, std::string localPath)

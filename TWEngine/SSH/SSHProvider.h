@@ -16,8 +16,8 @@ class EngineRuntime;
 
 /// The files of one host.
 ///
-/// It asks over HostSessions. A session that was lost is connected again once, behind the caller's back, and what was
-/// asked is asked again.
+/// It asks over HostSessions. A session that was lost is connected again once, and what was asked is asked again,
+/// unless it changes something: that fails with OutcomeUnknown.
 ///
 /// Threads: serialised on its own strand; every operation may be called from anywhere.
 /// Lifetime: shared; the engine outlives it. It is disconnected before it is dropped.
@@ -48,13 +48,12 @@ public:
 
     std::optional<std::string> persistentCacheIdentity() const override { return identifier(); }
 
-    /// Finds out what the host speaks, and connects the first session. The second comes up behind it; until then what
-    /// is for the second waits. Without the second, scans ahead go over the first; see HostSessions.
+    /// Connects the first session; see HostSessions.
     Task<void> connect() override;
 
     Task<Listings> fetch(std::string path, int depth, FetchPriority priority) override;
 
-    /// Ends both sessions. A later connect does not ask again what the host speaks.
+    /// Ends all sessions. A later connect does not ask again what the host speaks.
     Task<void> disconnect() override;
 
     Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length) override;
@@ -83,7 +82,7 @@ public:
     Task<void> copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit);
     Task<std::int64_t> totalSize(std::vector<std::string> paths);
 
-    /// Ends both sessions and connects them again. Callers at the same time share one reconnection and its outcome.
+    /// See HostSessions.
     Task<void> reconnect();
 
     Task<bool> isLive();

@@ -32,13 +32,21 @@ std::string randomNonce()
     return digits;
 }
 
+ChildCommand withPipes(ChildCommand command)
+{
+    command.input = PipeEnd{};
+    command.output = PipeEnd{};
+    command.error = PipeEnd{};
+    return command;
+}
+
 } // namespace
 
 RemoteShell::RemoteShell(Collaborators with, std::string toHost, RemoteShellOptions settings, ShellDialect speaks)
     : strand(std::move(with.strand)),
       io(with.io),
       clock(std::move(with.clock)),
-      sshProgram(std::move(with.sshProgram)),
+      client(withPipes(std::move(with.client))),
       host(std::move(toHost)),
       options(std::move(settings)),
       dialect(speaks),
@@ -65,6 +73,7 @@ Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
     if (context.stop.stop_requested())
         throw Cancelled();
     self->teardown(std::nullopt);
+    self->unexpectedOutput.clear();
     if (self->dialect == ShellDialect::powershell)
         throw RemoteShellError::ConnectFailed(self->host, "this version speaks to hosts with a POSIX shell only");
     self->startSession();
@@ -92,6 +101,7 @@ Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
     // A refused key, an unknown host or a name that does not resolve is told by ssh itself.
     if (auto const words = session->lastWords(); !words.empty())
         detail = words;
+    self->unexpectedOutput = session->unframedOutput();
     if (self->session == session)
         self->teardown("shut down");
     throw RemoteShellError::ConnectFailed(self->host, detail);
@@ -138,17 +148,7 @@ void RemoteShell::close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<
 
 void RemoteShell::startSession()
 {
-    ChildCommand command{.program = sshProgram,
-                         .arguments = SSHCommandLine::session(options, host, dialect),
-                         .input = PipeEnd{},
-                         .output = PipeEnd{},
-                         .error = PipeEnd{}};
-    if (auto const added = SSHCommandLine::sessionEnvironment(options); !added.empty()) {
-        command.environment = inheritedEnvironment();
-        for (auto const &[name, value] : added)
-            command.environment->insert_or_assign(name, value);
-    }
-    auto child = ChildProcess::start(io, command);
+    auto child = ChildProcess::start(io, client);
     if (!child)
         throw RemoteShellError::ConnectFailed(host, "could not launch ssh: " + child.error().reason());
     session = std::make_shared<ShellClient>(strand, *std::move(child), ShellReader(nonce, options.maxResponseBytes));
@@ -222,7 +222,8 @@ Task<ListingResponse> RemoteShell::answerWithin(std::shared_ptr<Clock> clock, An
     auto const started = clock->steadyNow();
     auto outcome = co_await outcomeOf(Completion<ListingResponse>::wait(answer).withStop({}));
     if (clock->steadyNow() - started >= limit)
-        throw RemoteShellError::TimedOut(limit);
+        throw RemoteShellError::TimedOut(limit, outcome.failure ? RemoteShellError::TimedOut::Session::ended
+                                                                : RemoteShellError::TimedOut::Session::stillThere);
     co_return outcome.take();
 }
 
@@ -301,7 +302,7 @@ Task<RemoteShell::State> RemoteShell::state()
 
 Task<RemoteShell::State> RemoteShell::stateHere(std::shared_ptr<RemoteShell> self)
 {
-    co_return State{self->connected, self->handshake, self->disconnectReason};
+    co_return State{self->connected, self->handshake, self->disconnectReason, self->unexpectedOutput};
 }
 
 } // namespace tw

@@ -3,9 +3,9 @@
 #include "TWCore/Async/Clock.h"
 #include "TWCore/Provider/HostCommand.h"
 #include "TWCore/Shell/ShellDialect.h"
+#include "TWEngine/Runtime/ChildCommand.h"
 #include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Runtime/Strand.h"
-#include "TWEngine/SSH/SSHCommandLine.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "TWEngine/Shell/RemoteShellOptions.h"
 #include "TWEngine/Shell/ShellHandshake.h"
@@ -50,8 +50,8 @@ public:
         Strand strand;
         IoThread &io;
         std::shared_ptr<Clock> clock;
-        /// The ssh client. Anything but the usual one is for tests, which cannot give ssh another home.
-        std::string sshProgram = std::string(SSHCommandLine::program);
+        /// The ssh client for this session. Its ends become pipes.
+        ChildCommand client;
     };
 
     /// Starts nothing. `host` is a destination as ssh takes it.
@@ -81,6 +81,7 @@ public:
         bool isConnected = false;
         ShellHandshake handshake;
         std::optional<std::string> disconnectReason; ///< the last one
+        std::string unexpectedOutput; ///< what the host has printed instead of a greeting in the last attempt
     };
 
     Task<State> state();
@@ -111,7 +112,7 @@ private:
     Strand const strand;
     IoThread &io;
     std::shared_ptr<Clock> const clock;
-    std::string const sshProgram;
+    ChildCommand const client;
     std::string const host;
     RemoteShellOptions const options;
     ShellDialect const dialect;
@@ -123,6 +124,7 @@ private:
     std::uint64_t nextRequestID = 1; ///< never reset; 0 is the handshake's
     std::map<std::uint64_t, Answer> pending;
     std::optional<std::string> disconnectReason;
+    std::string unexpectedOutput;
     ShellHandshake handshake;
 };
 

@@ -36,14 +36,25 @@ std::string RemoteShellError::Disconnected::plainText() const
     return "disconnected(detail: " + quoted(detail) + ")";
 }
 
-RemoteShellError::TimedOut::TimedOut(std::chrono::duration<double> after)
-    : RemoteShellError("timed out after " + wholeSeconds(after) + "s"), limit(after)
+RemoteShellError::TimedOut::TimedOut(std::chrono::duration<double> after, Session whichIs)
+    : RemoteShellError("timed out after " + wholeSeconds(after) + "s"), limit(after), session(whichIs)
 {
 }
 
 std::string RemoteShellError::TimedOut::plainText() const
 {
     return "timedOut(seconds: " + wholeSeconds(limit) + ")";
+}
+
+RemoteShellError::OutcomeUnknown::OutcomeUnknown(std::string ofHost)
+    : RemoteShellError("connection to " + ofHost + " was lost; it is not known whether this was done"),
+      host(std::move(ofHost))
+{
+}
+
+std::string RemoteShellError::OutcomeUnknown::plainText() const
+{
+    return "outcomeUnknown(host: " + quoted(host) + ")";
 }
 
 RemoteShellError::NotConnected::NotConnected() : RemoteShellError("not connected") {}

@@ -13,6 +13,7 @@ public:
     class Disconnected;
     class TimedOut;
     class NotConnected;
+    class OutcomeUnknown;
 
     char const *what() const noexcept override { return description.c_str(); }
 
@@ -56,11 +57,24 @@ public:
 /// The answer took longer than was allowed.
 class RemoteShellError::TimedOut final : public RemoteShellError {
 public:
-    explicit TimedOut(std::chrono::duration<double> limit);
+    enum class Session { stillThere, ended };
+
+    TimedOut(std::chrono::duration<double> limit, Session session);
 
     std::string plainText() const override;
 
     std::chrono::duration<double> const limit;
+    Session const session; ///< ended: there was no answer at all
+};
+
+/// The connection was lost after a command was sent that changes something. Sending it again might do it twice.
+class RemoteShellError::OutcomeUnknown final : public RemoteShellError {
+public:
+    explicit OutcomeUnknown(std::string host);
+
+    std::string plainText() const override;
+
+    std::string const host;
 };
 
 /// There was no session to ask.

@@ -1,17 +1,21 @@
 #include "TWEngine/Shell/ShellClient.h"
 
-#include "TWCore/Async/ChildTask.h"
+#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWEngine/Runtime/PipeError.h"
+#include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/Runtime/TimeOut.h"
 
 namespace tw {
 
 namespace {
 
-/// The last words of ssh are its reason; what stood before them is not needed.
+/// The last words of the program are its reason; what stood before them is not needed.
 constexpr std::size_t maxErrorBytes = 8192;
+
+/// As much is kept of what a host prints instead of a greeting.
+constexpr std::size_t maxUnframedBytes = 65536;
 
 /// The longest answer that is waited for. Listings are cut by the script and reads by their length, so only a host that
 /// has lost its mind, or that is hostile, sends as much without an end.
@@ -54,7 +58,8 @@ Task<std::string> ShellClient::listen(std::shared_ptr<Clock> clock, Taker take)
 Task<std::string> ShellClient::listenHere(Self self, std::shared_ptr<Clock> clock, Taker take)
 {
     auto const context = co_await currentContext();
-    auto const ofErrors = ChildTask<void>::start(context, listenToErrors(self));
+    auto const ofErrors = SharedTask<void>::start(context.executor, listenToErrors(self));
+    std::stop_callback const stopErrors(context.stop, [ofErrors] { ofErrors.cancel(); });
     auto isFlooded = false;
     std::string buffer;
     do {
@@ -63,15 +68,18 @@ Task<std::string> ShellClient::listenHere(Self self, std::shared_ptr<Clock> cloc
         } catch (PipeError const &) {
             buffer.clear();
         }
-        if (!take(self->reader.ingest(buffer)))
+        if (!take(self->reader.ingest(buffer))) {
+            ofErrors.cancel();
             co_return "";
-        isFlooded = self->reader.waitingBytes() > maxAnswerBytes;
+        }
+        isFlooded = self->reader.waiting().size() > maxAnswerBytes;
     } while (!buffer.empty() && !isFlooded);
 
     if (isFlooded)
         self->child->kill();
     co_await outcomeOf(withTimeOut(clock, lastWordsTime, self->child->wait()));
-    co_await outcomeOf(withTimeOut(clock, lastWordsTime, ofErrors.join()));
+    co_await outcomeOf(withTimeOut(clock, lastWordsTime, ofErrors.wait()));
+    ofErrors.cancel();
     co_return isFlooded ? "the host sends without an end" : self->lastWords();
 }
 
@@ -86,6 +94,11 @@ Task<void> ShellClient::listenToErrors(Self self)
         if (self->errors.size() > maxErrorBytes)
             self->errors.erase(0, self->errors.size() - maxErrorBytes);
     }
+}
+
+std::string ShellClient::unframedOutput() const
+{
+    return std::string(reader.waiting().substr(0, maxUnframedBytes));
 }
 
 std::string ShellClient::lastWords() const

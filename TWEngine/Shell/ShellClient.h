@@ -14,7 +14,7 @@
 
 namespace tw {
 
-/// One run of the ssh client that a session talks through: a queue into it, the responses that come out of it, and its
+/// One run of the program that a session talks through: a queue into it, the responses that come out of it, and its
 /// last words.
 ///
 /// Threads: all of it on the strand.
@@ -37,6 +37,9 @@ public:
 
     /// Stopped by `end`.
     std::stop_token stopToken() const { return stop.get_token(); }
+
+    /// The beginning of what it has printed and what is no response.
+    std::string unframedOutput() const;
 
     /// What it has said on standard error up to now; of much, the end.
     std::string lastWords() const;

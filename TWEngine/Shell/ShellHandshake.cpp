@@ -2,6 +2,7 @@
 
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/ShellDialect.h"
 
 namespace tw {
 
@@ -23,6 +24,8 @@ void ShellHandshake::take(std::string_view payload)
     bool const isUtf8 = repaired(payload) == payload;
     if (!isUtf8)
         return;
+    if (auto const echo = payload.find(firstCommandEcho()); echo != std::string_view::npos)
+        payload.remove_prefix(echo + firstCommandEcho().size());
     auto text = trimmed(payload);
     if (auto const field = takeField(text); !field.empty())
         implementation = field;

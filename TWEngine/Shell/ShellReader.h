@@ -37,8 +37,8 @@ public:
     /// The responses that `bytes` completes, in order.
     std::vector<Frame> ingest(std::string_view bytes);
 
-    /// How many bytes wait for the end of their response.
-    std::size_t waitingBytes() const noexcept { return buffer.size(); }
+    /// What waits for the end of its response.
+    std::string_view waiting() const noexcept { return buffer; }
 
 private:
     std::optional<Frame> takeFrame();

@@ -41,7 +41,9 @@ ShellRequest::ShellRequest(ShellDialect shellDialect, Service const &service, st
 
 std::string ShellRequest::numbered(std::uint64_t id) const
 {
-    auto const text = std::string(name) + ' ' + std::to_string(id) + ' ' + arguments;
+    // On the shell's own input stand the requests behind this one, and a command that reads would take them for data.
+    auto const *const input = dialect == ShellDialect::posix ? " </dev/null" : "";
+    auto const text = std::string(name) + ' ' + std::to_string(id) + ' ' + arguments + input;
     return encodeRequest(dialect, text) + std::string(lineTerminator(dialect));
 }
 

@@ -21,7 +21,7 @@ public:
     /// At most `length` bytes of a file from `offset` on, as ShellAnswer::fileBytes reads them.
     static ShellRequest read(ShellDialect dialect, std::string_view path, std::int64_t offset, std::size_t length);
 
-    /// What `command` prints. It shares the session's input, so it must not read any.
+    /// What `command` prints. Its input is empty.
     static ShellRequest run(ShellDialect dialect, std::string_view command);
 
     /// All that is written to the host, the end of the line included.

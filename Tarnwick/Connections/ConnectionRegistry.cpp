@@ -242,8 +242,11 @@ Task<void> ConnectionRegistry::Shared::giveUpAttempts(std::shared_ptr<Shared> se
     auto const attempts = self->connecting;
     for (auto const &[key, attempt] : attempts)
         attempt.task->cancel();
-    for (auto const &[key, attempt] : attempts)
+    for (auto const &[key, attempt] : attempts) {
         co_await outcomeOf(attempt.task->wait());
+        // A question that waited for the attempt would begin the next.
+        co_await outcomeOf(attempt.browser->providerRef()->disconnect());
+    }
 }
 
 Task<void> ConnectionRegistry::shutdownAll()

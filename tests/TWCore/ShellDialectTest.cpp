@@ -24,6 +24,13 @@ TEST(ShellDialectTest, aHostThatNamesTheCommandInterpreterOfWindowsSpeaksPowerSh
     EXPECT_EQ(shellDialectFromProbe("\xFF motd\ncMd.eXe"), powershell);
 }
 
+TEST(ShellDialectTest, aHostThatIsNotKnownYetIsAskedInTheCommandThatStartsItsShell)
+{
+    EXPECT_EQ(firstRemoteCommand(), "echo \"%COMSPEC%\"; bash -s");
+    EXPECT_EQ(shellDialectFromProbe("\"C:\\Windows\\system32\\cmd.exe\"; bash -s\r\n"), powershell);
+    EXPECT_EQ(shellDialectFromProbe(firstCommandEcho()), posix);
+}
+
 TEST(ShellDialectTest, everyOtherAnswerAndNoneIsPosix)
 {
     for (auto const *answer : {"", "%COMSPEC%\n", "cmd exe", "cmd.ex", "command.exe", "cmdXexe"})

@@ -294,7 +294,7 @@ TEST_F(RemoteShellTest, hostsWithAPowerShellAreRefused)
 {
     auto const shell = std::make_shared<RemoteShell>(
         RemoteShell::Collaborators{
-            .strand = Strand(loop.context()), .io = *io, .clock = clock, .sshProgram = standIn.program()},
+            .strand = Strand(loop.context()), .io = *io, .clock = clock, .client = {.program = standIn.program()}},
         "host", RemoteShellOptions(), ShellDialect::powershell);
     EXPECT_THAT(connectFailure(shell), HasSubstr("POSIX shell"));
     EXPECT_THAT(standIn.starts(), IsEmpty());

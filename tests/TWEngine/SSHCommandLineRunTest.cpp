@@ -113,9 +113,10 @@ TEST_F(SSHUnderstandingTest, everyOptionOfASession)
 
 TEST_F(SSHUnderstandingTest, aHostThatLooksLikeAnOptionIsNone)
 {
-    auto const child = start({.program = std::string(SSHCommandLine::program),
-                              .arguments = SSHCommandLine::probe({"-G", "-F", "none"}, "-oProxyCommand=false"),
-                              .output = PipeEnd{}});
+    auto const child = start(
+        {.program = std::string(SSHCommandLine::program),
+         .arguments = SSHCommandLine::download({"-G", "-F", "none"}, "-oProxyCommand=false", ShellDialect::posix, "/f"),
+         .output = PipeEnd{}});
     EXPECT_EQ(readAll(child).find("proxycommand"), std::string::npos);
     EXPECT_NE(wait(child), exited(0)) << "ssh takes no host of that name, whatever stands before it";
 }

@@ -48,9 +48,28 @@ TEST(SSHCommandLineTest, everyOptionHasItsPlace)
                                      .askpassAccount = "ann@box"};
     EXPECT_THAT(SSHCommandLine::session(options, "ann@box", posix),
                 ElementsAre("-o", "BatchMode=no", "-o", "ConnectTimeout=7", "-o", "ServerAliveInterval=30", "-o",
-                            "ServerAliveCountMax=3", "-C", "-o", "ControlMaster=auto", "-o",
+                            "ServerAliveCountMax=3", "-o", "Compression=no", "-o", "ControlMaster=auto", "-o",
                             "ControlPath=/tmp/.tw-1/00000000", "-o", "ControlPersist=5", "-o",
                             "NumberOfPasswordPrompts=1", "--", "ann@box", "bash -s"));
+}
+
+TEST(SSHCommandLineTest, theFirstSessionDiffersInItsCommandOnly)
+{
+    RemoteShellOptions const options{.controlPath = "/tmp/.tw-1/00000000"};
+    auto wanted = SSHCommandLine::session(options, "box", posix);
+    wanted.back() = firstRemoteCommand();
+    EXPECT_EQ(SSHCommandLine::firstSession(options, "box"), wanted);
+}
+
+TEST(SSHCommandLineTest, aClientHasAnEnvironmentOfItsOwnOnlyIfItNeedsOne)
+{
+    EXPECT_EQ(SSHCommandLine::sessionClient("ssh", {"box"}, {}).environment, std::nullopt);
+    auto const client =
+        SSHCommandLine::sessionClient("ssh", {"box"}, {.askpassHelper = "/usr/bin/tarnwick", .askpassAccount = "ann"});
+    EXPECT_EQ(client.program, "ssh");
+    EXPECT_THAT(client.arguments, ElementsAre("box"));
+    EXPECT_EQ(client.environment.value().at("TW_ASKPASS_ACCOUNT"), "ann");
+    EXPECT_TRUE(client.environment->contains("PATH"));
 }
 
 TEST(SSHCommandLineTest, withoutCompressionThereIsNoOptionForIt)
@@ -76,7 +95,7 @@ TEST(SSHCommandLineTest, sshIsToAskForAPasswordOnlyIfItKnowsWhomAndForWhichAccou
 TEST(SSHCommandLineTest, aHostThatLooksLikeAnOptionStandsBehindThem)
 {
     for (auto const &arguments :
-         {SSHCommandLine::session({}, "-oProxyCommand=x", posix), SSHCommandLine::probe(bare, "-oProxyCommand=x"),
+         {SSHCommandLine::session({}, "-oProxyCommand=x", posix), SSHCommandLine::firstSession({}, "-oProxyCommand=x"),
           SSHCommandLine::download(bare, "-oProxyCommand=x", posix, "/f"),
           SSHCommandLine::upload(bare, "-oProxyCommand=x", posix, "/f")}) {
         ASSERT_GE(arguments.size(), 3U);
@@ -93,13 +112,8 @@ TEST(SSHCommandLineTest, otherCallsAskNobodyAndShareTheConnectionIfTheyCan)
     options.controlPersist = std::chrono::seconds(9); // of the sessions only
     EXPECT_THAT(SSHCommandLine::transportOptions(options, "/tmp/.tw-1/00000000"),
                 ElementsAre("-o", "BatchMode=yes", "-o", "ServerAliveInterval=7", "-o", "ServerAliveCountMax=3", "-o",
-                            "ControlMaster=auto", "-o", "ControlPath=/tmp/.tw-1/00000000", "-o", "ControlPersist=60"));
-}
-
-TEST(SSHCommandLineTest, theProbeAsksForTheCommandInterpreter)
-{
-    EXPECT_THAT(SSHCommandLine::probe(bare, "box"),
-                ElementsAre("-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "--", "box", "echo %COMSPEC%"));
+                            "Compression=no", "-o", "ControlMaster=auto", "-o", "ControlPath=/tmp/.tw-1/00000000", "-o",
+                            "ControlPersist=60"));
 }
 
 TEST(SSHCommandLineTest, aDownloadPrintsTheFile)

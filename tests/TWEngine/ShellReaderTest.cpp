@@ -99,7 +99,7 @@ TEST(ShellReaderTest, aStreamThatArrivesByteByByteGivesItsResponses)
     for (auto const byte : frameText("payload", "5:0"))
         std::ranges::move(reader.ingest({&byte, 1}), std::back_inserter(frames));
     EXPECT_THAT(frames, ElementsAre(Frame{5, 0, "payload", false}));
-    EXPECT_EQ(reader.waitingBytes(), 1U) << "the line feed came after the response was taken";
+    EXPECT_EQ(reader.waiting().size(), 1U) << "the line feed came after the response was taken";
 }
 
 TEST(ShellReaderTest, theMarkerOfAnotherSessionIsData)
@@ -131,7 +131,7 @@ TEST(ShellReaderTest, whatHasNoMarkerYetWaits)
 {
     ShellReader reader(nonce, budget);
     EXPECT_THAT(reader.ingest(std::string(1000, '@')), IsEmpty());
-    EXPECT_EQ(reader.waitingBytes(), 1000U);
+    EXPECT_EQ(reader.waiting().size(), 1000U);
     EXPECT_EQ(reader.ingest(frameText("", "1:0")).at(0).payload, std::string(1000, '@'));
 }
 
@@ -143,7 +143,7 @@ TEST(ShellReaderTest, aMarkerWhoseEndIsLongInComingIsOneAllTheSame)
         ASSERT_THAT(reader.ingest("0"), IsEmpty());
     EXPECT_THAT(reader.ingest("@"), IsEmpty());
     EXPECT_THAT(reader.ingest("@\n"), ElementsAre(Frame{6, 0, "payload", false}));
-    EXPECT_EQ(reader.waitingBytes(), 0U);
+    EXPECT_EQ(reader.waiting().size(), 0U);
 }
 
 TEST(ShellReaderTest, theNextResponseIsFoundBehindTheOnesThatCameWithItsFirstBytes)

@@ -87,7 +87,7 @@ void checkAtOnce(std::string const &stream)
     auto const expected = framesOf(stream, rest);
     ShellReader reader(nonce, budget);
     check(reader.ingest(stream) == expected, "the responses are others");
-    check(reader.waitingBytes() == rest.size(), "more or less is left than was not part of a response");
+    check(reader.waiting().size() == rest.size(), "more or less is left than was not part of a response");
 }
 
 void checkInPieces(std::string_view stream, std::uint32_t seed)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWEngine/Runtime/SystemClock.h"
+#include "TWEngine/SSH/SSHCommandLine.h"
 #include "TWEngine/Shell/RemoteShell.h"
 #include "tests/hosts/StandInSSH.h"
 #include "tests/support/ChildProcessTest.h"
@@ -33,11 +34,12 @@ protected:
 
     Shell makeShell(RemoteShellOptions options = {}, std::string program = {})
     {
+        auto client =
+            SSHCommandLine::sessionClient(program.empty() ? standIn.program() : program,
+                                          SSHCommandLine::session(options, "host", ShellDialect::posix), options);
         return shells.emplace_back(std::make_shared<RemoteShell>(
-            RemoteShell::Collaborators{.strand = Strand(loop.context()),
-                                       .io = *io,
-                                       .clock = clock,
-                                       .sshProgram = program.empty() ? standIn.program() : program},
+            RemoteShell::Collaborators{
+                .strand = Strand(loop.context()), .io = *io, .clock = clock, .client = std::move(client)},
             "host", std::move(options), ShellDialect::posix));
     }
 

@@ -1,0 +1,250 @@
+#include "TWCore/Model/ReadError.h"
+#include "tests/hosts/StandInSSH.h"
+#include "tests/support/Gate.h"
+#include "tests/support/SSHProviderTest.h"
+
+namespace tw::test {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::SizeIs;
+using testing::StartsWith;
+using enum CommandSession;
+
+/// The sessions with a host that is this machine, without a connection between.
+class SSHProviderSessionsTest : public SSHProviderTest {
+protected:
+    std::string sshProgram() const override { return standIn.program(); }
+
+    Started<CommandResult> change(Provider const &provider, std::string command)
+    {
+        return loop.start(
+            provider->runCommand({.text = std::move(command), .session = work, .effect = CommandEffect::changes}));
+    }
+
+    std::string nonceOf(Provider const &provider, CommandSession session)
+    {
+        return run(provider, "declare -f tw_run | grep -o 'TW[0-9a-f]*:'", session);
+    }
+
+    /// A command at which the session's client dies. The resident shell is the child of a login shell, and that one of
+    /// the client.
+    static std::string endOfTheClient() { return "kill -KILL $(cut -d' ' -f4 /proc/$PPID/stat)"; }
+
+    StandInSSH standIn;
+};
+
+TEST_F(SSHProviderSessionsTest, aSessionStartsWhenItIsFirstNeeded)
+{
+    auto const provider = connected();
+    EXPECT_THAT(standIn.starts(), SizeIs(1));
+    std::set<std::string> shells{shellOf(provider, interactive)};
+    EXPECT_THAT(standIn.starts(), SizeIs(1));
+    shells.insert(shellOf(provider, background));
+    EXPECT_THAT(standIn.starts(), SizeIs(2));
+    shells.insert(shellOf(provider, work));
+    EXPECT_THAT(standIn.starts(), SizeIs(3));
+    EXPECT_THAT(shells, SizeIs(3));
+    for (auto const session : {interactive, background, work})
+        EXPECT_TRUE(shells.contains(shellOf(provider, session)));
+    EXPECT_THAT(standIn.starts(), SizeIs(3));
+}
+
+TEST_F(SSHProviderSessionsTest, longWorkHoldsUpNoListing)
+{
+    Gate const gate;
+    folder.file("file");
+    auto const provider = connected();
+    auto const copying = change(provider, gate.waiting());
+    for (auto const priority : {FetchPriority::interactive, FetchPriority::background})
+        EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, priority)).at(folder.path()).count(), 1U);
+    EXPECT_FALSE(copying.isDone());
+    gate.open();
+    finish(copying);
+    EXPECT_EQ(copying.value().status, 0);
+}
+
+TEST_F(SSHProviderSessionsTest, aReconnectionOfTheOthersLetsWorkGoOn)
+{
+    Gate const gate;
+    auto const provider = connected();
+    auto const shell = shellOf(provider, work);
+    auto const copying = change(provider, gate.waiting());
+    loop.run(provider->reconnect());
+    gate.open();
+    finish(copying);
+    EXPECT_EQ(copying.value().status, 0);
+    EXPECT_EQ(shellOf(provider, work), shell);
+}
+
+TEST_F(SSHProviderSessionsTest, aCommandThatReadsItsInputFindsNone)
+{
+    auto const provider = connected();
+    for (auto const session : {interactive, background, work}) {
+        auto const reader = loop.start(provider->runCommand({.text = "cat; echo end", .session = session}));
+        auto const behind = loop.start(provider->runCommand({.text = "echo behind", .session = session}));
+        finish(reader);
+        finish(behind);
+        EXPECT_EQ(reader.value().output, "end\n");
+        EXPECT_EQ(behind.value().output, "behind\n");
+    }
+}
+
+TEST_F(SSHProviderSessionsTest, aChangeThatWasSentIsNotSentAgain)
+{
+    auto const provider = connected();
+    auto const done = folder.path("done");
+    auto const lost = change(provider, "echo once >> '" + done + "'; " + endOfTheClient());
+    EXPECT_EQ(failureOf(lost), "connection to host was lost; it is not known whether this was done");
+    EXPECT_THROW(lost.value(), RemoteShellError::OutcomeUnknown);
+    EXPECT_EQ(run(provider, "cat '" + done + "'", work), "once\n");
+}
+
+TEST_F(SSHProviderSessionsTest, aQuestionThatWasSentIsAskedAgainOnce)
+{
+    auto const provider = connected();
+    auto const asked = folder.path("asked");
+    for (auto const session : {interactive, work}) {
+        auto const lost = loop.start(
+            provider->runCommand({.text = "echo once >> '" + asked + "'; " + endOfTheClient(), .session = session}));
+        EXPECT_THAT(failureOf(lost), StartsWith("disconnected: "));
+    }
+    EXPECT_EQ(contentOf(asked), "once\nonce\nonce\nonce\n");
+}
+
+TEST_F(SSHProviderSessionsTest, aChangeThatWasNotSentYetIsSentOverANewSession)
+{
+    auto const provider = connected();
+    auto const first = shellOf(provider, work);
+    loop.run(provider->disconnect());
+    auto const done = folder.path("done");
+    auto const late = change(provider, "echo once >> '" + done + "'");
+    finish(late);
+    EXPECT_EQ(late.value().status, 0);
+    EXPECT_EQ(contentOf(done), "once\n");
+    EXPECT_NE(shellOf(provider, work), first);
+}
+
+TEST_F(SSHProviderSessionsTest, aChangeThatFailsBeforeItIsSentSaysWhy)
+{
+    auto const provider = connected();
+    loop.run(provider->disconnect());
+    standIn.behave({.fault = StandInSSH::Fault::refuse, .message = "no way"});
+    EXPECT_EQ(failureOf(change(provider, "true")), "no way");
+}
+
+TEST_F(SSHProviderSessionsTest, aHostThatRefusesASessionForWorkDoesItsWorkInTheFirst)
+{
+    auto const provider = connected();
+    standIn.behave({.fault = StandInSSH::Fault::refuse, .message = "no more sessions"});
+    EXPECT_EQ(shellOf(provider, work), shellOf(provider, interactive));
+}
+
+TEST_F(SSHProviderSessionsTest, aChangeThatIsUnderWayAtADisconnectMayBeDone)
+{
+    Gate const gate;
+    auto const provider = connected();
+    shellOf(provider, work);
+    auto const changing = change(provider, gate.waiting());
+    loop.run(provider->disconnect());
+    EXPECT_THAT(failureOf(changing), HasSubstr("it is not known whether this was done"));
+}
+
+TEST_F(SSHProviderSessionsTest, aSessionKeepsItsNonceAndEachHasItsOwn)
+{
+    auto const provider = connected();
+    auto const nonces = [&] {
+        return std::vector{nonceOf(provider, interactive), nonceOf(provider, background), nonceOf(provider, work)};
+    };
+    auto const first = nonces();
+    for (auto const &nonce : first)
+        EXPECT_THAT(nonce, AllOf(StartsWith("TW"), SizeIs(std::string("TW0123456789abcdef:\n").size())));
+    EXPECT_THAT(std::set(first.begin(), first.end()), SizeIs(3));
+    loop.run(provider->reconnect());
+    EXPECT_EQ(nonces(), first);
+    loop.run(provider->disconnect());
+    loop.run(provider->connect());
+    EXPECT_EQ(nonces(), first);
+}
+
+/// What is lost between is lost on a real line.
+class ChangeOverALineTest : public SSHProviderTest {};
+
+TEST_F(ChangeOverALineTest, aCutBehindAChangeLeavesItUnknown)
+{
+    reach();
+    auto const provider = connected();
+    auto const changing = loop.start(
+        provider->runCommand({.text = "cd '" + folder.path() + "'; touch begun; until [ -e go ]; do sleep 0.01; done",
+                              .session = work,
+                              .effect = CommandEffect::changes}));
+    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'") == "begun\n"; });
+    line->cut();
+    folder.file("go");
+    EXPECT_THAT(failureOf(changing), HasSubstr("it is not known whether this was done"));
+    EXPECT_EQ(run(provider, "echo back", work), "back\n");
+}
+
+/// Programs that are run in place of ssh.
+class OddClientTest : public SSHProviderTest {
+protected:
+    std::string sshProgram() const override { return script; }
+
+    void behave(std::string const &text)
+    {
+        programs.file("ssh", "#!/bin/bash\n" + text);
+        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    }
+
+    int starts() const { return static_cast<int>(std::ranges::count(contentOf(programs.path("starts")), '\n')); }
+
+    TemporaryFolder programs;
+    std::string const script = programs.path("ssh");
+};
+
+TEST_F(OddClientTest, aWindowsHostIsKnownByWhatItPrintsInPlaceOfAGreeting)
+{
+    behave("echo start >> '" + programs.path("starts") +
+           "'; cat >/dev/null & echo '\"C:\\WINDOWS\\system32\\cmd.exe\"; bash -s'");
+    auto const provider = makeProvider();
+    EXPECT_EQ(connectFailure(provider), "this version speaks to hosts with a POSIX shell only");
+    EXPECT_EQ(loop.run(provider->dialect()), ShellDialect::powershell);
+    EXPECT_EQ(starts(), 1);
+    EXPECT_EQ(connectFailure(provider), "this version speaks to hosts with a POSIX shell only");
+    EXPECT_EQ(starts(), 2) << "the host is asked anew";
+}
+
+TEST_F(OddClientTest, aHostThatPrintsAnythingElseIsNoWindowsHost)
+{
+    behave("echo 'This account is not available.'");
+    auto const provider = makeProvider();
+    EXPECT_EQ(connectFailure(provider), R"(disconnected(detail: "connection closed"))");
+    EXPECT_EQ(loop.run(provider->dialect()), ShellDialect::posix);
+}
+
+TEST_F(OddClientTest, ofWhatAHostPrintsInPlaceOfAGreetingTheBeginningCounts)
+{
+    auto const printing = [](int bytes) {
+        return "head -c " + std::to_string(bytes) + " /dev/zero | tr '\\0' x; echo cmd.exe";
+    };
+    behave(printing(65'536 - 7));
+    auto const provider = makeProvider();
+    EXPECT_EQ(connectFailure(provider), "this version speaks to hosts with a POSIX shell only");
+    behave(printing(65'536 - 6));
+    EXPECT_EQ(connectFailure(provider), R"(disconnected(detail: "connection closed"))");
+}
+
+TEST_F(OddClientTest, ofTheWordsOfATransferTheFirst65536BytesAreKept)
+{
+    behave("head -c 100000 /dev/zero | tr '\\0' x >&2; exit 1");
+    try {
+        loop.run(makeProvider()->download("/far", local.path("target")));
+        FAIL() << "the client fails";
+    } catch (ReadError::NotReadable const &failure) {
+        EXPECT_EQ(failure.detail, std::string(65'536, 'x'));
+    }
+}
+
+} // namespace
+} // namespace tw::test
