@@ -3,6 +3,7 @@
 #include "TWCore/Model/ListingParser.h"
 #include "TWEngine/Browsing/LocalFiles.h"
 #include "TWEngine/Browsing/LocalListing.h"
+#include "TWEngine/Browsing/LocalWrites.h"
 
 namespace tw {
 
@@ -23,6 +24,13 @@ Task<Listings> fetchOnPool(WorkerPool const *pool, std::string path, WorkPriorit
         return result;
     });
     co_return listings;
+}
+
+Task<void> trashOnPool(WorkerPool const *pool, std::vector<std::string> paths)
+{
+    auto const context = co_await currentContext();
+    co_await pool->run(WorkPriority::interactive,
+                       [paths = std::move(paths), stop = context.stop] { LocalWrites::moveToTrash(paths, stop); });
 }
 
 } // namespace
@@ -57,6 +65,22 @@ Task<void> LocalProvider::upload(std::string localPath, std::string path)
     return pool.run(WorkPriority::interactive, [path = std::move(path), localPath = std::move(localPath)] {
         LocalFiles::writeInto(localPath, path);
     });
+}
+
+Task<void> LocalProvider::makeDirectory(std::string path)
+{
+    return pool.run(WorkPriority::interactive, [path = std::move(path)] { LocalWrites::makeDirectory(path); });
+}
+
+Task<void> LocalProvider::remove(std::vector<std::string> paths)
+{
+    return trashOnPool(&pool, std::move(paths));
+}
+
+Task<void> LocalProvider::rename(std::string from, std::string to)
+{
+    return pool.run(WorkPriority::interactive,
+                    [from = std::move(from), to = std::move(to)] { LocalWrites::rename(from, to); });
 }
 
 } // namespace tw

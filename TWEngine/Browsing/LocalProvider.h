@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Provider/FileSystemReader.h"
+#include "TWCore/Provider/FileSystemWriter.h"
 #include "TWEngine/Runtime/WorkerPool.h"
 
 namespace tw {
@@ -12,8 +13,9 @@ namespace tw {
 ///
 /// Threads: may be used from anywhere.
 /// Lifetime: `workers` outlives it and every operation in flight.
-/// Errors: LocalProviderError from `fetch`, ReadError from reading, PlatformError from `upload`.
-class LocalProvider final : public FileSystemReader {
+/// Errors: LocalProviderError from `fetch`, ReadError from reading, PlatformError from `upload`, FileOperationError
+/// from the other writes.
+class LocalProvider final : public FileSystemReader, public FileSystemWriter {
 public:
     explicit LocalProvider(WorkerPool const &workers) : pool(workers) {}
 
@@ -33,6 +35,18 @@ public:
 
     Task<void> download(std::string path, std::string localPath) override;
     Task<void> upload(std::string localPath, std::string path) override;
+
+    /// `remove` moves to the Trash.
+    bool deleteIsReversible() const override { return true; }
+
+    /// Makes missing folders above it too. An existing folder is a success.
+    Task<void> makeDirectory(std::string path) override;
+
+    /// In order, up to the first failure: earlier paths stay in the Trash.
+    Task<void> remove(std::vector<std::string> paths) override;
+
+    /// An existing target is an error. Fails between two file systems.
+    Task<void> rename(std::string from, std::string to) override;
 
 private:
     WorkerPool const &pool;

@@ -66,6 +66,8 @@ TEST_F(LocalProviderTest, saysWhoItIs)
     EXPECT_FALSE(provider.persistentCacheIdentity());
     FileSystemProvider &asProvider = provider;
     EXPECT_TRUE(dynamic_cast<FileSystemReader *>(&asProvider));
+    EXPECT_TRUE(dynamic_cast<FileSystemWriter *>(&asProvider));
+    EXPECT_TRUE(provider.deleteIsReversible());
     loop.run(provider.connect());
     loop.run(provider.disconnect());
 }

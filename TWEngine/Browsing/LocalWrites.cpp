@@ -1,0 +1,99 @@
+#include "TWEngine/Browsing/LocalWrites.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Browsing/LocalProviderError.h"
+
+#include <gio/gio.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace tw::LocalWrites {
+
+namespace {
+
+constexpr auto makingFolder = "create folder";
+constexpr auto trashing = "move to Trash";
+constexpr auto renaming = "rename";
+
+struct Unreference {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+
+struct FreeError {
+    void operator()(GError *error) const { g_error_free(error); }
+};
+
+/// The system would take such a path for the part before the NUL, which is another file.
+void requireNameable(char const *operation, std::string const &path)
+{
+    if (path.contains('\0'))
+        throw FileOperationError::Failed(operation, path, systemText(ENOENT));
+}
+
+void moveOneToTrash(std::string const &path)
+{
+    requireNameable(trashing, path);
+    // GIO's own local files: its default may load modules that ask the session bus, which need not answer.
+    std::unique_ptr<GFile, Unreference> const file(g_vfs_get_file_for_path(g_vfs_get_local(), path.c_str()));
+    GError *failure = nullptr;
+    if (g_file_trash(file.get(), nullptr, &failure))
+        return;
+    std::unique_ptr<GError, FreeError> const error(failure);
+    throw FileOperationError::Failed(trashing, path, error->message);
+}
+
+/// The kernel or the file system does not know RENAME_NOREPLACE. EINVAL has other meanings too, such as a folder that
+/// is moved into itself; a plain rename(2) then fails with it again.
+bool isUnknownFlag(int error)
+{
+    return error == EINVAL || error == ENOSYS;
+}
+
+} // namespace
+
+void makeDirectory(std::string const &path)
+{
+    requireNameable(makingFolder, path);
+    std::error_code failure;
+    std::filesystem::create_directories(path, failure);
+    if (failure)
+        throw FileOperationError::Failed(makingFolder, path, systemText(failure.value()));
+}
+
+void moveToTrash(std::vector<std::string> const &paths, std::stop_token const &stop)
+{
+    for (auto const &path : paths) {
+        if (stop.stop_requested())
+            throw Cancelled();
+        moveOneToTrash(path);
+    }
+}
+
+void rename(std::string const &from, std::string const &to)
+{
+    requireNameable(renaming, from);
+    if (to.contains('\0'))
+        throw FileOperationError::Failed(renaming, from, systemText(ENOENT));
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return;
+    if (!isUnknownFlag(errno))
+        throw FileOperationError::Failed(renaming, from, systemText(errno));
+    renameAfterLooking(from, to);
+}
+
+void renameAfterLooking(std::string const &from, std::string const &to)
+{
+    struct stat there;
+    if (::lstat(to.c_str(), &there) == 0)
+        throw FileOperationError::Failed(renaming, from, systemText(EEXIST));
+    if (errno != ENOENT || ::rename(from.c_str(), to.c_str()) != 0)
+        throw FileOperationError::Failed(renaming, from, systemText(errno));
+}
+
+} // namespace tw::LocalWrites

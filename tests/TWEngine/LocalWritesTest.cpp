@@ -1,0 +1,190 @@
+#include "TWEngine/Browsing/LocalWrites.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Browsing/LocalProvider.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestLoop.h"
+
+#include <gio/gio.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include <sys/stat.h>
+
+namespace tw::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Gives this process a Trash of its own, beside the tests' folders and on their file system.
+///
+/// GIO reads these variables once in a process, so it is made to read them before any test.
+class OwnTrash : public testing::Environment {
+public:
+    void SetUp() override
+    {
+        folder.emplace();
+        auto const *const before = std::getenv("HOME");
+        std::optional<std::string> const home = before ? std::optional<std::string>(before) : std::nullopt;
+        ::setenv("HOME", folder->path().c_str(), 1);
+        ::setenv("XDG_DATA_HOME", folder->folder("data").c_str(), 1);
+        ASSERT_EQ(folder->path(), g_get_home_dir()) << "something has asked GLib for the home before the tests";
+        ASSERT_EQ(folder->path("data"), g_get_user_data_dir());
+        ::unsetenv("XDG_DATA_HOME");
+        home ? ::setenv("HOME", home->c_str(), 1) : ::unsetenv("HOME");
+    }
+
+    void TearDown() override { folder.reset(); }
+
+    std::string contentOf(std::string const &name) const
+    {
+        return test::contentOf(folder->path("data/Trash/files/" + name));
+    }
+
+private:
+    std::optional<TemporaryFolder> folder;
+};
+
+auto *const trash = static_cast<OwnTrash *>(testing::AddGlobalTestEnvironment(new OwnTrash));
+
+class LocalWritesTest : public testing::Test {
+protected:
+    std::string failureOf(Task<void> task)
+    {
+        try {
+            loop.run(std::move(task));
+        } catch (FileOperationError::Failed const &error) {
+            return error.what();
+        }
+        return "no failure";
+    }
+
+    TemporaryFolder folder;
+    EngineRuntime runtime;
+    TestLoop loop;
+    LocalProvider provider{runtime.workers()};
+};
+
+TEST_F(LocalWritesTest, aFolderIsMadeWithThoseAboveIt)
+{
+    loop.run(provider.makeDirectory(folder.path("a/b/-c '\n")));
+    EXPECT_TRUE(fs::is_directory(folder.path("a/b/-c '\n")));
+}
+
+TEST_F(LocalWritesTest, aFolderThatExistsIsASuccessAndKeepsItsContent)
+{
+    auto const there = folder.folder("there");
+    folder.file("there/file", "kept");
+    loop.run(provider.makeDirectory(there));
+    EXPECT_EQ(contentOf(folder.path("there/file")), "kept");
+}
+
+TEST_F(LocalWritesTest, aFolderThatCannotBeMadeSaysWhy)
+{
+    auto const file = folder.file("file", "kept");
+    EXPECT_EQ(failureOf(provider.makeDirectory(file + "/below")),
+              "create folder failed on " + file + "/below: Not a directory");
+    EXPECT_NE(failureOf(provider.makeDirectory(file)), "no failure");
+    EXPECT_EQ(failureOf(provider.makeDirectory("/proc/new")),
+              "create folder failed on /proc/new: No such file or directory");
+    EXPECT_EQ(contentOf(file), "kept");
+}
+
+TEST_F(LocalWritesTest, whatIsRemovedLiesInTheTrash)
+{
+    auto const file = folder.file("removed file", "content");
+    auto const full = folder.folder("removed folder");
+    folder.file("removed folder/inner", "deep");
+    auto const link = folder.link("removed link", "/nowhere at all");
+    loop.run(provider.remove({file, full, link}));
+    EXPECT_TRUE(fs::is_empty(folder.path()));
+    EXPECT_EQ(trash->contentOf("removed file"), "content");
+    EXPECT_EQ(trash->contentOf("removed folder/inner"), "deep");
+}
+
+TEST_F(LocalWritesTest, removingStopsAtTheFirstFailure)
+{
+    auto const first = folder.file("first removed", "1");
+    auto const missing = folder.path("missing");
+    auto const last = folder.file("last", "3");
+    auto const failure = failureOf(provider.remove({first, missing, last}));
+    EXPECT_TRUE(failure.starts_with("move to Trash failed on " + missing + ": ")) << failure;
+    EXPECT_TRUE(failure.ends_with("No such file or directory")) << failure;
+    EXPECT_EQ(trash->contentOf("first removed"), "1") << "what was moved stays in the Trash";
+    EXPECT_EQ(contentOf(last), "3");
+}
+
+TEST_F(LocalWritesTest, removingNothingSucceeds)
+{
+    EXPECT_EQ(failureOf(provider.remove({})), "no failure");
+}
+
+TEST_F(LocalWritesTest, removingThatIsCancelledLeavesTheRest)
+{
+    auto const file = folder.file("file", "kept");
+    std::stop_source source;
+    source.request_stop();
+    EXPECT_THROW(LocalWrites::moveToTrash({file}, source.get_token()), Cancelled);
+    EXPECT_EQ(contentOf(file), "kept");
+}
+
+TEST_F(LocalWritesTest, renamingMovesWithinTheFileSystem)
+{
+    auto const file = folder.file("from", "content");
+    auto const to = folder.folder("sub") + "/-to '\n";
+    loop.run(provider.rename(file, to));
+    EXPECT_EQ(contentOf(to), "content");
+    EXPECT_FALSE(fs::exists(file));
+}
+
+TEST_F(LocalWritesTest, renamingOntoAnExistingNameIsAnError)
+{
+    auto const from = folder.file("from", "new");
+    auto const text = "rename failed on " + from + ": File exists";
+    auto const to = folder.file("to", "kept");
+    EXPECT_EQ(failureOf(provider.rename(from, to)), text);
+    EXPECT_EQ(failureOf(provider.rename(from, folder.folder("folder"))), text);
+    EXPECT_EQ(failureOf(provider.rename(from, folder.link("broken", "nowhere at all"))), text);
+    EXPECT_EQ(contentOf(to), "kept");
+    EXPECT_EQ(contentOf(from), "new");
+}
+
+TEST_F(LocalWritesTest, aFileSystemThatCannotRefuseATargetIsLookedAtFirst)
+{
+    auto const from = folder.file("from", "new");
+    auto const to = folder.file("to", "kept");
+    EXPECT_THROW(LocalWrites::renameAfterLooking(from, to), FileOperationError::Failed);
+    EXPECT_THROW(LocalWrites::renameAfterLooking(from, folder.link("broken", "nowhere at all")),
+                 FileOperationError::Failed);
+    EXPECT_EQ(contentOf(to), "kept");
+    LocalWrites::renameAfterLooking(from, folder.path("free"));
+    EXPECT_EQ(contentOf(folder.path("free")), "new");
+}
+
+TEST_F(LocalWritesTest, renamingThatFailsSaysWhy)
+{
+    auto const missing = folder.path("missing");
+    EXPECT_EQ(failureOf(provider.rename(missing, folder.path("to"))),
+              "rename failed on " + missing + ": No such file or directory");
+    auto const parent = folder.folder("parent");
+    EXPECT_EQ(failureOf(provider.rename(parent, parent + "/child")),
+              "rename failed on " + parent + ": Invalid argument");
+}
+
+TEST_F(LocalWritesTest, aPathWithANulChangesNoOtherFile)
+{
+    auto const file = folder.file("file", "kept");
+    auto const path = file + '\0' + "x";
+    EXPECT_THROW(loop.run(provider.remove({path})), FileOperationError::Failed);
+    EXPECT_THROW(loop.run(provider.rename(path, folder.path("to"))), FileOperationError::Failed);
+    EXPECT_THROW(loop.run(provider.rename(file, folder.path("to") + '\0' + "x")), FileOperationError::Failed);
+    EXPECT_THROW(loop.run(provider.makeDirectory(folder.path("new") + '\0' + "x")), FileOperationError::Failed);
+    EXPECT_EQ(contentOf(file), "kept");
+    EXPECT_FALSE(fs::exists(folder.path("new")));
+}
+
+} // namespace
+} // namespace tw::test
