@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Window/MainWindowController.h"
 #include "tests/support/FakeConnections.h"
+#include "tests/support/FakeDialogs.h"
 #include "tests/support/Listings.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/RecordingDisplay.h"
@@ -16,10 +17,13 @@ class RecordingWindow final : public MainDisplay {
 public:
     int equalized = 0;
     int closed = 0;
+    std::shared_ptr<FakeDialogs> questions = std::make_shared<FakeDialogs>();
 
     void equalizePanes() override { ++equalized; }
 
     void closeWindow() override { ++closed; }
+
+    std::shared_ptr<Dialogs> dialogs() override { return questions; }
 };
 
 /// The controller of a window with displays that record, on connections that the test answers for.

@@ -40,25 +40,20 @@ TEST_F(MainWindowTest, isTitledAndAsLargeAsTheScreenLets)
 TEST_F(MainWindowTest, itsKeysAskForWhatIsTheProgramsToDo)
 {
     open();
-    auto asked = QStringList();
-    window->onAbout = [&] { asked += QStringLiteral("about"); };
-    window->onQuit = [&] { asked += QStringLiteral("quit"); };
     press(Qt::Key_F1);
     press(Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(asked, (QStringList{QStringLiteral("about"), QStringLiteral("quit")}));
+    EXPECT_EQ(program.performed, (std::vector{Command::showAbout, Command::quit}));
     EXPECT_TRUE(window->isVisible());
 }
 
 TEST_F(MainWindowTest, quittingWorksInEachWindowOfTheProgram)
 {
     open();
-    auto asked = 0;
-    window->onQuit = [&] { ++asked; };
     QPointer const welcome = WelcomeWindow::showIfFirstRun(defaults, *window);
     ASSERT_FALSE(welcome.isNull());
     ASSERT_TRUE(QTest::qWaitForWindowActive(welcome));
     QTest::keyClick(welcome, Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(program.performed, std::vector{Command::quit});
 }
 
 TEST_F(MainWindowTest, thePanesAreEqualAtFirst)

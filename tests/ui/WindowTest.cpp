@@ -31,7 +31,7 @@ void WindowTest::open()
 {
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections);
-    window = std::make_unique<MainWindow>(*controller, defaults);
+    window = std::make_unique<MainWindow>(*controller, defaults, program);
     window->show();
     window->activateWindow();
     controller->start({.left = PaneSpec{"local", left.path(), true}, .right = PaneSpec{"local", right.path(), true}});

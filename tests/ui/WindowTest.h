@@ -6,6 +6,7 @@
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
+#include "tests/support/RecordingTarget.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -64,6 +65,7 @@ protected:
                                     .mainContext = mainContext.context(),
                                     .sshProgram = "/bin/false",
                                     .sshConfig = ssh.path("config")}};
+    RecordingTarget program{{{Command::showAbout, {}}, {Command::quit, {}}}};
     std::unique_ptr<MainWindowController> controller;
     std::unique_ptr<MainWindow> window;
 };

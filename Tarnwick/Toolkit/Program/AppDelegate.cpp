@@ -66,9 +66,7 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
 
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections);
-    window = std::make_unique<MainWindow>(*controller, with.defaults);
-    window->onAbout = [this] { showAbout(); };
-    window->onQuit = [this] { quit(); };
+    window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
     colorScheme = std::make_unique<ColorScheme>(ColorScheme::sessionBus());
     colorScheme->start([this] {
         window->show();
@@ -77,6 +75,20 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
     });
     controller->start(sides);
     watchSession();
+}
+
+std::optional<CommandState> AppDelegate::stateOf(Command command) const
+{
+    auto const isOfTheProgram = command == Command::showAbout || command == Command::quit;
+    return isOfTheProgram ? std::optional(CommandState{}) : std::nullopt;
+}
+
+void AppDelegate::perform(Command command)
+{
+    if (command == Command::showAbout)
+        showAbout();
+    else if (command == Command::quit)
+        quit();
 }
 
 void AppDelegate::quit()

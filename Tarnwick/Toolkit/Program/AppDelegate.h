@@ -2,6 +2,7 @@
 
 #include "TWEngine/Runtime/MainContext.h"
 #include "TWEngine/Runtime/TerminationSignals.h"
+#include "Tarnwick/Commands/CommandTarget.h"
 #include "Tarnwick/Lifecycle/LifeLog.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
@@ -23,7 +24,7 @@ class SessionWatch;
 ///
 /// Threads: main context only.
 /// Lifetime: what it is made with outlives it.
-class AppDelegate final : public QObject {
+class AppDelegate final : public QObject, public CommandTarget {
 public:
     struct Collaborators {
         EngineRuntime &engine;
@@ -46,6 +47,10 @@ public:
     /// Behind the event loop: takes the windows down, and then waits two seconds on this thread. The caller ends the
     /// process as it is behind it; nothing of the engine may be awaited any more.
     void applicationWillTerminate();
+
+    /// The commands that are about the program.
+    std::optional<CommandState> stateOf(Command command) const override;
+    void perform(Command command) override;
 
     /// Once; asked for again, it comes to the front.
     void showAbout();

@@ -1,12 +1,16 @@
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
 
 #include "Tarnwick/Settings/Settings.h"
+#include "Tarnwick/Toolkit/Commands/CommandActions.h"
+#include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
 #include "Tarnwick/Toolkit/Program/StartLog.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
-#include <QAction>
+#include <QContextMenuEvent>
 #include <QEvent>
+#include <QMenu>
+#include <QMenuBar>
 #include <QScreen>
 
 namespace tw {
@@ -20,59 +24,36 @@ constexpr QSize leastSize(2 * PaneSplitter::leastSide + 1, 300);
 
 } // namespace
 
-MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults)
-    : commands(controller), settings(defaults), splitter(new PaneSplitter(this))
+MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, CommandTarget &program)
+    : panes(controller),
+      commands(controller),
+      settings(defaults),
+      actions(new CommandActions(*this, CommandScope::mainWindow, program)),
+      sheets(std::make_shared<SheetDialogs>(*this)),
+      splitter(new PaneSplitter(this))
 {
     setWindowTitle(QStringLiteral("Tarnwick"));
     setMinimumSize(leastSize);
-    setContextMenuPolicy(Qt::NoContextMenu);
     buildPanes();
     buildCommands();
     place();
-    commands.attach(*this);
+    panes.attach(*this);
 }
 
 void MainWindow::buildPanes()
 {
-    left = new PaneView(commands.pane(PaneSide::left), settings, icons, splitter);
-    right = new PaneView(commands.pane(PaneSide::right), settings, icons, splitter);
+    left = new PaneView(panes.pane(PaneSide::left), settings, icons, splitter);
+    right = new PaneView(panes.pane(PaneSide::right), settings, icons, splitter);
     splitter->addPane(left);
     splitter->addPane(right);
-    splitter->onDividerDoubleClicked = [this] { commands.cmdEqualizePanes(); };
+    splitter->onDividerDoubleClicked = [this] { splitter->equalize(); };
     setCentralWidget(splitter);
 }
 
 void MainWindow::buildCommands()
 {
-    using Commands = MainWindowController;
-    addCommand(QStringLiteral("Refresh"), {Qt::CTRL | Qt::Key_R}, &Commands::cmdRefresh);
-    // The second is what the first becomes on keyboards on which Shift makes another sign of the full stop.
-    addCommand(QStringLiteral("Show Hidden Files"),
-               {Qt::CTRL | Qt::SHIFT | Qt::Key_Period, Qt::CTRL | Qt::SHIFT | Qt::Key_Greater},
-               &Commands::cmdToggleHidden);
-    addCommand(QStringLiteral("Connect…"), {Qt::CTRL | Qt::Key_K}, &Commands::cmdConnect);
-    addCommand(QStringLiteral("Equal Panes"), {Qt::CTRL | Qt::Key_Backslash}, &Commands::cmdEqualizePanes);
-    addCommand(QStringLiteral("Close Window"), {Qt::CTRL | Qt::Key_W}, &Commands::cmdCloseWindow);
-    addAction(QStringLiteral("About Tarnwick"), {Qt::Key_F1}, [this] { onAbout(); });
-    // In every window of the program, since it is about the program.
-    addAction(QStringLiteral("Quit Tarnwick"), {Qt::CTRL | Qt::Key_Q}, [this] {
-        onQuit();
-    })->setShortcutContext(Qt::ApplicationShortcut);
-}
-
-void MainWindow::addCommand(QString const &title, QList<QKeySequence> const &keys,
-                            void (MainWindowController::*command)())
-{
-    addAction(title, keys, [this, command] { (commands.*command)(); });
-}
-
-QAction *MainWindow::addAction(QString const &title, QList<QKeySequence> const &keys, std::function<void()> run)
-{
-    auto *const action = new QAction(title, this);
-    action->setShortcuts(keys);
-    connect(action, &QAction::triggered, this, std::move(run));
-    QMainWindow::addAction(action);
-    return action;
+    actions->fill(*menuBar());
+    sheets->sheets().setActions(actions->everywhere());
 }
 
 void MainWindow::place()
@@ -113,6 +94,7 @@ void MainWindow::showEvent(QShowEvent *event)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    sheets->sheets().close();
     rememberPlace();
     QMainWindow::closeEvent(event);
 }
@@ -126,6 +108,21 @@ void MainWindow::changeEvent(QEvent *event)
     }
 }
 
+/// A click beside the panes has no menu; a key has that of the active pane.
+void MainWindow::contextMenuEvent(QContextMenuEvent *event)
+{
+    for (auto const side : {PaneSide::left, PaneSide::right}) {
+        auto &view = pane(side);
+        if (!view.rect().contains(view.mapFrom(this, event->pos())))
+            continue;
+        panes.setActive(side);
+        panes.activePane().takeKeyboardFocus();
+        actions->contextMenu(this)->popup(event->globalPos());
+        event->accept();
+        return;
+    }
+}
+
 void MainWindow::equalizePanes()
 {
     splitter->equalize();
@@ -134,6 +131,11 @@ void MainWindow::equalizePanes()
 void MainWindow::closeWindow()
 {
     close();
+}
+
+std::shared_ptr<Dialogs> MainWindow::dialogs()
+{
+    return sheets;
 }
 
 } // namespace tw

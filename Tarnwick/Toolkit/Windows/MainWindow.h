@@ -1,51 +1,55 @@
 #pragma once
 
 #include "Tarnwick/Toolkit/Table/PaneIcons.h"
+#include "Tarnwick/Window/MainWindowCommands.h"
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include <QMainWindow>
 
 namespace tw {
 
+class CommandActions;
 class PaneSplitter;
 class PaneView;
+class SheetDialogs;
 
-/// The window: two panes side by side, and the keys of the commands.
+/// The window: two panes side by side, and the menus, buttons and keys of the commands.
 ///
-/// Lifetime: `controller` and `defaults` outlive it.
-class MainWindow final : public QMainWindow, private MainDisplay {
+/// Lifetime: `controller`, `defaults` and `program`, which performs the commands of the whole program, outlive it.
+class MainWindow final : public QMainWindow, public CommandTarget, private MainDisplay {
 public:
-    MainWindow(MainWindowController &controller, Defaults &defaults);
+    MainWindow(MainWindowController &controller, Defaults &defaults, CommandTarget &program);
 
     PaneView &pane(PaneSide side) const { return side == PaneSide::left ? *left : *right; }
 
     PaneSplitter &divider() const { return *splitter; }
 
-    /// The user wants to know what this program is.
-    std::function<void()> onAbout = [] {};
+    std::optional<CommandState> stateOf(Command command) const override { return commands.stateOf(command); }
 
-    /// The user wants the program to end, whatever windows it has.
-    std::function<void()> onQuit = [] {};
+    void perform(Command command) override { commands.perform(command); }
 
 protected:
     void showEvent(QShowEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
     void equalizePanes() override;
     void closeWindow() override;
+    std::shared_ptr<Dialogs> dialogs() override;
 
     void buildPanes();
     void buildCommands();
-    void addCommand(QString const &title, QList<QKeySequence> const &keys, void (MainWindowController::*command)());
-    QAction *addAction(QString const &title, QList<QKeySequence> const &keys, std::function<void()> run);
     void place();
     void placeDivider();
     void rememberPlace();
 
-    MainWindowController &commands;
+    MainWindowController &panes;
+    MainWindowCommands commands;
     Defaults &settings;
+    CommandActions *const actions;
+    std::shared_ptr<SheetDialogs> const sheets;
     PaneIcons icons;
     PaneSplitter *const splitter;
     PaneView *left = nullptr;

@@ -1,6 +1,9 @@
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 
+#include "Tarnwick/Commands/CommandTable.h"
 #include "Tarnwick/Settings/Settings.h"
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
+#include "Tarnwick/Toolkit/Commands/CommandKeySequences.h"
 
 #include <QFontInfo>
 #include <QGridLayout>
@@ -17,20 +20,6 @@ constexpr int margin = 32;
 constexpr int iconSize = 64;
 constexpr int textWidth = 440;
 
-struct Hint {
-    char const *key;
-    char const *meaning;
-};
-
-constexpr Hint hints[] = {
-    {"Return, Backspace", "into a folder, and out of it"},
-    {"Tab", "to the other pane"},
-    {"Ctrl+K", "to a host, or back to this computer"},
-    {"Insert", "mark a file"},
-    {"Ctrl+R", "read a folder again"},
-    {"F1", "about this program"},
-};
-
 QLabel *plain(QString const &text, QWidget *parent)
 {
     auto *const label = new QLabel(text, parent);
@@ -44,14 +33,16 @@ QGridLayout *keys(QWidget *parent)
     auto *const grid = new QGridLayout;
     grid->setHorizontalSpacing(margin / 2);
     grid->setColumnStretch(1, 1);
-    for (auto const &hint : hints) {
+    for (auto const &command : commandTable()) {
+        if (command.firstSteps == FirstSteps::no)
+            continue;
         auto const row = grid->rowCount();
-        auto *const key = new QLabel(QString::fromLatin1(hint.key), parent);
+        auto *const key = new QLabel(keyTextOf(command), parent);
         auto bold = key->font();
         bold.setWeight(QFont::DemiBold);
         key->setFont(bold);
         grid->addWidget(key, row, 0);
-        grid->addWidget(new QLabel(QString::fromLatin1(hint.meaning), parent), row, 1);
+        grid->addWidget(new QLabel(Wording::shown(command.help), parent), row, 1);
     }
     return grid;
 }

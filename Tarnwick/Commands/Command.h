@@ -1,0 +1,24 @@
+#pragma once
+
+namespace tw {
+
+/// Everything that a person can ask for with a key, a menu or a button, by identity. CommandTable says the rest.
+enum class Command {
+    showAbout,
+    quit,
+    closeWindow,
+    refresh,
+    toggleHidden,
+    otherPane,
+    equalizePanes,
+    connect,
+    // Performed by the pane itself, by the position of the key.
+    moveCursor,
+    openSelection,
+    goUp,
+    toggleMark,
+    invertMarks,
+    clearMarks,
+};
+
+} // namespace tw

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "TWCore/Async/Task.h"
+#include "Tarnwick/Operations/Progress.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace tw {
+
+/// What an operation asks and tells the user: questions that stand over one window, one at a time, the others queued.
+///
+/// Threads: main context only; a question suspends its caller until it is answered, and nothing else.
+/// Lifetime: shared by the operations that ask. The window may go first.
+/// Cancellation: a caller that is stopped takes its question with it. When the window closes, every question over it
+/// and every later one throws Cancelled.
+/// Errors: all texts are UTF-8 and may have several lines; names of files come from `describe` or `onOneLine`.
+class Dialogs {
+public:
+    /// What is wrong with a text, in words for the user; nothing if it will do.
+    using Objection = std::function<std::optional<std::string>(std::string_view text)>;
+
+    struct Prompt {
+        std::string title;
+        std::string message;
+        std::string initial;
+        std::string okTitle;
+        /// Asked when the user confirms, with the trimmed text. An objection is shown at the text, which stays to be
+        /// corrected. None: an empty text is no answer.
+        Objection objection = {};
+    };
+
+    enum class Danger { harmless, destructive };
+
+    struct Confirmation {
+        std::string title;
+        std::string message;
+        std::string okTitle;
+        Danger danger = Danger::harmless; ///< what is destructive is never what Return answers
+    };
+
+    enum class Answer { cancel, ok };
+
+    virtual ~Dialogs() = default;
+
+    /// Says that something has failed, and ends when the user has seen it.
+    virtual Task<void> error(std::string message) = 0;
+
+    /// The text without the white space around it; nothing if the user cancels or leaves it empty.
+    virtual Task<std::optional<std::string>> prompt(Prompt question) = 0;
+
+    virtual Task<Answer> confirm(Confirmation question) = 0;
+
+    /// Shows work under way until the handle goes. `onCancel` runs once, if the user calls the work off. A question
+    /// goes before it.
+    virtual std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) = 0;
+
+    /// Names for a message: the one there is, or the first `limit`, each on a line, and how many more there are.
+    static std::string describe(std::span<std::string const> names, std::size_t limit);
+};
+
+} // namespace tw

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Tarnwick/Commands/CommandRow.h"
+#include "Tarnwick/Commands/CommandTarget.h"
+
+#include <QList>
+#include <QObject>
+
+#include <unordered_map>
+
+class QAction;
+class QMenu;
+class QMenuBar;
+class QWidget;
+
+namespace tw {
+
+/// The commands of one kind of window as Qt's actions, made from the table: shortcuts, menus and buttons share them.
+///
+/// An action looks for its target when it is triggered, from what has the keyboard upwards to the window, and then asks
+/// the program.
+///
+/// Lifetime: the window's child. `program` outlives it.
+class CommandActions final : public QObject {
+public:
+    CommandActions(QWidget &window, CommandScope scope, CommandTarget &program);
+
+    /// The action of a command that has a title.
+    QAction &action(Command command) const { return *actions.at(command); }
+
+    /// The actions of commands that work in every window.
+    QList<QAction *> everywhere() const;
+
+    /// Adds the menus of the table that have commands for this window.
+    void fill(QMenuBar &bar);
+
+    /// The menu that opens over a pane; it deletes itself when it closes.
+    QMenu *contextMenu(QWidget *parent);
+
+private:
+    void add(CommandRow const &row);
+    QMenu *fill(QMenu *menu, Menu which);
+    void keepUpToDate(QMenu &menu);
+    CommandTarget *targetOf(Command command) const;
+    void perform(Command command) const;
+    void showState(CommandRow const &row) const;
+
+    QWidget &window;
+    CommandTarget &program;
+    std::unordered_map<Command, QAction *> actions;
+};
+
+} // namespace tw

@@ -1,0 +1,56 @@
+#include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
+
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
+
+#include <QPushButton>
+
+namespace tw {
+
+namespace {
+
+/// Of the text on a button that destroys; to be read on the button of a light and of a dark scheme.
+constexpr QColor dangerOnLight(0xb3, 0x1b, 0x1b);
+constexpr QColor dangerOnDark(0xff, 0x8a, 0x80);
+
+void lookDangerous(QPushButton &button)
+{
+    auto colors = button.palette();
+    auto const isDark = colors.color(QPalette::Button).lightnessF() < 0.5F;
+    colors.setColor(QPalette::ButtonText, isDark ? dangerOnDark : dangerOnLight);
+    button.setPalette(colors);
+}
+
+} // namespace
+
+QuestionSheet::QuestionSheet(Dialogs::Confirmation const &question, QWidget *window)
+    : Sheet(Wording::shown(question.title), Wording::shown(question.message), window,
+            question.danger == Dialogs::Danger::destructive ? QStyle::SP_MessageBoxWarning
+                                                            : QStyle::SP_MessageBoxQuestion)
+{
+    auto *const ok = buttons().addButton(Wording::shown(question.okTitle), QDialogButtonBox::AcceptRole);
+    auto *const cancel = buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
+    auto const isDestructive = question.danger == Dialogs::Danger::destructive;
+    // A button with the keyboard takes Return for itself if it may. One that destroys may not, wherever the keyboard
+    // is.
+    ok->setAutoDefault(!isDestructive);
+    if (isDestructive)
+        lookDangerous(*ok);
+    auto *const usual = isDestructive ? cancel : ok;
+    usual->setDefault(true);
+    usual->setFocus();
+}
+
+QuestionSheet::QuestionSheet(Failure failure, QWidget *window)
+    : Sheet(Wording::shown("Operation failed"), Wording::shown(failure.message), window, QStyle::SP_MessageBoxCritical)
+{
+    auto *const ok = buttons().addButton(Wording::shown("OK"), QDialogButtonBox::AcceptRole);
+    ok->setDefault(true);
+    ok->setFocus();
+}
+
+QuestionSheet *QuestionSheet::ofError(std::string const &message, QWidget *window)
+{
+    return new QuestionSheet(Failure{message}, window);
+}
+
+} // namespace tw

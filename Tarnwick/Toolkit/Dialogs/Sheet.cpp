@@ -1,0 +1,62 @@
+#include "Tarnwick/Toolkit/Dialogs/Sheet.h"
+
+#include "Tarnwick/Toolkit/Dialogs/SheetText.h"
+
+#include <QFontInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+
+namespace tw {
+
+namespace {
+
+constexpr int margin = 20;
+constexpr int iconSize = 48;
+
+QLabel *heading(QString const &text, QWidget *parent)
+{
+    auto *const label = new QLabel(text, parent);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    auto font = label->font();
+    font.setPointSizeF(QFontInfo(font).pointSizeF() * 1.1);
+    font.setWeight(QFont::DemiBold);
+    label->setFont(font);
+    return label;
+}
+
+} // namespace
+
+Sheet::Sheet(QString const &title, QString const &message, QWidget *window, std::optional<QStyle::StandardPixmap> icon)
+    : QDialog(window), column(new QVBoxLayout), buttonRow(new QDialogButtonBox(this))
+{
+    setWindowTitle(title);
+    auto *const all = new QVBoxLayout(this);
+    all->setContentsMargins(margin, margin, margin, margin);
+    all->setSpacing(margin);
+    all->setSizeConstraint(QLayout::SetFixedSize);
+
+    auto *const row = new QHBoxLayout;
+    row->setSpacing(margin);
+    if (icon) {
+        auto *const picture = new QLabel(this);
+        picture->setPixmap(style()->standardIcon(*icon, nullptr, this).pixmap(QSize(iconSize, iconSize)));
+        row->addWidget(picture, 0, Qt::AlignTop);
+    }
+    column->setSpacing(margin / 2);
+    column->addWidget(heading(title, this));
+    if (!message.isEmpty())
+        column->addWidget(new SheetText(message, this));
+    row->addLayout(column, 1);
+    all->addLayout(row);
+    all->addWidget(buttonRow);
+    connect(buttonRow, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttonRow, &QDialogButtonBox::rejected, this, &QDialog::reject);
+}
+
+void Sheet::addContent(QWidget *content)
+{
+    column->addWidget(content);
+}
+
+} // namespace tw

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QStyle>
+
+class QVBoxLayout;
+
+namespace tw {
+
+/// What all sheets have in common: a title, a message and a row of buttons over one window, which takes no input
+/// meanwhile. Nothing waits inside of it: it is opened, and says when it is finished.
+class Sheet : public QDialog {
+    Q_OBJECT
+
+public:
+    /// The texts are plain, never markup. `icon` is one of QStyle's, or none.
+    Sheet(QString const &title, QString const &message, QWidget *window,
+          std::optional<QStyle::StandardPixmap> icon = std::nullopt);
+
+    /// Adds what the sheet is about, below the message.
+    void addContent(QWidget *content);
+
+    QDialogButtonBox &buttons() const { return *buttonRow; }
+
+private:
+    QVBoxLayout *const column;
+    QDialogButtonBox *const buttonRow;
+};
+
+} // namespace tw

@@ -1,0 +1,133 @@
+#include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWEngine/Runtime/Completion.h"
+#include "Tarnwick/Toolkit/Dialogs/ProgressSheet.h"
+#include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
+#include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
+
+namespace tw {
+
+namespace {
+
+using Queue = std::shared_ptr<SheetQueue>;
+using Finished = Completion<QDialog::DialogCode>;
+
+/// A sheet that goes with whoever shows it, if it has not gone with the window.
+template <class Shown>
+class ShownSheet {
+public:
+    ShownSheet(Queue shownIn, Shown *made, SheetQueue::Kind kind) : queue(std::move(shownIn)), sheet(made)
+    {
+        queue->add(*made, kind);
+    }
+
+    ShownSheet(ShownSheet const &) = delete;
+    ShownSheet &operator=(ShownSheet const &) = delete;
+
+    ~ShownSheet()
+    {
+        if (sheet)
+            queue->remove(*sheet);
+    }
+
+    QPointer<Shown> const &operator()() const { return sheet; }
+
+private:
+    Queue const queue;
+    QPointer<Shown> const sheet;
+};
+
+QWidget *windowOf(Queue const &queue)
+{
+    auto *const window = queue->window();
+    if (!window)
+        throw Cancelled();
+    return window;
+}
+
+/// How a sheet ends. One that goes with its window without having been answered is cancelled.
+std::shared_ptr<Finished> endOf(Sheet &sheet)
+{
+    auto end = std::make_shared<Finished>();
+    QObject::connect(&sheet, &QDialog::finished, [end](int code) { end->succeed(QDialog::DialogCode(code)); });
+    QObject::connect(&sheet, &QObject::destroyed, [end] { end->fail(std::make_exception_ptr(Cancelled())); });
+    return end;
+}
+
+Task<void> tell(Queue queue, std::string message)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, QuestionSheet::ofError(message, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    co_await Finished::wait(end);
+}
+
+Task<std::optional<std::string>> promptIn(Queue queue, Dialogs::Prompt question)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new PromptSheet(question, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    auto const code = co_await Finished::wait(end);
+    // Between its end and this, the window can have gone.
+    if (!sheet())
+        throw Cancelled();
+    auto text = code == QDialog::Accepted ? sheet()->text() : std::string();
+    co_return text.empty() ? std::nullopt : std::optional(std::move(text));
+}
+
+Task<Dialogs::Answer> confirmIn(Queue queue, Dialogs::Confirmation question)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new QuestionSheet(question, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    auto const code = co_await Finished::wait(end);
+    co_return code == QDialog::Accepted ? Dialogs::Answer::ok : Dialogs::Answer::cancel;
+}
+
+class SheetProgress final : public Progress {
+public:
+    SheetProgress(Queue const &queue, ProgressSheet *made) : sheet(queue, made, SheetQueue::Kind::progress) {}
+
+    void update(ProgressState const &state) override
+    {
+        if (sheet())
+            sheet()->update(state);
+    }
+
+private:
+    ShownSheet<ProgressSheet> const sheet;
+};
+
+/// Of work that goes on when the window has closed.
+class UnseenProgress final : public Progress {
+public:
+    void update(ProgressState const & /*state*/) override {}
+};
+
+} // namespace
+
+Task<void> SheetDialogs::error(std::string message)
+{
+    return tell(queue, std::move(message));
+}
+
+Task<std::optional<std::string>> SheetDialogs::prompt(Prompt question)
+{
+    return promptIn(queue, std::move(question));
+}
+
+Task<Dialogs::Answer> SheetDialogs::confirm(Confirmation question)
+{
+    return confirmIn(queue, std::move(question));
+}
+
+std::unique_ptr<Progress> SheetDialogs::progress(std::string title, std::function<void()> onCancel)
+{
+    auto *const window = queue->window();
+    if (!window)
+        return std::make_unique<UnseenProgress>();
+    return std::make_unique<SheetProgress>(queue, new ProgressSheet(title, std::move(onCancel), window));
+}
+
+} // namespace tw

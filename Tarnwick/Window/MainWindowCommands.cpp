@@ -1,0 +1,43 @@
+#include "Tarnwick/Window/MainWindowCommands.h"
+
+#include "Tarnwick/Window/MainWindowController.h"
+
+namespace tw {
+
+std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
+{
+    switch (command) {
+    case Command::closeWindow:
+    case Command::refresh:
+    case Command::otherPane:
+    case Command::equalizePanes:
+    case Command::connect:
+        return CommandState{};
+    case Command::toggleHidden:
+        return CommandState{.isChecked = window.activePane().model().viewOptions().showHidden};
+    default:
+        return std::nullopt;
+    }
+}
+
+void MainWindowCommands::perform(Command command)
+{
+    switch (command) {
+    case Command::closeWindow:
+        return window.cmdCloseWindow();
+    case Command::refresh:
+        return window.cmdRefresh();
+    case Command::toggleHidden:
+        return window.cmdToggleHidden();
+    case Command::otherPane:
+        return window.cmdSwapPanes();
+    case Command::equalizePanes:
+        return window.cmdEqualizePanes();
+    case Command::connect:
+        return window.cmdConnect();
+    default:
+        return;
+    }
+}
+
+} // namespace tw

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "TWEngine/Runtime/Completion.h"
+#include "Tarnwick/Operations/Dialogs.h"
+
+#include <stdexcept>
+#include <vector>
+
+namespace tw::test {
+
+/// Questions that wait until the test answers them. For one thread.
+class FakeDialogs final : public Dialogs {
+public:
+    template <class Question, class Value>
+    struct Asked {
+        Question question;
+        std::shared_ptr<Completion<Value>> end;
+
+        /// The user answers.
+        void answer(Value value) const { end->succeed(std::move(value)); }
+
+        /// The window closes.
+        void cancel() const { end->fail(std::make_exception_ptr(Cancelled())); }
+    };
+
+    Task<void> error(std::string message) override { return seen(note(errors, std::move(message))); }
+
+    Task<std::optional<std::string>> prompt(Prompt question) override
+    {
+        return Completion<std::optional<std::string>>::wait(note(prompts, std::move(question)));
+    }
+
+    Task<Answer> confirm(Confirmation question) override
+    {
+        return Completion<Answer>::wait(note(confirmations, std::move(question)));
+    }
+
+    std::unique_ptr<Progress> progress(std::string /*title*/, std::function<void()> /*onCancel*/) override
+    {
+        throw std::logic_error("no operation under test shows progress yet");
+    }
+
+    // Those asked so far, answered or not.
+    std::vector<Asked<Prompt, std::optional<std::string>>> prompts;
+    std::vector<Asked<Confirmation, Answer>> confirmations;
+    std::vector<Asked<std::string, Done>> errors;
+
+private:
+    template <class Question, class Value>
+    static std::shared_ptr<Completion<Value>> note(std::vector<Asked<Question, Value>> &asked, Question question)
+    {
+        auto end = std::make_shared<Completion<Value>>();
+        asked.push_back({std::move(question), end});
+        return end;
+    }
+
+    static Task<void> seen(std::shared_ptr<Completion<Done>> end) { co_await Completion<Done>::wait(end); }
+};
+
+} // namespace tw::test
