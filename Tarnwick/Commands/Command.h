@@ -12,6 +12,7 @@ enum class Command {
     otherPane,
     equalizePanes,
     connect,
+    newFolder,
     // Performed by the pane itself, by the position of the key.
     moveCursor,
     openSelection,

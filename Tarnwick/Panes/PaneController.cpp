@@ -67,7 +67,9 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
       browser(std::move(source)),
       connection(std::move(connectionName)),
       display(&noDisplay),
-      requested(PaneSpec::localHome().path)
+      requested(PaneSpec::localHome().path),
+      heading(browser),
+      spinner(collaborators.mainContext, collaborators.clock, [this] { showSpinner(); })
 {
     rows.setFolderPlacement(Settings::folderPlacement.read(collaborators.defaults));
     placementObservation = Settings::folderPlacement.observe(collaborators.defaults, [this] {
@@ -77,7 +79,6 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
 
 PaneController::~PaneController()
 {
-    spinner.request_stop();
     updateLoop.request_stop();
 }
 
@@ -91,6 +92,7 @@ void PaneController::attach(PaneDisplay &newDisplay)
     display->showCursor(cursor.row());
     if (rows.snapshot())
         refreshStatus();
+    showSpinner();
     subscribeToRefreshes();
 }
 
@@ -187,6 +189,11 @@ void PaneController::showSortIndicator()
 {
     auto const &options = rows.viewOptions();
     display->showSortIndicator(options.sortKey, options.ascending);
+}
+
+void PaneController::showSpinner()
+{
+    display->showSpinner(spinner.isSpinning() ? PaneDisplay::Spinner::spinning : PaneDisplay::Spinner::stopped);
 }
 
 void PaneController::refreshStatus()

@@ -6,6 +6,7 @@
 #include "Tarnwick/Panes/Operands.h"
 #include "Tarnwick/Panes/PaneCursor.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
+#include "Tarnwick/Panes/PaneSpinner.h"
 #include "Tarnwick/Panes/PlaceMemory.h"
 #include "Tarnwick/Settings/Defaults.h"
 #include "Tarnwick/Table/PaneModel.h"
@@ -100,6 +101,13 @@ public:
     /// Whether a navigation or a connecting was begun since `token` was the current one.
     std::uint64_t token() const noexcept { return navigationToken; }
 
+    /// Reads the folder of `where` anew if it is on show and the pane is not on its way elsewhere. The cursor goes to
+    /// `select`, or stays if that is empty; the marks that still apply stay.
+    void rereadIfAt(Operands const &where, std::string select);
+
+    /// Something that the user waits for beside the pane's own listings, until the handle goes.
+    [[nodiscard]] PaneSpinner::Work beginWork() const { return spinner.begin(); }
+
     /// Forgets what is cached of the folder on show and reads it again. The marks that still apply stay. Repeats while
     /// the folder is being read have it read once more.
     void refresh();
@@ -170,7 +178,6 @@ private:
 
     void startNavigation(Navigation navigation);
     static Task<void> performNavigation(std::weak_ptr<PaneController> weak, Navigation navigation);
-    static Task<void> spinLater(std::weak_ptr<PaneController> weak, std::uint64_t token);
     static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
     static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
     static Task<void> performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<CommandHost> host,
@@ -192,6 +199,7 @@ private:
     void marksChanged();
     void cursorAndMarksChanged();
     void showSortIndicator();
+    void showSpinner();
     void refreshStatus();
     void showConnection(std::string const &name);
     void prefetchAtCursor();
@@ -218,7 +226,10 @@ private:
     HostOnItsWay hostOnItsWay = HostOnItsWay::no;
     std::string hostNotice; ///< for the status line when a remembered folder arrives, or empty
 
-    std::stop_source spinner;
+    /// Where the pane is or is on its way to; null while a host is being reached.
+    std::shared_ptr<Browser> heading;
+    PaneSpinner spinner;
+    PaneSpinner::Work awaited; ///< the listing or the host that the pane waits for, or null
     std::stop_source updateLoop;
 };
 

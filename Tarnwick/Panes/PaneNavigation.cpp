@@ -11,13 +11,6 @@
 
 namespace tw {
 
-namespace {
-
-/// An answer that comes sooner than this shows no spinner: it would only flicker.
-constexpr std::chrono::milliseconds spinnerDelay{120};
-
-} // namespace
-
 void PaneController::navigate(std::string path, std::string select, MarksAfter marks)
 {
     startNavigation({.path = std::move(path), .select = std::move(select), .marks = marks, .notice = {}});
@@ -58,26 +51,13 @@ void PaneController::startNavigation(Navigation navigation)
     }
     rememberPlace();
     requested = navigation.path;
+    heading = navigation.source;
     showConnection(navigation.connection);
     display->showPath(onOneLine(requested));
 
-    spinner.request_stop();
-    spinner = std::stop_source();
-    spawn({collaborators.mainContext, spinner.get_token()}, spinLater(weak_from_this(), navigation.token));
+    // One that takes the place of a slow one leaves the spinner as it is.
+    awaited = spinner.isSpinning() ? spinner.beginLong() : spinner.begin();
     spawn({collaborators.mainContext, {}}, performNavigation(weak_from_this(), std::move(navigation)));
-}
-
-Task<void> PaneController::spinLater(std::weak_ptr<PaneController> weak, std::uint64_t token)
-{
-    auto self = weak.lock();
-    if (!self)
-        co_return;
-    auto const clock = self->collaborators.clock;
-    self.reset();
-    co_await clock->sleep(spinnerDelay);
-    self = weak.lock();
-    if (self && self->navigationToken == token)
-        self->display->showSpinner(PaneDisplay::Spinner::spinning);
 }
 
 Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak, Navigation navigation)
@@ -110,9 +90,8 @@ Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak,
     self = weak.lock();
     if (!self || self->navigationToken != navigation.token)
         co_return; // the user is elsewhere; the spinner is the newer navigation's
-    self->spinner.request_stop();
     if (failure || self->hostOnItsWay == HostOnItsWay::no)
-        self->display->showSpinner(PaneDisplay::Spinner::stopped);
+        self->awaited.reset();
     auto const refreshesAgain = navigation.isReread && self->wantsReread;
     self->rereading.reset();
     if (failure)
@@ -127,6 +106,7 @@ void PaneController::fail(Navigation const &navigation, std::exception_ptr const
 {
     auto const text = PaneStatus::warning(navigation.path + ": " + describe(failure));
     showConnection(connection);
+    heading = browser;
     if (rows.snapshot()) {
         requested = pathOnShow();
         display->showPath(onOneLine(requested));
@@ -203,11 +183,11 @@ void PaneController::showConnecting(std::string const &host)
     ++navigationToken;
     hostOnItsWay = HostOnItsWay::no; // the folder of the one before does not arrive any more
     rememberPlace();
-    spinner.request_stop();
+    heading.reset();
     showConnection(host);
     display->showPath("connecting…");
     showStatus({});
-    display->showSpinner(PaneDisplay::Spinner::spinning);
+    awaited = spinner.beginLong();
 }
 
 void PaneController::showConnectFailed(std::string const &host, std::exception_ptr const &error)
@@ -217,7 +197,8 @@ void PaneController::showConnectFailed(std::string const &host, std::exception_p
         hostNotice = text; // the folder that is remembered of it arrives all the same
         return;
     }
-    display->showSpinner(PaneDisplay::Spinner::stopped);
+    awaited.reset();
+    heading = browser;
     requested = pathOnShow();
     showConnection(connection);
     display->showPath(onOneLine(requested));
@@ -249,8 +230,18 @@ void PaneController::showConnected()
     hostNotice.clear();
     if (std::exchange(hostOnItsWay, HostOnItsWay::no) != HostOnItsWay::behindTheFolder)
         return; // the folder is still to arrive, and will look as any other
-    display->showSpinner(PaneDisplay::Spinner::stopped);
+    awaited.reset();
     refreshStatus();
+}
+
+void PaneController::rereadIfAt(Operands const &where, std::string select)
+{
+    auto const isOnShow = rows.snapshot() && browser == where.browser && pathOnShow() == where.path;
+    if (!isOnShow || heading != browser || requested != where.path)
+        return;
+    if (select.empty())
+        select = cursorName().empty() ? ".." : cursorName();
+    navigate(where.path, std::move(select), MarksAfter::kept);
 }
 
 void PaneController::refresh()

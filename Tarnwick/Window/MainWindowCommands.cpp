@@ -1,5 +1,6 @@
 #include "Tarnwick/Window/MainWindowCommands.h"
 
+#include "Tarnwick/Operations/OperationTable.h"
 #include "Tarnwick/Window/MainWindowController.h"
 
 namespace tw {
@@ -16,7 +17,7 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::toggleHidden:
         return CommandState{.isChecked = window.activePane().model().viewOptions().showHidden};
     default:
-        return std::nullopt;
+        return operationOf(command) ? std::optional(CommandState{}) : std::nullopt;
     }
 }
 
@@ -36,7 +37,7 @@ void MainWindowCommands::perform(Command command)
     case Command::connect:
         return window.cmdConnect();
     default:
-        return;
+        return window.start(operationOf(command));
     }
 }
 

@@ -202,6 +202,17 @@ void MainWindowController::setActive(PaneSide side)
     pane(side)->setActive(true);
 }
 
+void MainWindowController::start(Operation operation)
+{
+    if (!operation || !window || !activePane().model().snapshot())
+        return;
+    OperationContext context{.operands = activePane().operands(),
+                             .pane = pane(active),
+                             .panes = {panes.begin(), panes.end()},
+                             .dialogs = window->dialogs()};
+    spawn({collaborators.mainContext, {}}, operation(std::move(context)));
+}
+
 void MainWindowController::cmdConnect()
 {
     openConnectionMenu(active);

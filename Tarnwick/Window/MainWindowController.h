@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Connections/Connections.h"
+#include "Tarnwick/Operations/OperationContext.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Settings/PaneSide.h"
@@ -47,6 +48,9 @@ public:
 
     /// What was chosen from that menu.
     void pickConnection(ConnectionItem const &item, PaneSide side);
+
+    /// Starts an operation on what the active pane shows. A pane that shows nothing yet has nothing to work on.
+    void start(Operation operation);
 
     void cmdConnect();
     void cmdRefresh();

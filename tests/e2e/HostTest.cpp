@@ -126,6 +126,30 @@ TEST_F(HostTest, whatIsNewOnAHostIsThereAfterARefreshThoughTheLineWasCut)
     expectQuits(program);
 }
 
+TEST_F(HostTest, f7CreatesAFolderOnTheHostAndPutsTheCursorOnIt)
+{
+    auto program = start({"--left", alias + ":" + remote("second/of files"), "--right", at("right")});
+    expectPainted(program, remote("second/of files"));
+    press({"End", "F7"});
+    answer("New folder", {"n", "e", "w", "Return"});
+    // Until the folder is read again, Return meets the file, which does not open.
+    pressUntilPainted(program, {"Return"}, remote("second/of files/new"));
+    EXPECT_TRUE(std::filesystem::is_directory(remote("second/of files/new")));
+    expectQuits(program);
+}
+
+TEST_F(HostTest, aNameThatIsThereOnTheHostIsAnErrorAndTheProgramGoesOn)
+{
+    auto program = startWithHost();
+    expectBothPainted(program);
+    press({"Tab", "F7"});
+    answer("New folder", {"f", "i", "r", "s", "t", "Return"});
+    answer("Operation failed", {"Return"});
+    press({"Home", "Down", "Return"});
+    expectPainted(program, remote("first"));
+    expectQuits(program);
+}
+
 TEST_F(HostTest, aHostThatIsDeadHoldsUpNeitherTheOtherPaneNorTheEnd)
 {
     line.stall();

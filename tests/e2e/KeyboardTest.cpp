@@ -1,5 +1,7 @@
 #include "tests/e2e/ProgramTest.h"
 
+#include <filesystem>
+
 namespace tw::test {
 
 namespace {
@@ -77,6 +79,28 @@ TEST_F(KeyboardTest, aFolderThatIsNewOnDiskIsThereAfterARefresh)
     // The new folder stands before the file. Until it does, Return meets the file, which does not open.
     pressUntilPainted(program, {"Home", "Down", "Return"}, at("right/gamma/new"));
     expectQuits(program);
+}
+
+TEST_F(KeyboardTest, f7CreatesAFolderAndPutsTheCursorOnIt)
+{
+    folder.file("right/gamma/file");
+    auto program = start({"--left", at("right/gamma"), "--right", at("left")});
+    expectPainted(program, at("right/gamma"));
+    press({"End", "F7"});
+    answer("New folder", {"n", "e", "w", "Return"});
+    // Until the folder is read again, Return meets the file, which does not open.
+    pressUntilPainted(program, {"Return"}, at("right/gamma/new"));
+    EXPECT_TRUE(std::filesystem::is_directory(at("right/gamma/new")));
+    expectQuits(program);
+}
+
+TEST_F(KeyboardTest, theProgramQuitsWhileItAsks)
+{
+    auto program = startOnBothFolders();
+    expectBothFoldersPainted(program);
+    press({"F7"});
+    screen.pressIn("New folder", "ctrl+q");
+    EXPECT_EQ(program.waitForEnd(), 0) << program.output();
 }
 
 TEST_F(KeyboardTest, theKeysThatOnlyMarkSortOrLayOutDoNotEndTheProgram)

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <stdexcept>
 
 namespace tw::test {
 
@@ -66,6 +67,17 @@ void ProgramTest::press(std::initializer_list<char const *> chords) const
 {
     for (auto const *chord : chords)
         screen.press(chord);
+}
+
+void ProgramTest::answer(std::string const &title, std::initializer_list<char const *> chords) const
+{
+    for (auto const *chord : chords)
+        screen.pressIn(title, chord);
+    auto const deadline = std::chrono::steady_clock::now() + hangLimit;
+    while (screen.titles().find(title) != std::string::npos) {
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error("the question stays: " + title);
+    }
 }
 
 void ProgramTest::expectPainted(Child &program, std::string const &path)

@@ -35,6 +35,9 @@ protected:
 
     void press(std::initializer_list<char const *> chords) const;
 
+    /// Answers the question that has this title, and waits until it is gone.
+    void answer(std::string const &title, std::initializer_list<char const *> chords) const;
+
     /// Waits until a pane has painted the listing of `path`.
     static void expectPainted(Child &program, std::string const &path);
 

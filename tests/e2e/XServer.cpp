@@ -70,6 +70,13 @@ void XServer::press(std::string const &chord) const
     outputOf({"xdotool", "key", chord}, {{"DISPLAY", name}});
 }
 
+void XServer::pressIn(std::string const &title, std::string const &chord) const
+{
+    outputOf({"xdotool", "search", "--sync", "--onlyvisible", "--name", title, "windowfocus", "--sync", "%1"},
+             {{"DISPLAY", name}});
+    outputOf({"xdotool", "key", chord}, {{"DISPLAY", name}});
+}
+
 std::string XServer::titles() const
 {
     // Without a match its status is 1, which is an answer here.

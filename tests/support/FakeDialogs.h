@@ -19,7 +19,6 @@ public:
         /// The user answers.
         void answer(Value value) const { end->succeed(std::move(value)); }
 
-        /// The window closes.
         void cancel() const { end->fail(std::make_exception_ptr(Cancelled())); }
     };
 
@@ -38,6 +37,17 @@ public:
     std::unique_ptr<Progress> progress(std::string /*title*/, std::function<void()> /*onCancel*/) override
     {
         throw std::logic_error("no operation under test shows progress yet");
+    }
+
+    /// The window closes: what has not been answered is cancelled.
+    void close() const
+    {
+        for (auto const &each : prompts)
+            each.cancel();
+        for (auto const &each : confirmations)
+            each.cancel();
+        for (auto const &each : errors)
+            each.cancel();
     }
 
     // Those asked so far, answered or not.

@@ -16,6 +16,9 @@ namespace {
 constexpr int gap = 4;
 constexpr int margin = 10;
 
+/// Few buttons in a wide window are still buttons.
+constexpr int widestButton = 240;
+
 } // namespace
 
 FunctionBar::FunctionBar(CommandActions &actions, QWidget *parent) : QWidget(parent)
@@ -31,6 +34,7 @@ FunctionBar::FunctionBar(CommandActions &actions, QWidget *parent) : QWidget(par
             new FunctionKeyButton(keyTextOf(command) + QLatin1Char(' ') + Wording::shown(command.buttonTitle), this);
         button->setToolTip(action.toolTip());
         connect(button, &QAbstractButton::clicked, &action, &QAction::trigger);
+        button->setMaximumWidth(widestButton);
         row->addWidget(button, 1);
     }
 }

@@ -2,7 +2,6 @@
 
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
-#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -26,10 +25,12 @@ ProgressSheet::ProgressSheet(std::string const &title, std::function<void()> onC
     : Sheet(Wording::shown(title), {}, window),
       cancelled(std::move(onCancel)),
       amount(new QLabel(this)),
-      detail(new ElidedLabel(this)),
+      detail(new QLabel(this)),
       bar(new QProgressBar(this)),
       cancel(buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole))
 {
+    amount->setTextFormat(Qt::PlainText);
+    detail->setTextFormat(Qt::PlainText);
     addContent(amount);
     addContent(bar);
     addContent(detail);
@@ -42,8 +43,10 @@ ProgressSheet::ProgressSheet(std::string const &title, std::function<void()> onC
 void ProgressSheet::update(ProgressState const &state)
 {
     amount->setText(QString::fromStdString(state.text()));
-    if (!state.item.empty())
-        detail->setText(QString::fromStdString(onOneLine(state.item)));
+    if (!state.item.empty()) {
+        auto const item = QString::fromStdString(onOneLine(state.item));
+        detail->setText(detail->fontMetrics().elidedText(item, Qt::ElideMiddle, barWidth)); // with its extension
+    }
     if (auto const share = state.share()) {
         bar->setRange(0, wholeBar);
         bar->setValue(static_cast<int>(*share * wholeBar));

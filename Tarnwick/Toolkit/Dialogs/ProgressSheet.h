@@ -11,8 +11,6 @@ class QPushButton;
 
 namespace tw {
 
-class ElidedLabel;
-
 /// Shows how far some work is, until it is dismissed. Cancel and Escape call the work off, once; the sheet stays until
 /// the work has ended.
 class ProgressSheet final : public Sheet {
@@ -30,7 +28,7 @@ protected:
 private:
     std::function<void()> cancelled;
     QLabel *const amount;
-    ElidedLabel *const detail;
+    QLabel *const detail;
     QProgressBar *const bar;
     QPushButton *const cancel;
 };

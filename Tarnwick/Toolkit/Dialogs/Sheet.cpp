@@ -54,6 +54,14 @@ Sheet::Sheet(QString const &title, QString const &message, QWidget *window, std:
     connect(buttonRow, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 
+void Sheet::setVisible(bool visible)
+{
+    auto const hadKeyboard = isActiveWindow();
+    QDialog::setVisible(visible);
+    if (!visible && hadKeyboard)
+        parentWidget()->activateWindow();
+}
+
 void Sheet::addContent(QWidget *content)
 {
     column->addWidget(content);

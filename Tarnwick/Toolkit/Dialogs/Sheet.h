@@ -23,6 +23,9 @@ public:
 
     QDialogButtonBox &buttons() const { return *buttonRow; }
 
+    /// Gives the keyboard that it had back to its window when it goes: not every desktop does.
+    void setVisible(bool visible) override;
+
 private:
     QVBoxLayout *const column;
     QDialogButtonBox *const buttonRow;

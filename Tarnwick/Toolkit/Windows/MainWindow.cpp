@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Commands/CommandActions.h"
+#include "Tarnwick/Toolkit/Commands/FunctionBar.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
 #include "Tarnwick/Toolkit/Program/StartLog.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
@@ -12,6 +13,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QVBoxLayout>
 
 namespace tw {
 
@@ -47,12 +49,18 @@ void MainWindow::buildPanes()
     splitter->addPane(left);
     splitter->addPane(right);
     splitter->onDividerDoubleClicked = [this] { splitter->equalize(); };
-    setCentralWidget(splitter);
 }
 
 void MainWindow::buildCommands()
 {
     actions->fill(*menuBar());
+    auto *const all = new QWidget(this);
+    auto *const column = new QVBoxLayout(all);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(splitter, 1);
+    column->addWidget(new FunctionBar(*actions, all));
+    setCentralWidget(all);
     sheets->sheets().setActions(actions->everywhere());
 }
 

@@ -1,0 +1,41 @@
+#include "Tarnwick/Operations/NewFolder.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/DisplayText.h"
+#include "Tarnwick/Operations/FolderName.h"
+#include "Tarnwick/Panes/PaneStatus.h"
+
+namespace tw {
+
+namespace {
+
+Dialogs::Prompt questionAbout(Operands const &where)
+{
+    return {.title = "New folder",
+            .message = "Create in " + withNothingHidden(where.connection) + ":" + onOneLine(where.path),
+            .initial = "",
+            .okTitle = "Create",
+            .objection = objectionToFolderName};
+}
+
+} // namespace
+
+Task<void> newFolder(OperationContext context)
+{
+    auto const where = context.operands;
+    auto const name = co_await context.dialogs->prompt(questionAbout(where));
+    if (!name)
+        co_return;
+    if (!where.browser->writer()) {
+        context.warn(where.connection + " is read-only");
+        co_return;
+    }
+    auto work = context.beginWork();
+    auto const outcome = co_await outcomeOf(where.browser->makeDirectory(where.pathOf(*name)));
+    work.reset();
+    context.rereadFolder(outcome.failure ? std::string() : *name);
+    if (outcome.failure)
+        co_await context.dialogs->error(PaneStatus::describe(outcome.failure));
+}
+
+} // namespace tw

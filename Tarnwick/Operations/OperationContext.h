@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Tarnwick/Operations/Dialogs.h"
+#include "Tarnwick/Panes/PaneController.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tw {
+
+/// What an operation is given when its key is pressed. What the pane does afterwards changes nothing about it.
+///
+/// Threads: main context only.
+/// Lifetime: a value. Panes may go while the operation waits.
+struct OperationContext {
+    Operands operands;
+    std::weak_ptr<PaneController> pane; ///< that the key was pressed in
+    /// All of the window, that one too: any of them may show what the operation changes.
+    std::vector<std::weak_ptr<PaneController>> panes;
+    std::shared_ptr<Dialogs> dialogs;
+
+    /// Shows what kept the operation from beginning on the pane's status line.
+    void warn(std::string const &text) const;
+
+    /// Keeps the pane's spinner turning until the handle goes, once that takes longer than a moment.
+    [[nodiscard]] PaneSpinner::Work beginWork() const;
+
+    /// Every pane that still shows the folder of the operands reads it again. In the pane of the key press the cursor
+    /// goes to `select`, if that is not empty.
+    void rereadFolder(std::string const &select) const;
+};
+
+/// A command that takes its time, as a coroutine: it asks, works, shows what has failed, and reads again what it
+/// changed.
+using Operation = Task<void> (*)(OperationContext context);
+
+} // namespace tw

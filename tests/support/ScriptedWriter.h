@@ -1,0 +1,46 @@
+#pragma once
+
+#include "TWCore/Provider/FileSystemWriter.h"
+#include "tests/support/ScriptedProvider.h"
+
+namespace tw::test {
+
+/// A provider of which every write too waits until the test ends it. For one thread.
+class ScriptedWriter final : public ScriptedProvider, public FileSystemWriter {
+public:
+    struct Write {
+        std::string what; ///< the operation and its paths
+        std::shared_ptr<Completion<Done>> end;
+
+        void succeed() const { end->succeed({}); }
+
+        void fail(std::exception_ptr why) const { end->fail(std::move(why)); }
+    };
+
+    bool deleteIsReversible() const override { return true; }
+
+    Task<void> makeDirectory(std::string path) override { return note(this, "makeDirectory " + path); }
+
+    Task<void> remove(std::vector<std::string> paths) override
+    {
+        std::string what = "remove";
+        for (auto const &path : paths)
+            what += " " + path;
+        return note(this, what);
+    }
+
+    Task<void> rename(std::string from, std::string to) override { return note(this, "rename " + from + " " + to); }
+
+    /// Those asked for so far, ended or not.
+    std::vector<Write> writes;
+
+private:
+    static Task<void> note(ScriptedWriter *self, std::string what)
+    {
+        auto const end = std::make_shared<Completion<Done>>();
+        self->writes.push_back({std::move(what), end});
+        co_await Completion<Done>::wait(end);
+    }
+};
+
+} // namespace tw::test
