@@ -50,11 +50,12 @@ Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string pa
     }
 
     ++self->counters.coldFetches;
-    for (auto end = FetchEnd::stale; end == FetchEnd::stale && !self->cache->find(path);) {
+    for (;;) {
         auto const fetch = self->fetchToAwait(path);
-        end = co_await fetch.wait();
+        auto const end = co_await fetch.arrival();
+        if (auto fetched = self->openFetched(path, end))
+            co_return *std::move(fetched);
     }
-    co_return self->openFetched(path);
 }
 
 Task<OpenResult> Browser::reread(std::string path)
@@ -67,38 +68,29 @@ Task<OpenResult> Browser::rereadHere(std::shared_ptr<Browser> self, std::string 
     ++self->counters.opens;
     ++self->counters.coldFetches;
     auto const lastBefore = self->schedule.lastBegun();
-    for (auto end = FetchEnd::stale; end == FetchEnd::stale;) {
+    for (;;) {
         auto const *const joinable = self->schedule.joinable(path, self->interactiveDepth());
         if (joinable && joinable->number <= lastBefore) {
             auto const earlier = self->running.at(joinable->number);
-            co_await endOf(earlier);
+            co_await earlier.end();
             continue;
         }
         if (!joinable)
             self->forget(path, ForgottenPaths::Reach::path);
         auto const fetch = self->fetchToAwait(path);
-        end = co_await fetch.wait();
-    }
-    co_return self->openFetched(path);
-}
-
-/// Waits until a fetch has ended, unless the waiter or the fetch is cancelled. Its answer is for others.
-Task<void> Browser::endOf(SharedTask<FetchEnd> fetch)
-{
-    try {
-        co_await fetch.wait();
-    } catch (Cancelled const &) {
-        throw;
-    } catch (...) {
-        // The failure reached the callers that waited for the answer.
+        auto const end = co_await fetch.arrival();
+        if (auto fetched = self->openFetched(path, end))
+            co_return *std::move(fetched);
     }
 }
 
-OpenResult Browser::openFetched(std::string const &path)
+std::optional<OpenResult> Browser::openFetched(std::string const &path, FetchEnd end)
 {
     auto const *const entry = cache->find(path);
-    if (!entry)
+    if (!entry && end == FetchEnd::absent)
         throw BrowserError::NotADirectory(path);
+    if (!entry)
+        return std::nullopt;
     OpenResult result{.snapshot = entry->snapshot, .isStale = false, .wasCold = true};
     ensureHorizon(path);
     return result;
@@ -168,7 +160,7 @@ void Browser::scanBehind(std::string const &root, int depth, Reason reason)
                            clock->steadyNow()));
 }
 
-SharedTask<Browser::FetchEnd> Browser::fetchToAwait(std::string const &root)
+RunningFetch Browser::fetchToAwait(std::string const &root)
 {
     auto const depth = interactiveDepth();
     if (auto const *const fetch = schedule.joinable(root, depth))
@@ -186,14 +178,14 @@ void Browser::carryOut(FetchSchedule::Orders const &orders)
     }
 }
 
-SharedTask<Browser::FetchEnd> Browser::begin(Fetch const &fetch)
+RunningFetch Browser::begin(Fetch const &fetch)
 {
-    auto const task = SharedTask<FetchEnd>::start(strand.executor(), performFetch(weak_from_this(), fetch));
-    running.emplace(fetch.number, task);
-    return task;
+    auto const started = RunningFetch::start(strand.executor(), fetch.root, performFetch(weak_from_this(), fetch));
+    running.emplace(fetch.number, started);
+    return started;
 }
 
-Task<Browser::FetchEnd> Browser::performFetch(std::weak_ptr<Browser> weak, Fetch fetch)
+Task<FetchEnd> Browser::performFetch(std::weak_ptr<Browser> weak, Fetch fetch)
 {
     auto self = weak.lock();
     if (!self)
@@ -222,7 +214,7 @@ void Browser::end(Fetch const &fetch)
     carryOut(schedule.end(fetch.number, clock->steadyNow()));
 }
 
-Browser::FetchEnd Browser::takeIn(Fetch const &fetch, Listings listings, std::chrono::duration<double> elapsed)
+FetchEnd Browser::takeIn(Fetch const &fetch, Listings listings, std::chrono::duration<double> elapsed)
 {
     // Before the end of the fetch, behind which it is not known any more what was forgotten meanwhile.
     auto const hasRoot = listings.contains(fetch.root);
@@ -239,10 +231,22 @@ Browser::FetchEnd Browser::takeIn(Fetch const &fetch, Listings listings, std::ch
     memory->report(strand, cache);
     for (auto const &snapshot : change.changed)
         subscribers.send(snapshot);
+    announceArrivals(change.taken);
     kept.save(fetch.root, fetch.depth, std::move(change.taken), !change.changed.empty(), config.persistInterval);
     if (isCut && !fetch.hasAllRoom())
         askForLess(fetch);
-    return !hasRoot || cache->find(fetch.root) ? FetchEnd::settled : FetchEnd::stale;
+    if (!hasRoot)
+        return FetchEnd::absent;
+    return cache->find(fetch.root) ? FetchEnd::arrived : FetchEnd::stale;
+}
+
+/// What is in the cache was fetched after it was last forgotten, so that it is as good as what the callers wait for.
+void Browser::announceArrivals(Listings const &taken) const
+{
+    for (auto const &[number, fetch] : running) {
+        if (taken.contains(fetch.root()))
+            fetch.arrive();
+    }
 }
 
 /// Behind a scan that brought a part of its root only, which is not shown: a caller that was promised a newer listing
@@ -381,13 +385,13 @@ Task<void> Browser::shutdownHere(std::shared_ptr<Browser> self)
 {
     self->schedule.clear();
     auto const running = std::exchange(self->running, {});
-    for (auto const &[number, task] : running)
-        task.cancel();
+    for (auto const &[number, fetch] : running)
+        fetch.cancel();
     self->subscribers.finish();
     // First, since a question to a host is waited for until the session that it went over has ended.
     co_await self->provider->disconnect();
-    for (auto const &[number, task] : running)
-        co_await outcomeOf(task.wait()); // its outcome matters to nobody any more
+    for (auto const &[number, fetch] : running)
+        co_await outcomeOf(fetch.end());
 }
 
 Task<Browser::Stats> Browser::stats()

@@ -6,8 +6,8 @@
 #include "TWEngine/Browsing/FetchSchedule.h"
 #include "TWEngine/Browsing/KeptListings.h"
 #include "TWEngine/Browsing/ListingBudget.h"
+#include "TWEngine/Browsing/RunningFetch.h"
 #include "TWEngine/Browsing/ScanDepths.h"
-#include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/Runtime/Strand.h"
 #include "TWEngine/Runtime/UpdateFanOut.h"
 
@@ -154,18 +154,11 @@ private:
     using Fetch = FetchSchedule::Fetch;
     using Reason = FetchSchedule::Reason;
 
-    /// How a fetch ended that callers wait for.
-    enum class FetchEnd {
-        settled, ///< the cache holds what is known of the root, or the root is no directory
-        stale,   ///< the answer is truncated or from before an invalidation, so the caller must fetch again
-    };
-
     /// The public operations, on the strand.
     static Task<OpenResult> openHere(std::shared_ptr<Browser> self, std::string path);
     static Task<OpenResult> rereadHere(std::shared_ptr<Browser> self, std::string path);
     static Task<std::optional<DirectorySnapshot>> rememberedHere(std::shared_ptr<Browser> self, std::string path);
     static Task<void> shutdownHere(std::shared_ptr<Browser> self);
-    static Task<void> endOf(SharedTask<FetchEnd> fetch);
     void forget(std::string const &path, ForgottenPaths::Reach reach);
 
     using Write = std::function<Task<void>(FileSystemWriter &)>;
@@ -177,17 +170,18 @@ private:
 
     std::optional<OpenResult> openWarm(std::string const &path);
     OpenResult openStored(DirectorySnapshot snapshot, std::string const &path);
-    /// What was fetched for the caller. Throws NotADirectory where the cache has nothing.
-    OpenResult openFetched(std::string const &path);
+    /// What was fetched for the caller. Nothing if it was forgotten before the caller went on, and is fetched again.
+    std::optional<OpenResult> openFetched(std::string const &path, FetchEnd end);
     void ensureHorizon(std::string const &path);
 
     void scanBehind(std::string const &root, int depth, Reason reason);
-    SharedTask<FetchEnd> fetchToAwait(std::string const &root);
+    RunningFetch fetchToAwait(std::string const &root);
     void carryOut(FetchSchedule::Orders const &orders);
-    SharedTask<FetchEnd> begin(Fetch const &fetch);
+    RunningFetch begin(Fetch const &fetch);
     static Task<FetchEnd> performFetch(std::weak_ptr<Browser> weak, Fetch fetch);
     FetchEnd takeIn(Fetch const &fetch, Listings listings, std::chrono::duration<double> elapsed);
     void end(Fetch const &fetch);
+    void announceArrivals(Listings const &taken) const;
     void askForLess(Fetch const &fetch);
 
     int interactiveDepth() const;
@@ -205,7 +199,7 @@ private:
     // On the strand.
     KeptListings kept;
     FetchSchedule schedule;
-    std::unordered_map<std::uint64_t, SharedTask<FetchEnd>> running; ///< by the number of the fetch
+    std::unordered_map<std::uint64_t, RunningFetch> running; ///< by the number of the fetch
     ScanDepths depths;
     UpdateFanOut<DirectorySnapshot> subscribers;
     Stats counters;

@@ -130,11 +130,13 @@ void FetchSchedule::fill(Lane lane, std::size_t places, Time now, Orders &orders
     }
 }
 
-/// A wish waits behind a running fetch of the same scan, whose answer is stale: two of them would only take twice the
-/// time.
+/// Of one root, one scan in the background runs at a time: two would only take twice the time. A wish waits behind a
+/// fetch that callers wait for only if that does the same, and its answer is stale.
 bool FetchSchedule::isStartable(Wish const &wish) const
 {
-    return std::ranges::none_of(running, [&](auto const &each) { return isSameScan(each.second, wish); });
+    return std::ranges::none_of(running, [&](auto const &each) {
+        return each.second.root == wish.root && (each.second.reason || each.second.depth == wish.depth);
+    });
 }
 
 bool FetchSchedule::hasStartable(Lane lane) const

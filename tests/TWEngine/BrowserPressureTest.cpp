@@ -52,6 +52,43 @@ TEST_F(BrowserPressureTest, anOpenedFolderDoesNotWaitForTheScanOfTheCursor)
     EXPECT_THAT(names(*get(browser->cached("/srv"))), ElementsAre("a"));
 }
 
+TEST_F(BrowserPressureTest, anOpenedFolderIsThereAsSoonAsAnyScanBringsIt)
+{
+    get(browser->prefetch("/srv"));
+    auto const opened = open("/srv");
+    answerOne("/srv", FetchPriority::background, {file("a")});
+    EXPECT_THAT(namesIn(opened), ElementsAre("a"));
+    answerOne("/srv", FetchPriority::interactive, {file("a"), file("b")});
+    EXPECT_THAT(names(*get(browser->cached("/srv"))), ElementsAre("a", "b"));
+}
+
+TEST_F(BrowserPressureTest, aRereadDoesNotTakeWhatAScanFromBeforeBrings)
+{
+    openCold("/srv", {file("a")});
+    get(browser->refresh("/srv"));
+    auto const again = reread("/srv");
+    answerOne("/srv", FetchPriority::background, {file("old")});
+    EXPECT_FALSE(again.isDone());
+    answerOne("/srv", FetchPriority::interactive, {file("new")});
+    EXPECT_THAT(namesIn(again), ElementsAre("new"));
+}
+
+TEST_F(BrowserPressureTest, aRereadThatBeginsJustAsAnotherEndsDoesNotTakeItsAnswerAway)
+{
+    provider->usefulDepth = 1;
+    openCold("/srv", {file("a")});
+    auto const first = reread("/srv");
+    auto const request = provider->takeOldest();
+    // The second runs between the answer and the first caller's turn.
+    auto const second = loop.start(browser->reread("/srv"));
+    request.answer->succeed(one("/srv", {file("b")}));
+    loop.drain();
+    while (!provider->waiting.empty())
+        answer({file("c")});
+    EXPECT_NO_THROW(first.value());
+    EXPECT_THAT(namesIn(second), ElementsAre("c"));
+}
+
 TEST_F(BrowserPressureTest, aHeldArrowKeyLeavesTheRunningScanAndTheNewest)
 {
     moveCursorOver(300);

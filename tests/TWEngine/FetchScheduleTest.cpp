@@ -110,13 +110,22 @@ TEST_F(FetchScheduleTest, theCursorsWishForAFolderThatIsEnteredIsDropped)
     EXPECT_THAT(end(numbers["/1"]), IsEmpty());
 }
 
-TEST_F(FetchScheduleTest, oneScanOfOneRootAtOneDepthRunsAtATime)
+TEST_F(FetchScheduleTest, oneScanOfOneRootRunsAtATime)
 {
     EXPECT_THAT(want("/a", Reason::revalidate), ElementsAre("/a"));
+    auto const first = numbers["/a"];
     EXPECT_THAT(want("/a", Reason::ahead), IsEmpty());
     EXPECT_THAT(want("/a", Reason::cursor), IsEmpty());
-    EXPECT_THAT(want("/a", Reason::revalidate, 1), ElementsAre("/a"));
-    EXPECT_EQ(schedule.waitingCount(), 0U);
+    EXPECT_EQ(schedule.waitingCount(), 0U) << "the running scan does the same";
+    EXPECT_THAT(want("/a", Reason::revalidate, 1), IsEmpty());
+    EXPECT_THAT(end(first), ElementsAre("/a")) << "one of another depth waits for its end";
+}
+
+TEST_F(FetchScheduleTest, aDeepScanRunsBesideTheListingThatACallerWaitsFor)
+{
+    schedule.beginAwaited("/a", 1, now);
+    EXPECT_THAT(want("/a", Reason::ahead), ElementsAre("/a"));
+    EXPECT_THAT(want("/a", Reason::revalidate, 1), IsEmpty()) << "which the caller's does";
 }
 
 TEST_F(FetchScheduleTest, aScanWhoseAnswerWillBeStaleIsFollowedByOneMore)
