@@ -24,8 +24,8 @@ namespace tw {
 /// What `Browser::open` answers.
 struct OpenResult {
     DirectorySnapshot snapshot;
-    bool isStale = false; ///< a newer one is being fetched, and comes through `updates` if it differs
-    bool wasCold = false; ///< it had to be fetched while the caller waited
+    bool isStale = false; ///< a newer listing is being fetched, and comes through `updates` if it differs
+    bool wasCold = false; ///< the listing was fetched while the caller waited
 };
 
 /// Thrown by `Browser::open`.
@@ -55,13 +55,13 @@ private:
 ///
 /// Threads: serialised on its own strand; every operation may be called from anywhere.
 /// Lifetime: shared; a scan in flight does not keep it alive.
-/// Errors: what the provider throws reaches everyone who waits in `open` for that fetch, unchanged; a background scan
-/// swallows it, and the cached listing stays.
+/// Errors: what the provider throws reaches every caller that waits in `open` for that fetch, unchanged. A failed scan
+/// in the background is dropped, and the cached listing stays.
 class Browser : public std::enable_shared_from_this<Browser> {
 public:
     struct Config {
         int interactiveDepth = 1; ///< of a fetch that a person waits for
-        int prefetchDepth = 3;    ///< of a scan behind the user's back
+        int prefetchDepth = 3;    ///< of a scan in the background
         std::chrono::duration<double> ttl{30.0};
         std::chrono::duration<double> slowFetchThreshold{1.5};
         /// Rewriting an unchanged listing into the store more often than this buys nothing.
@@ -97,8 +97,8 @@ public:
     /// What memory holds of `path`, without a fetch or any other effect.
     Task<std::optional<DirectorySnapshot>> cached(std::string path);
 
-    /// What memory or the store would give for `path`, fresh or not; without a fetch, and for somebody who wants to
-    /// know whether there is something to show before the provider is up.
+    /// What memory or the store has of `path`, fresh or not, without a fetch: whether there is something to show before
+    /// the provider is up.
     Task<std::optional<DirectorySnapshot>> remembered(std::string path);
 
     /// Starts a revalidation now, whatever the age. Ends without waiting for it.

@@ -28,9 +28,9 @@ public:
     struct Fetch {
         std::string root; ///< the path that the scan began at
         int depth = 1;    ///< how deep the scan was asked to go
-        /// In the order in which fetches began, not in that of their answers. What is older than all has 0.
+        /// In the order in which fetches began, not in that of their answers. 0: older than all fetches.
         std::uint64_t number = 0;
-        /// More of a folder than this fetch brought cannot be had: its truncated listings are the best there are.
+        /// No fetch brings more of a folder than this one: its truncated listings are the best there are.
         bool hadAllRoom = false;
     };
 
@@ -70,8 +70,8 @@ public:
     };
 
     /// Takes in the result of one fetch. A listing whose path was not there before is not a change: nobody can be
-    /// looking at it. Left out are a part of a folder whose whole can be had, and an answer that differs from the one
-    /// to a later question.
+    /// looking at it. Two kinds are left out: a part of a folder that another fetch brings whole, and an answer that
+    /// differs from the answer to a later question.
     Change put(Listings listings, Fetch fetch);
 
     /// Takes in one listing that was not fetched now, as a group of its own.
@@ -80,7 +80,7 @@ public:
     /// Drops the group that holds `path`, with all that was scanned along with it.
     void dropGroupOf(std::string const &path);
 
-    /// Drops every group that holds a path below `path`. Looks at all paths, and is for what a person does.
+    /// Drops every group that holds a path below `path`. Looks at all paths: for changes that a person makes.
     void dropGroupsBelow(std::string const &path);
 
     void clear();

@@ -9,7 +9,7 @@ namespace tw {
 
 /// Where listings outlive the process: what a Browser asks of it.
 ///
-/// A cache, not a record: no operation reports a failure, it just does not find or does not remember.
+/// A cache, not a record: no operation reports a failure. After a failure, a listing is not found or not remembered.
 ///
 /// Threads: all operations may be called from anywhere.
 class PersistentListings {
