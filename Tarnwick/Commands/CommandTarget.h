@@ -22,7 +22,7 @@ class CommandTarget {
 public:
     virtual ~CommandTarget() = default;
 
-    /// Nothing: the command is none of this target's, and the next one is asked.
+    /// Nothing: this target does not know the command, and the next target is asked.
     virtual std::optional<CommandState> stateOf(Command command) const = 0;
 
     /// Performs a command for which `stateOf` answers that it is enabled.

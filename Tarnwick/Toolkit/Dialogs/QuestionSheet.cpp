@@ -30,8 +30,7 @@ QuestionSheet::QuestionSheet(Dialogs::Confirmation const &question, QWidget *win
     auto *const ok = buttons().addButton(Wording::shown(question.okTitle), QDialogButtonBox::AcceptRole);
     auto *const cancel = buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
     auto const isDestructive = question.danger == Dialogs::Danger::destructive;
-    // A button with the keyboard takes Return for itself if it may. One that destroys may not, wherever the keyboard
-    // is.
+    // A button that has the keyboard takes Return for itself. A destructive button must not.
     ok->setAutoDefault(!isDestructive);
     if (isDestructive)
         lookDangerous(*ok);

@@ -13,7 +13,7 @@ namespace {
 using Queue = std::shared_ptr<SheetQueue>;
 using Finished = Completion<QDialog::DialogCode>;
 
-/// A sheet that goes with whoever shows it, if it has not gone with the window.
+/// A sheet that goes when this goes, unless the window went first.
 template <class Shown>
 class ShownSheet {
 public:
@@ -46,7 +46,7 @@ QWidget *windowOf(Queue const &queue)
     return window;
 }
 
-/// How a sheet ends. One that goes with its window without having been answered is cancelled.
+/// How a sheet ends: answered, or cancelled with its window.
 std::shared_ptr<Finished> endOf(Sheet &sheet)
 {
     auto end = std::make_shared<Finished>();

@@ -15,7 +15,7 @@ constexpr int iconSize = 96;
 constexpr int margin = 28;
 constexpr int creditsFontSize = 11;
 
-// Where the maker's other product is told of; given when the program is built. Empty: it is named without a link.
+// The address of the maker's other product, given when the program is built. Empty: it is named without a link.
 auto const productSite = QStringLiteral(TARNWICK_PRODUCT_SITE);
 auto const productName = QStringLiteral("Pagelume Pro");
 

@@ -1,0 +1,75 @@
+#include "Tarnwick/Window/MainWindowCommands.h"
+
+#include "Tarnwick/Commands/CommandTable.h"
+#include "tests/support/MainWindowControllerTest.h"
+
+#include <gmock/gmock.h>
+
+namespace tw::test {
+namespace {
+
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class MainWindowCommandsTest : public MainWindowControllerTest {
+protected:
+    ~MainWindowCommandsTest() override { window.questions->close(); }
+
+    void startOn(std::string const &leftPath, std::string const &rightPath)
+    {
+        start({.left = PaneSpec{"local", leftPath, true}, .right = PaneSpec{"local", rightPath, true}});
+    }
+
+    void perform(Command command)
+    {
+        commands.perform(command);
+        loop.drain();
+    }
+
+    MainWindowCommands commands{controller};
+};
+
+TEST_F(MainWindowCommandsTest, everyCommandOfTheMainWindowThatIsNoKeyOfAPaneIsKnown)
+{
+    for (auto const &row : commandTable()) {
+        auto const isExpected = !row.title.empty() && row.scope == CommandScope::mainWindow;
+        EXPECT_EQ(commands.stateOf(row.command).has_value(), isExpected) << row.title;
+    }
+}
+
+TEST_F(MainWindowCommandsTest, theCheckMarkOfHiddenFilesFollowsTheActivePane)
+{
+    startOn("/left", "/right");
+    EXPECT_FALSE(commands.stateOf(Command::toggleHidden)->isChecked);
+    perform(Command::toggleHidden);
+    EXPECT_TRUE(commands.stateOf(Command::toggleHidden)->isChecked);
+    controller.setActive(PaneSide::right);
+    EXPECT_FALSE(commands.stateOf(Command::toggleHidden)->isChecked);
+}
+
+TEST_F(MainWindowCommandsTest, anOperationWorksOnWhatTheActivePaneShowsWhenItsKeyIsPressed)
+{
+    startOn("/left", "/right");
+    controller.setActive(PaneSide::right);
+    perform(Command::newFolder);
+    controller.setActive(PaneSide::left);
+    ASSERT_THAT(window.questions->prompts, SizeIs(1));
+    EXPECT_EQ(window.questions->prompts.front().question.message, "Create in local:/right");
+}
+
+TEST_F(MainWindowCommandsTest, aPaneThatShowsNothingYetHasNothingToWorkOn)
+{
+    perform(Command::newFolder);
+    EXPECT_THAT(window.questions->prompts, IsEmpty());
+}
+
+TEST_F(MainWindowCommandsTest, theWindowsOwnCommandsReachIt)
+{
+    perform(Command::equalizePanes);
+    perform(Command::closeWindow);
+    EXPECT_EQ(window.equalized, 1);
+    EXPECT_EQ(window.closed, 1);
+}
+
+} // namespace
+} // namespace tw::test
