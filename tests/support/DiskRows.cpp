@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ostream>
 #include <stdexcept>
 
@@ -84,6 +85,7 @@ std::vector<std::string> namesOnDisk(std::string const &path)
         if (name != "." && name != "..")
             names.push_back(std::move(name));
     }
+    std::ranges::sort(names);
     return names;
 }
 

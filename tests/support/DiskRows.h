@@ -29,7 +29,7 @@ Rows rowsOnDisk(std::string const &root, int depth);
 /// What a scan of `root` has found.
 Rows rowsOf(std::map<std::string, DirectorySnapshot> const &listings, std::string const &root);
 
-/// The names in a folder on the disk, bytes, in no order.
+/// The names in a folder on the disk, as sorted bytes: each file system hands them out in an order of its own.
 std::vector<std::string> namesOnDisk(std::string const &path);
 
 /// Names that break what handles them as text, as words or as lines; all different, all possible. The last one has
