@@ -8,7 +8,6 @@
 #include "Tarnwick/Toolkit/Program/AppDelegate.h"
 #include "Tarnwick/Toolkit/Program/QtDefaults.h"
 #include "Tarnwick/Toolkit/Program/QtMainContext.h"
-#include "Tarnwick/Toolkit/Program/StartLog.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -73,7 +72,6 @@ char const *textAskedFor(std::span<char const *const> arguments)
 
 int tarnwickWindowProgram(int argc, char **argv)
 {
-    auto const entered = StartLog::microsecondsNow();
     if (auto const *const text = textAskedFor({argv + 1, argv + argc})) {
         std::fputs(text, stdout);
         return 0;
@@ -83,7 +81,6 @@ int tarnwickWindowProgram(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(TARNWICK_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.velmora.Tarnwick"));
     QApplication application(argc, argv); // takes Qt's own options out of the arguments
-    StartLog::note(QStringLiteral("main entered"), entered);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tarnwick.svg")));
     run(PaneSpec::fromCommandLine({argv + 1, argv + argc}));
 }

@@ -2,6 +2,8 @@
 
 #include <QLoggingCategory>
 
+#include <cstdint>
+
 #include <time.h>
 
 namespace tw::StartLog {
@@ -12,20 +14,11 @@ Q_LOGGING_CATEGORY(startLog, "tarnwick.start", QtWarningMsg)
 
 } // namespace
 
-std::int64_t microsecondsNow()
+void note(QString const &event)
 {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1'000;
-}
-
-void note(QString const &event)
-{
-    note(event, microsecondsNow());
-}
-
-void note(QString const &event, std::int64_t microseconds)
-{
+    auto const microseconds = std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1'000;
     qCDebug(startLog).noquote().nospace() << microseconds << ' ' << event;
 }
 
