@@ -4,10 +4,22 @@ namespace tw {
 
 namespace {
 
-/// GIO's callback: `data` is where the result goes.
+/// GIO's callback: `data` is the place for the result.
 void keepResult(GObject * /*source*/, GAsyncResult *result, gpointer data)
 {
     static_cast<GObjectReference<GAsyncResult> *>(data)->reset(G_ASYNC_RESULT(g_object_ref(result)));
+}
+
+void noteSignal(GDBusConnection * /*connection*/, char const * /*sender*/, char const * /*object*/,
+                char const * /*interface*/, char const * /*signal*/, GVariant * /*parameters*/, gpointer hasCome)
+{
+    *static_cast<bool *>(hasCome) = true;
+}
+
+gboolean noteTime(gpointer isOver)
+{
+    *static_cast<bool *>(isOver) = true;
+    return G_SOURCE_REMOVE;
 }
 
 } // namespace
@@ -30,7 +42,7 @@ BusSession::~BusSession()
     stream.reset();
     g_source_destroy(limitTimer);
     g_source_unref(limitTimer);
-    // What was left to be let go here.
+    // Callbacks that are still queued release what they hold.
     while (g_main_context_iteration(context, FALSE)) {
     }
     g_main_context_pop_thread_default(context);
@@ -41,7 +53,7 @@ gboolean BusSession::endAll(gpointer self)
 {
     auto *const session = static_cast<BusSession *>(self);
     g_cancellable_cancel(session->giveUp.get());
-    // The greeting of a bus cannot be called off otherwise.
+    // Nothing else cancels the greeting of a bus.
     if (session->stream && G_IS_SOCKET_CONNECTION(session->stream.get()))
         g_socket_shutdown(g_socket_connection_get_socket(G_SOCKET_CONNECTION(session->stream.get())), TRUE, TRUE,
                           nullptr);
@@ -75,6 +87,31 @@ GVariantReference BusSession::callOn(GDBusConnection *connection, char const *de
     });
     g_variant_type_free(type);
     return GVariantReference(g_dbus_connection_call_finish(connection, answered.get(), nullptr));
+}
+
+bool BusSession::callUntilSignal(char const *destination, Method method, GVariant *arguments, char const *signal,
+                                 std::chrono::milliseconds atMost, std::stop_token stop)
+{
+    bool hasCome = false;
+    bool isOver = false;
+    // Before the call: the signal may follow the reply at once.
+    auto const subscription =
+        g_dbus_connection_signal_subscribe(bus.get(), destination, method.interface, signal, method.object, nullptr,
+                                           G_DBUS_SIGNAL_FLAGS_NONE, noteSignal, &hasCome, nullptr);
+    auto *const timer = g_timeout_source_new(static_cast<guint>(atMost.count()));
+    g_source_set_callback(timer, noteTime, &isOver, nullptr);
+    g_source_attach(timer, context);
+    {
+        std::stop_callback const wake(stop, [this] { g_main_context_wakeup(context); });
+        if (call(destination, method, arguments, "()")) {
+            while (!hasCome && !isOver && !stop.stop_requested())
+                g_main_context_iteration(context, TRUE);
+        }
+    }
+    g_source_destroy(timer);
+    g_source_unref(timer);
+    g_dbus_connection_signal_unsubscribe(bus.get(), subscription);
+    return hasCome;
 }
 
 GObjectReference<GAsyncResult> BusSession::await(Start const &start)

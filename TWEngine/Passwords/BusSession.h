@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <string>
 
 namespace tw {
@@ -22,23 +23,24 @@ template <class T>
 using GObjectReference = std::unique_ptr<T, GObjectDeleter>;
 using GVariantReference = std::unique_ptr<GVariant, GVariantDeleter>;
 
-/// A connection of one's own to a message bus, on which the calling thread waits for answers, within one limit over all
-/// that is done with it.
+/// A private connection to a message bus, on which the calling thread waits for replies. One limit covers its whole
+/// life.
 ///
-/// Not the connection that a process shares: that one ends the process with the bus, and no call on it has a limit
-/// while it is being made.
+/// It is not the connection that GLib shares in a process: the shared connection ends the process with the bus, and
+/// making it has no limit.
 ///
-/// Threads: one. Errors: none is told apart; a call that fails answers nothing.
+/// Threads: one.
+/// Errors: not distinguished; a call that fails returns null.
 class BusSession {
 public:
-    /// The limit runs from here on. An empty address is that of no bus.
+    /// The limit starts now. An empty address means that there is no bus.
     BusSession(std::string const &address, std::chrono::milliseconds limit);
     ~BusSession();
 
     BusSession(BusSession const &) = delete;
     BusSession &operator=(BusSession const &) = delete;
 
-    /// Absent if there is no bus, or if it did not answer in time.
+    /// Null if there is no bus, or if it did not answer in time.
     GDBusConnection *connection() const noexcept { return bus.get(); }
 
     struct Method {
@@ -47,17 +49,22 @@ public:
         char const *name;
     };
 
-    /// Calls a method of `destination` and answers what it returned, which is of the type `reply`. Takes `arguments`.
+    /// Calls a method of `destination` and returns its reply, which has the type `reply`. Takes `arguments`.
     GVariantReference call(char const *destination, Method method, GVariant *arguments, char const *reply)
     {
         return callOn(bus.get(), destination, method, arguments, reply);
     }
 
-    /// The same on another connection.
+    /// Calls a method without results that starts something, and waits for the signal of the same object that ends it.
+    /// True if the signal came within `atMost` and before the stop. Takes `arguments`.
+    bool callUntilSignal(char const *destination, Method method, GVariant *arguments, char const *signal,
+                         std::chrono::milliseconds atMost, std::stop_token stop);
+
+    /// The same as `call` on another connection.
     GVariantReference callOn(GDBusConnection *connection, char const *destination, Method method, GVariant *arguments,
                              char const *reply);
 
-    /// Waits for an asynchronous operation of GIO, which `start` begins. It is called off at the limit.
+    /// Waits for an asynchronous operation of GIO, which `start` starts. The limit cancels the operation.
     using Start = std::function<void(GCancellable *, GAsyncReadyCallback, gpointer)>;
     GObjectReference<GAsyncResult> await(Start const &start);
 

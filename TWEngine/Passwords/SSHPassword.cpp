@@ -19,10 +19,10 @@ namespace {
 constexpr auto store = "org.freedesktop.secrets";
 constexpr auto storeObject = "/org/freedesktop/secrets";
 constexpr auto defaultCollection = "/org/freedesktop/secrets/aliases/default";
-/// What stands for a question that nobody needs to be asked.
+/// The path of a prompt where none is needed.
 constexpr std::string_view noPrompt = "/";
 
-/// The address of the session bus; empty: there is none. Not as GIO finds it, which starts one where there is none.
+/// The address of the session bus, empty if there is none. GIO would start a bus where there is none.
 std::string sessionBus()
 {
     // NOLINTBEGIN(concurrency-mt-unsafe): nobody sets variables
@@ -52,7 +52,7 @@ bool isUtf8(std::string_view text)
     return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
 }
 
-/// What can be an account; anything else cannot be said on the bus.
+/// D-Bus transmits only UTF-8.
 bool isAccount(std::string const &host)
 {
     return !host.empty() && isUtf8(host);
@@ -85,7 +85,7 @@ std::string_view textIn(GVariantReference const &reply, std::size_t index)
     return text;
 }
 
-/// Asks for nothing but names, and opens nothing.
+/// Reads the paths of the items only, and unlocks nothing.
 Items itemsOf(BusSession &session, std::string const &host)
 {
     auto *const attributes = attributesOf(host);
@@ -96,10 +96,10 @@ Items itemsOf(BusSession &session, std::string const &host)
     return {.unlocked = pathsIn(reply.get(), 0), .locked = pathsIn(reply.get(), 1)};
 }
 
-/// The key store with a key agreed on, so that a password is not to be read by whoever watches the bus.
+/// Opens the key store with an agreed key, so that a process that watches the bus cannot read a password.
 ///
-/// libsecret has it on the connection that the process shares, and on no other. Such a connection cannot be given up
-/// while the bus greets it, which is why this comes last: the session has just had answers from this bus.
+/// libsecret uses the connection that the process shares. Making that connection cannot be cancelled, so this is the
+/// last step: the session has just had replies from the same bus.
 GObjectReference<SecretService> openStore(BusSession &session)
 {
     auto const opened = session.await([](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
@@ -143,6 +143,28 @@ bool removeItems(BusSession &session, Items const &items)
     return areGone;
 }
 
+void askToUnlock(BusSession &session, std::vector<std::string> const &items, std::stop_token giveUp, Limit limit)
+{
+    GVariantBuilder paths;
+    g_variant_builder_init(&paths, G_VARIANT_TYPE("ao"));
+    for (auto const &item : items)
+        g_variant_builder_add(&paths, "o", item.c_str());
+    auto const reply = session.call(store, {storeObject, "org.freedesktop.Secret.Service", "Unlock"},
+                                    g_variant_new("(ao)", &paths), "(aoo)");
+    if (!reply || textIn(reply, 1) == noPrompt)
+        return;
+    std::string const prompt(textIn(reply, 1));
+    auto const method = [&](char const *name) {
+        return BusSession::Method{prompt.c_str(), "org.freedesktop.Secret.Prompt", name};
+    };
+    // No window of ours is named as the parent of the prompt: this works without windows.
+    auto const isAnswered =
+        session.callUntilSignal(store, method("Prompt"), g_variant_new("(s)", ""), "Completed", limit, giveUp);
+    // The key store does not notice that nobody waits for the answer any more.
+    if (!isAnswered)
+        session.call(store, method("Dismiss"), g_variant_new_tuple(nullptr, 0), "()");
+}
+
 GVariant *newItem(std::string const &host, GVariant *secret)
 {
     GVariantBuilder properties;
@@ -162,7 +184,7 @@ bool add(BusSession &session, std::string_view password, std::string const &host
     auto *const value = secret_value_new(password.data(), static_cast<gssize>(password.size()), "text/plain");
     auto *const item = newItem(host, secret_service_encode_dbus_secret(opened.get(), value));
     secret_value_unref(value);
-    // Only who has agreed on a key may use it.
+    // The agreed key belongs to this connection.
     auto *const connection = g_dbus_proxy_get_connection(G_DBUS_PROXY(opened.get()));
     auto const reply = session.callOn(
         connection, store, {defaultCollection, "org.freedesktop.Secret.Collection", "CreateItem"}, item, "(oo)");
@@ -180,7 +202,7 @@ bool save(std::string_view password, std::string const &host, Limit limit)
         return password.empty();
     auto const items = itemsOf(session, host);
     removeItems(session, items);
-    // What a locked store has cannot be forgotten.
+    // A locked item cannot be removed.
     return password.empty() ? items.locked.empty() : add(session, password, host);
 }
 
@@ -195,15 +217,37 @@ std::optional<SecretText> read(std::string const &host, Limit limit)
     return items.unlocked.empty() ? std::nullopt : secretOf(session, items.unlocked.front());
 }
 
+Presence presence(std::string const &host, Limit limit)
+{
+    if (!isAccount(host))
+        return Presence::none;
+    BusSession session(sessionBus(), limit);
+    if (!session.connection())
+        return Presence::none;
+    auto const items = itemsOf(session, host);
+    if (!items.unlocked.empty())
+        return Presence::readable;
+    return items.locked.empty() ? Presence::none : Presence::locked;
+}
+
 bool exists(std::string const &host, Limit limit)
+{
+    return presence(host, limit) != Presence::none;
+}
+
+bool unlock(std::string const &host, std::stop_token giveUp, Limit limit)
 {
     if (!isAccount(host))
         return false;
-    BusSession session(sessionBus(), limit);
+    BusSession session(sessionBus(),
+                       limit + usualLimit); // the calls before and after the prompt need time of their own
     if (!session.connection())
         return false;
-    auto const items = itemsOf(session, host);
-    return !items.unlocked.empty() || !items.locked.empty();
+    auto const before = itemsOf(session, host);
+    if (!before.unlocked.empty() || before.locked.empty())
+        return !before.unlocked.empty();
+    askToUnlock(session, before.locked, std::move(giveUp), limit);
+    return !itemsOf(session, host).unlocked.empty();
 }
 
 bool remove(std::string const &host, Limit limit)

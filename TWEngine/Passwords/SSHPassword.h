@@ -4,36 +4,56 @@
 
 #include <chrono>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
-/// The passwords of hosts that refuse keys, in the key store of the session (the Secret Service): never in a file of
-/// ours, in an argument, a variable or a log.
+/// The passwords of hosts that refuse keys, kept in the key store of the session (the Secret Service): never in a file
+/// of ours, in an argument, a variable or a log.
 ///
-/// A password is an item with the attributes "service" and "account". It is never waited for a person: what would need
-/// a question first, such as a key store that is locked, fails.
+/// A password is an item with the attributes "service" and "account". Only `unlock` waits for a person; every other
+/// operation fails on a locked key store.
 ///
-/// Threads: all of it may be called from anywhere, and blocks for up to the limit: for a worker.
+/// Threads: may be called from anywhere. Every operation blocks for up to its limit, so it belongs on a worker.
 /// Errors: none; without a session bus or a key store there are no passwords.
 namespace tw::SSHPassword {
 
 inline constexpr auto service = "Tarnwick SSH";
 
-/// How long a call may take. A key store that does not answer must not keep ssh waiting until the host gives it up; to
-/// start one on demand takes some tenths of a second.
+/// How long a call may take. Starting a key store on demand takes some tenths of a second; a key store that does not
+/// answer must not keep ssh waiting until the host drops the connection.
 using Limit = std::chrono::milliseconds;
 inline constexpr Limit usualLimit{5000};
 
-/// Replaces what is saved for the host; an empty password forgets it. Whether it worked.
+/// How long the prompt of the desktop may wait for its answer: a person looks up a password, or has left the room.
+inline constexpr Limit promptLimit = std::chrono::minutes(2);
+
+/// What the key store has for a host.
+enum class Presence {
+    none,
+    readable,
+    locked ///< there is a password, and the key store has to be unlocked before it can be read
+};
+
+/// Replaces the password that is saved for the host; an empty password removes it. True on success.
 bool save(std::string_view password, std::string const &host, Limit limit = usualLimit);
 
-/// Nothing if there is none, or if it is no UTF-8.
+/// Nothing if there is no password, if it is locked, or if it is not UTF-8.
 std::optional<SecretText> read(std::string const &host, Limit limit = usualLimit);
 
-/// Whether there is one, locked or not. It does not leave the key store.
+/// The password does not leave the key store.
+Presence presence(std::string const &host, Limit limit = usualLimit);
+
+/// True if there is a password, locked or not.
 bool exists(std::string const &host, Limit limit = usualLimit);
 
-/// Whether there was one and it is gone.
+/// Asks the desktop to unlock the password of the host, which shows the desktop's own prompt if the key store is
+/// locked. True if the password can be read afterwards.
+///
+/// Cancellation: `giveUp` and the limit take the prompt from the screen.
+bool unlock(std::string const &host, std::stop_token giveUp, Limit limit = promptLimit);
+
+/// True if there was a password and it is removed.
 bool remove(std::string const &host, Limit limit = usualLimit);
 
 } // namespace tw::SSHPassword

@@ -1,15 +1,21 @@
 #include "TWEngine/Passwords/SavedPasswords.h"
 
 #include "TWEngine/Passwords/ProcessTable.h"
-#include "TWEngine/Passwords/SSHPassword.h"
+#include "TWEngine/Passwords/UnlockPrompts.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
 
 #include <unistd.h>
 
 namespace tw {
 
-SavedPasswords SavedPasswords::ofThisSession()
+SavedPasswords SavedPasswords::ofThisSession(EngineRuntime &engine)
 {
-    return {.exists = [](std::string const &host) { return SSHPassword::exists(host); }, .helper = ownExecutable()};
+    auto const prompts = std::make_shared<UnlockPrompts>(
+        Strand(engine.workers().executor(WorkPriority::interactive)),
+        [](std::string const &host, std::stop_token giveUp) { return SSHPassword::unlock(host, std::move(giveUp)); });
+    return {.presence = [](std::string const &host) { return SSHPassword::presence(host); },
+            .unlock = [prompts](std::string host) { return prompts->unlock(std::move(host)); },
+            .helper = ownExecutable()};
 }
 
 std::optional<std::string> SavedPasswords::ownExecutable()

@@ -1,23 +1,29 @@
 #pragma once
 
+#include "TWCore/Async/Task.h"
+#include "TWEngine/Passwords/SSHPassword.h"
+
 #include <functional>
 #include <optional>
 #include <string>
 
 namespace tw {
 
-/// How a session with a host finds out whether ssh is to be given a saved password, and by whom. By default no host has
-/// one.
+class EngineRuntime;
+
+/// How a session with a host gets a saved password to ssh. By default no host has a saved password.
 struct SavedPasswords {
-    /// Blocks for some seconds at most: for a worker.
-    std::function<bool(std::string const &host)> exists = {};
-    /// The program that prints them when ssh asks, see Askpass.
+    /// Blocks for some seconds at most, so it belongs on a worker.
+    std::function<SSHPassword::Presence(std::string const &host)> presence = {};
+    /// Asks the user to unlock the key store, see UnlockPrompts. True if the password can be read afterwards.
+    std::function<Task<bool>(std::string host)> unlock = {};
+    /// The program that prints a password when ssh asks for it, see Askpass.
     std::optional<std::string> helper = {};
 
-    /// The key store of the session, and this very program.
-    static SavedPasswords ofThisSession();
+    /// The key store of the session, and this very program. To be made once: what was asked is remembered in it.
+    static SavedPasswords ofThisSession(EngineRuntime &engine);
 
-    /// The path of this program's own executable, if that file is there and can be run.
+    /// The path of this program's own executable, if that file exists and can be run.
     static std::optional<std::string> ownExecutable();
 };
 

@@ -13,6 +13,9 @@ constexpr std::size_t maxBackgroundBytes = 2U << 20U;
 /// limit itself.
 constexpr int loginPatience = 3;
 
+/// Follows the words of ssh: a key may have been refused, or the host may be out of reach.
+constexpr auto lockedKeyStore = " (the key store with the password of this host is locked)";
+
 bool isCancelled(std::exception_ptr const &failure)
 {
     try {
@@ -123,7 +126,7 @@ Task<void> HostSessions::connectHere(Self self)
 Task<void> HostSessions::connectOnce(Self self)
 {
     if (self->timesUp == 0) {
-        co_await connectFirst(self);
+        co_await namingLockedKeyStore(self, connectFirst(self));
         co_return;
     }
     auto const interactive = self->interactive;
@@ -133,6 +136,17 @@ Task<void> HostSessions::connectOnce(Self self)
     // reconnection.
     if (!before.isConnected)
         ++self->timesUp;
+}
+
+Task<void> HostSessions::namingLockedKeyStore(Self self, Task<void> attempt)
+{
+    try {
+        co_await std::move(attempt);
+    } catch (RemoteShellError::ConnectFailed const &failure) {
+        if (!self->isKeyStoreLocked)
+            throw;
+        throw RemoteShellError::ConnectFailed(failure.host, failure.detail + lockedKeyStore);
+    }
 }
 
 /// Each attempt asks anew what the host speaks, until one succeeds.
@@ -157,11 +171,16 @@ Task<void> HostSessions::connectFirst(Self self)
 Task<RemoteShellOptions> HostSessions::sessionOptions(Self self)
 {
     auto with = self->options;
-    if (with.askpassAccount || !self->savedPasswords.exists || !self->savedPasswords.helper)
+    if (with.askpassAccount || !self->savedPasswords.presence || !self->savedPasswords.helper)
         co_return with;
-    auto const isSaved = co_await self->engine.workers().run(
-        WorkPriority::interactive, [exists = self->savedPasswords.exists, host = self->host] { return exists(host); });
-    if (isSaved) {
+    auto const presence = co_await self->engine.workers().run(
+        WorkPriority::interactive, [ask = self->savedPasswords.presence, host = self->host] { return ask(host); });
+    auto isReadable = presence == SSHPassword::Presence::readable;
+    if (presence == SSHPassword::Presence::locked) {
+        isReadable = co_await self->savedPasswords.unlock(self->host);
+        self->isKeyStoreLocked = !isReadable;
+    }
+    if (isReadable) {
         with.askpassHelper = self->savedPasswords.helper;
         with.askpassAccount = self->host;
     }

@@ -93,7 +93,9 @@ private:
     static Task<void> connectHere(Self self);
     static Task<void> connectOnce(Self self);
     static Task<void> connectFirst(Self self);
-    /// The options, with who answers ssh if a password is saved for the host.
+    /// Adds a locked key store to the error of `attempt`.
+    static Task<void> namingLockedKeyStore(Self self, Task<void> attempt);
+    /// The options, with the askpass program if a password is saved for the host. Unlocks the key store for it.
     static Task<RemoteShellOptions> sessionOptions(Self self);
     static Task<void> reconnectHere(Self self);
     static Task<void> reconnectOnce(Self self);
@@ -118,6 +120,7 @@ private:
     Shell work;
     bool backgroundReady = false;
     ShellDialect dialect = ShellDialect::posix;
+    bool isKeyStoreLocked = false; ///< there is a password, and the user did not unlock it
     /// Brings the first session up, and does not return before it is up or has failed.
     std::optional<SharedTask<void>> comingUp;
     /// The same for the second; stays when it is done. Nothing: it has not been needed since the last reconnection.

@@ -52,7 +52,7 @@ char const *textAskedFor(std::span<char const *const> arguments)
     auto const paths = UserPaths::ofThisUser();
     ConnectionRegistry connections({.engine = runtime,
                                     .mainContext = mainContext.context(),
-                                    .savedPasswords = SavedPasswords::ofThisSession(),
+                                    .savedPasswords = SavedPasswords::ofThisSession(runtime),
                                     .cacheDirectory = paths.caches});
     AppDelegate delegate({.engine = runtime,
                           .mainContext = mainContext.context(),

@@ -1,10 +1,12 @@
 #include "TWEngine/Passwords/SSHPassword.h"
 
+#include "TWEngine/Runtime/ChildProcess.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 #include "tests/hosts/CommandOutcome.h"
 #include "tests/hosts/PasswordHost.h"
 #include "tests/hosts/PrivateKeyring.h"
+#include "tests/hosts/WaitFor.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -50,16 +52,36 @@ public:
 
     bool remove(std::string const &host = "box") const { return run("remove", host) == "yes"; }
 
+    std::string presence(std::string const &host = "box") const { return run("presence", host); }
+
+    bool unlock(std::string const &host = "box") const { return run("unlock", host) == "yes"; }
+
+    /// Gives up when its input is closed.
+    std::shared_ptr<ChildProcess> startUnlocking() const
+    {
+        return *ChildProcess::start(
+            engine.io(), {.program = passwordProgram(),
+                          .arguments = {"--store", std::to_string(limit.count()), "unlock-while-input", "box"},
+                          .environment = environment(),
+                          .input = PipeEnd(),
+                          .output = PipeEnd()});
+    }
+
 private:
-    std::string run(std::string const &operation, std::string const &host, std::string input = {}) const
+    Environment environment() const
     {
         auto variables = inheritedEnvironment();
         variables["DBUS_SESSION_BUS_ADDRESS"] = address;
         variables.erase("XDG_RUNTIME_DIR");
+        return variables;
+    }
+
+    std::string run(std::string const &operation, std::string const &host, std::string input = {}) const
+    {
         auto const outcome = runCommand(engine.io(),
                                         {.program = passwordProgram(),
                                          .arguments = {"--store", std::to_string(limit.count()), operation, host},
-                                         .environment = std::move(variables)},
+                                         .environment = environment()},
                                         std::move(input));
         EXPECT_TRUE(outcome.status.isSuccess());
         EXPECT_EQ(outcome.error, "");
@@ -185,6 +207,71 @@ TEST_F(SSHPasswordTest, inALockedStoreAPasswordIsSeenAndNotRead)
     EXPECT_FALSE(store.remove());
     EXPECT_FALSE(store.save("another"));
     EXPECT_TRUE(store.exists());
+}
+
+TEST_F(SSHPasswordTest, whatCanBeReadNeedsNoPrompt)
+{
+    EXPECT_EQ(store.presence(), "none");
+    EXPECT_FALSE(store.unlock());
+    store.save("secret");
+    EXPECT_EQ(store.presence(), "readable");
+    EXPECT_TRUE(store.unlock());
+}
+
+TEST_F(SSHPasswordTest, aLockedStoreStaysLockedIfThePromptIsDismissed)
+{
+    store.save("secret");
+    keyring.lock();
+    EXPECT_EQ(store.presence(), "locked");
+    EXPECT_FALSE(store.unlock());
+    EXPECT_EQ(store.presence(), "locked");
+    EXPECT_EQ(store.read(), "(none)") << "reading never asks";
+}
+
+class SSHPasswordPromptTest : public testing::Test {
+protected:
+    EngineRuntime engine;
+};
+
+TEST_F(SSHPasswordPromptTest, anAnsweredPromptUnlocks)
+{
+    PrivateKeyring keyring(engine, Store::promptIsAnswered);
+    StoreUser const store(engine, keyring.address(), hangLimit);
+    EXPECT_EQ(store.presence(), "locked");
+    EXPECT_EQ(keyring.promptsShown(), 0U);
+    EXPECT_TRUE(store.unlock());
+    EXPECT_EQ(keyring.promptsShown(), 1U);
+    EXPECT_EQ(keyring.promptsDismissed(), 0U);
+    EXPECT_EQ(store.presence(), "readable");
+}
+
+TEST_F(SSHPasswordPromptTest, aHostWithoutAPasswordIsNoReasonForAPrompt)
+{
+    PrivateKeyring keyring(engine, Store::promptIsAnswered);
+    StoreUser const store(engine, keyring.address(), hangLimit);
+    EXPECT_FALSE(store.unlock("another"));
+    EXPECT_EQ(keyring.promptsShown(), 0U);
+}
+
+TEST_F(SSHPasswordPromptTest, aPromptWithoutAnAnswerIsDismissedAtTheLimit)
+{
+    PrivateKeyring keyring(engine, Store::promptStays);
+    StoreUser const store(engine, keyring.address(), shortLimit);
+    EXPECT_FALSE(store.unlock());
+    EXPECT_EQ(keyring.promptsShown(), 1U);
+    EXPECT_EQ(keyring.promptsDismissed(), 1U);
+}
+
+TEST_F(SSHPasswordPromptTest, aPromptThatNobodyWaitsForIsDismissed)
+{
+    PrivateKeyring keyring(engine, Store::promptStays);
+    auto const waiting = StoreUser(engine, keyring.address(), hangLimit).startUnlocking();
+    while (keyring.promptsShown() == 0)
+        std::this_thread::yield();
+    waiting->closeInput();
+    EXPECT_EQ(waitFor(waiting->read(ChildOutput::standard)), "no");
+    waitFor(waiting->wait());
+    EXPECT_EQ(keyring.promptsDismissed(), 1U);
 }
 
 TEST_F(SSHPasswordTest, severalThreadsMayAskAtOnce)

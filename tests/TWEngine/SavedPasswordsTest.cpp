@@ -11,7 +11,10 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
+using Presence = SSHPassword::Presence;
 
 /// A provider over a stand-in for ssh, which writes down how it is started.
 class SavedPasswordsTest : public SSHProviderTest {
@@ -27,16 +30,33 @@ protected:
                                                   "box", std::move(options)));
     }
 
-    /// Answers for every host, and remembers who was asked for and where.
-    SavedPasswords answering(bool isSaved)
+    /// Answers for every host, and notes which hosts were asked for, and on which thread.
+    SavedPasswords answering(Presence presence)
     {
-        return {.exists =
-                    [this, isSaved](std::string const &host) {
+        return {.presence =
+                    [this, presence](std::string const &host) {
                         asked.push_back(host);
                         askedOn = std::this_thread::get_id();
-                        return isSaved;
+                        return presence;
                     },
+                .unlock = [this](std::string host) { return answerPrompt(this, std::move(host)); },
                 .helper = "/usr/bin/helper"};
+    }
+
+    static Task<bool> answerPrompt(SavedPasswordsTest *test, std::string host)
+    {
+        test->prompted.push_back(std::move(host));
+        co_return test->promptUnlocks;
+    }
+
+    std::string failureOf(Provider const &provider)
+    {
+        try {
+            connect(provider);
+        } catch (RemoteShellError::ConnectFailed const &failure) {
+            return failure.what();
+        }
+        return "";
     }
 
     /// Of the shell that serves a session.
@@ -50,11 +70,13 @@ protected:
     StandInSSH standIn;
     std::vector<std::string> asked;
     std::thread::id askedOn;
+    std::vector<std::string> prompted;
+    bool promptUnlocks = false;
 };
 
 TEST_F(SavedPasswordsTest, aHostWithASavedPasswordIsAskedForIt)
 {
-    auto const provider = providerWith(answering(true));
+    auto const provider = providerWith(answering(Presence::readable));
     connect(provider);
     EXPECT_THAT(asked, ElementsAre("box"));
     EXPECT_EQ(variable(provider, "SSH_ASKPASS"), "/usr/bin/helper");
@@ -66,11 +88,49 @@ TEST_F(SavedPasswordsTest, aHostWithASavedPasswordIsAskedForIt)
 
 TEST_F(SavedPasswordsTest, aHostWithoutOneIsNot)
 {
-    auto const provider = providerWith(answering(false));
+    auto const provider = providerWith(answering(Presence::none));
     connect(provider);
     EXPECT_THAT(asked, ElementsAre("box"));
     EXPECT_EQ(variable(provider, "TW_ASKPASS_ACCOUNT"), "");
     EXPECT_THAT(standIn.starts().front(), Contains("BatchMode=yes"));
+}
+
+TEST_F(SavedPasswordsTest, aLockedPasswordIsUnlockedBeforeTheConnection)
+{
+    promptUnlocks = true;
+    auto const provider = providerWith(answering(Presence::locked));
+    connect(provider);
+    EXPECT_THAT(prompted, ElementsAre("box"));
+    EXPECT_EQ(variable(provider, "TW_ASKPASS_ACCOUNT"), "box");
+    EXPECT_THAT(standIn.starts().front(), Contains("BatchMode=no"));
+}
+
+TEST_F(SavedPasswordsTest, aPasswordThatCanBeReadNeedsNoPrompt)
+{
+    auto const provider = providerWith(answering(Presence::readable));
+    connect(provider);
+    EXPECT_THAT(prompted, IsEmpty());
+}
+
+TEST_F(SavedPasswordsTest, withoutTheLockedPasswordAKeyIsTried)
+{
+    auto const provider = providerWith(answering(Presence::locked));
+    connect(provider);
+    EXPECT_THAT(prompted, ElementsAre("box"));
+    EXPECT_EQ(variable(provider, "TW_ASKPASS_ACCOUNT"), "");
+    EXPECT_THAT(standIn.starts().front(), Contains("BatchMode=yes"));
+}
+
+TEST_F(SavedPasswordsTest, theErrorSaysThatTheKeyStoreIsLocked)
+{
+    standIn.behave({.fault = StandInSSH::Fault::refuse, .message = "Permission denied\n"});
+    auto const locked = failureOf(providerWith(answering(Presence::locked)));
+    EXPECT_THAT(locked, HasSubstr("Permission denied"));
+    EXPECT_THAT(locked, HasSubstr("key store with the password of this host is locked"));
+
+    auto const readable = failureOf(providerWith(answering(Presence::readable)));
+    EXPECT_THAT(readable, HasSubstr("Permission denied"));
+    EXPECT_THAT(readable, Not(HasSubstr("locked")));
 }
 
 TEST_F(SavedPasswordsTest, byDefaultNoHostHasOne)
@@ -82,7 +142,7 @@ TEST_F(SavedPasswordsTest, byDefaultNoHostHasOne)
 
 TEST_F(SavedPasswordsTest, withoutAHelperNobodyIsAsked)
 {
-    auto passwords = answering(true);
+    auto passwords = answering(Presence::readable);
     passwords.helper.reset();
     auto const provider = providerWith(std::move(passwords));
     connect(provider);
@@ -93,7 +153,7 @@ TEST_F(SavedPasswordsTest, withoutAHelperNobodyIsAsked)
 TEST_F(SavedPasswordsTest, anAccountOfTheCallersOwnStands)
 {
     auto const provider =
-        providerWith(answering(true), {.askpassHelper = "/usr/bin/other", .askpassAccount = "another"});
+        providerWith(answering(Presence::readable), {.askpassHelper = "/usr/bin/other", .askpassAccount = "another"});
     connect(provider);
     EXPECT_THAT(asked, IsEmpty());
     EXPECT_EQ(variable(provider, "TW_ASKPASS_ACCOUNT"), "another");
@@ -102,13 +162,13 @@ TEST_F(SavedPasswordsTest, anAccountOfTheCallersOwnStands)
 
 TEST_F(SavedPasswordsTest, nobodyIsAskedBeforeTheConnectionIsWanted)
 {
-    auto const provider = providerWith(answering(true));
+    auto const provider = providerWith(answering(Presence::readable));
     EXPECT_THAT(asked, IsEmpty());
 }
 
 TEST_F(SavedPasswordsTest, theKeyStoreIsWaitedForOnAThreadOfItsOwn)
 {
-    auto const provider = providerWith(answering(true));
+    auto const provider = providerWith(answering(Presence::readable));
     connect(provider);
     EXPECT_NE(askedOn, std::this_thread::get_id());
     EXPECT_EQ(engine.workers().posted(), 1U);
@@ -117,7 +177,7 @@ TEST_F(SavedPasswordsTest, theKeyStoreIsWaitedForOnAThreadOfItsOwn)
 TEST_F(SavedPasswordsTest, theHelperIsThisProgram)
 {
     EXPECT_EQ(SavedPasswords::ownExecutable(), std::filesystem::read_symlink("/proc/self/exe").string());
-    EXPECT_EQ(SavedPasswords::ofThisSession().helper, SavedPasswords::ownExecutable());
+    EXPECT_EQ(SavedPasswords::ofThisSession(engine).helper, SavedPasswords::ownExecutable());
 }
 
 } // namespace

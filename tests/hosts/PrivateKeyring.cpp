@@ -97,6 +97,13 @@ std::string PrivateKeyring::call(std::string const &object, std::string const &m
     return outcome.output;
 }
 
+std::size_t PrivateKeyring::promptCalls(std::string const &what)
+{
+    // dbus-send prints "   uint32 2" in its last line.
+    auto const printed = call("/org/freedesktop/secrets", "com.velmora.Tarnwick.StandIn." + what, {});
+    return std::stoul(printed.substr(printed.rfind(' ')));
+}
+
 std::string PrivateKeyring::configuration() const
 {
     return "<busconfig>\n"
@@ -119,6 +126,10 @@ std::string PrivateKeyring::storeCommand(Store store) const
 {
     if (store == Store::mute)
         return "#!/bin/sh\nexec sleep 100000\n";
+    if (store == Store::promptIsAnswered)
+        return std::string("#!/bin/sh\nexec ") + TARNWICK_STANDIN_KEY_STORE + " answered\n";
+    if (store == Store::promptStays)
+        return std::string("#!/bin/sh\nexec ") + TARNWICK_STANDIN_KEY_STORE + " stays\n";
     return "#!/bin/sh\nprintf key | gnome-keyring-daemon --foreground --unlock --components=secrets\n";
 }
 

@@ -25,7 +25,9 @@ public:
     enum class Store {
         real,
         absent,
-        mute ///< it starts, and never comes up
+        mute,             ///< it starts, and never comes up
+        promptIsAnswered, ///< a stand-in, locked, with a password for "box"; the user answers its prompt
+        promptStays       ///< the same; nobody answers its prompt
     };
 
     explicit PrivateKeyring(EngineRuntime &runtime, Store store = Store::real);
@@ -37,15 +39,22 @@ public:
     /// Of the bus.
     std::string const &address() const noexcept { return busAddress; }
 
-    /// As after the session has stood idle: passwords can be seen to be there, and no more.
+    /// Locks the store, as an idle session does. The store finds no program that could show its prompt, and takes the
+    /// prompt for dismissed.
     void lock();
 
-    /// Calls the key store: `arguments` as dbus-send(1) takes them. Answers what it printed.
+    /// How many prompts of a stand-in were shown, and how many of them were dismissed.
+    std::size_t promptsShown() { return promptCalls("Shown"); }
+
+    std::size_t promptsDismissed() { return promptCalls("Dismissed"); }
+
+    /// Calls the key store: `arguments` as dbus-send(1) takes them. Returns what it printed.
     std::string call(std::string const &object, std::string const &method, std::vector<std::string> arguments);
 
 private:
     std::string configuration() const;
     std::string storeCommand(Store store) const;
+    std::size_t promptCalls(std::string const &what);
 
     EngineRuntime &engine;
     TemporaryFolder const folder;

@@ -3,8 +3,9 @@
 // password_program COMMAND ARGUMENT...          runs COMMAND and ends as it does
 // password_program --provider SSH HOST COMMAND  reaches HOST through an SSHProvider with SSH as the client, and prints
 //                                               what COMMAND says there
-// password_program --store LIMIT OPERATION HOST save, read, exists or remove, within LIMIT milliseconds; says what came
-//                                               of it. A password to be saved is on standard input
+// password_program --store LIMIT OPERATION HOST save, read, exists, presence, unlock or remove, within LIMIT
+//                                               milliseconds; prints the result. A password to be saved is on standard
+//                                               input; "unlock-while-input" gives up when standard input ends
 
 #include "TWEngine/Passwords/Askpass.h"
 #include "TWEngine/Passwords/SSHPassword.h"
@@ -17,7 +18,11 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <span>
+#include <stop_token>
+#include <thread>
+#include <utility>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -40,12 +45,12 @@ int askHost(std::string program, std::string host, std::string command)
 {
     auto const sockets = std::filesystem::temp_directory_path().string() + "/none"; // nothing is shared
     EngineRuntime engine;
-    auto const provider =
-        std::make_shared<SSHProvider>(SSHProvider::Collaborators{.engine = engine,
-                                                                 .sshProgram = std::move(program),
-                                                                 .sockets = {.base = sockets, .user = ::getuid()},
-                                                                 .savedPasswords = SavedPasswords::ofThisSession()},
-                                      std::move(host));
+    auto const provider = std::make_shared<SSHProvider>(
+        SSHProvider::Collaborators{.engine = engine,
+                                   .sshProgram = std::move(program),
+                                   .sockets = {.base = sockets, .user = ::getuid()},
+                                   .savedPasswords = SavedPasswords::ofThisSession(engine)},
+        std::move(host));
     int status = EXIT_SUCCESS;
     try {
         waitFor(provider->connect());
@@ -59,6 +64,29 @@ int askHost(std::string program, std::string host, std::string command)
     return status;
 }
 
+std::string_view nameOf(SSHPassword::Presence presence)
+{
+    switch (presence) {
+    case SSHPassword::Presence::none:
+        return "none";
+    case SSHPassword::Presence::readable:
+        return "readable";
+    case SSHPassword::Presence::locked:
+        return "locked";
+    }
+    std::unreachable();
+}
+
+bool unlockWhileInput(std::string const &host, SSHPassword::Limit limit)
+{
+    std::stop_source giveUp;
+    std::jthread const reader([giveUp]() mutable {
+        std::cin.ignore(std::numeric_limits<std::streamsize>::max());
+        giveUp.request_stop();
+    });
+    return SSHPassword::unlock(host, giveUp.get_token(), limit);
+}
+
 int useStore(SSHPassword::Limit limit, std::string_view operation, std::string const &host)
 {
     auto const say = [](bool isSo) { std::cout << (isSo ? "yes" : "no"); };
@@ -68,6 +96,12 @@ int useStore(SSHPassword::Limit limit, std::string_view operation, std::string c
         say(SSHPassword::exists(host, limit));
     } else if (operation == "remove") {
         say(SSHPassword::remove(host, limit));
+    } else if (operation == "presence") {
+        std::cout << nameOf(SSHPassword::presence(host, limit));
+    } else if (operation == "unlock") {
+        say(SSHPassword::unlock(host, {}, limit));
+    } else if (operation == "unlock-while-input") {
+        say(unlockWhileInput(host, limit));
     } else {
         auto const password = SSHPassword::read(host, limit);
         std::cout << (password ? password->text() : "(none)");
