@@ -17,9 +17,10 @@ namespace tw::PrivateFile {
 namespace {
 
 constexpr mode_t forItsUser = 0600;
+constexpr mode_t allRights = 0777;
 constexpr mode_t folderForItsUser = 0700;
 
-/// Null for anything but a plain file. Not blocking: opening a pipe to write waits for a reader.
+/// Null for anything but a plain file. O_NONBLOCK, because opening a pipe for writing waits for a reader.
 FileDescriptor openPlain(std::string const &file, int flags)
 {
     FileDescriptor opened(::open(file.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, forItsUser));
@@ -37,7 +38,7 @@ std::optional<std::size_t> sizeOf(int descriptor)
     return static_cast<std::size_t>(status.st_size);
 }
 
-/// Fewer bytes if the file has become shorter meanwhile.
+/// Fewer bytes if the file has become shorter since its size was read.
 std::optional<std::string> readFrom(int descriptor, std::size_t offset, std::size_t bytes)
 {
     std::string text;
@@ -59,6 +60,16 @@ bool makeFolderOf(std::string const &file)
     }
     struct stat status;
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool make(std::string const &file)
+{
+    // Only a new file is opened: closing a file releases every lock that this process has on it, see fcntl(2).
+    FileDescriptor const made(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, forItsUser));
+    struct stat status;
+    if (::lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return false;
+    return (status.st_mode & allRights) == forItsUser || ::chmod(file.c_str(), forItsUser) == 0;
 }
 
 std::optional<std::string> read(std::string const &file, std::size_t maxBytes)
@@ -91,7 +102,7 @@ bool replace(std::string const &file, std::string_view text)
     FileDescriptor const made(::mkostemp(next.data(), O_CLOEXEC)); // its mode is 0600, see mkstemp(3)
     if (!made)
         return false;
-    // On disk before it has its name: after a power cut the old text is better than none.
+    // On disk before the rename: after a power cut the old text is better than no text.
     if (WholeFile::write(made.get(), text) == 0 && ::fsync(made.get()) == 0 &&
         ::rename(next.c_str(), file.c_str()) == 0)
         return true;

@@ -5,25 +5,29 @@
 #include <string>
 #include <string_view>
 
-/// Small files of the program's own that nobody but its user may read: they have that mode from the first moment on.
+/// Files of the program that only its user may read. They have the mode 0600 from the moment they exist.
 ///
-/// All of it blocks, but never on a pipe or a device that somebody has put in the file's place.
-/// Errors: told by the answer only; these are files that the program works without.
+/// Every function blocks, but never on a pipe or a device that takes the place of the file.
+/// Errors: returned as false or as nothing; the program works without these files.
 namespace tw::PrivateFile {
 
-/// Makes the folder that the file lies in, with those above it. One that is there keeps its mode.
+/// Makes the folder of the file, and the folders above it, with the mode 0700. An existing folder keeps its mode.
 bool makeFolderOf(std::string const &file);
 
-/// All of it, if it can be read and has at most `maxBytes`.
+/// Makes an empty file, or restricts an existing one to the user. False if `file` is a link or no plain file: a link
+/// could lead to a file of another program.
+bool make(std::string const &file);
+
+/// The whole content, if the file can be read and has at most `maxBytes`.
 std::optional<std::string> read(std::string const &file, std::size_t maxBytes);
 
-/// The last `bytes` of a file that has more. Nothing for one that has not.
+/// The last `bytes` of the file. Nothing if the file has no more than `bytes`.
 std::optional<std::string> readEnd(std::string const &file, std::size_t bytes);
 
-/// Appends in one write, so that two processes do not write into each other's lines. Makes the file if need be.
+/// Appends in one write, so that two processes do not write into each other's lines. Makes the file if it is missing.
 bool append(std::string const &file, std::string_view text);
 
-/// In one step: whoever reads the file finds the old text or the new one.
+/// Replaces the content in one step: a reader finds either the old text or the new text.
 bool replace(std::string const &file, std::string_view text);
 
 } // namespace tw::PrivateFile

@@ -1,6 +1,13 @@
 #include "TWEngine/Store/ListingDatabase.h"
 
 #include "TWCore/Model/SnapshotCodec.h"
+#include "TWEngine/Platform/PrivateFile.h"
+
+#include <array>
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace tw {
 
@@ -23,21 +30,19 @@ constexpr char schema[] = "PRAGMA journal_mode = WAL;\n"
                           "  ON listings(provider, path);\n"
                           "CREATE INDEX IF NOT EXISTS listings_age ON listings(fetched);";
 
-/// Deleted content is overwritten where that costs no writing of its own. Debian's SQLite zeroes every page that it
-/// frees, and would write two hundred megabytes of zeros, twice, to throw as many away; the file is private with or
-/// without.
+/// Debian's SQLite overwrites every page that it frees: it would write two hundred megabytes of zeros, twice, to delete
+/// as many. FAST overwrites only where that costs no extra write; the file is private in either case.
 constexpr char habits[] = "PRAGMA secure_delete = FAST";
 
-/// Tables of others, and whether ours is there.
-constexpr char contents[] = "SELECT COALESCE(SUM(tbl_name <> 'listings'), 0), COALESCE(SUM(name = 'listings'), 0)\n"
-                            "FROM sqlite_master WHERE name NOT LIKE 'sqlite@_%' ESCAPE '@'";
-
-constexpr char columns[] = "SELECT id, provider, path, fetched, bytes, blob FROM listings";
-
-/// A look into the table and both of its indexes: some pages, whatever the size.
-constexpr char probe[] = "SELECT bytes FROM listings ORDER BY fetched LIMIT 1;\n"
-                         "SELECT bytes FROM listings ORDER BY id DESC LIMIT 1;\n"
+/// Fails on a table of another schema. Reads the first entry of the table and of both indexes, so that most damage
+/// shows at once, at the cost of a few pages.
+constexpr char probe[] = "SELECT id, blob FROM listings LIMIT 1;\n"
+                         "SELECT bytes FROM listings ORDER BY fetched LIMIT 1;\n"
                          "SELECT bytes FROM listings ORDER BY provider, path LIMIT 1;";
+
+/// The database and what SQLite puts beside it. The database is removed last: a journal without its database would be
+/// played back into the next one.
+constexpr std::array suffixes{"-journal", "-wal", "-shm", ""};
 
 constexpr char upsert[] = "INSERT INTO listings (provider, path, fetched, bytes, blob)\n"
                           "VALUES (?, ?, ?, ?, ?)\n"
@@ -46,8 +51,7 @@ constexpr char upsert[] = "INSERT INTO listings (provider, path, fetched, bytes,
                           "  bytes   = excluded.bytes,\n"
                           "  blob    = excluded.blob";
 
-/// What one call deletes when there is much to delete, so that others have their turn in between: some ten
-/// milliseconds' worth of it.
+/// How much one call deletes, so that other operations get their turn: about ten milliseconds of work.
 constexpr std::int64_t rowsAtATime = 500;
 constexpr std::int64_t bytesAtATime = 8 << 20;
 
@@ -60,58 +64,54 @@ std::int64_t wholeSeconds(std::chrono::system_clock::time_point time)
 
 std::unique_ptr<ListingDatabase> ListingDatabase::open(std::string const &directory)
 {
-    auto folder = StoreFolder::open(directory);
-    if (!folder)
+    constexpr mode_t forItsUser = 0700;
+    auto const hasFolder = PrivateFile::makeFolderOf(directory + "/listings.sqlite");
+    std::error_code failure;
+    auto const folder =
+        std::filesystem::canonical(directory, failure); // SQLite is not to follow links, see SqliteDatabase
+    if (!hasFolder || failure)
         return nullptr;
-    std::unique_ptr<ListingDatabase> listings(new ListingDatabase(*std::move(folder)));
-    if (listings->openReplacingDamage() != Opening::usable)
-        return nullptr;
-    listings->folder.share();
-    return listings;
+    ::chmod(folder.c_str(), forItsUser); // best effort, for a folder that was there before
+    return openFile(folder / "listings.sqlite");
 }
 
-ListingDatabase::Opening ListingDatabase::openReplacingDamage()
+std::unique_ptr<ListingDatabase> ListingDatabase::openFile(std::string const &path)
 {
-    auto const opening = openFile();
-    if (opening != Opening::damaged || !folder.isAlone())
-        return opening;
-    database.reset();
-    folder.removeDatabase();
-    return openFile();
-}
-
-ListingDatabase::Opening ListingDatabase::openFile()
-{
-    if (!folder.preparePrivateFile())
-        return Opening::refused;
-    database = SqliteDatabase::open(folder.databasePath());
-    if (!database)
-        return Opening::refused;
-    damaged = false;
-    auto const opening = examine();
-    return damaged ? Opening::damaged : opening;
-}
-
-ListingDatabase::Opening ListingDatabase::examine()
-{
-    {
-        // Looked at before anything is written: a database of another program's is not ours to change.
-        auto statement = prepare(contents);
-        if (!statement || step(*statement) != SqliteResult::row || statement->integer(0) > 0)
-            return Opening::refused;
-        if (statement->integer(1) > 0 && !prepare(columns))
-            return Opening::refused;
+    for (auto const isFirst : {true, false}) {
+        std::unique_ptr<ListingDatabase> listings(new ListingDatabase(path));
+        if (auto const result = listings->prepareForUse(); result == SqliteResult::done)
+            return listings;
+        else if (result == SqliteResult::failed || !isFirst)
+            break;
+        listings->removeFiles();
     }
-    if (run(habits) != SqliteResult::done || run(schema) != SqliteResult::done || run(probe) != SqliteResult::done)
-        return Opening::refused;
-    return Opening::usable;
+    return nullptr;
 }
 
-void ListingDatabase::discard(std::unique_ptr<ListingDatabase> database)
+std::unique_ptr<ListingDatabase> ListingDatabase::replace(std::unique_ptr<ListingDatabase> damaged)
 {
-    database->database.reset();
-    if (database->folder.tryToBeAlone())
-        database->folder.removeDatabase();
+    damaged->removeFiles();
+    return openFile(damaged->file);
+}
+
+SqliteResult ListingDatabase::prepareForUse()
+{
+    if (PrivateFile::make(file))
+        database = SqliteDatabase::open(file);
+    if (!database)
+        return SqliteResult::damaged; // a link, a folder, or a file of another user
+    for (auto const *const statements : {habits, schema, probe}) {
+        if (auto const result = database->run(statements); result != SqliteResult::done)
+            return result;
+    }
+    return SqliteResult::done;
+}
+
+void ListingDatabase::removeFiles()
+{
+    database.reset();
+    for (auto const *const suffix : suffixes)
+        ::unlink((file + suffix).c_str());
 }
 
 ListingDatabase::Loaded ListingDatabase::load(std::string_view provider, std::string path,
@@ -128,16 +128,16 @@ ListingDatabase::Loaded ListingDatabase::load(std::string_view provider, std::st
     auto const seconds = std::chrono::duration<double>(now.time_since_epoch());
     if (seconds.count() - static_cast<double>(statement->integer(1)) > maxAge.count())
         return {.isAnswered = true, .listing = std::nullopt};
-    // Decoded where SQLite has it: the names are copied out once, and the blob is not. An empty one does not decode.
+    // Decoded in SQLite's memory: the names are copied once, the blob is not. An empty blob does not decode.
     return {.isAnswered = true, .listing = SnapshotCodec::decode(statement->blob(0), path)};
 }
 
 void ListingDatabase::save(std::string_view provider, Listings const &listings)
 {
-    // Whoever does not get the lock here would wait for it again with every row.
+    // Without the lock, every row would wait for it again.
     if (listings.empty() || run("BEGIN IMMEDIATE") != SqliteResult::done)
         return;
-    if (!insert(provider, listings) || run("COMMIT") != SqliteResult::done)
+    if ((!insert(provider, listings) || run("COMMIT") != SqliteResult::done) && database->isInTransaction())
         run("ROLLBACK");
 }
 
@@ -154,8 +154,8 @@ bool ListingDatabase::insert(std::string_view provider, Listings const &listings
         statement->bind(3, wholeSeconds(snapshot.fetchedAt()));
         statement->bind(4, static_cast<std::int64_t>(blob.size()));
         statement->bindBlob(5, blob);
-        step(*statement); // one that cannot be kept does not keep the others from it
-        // Unless SQLite has rolled back by itself: what follows would be a transaction for each row.
+        step(*statement); // a row that fails does not stop the others
+        // SQLite may have rolled back by itself; every further row would then be a transaction of its own.
         if (damaged || !database->isInTransaction())
             return false;
     }
@@ -198,7 +198,7 @@ bool ListingDatabase::removeSomeOver(std::int64_t maxBytes)
     auto const over = size().bytes - maxBytes;
     if (over <= 0)
         return false;
-    // The rows of one scan have one time, and may be more than are deleted at a time.
+    // The rows of one scan have the same time, and may be more than one call deletes.
     if (over > bytesAtATime && removeOldest(bytesAtATime) > 0)
         return true;
     removeOldest(over);

@@ -2,7 +2,6 @@
 
 #include "TWCore/Provider/FileSystemProvider.h"
 #include "TWEngine/Store/SqliteDatabase.h"
-#include "TWEngine/Store/StoreFolder.h"
 
 #include <chrono>
 #include <cstdint>
@@ -16,43 +15,44 @@ namespace tw {
 /// The table of listings in its file: one row for each provider and path.
 ///
 /// Threads: one at a time. All operations block.
-/// Errors: none is reported. What cannot be read is not there, what cannot be written is not remembered. The one thing
-/// that makes a difference is damage, see `isDamaged`.
+/// Errors: not reported. What cannot be read is not found, what cannot be written is not remembered. Only damage makes
+/// a difference, see `isDamaged`.
 class ListingDatabase {
 public:
-    /// Null if there is none to be had. A damaged file is replaced by an empty one, if no other process has it open;
-    /// one that cannot be opened for any other reason, or that is the database of another program, is left as it is.
+    /// Opens the database in that folder, and makes the folder if it is missing. A file that is damaged, has another
+    /// schema or cannot be opened is deleted and made anew: it is a cache. Null if that fails too, if another process
+    /// holds a lock, or if the disk is full.
     static std::unique_ptr<ListingDatabase> open(std::string const &directory);
 
-    /// Whether an operation found that the file is broken. It is of no more use then: see `discard`.
+    /// True if an operation found the file broken.
     bool isDamaged() const noexcept { return damaged; }
 
-    /// Closes a damaged database and removes its file, unless another process has it open. Whoever opens next makes a
-    /// new one.
-    static void discard(std::unique_ptr<ListingDatabase> database);
+    /// Deletes the file of a damaged database and makes a new one. Another process that has the old file open keeps
+    /// working on it, and loses what it saves.
+    static std::unique_ptr<ListingDatabase> replace(std::unique_ptr<ListingDatabase> damaged);
 
     struct Loaded {
-        bool isAnswered = false; ///< there was a database to look into
+        bool isAnswered = false; ///< the database could be asked
         std::optional<DirectorySnapshot> listing;
     };
 
-    /// The listing of `path`, unless it is older than `maxAge`, or damaged.
+    /// The listing of `path`, unless it is older than `maxAge` or does not decode.
     Loaded load(std::string_view provider, std::string path, std::chrono::system_clock::time_point now,
                 std::chrono::duration<double> maxAge);
 
-    /// All in one transaction.
+    /// Saves all listings in one transaction.
     void save(std::string_view provider, Listings const &listings);
 
     void remove(std::string_view provider, std::string_view path);
     void removeTree(std::string_view provider, std::string_view path);
     void removeAll(std::string_view provider);
 
-    /// Deletes some of the rows that were fetched before that second. False: there are none left.
+    /// Deletes some of the rows that were fetched before that second. False if none is left.
     bool removeSomeBefore(std::int64_t fetched);
 
-    /// Deletes some of the oldest rows, as long as there are more than `maxBytes`. False: there is nothing left to do.
-    /// Rows of one second go together, and only if that does not delete more than there is too much: what remains may
-    /// be over by part of the next ones.
+    /// Deletes some of the oldest rows while the blobs have more than `maxBytes`. False if nothing is left to do.
+    /// The rows of one second are deleted together, and only if the rest does not fall below `maxBytes`: the rest may
+    /// stay above it by part of one second's rows.
     bool removeSomeOver(std::int64_t maxBytes);
 
     struct Size {
@@ -63,27 +63,27 @@ public:
     Size size();
 
 private:
-    enum class Opening { usable, damaged, refused };
+    explicit ListingDatabase(std::string path) : file(std::move(path)) {}
 
-    explicit ListingDatabase(StoreFolder place) : folder(std::move(place)) {}
+    static std::unique_ptr<ListingDatabase> openFile(std::string const &path);
 
-    Opening openFile();
-    Opening openReplacingDamage();
-    Opening examine();
+    /// `damaged`: of no use, to be deleted. `failed`: it may work another time.
+    SqliteResult prepareForUse();
+    void removeFiles();
 
-    /// A statement that is ready for its first step, or nothing.
+    /// A statement that is ready for its first step. Nothing if it cannot be prepared.
     std::optional<SqliteStatement> prepare(std::string_view statement);
     SqliteResult step(SqliteStatement &statement);
     SqliteResult run(char const *statements);
     void runWith(std::string_view statement, std::initializer_list<std::string_view> texts);
 
-    /// In a transaction. False if it cannot be committed.
+    /// Runs in a transaction. False if the transaction cannot be committed.
     bool insert(std::string_view provider, Listings const &listings);
 
-    /// The rows that come first by age and have that many bytes together, or fewer. How many rows that were.
+    /// Deletes the oldest rows that have at most `bytes` together. Returns the number of rows.
     std::int64_t removeOldest(std::int64_t bytes);
 
-    StoreFolder folder; ///< goes after the database, whose use it guards
+    std::string const file;
     std::optional<SqliteDatabase> database;
     bool damaged = false;
 };

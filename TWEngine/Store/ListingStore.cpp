@@ -37,16 +37,16 @@ std::invoke_result_t<Use, ListingDatabase &> ListingStore::useDatabase(Use use)
     using Result = std::invoke_result_t<Use, ListingDatabase &>;
     if (!database)
         return Result();
-    auto const discardIfDamaged = [this] {
+    auto const replaceIfDamaged = [this] {
         if (database->isDamaged())
-            ListingDatabase::discard(std::move(database));
+            database = ListingDatabase::replace(std::move(database));
     };
     if constexpr (std::is_void_v<Result>) {
         use(*database);
-        discardIfDamaged();
+        replaceIfDamaged();
     } else {
         auto result = use(*database);
-        discardIfDamaged();
+        replaceIfDamaged();
         return result;
     }
 }
@@ -54,7 +54,7 @@ std::invoke_result_t<Use, ListingDatabase &> ListingStore::useDatabase(Use use)
 template <class Use>
 Task<std::invoke_result_t<Use, ListingDatabase &>> ListingStore::withDatabase(Use use)
 {
-    // A static coroutine with arguments: the owner and what `use` holds lie in the frame, and are let go on the strand.
+    // A static coroutine with arguments: the frame holds the owner and `use`, and releases them on the strand.
     static constexpr auto run = [](std::shared_ptr<ListingStore> self,
                                    Use work) -> Task<std::invoke_result_t<Use, ListingDatabase &>> {
         co_return self->useDatabase(std::move(work));
@@ -114,7 +114,7 @@ Task<void> ListingStore::trimHere(std::shared_ptr<ListingStore> self)
     auto const tooMany = [bytes = self->limits.maxBytes](ListingDatabase &listings) {
         return listings.removeSomeOver(bytes);
     };
-    // Behind whatever was asked meanwhile, between one part and the next.
+    // Between two parts, the operations that were queued meanwhile run.
     while (!context.stop.stop_requested() && self->useDatabase(tooOld))
         co_await onStrand(self->strand, nothing());
     while (!context.stop.stop_requested() && self->useDatabase(tooMany))

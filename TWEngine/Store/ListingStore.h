@@ -16,13 +16,13 @@ class ListingDatabase;
 /// Keeps listings across restarts, in one SQLite database for all connections, so that a folder that was visited last
 /// week is on screen before its host has been reached.
 ///
-/// Threads: serialised on a strand of its own; every operation may be called from anywhere. The strand stands on the
-/// pool's interactive threads, since its calls block and a person waits for `load`: it queues behind no scan of the
-/// background, and never behind all of a `trim`, which lets others go first again and again.
+/// Threads: serialised on a strand of its own; every operation may be called from anywhere. The strand runs on
+/// interactive threads, since its calls block and a person waits for `load`. A `load` waits for one turn of a `trim`
+/// at most.
 /// Lifetime: shared. Closing may write, so `close` is awaited before the last reference goes.
-/// Cancellation: an operation that has begun is finished, but for `trim`, which stops at its next turn.
-/// Errors: none, of any operation. A full disk, a lock that others hold or a damaged file means that a listing is not
-/// found or not remembered. A file that proves damaged is not used any more, and the next start makes a new one.
+/// Cancellation: an operation that has started is finished, except `trim`, which stops at its next turn.
+/// Errors: none. On a full disk or under a lock of another process, a listing is not found or not remembered. A damaged
+/// file is deleted and made anew.
 class ListingStore final : public PersistentListings, public std::enable_shared_from_this<ListingStore> {
 public:
     struct Limits {
@@ -37,9 +37,10 @@ public:
         std::int64_t bytes = 0; ///< of blobs
     };
 
-    /// The store in that folder, which is made if need be and is then for its user only. Null if it cannot be opened.
+    /// Opens the store in that folder, which only its user may enter; makes the folder if it is missing. Null if the
+    /// store cannot be opened.
     ///
-    /// Blocks for some milliseconds, and for less than two seconds whatever other processes do.
+    /// Blocks for some milliseconds, and for less than two seconds if another process holds a lock.
     static std::shared_ptr<ListingStore> create(WorkerPool const &workers, std::shared_ptr<Clock> clock,
                                                 std::string const &directory, Limits limits);
 
@@ -53,12 +54,12 @@ public:
     Task<void> removeTree(std::string provider, std::string path) override;
     Task<void> removeAll(std::string provider);
 
-    /// Deletes what is too old, and of the rest the oldest until it fits.
+    /// Deletes the rows that are older than `maxAge`, and then the oldest rows until the rest fits into `maxBytes`.
     Task<void> trim();
 
     Task<Statistics> statistics();
 
-    /// Closes the database. Everything that is asked later does nothing.
+    /// Closes the database. Later operations do nothing.
     Task<void> close();
 
 private:
@@ -70,7 +71,7 @@ private:
     template <class Use>
     Task<std::invoke_result_t<Use, ListingDatabase &>> withDatabase(Use use);
 
-    /// The same, for one who is on the strand.
+    /// The same for a caller on the strand. A database that `use` finds damaged is replaced.
     template <class Use>
     std::invoke_result_t<Use, ListingDatabase &> useDatabase(Use use);
 
@@ -80,7 +81,7 @@ private:
     Limits const limits;
 
     // On the strand.
-    std::unique_ptr<ListingDatabase> database; ///< null once it is closed or found damaged
+    std::unique_ptr<ListingDatabase> database; ///< null after `close`, or if a damaged file could not be replaced
     std::int64_t hits = 0;
     std::int64_t misses = 0;
 };

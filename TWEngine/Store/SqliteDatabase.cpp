@@ -6,8 +6,8 @@ namespace tw {
 
 namespace {
 
-/// How long a call waits for a lock that another process holds. Another of our kind writes for some milliseconds at a
-/// time; whoever holds a lock for longer is not waited for, since what is asked behind this call waits with it.
+/// How long a call waits for a lock of another process. A second instance of this program writes for some milliseconds
+/// at a time; a longer wait would hold up every operation that is queued behind the call.
 constexpr std::chrono::milliseconds lockWait{200};
 
 } // namespace
@@ -22,7 +22,7 @@ std::optional<SqliteDatabase> SqliteDatabase::open(std::string const &path)
     constexpr int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW;
     sqlite3 *opened = nullptr;
     auto const code = sqlite3_open_v2(path.c_str(), &opened, flags, nullptr);
-    SqliteDatabase database(opened); // there is a handle to close even if the opening failed
+    SqliteDatabase database(opened); // SQLite returns a handle to be closed even if it fails
     if (code != SQLITE_OK)
         return std::nullopt;
     sqlite3_busy_timeout(opened, static_cast<int>(lockWait.count()));

@@ -15,24 +15,24 @@ namespace tw {
 /// Threads: one at a time; SQLite's own mutex is off. All operations block.
 class SqliteDatabase {
 public:
-    /// Absent if it cannot be opened. That the file is a database shows only when it is read.
+    /// Absent if the file cannot be opened. SQLite finds out whether the file is a database when it first reads it.
     ///
     /// No component of `path` may be a symbolic link.
     static std::optional<SqliteDatabase> open(std::string const &path);
 
-    /// Runs one or several statements and looks at no rows.
+    /// Runs one or several statements and ignores their rows.
     SqliteResult run(char const *statements);
 
-    /// Absent if it cannot be prepared; why, `lastResult` tells.
+    /// Absent if the statement cannot be prepared; `lastResult` has the reason.
     std::optional<SqliteStatement> prepare(std::string_view statement);
 
-    /// How the last call ended.
+    /// The result of the last call.
     SqliteResult lastResult() const;
 
-    /// How many rows the last statement changed.
+    /// The number of rows that the last statement changed.
     std::int64_t changes() const;
 
-    /// SQLite itself rolls back what meets a full disk or an I/O error.
+    /// False after SQLite has rolled back by itself, as it does on a full disk or an I/O error.
     bool isInTransaction() const;
 
 private:

@@ -13,6 +13,7 @@ SqliteResult sqliteResult(int code) noexcept
         return SqliteResult::done;
     case SQLITE_ROW:
         return SqliteResult::row;
+    case SQLITE_ERROR: // all statements are ours and correct, so the schema is not ours
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
         return SqliteResult::damaged;

@@ -2,15 +2,15 @@
 
 namespace tw {
 
-/// What became of a call of SQLite, as far as it makes a difference.
+/// The result of a call of SQLite, as far as callers distinguish it.
 enum class SqliteResult {
     done,
     row,     ///< a statement has a row to read
-    damaged, ///< the file is no database, or a broken one: it stays so whatever is tried
-    failed   ///< anything else: locked, full, not permitted, an I/O error. It may work another time.
+    damaged, ///< the file is broken, is no database, or has another schema: no retry helps
+    failed   ///< anything else, such as locked, full, not permitted, an I/O error: a retry may help
 };
 
-/// Of a result code of SQLite, extended or not.
+/// Converts a result code of SQLite, extended or not.
 SqliteResult sqliteResult(int code) noexcept;
 
 } // namespace tw

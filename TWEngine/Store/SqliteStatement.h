@@ -12,25 +12,25 @@ namespace tw {
 
 /// A prepared statement, finalised with the object. Parameters are numbered from 1, columns from 0.
 ///
-/// Lifetime: goes before the database that prepared it.
-/// Errors: a parameter that cannot be bound is one that makes the next step fail.
+/// Lifetime: destroyed before the database that prepared it.
+/// Errors: a parameter that cannot be bound makes the next step fail.
 class SqliteStatement {
 public:
     explicit SqliteStatement(sqlite3_stmt *prepared) noexcept : handle(prepared) {}
 
-    /// Nothing is copied: `value` must last until the statement is reset or gone.
+    /// Copies nothing: `value` must outlive the statement or its next reset.
     void bind(int parameter, std::string_view value);
     void bind(int parameter, std::int64_t value);
     void bindBlob(int parameter, std::string_view value);
 
     SqliteResult step();
 
-    /// Makes it ready to be run again, with nothing bound.
+    /// Makes the statement ready to run again, with nothing bound.
     void reset();
 
     std::int64_t integer(int column) const;
 
-    /// A blob in memory of SQLite's, until the next step or reset. Empty for null.
+    /// A blob in SQLite's memory, valid until the next step or reset. Empty for null.
     std::string_view blob(int column) const;
 
 private:

@@ -1,56 +1,37 @@
-#include "TWEngine/Runtime/ChildProcess.h"
 #include "tests/support/ListingStoreTest.h"
 
 #include <csignal>
 #include <filesystem>
-#include <sqlite3.h>
 
 #include <sys/resource.h>
 
 namespace tw::test {
 namespace {
 
-using namespace std::chrono_literals;
-
-/// Another process that is in the middle of writing into the store, until the object goes.
-class Writer {
-public:
-    Writer(EngineRuntime &runtime, TestLoop &testLoop, std::string const &database) : loop(testLoop)
-    {
-        auto started = ChildProcess::start(
-            runtime.io(),
-            {.program = TARNWICK_WRITE_LOCK_HOLDER, .arguments = {database}, .input = PipeEnd{}, .output = PipeEnd{}});
-        if (!started)
-            throw std::runtime_error("the other process does not start");
-        child = *started;
-        if (loop.run(child->read(ChildOutput::standard)) != "locked\n")
-            throw std::runtime_error("the other process does not get the lock");
-    }
-
-    ~Writer()
-    {
-        child->closeInput();
-        loop.run(child->wait());
-    }
-
-    /// Ends it in the middle of what it does.
-    void kill() { child->kill(); }
-
-    Writer(Writer const &) = delete;
-    Writer &operator=(Writer const &) = delete;
-
-private:
-    TestLoop &loop;
-    std::shared_ptr<ChildProcess> child;
-};
-
-/// While another process writes.
-class ListingStoreLockTest : public ListingStoreTest {
+/// What the store does while the database cannot be written.
+class ListingStoreFaultsTest : public ListingStoreTest {
 protected:
-    std::unique_ptr<Writer> write() { return std::make_unique<Writer>(runtime, loop, databasePath()); }
+    /// Another connection that writes, and holds its lock until it is destroyed.
+    SqliteDatabase writer(char const *begin = "BEGIN IMMEDIATE")
+    {
+        auto connection = SqliteDatabase::open(databasePath());
+        if (!connection || connection->run(begin) != SqliteResult::done)
+            throw std::runtime_error("the other connection does not get the lock");
+        return *std::move(connection);
+    }
+
+    /// Some megabytes.
+    Listings muchToSave()
+    {
+        Listings scan;
+        std::vector<ListedEntry> const rows(1'000, file("a name of some length, as they are"));
+        for (int i = 0; i < 50; ++i)
+            scan.emplace("/srv/" + std::to_string(i), listing("/srv/" + std::to_string(i), rows, clock->now()));
+        return scan;
+    }
 };
 
-TEST_F(ListingStoreLockTest, aRowThatCannotBeKeptDoesNotKeepTheOthersFromIt)
+TEST_F(ListingStoreFaultsTest, aRowThatCannotBeKeptDoesNotKeepTheOthersFromIt)
 {
     ASSERT_TRUE(open());
     save("/first", {file("a")});
@@ -66,33 +47,25 @@ TEST_F(ListingStoreLockTest, aRowThatCannotBeKeptDoesNotKeepTheOthersFromIt)
     EXPECT_TRUE(has("/c"));
 }
 
-TEST_F(ListingStoreLockTest, aListingIsLoadedWhileAnotherProcessWrites)
+TEST_F(ListingStoreFaultsTest, aListingIsLoadedWhileAnotherProcessWrites)
 {
     ASSERT_TRUE(open());
     save("/srv", {file("a")});
-    auto const writer = write();
+    auto const other = writer();
     EXPECT_TRUE(has("/srv"));
-    EXPECT_EQ(statistics().rows, 1);
-}
-
-TEST_F(ListingStoreLockTest, aStoreIsOpenedWhileAnotherProcessWrites)
-{
-    ASSERT_TRUE(open());
-    save("/srv", {file("a")});
     close();
-    auto const writer = write();
     ASSERT_TRUE(open());
     EXPECT_TRUE(has("/srv"));
 }
 
-TEST_F(ListingStoreLockTest, whatCannotBeWrittenForAnotherIsForgottenAndNotWaitedForWithEachRow)
+TEST_F(ListingStoreFaultsTest, whatCannotBeWrittenIsForgottenAndNotWaitedForWithEachRow)
 {
     ASSERT_TRUE(open());
     save("/srv", {file("a")});
     {
-        auto const writer = write();
+        auto const other = writer();
         Listings scan;
-        // With a wait for each of them it would take longer than a test may.
+        // A wait for each row would take longer than a test may.
         for (int i = 0; i < 5'000; ++i)
             scan.emplace("/srv/" + std::to_string(i), listing("/srv/" + std::to_string(i), {}, clock->now()));
         loop.run(store->save(host, std::move(scan)));
@@ -105,31 +78,17 @@ TEST_F(ListingStoreLockTest, whatCannotBeWrittenForAnotherIsForgottenAndNotWaite
     EXPECT_TRUE(has("/srv"));
 }
 
-TEST_F(ListingStoreLockTest, aStoreThatAnotherProcessIsMakingIsNotTakenForADamagedOne)
+TEST_F(ListingStoreFaultsTest, aStoreThatAnotherProcessIsMakingIsNotReplaced)
 {
-    std::filesystem::create_directories(cacheFolder);
-    ASSERT_EQ(runSql("CREATE TABLE listings (id INTEGER PRIMARY KEY, provider TEXT NOT NULL, path TEXT NOT NULL,"
-                     " fetched INTEGER NOT NULL, bytes INTEGER NOT NULL, blob BLOB NOT NULL);"
-                     "INSERT INTO listings VALUES (1, 'p', '/kept', 1, 1, x'00')"),
-              SqliteResult::done);
+    ASSERT_TRUE(open());
+    save("/kept", {file("a")});
+    close();
     {
-        auto const writer = write();
+        auto const other = writer("PRAGMA journal_mode = DELETE; BEGIN EXCLUSIVE");
         EXPECT_FALSE(open());
     }
     ASSERT_TRUE(open());
-    EXPECT_EQ(statistics().rows, 1);
-}
-
-TEST_F(ListingStoreLockTest, whatAProcessThatDiedHadBegunToWriteIsNotThere)
-{
-    ASSERT_TRUE(open());
-    save("/srv", {file("a")});
-    write()->kill();
-    EXPECT_TRUE(has("/srv"));
-    save("/later", {file("b")});
-    close();
-    ASSERT_TRUE(open());
-    EXPECT_EQ(statistics().rows, 2);
+    EXPECT_TRUE(has("/kept"));
 }
 
 /// No file of this process may grow beyond that size: a write fails as it does on a full disk.
@@ -161,20 +120,7 @@ private:
     void (*const onExcess)(int) = std::signal(SIGXFSZ, SIG_IGN);
 };
 
-class ListingStoreFullDiskTest : public ListingStoreTest {
-protected:
-    /// Some megabytes.
-    Listings muchToSave()
-    {
-        Listings scan;
-        std::vector<ListedEntry> const rows(1'000, file("a name of some length, as they are"));
-        for (int i = 0; i < 50; ++i)
-            scan.emplace("/srv/" + std::to_string(i), listing("/srv/" + std::to_string(i), rows, clock->now()));
-        return scan;
-    }
-};
-
-TEST_F(ListingStoreFullDiskTest, whatDoesNotFitIsForgottenAndTheRestStays)
+TEST_F(ListingStoreFaultsTest, whatDoesNotFitIsForgottenAndTheRestStays)
 {
     ASSERT_TRUE(open());
     save("/kept", {file("a")});
@@ -192,52 +138,12 @@ TEST_F(ListingStoreFullDiskTest, whatDoesNotFitIsForgottenAndTheRestStays)
     EXPECT_EQ(statistics().rows, 51);
 }
 
-TEST_F(ListingStoreFullDiskTest, aStoreThatFindsNoRoomToBeginIsBegunAnotherTime)
+TEST_F(ListingStoreFaultsTest, aStoreThatFindsNoRoomToBeginIsBegunAnotherTime)
 {
     {
         FileSizeLimit const limit(100);
         EXPECT_FALSE(open());
     }
-    EXPECT_TRUE(worksAcrossRestart());
-}
-
-TEST_F(ListingStoreFullDiskTest, aStoreIsReadWhereNothingCanBeWritten)
-{
-    ASSERT_TRUE(open());
-    save("/kept", {file("a")});
-    FileSizeLimit const limit(0);
-    EXPECT_TRUE(has("/kept"));
-    save("/more", {});
-    loop.run(store->remove(host, "/kept"));
-    loop.run(store->trim());
-    EXPECT_TRUE(has("/kept"));
-    EXPECT_EQ(statistics().rows, 1);
-}
-
-/// On a file system without shared memory between processes, as SQLite has it for such.
-class ListingStoreWithoutWalTest : public ListingStoreTest {
-protected:
-    ListingStoreWithoutWalTest() { sqlite3_vfs_register(sqlite3_vfs_find("unix-dotfile"), 1); }
-
-    ~ListingStoreWithoutWalTest() override
-    {
-        if (store)
-            close();
-        sqlite3_vfs_register(usual, 1);
-    }
-
-    sqlite3_vfs *const usual = sqlite3_vfs_find(nullptr);
-};
-
-TEST_F(ListingStoreWithoutWalTest, aStoreWorksAtThePaceOfItsJournal)
-{
-    ASSERT_TRUE(open());
-    save("/srv", {file("a")});
-    EXPECT_FALSE(std::filesystem::exists(databasePath() + "-wal"));
-    EXPECT_TRUE(has("/srv"));
-    loop.run(store->remove(host, "/srv"));
-    EXPECT_FALSE(has("/srv"));
-    close();
     EXPECT_TRUE(worksAcrossRestart());
 }
 

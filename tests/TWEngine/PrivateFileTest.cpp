@@ -65,6 +65,28 @@ TEST_F(PrivateFileTest, aReplacedFileIsTheNewTextAndNothingElseIsLeft)
     EXPECT_THAT(namesOnDisk(folder.path()), ElementsAre("file", "folder"));
 }
 
+TEST_F(PrivateFileTest, aFileIsMadeOrRestrictedToItsUser)
+{
+    EXPECT_TRUE(PrivateFile::make(folder.path("new")));
+    EXPECT_EQ(modeOf(folder.path("new")), 0600U);
+    auto const old = folder.file("old", "text");
+    ASSERT_EQ(::chmod(old.c_str(), 0666), 0);
+    EXPECT_TRUE(PrivateFile::make(old));
+    EXPECT_EQ(modeOf(old), 0600U);
+    EXPECT_EQ(contentOf(old), "text");
+}
+
+TEST_F(PrivateFileTest, neitherALinkNorAFolderIsMadePrivate)
+{
+    auto const target = folder.file("target");
+    ASSERT_EQ(::chmod(target.c_str(), 0644), 0);
+    EXPECT_FALSE(PrivateFile::make(folder.link("link", target)));
+    EXPECT_FALSE(PrivateFile::make(folder.link("broken", folder.path("nowhere"))));
+    EXPECT_FALSE(PrivateFile::make(folder.folder("folder")));
+    EXPECT_EQ(modeOf(target), 0644U);
+    EXPECT_THAT(namesOnDisk(folder.path()), ElementsAre("broken", "folder", "link", "target"));
+}
+
 TEST_F(PrivateFileTest, whatIsNoFileIsNeitherReadNorWritten)
 {
     EXPECT_EQ(PrivateFile::read(folder.path("none"), 10), std::nullopt);

@@ -10,14 +10,14 @@
 namespace tw::test {
 namespace {
 
-TEST(SqliteResultTest, onlyADamagedFileIsDamage)
+TEST(SqliteResultTest, onlyAFileOfNoUseIsDamage)
 {
-    for (auto const code : {SQLITE_CORRUPT, SQLITE_CORRUPT_INDEX, SQLITE_CORRUPT_VTAB, SQLITE_NOTADB})
+    for (auto const code : {SQLITE_ERROR, SQLITE_CORRUPT, SQLITE_CORRUPT_INDEX, SQLITE_CORRUPT_VTAB, SQLITE_NOTADB})
         EXPECT_EQ(sqliteResult(code), SqliteResult::damaged) << code;
     for (auto const code :
-         {SQLITE_ERROR, SQLITE_BUSY, SQLITE_BUSY_RECOVERY, SQLITE_LOCKED, SQLITE_CANTOPEN, SQLITE_READONLY,
-          SQLITE_READONLY_DIRECTORY, SQLITE_FULL, SQLITE_IOERR, SQLITE_IOERR_READ, SQLITE_IOERR_SHORT_READ,
-          SQLITE_NOMEM, SQLITE_PERM, SQLITE_AUTH, SQLITE_SCHEMA, SQLITE_CONSTRAINT, SQLITE_TOOBIG, SQLITE_PROTOCOL})
+         {SQLITE_BUSY, SQLITE_BUSY_RECOVERY, SQLITE_LOCKED, SQLITE_CANTOPEN, SQLITE_READONLY, SQLITE_READONLY_DIRECTORY,
+          SQLITE_FULL, SQLITE_IOERR, SQLITE_IOERR_READ, SQLITE_IOERR_SHORT_READ, SQLITE_NOMEM, SQLITE_PERM, SQLITE_AUTH,
+          SQLITE_SCHEMA, SQLITE_CONSTRAINT, SQLITE_TOOBIG, SQLITE_PROTOCOL})
         EXPECT_EQ(sqliteResult(code), SqliteResult::failed) << code;
     EXPECT_EQ(sqliteResult(SQLITE_OK), SqliteResult::done);
     EXPECT_EQ(sqliteResult(SQLITE_DONE), SqliteResult::done);
@@ -70,7 +70,7 @@ TEST_F(SqliteDatabaseTest, aStatementWithAParameterThatCannotBeBoundDoesNotRun)
 TEST_F(SqliteDatabaseTest, aStatementThatIsNoneIsAbsentAndSaysWhy)
 {
     EXPECT_FALSE(database->prepare("SELEKT"));
-    EXPECT_EQ(database->lastResult(), SqliteResult::failed);
+    EXPECT_EQ(database->lastResult(), SqliteResult::damaged);
 }
 
 TEST_F(SqliteDatabaseTest, itTellsOfTransactionsAndChanges)
