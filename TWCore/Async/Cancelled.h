@@ -4,9 +4,9 @@
 
 namespace tw {
 
-/// Thrown out of a suspension by a task whose stop token was asked to stop.
+/// Thrown at a suspension of a task whose stop token was asked to stop.
 ///
-/// It is how a cancelled task unwinds, not a failure: nobody shows it to the user.
+/// A cancelled task unwinds with it. It is not a failure, and is never shown to the user.
 class Cancelled final : public std::exception {
 public:
     char const *what() const noexcept override { return "cancelled"; }

@@ -12,10 +12,9 @@ using Work = std::move_only_function<void()>;
 /// A place where work runs: the main context, a strand, a pool.
 ///
 /// Threads: `post` may be called from anywhere.
-/// Lifetime: shared; whoever is to be resumed there keeps it alive. An executor whose threads or loop have ended lets
-/// go of work without running it. A task that had begun is lost by that, with all that it holds, which is why owners
-/// end their tasks before their executors end.
-/// Errors: work does not throw; there is nobody to hear it, and the process would end.
+/// Lifetime: shared; every task that resumes there keeps the executor alive. An executor whose threads or loop have
+/// ended destroys work without running it. A task in flight would leak with everything that it holds, so owners end
+/// their tasks before their executors end. Errors: work must not throw; the process would end.
 class Executor {
 public:
     virtual ~Executor() = default;
@@ -24,7 +23,7 @@ public:
     virtual void post(Work work) = 0;
 };
 
-/// What a task inherits from the one that awaits it: where it runs, and who may call it off.
+/// What a task inherits from its awaiting task: where it runs, and what cancels it.
 struct TaskContext {
     std::shared_ptr<Executor> executor;
     std::stop_token stop;

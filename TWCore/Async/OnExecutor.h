@@ -6,7 +6,7 @@ namespace tw {
 
 namespace detail {
 
-/// Moves the task that awaits it to another executor, or behind what is queued on its own.
+/// Moves the awaiting task to `target`. If the task runs there already, it goes behind the work that is queued.
 struct HopAwaiter {
     std::shared_ptr<Executor> target;
 
@@ -15,7 +15,7 @@ struct HopAwaiter {
     template <class Promise>
     void await_suspend(std::coroutine_handle<Promise> caller)
     {
-        // The awaiter lies in the frame, which may be running on the other side as soon as it is posted.
+        // The awaiter is part of the frame, which may run on the target as soon as it is posted.
         auto const executor = std::move(target);
         caller.promise().context.executor = executor;
         executor->post([caller] { caller.resume(); });
@@ -26,9 +26,9 @@ struct HopAwaiter {
 
 } // namespace detail
 
-/// Runs `work` on `executor`, and lets the caller go on where it was.
+/// Runs `work` on `executor` and resumes the caller on the caller's executor.
 ///
-/// The frame of `work` is destroyed on `executor` as well, so that what it held is let go there.
+/// The frame of `work` is destroyed on `executor` too, with everything that it holds.
 template <class T>
 Task<T> onExecutor(std::shared_ptr<Executor> executor, Task<T> work)
 {

@@ -4,7 +4,7 @@
 
 namespace tw {
 
-/// How a task ended, kept until it is time to tell.
+/// How a task ended, as a value.
 template <class T>
 struct Outcome {
     struct Nothing {};
@@ -12,7 +12,7 @@ struct Outcome {
     std::optional<std::conditional_t<std::is_void_v<T>, Nothing, T>> value;
     std::exception_ptr failure; ///< set if there is no value
 
-    /// Returns or throws what the task did, once.
+    /// Returns what the task returned or throws what it threw. To be called once.
     T take()
     {
         if (failure)
@@ -22,7 +22,8 @@ struct Outcome {
     }
 };
 
-/// Runs `work` to its end, whichever that is. Its frame, and with it all that it held, is gone when this answers.
+/// Runs `work` until it returns or throws. Its frame, and everything that the frame holds, is destroyed before this
+/// returns.
 template <class T>
 Task<Outcome<T>> outcomeOf(Task<T> work)
 {

@@ -17,13 +17,13 @@ class Task;
 
 namespace detail {
 
-/// The half of a promise that does not depend on the result: context, and who goes on afterwards.
+/// The half of a promise that does not depend on the result: the context and the continuation.
 struct TaskPromiseBase {
     TaskContext context;
     std::optional<std::stop_token> ownStop; ///< replaces the inherited token, see Task::withStop
     std::coroutine_handle<> continuation;   ///< none until it is awaited
 
-    /// Hands the thread straight to the one that awaits, without growing the stack.
+    /// Resumes the awaiting task on this thread, without growing the stack.
     struct FinalAwaiter {
         bool await_ready() const noexcept { return false; }
 
@@ -90,11 +90,11 @@ struct TaskPromise<void> : TaskPromiseBase {
 
 /// An asynchronous operation that starts when it is awaited and is awaited once.
 ///
-/// It runs on the executor of the task that awaits it and under its stop token; it also ends there, so that whoever
-/// awaits goes on where it was. What it throws reaches the one that awaits. A task that is never awaited never runs.
+/// It runs and ends on the executor of its awaiting task, and under the stop token of that task. What it throws is
+/// thrown by the `co_await`. A task that is never awaited never runs.
 ///
 /// Threads: one at a time; the executor decides which.
-/// Lifetime: the task owns its frame, with all arguments in it; dropping a task that has not been awaited drops them.
+/// Lifetime: the task owns its frame, which holds all arguments. Destroying a task that was not awaited destroys them.
 template <class T = void>
 class [[nodiscard]] Task {
 public:
@@ -114,7 +114,7 @@ public:
             frame.destroy();
     }
 
-    /// The same task, listening to `token` instead of the stop token of the one that awaits it.
+    /// The same task under `token` instead of the stop token of the awaiting task.
     Task withStop(std::stop_token token) &&
     {
         frame.promise().ownStop = std::move(token);
@@ -126,7 +126,7 @@ public:
 private:
     friend promise_type;
 
-    /// Passes the context on, and the thread: the task begins inside the suspension of the one that awaits it.
+    /// Passes on the context and the thread: the task starts inside the suspension of its awaiting task.
     struct Awaiter {
         std::coroutine_handle<promise_type> frame;
 
@@ -162,7 +162,7 @@ inline Task<void> TaskPromise<void>::get_return_object() noexcept
     return Task<void>(std::coroutine_handle<TaskPromise>::from_promise(*this));
 }
 
-/// Answers the context of the task that awaits it, without suspending.
+/// Yields the context of the awaiting task, without suspending.
 struct ContextAwaiter {
     TaskContext context;
 
@@ -180,7 +180,7 @@ struct ContextAwaiter {
 
 } // namespace detail
 
-/// `co_await currentContext()` answers where the running task runs and what may stop it.
+/// `co_await currentContext()` yields the executor and the stop token of the running task.
 inline detail::ContextAwaiter currentContext()
 {
     return {};
@@ -188,8 +188,8 @@ inline detail::ContextAwaiter currentContext()
 
 /// Starts a task that nobody awaits, on the executor and under the stop token of `context`.
 ///
-/// The one place where a task is let loose: `Cancelled` ends it quietly, anything else that it throws is reported
-/// on standard error, since nobody is there to hear it. An executor that lets go of it before it ran frees it.
+/// The only way to start a task without awaiting it. `Cancelled` ends the task silently; any other exception is
+/// reported on standard error. An executor that destroys the task before it ran frees its frame.
 void spawn(TaskContext context, Task<void> task);
 
 } // namespace tw

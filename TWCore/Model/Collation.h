@@ -11,8 +11,8 @@ namespace tw {
 
 /// Sort keys for the names of one snapshot that are not in composed Unicode form (NFC).
 ///
-/// Some file systems hand out decomposed names ("e" and a combining accent), which would sort away from their
-/// composed twins. A listing of ASCII names costs one scan of its bytes and has no keys.
+/// Some file systems return decomposed names ("e" and a combining accent), which would sort apart from the same names
+/// in composed form. A listing of ASCII names costs one scan of its bytes and has no keys.
 class Collation {
 public:
     /// The collation without keys.
@@ -22,7 +22,7 @@ public:
 
     bool isTrivial() const noexcept { return keys.empty(); }
 
-    /// The key of entry `index`, or nothing where the stored name serves as its own.
+    /// The key of entry `index`, or nothing if the stored name is its own key.
     std::optional<std::string_view> key(std::size_t index) const;
 
 private:

@@ -5,18 +5,18 @@
 
 namespace tw {
 
-/// Bytes as text for display: UTF-8, with a replacement character (U+FFFD) for each sequence that is none.
+/// Bytes as text for display: UTF-8, with a replacement character (U+FFFD) for each invalid sequence.
 ///
-/// A sequence that breaks off counts as one; every other byte that cannot stand where it stands counts alone.
-/// Different bytes may come out alike, so what is meant for the file system never goes through here.
+/// An incomplete sequence is one invalid sequence; every other invalid byte is one of its own. Different bytes may
+/// yield the same text, so a path for the file system is never converted.
 std::string repaired(std::string_view bytes);
 
-/// The same, with every control character shown as a sign, so that the text is one line wherever it is shown: by its
-/// own symbol where Unicode has one, by that of a new line for the other line ends, else by the replacement character.
+/// The same, with a visible sign for every control character, so that the text stays on one line: the symbol of the
+/// character where Unicode has one, the symbol of a new line for other line ends, else the replacement character.
 std::string onOneLine(std::string_view bytes);
 
-/// The same, with a replacement character also for what takes no place of its own or turns the direction of the text
-/// around it. For names that tell whom one talks to, such as a host's: two that look alike are alike.
+/// The same, with a replacement character also for characters that have no width or change the direction of the text.
+/// For names that identify a peer, such as a host: names that look alike are equal.
 std::string withNothingHidden(std::string_view bytes);
 
 } // namespace tw

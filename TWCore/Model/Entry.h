@@ -19,10 +19,10 @@ enum class EntryKind : std::uint8_t {
     unknown = '?',
 };
 
-/// The kind of a type letter, or nothing for a byte that is none.
+/// The kind of a type letter, or nothing for any other byte.
 std::optional<EntryKind> entryKindFromRaw(std::uint8_t raw) noexcept;
 
-/// The kind of a type letter, `unknown` for a byte that is none: what a parser uses, since a host may send anything.
+/// The kind of a type letter, or `unknown` for any other byte. For parsers, since a host may send anything.
 EntryKind entryKind(std::uint8_t byte) noexcept;
 
 /// One row of a listing: a flat record that points into the snapshot's shared name storage.
@@ -48,6 +48,6 @@ static_assert(sizeof(Entry) == 32, "the memory of a held listing is counted on 3
 
 template <>
 struct std::hash<tw::Entry> {
-    /// Over all six fields, in their order.
+    /// Compares all six fields.
     std::size_t operator()(tw::Entry const &entry) const noexcept;
 };

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-/// The stream that a host prints for a scan of a directory tree, and the paths that listings are known by.
+/// Parses the stream that a host prints for a scan of a directory tree.
 ///
 /// A stream is a sequence of records, each ended by a NUL, of five fields with a TAB between them: the type letter, the
 /// size, the modification time, the mode in octal, and the path relative to the scan's root. It is what
@@ -20,21 +20,22 @@ enum class Completeness {
 
 /// The listings in a stream, by normalised absolute path; the root is always among them, even for an empty stream.
 ///
-/// One pass, without a copy of a name: every entry points into `response`, which all snapshots share. An empty folder
-/// inside the reach of the scan has a listing without entries; one at its edge has none, since nobody looked inside.
+/// One pass that copies no name: every entry points into `response`, which all snapshots share. An empty folder inside
+/// the depth of the scan has a listing without entries; a folder at its edge has no listing, since the scan did not
+/// read it.
 ///
-/// Nothing that a host can send is an error. Bytes that do not belong in a number are skipped, and a record that breaks
-/// off ends the parse; what came before it stands. Of a truncated stream the folder found last is marked as truncated,
-/// and with it all that lead to it: a walk of a tree goes back to them for what stands behind in them. So are folders
-/// without entries behind the last one that has some: a walk by levels tells of folders long before it looks inside. A
-/// last record without its NUL is dropped: half a name is the name of another file.
+/// Nothing that a host can send is an error. Bytes that do not belong in a number are skipped. An incomplete record
+/// ends the parse; the records before it are kept. In a truncated stream, the last folder with entries and its parents
+/// are marked as truncated: a depth-first walk returns to the parents for their other entries. Folders without entries
+/// after that folder are marked too: a walk by levels prints folders long before it reads them. A last record without
+/// its NUL is dropped: half a name is the name of another file.
 ///
 /// `maxDepth` is the depth that the scan was asked for. The response is at most 4 GiB.
 std::map<std::string, DirectorySnapshot> parse(NameStorage response, std::string_view root, int maxDepth,
                                                std::chrono::system_clock::time_point fetchedAt,
                                                Completeness completeness);
 
-/// The one form of a path that keys a listing: without trailing slashes. "/" stays "/", and "//" becomes it.
+/// The path that a listing is keyed by: without trailing slashes. "/" stays "/", and "//" becomes "/".
 std::string normalize(std::string_view path);
 
 } // namespace tw::ListingParser

@@ -5,7 +5,7 @@
 
 namespace tw::LocalName {
 
-/// A remote file name as the last component of a local path: no "/" in it, and never "", "." or "..".
+/// Makes a remote file name safe as the last component of a local path: without "/", and never "", "." or "..".
 std::string safe(std::string_view name);
 
 } // namespace tw::LocalName

@@ -5,8 +5,8 @@
 
 namespace tw {
 
-/// `text` with the letters of ASCII in lower case and everything else as it is, whatever the locale: for the words of
-/// programs and of their files, not for people's.
+/// `text` with its ASCII letters in lower case, whatever the locale. For keywords of programs and files, not for text
+/// of people.
 std::string lowerCased(std::string_view text);
 
 } // namespace tw

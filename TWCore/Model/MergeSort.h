@@ -8,7 +8,7 @@ namespace tw {
 
 namespace mergeSortSteps {
 
-/// Runs this short are quicker to sort by insertion than by merging.
+/// Insertion sorts runs of this length faster than merging does.
 inline constexpr std::size_t runLength = 16;
 
 template <class T, class Less>
@@ -40,10 +40,10 @@ void merge(std::span<T const> left, std::span<T const> right, T *out, Less const
     auto const *const endOfA = a + left.size();
     auto const *b = right.data();
     auto const *const endOfB = b + right.size();
-    // Two halves in order cost one comparison: a folder is often in order but for a few names.
+    // Two halves in order cost one comparison: most folders are in order except for a few names.
     if (a != endOfA && b != endOfB && less(*b, *(endOfA - 1))) {
         while (a != endOfA && b != endOfB) {
-            // Without a branch on the answer, which no processor could predict.
+            // Without a branch on the result, which no processor could predict.
             bool const takeB = less(*b, *a);
             *out++ = *(takeB ? b : a);
             b += takeB;
@@ -56,18 +56,18 @@ void merge(std::span<T const> left, std::span<T const> right, T *out, Less const
 
 } // namespace mergeSortSteps
 
-/// Sorts, keeping the order of what `less` holds equal.
+/// Sorts, and keeps the order of items that `less` holds equal.
 ///
-/// `less` need not be a strict weak ordering: whatever it answers, each item stays in the list exactly once and nothing
-/// outside the list is touched. The order of names is not transitive for some bytes, which is undefined behaviour in
-/// the sorts of the standard library.
+/// `less` need not be a strict weak ordering: each item stays in the list exactly once, and nothing outside the list is
+/// touched. The order of names is not transitive for some bytes; the sorts of the standard library would have undefined
+/// behaviour.
 ///
-/// `scratch` is as long as `items`; what it holds afterwards has no meaning.
+/// `scratch` is as long as `items`; its content afterwards has no meaning.
 template <class T, class Less>
 void mergeSort(std::span<T> items, std::span<T> scratch, Less const &less)
 {
     using namespace mergeSortSteps;
-    // Folders are often listed in order already, and a pane sorts again with each change that it hears of.
+    // Many folders are listed in order already, and a pane sorts again with each change.
     if (isInOrder(std::span<T const>(items), less))
         return;
     auto const count = items.size();
@@ -89,7 +89,7 @@ void mergeSort(std::span<T> items, std::span<T> scratch, Less const &less)
         std::ranges::copy(from, items.begin());
 }
 
-/// The same, with a scratch of its own.
+/// The same with its own scratch.
 template <class T, class Less>
 void mergeSort(std::vector<T> &items, Less const &less)
 {

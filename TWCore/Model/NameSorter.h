@@ -13,11 +13,10 @@ enum class SortDirection { ascending, descending };
 
 /// Sorts rows of one listing by name, as a stable sort by `nameIsOrderedBefore` does, but several times as fast.
 ///
-/// Most comparisons are of eight bytes of a name that lie beside the row's number; the names themselves are looked at
-/// again only for rows that begin alike. Where the order of names is not transitive, no order of the rows satisfies it,
-/// and any may come out.
+/// Most comparisons read eight bytes of the name, stored beside the number of the row; the names are read again only
+/// for rows with the same beginning. Where the order of names is not transitive, the order of the rows is unspecified.
 ///
-/// Lifetime: listing and collation outlive it. To be kept for several sorts: it keeps its memory from one to the next.
+/// Lifetime: listing and collation outlive it. Reuse one for several sorts: it keeps its memory.
 class NameSorter {
 public:
     NameSorter(DirectorySnapshot const &snapshot, Collation const &collation);
@@ -25,9 +24,9 @@ public:
     /// `rows` are indexes into the listing's entries.
     void sort(std::span<std::uint32_t> rows, SortDirection direction);
 
-    /// A row, with what is left of its name behind the bytes that are known to decide nothing.
+    /// A row, and the rest of its name after the prefix that is equal in all rows of the range.
     struct NameRow {
-        std::uint64_t beginning = 0; ///< its first eight bytes in lower case, the first one highest
+        std::uint64_t beginning = 0; ///< the first eight bytes in lower case, the first byte highest
         char const *name = nullptr;
         std::uint32_t length = 0;
         std::uint32_t row = 0;

@@ -4,7 +4,7 @@
 
 namespace tw {
 
-/// `text` without the white space and line ends (of ASCII) around it.
+/// `text` without ASCII white space and line ends at its beginning and end.
 std::string_view trimmed(std::string_view text) noexcept;
 
 } // namespace tw

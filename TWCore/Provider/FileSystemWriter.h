@@ -9,7 +9,7 @@ namespace tw {
 /// A place whose files can be changed.
 class FileSystemWriter : public virtual FileSystemProvider {
 public:
-    /// Whether `remove` moves things to a place from which the user can bring them back.
+    /// True if `remove` moves files to a place from which the user can restore them.
     virtual bool deleteIsReversible() const = 0;
 
     /// Creates one directory.

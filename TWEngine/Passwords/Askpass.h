@@ -3,17 +3,19 @@
 #include <optional>
 #include <span>
 
-/// The program as ssh starts it to ask for a password: it prints the saved one, or nothing, and ends.
+/// The askpass mode of the program: ssh starts it to ask for a password. It prints the saved password, or nothing, and
+/// ends.
 namespace tw::Askpass {
 
-/// The account whose password is asked for. Without it, or with an empty one, the program is started as usual.
+/// The environment variable with the account whose password is wanted. If it is unset or empty, the program starts
+/// normally.
 inline constexpr auto accountVariable = "TW_ASKPASS_ACCOUNT";
 
-/// The exit status of this process, if it was started for that: 0 if the password was printed, else 1, without a word.
-/// Nothing: it was not. Called before everything else, on the only thread, with the arguments of `main`.
+/// Returns nothing in a normal start, else the exit status: 0 if the password was printed, 1 if nothing was printed. To
+/// be called before everything else, on the only thread, with the arguments of `main`.
 ///
-/// Only a question for a password is answered, and only to our own ssh: see AskpassPrompt and AskpassGuard. From here
-/// on the process leaves no core file and cannot be looked into by other processes of the user.
+/// Answers only a question for a password, and only to our own ssh: see AskpassPrompt and AskpassGuard. From then on
+/// the process leaves no core file, and other processes of the user cannot read its memory.
 std::optional<int> run(std::span<char const *const> arguments);
 
 } // namespace tw::Askpass

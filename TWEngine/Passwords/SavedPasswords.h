@@ -20,7 +20,8 @@ struct SavedPasswords {
     /// The program that prints a password when ssh asks for it, see Askpass.
     std::optional<std::string> helper = {};
 
-    /// The key store of the session, and this very program. To be made once: what was asked is remembered in it.
+    /// The key store of the session, and this very program. To be made once: it remembers which hosts
+    /// were asked for.
     static SavedPasswords ofThisSession(EngineRuntime &engine);
 
     /// The path of this program's own executable, if that file exists and can be run.

@@ -8,7 +8,7 @@
 
 namespace tw {
 
-/// A text of which no copy stays in memory: its bytes are never moved, and are overwritten when it goes.
+/// A text that leaves no copy in memory: its bytes never move, and the destructor overwrites them.
 class SecretText {
 public:
     explicit SecretText(std::string_view text) : size(text.size()), bytes(std::make_unique<char[]>(text.size()))
@@ -31,7 +31,7 @@ public:
             ::explicit_bzero(bytes.get(), size);
     }
 
-    /// As long as this object.
+    /// Valid as long as this object.
     std::string_view text() const noexcept { return {bytes.get(), bytes ? size : 0}; }
 
 private:

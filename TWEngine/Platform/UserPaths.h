@@ -6,21 +6,21 @@
 
 namespace tw {
 
-/// Where the program keeps what is the user's and not a setting, as the XDG Base Directory Specification has it.
+/// Where the program keeps the data of the user, according to the XDG Base Directory Specification.
 ///
-/// None of it need exist.
+/// None of the paths need exist.
 struct UserPaths {
-    std::string caches;  ///< a folder; what is in it may be lost
+    std::string caches;  ///< a folder; its content may be deleted at any time
     std::string edits;   ///< a folder: remote files while they are edited here
     std::string lifeLog; ///< a file
 
     /// From an environment. `accountHome` is the home that the password database knows, for an environment without one.
     ///
-    /// A variable that is empty or not absolute counts as not set, as XDG has it: a relative one would mean
-    /// another place for every folder that the program is started in.
+    /// A variable that is empty or not absolute counts as unset, as XDG demands: a relative path would name another
+    /// place for every folder that the program is started in.
     static UserPaths from(Environment const &environment, std::string const &accountHome);
 
-    /// Of the user who runs this process.
+    /// The paths of the user who runs this process.
     static UserPaths ofThisUser();
 };
 

@@ -8,13 +8,13 @@
 
 namespace tw {
 
-/// The null device: an input at its end, an output that nobody sees.
+/// The null device: an input at its end, an output that is discarded.
 struct NullEnd {};
 
-/// A pipe whose other end is ours, see ChildProcess::read and ChildProcess::write.
+/// A pipe whose other end we hold, see ChildProcess::read and ChildProcess::write.
 struct PipeEnd {};
 
-/// A file that is opened for the child. One that is written is created if need be.
+/// A file that is opened for the child. A file to be written is created if it is missing.
 struct FileEnd {
     enum class Use { read, replace, append };
 
@@ -22,31 +22,31 @@ struct FileEnd {
     Use use;
 };
 
-/// What a descriptor of ours refers to. It stays ours; the child gets a copy.
+/// A descriptor of this process. The child gets a copy; we keep the descriptor.
 struct DescriptorEnd {
     int number;
 };
 
-/// What one of a child's standard input, output and error is.
+/// The standard input, output or error of a child.
 using ChildEnd = std::variant<NullEnd, PipeEnd, FileEnd, DescriptorEnd>;
 
 /// Values by name; bytes.
 using Environment = std::map<std::string, std::string>;
 
-/// The environment of this process, for adding to.
+/// A copy of the environment of this process.
 Environment inheritedEnvironment();
 
-/// A program to run and what it is run with. Nothing passes through a shell, so nothing needs to be quoted.
+/// A program to run, with its arguments and surroundings. No shell is involved, so nothing needs to be quoted.
 struct ChildCommand {
     enum class Group {
-        ours, ///< that of this process
-        own   ///< a new one, so that a signal reaches what the child has started as well
+        ours, ///< the process group of this process
+        own   ///< a new group, so that a signal reaches the descendants of the child too
     };
 
-    std::string program = {};                    ///< a path, or a name that is looked up in the PATH of this process
-    std::vector<std::string> arguments = {};     ///< without the program's own name
-    std::optional<Environment> environment = {}; ///< absent: this process's
-    std::string workingDirectory = {};           ///< empty: this process's
+    std::string program = {};                    ///< a path, or a name that is searched in the PATH of this process
+    std::vector<std::string> arguments = {};     ///< without the name of the program
+    std::optional<Environment> environment = {}; ///< absent: the environment of this process
+    std::string workingDirectory = {};           ///< empty: the folder of this process
     ChildEnd input = NullEnd{};
     ChildEnd output = NullEnd{};
     ChildEnd error = NullEnd{};

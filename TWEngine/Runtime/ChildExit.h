@@ -10,20 +10,20 @@ namespace tw {
 
 class IoThread;
 
-/// The end of one child process: it is waited for on the I/O thread, collected there, and told to all who ask.
+/// Waits for the end of one child process on the I/O thread, collects it, and reports it to every waiter.
 ///
 /// Threads: all operations may be called from anywhere.
-/// Lifetime: outlived by the I/O thread. The child is collected whether or not this object still exists. Should the
-/// I/O thread end before the child, the child is killed: it is nobody's any more.
+/// Lifetime: the I/O thread outlives it. The child is collected even if this object is destroyed first. If the I/O
+/// thread ends before the child, the child is killed: no process owns it any more.
 class ChildExit {
 public:
-    /// Takes over a child that nobody has collected. Throws SpawnError, and the child is dead and collected then.
+    /// Takes over a child that is not collected yet. Throws SpawnError after it has killed and collected the child.
     ChildExit(IoThread &io, pid_t child, ChildCommand::Group group);
 
     /// See ChildProcess::wait.
     Task<ExitStatus> wait() const;
 
-    /// Nothing if the child has been collected.
+    /// Does nothing if the child is collected.
     void signal(int number) const;
 
 private:

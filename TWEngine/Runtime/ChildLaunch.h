@@ -8,11 +8,11 @@
 
 namespace tw {
 
-/// Starts the program and answers its process id; whoever calls must collect its end. Throws SpawnError.
+/// Starts the program and returns its process id; the caller must collect its end. Throws SpawnError.
 ///
-/// `standard` become its standard input, output and error; each is above 2, so that none is overwritten by another
-/// on the way. Of our other descriptors it gets none, all signals are as a program expects to find them, and its
-/// working directory is the one given.
+/// `standard` become its standard input, output and error. Each is above 2, so that copying one does not overwrite
+/// another. The program inherits no other descriptor, default signal handling, and the working directory of the
+/// command.
 pid_t launchChild(ChildCommand const &command, std::array<int, 3> const &standard);
 
 } // namespace tw

@@ -11,11 +11,10 @@ class IoThread;
 
 /// Our end of a pipe to a child process.
 ///
-/// What can be read or written at once is done at once, on the calling thread; only a pipe that is empty or full
-/// makes its task wait.
+/// Reads and writes on the calling thread if the pipe is ready; only an empty or full pipe suspends the task.
 ///
 /// Threads: one task at a time reads or writes; `close` may be called from anywhere.
-/// Lifetime: outlived by the I/O thread. The destructor closes.
+/// Lifetime: the I/O thread outlives it. The destructor closes.
 class ChildPipe {
 public:
     /// Makes `end` non-blocking. Throws SpawnError.
@@ -31,7 +30,7 @@ public:
     /// See ChildProcess::write.
     Task<std::string> write(std::string bytes) const;
 
-    /// Whoever reads or writes meanwhile, or later, gets a PipeError.
+    /// Reads and writes in flight, and later ones, throw PipeError.
     void close() const noexcept;
 
 private:

@@ -10,23 +10,21 @@
 
 namespace tw {
 
-/// Which of a child's two outputs.
+/// One of the two outputs of a child.
 enum class ChildOutput { standard, error };
 
 /// A running program, and our ends of its pipes.
 ///
-/// Threads: all operations may be called from anywhere; each end is used by one task at a time, any number wait for
-/// the exit.
-/// Lifetime: outlived by the I/O thread. When the last handle goes, the child is told to terminate and our ends are
-/// closed; it is collected in the background, so that none is ever left as a zombie. A read or write under way then
-/// fails, a wait under way is answered.
-/// Cancellation: a stopped task goes on with Cancelled, and the process can be used as before.
+/// Threads: all operations may be called from anywhere. One task at a time uses each end; any number of tasks may wait
+/// for the exit. Lifetime: the I/O thread outlives it. The destructor asks the child to terminate and closes our ends;
+/// the child is collected in the background, so that no zombie stays. A read or write in flight fails, a wait in flight
+/// is answered. Cancellation: a stopped task gets Cancelled, and the process can be used as before.
 class ChildProcess {
     struct Ends;
 
 public:
-    /// Starts `command`. Blocks until the program is loaded, some milliseconds: files are opened, with paths relative
-    /// to this process's directory, a named pipe among them until somebody opens its other side.
+    /// Starts `command`. Blocks for some milliseconds, until the program is loaded. Relative paths of files start at
+    /// the directory of this process; opening a named pipe blocks until another process opens its other side.
     static std::expected<std::shared_ptr<ChildProcess>, SpawnError> start(IoThread &io, ChildCommand const &command);
 
     ChildProcess(IoThread &io, Ends ends, pid_t child, ChildCommand::Group group);
@@ -35,30 +33,30 @@ public:
     ChildProcess(ChildProcess const &) = delete;
     ChildProcess &operator=(ChildProcess const &) = delete;
 
-    /// For telling it to a person or a log; a signal to it might reach another by the time it is sent.
+    /// For messages and logs only; a signal to it could reach another process by then.
     pid_t processId() const noexcept { return id; }
 
-    /// What the child has written, at least one byte; an empty string is the end of its output.
+    /// Reads at least one byte of the output; an empty string means its end.
     ///
-    /// At most as many bytes as `buffer` has capacity, and into its memory: hand the same buffer in again and nothing
-    /// is allocated. One with less than 4 KiB is enlarged to 64 KiB. Throws PipeError.
+    /// Reads into `buffer`, up to its capacity: a caller that passes the same buffer again allocates nothing. A buffer
+    /// of less than 4 KiB is enlarged to 64 KiB. Throws PipeError.
     Task<std::string> read(ChildOutput output, std::string buffer = {}) const;
 
-    /// Hands all of `bytes` to the child, and answers their buffer, to be used again. Throws PipeError, EPIPE if the
-    /// child does not read any more. If it fails or is stopped, a part may have been written.
+    /// Writes all of `bytes` to the child, and returns their buffer for reuse. Throws PipeError, EPIPE if the child
+    /// does not read any more. After an error or a stop, a part may have been written.
     Task<std::string> write(std::string bytes) const;
 
-    /// The child sees the end of its input behind what was written. A write under way fails. Closing twice, or an
-    /// input that is no pipe, is nothing.
+    /// The child sees the end of its input after the bytes that were written. A write in flight fails. Does nothing on
+    /// a closed input, or on an input that is no pipe.
     void closeInput() const noexcept;
 
-    /// How it ended, once it has. Its outputs may be open longer, if it has passed them on.
+    /// Waits for the exit. The outputs may stay open longer if a descendant has inherited them.
     Task<ExitStatus> wait() const { return exit.wait(); }
 
-    /// Asks it to end (SIGTERM), also if it is stopped. Nothing if it has ended.
+    /// Sends SIGTERM, and SIGCONT so that a stopped child ends too. Does nothing after the exit.
     void terminate() const;
 
-    /// Ends it (SIGKILL). Nothing if it has ended.
+    /// Sends SIGKILL. Does nothing after the exit.
     void kill() const;
 
 private:

@@ -8,27 +8,27 @@
 
 namespace tw {
 
-/// A result that one task waits for and that somebody else, on any thread, provides.
+/// A result that one task waits for and that another thread provides.
 ///
-/// Every suspension of the runtime is built on it, so that the race between the result, the waiting and the
-/// cancellation is decided in this one place: the first of `succeed`, `fail` and a stop request wins, and the waiter
-/// goes on with that, on its own executor.
+/// Every suspension of the runtime is built on it, so that the race between result, wait and cancellation is decided in
+/// one place: the first of `succeed`, `fail` and a stop request wins, and the waiter resumes with it on its own
+/// executor.
 ///
 /// Threads: all operations may be called from anywhere; one task waits, once.
-/// Lifetime: shared between the waiter and whoever provides. If nobody ever provides, the waiter waits for its stop.
+/// Lifetime: shared between waiter and provider. Without a result, the waiter waits until it is stopped.
 template <class T>
 class Completion {
 public:
-    /// False if there was an outcome already.
+    /// False if there is an outcome already.
     bool succeed(T value) { return settle(Outcome(std::in_place_index<1>, std::move(value))); }
 
-    /// False if there was an outcome already.
+    /// False if there is an outcome already.
     bool fail(std::exception_ptr failure) { return settle(Outcome(std::in_place_index<2>, std::move(failure))); }
 
-    /// The outcome, awaited. Throws Cancelled when the waiter is stopped before there is one.
+    /// Waits for the outcome. Throws Cancelled if the waiter is stopped first.
     static Task<T> wait(std::shared_ptr<Completion> self)
     {
-        // Lives in the frame, and dies there before the outcome is read.
+        // In the frame, and destroyed before the outcome is read.
         co_await Awaiter{self, std::nullopt};
         co_return self->take();
     }
@@ -51,8 +51,8 @@ private:
         template <class Promise>
         bool await_suspend(std::coroutine_handle<Promise> caller)
         {
-            // As soon as the waiter is known, another thread may resume and destroy the frame in which this
-            // awaiter lies: the completion is kept alive from here, and nothing of the frame is touched after.
+            // Once the waiter is registered, another thread may resume and destroy the frame that holds this awaiter:
+            // we keep the completion alive, and do not touch the frame any more.
             auto const keep = completion;
             auto const &context = caller.promise().context;
             onStop.emplace(context.stop, Stopper{keep.get()});
@@ -87,7 +87,7 @@ private:
     T take()
     {
         std::lock_guard const lock(mutex);
-        // Taken out, like a value: the exception dies with the waiter, and not on the thread of whoever provided it.
+        // Moved out, like a value: the waiter destroys the exception, not the thread of the provider.
         if (auto *failure = std::get_if<2>(&outcome))
             std::rethrow_exception(std::exchange(*failure, nullptr));
         return std::move(std::get<1>(outcome));
@@ -100,7 +100,7 @@ private:
     std::shared_ptr<Executor> executor;
 };
 
-/// The value of a completion that says nothing but "now".
+/// The value of a completion without a result.
 struct Done {};
 
 } // namespace tw

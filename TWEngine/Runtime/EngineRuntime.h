@@ -7,11 +7,10 @@
 
 namespace tw {
 
-/// All threads of the engine: made once by the program, handed down by reference, destroyed last.
+/// Owns all threads of the engine. The program makes one, passes it down by reference, and destroys it last.
 ///
-/// Lifetime: outlives every object that was made with it. Owners are shut down (awaited) before; the destructor then
-/// waits until workers and strands have come to rest together, and joins all threads. What still waits for a timer or
-/// a pipe at that point is dropped.
+/// Lifetime: outlives every object that was made with it. Owners are shut down before; the destructor then waits until
+/// workers and strands are idle, and joins all threads. A task that still waits for a timer or a pipe is dropped.
 class EngineRuntime {
 public:
     EngineRuntime();
@@ -20,7 +19,7 @@ public:
     EngineRuntime(EngineRuntime const &) = delete;
     EngineRuntime &operator=(EngineRuntime const &) = delete;
 
-    /// A new serialised object's ground.
+    /// A strand for a new serialised object.
     Strand makeStrand() const { return Strand(strandThreads.executor(WorkPriority::interactive)); }
 
     /// For work that blocks.
@@ -31,7 +30,8 @@ public:
     std::shared_ptr<Clock> const &clock() const noexcept { return systemClock; }
 
 private:
-    // In the order of need: a strand's work may wait for a worker or a timer, so its threads go first.
+    // In the order of dependency: work of a strand may wait for a worker or a timer, so the threads of strands end
+    // first.
     IoThread ioThread;
     std::shared_ptr<Clock> const systemClock;
     WorkerPool blockingWork;

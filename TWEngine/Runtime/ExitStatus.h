@@ -7,7 +7,7 @@ struct ExitStatus {
     enum class Cause {
         exited, ///< by itself
         killed, ///< by a signal
-        lost    ///< unknown: somebody else in this process has collected it
+        lost    ///< unknown: other code of this process has collected the child
     };
 
     Cause cause = Cause::lost;

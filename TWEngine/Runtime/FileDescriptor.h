@@ -30,7 +30,7 @@ public:
 
     int get() const noexcept { return number; }
 
-    /// Gives it away: whoever takes it closes it.
+    /// Releases ownership: the caller closes the descriptor.
     int release() noexcept { return std::exchange(number, -1); }
 
 private:

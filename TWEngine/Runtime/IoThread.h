@@ -8,17 +8,17 @@ class io_context;
 
 namespace tw {
 
-/// The one thread that waits for pipes, timers and the ends of child processes.
+/// The thread that waits for pipes, timers and the ends of child processes.
 ///
-/// Nothing runs on it but the completion handlers of the runtime, which hand over and return.
+/// It runs only the completion handlers of the runtime, which post to another executor and return.
 ///
 /// Threads: `context` may be posted to from anywhere.
-/// Lifetime: the destructor stops the loop and joins; outstanding operations are dropped without being completed, so
-/// their owners have to be shut down before. Children that were dropped and still run are killed and collected.
+/// Lifetime: the destructor stops the loop and joins. Operations in flight are dropped without a result, so their
+/// owners are shut down before. Dropped children that still run are killed and collected.
 class IoThread {
 public:
-    /// Also sets two signals for the whole process, as pipes and children need them: a write into a pipe without a
-    /// reader is an error instead of the end, and the ends of children are kept until they are asked for.
+    /// Also sets two signals for the whole process: SIGPIPE, so that a write into a pipe without a reader is an error
+    /// and does not end the process, and SIGCHLD, so that the exit status of a child is kept until it is collected.
     IoThread();
     ~IoThread();
 

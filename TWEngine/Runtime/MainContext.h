@@ -7,27 +7,26 @@
 
 namespace tw {
 
-/// The executor of windows and controllers: a queue that somebody else's event loop empties.
+/// The executor of windows and controllers: a queue that the event loop of the toolkit empties.
 ///
-/// The loop is told through `wake` when there is something to do: once for a batch, however much is posted before
-/// the loop gets round to `runPending`.
+/// `wake` notifies the loop of new work: once for all work that is posted before the next `runPending`.
 ///
-/// Threads: `post` may be called from anywhere, the rest from the main thread only.
-/// Lifetime: shared with all that is to be resumed on it, so it may outlive the event loop; the loop's owner closes it.
+/// Threads: `post` may be called from anywhere, everything else from the main thread only.
+/// Lifetime: shared with every task that resumes on it, so it may outlive the event loop; the owner of the loop closes
+/// it.
 class MainContext final : public Executor {
 public:
-    /// `wake` is called on the posting thread, one call at a time, and must make the event loop call `runPending`
-    /// later, never inside. It does not use this context itself.
+    /// `wake` is called on the posting thread, one call at a time. It must make the event loop call `runPending` later,
+    /// and must neither call `runPending` nor use this context.
     explicit MainContext(std::function<void()> wake);
 
     void post(Work work) override;
 
-    /// Runs what is queued now; what that posts in turn waits for the next call, so that input gets in between.
-    /// Answers how many pieces of work ran.
-    /// Not to be called from inside of work.
+    /// Runs the work that is queued now. Work that is posted meanwhile waits for the next call, so that input is
+    /// handled in between. Returns the number of pieces of work that ran. Must not be called from work.
     std::size_t runPending();
 
-    /// Lets go of what is queued and of whatever is still posted; `wake` is not called any more when this returns.
+    /// Destroys queued work, and work that is posted later. `wake` is not called after this returns.
     void close();
 
 private:

@@ -5,15 +5,15 @@
 
 namespace tw {
 
-/// Thrown by reading from or writing to a child process.
+/// Thrown by a read from or a write to a child process.
 class PipeError final : public std::exception {
 public:
     explicit PipeError(int errorNumber);
 
-    /// EPIPE: the child does not read any more. EBADF: this end is no pipe, or was closed on our side.
+    /// EPIPE: the child does not read any more. EBADF: this end is no pipe, or we have closed it.
     int errorNumber() const noexcept { return number; }
 
-    /// The system's words.
+    /// The text of the system.
     char const *what() const noexcept override { return description.c_str(); }
 
 private:

@@ -5,14 +5,14 @@
 
 namespace tw {
 
-/// A result that several tasks wait for, and that stays for those who come later.
+/// A result that several tasks wait for. It is kept for later waiters.
 ///
 /// Threads: all operations may be called from anywhere.
-/// Cancellation: a waiter that is stopped leaves alone; the others go on.
+/// Cancellation: stopping one waiter does not affect the others.
 template <class T>
 class SharedCompletion {
 public:
-    /// Called once.
+    /// To be called once.
     void settle(Outcome<T> result)
     {
         std::vector<Waiter> woken;
@@ -31,7 +31,7 @@ public:
         return hasOutcome();
     }
 
-    /// A copy of the result, once there is one. Throws the failure, or Cancelled when the waiter is stopped before.
+    /// Waits for the result and returns a copy. Throws the failure, or Cancelled if the waiter is stopped first.
     static Task<T> wait(std::shared_ptr<SharedCompletion> self)
     {
         auto const waiter = self->enlist();
@@ -51,7 +51,7 @@ private:
 
     bool hasOutcome() const { return outcome.value || outcome.failure; }
 
-    /// A place in the queue, or null when there is an outcome already.
+    /// A place in the queue, or null if there is an outcome already.
     Waiter enlist()
     {
         std::lock_guard const lock(mutex);

@@ -4,18 +4,18 @@
 
 namespace tw {
 
-/// A running task whose outcome several wait for.
+/// A running task that several tasks wait for.
 ///
-/// It starts when it is made and runs to its end whether or not anybody waits. A waiter that is stopped leaves
-/// alone; the task goes on for the others. A cheap value; copies are the same task.
+/// It starts when it is made and runs to its end even without a waiter. Stopping one waiter affects neither the task
+/// nor the other waiters. A cheap value; copies are the same task.
 ///
 /// Threads: all operations may be called from anywhere.
-/// Lifetime: the running task keeps its own state; the last copy of the handle going does not stop it.
+/// Lifetime: the running task keeps its own state; destroying the last handle does not stop it.
 /// Errors: what the task throws is thrown to every waiter, now and later.
 template <class T>
 class SharedTask {
 public:
-    /// Starts `task` on `executor`, under a stop token of its own.
+    /// Starts `task` on `executor`, under its own stop token.
     static SharedTask start(std::shared_ptr<Executor> executor, Task<T> task)
     {
         SharedTask shared;
@@ -24,10 +24,10 @@ public:
         return shared;
     }
 
-    /// The outcome, once there is one. Throws what the task threw, or Cancelled when the waiter is stopped.
+    /// Waits for the outcome. Throws what the task threw, or Cancelled if the waiter is stopped.
     Task<T> wait() const { return SharedCompletion<T>::wait(state->completion); }
 
-    /// Asks the task to stop. Its waiters get what it then ends with, which is Cancelled unless it was done already.
+    /// Asks the task to stop. Its waiters get its outcome: Cancelled unless it was done already.
     void cancel() const { state->stopSource.request_stop(); }
 
     bool isDone() const { return state->completion->isSettled(); }

@@ -8,7 +8,7 @@ namespace tw {
 /// Why a child process could not be started.
 class SpawnError final : public std::exception {
 public:
-    /// `subject` is what it failed at: the program, its working directory, or a file for one of its ends.
+    /// `subject` is the cause: the program, its working directory, or a file for one of its ends.
     SpawnError(int errorNumber, std::string subject);
 
     /// As the system calls name it: ENOENT, EACCES and so on.
@@ -16,7 +16,7 @@ public:
 
     std::string const &subject() const noexcept { return failedAt; }
 
-    /// The system's words alone.
+    /// The text of the system without the subject.
     std::string reason() const;
 
     /// The subject and the reason.

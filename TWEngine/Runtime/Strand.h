@@ -4,20 +4,20 @@
 
 namespace tw {
 
-/// Runs work one piece at a time, in order, on the threads of another executor: the ground of a serialised object.
+/// Runs work one piece at a time, in order, on the threads of another executor. Every serialised object has a strand.
 ///
-/// A strand is no lock across a suspension: while one task on it waits, others run. A cheap value; copies are the
-/// same strand.
+/// A strand is no lock across a suspension: while one task waits, others run. A cheap value; copies are the same
+/// strand.
 ///
 /// Threads: may be used from anywhere.
-/// Lifetime: work that is posted when the threads have ended is let go without having run.
+/// Lifetime: work that is posted after the threads have ended is destroyed without running.
 class Strand {
 public:
     explicit Strand(std::shared_ptr<Executor> threads);
 
     std::shared_ptr<Executor> const &executor() const noexcept { return queue; }
 
-    /// Whether the calling thread is running work of this strand. For checks of one's own assumptions.
+    /// True if the calling thread runs work of this strand. For assertions.
     bool runsHere() const noexcept;
 
 private:
@@ -26,7 +26,7 @@ private:
     std::shared_ptr<Executor> queue;
 };
 
-/// Runs `work` on the strand, and lets the caller go on where it was.
+/// Runs `work` on the strand and resumes the caller on the caller's executor.
 template <class T>
 Task<T> onStrand(Strand strand, Task<T> work)
 {

@@ -6,7 +6,7 @@ namespace tw {
 
 class IoThread;
 
-/// The machine's time. Its sleeps are timers of the I/O thread.
+/// The time of the machine. Its sleeps are timers of the I/O thread.
 ///
 /// Lifetime: `thread` outlives the clock and every sleep.
 class SystemClock final : public Clock {

@@ -10,12 +10,10 @@ namespace tw {
 
 /// Turns the wish of the system, or of a shell, that the program ends (SIGTERM, SIGINT) into a call.
 ///
-/// The first such signal is told; a later one ends the process as if nobody listened, for a program that does not get
-/// to its end.
+/// Only the first signal is reported. A later one ends the process at once, in case that the program hangs.
 ///
 /// Threads: `arrived` runs on the executor.
-/// Lifetime: the I/O thread outlives it. `arrived` is not called any more once this is gone, if it goes on the
-/// executor.
+/// Lifetime: the I/O thread outlives it. If it is destroyed on the executor, `arrived` is not called afterwards.
 class TerminationSignals {
 public:
     TerminationSignals(IoThread &io, std::shared_ptr<Executor> executor, std::function<void(int)> arrived);

@@ -16,7 +16,7 @@ public:
 
 namespace detail {
 
-/// What the two racers of a time-out share.
+/// The state that the work and the timer of a time-out share.
 struct TimeOutRace {
     std::stop_source work;
     std::atomic<bool> expired = false;
@@ -32,11 +32,11 @@ inline Task<void> expireAfter(std::shared_ptr<Clock> clock, std::chrono::nanosec
 
 } // namespace detail
 
-/// Runs `work` for at most `limit`, measured from when it is awaited.
+/// Runs `work` for at most `limit`, measured from the `co_await`.
 ///
-/// When the time is up the work is stopped, its end is awaited, and TimedOut is thrown in place of its Cancelled. If it
-/// ends otherwise, that stands: a result that exists is not thrown away. A stop of the caller stops the work and
-/// arrives as Cancelled. Nothing of it is left running afterwards.
+/// At the limit the work is stopped, its end is awaited, and TimedOut is thrown in place of its Cancelled. If the work
+/// ends with a result or another exception instead, the caller gets that. A stop of the caller stops the work and
+/// throws Cancelled. Nothing is left running afterwards.
 template <class T>
 Task<T> withTimeOut(std::shared_ptr<Clock> clock, std::chrono::nanoseconds limit, Task<T> work)
 {

@@ -4,7 +4,7 @@
 
 namespace tw {
 
-/// Repeats a system call for as long as a signal interrupts it.
+/// Repeats a system call while signals interrupt it.
 template <class Call>
 auto uninterrupted(Call call)
 {

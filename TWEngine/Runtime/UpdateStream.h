@@ -8,9 +8,9 @@ namespace tw {
 
 /// The receiving end of an unbounded stream of values, read by one task.
 ///
-/// Either side can end it. What was sent before `finish`, or before the last sender went, is still received; when the
-/// receiving end is dropped, the sender is told once, through the callback given to `make`, and its sends are ignored
-/// from then on.
+/// Either side can end it. Values that were sent before `finish`, or before the last sender was destroyed, are still
+/// received. When the receiving end is destroyed, the callback given to `make` is called once, and later sends are
+/// ignored.
 ///
 /// Threads: the two ends may live on different threads; each end is used by one thread at a time.
 template <class T>
@@ -35,13 +35,13 @@ class UpdateStream {
         {
             std::unique_lock lock(mutex);
             finished = true;
-            // Destroyed without the lock: what it holds may use the stream.
+            // Destroyed without the lock: the value may use the stream.
             auto const unused = std::move(onDropped);
             wake(std::move(lock));
         }
     };
 
-    /// What all copies of a sender share, so that the last of them ends the stream.
+    /// Shared by all copies of a sender, so that the last copy ends the stream.
     struct Sending {
         std::shared_ptr<State> const state;
 
@@ -57,7 +57,7 @@ public:
     /// The sending end. A cheap value; copies send into the same stream.
     class Sender {
     public:
-        /// Threads: may be called from anywhere. After `finish`, or when nobody receives any more, it does nothing.
+        /// Threads: may be called from anywhere. Does nothing after `finish`, or without a receiving end.
         void send(T value) const
         {
             auto &shared = *sending->state;
@@ -68,7 +68,7 @@ public:
             shared.wake(std::move(lock));
         }
 
-        /// Ends the stream behind what was sent so far. Ending twice is ending once.
+        /// Ends the stream after the values that were sent so far. A second call does nothing.
         void finish() const { sending->state->finish(); }
 
     private:
@@ -81,7 +81,7 @@ public:
 
     struct Ends;
 
-    /// `onDropped` is called once if the receiving end goes before the stream is finished, on the thread that drops it.
+    /// `onDropped` is called once if the receiving end is destroyed before the stream is finished, on that thread.
     static Ends make(std::move_only_function<void()> onDropped)
     {
         auto const state = std::make_shared<State>();
@@ -105,7 +105,7 @@ public:
             tellSender();
     }
 
-    /// The next value, or nothing at the end. Throws Cancelled when the waiting task is stopped; nothing is lost then.
+    /// The next value, or nothing at the end. Throws Cancelled if the waiting task is stopped; no value is lost.
     Task<std::optional<T>> next() { return nextOf(state); }
 
 private:

@@ -6,18 +6,19 @@
 #include <string>
 #include <string_view>
 
-/// What read(2), write(2) and close(2) may do in part, done until there is no more to do.
+/// Complete reads and writes: read(2) and write(2) may transfer only a part.
 ///
-/// All block, as long as the file does. Errors: 0, or the error number.
+/// Every function blocks as long as the file does.
+/// Errors: 0, or the error number.
 namespace tw::WholeFile {
 
 /// Writes all of `bytes`. On an error some of them may have been written.
 [[nodiscard]] int write(int descriptor, std::string_view bytes);
 
-/// Reads on into `bytes` until it holds `length` or the file ends.
+/// Appends to `bytes` until it holds `length` bytes or the file ends.
 [[nodiscard]] int readUpTo(int descriptor, std::size_t length, std::string &bytes);
 
-/// Closes what was written to. A file system across a network, or with quotas, may say only now that there was no room.
+/// Closes a written file. A network file system, or one with quotas, may report only now that it is full.
 [[nodiscard]] int close(FileDescriptor file);
 
 } // namespace tw::WholeFile

@@ -21,7 +21,7 @@ private:
     std::string const description;
 };
 
-/// It is there, and is no file that can be read, or is too large for one.
+/// The configuration exists, but is no readable file, or is too large.
 class SSHConfigError::NotReadable final : public SSHConfigError {
 public:
     NotReadable(std::string where, std::string const &why);
@@ -29,7 +29,7 @@ public:
     std::string const path;
 };
 
-/// The file is as it was.
+/// The file is unchanged.
 class SSHConfigError::NotWritable final : public SSHConfigError {
 public:
     NotWritable(std::string where, std::string const &why);
@@ -37,7 +37,7 @@ public:
     std::string const path;
 };
 
-/// Somebody else wrote it since it was read. It is as they left it.
+/// Another program has written the file since it was read. The file is unchanged.
 class SSHConfigError::ChangedMeanwhile final : public SSHConfigError {
 public:
     explicit ChangedMeanwhile(std::string where);

@@ -4,31 +4,31 @@
 #include <optional>
 #include <string>
 
-/// The user's ssh configuration as a file that other programs, and the user's editor, write as well.
+/// The user's ssh configuration as a file that other programs, and the user's editor, write too.
 ///
-/// Threads: none of its own. All of it blocks: for a worker thread.
+/// Threads: may be called from anywhere. Every function blocks, so it belongs on a worker.
 /// Errors: SSHConfigError.
 namespace tw::SSHConfigOnDisk {
 
-/// The largest file that is read. One of ten thousand hosts is a quarter of it.
+/// The largest file that is read. Ten thousand hosts take a quarter of it.
 inline constexpr std::size_t maxBytes = 1U << 20U;
 
-/// The configuration of this user: `.ssh/config` in the home directory that the password database knows, whatever HOME
-/// says.
+/// The configuration of this user: `.ssh/config` in the home directory of the password database, as ssh finds it. HOME
+/// is ignored.
 std::string pathOfThisUser();
 
-/// The text of the file; nothing if there is none. Anything but a file of at most maxBytes is NotReadable, and a named
-/// pipe is not waited for.
+/// The text of the file, or nothing if there is no file. Throws NotReadable for anything but a file of at most
+/// maxBytes. Does not wait for a named pipe.
 std::optional<std::string> read(std::string const &path);
 
-/// Puts `text` in place of `before`, which is what `read` gave: in one step, so that an ssh that is starting reads the
-/// old or the new, and so that neither a crash nor a full disk leaves a part of it.
+/// Replaces `before`, the result of `read`, by `text`. The replacement is one step, so that an ssh that starts
+/// meanwhile reads the old or the new text, and a crash or a full disk leaves the old text.
 ///
-/// The file is then the user's alone (0600). Its folder is made if need be (0700). A link stays, and what it leads to
-/// is replaced. What was there at the first time is kept beside it, as `path` + ".tw-backup".
+/// The file gets the mode 0600. A missing folder is made with the mode 0700. A link stays a link, and its target is
+/// replaced. The first call keeps the old file as `path` + ".tw-backup".
 ///
-/// Throws NotWritable, NotReadable, and ChangedMeanwhile if the file is not `before` any more. What another program
-/// writes between that look and the end of this call is lost; no lock is known that editors would heed.
+/// Throws NotWritable, NotReadable, and ChangedMeanwhile if the file is not `before` any more. If another program
+/// writes between that check and the end of this call, its text is lost: editors heed no lock.
 void write(std::string const &path, std::optional<std::string> const &before, std::string const &text);
 
 } // namespace tw::SSHConfigOnDisk

@@ -9,14 +9,14 @@ class IoThread;
 
 namespace tw::test {
 
-/// What became of a command that has ended.
+/// The outcome of a command.
 struct CommandOutcome {
     ExitStatus status;
     std::string output;
     std::string error;
 };
 
-/// Runs a command to its end, with `input` as its standard input, and blocks until then. Its ends are replaced.
+/// Runs a command with `input` as its standard input, and blocks until it ends. The ends of the command are replaced.
 /// Throws SpawnError.
 CommandOutcome runCommand(IoThread &io, ChildCommand command, std::string input = {});
 

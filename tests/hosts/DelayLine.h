@@ -12,35 +12,35 @@ namespace tw::test {
 /// How one way of a connection ends.
 enum class Ending {
     orderly, ///< nothing more is sent, as after closing or half-closing
-    reset    ///< the connection is gone, in both ways
+    reset    ///< the connection is reset, in both directions
 };
 
-/// What is on its way in one direction: pieces in their order, each with the time of its arrival.
+/// The bytes in flight in one direction: pieces in their order, each with its time of arrival.
 class DelayLine {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// With 64 MiB on the way even a round trip of 200 ms leaves room for 640 MB/s, more than ssh encrypts.
+    /// With 64 MiB in flight, even a round trip of 200 ms allows 640 MB/s, more than ssh encrypts.
     static constexpr std::size_t capacity = std::size_t{64} << 20;
 
-    /// Nothing overtakes: what is put later does not arrive earlier, whatever its time. Nothing follows an end.
+    /// Keeps the order: a piece never arrives before an earlier piece, whatever its time. Ignored after an end.
     void put(std::string bytes, Time due);
 
-    /// Comes behind what is on the way. A reset may follow an orderly end.
+    /// Ends the line after the pieces in flight. A reset may follow an orderly end.
     void end(Ending how, Time due);
 
-    /// Whether the sender has to wait, as with any line.
+    /// True if the sender has to wait.
     bool isFull() const noexcept { return waiting >= capacity; }
 
     std::optional<Ending> ending() const noexcept { return last; }
 
-    /// When the next piece, or the end behind the last one, arrives. Nothing if there is nothing on the way.
+    /// When the next piece, or the end after the last piece, arrives. Nothing if nothing is in flight.
     std::optional<Time> due() const;
 
-    /// The bytes of the next piece that are not delivered yet; empty if only the end, or nothing, is left.
+    /// The undelivered bytes of the next piece; empty if only the end, or nothing, is left.
     std::string_view front() const;
 
-    /// That many bytes of the front are delivered.
+    /// Removes delivered bytes from the front.
     void drop(std::size_t bytes);
 
 private:

@@ -11,22 +11,22 @@ class EngineRuntime;
 
 namespace tw::test {
 
-/// What a server says on its standard error, collected while it runs, so that it never waits for somebody to read it.
+/// Collects the standard error of a server while it runs, so that the server never blocks on a full pipe.
 ///
 /// Threads: all operations may be called from anywhere. Waiting blocks.
 class HostLog {
 public:
     HostLog();
 
-    /// Collects behind what is there already, until all that hold the process's standard error have ended.
+    /// Appends the standard error of the process, until every process that has inherited it has ended.
     void collect(EngineRuntime &engine, std::shared_ptr<ChildProcess> process);
 
     std::string text() const;
 
-    /// How much there is so far. A time in the log, for `waitFor`.
+    /// The size so far, as an offset for `waitFor`.
     std::size_t size() const;
 
-    /// Waits until `words` stand in the log behind `offset`. False if it ends without them.
+    /// Waits until `words` appear in the log after `offset`. False if the log ends without them.
     bool waitFor(std::string_view words, std::size_t offset) const;
 
     void waitForEnd() const;

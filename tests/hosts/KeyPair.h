@@ -11,9 +11,9 @@ namespace tw::test {
 /// A throw-away key of a host or of a user.
 struct KeyPair {
     std::string privateFile; ///< a path
-    std::string publicKey;   ///< its type and the key itself, as known hosts and authorised keys are listed
+    std::string publicKey;   ///< type and key, as in known_hosts and authorized_keys
 
-    /// Makes a new one; `path` is where the private half comes to lie. Throws std::runtime_error.
+    /// Makes a new key; `path` is the file of the private key. Throws std::runtime_error.
     static KeyPair generate(IoThread &io, std::string path);
 };
 

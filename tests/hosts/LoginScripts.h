@@ -5,29 +5,29 @@
 
 namespace tw::test {
 
-// Hosts that are not as one would like them, as scripts for TestHost::Options::loginScript. What a script does not
-// spoil, it runs as sent, by /bin/sh.
+// Hosts with faults, as scripts for TestHost::Options::loginScript. A script runs the commands that it does not spoil
+// with /bin/sh.
 
-/// Words on both outputs before the command runs, as of a .bashrc that greets.
+/// Prints words to both outputs before the command runs, like a .bashrc with a greeting.
 std::string loginWithNoise();
 
-/// There is no bash in the PATH, only what scripts commonly call.
+/// The PATH has no bash, only the usual tools of scripts.
 std::string loginWithoutBash();
 
-/// The user's shell is of the family of csh: what a POSIX shell reads is a syntax error unless it stands in quotes, and
-/// no quoted text goes over the end of a line.
+/// The login shell belongs to the csh family: POSIX syntax is an error unless it is quoted, and a quoted text ends with
+/// its line.
 std::string loginWithAnotherShell();
 
-/// Bytes of all values, and nothing that was asked for.
+/// Prints bytes of all values, and does not run the command.
 std::string loginWithGarbage();
 
-/// So many bytes without the end of a line, and nothing that was asked for.
+/// Prints that many bytes without a line end, and does not run the command.
 std::string loginWithFlood(std::size_t bytes);
 
-/// The command runs until it has said so many bytes, and the connection ends.
+/// Ends the connection after that many bytes of the output.
 std::string loginThatBreaksOff(std::size_t afterBytes);
 
-/// Not a word until the client gives up.
+/// Prints nothing until the client gives up.
 std::string loginWithoutAnswer();
 
 } // namespace tw::test

@@ -11,8 +11,8 @@ namespace tw::test {
 /// Listens on a free port, without blocking.
 FileDescriptor listenOnLoopback();
 
-/// Keeps a free port from everybody who asks the system for one. Nobody listens there, so connecting is refused, until
-/// a program that sets SO_REUSEADDR, as servers do, listens on it.
+/// Reserves a free port: the system gives it to no other process. Connections are refused until a program that sets
+/// SO_REUSEADDR, as servers do, listens on it.
 FileDescriptor reserveLoopbackPort();
 
 std::uint16_t portOf(FileDescriptor const &socket);
@@ -20,7 +20,7 @@ std::uint16_t portOf(FileDescriptor const &socket);
 /// A blocking socket.
 FileDescriptor connectToLoopback(std::uint16_t port);
 
-/// A socket that does not block; it may be on its way still, see connect(2).
+/// A non-blocking socket whose connection may still be in progress, see connect(2).
 FileDescriptor beginConnectingToLoopback(std::uint16_t port);
 
 } // namespace tw::test

@@ -16,14 +16,15 @@ class EngineRuntime;
 
 namespace tw::test {
 
-/// A host that takes no keys, on loopback. Whoever knows the password gets in and runs commands of this machine.
+/// A host on loopback that refuses keys. A client with the password may run commands on this machine.
 ///
-/// Threads: for one thread. Lifetime: outlived by the runtime; when it goes, all that it has started has ended.
+/// Threads: for one thread.
+/// Lifetime: the runtime outlives it. The destructor ends every process that it has started.
 class PasswordHost {
 public:
     struct Options {
         std::string password = {};
-        /// The words in which it asks; empty: it lets the client find them.
+        /// The words of its question; empty: the client chooses the words.
         std::string prompt = {};
     };
 
@@ -35,7 +36,7 @@ public:
 
     HostAddress address() const;
 
-    /// What it was told for a password so far, in the order in which it came.
+    /// The passwords that clients have sent so far, in their order.
     std::vector<std::string> tries() const;
 
 private:

@@ -14,18 +14,19 @@ class EngineRuntime;
 
 namespace tw::test {
 
-/// A session bus of the test's own, with a real key store behind it that nobody has used.
+/// A session bus for one test, with a real and empty key store.
 ///
-/// The key store starts when it is first called.
+/// The key store starts with the first call to it.
 ///
-/// Threads: for one thread. Lifetime: outlived by the runtime; when it goes, all that it has started has ended.
+/// Threads: for one thread.
+/// Lifetime: the runtime outlives it. The destructor ends every process that it has started.
 class PrivateKeyring {
 public:
-    /// What answers for the key store.
+    /// The kind of the key store.
     enum class Store {
         real,
         absent,
-        mute,             ///< it starts, and never comes up
+        mute,             ///< starts, and never answers
         promptIsAnswered, ///< a stand-in, locked, with a password for "box"; the user answers its prompt
         promptStays       ///< the same; nobody answers its prompt
     };
@@ -36,7 +37,7 @@ public:
     PrivateKeyring(PrivateKeyring const &) = delete;
     PrivateKeyring &operator=(PrivateKeyring const &) = delete;
 
-    /// Of the bus.
+    /// The address of the bus.
     std::string const &address() const noexcept { return busAddress; }
 
     /// Locks the store, as an idle session does. The store finds no program that could show its prompt, and takes the

@@ -8,24 +8,25 @@
 
 namespace tw::test {
 
-/// A process of this machine, as it was when it was looked at.
+/// A process of this machine at the time of the call.
 struct ProcessRecord {
     pid_t id = 0;
     pid_t parent = 0;
-    char state = '?';            ///< as in /proc/PID/stat: Z is one that has ended and is not collected yet
-    unsigned long long born = 0; ///< in ticks since the machine started; tells it from a later one with its number
-    std::string name;            ///< at most 15 bytes of its program's name
+    char state = '?'; ///< as in /proc/PID/stat; Z has ended and is not collected yet
+    unsigned long long born =
+        0;            ///< in ticks since the machine started; distinguishes it from a later process with its id
+    std::string name; ///< at most 15 bytes of the name of its program
 
     bool hasEnded() const noexcept { return state == 'Z' || state == 'X'; }
 };
 
-/// The children of a process, their children, and so on, those included that have ended and are not collected.
+/// All descendants of a process, also those that have ended and are not collected.
 std::vector<ProcessRecord> descendantsOf(pid_t ancestor);
 
 /// Nothing if there is no such process.
 std::optional<ProcessRecord> recordOf(pid_t process);
 
-/// Ends that process by SIGKILL and blocks until it has ended. Nothing if it has ended before.
+/// Ends the process with SIGKILL and blocks until it has ended. Does nothing if it has ended before.
 void killAndWait(ProcessRecord const &process);
 
 } // namespace tw::test

@@ -10,19 +10,19 @@
 
 namespace tw::test {
 
-/// What all connections of a proxy have in common.
+/// Shared by all connections of a proxy.
 struct ProxyState {
     std::uint16_t targetPort;
     std::chrono::nanoseconds roundTrip;
     bool stalledTowardsHost = false;
     bool stalledTowardsClient = false;
     Traffic traffic = {};
-    std::vector<char> buffer = {}; ///< what is received goes through it
+    std::vector<char> buffer = {}; ///< for receiving
 };
 
-/// One connection through a DelayProxy: two sockets and what is on its way between them.
+/// One connection through a DelayProxy: two sockets and the bytes in flight between them.
 ///
-/// Threads: for the proxy's thread.
+/// Threads: the thread of the proxy only.
 class ProxyConnection {
 public:
     using Time = DelayLine::Time;
@@ -32,20 +32,20 @@ public:
     ProxyConnection(ProxyConnection &&) noexcept = default;
     ProxyConnection &operator=(ProxyConnection &&) noexcept = default;
 
-    /// How many entries `addTo` adds.
+    /// The number of entries that `addTo` adds.
     static constexpr std::size_t pollCount = 2;
 
     void addTo(std::vector<pollfd> &polls) const;
 
-    /// When there is something to do without a socket saying so; nothing if never.
+    /// When there is work that no socket announces; nothing if there is none.
     std::optional<Time> due(ProxyState const &state) const;
 
-    /// Does all that can be done now. `polled` are the entries that `addTo` added.
+    /// Does everything that is possible now. `polled` are the entries that `addTo` added.
     void advance(pollfd const *polled, Time now, ProxyState &state);
 
     bool isOver() const noexcept { return stage == Stage::over; }
 
-    /// The sockets are closed by the destructor, after a reset without a farewell.
+    /// The destructor closes the sockets; after a reset the peers see a reset.
     void end(Ending how);
 
 private:

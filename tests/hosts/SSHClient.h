@@ -7,18 +7,18 @@
 
 namespace tw::test {
 
-/// The ssh client of a user who has nothing but the hosts that a test gives him.
+/// The ssh client of a user who knows only the hosts of a test.
 ///
-/// OpenSSH takes the user's home from the password database and not from HOME, so there is a program of its own to be
-/// run in place of ssh: it runs the real one with this user's configuration and nobody else's. Whether connections are
-/// shared, and whether ssh may ask, is left to the caller's own options.
+/// OpenSSH takes the home folder of the user from the password database and ignores HOME. So there is a script to be
+/// run in place of ssh: it runs the real ssh with the configuration of this user only. The caller's options decide
+/// whether connections are shared and whether ssh may ask.
 class SSHClient {
 public:
-    /// What the user knows of a host's key.
+    /// The key of a host that the user knows.
     enum class Knowledge {
-        right,  ///< it is on record
-        none,   ///< no key is on record, as before the first visit
-        another ///< a different key is on record, as after the host was set up anew
+        right,  ///< the key of the host
+        none,   ///< no key, as before the first visit
+        another ///< a different key, as after a new installation of the host
     };
 
     SSHClient();
@@ -26,13 +26,13 @@ public:
     SSHClient(SSHClient const &) = delete;
     SSHClient &operator=(SSHClient const &) = delete;
 
-    /// Makes a host known under a name, from the next start of ssh on. The same name again replaces it.
+    /// Adds a host under a name, from the next start of ssh on. Replaces a host of the same name.
     void add(std::string const &alias, HostAddress const &host, Knowledge knowledge = Knowledge::right);
 
-    /// The path of what is run in place of ssh, with the arguments of ssh.
+    /// The path of the program to be run in place of ssh, with the arguments of ssh.
     std::string const &program() const noexcept { return wrapper; }
 
-    /// The user's home folder; its .ssh is what the program uses.
+    /// The home folder of the user; the program uses the .ssh in it.
     std::string home() const { return folder.path("home"); }
 
 private:

@@ -7,8 +7,8 @@
 
 namespace tw::test {
 
-/// What lets the ssh that every user has take `home` for the user's home folder, as variables of its environment: it
-/// asks the password database for it and not HOME. `folder` keeps what is needed for that.
+/// Environment variables that make the installed ssh use `home` as the home folder of the user: ssh ignores HOME and
+/// asks the password database. `folder` holds the files that this needs.
 std::map<std::string, std::string> sshHome(TemporaryFolder const &folder, std::string const &home);
 
 } // namespace tw::test

@@ -6,13 +6,13 @@
 
 namespace tw::test {
 
-/// The empty folder that sshd insists on when root runs it, while it exists.
+/// Provides the empty folder that sshd requires when root runs it.
 ///
-/// Its place is built into sshd. A machine on which the ssh service runs has it; elsewhere it is made, and the last of
-/// all processes that need it removes it. One that we have made is known by its mode, which no service gives it.
+/// Its path is built into sshd. If the ssh service has not made the folder, we make it, and the last process that needs
+/// it removes it. A folder of ours is recognised by its mode, which no service uses.
 class SeparationFolder {
 public:
-    /// Where sshd looks for it.
+    /// The path that is built into sshd.
     static constexpr auto place = "/run/sshd";
 
     /// Throws std::system_error.
@@ -27,7 +27,7 @@ private:
     bool isOurs() const;
 
     std::string const path;
-    /// Locked, shared by all that need the folder.
+    /// Holds a shared lock on the folder.
     FileDescriptor folder;
 };
 

@@ -12,29 +12,27 @@ namespace tw::test {
 
 /// A host: a real sshd on a port of 127.0.0.1, run by and for the user who runs the test.
 ///
-/// Everything that it has lies in one temporary folder: configuration, keys, and the home folder of those who log in.
-/// Only the shell, and the folder in which a command starts, are those of the real user. It reads no configuration of
-/// this machine, asks for no password, and keeps its port for as long as it exists, whether or not it runs.
+/// One temporary folder holds all its files: configuration, keys, and the home folder of its users. Only the shell, and
+/// the folder in which a command starts, are those of the real user. It reads no configuration of this machine, asks
+/// for no password, and keeps its port while it exists, also while it is stopped.
 ///
-/// Threads: for one thread, which outlives it: when it ends, so does the host. All operations block until they have
-/// taken effect.
-/// Lifetime: outlived by the engine. The destructor ends everything that it has started, what clients have left
-/// running in the background included.
-/// Errors: std::runtime_error, with the log of sshd where there is one.
+/// Threads: for one thread, which outlives it: the host ends with the thread. All operations block until they have
+/// taken effect. Lifetime: the engine outlives it. The destructor ends every process that it has started, also those
+/// that clients have left running in the background. Errors: std::runtime_error, with the log of sshd if there is one.
 class TestHost {
 public:
-    /// Whether those who come with the right key are let in.
+    /// Whether the right key is accepted.
     enum class Login { accepted, refused };
 
     struct Options {
         Login login = Login::accepted;
-        std::string banner = {}; ///< what the client shows before the login
-        /// A script that is run in place of every command, and finds the command in SSH_ORIGINAL_COMMAND; see
-        /// LoginScripts.h. Without one the command is run by the user's shell.
+        std::string banner = {}; ///< shown by the client before the login
+        /// A script that runs in place of every command, with the command in SSH_ORIGINAL_COMMAND; see LoginScripts.h.
+        /// Without a script, the shell of the user runs the command.
         std::string loginScript = {};
     };
 
-    /// Runs when this returns.
+    /// The host runs when this returns.
     explicit TestHost(EngineRuntime &engine);
     TestHost(EngineRuntime &engine, Options options);
     ~TestHost();
@@ -44,22 +42,22 @@ public:
 
     HostAddress address() const;
 
-    /// The home folder of those who log in.
+    /// The home folder of its users.
     std::string home() const { return folder.path("home"); }
 
-    /// For those who log in from now on.
+    /// Applies to later logins.
     void setLogin(Login login);
 
-    /// Ends all connections, and leaves what was run over them to itself, as a lost line does.
+    /// Ends all connections and leaves their processes running, like a lost line.
     void cut();
 
-    /// Ends all connections, what was run over them, and the server. The port refuses from then on.
+    /// Ends all connections, their processes, and the server. The port refuses connections from then on.
     void stop();
 
-    /// Runs again after `stop`, on the same port and with the same key.
+    /// Starts the host again after `stop`, with the same port and key.
     void start();
 
-    /// How many connections there are, those that are not logged in yet included.
+    /// The number of connections, also of those that are not logged in yet.
     std::size_t connections() const;
 
     HostLog const &log() const noexcept { return output; }
@@ -79,7 +77,7 @@ private:
     KeyPair const userKey;
 
     HostLog output;
-    /// Null while it is stopped.
+    /// Null while the host is stopped.
     std::shared_ptr<ChildProcess> listener;
 };
 

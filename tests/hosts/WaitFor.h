@@ -7,9 +7,9 @@
 
 namespace tw::test {
 
-/// Runs a task on the calling thread, which blocks until it ends; answers what it returned or throws what it threw.
+/// Runs a task on the calling thread and blocks until it ends. Returns its result or throws its exception.
 ///
-/// For hosts, which are started and stopped in a test's plain code.
+/// For hosts, which plain code of a test starts and stops.
 template <class T>
 T waitFor(Task<T> task)
 {

@@ -15,10 +15,10 @@ namespace tw::test {
 
 using Child = std::shared_ptr<ChildProcess>;
 
-/// Everything that the child still writes to that end.
+/// The rest of the output of the child.
 Task<std::string> restOf(Child child, ChildOutput output);
 
-/// The children of this process, dead or alive, that were not collected.
+/// The children of this process, dead or alive, that are not collected.
 std::set<pid_t> childrenOfOurs();
 
 /// Tests that run real programs. None may leave a child behind.
@@ -26,19 +26,19 @@ class ChildProcessTest : public ::testing::Test {
 protected:
     ~ChildProcessTest() override;
 
-    /// Fails the test if it does not start.
+    /// Starts a command. Fails the test if that fails.
     Child start(ChildCommand const &command);
 
-    /// `script` for a shell, with pipes at all ends.
+    /// A shell that runs `script`, with pipes at all ends.
     Child startShell(std::string script);
 
     /// `cat`, with pipes for input and output.
     Child startCat();
 
-    /// Its whole output; it has ended well.
+    /// The whole output of a command. Fails the test unless the command succeeds.
     std::string outputOf(ChildCommand command);
 
-    /// Why it does not start.
+    /// The error of a command that cannot be started.
     SpawnError refusalOf(ChildCommand const &command);
 
     std::string read(Child const &child) { return loop.run(child->read(ChildOutput::standard)); }
@@ -51,7 +51,8 @@ protected:
 
     static ExitStatus killed(int signal) { return {.cause = ExitStatus::Cause::killed, .number = signal}; }
 
-    /// Whether there is a child that was not there when the test began; another test may have a server running.
+    /// True if there is a child that did not exist at the beginning of the test; another test may keep a server
+    /// running.
     bool hasChildren() const { return childrenOfOurs() != childrenBefore; }
 
     std::set<pid_t> const childrenBefore = childrenOfOurs();

@@ -23,17 +23,17 @@ struct Row {
 
 using Rows = std::set<Row>;
 
-/// What is on the disk, `depth` levels down. Links are entries and not followed, but for the root.
+/// The tree on the disk, `depth` levels down. Links are entries and not followed, except for the root.
 Rows rowsOnDisk(std::string const &root, int depth);
 
-/// What a scan of `root` has found.
+/// The rows of a scan of `root`.
 Rows rowsOf(std::map<std::string, DirectorySnapshot> const &listings, std::string const &root);
 
 /// The names in a folder on the disk, as sorted bytes: each file system hands them out in an order of its own.
 std::vector<std::string> namesOnDisk(std::string const &path);
 
-/// Names that break what handles them as text, as words or as lines; all different, all possible. The last one has
-/// every byte that a name can have.
+/// Different valid names that break code which treats names as text, words or lines. The last name has every byte that
+/// a name can have.
 std::vector<std::string> hostileNames();
 
 } // namespace tw::test

@@ -9,7 +9,9 @@
 
 namespace tw::test {
 
-/// Connections that come up, or fail, when the test says so. For one thread.
+/// Connections that succeed or fail at the command of the test.
+///
+/// Threads: one.
 class FakeConnections final : public Connections {
 public:
     struct Request {
@@ -48,10 +50,10 @@ public:
     using HostsAnswer = Completion<std::vector<std::string>>;
 
     std::vector<Request> waiting;
-    std::map<std::string, std::shared_ptr<Browser>> browsers; ///< of hosts, connected or not
+    std::map<std::string, std::shared_ptr<Browser>> browsers; ///< of hosts, also of those that are not connected
 
     std::vector<std::string> saved;
-    bool isConfigSlow = false; ///< a reading of the saved hosts waits for the test
+    bool isConfigSlow = false; ///< reading the saved hosts waits for the test
     std::vector<std::shared_ptr<HostsAnswer>> readings;
 
 private:

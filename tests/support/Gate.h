@@ -12,21 +12,21 @@
 
 namespace tw::test {
 
-/// Holds up a command of a host on this machine until the test lets it go on. Gone, it holds nobody.
+/// Blocks a command of a host on this machine until the test opens the gate, or destroys it.
 class Gate {
 public:
     Gate()
     {
         if (::mkfifo(path.c_str(), S_IRUSR | S_IWUSR) != 0)
             throw std::system_error(errno, std::system_category(), path);
-        // Open for both: neither side then waits for the other to open it.
+        // Opened for reading and writing: opening a FIFO for one of them waits for the other side.
         writeEnd = FileDescriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK));
     }
 
     /// A command for a POSIX shell that ends when the gate is opened.
     std::string waiting() const { return "head -n 1 <'" + path + "' >/dev/null"; }
 
-    /// For one of those who wait, or come later.
+    /// Lets one command pass, now or later.
     void open() const
     {
         if (::write(writeEnd.get(), "\n", 1) != 1)

@@ -28,7 +28,7 @@ protected:
         return ListingStore::create(runtime.workers(), clock, cacheFolder, limits);
     }
 
-    /// False if there is none to be had.
+    /// False if the store cannot be opened.
     bool open()
     {
         store = create();
@@ -53,7 +53,7 @@ protected:
 
     ListingStore::Statistics statistics() { return loop.run(store->statistics()); }
 
-    /// Whether a store in that folder works: what it is told, it still knows after the next start.
+    /// True if a store in that folder works: it remembers a listing across a restart.
     bool worksAcrossRestart()
     {
         if (!open())
@@ -69,14 +69,14 @@ protected:
 
     std::string databasePath() const { return cacheFolder + "/listings.sqlite"; }
 
-    /// Beside the store, on a connection of its own.
+    /// Runs on a connection of its own, beside the store.
     SqliteResult runSql(std::string const &statements)
     {
         auto database = SqliteDatabase::open(databasePath());
         return database ? database->run(statements.c_str()) : SqliteResult::failed;
     }
 
-    /// The number that a query answers.
+    /// The number that a query returns.
     std::int64_t numberOf(std::string const &query)
     {
         auto database = SqliteDatabase::open(databasePath());

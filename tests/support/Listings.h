@@ -23,7 +23,7 @@ ListedEntry symlink(std::string name, std::int64_t size = 0, std::int64_t mtime 
 
 enum class Completeness { whole, truncated };
 
-/// A snapshot with these rows, in this order. The storage holds their names and nothing else.
+/// A snapshot with these rows, in this order. The storage holds only their names.
 DirectorySnapshot listing(std::string path, std::vector<ListedEntry> const &rows,
                           std::chrono::system_clock::time_point fetchedAt = {},
                           Completeness completeness = Completeness::whole);

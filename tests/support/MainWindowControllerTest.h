@@ -26,7 +26,7 @@ public:
     std::shared_ptr<Dialogs> dialogs() override { return questions; }
 };
 
-/// The controller of a window with displays that record, on connections that the test answers for.
+/// The controller of a window, with recording displays and fake connections.
 class MainWindowControllerTest : public ::testing::Test {
 protected:
     MainWindowControllerTest()

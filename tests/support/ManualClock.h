@@ -7,7 +7,9 @@
 
 namespace tw::test {
 
-/// A clock that stands still until the test moves it on. For one thread.
+/// A clock that only the test moves.
+///
+/// Threads: one.
 class ManualClock final : public Clock {
 public:
     Timestamp now() const override { return wall; }
@@ -39,7 +41,7 @@ private:
     /// Some moment in 2026, with a fraction of a second.
     Timestamp wall{std::chrono::milliseconds(1'780'000'000'250)};
     std::chrono::steady_clock::time_point steady{std::chrono::hours(1)};
-    /// By the time at which they ring, in the order of their setting among equals.
+    /// By the time at which they are due; equal times in the order in which they were set.
     std::multimap<std::chrono::steady_clock::time_point, std::shared_ptr<Completion<Done>>> alarms;
 };
 

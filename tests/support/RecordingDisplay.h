@@ -6,7 +6,7 @@
 
 namespace tw::test {
 
-/// A display that remembers what it was told to show.
+/// A display that records what it is to show.
 class RecordingDisplay final : public PaneDisplay {
 public:
     std::optional<int> cursorRow;
@@ -16,7 +16,7 @@ public:
     int redraws = 0;
     int beeps = 0;
     std::string connection;
-    std::vector<ConnectionItem> menu; ///< of connections, as it was last shown
+    std::vector<ConnectionItem> menu; ///< of connections, as it was shown last
     int menuOpenings = 0;
     std::string path;
     std::string status;

@@ -9,7 +9,9 @@
 
 namespace tw::test {
 
-/// A store in memory that keeps count of what it was asked for. For one thread.
+/// A store in memory that counts its calls.
+///
+/// Threads: one.
 class RecordingStore final : public PersistentListings {
 public:
     using Key = std::pair<std::string, std::string>; ///< provider and path

@@ -13,14 +13,14 @@
 
 namespace tw::test {
 
-/// Tests of sessions with this machine, over a stand-in for ssh. None may leave anything behind.
+/// Tests of sessions with this machine over a stand-in for ssh. No test may leave a process or a descriptor behind.
 class RemoteShellTest : public ChildProcessTest {
 protected:
     using Shell = std::shared_ptr<RemoteShell>;
 
     void SetUp() override
     {
-        // The first sleep opens what all timers and pipes share.
+        // The first sleep opens descriptors that all timers and pipes share.
         loop.run(SystemClock(*io).sleep(std::chrono::nanoseconds(1)));
         openAtFirst = openDescriptors();
     }
@@ -50,7 +50,7 @@ protected:
         return shell;
     }
 
-    /// An ssh that does what the script, for bash, says.
+    /// An ssh that is a script for bash.
     std::string program(std::string const &script)
     {
         auto const path = scripts.file("ssh" + std::to_string(++programs), "#!/bin/bash\n" + script);
@@ -65,7 +65,7 @@ protected:
 
     RemoteShell::State stateOf(Shell const &shell) { return loop.run(shell->state()); }
 
-    /// Why connecting fails.
+    /// The error of a connection attempt.
     std::string connectFailure(Shell const &shell) { return connectFailure(loop.start(shell->connect())); }
 
     std::string connectFailure(Started<void> const &connecting)
@@ -80,7 +80,7 @@ protected:
         return "it came up";
     }
 
-    /// Why a request fails, if it is for the end of the session.
+    /// The error of a request that fails because the session ends.
     template <class T>
     std::string lossOf(Started<T> const &asked)
     {
@@ -93,14 +93,14 @@ protected:
         return "it was answered";
     }
 
-    /// A command at which the session's ssh dies, and with it all that is under way. The resident shell is the child of
-    /// a login shell, and that one of ssh.
+    /// A command that kills the ssh of the session, and so fails all requests in flight. The resident shell is a child
+    /// of a login shell, which is a child of ssh.
     static std::string endOfTheClient() { return "kill -KILL $(cut -d' ' -f4 /proc/$PPID/stat)"; }
 
-    /// The test does not hold the sessions any more, without having ended them.
+    /// Releases the sessions without ending them.
     void dropAll() { shells.clear(); }
 
-    /// Waits for what ends in the background.
+    /// Waits for processes that end in the background.
     void nothingIsLeft()
     {
         SystemClock real(*io);

@@ -9,28 +9,28 @@
 
 namespace tw::test {
 
-/// A real bash of this machine with the resident script in it, at the end of pipes: a host without the ssh before it.
+/// A real bash of this machine that runs the resident script, connected by pipes: a host without ssh.
 class ResidentShell {
 public:
     struct Setup {
-        std::string path; ///< where the shell finds its tools
+        std::string path; ///< the PATH of the shell
         std::string startFolder = "/";
-        std::size_t budget = 8U << 20U; ///< at which listings are cut
+        std::size_t budget = 8U << 20U; ///< in bytes; longer listings are cut
     };
 
     ResidentShell(IoThread &io, TestLoop &testLoop, Setup const &setup);
 
     ShellReader::Frame const &handshake() const noexcept { return greeting; }
 
-    /// Sends a request with the next number and answers its response.
+    /// Sends a request with the next number and returns its response.
     ShellReader::Frame answerTo(ShellRequest const &request);
 
-    /// The response to come.
+    /// Waits for the next response.
     ShellReader::Frame nextFrame();
 
     void write(std::string bytes);
 
-    /// What it prints outside of any response, until it ends for want of input.
+    /// Closes the input and returns the output outside of responses.
     std::string end();
 
     ChildProcess &process() noexcept { return *child; }

@@ -8,21 +8,21 @@
 
 namespace tw::test {
 
-/// Tests that talk to a real resident shell, whose tools are those that the test gives it.
+/// Tests with a real resident shell that finds only the tools that the test gives it.
 class ResidentShellTest : public ChildProcessTest {
 protected:
     ResidentShellTest();
 
-    /// Lets the shell find these tools of this machine.
+    /// Gives the shell these tools of this machine.
     void give(std::initializer_list<std::string_view> names) const;
 
-    /// Lets the shell find a program of the test's own, a script for sh.
+    /// Gives the shell a script for sh as a tool.
     void give(std::string_view name, std::string_view script) const;
 
-    /// A find that does not know -printf, as that of BSD and of macOS.
+    /// A find without -printf, like those of BSD and macOS.
     void giveFindWithoutPrintf() const;
 
-    /// A shell with the tools that were given. `startFolder` is the test's folder if it is empty.
+    /// Starts a shell with the given tools, in `startFolder`, or in the folder of the test if `startFolder` is empty.
     ResidentShell shell(std::size_t budget = 8U << 20U, std::string const &startFolder = {});
 
     TemporaryFolder folder;

@@ -17,7 +17,7 @@
 
 namespace tw::test {
 
-/// Tests of a provider with a host, behind a line that can be cut and that counts.
+/// Tests of a provider with a host, over a line that can be cut and that counts bytes.
 class SSHProviderTest : public testing::Test {
 protected:
     using Provider = std::shared_ptr<SSHProvider>;
@@ -32,7 +32,7 @@ protected:
             loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
     }
 
-    /// The host, at the end of a line of that length, known as "host".
+    /// Adds the host as "host", behind a line with that round trip.
     void reach(TestHost::Options options = {}, std::chrono::nanoseconds roundTrip = {})
     {
         host = std::make_unique<TestHost>(engine, std::move(options));
@@ -47,7 +47,7 @@ protected:
             std::move(name), std::move(options)));
     }
 
-    /// It is disconnected at the end of the test.
+    /// Disconnects the provider at the end of the test.
     Provider keep(Provider provider) { return providers.emplace_back(std::move(provider)); }
 
     Provider connected(RemoteShellOptions options = {})
@@ -57,7 +57,7 @@ protected:
         return provider;
     }
 
-    /// An attempt that has got as far as a line on which nothing comes back.
+    /// A connection attempt on a line that delivers no reply.
     Started<void> connectInVain(Provider const &provider)
     {
         line->stall();
@@ -74,10 +74,10 @@ protected:
         return loop.run(provider->runCommand({.text = std::move(command), .session = session})).output;
     }
 
-    /// The number of the shell that serves a session.
+    /// The process id of the shell that serves a session.
     std::string shellOf(Provider const &provider, CommandSession session) { return run(provider, "echo $$", session); }
 
-    /// Why connecting fails.
+    /// The error of a connection attempt.
     std::string connectFailure(Provider const &provider) { return failureOf<void>(loop.start(provider->connect())); }
 
     template <class T>
@@ -104,7 +104,7 @@ protected:
     EngineRuntime engine;
     TestLoop loop;
     SSHClient client;
-    TemporaryFolder folder; ///< of the host, which is this machine
+    TemporaryFolder folder; ///< on the host, which is this machine
     TemporaryFolder local;
     TemporaryFolder socketBase;
     ControlPath::Place sockets{.base = socketBase.path(), .user = ::getuid()};

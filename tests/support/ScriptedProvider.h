@@ -9,7 +9,9 @@
 
 namespace tw::test {
 
-/// A provider whose every fetch waits until the test answers it, unless it is told to answer at once. For one thread.
+/// A provider whose fetches wait for the answer of the test, unless it is set to answer at once.
+///
+/// Threads: one.
 class ScriptedProvider : public virtual FileSystemProvider {
 public:
     struct Request {
@@ -44,12 +46,12 @@ public:
         return note(this, Request{std::move(path), depth, priority, std::make_shared<Completion<Listings>>()});
     }
 
-    /// Set: what a fetch is answered with when it is asked.
+    /// If set: the answer to every fetch.
     std::function<Listings(std::string const &path)> answersAtOnce;
 
-    /// The fetches that wait for an answer, the oldest first.
+    /// The fetches in flight, the oldest first.
     std::vector<Request> waiting;
-    /// How many fetches there were.
+    /// The number of fetches so far.
     int fetches = 0;
     int connects = 0;
     int disconnects = 0;

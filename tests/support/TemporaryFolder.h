@@ -6,7 +6,7 @@
 
 namespace tw::test {
 
-/// A folder of the test's own, gone with the object, whatever was done to permissions in it.
+/// A folder for one test. The destructor removes it, whatever the permissions of its content.
 class TemporaryFolder {
 public:
     TemporaryFolder();
@@ -17,10 +17,10 @@ public:
 
     std::string const &path() const noexcept { return root; }
 
-    /// The path of something in it. `name` is bytes.
+    /// The path of an entry. `name` is bytes.
     std::string path(std::string_view name) const { return root + '/' + std::string(name); }
 
-    /// Each answers the path of what it made.
+    /// Each makes an entry and returns its path.
     std::string file(std::string_view name, std::string_view content = {}) const;
     std::string folder(std::string_view name) const;
     std::string link(std::string_view name, std::string const &target) const;

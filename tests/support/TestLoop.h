@@ -9,7 +9,7 @@
 
 namespace tw::test {
 
-/// A task under test: what became of it, and a handle to stop it.
+/// A task under test: its outcome, and a handle to stop it.
 template <class T>
 class Started {
     using Value = std::conditional_t<std::is_void_v<T>, std::monostate, T>;
@@ -27,7 +27,7 @@ public:
 
     void stop() const { state->stop.request_stop(); }
 
-    /// What it returned; throws what it threw. The task must be done.
+    /// Returns its result or throws its exception. The task must be done.
     T value() const
     {
         requireValue();
@@ -35,7 +35,7 @@ public:
             return *state->value;
     }
 
-    /// The same, moved out. Once.
+    /// The same, moved out. To be called once.
     T take() const
     {
         requireValue();
@@ -78,7 +78,7 @@ class TestLoop {
 public:
     TestLoop();
 
-    /// What is still queued is let go.
+    /// Destroys queued work.
     ~TestLoop();
 
     TestLoop(TestLoop const &) = delete;
@@ -98,11 +98,11 @@ public:
     /// Runs until nothing is queued. For tests in which everything lives on this loop.
     void drain();
 
-    /// Runs until `condition` holds, sleeping while there is nothing to do. Fails the test, and answers false, if it
-    /// does not hold within a limit that only a hang reaches.
+    /// Runs until `condition` holds, and sleeps while there is no work. Fails the test and returns false after a limit
+    /// that only a hang reaches.
     bool runUntil(std::function<bool()> condition);
 
-    /// Starts a task, waits for its end and answers what it returned.
+    /// Starts a task, waits for its end and returns its result.
     template <class T>
     T run(Task<T> task)
     {
