@@ -176,10 +176,9 @@ Task<RemoteShellOptions> HostSessions::sessionOptions(Self self)
     auto const presence = co_await self->engine.workers().run(
         WorkPriority::interactive, [ask = self->savedPasswords.presence, host = self->host] { return ask(host); });
     auto isReadable = presence == SSHPassword::Presence::readable;
-    if (presence == SSHPassword::Presence::locked) {
+    if (presence == SSHPassword::Presence::locked)
         isReadable = co_await self->savedPasswords.unlock(self->host);
-        self->isKeyStoreLocked = !isReadable;
-    }
+    self->isKeyStoreLocked = presence == SSHPassword::Presence::locked && !isReadable;
     if (isReadable) {
         with.askpassHelper = self->savedPasswords.helper;
         with.askpassAccount = self->host;

@@ -33,11 +33,12 @@ protected:
     /// Answers for every host, and notes which hosts were asked for, and on which thread.
     SavedPasswords answering(Presence presence)
     {
+        found = presence;
         return {.presence =
-                    [this, presence](std::string const &host) {
+                    [this](std::string const &host) {
                         asked.push_back(host);
                         askedOn = std::this_thread::get_id();
-                        return presence;
+                        return found;
                     },
                 .unlock = [this](std::string host) { return answerPrompt(this, std::move(host)); },
                 .helper = "/usr/bin/helper"};
@@ -68,6 +69,7 @@ protected:
     void connect(Provider const &provider) { loop.run(provider->connect()); }
 
     StandInSSH standIn;
+    Presence found = Presence::none;
     std::vector<std::string> asked;
     std::thread::id askedOn;
     std::vector<std::string> prompted;
@@ -124,11 +126,13 @@ TEST_F(SavedPasswordsTest, withoutTheLockedPasswordAKeyIsTried)
 TEST_F(SavedPasswordsTest, theErrorSaysThatTheKeyStoreIsLocked)
 {
     standIn.behave({.fault = StandInSSH::Fault::refuse, .message = "Permission denied\n"});
-    auto const locked = failureOf(providerWith(answering(Presence::locked)));
+    auto const provider = providerWith(answering(Presence::locked));
+    auto const locked = failureOf(provider);
     EXPECT_THAT(locked, HasSubstr("Permission denied"));
     EXPECT_THAT(locked, HasSubstr("key store with the password of this host is locked"));
 
-    auto const readable = failureOf(providerWith(answering(Presence::readable)));
+    found = Presence::readable;
+    auto const readable = failureOf(provider);
     EXPECT_THAT(readable, HasSubstr("Permission denied"));
     EXPECT_THAT(readable, Not(HasSubstr("locked")));
 }
