@@ -36,8 +36,10 @@ TEST_P(TerminatedTest, itQuitsAsTheUserWould)
 {
     auto program = startOnBothFolders();
     expectBothFoldersPainted(program);
+    auto const begin = std::chrono::steady_clock::now();
     program.signal(GetParam());
     EXPECT_EQ(program.waitForEnd(), 0) << program.output();
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)) << "the engine had no time to finish";
     EXPECT_THAT(life(), ElementsAre("launch " TARNWICK_VERSION, "quit")) << "it was not the user who closed a window";
 }
 

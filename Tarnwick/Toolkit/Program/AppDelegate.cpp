@@ -12,9 +12,6 @@
 
 #include <QApplication>
 
-#include <chrono>
-#include <semaphore>
-
 namespace tw {
 
 namespace {
@@ -135,8 +132,8 @@ void AppDelegate::awaitShutdown()
 {
     auto const done = std::make_shared<std::binary_semaphore>(0);
     spawn({with.mainContext, {}}, shutDown(&with.connections, done));
-    // Not `done` within the time is the usual case, and no case to treat in another way.
-    static_cast<void>(done->try_acquire_for(timeToEnd));
+    // The time-out is the usual outcome and needs no handling.
+    with.waitForShutdown(*done, timeToEnd);
 }
 
 void AppDelegate::showAbout()

@@ -10,7 +10,10 @@
 #include <QObject>
 #include <QPointer>
 
+#include <chrono>
+#include <functional>
 #include <memory>
+#include <semaphore>
 
 namespace tw {
 
@@ -33,6 +36,11 @@ public:
         ConnectionRegistry &connections;
         std::string lifeLog; ///< the file
         std::string version;
+        /// Waits on this thread for the end of all connections, and for no longer than the limit. A test need not wait.
+        std::function<void(std::binary_semaphore &, std::chrono::nanoseconds limit)> waitForShutdown =
+            [](std::binary_semaphore &done, std::chrono::nanoseconds limit) {
+                static_cast<void>(done.try_acquire_for(limit));
+            };
     };
 
     explicit AppDelegate(Collaborators collaborators);
