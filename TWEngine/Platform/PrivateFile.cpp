@@ -1,11 +1,10 @@
 #include "TWEngine/Platform/PrivateFile.h"
 
+#include "TWEngine/Platform/NewPrivateFile.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 #include "TWEngine/Runtime/WholeFile.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -98,16 +97,8 @@ bool append(std::string const &file, std::string_view text)
 
 bool replace(std::string const &file, std::string_view text)
 {
-    auto next = file + ".XXXXXX";
-    FileDescriptor const made(::mkostemp(next.data(), O_CLOEXEC)); // its mode is 0600, see mkstemp(3)
-    if (!made)
-        return false;
-    // On disk before the rename: after a power cut the old text is better than no text.
-    if (WholeFile::write(made.get(), text) == 0 && ::fsync(made.get()) == 0 &&
-        ::rename(next.c_str(), file.c_str()) == 0)
-        return true;
-    ::unlink(next.c_str());
-    return false;
+    NewPrivateFile next(file);
+    return next.fill(text) == 0 && next.replaceTarget() == 0;
 }
 
 } // namespace tw::PrivateFile

@@ -1,13 +1,13 @@
 #include "TWEngine/SSHConfig/SSHConfigOnDisk.h"
 
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Platform/NewPrivateFile.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 #include "TWEngine/Runtime/Uninterrupted.h"
 #include "TWEngine/Runtime/WholeFile.h"
 #include "TWEngine/SSHConfig/SSHConfigError.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -21,7 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t ownersFile = S_IRUSR | S_IWUSR;
 constexpr mode_t ownersFolder = S_IRWXU;
 
 [[noreturn]] void failWriting(std::string const &path, int error)
@@ -29,7 +28,7 @@ constexpr mode_t ownersFolder = S_IRWXU;
     throw SSHConfigError::NotWritable(path, systemText(error));
 }
 
-/// Where the bytes are: links are followed, the last of which may lead to a file that is not there yet.
+/// The file that holds the bytes: links are followed, and the last one may lead to a missing file.
 std::string targetOf(std::string const &path)
 {
     constexpr int mostLinks = 40; // as many as the system itself follows
@@ -39,63 +38,19 @@ std::string targetOf(std::string const &path)
         auto const next = fs::read_symlink(target, noLink);
         if (noLink)
             return target.string();
-        target = target.parent_path() / next; // an absolute one replaces all
+        target = target.parent_path() / next; // an absolute path replaces the whole path
     }
     throw SSHConfigError::NotReadable(path, systemText(ELOOP));
 }
 
-/// A file on its way to its name. Gone with the object, unless it got there.
-class NewFile {
-public:
-    /// In the folder of `target`, since a file changes its name in one step only within a file system.
-    explicit NewFile(std::string const &target)
-        : finalName(target),
-          name((fs::path(target).parent_path() / ".tw-config-XXXXXX").string()),
-          file(::mkostemp(name.data(), O_CLOEXEC)) // 0600 from the first moment on
-    {
-        if (!file)
-            failWriting(finalName, errno);
-    }
+/// For the calls that return an error number.
+void require(int error, std::string const &path)
+{
+    if (error != 0)
+        failWriting(path, error);
+}
 
-    ~NewFile()
-    {
-        if (!name.empty())
-            ::unlink(name.c_str());
-    }
-
-    NewFile(NewFile const &) = delete;
-    NewFile &operator=(NewFile const &) = delete;
-
-    void fill(std::string_view text) const
-    {
-        if (auto const error = WholeFile::write(file.get(), text); error != 0)
-            failWriting(finalName, error);
-        // Before it has its name: after a crash the name must not lead to a file without bytes.
-        if (::fchmod(file.get(), ownersFile) != 0 || ::fsync(file.get()) != 0)
-            failWriting(finalName, errno);
-    }
-
-    void replaceTarget()
-    {
-        if (::rename(name.c_str(), finalName.c_str()) != 0)
-            failWriting(finalName, errno);
-        name.clear();
-    }
-
-    /// Not in place of a file that is there.
-    void becomeTarget() const
-    {
-        if (::link(name.c_str(), finalName.c_str()) != 0 && errno != EEXIST)
-            failWriting(finalName, errno);
-    }
-
-private:
-    std::string const finalName;
-    std::string name;
-    FileDescriptor const file;
-};
-
-/// Makes the new name last. The bytes are safe by now, so that a folder that cannot be synchronised is no failure.
+/// Writes the new name to the disk. The bytes are on the disk already, so an error here is no failure.
 void synchroniseFolderOf(std::string const &path)
 {
     FileDescriptor const folder(::open(fs::path(path).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -103,16 +58,17 @@ void synchroniseFolderOf(std::string const &path)
         ::fsync(folder.get());
 }
 
-/// Only of what was there at the very first time.
+/// Keeps only the first version.
 void keepBackup(std::string const &path, std::string_view text)
 {
     auto const backup = path + ".tw-backup";
     std::error_code ignored;
     if (fs::symlink_status(backup, ignored).type() != fs::file_type::not_found)
         return;
-    NewFile const copy(backup);
-    copy.fill(text);
-    copy.becomeTarget();
+    NewPrivateFile const copy(backup);
+    require(copy.fill(text), backup);
+    if (auto const error = copy.becomeTarget(); error != EEXIST)
+        require(error, backup);
 }
 
 void makeFolderOf(std::string const &path)
@@ -136,7 +92,7 @@ std::string pathOfThisUser()
 
 std::optional<std::string> read(std::string const &path)
 {
-    // Not blocking: a pipe with nobody at its other end must not hold a worker for ever.
+    // O_NONBLOCK: a pipe without a writer must not block the worker.
     FileDescriptor const file(
         uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
     if (!file && (errno == ENOENT || errno == ENOTDIR))
@@ -147,7 +103,7 @@ std::optional<std::string> read(std::string const &path)
     if (!S_ISREG(status.st_mode))
         throw SSHConfigError::NotReadable(path, "not a file");
 
-    // Its size is not asked for: it may grow, and that of some files is 0.
+    // Without asking for its size: the file may grow, and some files report 0.
     std::string text;
     if (auto const error = WholeFile::readUpTo(file.get(), maxBytes + 1, text); error != 0)
         throw SSHConfigError::NotReadable(path, systemText(error));
@@ -165,12 +121,12 @@ void write(std::string const &path, std::optional<std::string> const &before, st
         throw SSHConfigError::ChangedMeanwhile(path);
     if (before)
         keepBackup(path, *before);
-    NewFile copy(target);
-    copy.fill(text);
-    // Looked at again: writing may have taken its time.
+    NewPrivateFile copy(target);
+    require(copy.fill(text), target);
+    // Checked again, since writing takes time.
     if (read(target) != before)
         throw SSHConfigError::ChangedMeanwhile(path);
-    copy.replaceTarget();
+    require(copy.replaceTarget(), target);
     synchroniseFolderOf(target);
 }
 
