@@ -92,9 +92,15 @@ void measureSort(Figures &figures, std::string const &subject, std::vector<std::
                  double largestRatio)
 {
     PaneModel model;
-    auto const listing = listingOf(names);
+    model.setSnapshot(listingOf(names));
+    // No name is hidden, so that this changes nothing but has the rows sorted again.
+    auto const sortAgain = [&] {
+        auto options = model.viewOptions();
+        options.showHidden = !options.showHidden;
+        model.setViewOptions(options);
+    };
     auto const medians = takeTurns(
-        runs, [&] { return millisecondsOf([&] { model.setSnapshot(listing); }); },
+        runs, [&] { return millisecondsOf(sortAgain); },
         [&] {
             auto strings = names;
             return millisecondsOf([&] {

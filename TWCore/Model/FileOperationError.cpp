@@ -10,7 +10,10 @@ FileOperationError::Failed::Failed(std::string attempted, std::string target, st
 {
 }
 
-FileOperationError::Unsupported::Unsupported(std::string const &what) : FileOperationError("not supported: " + what) {}
+FileOperationError::Unsupported::Unsupported(std::string wanted)
+    : FileOperationError("not supported: " + wanted), detail(std::move(wanted))
+{
+}
 
 FileOperationError::Cancelled::Cancelled() : FileOperationError("cancelled") {}
 

@@ -32,7 +32,9 @@ public:
 
 class FileOperationError::Unsupported final : public FileOperationError {
 public:
-    explicit Unsupported(std::string const &what);
+    explicit Unsupported(std::string detail);
+
+    std::string const detail; ///< what cannot be done, and why
 };
 
 class FileOperationError::Cancelled final : public FileOperationError {

@@ -12,22 +12,26 @@ ConnectionItem itemOf(std::string const &host, std::string const &current)
 {
     // A host of this name exists for ssh, but here it would open this machine: it is seen, and cannot be chosen.
     auto const isReachable = host != localConnection;
-    return {.kind = Kind::host, .title = host, .isChecked = isReachable && host == current, .isEnabled = isReachable};
+    return {.kind = Kind::host,
+            .title = host,
+            .host = host,
+            .isChecked = isReachable && host == current,
+            .isEnabled = isReachable};
 }
 
-ConnectionItem note(std::string text)
+ConnectionItem note(Text text)
 {
     return {.kind = Kind::note, .title = std::move(text)};
 }
 
-std::string moreHosts(std::size_t count)
+Text moreHosts(std::size_t count)
 {
-    return std::to_string(count) + (count == 1 ? " more host" : " more hosts") + " in ~/.ssh/config";
+    return {count == 1 ? "%d more host in ~/.ssh/config" : "%d more hosts in ~/.ssh/config", {std::to_string(count)}};
 }
 
 } // namespace
 
-std::vector<ConnectionItem> connectionMenuItems(std::optional<std::string> header,
+std::vector<ConnectionItem> connectionMenuItems(std::optional<Text> header,
                                                 std::optional<std::vector<std::string>> const &hosts,
                                                 std::string const &current)
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TWCore/Model/Text.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,18 +25,19 @@ struct ConnectionItem {
     };
 
     Kind kind = Kind::separator;
-    std::string title = {}; ///< of a host its name, as bytes; else a text of ours
+    Text title = {};
+    std::string host = {}; ///< its name, as bytes
     bool isChecked = false;
     bool isEnabled = false;
 
     friend bool operator==(ConnectionItem const &, ConnectionItem const &) = default;
 };
 
-/// The most hosts that a menu lists. One of thousands takes long to lay out, and nobody finds anything in it.
+/// The most hosts that a menu lists. A menu of thousands takes long to lay out, and is too long to read.
 inline constexpr std::size_t mostHostsInMenu = 1000;
 
 /// The whole menu for a pane on the connection `current`. `hosts` is nothing as long as they are not known.
-std::vector<ConnectionItem> connectionMenuItems(std::optional<std::string> header,
+std::vector<ConnectionItem> connectionMenuItems(std::optional<Text> header,
                                                 std::optional<std::vector<std::string>> const &hosts,
                                                 std::string const &current);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Async/Task.h"
+#include "TWCore/Model/Text.h"
 #include "Tarnwick/Operations/Progress.h"
 
 #include <functional>
@@ -48,7 +49,7 @@ public:
     virtual ~Dialogs() = default;
 
     /// Says that something has failed, and ends when the user has seen it.
-    virtual Task<void> error(std::string message) = 0;
+    virtual Task<void> error(Text message) = 0;
 
     /// The text without the white space around it; nothing if the user cancels or leaves it empty.
     virtual Task<std::optional<std::string>> prompt(Prompt question) = 0;

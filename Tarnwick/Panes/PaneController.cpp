@@ -1,51 +1,12 @@
 #include "Tarnwick/Panes/PaneController.h"
 
-#include "TWCore/Model/DisplayText.h"
-#include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Panes/HostArrival.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Settings/Settings.h"
 
 namespace tw {
 
 namespace {
-
-/// What a pane shows on when it is attached to no display, so that no call has to ask.
-class NoDisplay final : public PaneDisplay {
-public:
-    void reloadRows() override {}
-
-    void redrawRows() override {}
-
-    void showCursor(std::optional<int> /*row*/) override {}
-
-    int firstVisibleRow() const override { return 0; }
-
-    void scrollToFirstVisibleRow(int /*row*/) override {}
-
-    int wholeVisibleRows() const override { return 1; }
-
-    void showConnection(std::string const & /*name*/) override {}
-
-    void openConnectionMenu(std::vector<ConnectionItem> /*items*/) override {}
-
-    void updateConnectionMenu(std::vector<ConnectionItem> /*items*/) override {}
-
-    void showPath(std::string const & /*path*/) override {}
-
-    void showStatus(std::string const & /*text*/) override {}
-
-    void showSpinner(Spinner /*spinner*/) override {}
-
-    void showSortIndicator(SortKey /*key*/, bool /*ascending*/) override {}
-
-    void showActive(bool /*active*/) override {}
-
-    void takeKeyboardFocus() override {}
-
-    void beep() override {}
-};
-
-NoDisplay noDisplay;
 
 std::string_view lastComponent(std::string_view path)
 {
@@ -57,8 +18,11 @@ std::string_view lastComponent(std::string_view path)
 std::shared_ptr<PaneController> PaneController::create(Collaborators collaborators, std::shared_ptr<Browser> browser,
                                                        std::string connectionName)
 {
-    return std::make_shared<PaneController>(Construction{}, std::move(collaborators), std::move(browser),
-                                            std::move(connectionName));
+    auto pane = std::make_shared<PaneController>(Construction{}, std::move(collaborators), std::move(browser),
+                                                 std::move(connectionName));
+    pane->makeNavigator();
+    pane->listen(subscribe(pane, pane->browser));
+    return pane;
 }
 
 PaneController::PaneController(Construction /*unused*/, Collaborators with, std::shared_ptr<Browser> source,
@@ -66,14 +30,16 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
     : collaborators(std::move(with)),
       browser(std::move(source)),
       connection(std::move(connectionName)),
-      display(&noDisplay),
       requested(PaneSpec::localHome().path),
+      spinner(collaborators.mainContext, collaborators.clock, [this] { showSpinner(); }),
       heading(browser),
-      spinner(collaborators.mainContext, collaborators.clock, [this] { showSpinner(); })
+      shownPath(requested),
+      shownConnection(connection)
 {
-    rows.setFolderPlacement(Settings::folderPlacement.read(collaborators.defaults));
-    placementObservation = Settings::folderPlacement.observe(collaborators.defaults, [this] {
-        changeRows([&] { rows.setFolderPlacement(Settings::folderPlacement.read(collaborators.defaults)); });
+    auto const &placement = Settings::folderPlacement;
+    rows.setFolderPlacement(placement.read(collaborators.defaults));
+    placementObservation = placement.observe(collaborators.defaults, [this] {
+        changeRows([&] { rows.setFolderPlacement(placement.read(collaborators.defaults)); });
     });
 }
 
@@ -84,21 +50,25 @@ PaneController::~PaneController()
 
 void PaneController::attach(PaneDisplay &newDisplay)
 {
+    auto const firstRow = display->firstVisibleRow();
     display = &newDisplay;
     showSortIndicator();
-    showConnection(connection);
-    display->showPath(onOneLine(requested));
+    display->showConnection(shownConnection);
+    display->showPath(shownPath);
+    display->showActive(isActive);
     display->reloadRows();
     display->showCursor(cursor.row());
-    if (rows.snapshot())
-        refreshStatus();
+    display->scrollToFirstVisibleRow(firstRow); // it may have been scrolled away from the cursor
+    display->showStatus(status);
     showSpinner();
-    subscribeToRefreshes();
 }
 
-void PaneController::detach()
+void PaneController::detach(PaneDisplay const &oldDisplay)
 {
-    display = &noDisplay;
+    if (display != &oldDisplay)
+        return;
+    hidden.scrollToFirstVisibleRow(display->firstVisibleRow());
+    display = &hidden;
 }
 
 std::string PaneController::pathOnShow() const
@@ -193,38 +163,42 @@ void PaneController::showSortIndicator()
 
 void PaneController::showSpinner()
 {
-    display->showSpinner(spinner.isSpinning() ? PaneDisplay::Spinner::spinning : PaneDisplay::Spinner::stopped);
+    auto const isWaiting = spinner.isSpinning() || (hostArrival && hostArrival->isAwaited());
+    display->showSpinner(isWaiting ? PaneDisplay::Spinner::spinning : PaneDisplay::Spinner::stopped);
+}
+
+void PaneController::showPath(Text path)
+{
+    shownPath = std::move(path);
+    display->showPath(shownPath);
+}
+
+void PaneController::showConnection(std::string name)
+{
+    shownConnection = std::move(name);
+    display->showConnection(shownConnection);
 }
 
 void PaneController::refreshStatus()
 {
-    display->showStatus(PaneStatus::summary(rows, lastTiming));
+    showStatus(PaneStatus::summary(rows, lastTiming));
 }
 
-void PaneController::showStatus(std::string const &text)
+void PaneController::showStatus(Text text)
 {
-    // Names in it are bytes that may hold anything.
-    display->showStatus(onOneLine(text));
-}
-
-void PaneController::showConnection(std::string const &name)
-{
-    display->showConnection(withNothingHidden(name));
+    status = std::move(text);
+    display->showStatus(status);
 }
 
 void PaneController::setActive(bool active)
 {
-    display->showActive(active);
+    isActive = active;
+    display->showActive(isActive);
 }
 
 void PaneController::takeKeyboardFocus()
 {
     display->takeKeyboardFocus();
-}
-
-std::string PaneController::describe(std::exception_ptr const &error)
-{
-    return PaneStatus::describe(error);
 }
 
 } // namespace tw

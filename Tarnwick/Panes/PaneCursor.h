@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tarnwick/Panes/KeyPress.h"
+#include "Tarnwick/Table/KeyPress.h"
 #include "Tarnwick/Table/PaneModel.h"
 
 #include <optional>
@@ -30,7 +30,7 @@ public:
     /// A row outside of the table changes nothing, here and below.
     void moveTo(int row);
 
-    /// On the row of a name, or at the top if there is none.
+    /// Moves to the row of a name, or to the top if no row has it.
     void restore(std::string_view name);
 
     enum class OtherMarks { dropped, kept };

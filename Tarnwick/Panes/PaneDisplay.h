@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWCore/Model/Text.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
 #include "Tarnwick/Table/PaneModel.h"
 
@@ -34,7 +35,7 @@ public:
     /// How many whole rows fit in the visible height.
     virtual int wholeVisibleRows() const = 0;
 
-    /// The name of the connection that the path belongs to: "local", or a host.
+    /// The name of the connection that the path belongs to: "local", or a host, of which the display hides nothing.
     virtual void showConnection(std::string const &name) = 0;
 
     /// Opens the menu of connections, on the next turn of the event loop.
@@ -43,16 +44,16 @@ public:
     /// What the menu holds now. One that the user has closed stays closed.
     virtual void updateConnectionMenu(std::vector<ConnectionItem> items) = 0;
 
-    /// Both texts are UTF-8 and of one line, for reading only: a path's exact bytes are the controller's.
-    virtual void showPath(std::string const &path) = 0;
-    virtual void showStatus(std::string const &text) = 0;
+    /// For reading only: the names in them may hold any bytes, and the display shows them on one line.
+    virtual void showPath(Text const &path) = 0;
+    virtual void showStatus(Text const &text) = 0;
 
     enum class Spinner { stopped, spinning };
 
     virtual void showSpinner(Spinner spinner) = 0;
     virtual void showSortIndicator(SortKey key, bool ascending) = 0;
 
-    /// The active pane is the one that the keyboard and the commands act on.
+    /// The keyboard and the commands act on the active pane.
     virtual void showActive(bool active) = 0;
     virtual void takeKeyboardFocus() = 0;
 

@@ -1,26 +1,142 @@
 // How a pane gets from one folder to the next, on this machine or on a host, and keeps up with it.
 
 #include "TWCore/Async/Outcome.h"
-#include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Provider/CommandHost.h"
+#include "Tarnwick/Panes/HostArrival.h"
 #include "Tarnwick/Panes/PaneController.h"
-#include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Panes/TypedPath.h"
 
 namespace tw {
 
+void PaneController::makeNavigator()
+{
+    auto const weak = weak_from_this();
+    navigator = std::make_shared<Navigator>(
+        collaborators.mainContext, collaborators.clock,
+        Navigator::Events{.onArrived =
+                              [weak](Navigation const &navigation, Navigator::Arrival arrival) {
+                                  auto const self = weak.lock();
+                                  if (!self)
+                                      return;
+                                  self->arrive(navigation, std::move(arrival));
+                                  self->followUpRefresh();
+                              },
+                          .onFailed =
+                              [weak](Navigation const &navigation, std::exception_ptr const &failure) {
+                                  auto const self = weak.lock();
+                                  if (!self)
+                                      return;
+                                  self->fail(navigation, failure);
+                                  self->followUpRefresh();
+                              }},
+        spinner);
+}
+
 void PaneController::navigate(std::string path, std::string select, MarksAfter marks)
 {
-    startNavigation({.path = std::move(path), .select = std::move(select), .marks = marks, .notice = {}});
+    leaveHostArrival();
+    startNavigation({.path = std::move(path), .select = std::move(select), .marks = marks});
+}
+
+void PaneController::switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path)
+{
+    hostArrival.reset();
+    startNavigation({.path = std::move(path), .source = std::move(source), .connection = std::move(connectionName)});
+}
+
+void PaneController::open(PaneSpec destination, Connections &connections)
+{
+    if (destination.connection == localConnection) {
+        switchTo(connections.local(), localConnection, std::move(destination.path));
+        return;
+    }
+    auto const weak = weak_from_this();
+    navigator->cancel();
+    rememberPlace();
+    hostArrival = std::make_shared<HostArrival>(
+        std::move(destination), HostArrival::Events{.onFolder =
+                                                        [weak](std::shared_ptr<Browser> source, std::string path) {
+                                                            if (auto const self = weak.lock())
+                                                                self->goToFolderOfHost(std::move(source),
+                                                                                       std::move(path));
+                                                        },
+                                                    .onEnd =
+                                                        [weak] {
+                                                            if (auto const self = weak.lock())
+                                                                self->endHostArrival();
+                                                        }});
+    heading.reset();
+    showConnection(hostArrival->host());
+    showPath("connecting…");
+    showStatus({});
+    showSpinner();
+    hostArrival->begin(collaborators.mainContext, connections);
+}
+
+/// The user goes elsewhere on the connection that the pane has.
+void PaneController::leaveHostArrival()
+{
+    if (hostArrival && connection == hostArrival->host())
+        hostArrival->userWentOn();
+    else
+        hostArrival.reset();
+}
+
+void PaneController::goToFolderOfHost(std::shared_ptr<Browser> source, std::string path)
+{
+    auto const host = hostArrival->host();
+    if (!hostArrival->isOpeningFolder())
+        hostArrival.reset(); // the host is up, and this folder is as any other
+    startNavigation({.path = std::move(path), .source = std::move(source), .connection = host});
+}
+
+/// The host has been reached, or not.
+void PaneController::endHostArrival()
+{
+    if (hostArrival->isOpeningFolder())
+        return; // the folder that arrives tells of it
+    auto const arrival = std::exchange(hostArrival, nullptr);
+    showSpinner();
+    if (arrival->failure())
+        tellOfFailedHost(*arrival);
+    else if (arrival->stage() == HostArrival::Stage::onFolder)
+        refreshStatus();
+}
+
+void PaneController::tellOfFailedHost(HostArrival const &arrival)
+{
+    auto const text = PaneStatus::connectFailed(arrival.host(), arrival.failure());
+    if (arrival.stage() != HostArrival::Stage::connecting) {
+        showStatus(text);
+        return;
+    }
+    showPlaceOnShow();
+    if (rows.snapshot())
+        showStatus(text);
+    else
+        startNavigation({.path = PaneSpec::localHome().path, .notice = text});
+}
+
+/// A folder is on show; if it is a remembered one, the status line tells of its host.
+void PaneController::tellOfHost()
+{
+    if (!hostArrival || !hostArrival->isOpeningFolder())
+        return;
+    hostArrival->folderArrived();
+    if (hostArrival->isOver())
+        endHostArrival();
+    else
+        showStatus(PaneStatus::connecting(hostArrival->host()));
 }
 
 void PaneController::goToTyped(std::string text)
 {
     auto const host = std::dynamic_pointer_cast<CommandHost>(browser->providerRef());
     if (host && trimmed(text).starts_with('~')) {
-        spawn({collaborators.mainContext, {}}, performTyped(weak_from_this(), host, std::move(text), navigationToken));
+        spawn({collaborators.mainContext, {}},
+              performTyped(weak_from_this(), host, std::move(text), navigator->token()));
         return;
     }
     if (auto where = typedPath(text, pathOnShow(), PaneSpec::localHome().path))
@@ -33,18 +149,16 @@ Task<void> PaneController::performTyped(std::weak_ptr<PaneController> weak, std:
 {
     auto const home = co_await outcomeOf(host->defaultDirectory());
     auto const self = weak.lock();
-    if (!self || self->navigationToken != token)
+    if (!self || self->navigator->token() != token)
         co_return; // the user is elsewhere
     if (home.failure)
-        self->showStatus(PaneStatus::warning(text + ": " + describe(home.failure)));
+        self->showStatus(PaneStatus::failure(text, home.failure));
     else if (auto where = typedPath(text, self->pathOnShow(), *home.value))
         self->navigate(*std::move(where));
 }
 
 void PaneController::startNavigation(Navigation navigation)
 {
-    navigation.token = ++navigationToken;
-    hostOnItsWay = navigation.isRemembered ? HostOnItsWay::aheadOfTheFolder : HostOnItsWay::no;
     if (!navigation.source) {
         navigation.source = browser;
         navigation.connection = connection;
@@ -53,110 +167,66 @@ void PaneController::startNavigation(Navigation navigation)
     requested = navigation.path;
     heading = navigation.source;
     showConnection(navigation.connection);
-    display->showPath(onOneLine(requested));
-
-    // One that takes the place of a slow one leaves the spinner as it is.
-    awaited = spinner.isSpinning() ? spinner.beginLong() : spinner.begin();
-    spawn({collaborators.mainContext, {}}, performNavigation(weak_from_this(), std::move(navigation)));
-}
-
-Task<void> PaneController::performNavigation(std::weak_ptr<PaneController> weak, Navigation navigation)
-{
-    auto self = weak.lock();
-    if (!self)
-        co_return;
-    auto const source = navigation.source;
-    auto const clock = self->collaborators.clock;
-    auto const isSwitch = source != self->browser;
-    self.reset(); // a pane that is closed meanwhile is not kept alive by its own question
-
-    // Before the open: what it has read again behind its answer may be there before the pane is.
-    std::optional<Updates> updates;
-    if (isSwitch) {
-        auto stream = co_await source->updates();
-        updates.emplace(std::move(stream));
-    }
-    auto const started = clock->steadyNow();
-    OpenResult result;
-    std::exception_ptr failure;
-    try {
-        auto opening = navigation.isReread ? source->reread(navigation.path) : source->open(navigation.path);
-        result = co_await std::move(opening);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    auto const elapsed = clock->steadyNow() - started;
-
-    self = weak.lock();
-    if (!self || self->navigationToken != navigation.token)
-        co_return; // the user is elsewhere; the spinner is the newer navigation's
-    if (failure || self->hostOnItsWay == HostOnItsWay::no)
-        self->awaited.reset();
-    auto const refreshesAgain = navigation.isReread && self->wantsReread;
-    self->rereading.reset();
-    if (failure)
-        self->fail(navigation, failure);
-    else
-        self->arrive(navigation, std::move(result), std::move(updates), elapsed);
-    if (refreshesAgain && self->navigationToken == navigation.token)
-        self->refresh();
+    showPath(requested);
+    wantsReread = false;
+    auto const source = navigation.source == browser ? Navigator::Source::known : Navigator::Source::newToThePane;
+    navigator->begin(std::move(navigation), source);
+    showSpinner();
 }
 
 void PaneController::fail(Navigation const &navigation, std::exception_ptr const &failure)
 {
-    auto const text = PaneStatus::warning(navigation.path + ": " + describe(failure));
-    showConnection(connection);
-    heading = browser;
-    if (rows.snapshot()) {
-        requested = pathOnShow();
-        display->showPath(onOneLine(requested));
-    }
+    if (hostArrival && hostArrival->isOpeningFolder())
+        hostArrival.reset();
+    showSpinner();
+    showPlaceOnShow();
+    auto const text = PaneStatus::failure(navigation.path, failure);
     showStatus(text);
     // A pane that has shown nothing yet would be a dead end: it goes where it can, and keeps saying why.
     if (!rows.snapshot() && navigation.path != "/") {
         auto const home = PaneSpec::localHome().path;
         startNavigation({.path = navigation.path == home ? "/" : home,
-                         .select = {},
-                         .notice = navigation.notice.empty() ? text : navigation.notice});
+                         .notice = navigation.notice.isEmpty() ? text : navigation.notice});
     }
 }
 
-void PaneController::stayWithNotice(std::string const &notice)
+/// Takes back what was shown of a place that the pane does not get to.
+void PaneController::showPlaceOnShow()
 {
+    heading = browser;
+    showConnection(connection);
     if (rows.snapshot())
-        showStatus(notice);
-    else
-        startNavigation({.path = PaneSpec::localHome().path, .select = {}, .notice = notice});
+        requested = pathOnShow();
+    showPath(requested);
 }
 
-void PaneController::arrive(Navigation const &navigation, OpenResult result, std::optional<Updates> updates,
-                            std::chrono::duration<double> elapsed)
+void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arrival)
 {
-    lastTiming =
-        PaneStatus::timing(elapsed, result.wasCold ? PaneStatus::Source::provider : PaneStatus::Source::memory);
+    auto &snapshot = arrival.result.snapshot;
+    lastTiming = PaneStatus::timing(arrival.elapsed,
+                                    arrival.result.wasCold ? PaneStatus::Source::provider : PaneStatus::Source::memory);
     auto const isSameConnection = navigation.source == browser;
-    if (!isSameConnection && updates)
-        adopt(navigation, *std::move(updates));
-    auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == result.snapshot.path();
-    auto const place = places.recall(result.snapshot.path());
+    if (!isSameConnection && arrival.updates)
+        adopt(navigation, *std::move(arrival.updates));
+    auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == snapshot.path();
+    auto const place = places.recall(snapshot.path());
     auto const firstRow = isSameFolder ? display->firstVisibleRow() : place.firstVisibleRow;
 
     if (navigation.marks == MarksAfter::dropped)
         rows.markAll(PaneModel::Marks::remove);
-    rows.setSnapshot(std::move(result.snapshot));
+    rows.setSnapshot(std::move(snapshot));
     rows.unmarkWhatIsNotOnShow();
 
     display->reloadRows();
     requested = pathOnShow();
-    display->showPath(onOneLine(requested));
+    showPath(requested);
     display->scrollToFirstVisibleRow(firstRow);
     restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
     refreshStatus();
-    auto const &notice = navigation.isRemembered ? hostNotice : navigation.notice;
-    if (!notice.empty())
-        showStatus(notice);
-    if (hostOnItsWay == HostOnItsWay::aheadOfTheFolder)
-        hostOnItsWay = HostOnItsWay::behindTheFolder;
+    if (!navigation.notice.isEmpty())
+        showStatus(navigation.notice);
+    tellOfHost();
+    showSpinner();
     if (callbacks.onLocationChanged)
         callbacks.onLocationChanged();
 }
@@ -166,9 +236,7 @@ void PaneController::adopt(Navigation const &navigation, Updates updates)
     browser = navigation.source;
     connection = navigation.connection;
     places.clear();
-    updateLoop.request_stop();
-    updateLoop = std::stop_source();
-    spawn({collaborators.mainContext, updateLoop.get_token()}, listenToUpdates(weak_from_this(), std::move(updates)));
+    listen(listenToUpdates(weak_from_this(), std::move(updates)));
 }
 
 void PaneController::rememberPlace()
@@ -176,62 +244,6 @@ void PaneController::rememberPlace()
     auto const name = cursorName();
     if (rows.snapshot() && !name.empty())
         places.remember(pathOnShow(), {std::string(name), display->firstVisibleRow()});
-}
-
-void PaneController::showConnecting(std::string const &host)
-{
-    ++navigationToken;
-    hostOnItsWay = HostOnItsWay::no; // the folder of the one before does not arrive any more
-    rememberPlace();
-    heading.reset();
-    showConnection(host);
-    display->showPath("connecting…");
-    showStatus({});
-    awaited = spinner.beginLong();
-}
-
-void PaneController::showConnectFailed(std::string const &host, std::exception_ptr const &error)
-{
-    auto const text = PaneStatus::connectFailed(host, error);
-    if (std::exchange(hostOnItsWay, HostOnItsWay::no) == HostOnItsWay::aheadOfTheFolder) {
-        hostNotice = text; // the folder that is remembered of it arrives all the same
-        return;
-    }
-    awaited.reset();
-    heading = browser;
-    requested = pathOnShow();
-    showConnection(connection);
-    display->showPath(onOneLine(requested));
-    stayWithNotice(text);
-}
-
-void PaneController::switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path)
-{
-    startNavigation({.path = std::move(path),
-                     .select = {},
-                     .notice = {},
-                     .source = std::move(source),
-                     .connection = std::move(connectionName)});
-}
-
-void PaneController::switchToRemembered(std::shared_ptr<Browser> source, std::string connectionName, std::string path)
-{
-    hostNotice = PaneStatus::connecting(connectionName);
-    startNavigation({.path = std::move(path),
-                     .select = {},
-                     .notice = {},
-                     .isRemembered = true,
-                     .source = std::move(source),
-                     .connection = std::move(connectionName)});
-}
-
-void PaneController::showConnected()
-{
-    hostNotice.clear();
-    if (std::exchange(hostOnItsWay, HostOnItsWay::no) != HostOnItsWay::behindTheFolder)
-        return; // the folder is still to arrive, and will look as any other
-    awaited.reset();
-    refreshStatus();
 }
 
 void PaneController::rereadIfAt(Operands const &where, std::string select)
@@ -246,25 +258,30 @@ void PaneController::rereadIfAt(Operands const &where, std::string select)
 
 void PaneController::refresh()
 {
-    if (rereading && rereading == navigationToken) {
+    if (navigator->isRereading()) {
         wantsReread = true; // one runs, and one follows it however often the key repeats
         return;
     }
     auto const name = cursorName();
+    leaveHostArrival();
     startNavigation({.path = rows.snapshot() ? pathOnShow() : requested,
                      .select = name.empty() ? ".." : std::string(name),
                      .marks = MarksAfter::kept,
-                     .notice = {},
                      .isReread = true});
-    rereading = navigationToken;
-    wantsReread = false;
 }
 
-void PaneController::subscribeToRefreshes()
+/// A navigation that began meanwhile is no refresh any more.
+void PaneController::followUpRefresh()
+{
+    if (std::exchange(wantsReread, false))
+        refresh();
+}
+
+void PaneController::listen(Task<void> loop)
 {
     updateLoop.request_stop();
     updateLoop = std::stop_source();
-    spawn({collaborators.mainContext, updateLoop.get_token()}, subscribe(weak_from_this(), browser));
+    spawn({collaborators.mainContext, updateLoop.get_token()}, std::move(loop));
 }
 
 Task<void> PaneController::subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> source)
@@ -290,11 +307,8 @@ Task<void> PaneController::listenToUpdates(std::weak_ptr<PaneController> weak, U
 
 void PaneController::applyRefresh(DirectorySnapshot snapshot)
 {
-    std::string const name(cursorName());
     auto const firstRow = display->firstVisibleRow();
-    rows.setSnapshot(std::move(snapshot));
-    display->reloadRows();
-    restoreCursor(name);
+    changeRows([&] { rows.setSnapshot(std::move(snapshot)); });
     display->scrollToFirstVisibleRow(firstRow);
     refreshStatus();
 }

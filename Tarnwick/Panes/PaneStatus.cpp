@@ -1,6 +1,10 @@
 #include "Tarnwick/Panes/PaneStatus.h"
 
 #include "TWCore/Model/DisplayText.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/ReadError.h"
+#include "TWEngine/Browsing/Browser.h"
+#include "TWEngine/Shell/RemoteShellError.h"
 #include "Tarnwick/Format/Fmt.h"
 
 #include <array>
@@ -19,56 +23,83 @@ std::string decimal(double number, int decimals)
     return {digits.data(), written.ptr};
 }
 
+Text size(std::int64_t bytes)
+{
+    return Fmt::size(bytes, EntryKind::file);
+}
+
 } // namespace
 
-std::string summary(PaneModel const &model, std::string const &timing)
+Text summary(PaneModel const &model, Text const &timing)
 {
     auto const totals = model.totals();
     auto const marked = model.markedSummary();
-    auto line = std::to_string(totals.files) + " files, " + std::to_string(totals.dirs) + " dirs";
+    std::vector<Text> line{{"%d files, %d dirs", {std::to_string(totals.files), std::to_string(totals.dirs)}}};
     if (totals.bytes >= 1)
-        line += "  ·  " + Fmt::size(totals.bytes, EntryKind::file);
+        line.push_back({"  ·  %@", {size(totals.bytes)}});
     if (marked.count >= 1)
-        line += "   ▸ " + std::to_string(marked.count) + " marked (" + Fmt::size(marked.bytes, EntryKind::file) + ")";
+        line.push_back({"   ▸ %d marked (%@)", {std::to_string(marked.count), size(marked.bytes)}});
     if (model.snapshot() && model.snapshot()->truncated())
-        line += "   ⚠︎ listing truncated";
-    if (!timing.empty())
-        line += "   ·  " + timing;
-    return line;
+        line.push_back({"   ⚠︎ %@", {"listing truncated"}});
+    if (!timing.isEmpty())
+        line.push_back({"   ·  %@", {timing}});
+    return Text::sequence(std::move(line));
 }
 
-std::string timing(std::chrono::duration<double> elapsed, Source source)
+Text timing(std::chrono::duration<double> elapsed, Source source)
 {
     auto const milliseconds = elapsed.count() * 1000.0;
-    return source == Source::provider ? decimal(milliseconds, 0) + " ms network"
-                                      : decimal(milliseconds, 2) + " ms cached";
+    if (source == Source::provider)
+        return {"%.0f ms network", {decimal(milliseconds, 0)}};
+    return {"%.2f ms cached", {decimal(milliseconds, 2)}};
 }
 
-std::string describe(std::exception_ptr const &error)
+Text describe(std::exception_ptr const &error)
 {
     try {
         std::rethrow_exception(error);
+    } catch (FileOperationError::Failed const &failed) {
+        return {"%@ failed on %@: %@", {Text::ofWords(failed.operation), failed.path, Text::ofWords(failed.detail)}};
+    } catch (FileOperationError::Unsupported const &unsupported) {
+        return {"not supported: %@", {Text::ofWords(unsupported.detail)}};
+    } catch (ReadError::NotReadable const &unreadable) {
+        return {"cannot read %@: %@", {unreadable.path, Text::ofWords(unreadable.detail)}};
+    } catch (BrowserError::NotADirectory const &file) {
+        return {"%@ is not a directory", {file.path}};
+    } catch (RemoteShellError::ConnectFailed const &failed) {
+        return {"cannot reach %@: %@", {failed.host, Text::ofWords(failed.detail)}};
+    } catch (RemoteShellError::Disconnected const &ended) {
+        return {"disconnected: %@", {Text::ofWords(ended.detail)}};
+    } catch (RemoteShellError::TimedOut const &late) {
+        return {"timed out after %ds", {std::to_string(static_cast<std::int64_t>(late.limit.count()))}};
+    } catch (RemoteShellError::OutcomeUnknown const &lost) {
+        return {"connection to %@ was lost; it is not known whether this was done", {lost.host}};
     } catch (std::exception const &failure) {
         // Every typed failure of ours carries its text.
-        return failure.what();
+        return Text::ofWords(failure.what());
     } catch (...) {
         return "unknown error";
     }
 }
 
-std::string connecting(std::string const &host)
+Text connecting(std::string const &host)
 {
-    return "connecting to " + withNothingHidden(host) + "…";
+    return {"connecting to %@…", {withNothingHidden(host)}};
 }
 
-std::string connectFailed(std::string const &host, std::exception_ptr const &error)
+Text connectFailed(std::string const &host, std::exception_ptr const &error)
 {
-    return warning("cannot connect to " + withNothingHidden(host) + ": " + describe(error));
+    return warning({"cannot connect to %@: %@", {withNothingHidden(host), describe(error)}});
 }
 
-std::string warning(std::string const &text)
+Text failure(std::string const &name, std::exception_ptr const &error)
 {
-    return "⚠︎ " + text;
+    return warning({"%@: %@", {name, describe(error)}});
+}
+
+Text warning(Text const &text)
+{
+    return {"⚠︎ %@", {text}};
 }
 
 } // namespace tw::PaneStatus

@@ -9,7 +9,7 @@ namespace tw {
 /// Where the folders of one connection were left: the cursor, and how far they were scrolled.
 class PlaceMemory {
 public:
-    /// Nobody finds a way back through more folders than these. The one that was left first is forgotten first.
+    /// More than a person finds the way back through. The folder that was left first is forgotten first.
     static constexpr std::size_t mostFolders = 1000;
 
     struct Place {

@@ -18,7 +18,7 @@ public:
 
     virtual std::optional<std::string> text(std::string const &key) const = 0;
 
-    /// Stores a text, and calls those who observe the key if it is another one.
+    /// Stores a text. Calls the observers of the key if the text has changed.
     void setText(std::string const &key, std::string const &value);
 
     /// What was set so far is kept from now on, even if the program ends at once. Blocks for a small file.

@@ -11,7 +11,7 @@ namespace tw {
 template <class T>
 struct Setting {
     char const *key;
-    T usual; ///< what counts without a stored text, and with one that makes no sense
+    T usual; ///< counts if nothing is stored, or a text that makes no sense
     std::optional<T> (*fromText)(std::string const &text);
     std::string (*toText)(T const &value);
 

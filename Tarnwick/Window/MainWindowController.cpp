@@ -1,8 +1,6 @@
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include "TWCore/Async/Outcome.h"
-#include "TWCore/Provider/CommandHost.h"
-#include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Settings/Settings.h"
 
 namespace tw {
@@ -24,7 +22,7 @@ constexpr PaneSide otherSide(PaneSide side)
 std::vector<ConnectionItem> menuFor(PaneController const &pane, std::optional<std::vector<std::string>> const &hosts)
 {
     auto const &current = pane.connectionName();
-    return connectionMenuItems(current == localConnection ? localTitle : current, hosts, current);
+    return connectionMenuItems(current == localConnection ? Text(localTitle) : Text(current), hosts, current);
 }
 
 } // namespace
@@ -71,88 +69,7 @@ void MainWindowController::start(PaneSpec::Sides const &sides)
 
 void MainWindowController::open(PaneSpec destination, std::shared_ptr<PaneController> const &target)
 {
-    if (destination.connection == localConnection) {
-        target->switchTo(sources.local(), localConnection, std::move(destination.path));
-        return;
-    }
-    target->showConnecting(destination.connection);
-    // Both from now on, so that they are about one attempt: one that has failed by the time that somebody asks for it
-    // would be made again, with the password that was wrong.
-    auto reaching = sources.reach(destination.connection);
-    auto const connecting =
-        SharedTask<std::shared_ptr<Browser>>::start(collaborators.mainContext, sources.ssh(destination.connection));
-    auto const token = target->token();
-    spawn({collaborators.mainContext, {}},
-          openHost(std::move(reaching), connecting, {target, std::move(destination), token}));
-}
-
-std::shared_ptr<PaneController> MainWindowController::Journey::traveller() const
-{
-    auto target = pane.lock();
-    return target && target->token() == token ? target : nullptr;
-}
-
-void MainWindowController::Journey::fail(std::exception_ptr const &failure) const
-{
-    auto const &host = destination.connection;
-    if (auto const target = traveller()) {
-        target->showConnectFailed(host, failure);
-        return;
-    }
-    // The user may have gone on among what is remembered of the host.
-    auto const target = pane.lock();
-    if (target && target->connectionName() == host)
-        target->showStatus(PaneStatus::connectFailed(host, failure));
-}
-
-Task<void> MainWindowController::openHost(Task<std::shared_ptr<Browser>> reaching,
-                                          SharedTask<std::shared_ptr<Browser>> connecting, Journey begun)
-{
-    auto const journey = std::make_shared<Journey>(std::move(begun));
-    auto const isThere = co_await showRemembered(std::move(reaching), journey);
-    auto const outcome = co_await outcomeOf(connecting.wait());
-    auto const target = journey->traveller();
-    if (!outcome.value) {
-        journey->fail(outcome.failure);
-        co_return;
-    }
-    if (!target)
-        co_return;
-    if (isThere)
-        target->showConnected();
-    else
-        co_await arriveOnHost(*outcome.value, journey);
-}
-
-/// Goes to the folder before the host is up, if a listing of it is known from another time. Whether it is on show then.
-Task<bool> MainWindowController::showRemembered(Task<std::shared_ptr<Browser>> reaching,
-                                                std::shared_ptr<Journey> journey)
-{
-    auto const reached = co_await outcomeOf(std::move(reaching));
-    // Where no path was asked for, the host says where to begin.
-    if (!reached.value || !journey->destination.pathWasExplicit)
-        co_return false;
-    auto const source = *reached.value;
-    auto const remembered = co_await source->remembered(journey->destination.path);
-    auto const target = journey->traveller();
-    if (!remembered || !target)
-        co_return false;
-    target->switchToRemembered(source, journey->destination.connection, journey->destination.path);
-    journey->token = target->token();
-    co_return true;
-}
-
-Task<void> MainWindowController::arriveOnHost(std::shared_ptr<Browser> source, std::shared_ptr<Journey> journey)
-{
-    auto path = journey->destination.path;
-    auto const host = std::dynamic_pointer_cast<CommandHost>(source->providerRef());
-    if (!journey->destination.pathWasExplicit && host) {
-        auto const home = co_await host->defaultDirectory();
-        if (home.starts_with('/'))
-            path = home;
-    }
-    if (auto const target = journey->traveller())
-        target->switchTo(source, journey->destination.connection, std::move(path));
+    target->open(std::move(destination), sources);
 }
 
 void MainWindowController::openConnectionMenu(PaneSide side)
@@ -191,7 +108,7 @@ void MainWindowController::pickConnection(ConnectionItem const &item, PaneSide s
     if (item.kind == ConnectionItem::Kind::local)
         open(PaneSpec::localHome(), target);
     else if (item.kind == ConnectionItem::Kind::host && item.isEnabled)
-        open({.connection = item.title, .path = "/", .pathWasExplicit = false}, target);
+        open({.connection = item.host, .path = "/", .pathWasExplicit = false}, target);
 }
 
 void MainWindowController::setActive(PaneSide side)

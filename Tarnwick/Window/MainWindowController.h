@@ -37,7 +37,7 @@ public:
 
     void setActive(PaneSide side);
 
-    /// Puts a pane on a connection and a path. A connection that is not to be had is told on its status line.
+    /// Puts a pane on a connection and a path. The pane's status line says why a host cannot be reached.
     void open(PaneSpec destination, std::shared_ptr<PaneController> const &pane);
 
     /// Lists the connections to choose from beside a pane, which becomes the active one.
@@ -60,24 +60,6 @@ public:
     void cmdCloseWindow();
 
 private:
-    /// A pane on its way to a host. It is over when the user goes elsewhere.
-    struct Journey {
-        std::weak_ptr<PaneController> pane;
-        PaneSpec destination;
-        std::uint64_t token; ///< of the pane, while this is what it is about
-
-        /// The pane, or null when it is over.
-        std::shared_ptr<PaneController> traveller() const;
-
-        /// The host cannot be reached.
-        void fail(std::exception_ptr const &failure) const;
-    };
-
-    static Task<void> openHost(Task<std::shared_ptr<Browser>> reaching, SharedTask<std::shared_ptr<Browser>> connecting,
-                               Journey journey);
-    static Task<bool> showRemembered(Task<std::shared_ptr<Browser>> reaching, std::shared_ptr<Journey> journey);
-    static Task<void> arriveOnHost(std::shared_ptr<Browser> source, std::shared_ptr<Journey> journey);
-
     /// Nothing before the first reading.
     using KnownHosts = std::optional<std::vector<std::string>>;
 

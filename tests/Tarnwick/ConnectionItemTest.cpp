@@ -22,7 +22,7 @@ ConnectionItem thisMachine(bool isChecked)
 
 ConnectionItem host(std::string name, bool isChecked = false)
 {
-    return {.kind = Kind::host, .title = std::move(name), .isChecked = isChecked, .isEnabled = true};
+    return {.kind = Kind::host, .title = name, .host = name, .isChecked = isChecked, .isEnabled = true};
 }
 
 ConnectionItem note(std::string text)
@@ -73,7 +73,8 @@ TEST(ConnectionItemTest, hostsThatAreNotKnownYetAreNotSaidToBeNone)
 TEST(ConnectionItemTest, aHostByTheNameOfThisMachineIsShownButCannotBeChosen)
 {
     EXPECT_THAT(connectionMenuItems({}, Hosts{"local"}, "local"),
-                ElementsAre(thisMachine(true), separator(), ConnectionItem{.kind = Kind::host, .title = "local"}));
+                ElementsAre(thisMachine(true), separator(),
+                            ConnectionItem{.kind = Kind::host, .title = "local", .host = "local"}));
 }
 
 TEST(ConnectionItemTest, namesAreTheBytesOfTheFile)

@@ -18,7 +18,7 @@ protected:
         std::vector<std::string> all;
         for (auto const &item : display.menu) {
             if (item.kind != ConnectionItem::Kind::separator)
-                all.push_back(item.title);
+                all.push_back(item.title.english());
         }
         return all;
     }
@@ -92,7 +92,7 @@ TEST_F(ConnectionMenuTest, aWindowThatIsClosedBeforeTheHostsAreReadHearsNothingO
         other.pane(PaneSide::left)->attach(display);
         other.cmdConnect();
         loop.drain();
-        other.pane(PaneSide::left)->detach();
+        other.pane(PaneSide::left)->detach(display);
     }
     auto const before = display.menu;
     connections.readings.at(0)->succeed({"web"});

@@ -106,7 +106,7 @@ protected:
 
     void pick(ConnectionItem::Kind kind, std::string const &title, PaneSide side = PaneSide::left)
     {
-        controller.pickConnection({.kind = kind, .title = title, .isEnabled = true}, side);
+        controller.pickConnection({.kind = kind, .title = title, .host = title, .isEnabled = true}, side);
         loop.drain();
     }
 
@@ -396,7 +396,7 @@ TEST_F(HostPaneTest, aHostAtTheStartThatCannotBeReachedLeavesThePaneAtHome)
     refuse("no way");
     EXPECT_EQ(display.path, PaneSpec::localHome().path);
     EXPECT_EQ(display.status, "⚠︎ cannot connect to web: no way");
-    other.pane(PaneSide::left)->detach();
+    other.pane(PaneSide::left)->detach(display);
 }
 
 TEST_F(MainWindowControllerTest, commandsActOnTheActivePane)

@@ -1,6 +1,7 @@
 #include "Tarnwick/Panes/PaneController.h"
 
 #include "Tarnwick/Panes/PaneSpec.h"
+#include "tests/support/FakeConnections.h"
 #include "tests/support/Listings.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/RecordingDisplay.h"
@@ -209,18 +210,6 @@ TEST_F(PaneControllerTest, withoutAHomeTheFirstFolderIsTheRoot)
     navigate("/missing");
     answerError("/missing", "again");
     EXPECT_THAT(provider->waiting, IsEmpty()) << "with a listing on show, it stays";
-}
-
-TEST_F(PaneControllerTest, aNoticeIsToldWhereverThePaneStands)
-{
-    pane->stayWithNotice("⚠︎ cannot connect to web: no way");
-    loop.drain();
-    answer(PaneSpec::localHome().path, {file("a")});
-    EXPECT_EQ(display.status, "⚠︎ cannot connect to web: no way");
-    show("/srv", {file("a")});
-    pane->stayWithNotice("something else");
-    EXPECT_EQ(display.status, "something else");
-    EXPECT_EQ(pane->pathOnShow(), "/srv");
 }
 
 TEST_F(PaneControllerTest, aNameWithLineEndsIsToldOnOneLine)
@@ -733,24 +722,67 @@ TEST_F(PaneControllerTest, aPaneThatIsClosedIsNotKeptAliveByItsOwnQuestion)
     pane->navigate("/srv");
     loop.drain();
     std::weak_ptr<PaneController> const gone = pane;
-    pane->detach();
+    pane->detach(display);
     pane.reset();
     EXPECT_TRUE(gone.expired());
     answer("/srv", {file("a")});
 }
 
+TEST_F(PaneControllerTest, operandsStayWhatTheyWereAtTheKeyPressWhateverThePaneDoesAfterwards)
+{
+    show("/srv", {file("a"), file("b")});
+    press(shifted(Key::end));
+    auto const operands = pane->operands();
+    press(Key::escape);
+    show("/", {});
+    EXPECT_EQ(operands.browser, browser);
+    EXPECT_EQ(operands.connection, "local");
+    EXPECT_EQ(operands.path, "/srv");
+    EXPECT_THAT(operands.names, ElementsAre("a", "b"));
+    EXPECT_EQ(operands.pathOf("a"), "/srv/a");
+    EXPECT_THAT(pane->operands().names, IsEmpty());
+    EXPECT_EQ(pane->operands().pathOf("a"), "/a");
+}
+
 TEST_F(PaneControllerTest, aDetachedDisplayIsLeftAlone)
 {
-    pane->detach();
+    pane->detach(display);
     show("/srv", {file("a")});
     EXPECT_EQ(display.path, PaneSpec::localHome().path);
-    RecordingDisplay other;
-    pane->attach(other);
+}
+
+TEST_F(PaneControllerTest, aDisplayThatIsNotAttachedAnyMoreDetachesNothing)
+{
+    RecordingDisplay newer;
+    pane->attach(newer);
+    pane->detach(display);
+    show("/srv", {file("a")});
+    EXPECT_EQ(newer.path, "/srv");
+    pane->detach(newer);
+}
+
+TEST_F(PaneControllerTest, aPaneWithoutAViewKeepsWorking)
+{
+    pane->detach(display);
+    show("/srv", {directory("a"), file("b"), file("c")});
+    press(Key::end);
+    press(Key::insert);
+    pane->toggleSort(SortKey::name);
+    loop.start(browser->refresh("/srv"));
     loop.drain();
-    EXPECT_EQ(other.path, "/srv");
-    EXPECT_EQ(other.cursorRow, 0);
-    EXPECT_THAT(other.status, StartsWith("1 files"));
-    pane->detach();
+    answer("/srv", {directory("a"), file("b"), file("c"), file("d")});
+    EXPECT_THAT(visible(), ElementsAre("a", "d", "c", "b"));
+    EXPECT_THAT(marked(), ElementsAre("c"));
+    EXPECT_EQ(pane->cursorName(), "c");
+
+    RecordingDisplay fresh;
+    pane->attach(fresh);
+    EXPECT_EQ(fresh.path, "/srv");
+    EXPECT_EQ(fresh.cursorRow, 3);
+    EXPECT_EQ(fresh.reloads, 1);
+    EXPECT_FALSE(fresh.ascending);
+    EXPECT_THAT(fresh.status, AllOf(StartsWith("3 files, 1 dirs"), HasSubstr("1 marked")));
+    pane->detach(fresh);
 }
 
 TEST_F(PaneControllerTest, theOwnerHearsOfArrivals)
@@ -769,6 +801,8 @@ protected:
     ~PaneSwitchTest() override
     {
         pane.reset();
+        for (auto const &request : connections.waiting)
+            request.answer->fail(std::make_exception_ptr(std::runtime_error("over")));
         loop.start(other->shutdown());
         loop.drain();
     }
@@ -776,6 +810,30 @@ protected:
     Listings there(std::vector<ListedEntry> const &rows) const
     {
         return {{"/srv", listing("/srv", rows, clock->now())}};
+    }
+
+    /// The host that the test's Browser stands for is known from another time.
+    void rememberThere()
+    {
+        otherProvider->answersAtOnce = [&](auto const &) { return there({file("old")}); };
+        loop.start(other->open("/srv"));
+        loop.drain();
+    }
+
+    void openHost(std::string const &host)
+    {
+        connections.browsers[host] = other;
+        pane->open({host, "/srv", true}, connections);
+        loop.drain();
+    }
+
+    void refuse(std::string const &host, std::string const &why)
+    {
+        auto const request = std::ranges::find(connections.waiting, host, &FakeConnections::Request::host);
+        ASSERT_NE(request, connections.waiting.end());
+        request->answer->fail(std::make_exception_ptr(std::runtime_error(why)));
+        connections.waiting.erase(request);
+        loop.drain();
     }
 
     void switchThere()
@@ -799,6 +857,7 @@ protected:
     std::shared_ptr<Browser> other = std::make_shared<Browser>(
         otherProvider, Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock, .store = nullptr},
         Browser::Config{});
+    FakeConnections connections{browser};
 };
 
 TEST_F(PaneSwitchTest, whatIsReadAgainAtOnceBehindAStaleFolderIsShown)
@@ -828,17 +887,117 @@ TEST_F(PaneSwitchTest, aFailedSwitchKeepsListeningToTheConnectionThatItHas)
 TEST_F(PaneSwitchTest, aHostThatFailsBehindAnotherThatWasGivenUpStopsTheSpinnerAndSaysSo)
 {
     show("/srv", {file("a")});
-    pane->switchToRemembered(other, "first", "/srv");
+    rememberThere();
+    connections.browsers["first"] = other;
+    pane->open({"first", "/srv", true}, connections);
+    pane->open({"second", "/srv", true}, connections);
     loop.drain();
-    pane->showConnecting("second");
-    pane->showConnectFailed("second", std::make_exception_ptr(std::runtime_error("no route")));
-    loop.drain();
+    refuse("second", "no route");
     EXPECT_FALSE(display.isSpinning);
     EXPECT_THAT(display.status, HasSubstr("cannot connect to second: no route"));
     EXPECT_EQ(display.path, "/srv");
-    otherProvider->waiting.front().answer->succeed(there({file("late")}));
-    loop.drain();
     EXPECT_THAT(visible(), ElementsAre("a"));
+    refuse("first", "late");
+    EXPECT_THAT(display.status, Not(HasSubstr("late")));
+}
+
+TEST_F(PaneSwitchTest, aPaneThatHasShownNothingYetGoesHomeWhenItsHostFails)
+{
+    openHost("first");
+    refuse("first", "no way");
+    answer(PaneSpec::localHome().path, {file("a")});
+    EXPECT_EQ(display.status, "⚠︎ cannot connect to first: no way");
+    EXPECT_EQ(display.path, PaneSpec::localHome().path);
+}
+
+/// Moments at which a view may come. The test's own display has been there all the time.
+class FreshDisplayTest : public PaneSwitchTest {
+protected:
+    /// A display that comes now shows what the one shows that has been there.
+    void expectTheSameOnAFreshDisplay(std::string const &moment)
+    {
+        SCOPED_TRACE(moment);
+        RecordingDisplay fresh;
+        pane->attach(fresh);
+        EXPECT_EQ(fresh.reloads, 1);
+        EXPECT_EQ(fresh.cursorRow, display.cursorRow);
+        EXPECT_EQ(fresh.firstRow, display.firstRow);
+        EXPECT_EQ(fresh.connection, display.connection);
+        EXPECT_EQ(fresh.path, display.path);
+        EXPECT_EQ(fresh.status, display.status);
+        EXPECT_EQ(fresh.isSpinning, display.isSpinning);
+        EXPECT_EQ(fresh.sortKey, display.sortKey);
+        EXPECT_EQ(fresh.ascending, display.ascending);
+        EXPECT_EQ(fresh.isActive, display.isActive);
+        pane->attach(display);
+    }
+};
+
+TEST_F(FreshDisplayTest, showsEverythingAtOnceAtEveryMomentOfANavigation)
+{
+    expectTheSameOnAFreshDisplay("before anything");
+    navigate("/srv");
+    expectTheSameOnAFreshDisplay("on the way");
+    clock->advance(milliseconds(120));
+    loop.drain();
+    ASSERT_TRUE(display.isSpinning);
+    expectTheSameOnAFreshDisplay("late");
+    answer("/srv", {file("a"), file("b"), file("c")});
+    expectTheSameOnAFreshDisplay("arrived");
+    press(Key::end);
+    press(Key::insert);
+    display.firstRow = 2;
+    expectTheSameOnAFreshDisplay("scrolled, with a mark");
+    navigate("/locked");
+    expectTheSameOnAFreshDisplay("on the way to another folder");
+    answerError("/locked", "Permission denied");
+    ASSERT_THAT(display.status, HasSubstr("Permission denied"));
+    expectTheSameOnAFreshDisplay("failed");
+}
+
+TEST_F(FreshDisplayTest, showsEverythingAtOnceAfterEveryChangeOfTheView)
+{
+    show("/srv", {file("a"), file("b"), file(".c")});
+    pane->toggleSort(SortKey::date);
+    expectTheSameOnAFreshDisplay("another order");
+    pane->toggleHidden();
+    expectTheSameOnAFreshDisplay("with hidden files");
+    pane->setActive(true);
+    expectTheSameOnAFreshDisplay("active");
+    pane->setActive(false);
+    expectTheSameOnAFreshDisplay("not active");
+    pane->showStatus("some words");
+    expectTheSameOnAFreshDisplay("with words on the status line");
+}
+
+TEST_F(FreshDisplayTest, showsEverythingAtOnceAtEveryMomentOnTheWayToAHost)
+{
+    show("/usr", {file("a")});
+    openHost("first");
+    ASSERT_EQ(display.path, "connecting…");
+    expectTheSameOnAFreshDisplay("connecting");
+    refuse("first", "no way");
+    expectTheSameOnAFreshDisplay("refused");
+    rememberThere();
+    openHost("second");
+    ASSERT_EQ(display.status, "connecting to second…");
+    expectTheSameOnAFreshDisplay("on a remembered folder");
+    connections.waiting.back().answer->succeed(other);
+    loop.drain();
+    ASSERT_FALSE(display.isSpinning);
+    expectTheSameOnAFreshDisplay("connected");
+}
+
+TEST_F(FreshDisplayTest, isScrolledAsTheOneBeforeItThatWentLongAgo)
+{
+    show("/srv", {file("a"), file("b"), file("c")});
+    display.firstRow = 2;
+    pane->detach(display);
+    loop.drain();
+    RecordingDisplay fresh;
+    pane->attach(fresh);
+    EXPECT_EQ(fresh.firstRow, 2);
+    pane->detach(fresh);
 }
 
 /// How many turns of the loop lie between the new connection's answer and the old one's.

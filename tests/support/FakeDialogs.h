@@ -22,7 +22,7 @@ public:
         void cancel() const { end->fail(std::make_exception_ptr(Cancelled())); }
     };
 
-    Task<void> error(std::string message) override { return seen(note(errors, std::move(message))); }
+    Task<void> error(Text message) override { return seen(note(errors, message.english())); }
 
     Task<std::optional<std::string>> prompt(Prompt question) override
     {

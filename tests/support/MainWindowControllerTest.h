@@ -39,8 +39,8 @@ protected:
 
     ~MainWindowControllerTest() override
     {
-        controller.pane(PaneSide::left)->detach();
-        controller.pane(PaneSide::right)->detach();
+        controller.pane(PaneSide::left)->detach(left);
+        controller.pane(PaneSide::right)->detach(right);
         auto const ended = loop.start(browser->shutdown());
         loop.drain();
         EXPECT_TRUE(ended.isDone());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
 
 #include <string>
@@ -38,7 +39,7 @@ public:
 
     int wholeVisibleRows() const override { return wholeRows; }
 
-    void showConnection(std::string const &name) override { connection = name; }
+    void showConnection(std::string const &name) override { connection = withNothingHidden(name); }
 
     void openConnectionMenu(std::vector<ConnectionItem> items) override
     {
@@ -48,9 +49,9 @@ public:
 
     void updateConnectionMenu(std::vector<ConnectionItem> items) override { menu = std::move(items); }
 
-    void showPath(std::string const &text) override { path = text; }
+    void showPath(Text const &text) override { path = onOneLine(text.english()); }
 
-    void showStatus(std::string const &text) override { status = text; }
+    void showStatus(Text const &text) override { status = onOneLine(text.english()); }
 
     void showSpinner(Spinner spinner) override { isSpinning = spinner == Spinner::spinning; }
 

@@ -1,5 +1,7 @@
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 
+#include "tests/ui/QtLoop.h"
+
 #include <QApplication>
 #include <QHelpEvent>
 #include <QToolTip>
@@ -50,6 +52,19 @@ TEST_F(ElidedLabelTest, aScreenReaderIsToldTheWholeText)
     label.resize(30, 20);
     label.setText(QStringLiteral("12 files, 3 dirs"));
     EXPECT_EQ(label.accessibleName(), QStringLiteral("12 files, 3 dirs"));
+}
+
+TEST_F(ElidedLabelTest, aFlashIsSeenAndPasses)
+{
+    label.setText(QStringLiteral("3 files"));
+    label.resize(200, 20);
+    label.show();
+    auto const before = label.grab().toImage();
+    label.flash();
+    EXPECT_TRUE(label.isFlashing());
+    EXPECT_NE(label.grab().toImage(), before);
+    processUntil([&] { return !label.isFlashing(); });
+    EXPECT_EQ(label.grab().toImage(), before);
 }
 
 } // namespace

@@ -1,15 +1,18 @@
-#include "Tarnwick/Settings/Defaults.h"
+#include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
 #include "Tarnwick/Toolkit/Program/WindowLifetime.h"
 #include "Tarnwick/Toolkit/Windows/AboutDialog.h"
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 #include "tests/ui/QtLoop.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QStyle>
 #include <QTest>
+#include <QToolTip>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -71,6 +74,28 @@ TEST(ToolTipDelayTest, theStyleWaitsLongerAndIsOtherwiseItself)
     EXPECT_EQ(style.styleHint(QStyle::SH_ToolTip_WakeUpDelay, nullptr, nullptr, nullptr), 900);
     EXPECT_EQ(style.styleHint(QStyle::SH_ToolTip_FallAsleepDelay, nullptr, nullptr, nullptr),
               style.baseStyle()->styleHint(QStyle::SH_ToolTip_FallAsleepDelay));
+}
+
+TEST(ToolTipDelayTest, theSettingIsHowLongTheApplicationWaits)
+{
+    auto const usualStyle = QApplication::style()->name();
+    MemoryDefaults defaults;
+    auto const delay = [&] {
+        QApplication::setStyle(new ToolTipDelay(Settings::toolTipDelay.read(defaults)));
+        return QApplication::style()->styleHint(QStyle::SH_ToolTip_WakeUpDelay);
+    };
+    EXPECT_EQ(delay(), 1400);
+    Settings::toolTipDelay.write(defaults, 1);
+    EXPECT_EQ(delay(), 1);
+
+    QWidget window;
+    window.setToolTip(QStringLiteral("what this is"));
+    window.show();
+    QTest::mouseMove(&window, QPoint(5, 5));
+    processUntil([] { return QToolTip::isVisible(); });
+    EXPECT_EQ(QToolTip::text(), QStringLiteral("what this is"));
+    QToolTip::hideText();
+    QApplication::setStyle(usualStyle);
 }
 
 /// A window that need not agree to being closed.

@@ -1,3 +1,5 @@
+#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
+#include "Tarnwick/Toolkit/Widgets/PathField.h"
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
@@ -129,6 +131,54 @@ TEST_F(PaneRefreshTest, goingUpAgainFindsTheFolderScrolledAsItWasLeft)
     waitForPath(PaneSide::left, left.path());
     EXPECT_EQ(cursorName(), "zz");
     EXPECT_EQ(table(PaneSide::left).firstVisibleRow(), first);
+}
+
+TEST_F(PaneRefreshTest, aViewThatComesLaterShowsThePaneAsItWasLeft)
+{
+    fill(300);
+    open();
+    press(Qt::Key_End);
+    press(Qt::Key_Insert);
+    table(PaneSide::left).scrollToFirstVisibleRow(100);
+    PaneIcons icons;
+    PaneView later(controller->pane(PaneSide::left), defaults, icons);
+    later.resize(window->pane(PaneSide::left).size());
+    later.show();
+    processPosted();
+    EXPECT_EQ(later.table().firstVisibleRow(), 100);
+    EXPECT_EQ(later.statusLine().text().toStdString(), status(PaneSide::left));
+    EXPECT_EQ(later.pathField().text(), window->pane(PaneSide::left).pathField().text());
+    EXPECT_EQ(later.table().model()->rowCount(), table(PaneSide::left).model()->rowCount());
+
+    press(Qt::Key_Up);
+    EXPECT_GT(later.table().firstVisibleRow(), 100) << "a key brings the cursor back into view";
+}
+
+TEST_F(PaneRefreshTest, aFolderThatArrivesInAHiddenViewStandsAtItsCursorWhenTheViewIsShown)
+{
+    fill(300);
+    open();
+    press(Qt::Key_End);
+    auto const last = cursorName();
+    press(Qt::Key_Home);
+    PaneIcons icons;
+    PaneView later(controller->pane(PaneSide::left), defaults, icons);
+    pane(PaneSide::left).navigate(left.path(), last);
+    processUntil([&] { return cursorName() == last; });
+    later.resize(window->pane(PaneSide::left).size());
+    later.show();
+    processPosted();
+    auto const shown = later.table().firstVisibleRow() + later.table().wholeVisibleRows();
+    EXPECT_GE(shown, 300);
+}
+
+TEST_F(PaneRefreshTest, aBeepIsSeenOnTheStatusLine)
+{
+    left.file("a");
+    open();
+    press(Qt::Key_End);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(window->pane(PaneSide::left).statusLine().isFlashing());
 }
 
 } // namespace

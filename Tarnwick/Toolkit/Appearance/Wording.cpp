@@ -1,27 +1,47 @@
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 
+#include "TWCore/Model/DisplayText.h"
+
+#include <algorithm>
+#include <iterator>
+
 namespace tw::Wording {
 
 namespace {
 
 struct Words {
     std::string_view key;
-    QLatin1StringView shown;
+    std::string_view shown;
 };
 
 constexpr Words catalogue[] = {
-    {"This Mac", QLatin1StringView("This Computer")},
+    {"This Mac", "This Computer"},
+    {"read from this Mac", "read from this computer"},
+    {"write to this Mac", "write to this computer"},
 };
+
+std::string_view wordsFor(std::string_view key)
+{
+    auto const *const found = std::ranges::find(catalogue, key, &Words::key);
+    return found != std::end(catalogue) ? found->shown : key;
+}
 
 } // namespace
 
 QString shown(std::string_view text)
 {
-    for (auto const &words : catalogue) {
-        if (words.key == text)
-            return words.shown;
-    }
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    auto const words = wordsFor(text);
+    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
+}
+
+QString shownInLines(Text const &text)
+{
+    return QString::fromStdString(text.inWordsOf(wordsFor));
+}
+
+QString shown(Text const &text)
+{
+    return QString::fromStdString(onOneLine(text.inWordsOf(wordsFor)));
 }
 
 } // namespace tw::Wording

@@ -40,14 +40,15 @@ QuestionSheet::QuestionSheet(Dialogs::Confirmation const &question, QWidget *win
 }
 
 QuestionSheet::QuestionSheet(Failure failure, QWidget *window)
-    : Sheet(Wording::shown("Operation failed"), Wording::shown(failure.message), window, QStyle::SP_MessageBoxCritical)
+    : Sheet(Wording::shown("Operation failed"), Wording::shownInLines(failure.message), window,
+            QStyle::SP_MessageBoxCritical)
 {
     auto *const ok = buttons().addButton(Wording::shown("OK"), QDialogButtonBox::AcceptRole);
     ok->setDefault(true);
     ok->setFocus();
 }
 
-QuestionSheet *QuestionSheet::ofError(std::string const &message, QWidget *window)
+QuestionSheet *QuestionSheet::ofError(Text const &message, QWidget *window)
 {
     return new QuestionSheet(Failure{message}, window);
 }

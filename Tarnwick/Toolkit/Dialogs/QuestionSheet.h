@@ -11,11 +11,11 @@ public:
     QuestionSheet(Dialogs::Confirmation const &question, QWidget *window);
 
     /// "Operation failed".
-    static QuestionSheet *ofError(std::string const &message, QWidget *window);
+    static QuestionSheet *ofError(Text const &message, QWidget *window);
 
 private:
     struct Failure {
-        std::string const &message;
+        Text const &message;
     };
 
     QuestionSheet(Failure failure, QWidget *window);

@@ -55,7 +55,7 @@ std::shared_ptr<Finished> endOf(Sheet &sheet)
     return end;
 }
 
-Task<void> tell(Queue queue, std::string message)
+Task<void> tell(Queue queue, Text message)
 {
     auto *const window = windowOf(queue);
     ShownSheet const sheet(queue, QuestionSheet::ofError(message, window), SheetQueue::Kind::question);
@@ -107,7 +107,7 @@ public:
 
 } // namespace
 
-Task<void> SheetDialogs::error(std::string message)
+Task<void> SheetDialogs::error(Text message)
 {
     return tell(queue, std::move(message));
 }

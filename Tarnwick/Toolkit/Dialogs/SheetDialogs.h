@@ -10,7 +10,7 @@ class SheetDialogs final : public Dialogs {
 public:
     explicit SheetDialogs(QWidget &window) : queue(std::make_shared<SheetQueue>(window)) {}
 
-    Task<void> error(std::string message) override;
+    Task<void> error(Text message) override;
     Task<std::optional<std::string>> prompt(Prompt question) override;
     Task<Answer> confirm(Confirmation question) override;
     std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) override;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tarnwick/Panes/KeyPress.h"
+#include "Tarnwick/Table/KeyPress.h"
 
 #include <QKeyEvent>
 

@@ -15,7 +15,7 @@ public:
     enum Role {
         /// Whether the row is a directory, or leads to one as the parent row does.
         folderRole = Qt::UserRole,
-        /// Whether the row is marked. Qt's own role for it, so that a screen reader tells it.
+        /// Whether the row is marked. Qt's own role for it, so that a screen reader says it.
         markedRole = Qt::CheckStateRole,
     };
 

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tw {
 
@@ -135,6 +136,7 @@ void PaneTableView::showCursor(std::optional<int> row)
     setCurrentIndex(row ? model()->index(*row, 0) : QModelIndex());
     if (row)
         scrollIntoView(*row);
+    bringCursorIntoViewWhenShown = !isVisible();
 }
 
 void PaneTableView::showActive(bool active)
@@ -160,14 +162,30 @@ void PaneTableView::scrollIntoView(int row)
 
 int PaneTableView::firstVisibleRow() const
 {
-    return verticalScrollBar()->value() / heightOfRows();
+    return firstRowWhenShown.value_or(verticalScrollBar()->value() / heightOfRows());
 }
 
 void PaneTableView::scrollToFirstVisibleRow(int row)
 {
+    if (!isVisible()) {
+        firstRowWhenShown = row;
+        bringCursorIntoViewWhenShown = false;
+        return;
+    }
     // A row that is there already stays as it is, and with it the fraction of it that is scrolled away.
     if (row != firstVisibleRow())
         verticalScrollBar()->setValue(row * heightOfRows());
+}
+
+void PaneTableView::showEvent(QShowEvent *event)
+{
+    QTableView::showEvent(event);
+    executeDelayedItemsLayout();
+    updateGeometries();
+    if (auto const row = std::exchange(firstRowWhenShown, std::nullopt))
+        verticalScrollBar()->setValue(*row * heightOfRows());
+    if (std::exchange(bringCursorIntoViewWhenShown, false) && look.cursorRow)
+        scrollIntoView(*look.cursorRow);
 }
 
 int PaneTableView::wholeVisibleRows() const

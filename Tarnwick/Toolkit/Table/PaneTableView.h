@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tarnwick/Panes/KeyPress.h"
+#include "Tarnwick/Table/KeyPress.h"
 #include "Tarnwick/Toolkit/Appearance/PaneLook.h"
 #include "Tarnwick/Toolkit/Table/PaneHeaderView.h"
 #include "Tarnwick/Toolkit/Table/PaneTableModel.h"
@@ -11,8 +11,8 @@
 
 namespace tw {
 
-/// The table of a pane. It takes the raw events and decides nothing: keys and clicks are reported, and the cursor is
-/// where it was told to be. Qt's own selection plays no part; its current cell follows the cursor for screen readers.
+/// The table of a pane. It takes the raw events and decides nothing: it reports keys and clicks, and the controller
+/// places the cursor. Qt's own selection plays no part; its current cell follows the cursor for screen readers.
 ///
 /// Lifetime: `rows` outlives it.
 class PaneTableView final : public QTableView {
@@ -54,6 +54,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
 
@@ -69,6 +70,9 @@ private:
     PaneHeaderView *const header;
     PaneLook look;
     double fontSize = 0;
+    /// Where the rows are to stand when the view is shown: before, it is not laid out. Nothing: wherever they are.
+    std::optional<int> firstRowWhenShown;
+    bool bringCursorIntoViewWhenShown = false;
 };
 
 } // namespace tw

@@ -5,6 +5,7 @@
 
 #include <QHelpEvent>
 #include <QPainter>
+#include <QTimerEvent>
 #include <QToolTip>
 
 namespace tw {
@@ -13,6 +14,9 @@ namespace {
 
 constexpr int sideMargin = 8;
 constexpr int verticalMargin = 3;
+
+/// Long enough to be seen, and over before the next key.
+constexpr int flashMilliseconds = 150;
 
 } // namespace
 
@@ -33,6 +37,22 @@ void ElidedLabel::setText(QString const &text)
 void ElidedLabel::showActive(bool active)
 {
     isActive = active;
+    update();
+}
+
+void ElidedLabel::flash()
+{
+    flashing.start(flashMilliseconds, this);
+    update();
+}
+
+void ElidedLabel::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != flashing.timerId()) {
+        QWidget::timerEvent(event);
+        return;
+    }
+    flashing.stop();
     update();
 }
 
@@ -67,8 +87,11 @@ bool ElidedLabel::event(QEvent *event)
 void ElidedLabel::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
-    auto const ink = palette().color(foregroundRole());
-    painter.setPen(isActive ? ink : blend(ink, palette().color(backgroundRole()), PathStrip::inactiveShare));
+    auto const ink = palette().color(isFlashing() ? QPalette::HighlightedText : foregroundRole());
+    if (isFlashing())
+        painter.fillRect(rect(), palette().color(QPalette::Highlight));
+    painter.setPen(isActive || isFlashing() ? ink
+                                            : blend(ink, palette().color(backgroundRole()), PathStrip::inactiveShare));
     painter.drawText(rect().adjusted(sideMargin, 0, -sideMargin, 0),
                      Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shortened());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QWidget>
 
 namespace tw {
@@ -16,6 +17,11 @@ public:
     /// That of the pane that is not the active one steps back.
     void showActive(bool active);
 
+    /// Inverts its colours for a moment, as the visible part of a beep.
+    void flash();
+
+    bool isFlashing() const { return flashing.isActive(); }
+
     QString const &text() const noexcept { return whole; }
 
     QSize sizeHint() const override;
@@ -24,12 +30,14 @@ public:
 protected:
     bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     QString shortened() const;
 
     QString whole;
     bool isActive = true;
+    QBasicTimer flashing;
 };
 
 } // namespace tw

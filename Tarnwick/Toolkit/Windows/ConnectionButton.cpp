@@ -46,8 +46,7 @@ constexpr double arrowShare = 0.7;
 
 QString titleOf(ConnectionItem const &item)
 {
-    auto const title = withNothingHidden(item.title);
-    return item.kind == ConnectionItem::Kind::host ? QString::fromStdString(title) : Wording::shown(title);
+    return QString::fromStdString(withNothingHidden(Wording::shown(item.title).toStdString()));
 }
 
 QString withoutMnemonics(QString text)

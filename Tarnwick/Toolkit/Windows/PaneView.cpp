@@ -1,6 +1,8 @@
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
+#include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Settings/Settings.h"
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Program/StartLog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
@@ -52,7 +54,7 @@ PaneView::PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, Pan
 
 PaneView::~PaneView()
 {
-    controller->detach();
+    controller->detach(*this);
     delete rowTable; // before the rows that it shows
 }
 
@@ -155,7 +157,7 @@ int PaneView::wholeVisibleRows() const
 
 void PaneView::showConnection(std::string const &name)
 {
-    connection->showConnection(name);
+    connection->showConnection(withNothingHidden(name));
 }
 
 void PaneView::openConnectionMenu(std::vector<ConnectionItem> items)
@@ -168,14 +170,14 @@ void PaneView::updateConnectionMenu(std::vector<ConnectionItem> items)
     connection->updateMenu(std::move(items));
 }
 
-void PaneView::showPath(std::string const &shown)
+void PaneView::showPath(Text const &shown)
 {
-    path->showPath(shown);
+    path->showPath(Wording::shown(shown).toStdString());
 }
 
-void PaneView::showStatus(std::string const &text)
+void PaneView::showStatus(Text const &text)
 {
-    status->setText(QString::fromStdString(text));
+    status->setText(Wording::shown(text));
 }
 
 void PaneView::showSpinner(Spinner spinner)
@@ -210,6 +212,7 @@ void PaneView::takeKeyboardFocus()
 void PaneView::beep()
 {
     QApplication::beep();
+    status->flash(); // a desktop without a bell, and a person who does not hear it
 }
 
 } // namespace tw

@@ -15,7 +15,7 @@ class ElidedLabel;
 class PaneTableView;
 class PathField;
 
-/// One pane on screen: the connection and the path, the table below them and a line that tells about it.
+/// One pane on screen: the connection and the path, the table below them and the status line.
 ///
 /// Lifetime: `defaults` and `icons` outlive it.
 class PaneView final : public QWidget, private PaneDisplay {
@@ -41,8 +41,8 @@ private:
     void showConnection(std::string const &name) override;
     void openConnectionMenu(std::vector<ConnectionItem> items) override;
     void updateConnectionMenu(std::vector<ConnectionItem> items) override;
-    void showPath(std::string const &shown) override;
-    void showStatus(std::string const &text) override;
+    void showPath(Text const &shown) override;
+    void showStatus(Text const &text) override;
     void showSpinner(Spinner spinner) override;
     void showSortIndicator(SortKey key, bool ascending) override;
     void showActive(bool active) override;

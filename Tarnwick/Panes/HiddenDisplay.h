@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Tarnwick/Panes/PaneDisplay.h"
+
+namespace tw {
+
+/// What a pane shows on while it has no view, so that no call has to ask. It keeps the scroll position for the next
+/// one.
+class HiddenDisplay final : public PaneDisplay {
+public:
+    void reloadRows() override {}
+
+    void redrawRows() override {}
+
+    void showCursor(std::optional<int> /*row*/) override {}
+
+    int firstVisibleRow() const override { return firstRow; }
+
+    void scrollToFirstVisibleRow(int row) override { firstRow = row; }
+
+    int wholeVisibleRows() const override { return 1; }
+
+    void showConnection(std::string const & /*name*/) override {}
+
+    void openConnectionMenu(std::vector<ConnectionItem> /*items*/) override {}
+
+    void updateConnectionMenu(std::vector<ConnectionItem> /*items*/) override {}
+
+    void showPath(Text const & /*path*/) override {}
+
+    void showStatus(Text const & /*text*/) override {}
+
+    void showSpinner(Spinner /*spinner*/) override {}
+
+    void showSortIndicator(SortKey /*key*/, bool /*ascending*/) override {}
+
+    void showActive(bool /*active*/) override {}
+
+    void takeKeyboardFocus() override {}
+
+    void beep() override {}
+
+private:
+    int firstRow = 0;
+};
+
+} // namespace tw

@@ -1,0 +1,70 @@
+#include "Tarnwick/Panes/HostArrival.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Provider/CommandHost.h"
+
+namespace tw {
+
+void HostArrival::begin(std::shared_ptr<Executor> const &mainContext, Connections &connections)
+{
+    auto reaching = connections.reach(host());
+    auto const connecting = SharedTask<std::shared_ptr<Browser>>::start(mainContext, connections.ssh(host()));
+    spawn({mainContext, {}}, travel(weak_from_this(), std::move(reaching), connecting));
+}
+
+Task<void> HostArrival::travel(std::weak_ptr<HostArrival> weak, Task<std::shared_ptr<Browser>> reaching,
+                               SharedTask<std::shared_ptr<Browser>> connecting)
+{
+    auto const isShown = co_await showRemembered(weak, std::move(reaching));
+    auto outcome = co_await outcomeOf(connecting.wait());
+    auto self = weak.lock();
+    if (!self)
+        co_return;
+    self->over = true;
+    self->reason = outcome.failure;
+    // Nobody who has gone on is pulled back.
+    if (outcome.failure || isShown || self->current == Stage::amongRemembered) {
+        self->events.onEnd();
+        co_return;
+    }
+    auto const wanted = self->wanted;
+    self.reset();
+    auto path = co_await startingFolder(*outcome.value, wanted);
+    self = weak.lock();
+    if (!self)
+        co_return;
+    if (self->current == Stage::amongRemembered)
+        self->events.onEnd();
+    else
+        self->events.onFolder(*outcome.value, std::move(path));
+}
+
+/// Goes to the folder before the host is up, if a listing of it is known from another time. Whether it is so.
+Task<bool> HostArrival::showRemembered(std::weak_ptr<HostArrival> weak, Task<std::shared_ptr<Browser>> reaching)
+{
+    auto const reached = co_await outcomeOf(std::move(reaching));
+    auto self = weak.lock();
+    if (!self || !reached.value || !self->wanted.pathWasExplicit)
+        co_return false;
+    auto const path = self->wanted.path;
+    self.reset();
+    auto const remembered = co_await (*reached.value)->remembered(path);
+    self = weak.lock();
+    if (!self || !remembered)
+        co_return false;
+    self->current = Stage::openingFolder;
+    self->events.onFolder(*reached.value, path);
+    co_return true;
+}
+
+/// Without a path that was asked for it is the host's own choice.
+Task<std::string> HostArrival::startingFolder(std::shared_ptr<Browser> source, PaneSpec wanted)
+{
+    auto const host = std::dynamic_pointer_cast<CommandHost>(source->providerRef());
+    if (wanted.pathWasExplicit || !host)
+        co_return wanted.path;
+    auto const home = co_await outcomeOf(host->defaultDirectory());
+    co_return home.value &&home.value->starts_with('/') ? *home.value : wanted.path;
+}
+
+} // namespace tw

@@ -1,0 +1,56 @@
+#include "Tarnwick/Panes/Navigator.h"
+
+#include "TWCore/Async/Outcome.h"
+
+namespace tw {
+
+Navigator::Navigator(std::shared_ptr<Executor> context, std::shared_ptr<Clock> time, Events toTell,
+                     PaneSpinner &ofThePane)
+    : mainContext(std::move(context)), clock(std::move(time)), events(std::move(toTell)), spinner(ofThePane)
+{
+}
+
+void Navigator::begin(Navigation navigation, Source source)
+{
+    ++current;
+    rereading = navigation.isReread;
+    // A wish behind a late one is late at once: a spinner that stops for a moment would flicker.
+    awaited = spinner.isSpinning() ? spinner.beginLong() : spinner.begin();
+    spawn({mainContext, {}}, perform(weak_from_this(), clock, std::move(navigation), source, current));
+}
+
+void Navigator::cancel()
+{
+    ++current;
+    rereading = false;
+    awaited.reset();
+}
+
+Task<void> Navigator::perform(std::weak_ptr<Navigator> weak, std::shared_ptr<Clock> clock, Navigation navigation,
+                              Source source, std::uint64_t token)
+{
+    auto const browser = navigation.source;
+    Arrival arrival;
+    if (source == Source::newToThePane) {
+        auto stream = co_await browser->updates();
+        arrival.updates.emplace(std::move(stream));
+    }
+    auto const started = clock->steadyNow();
+    auto opening = navigation.isReread ? browser->reread(navigation.path) : browser->open(navigation.path);
+    auto outcome = co_await outcomeOf(std::move(opening));
+    arrival.elapsed = clock->steadyNow() - started;
+
+    auto const self = weak.lock();
+    if (!self || self->current != token)
+        co_return; // the user is elsewhere
+    self->rereading = false;
+    self->awaited.reset();
+    if (outcome.failure) {
+        self->events.onFailed(navigation, outcome.failure);
+        co_return;
+    }
+    arrival.result = *std::move(outcome.value);
+    self->events.onArrived(navigation, std::move(arrival));
+}
+
+} // namespace tw

@@ -1,0 +1,53 @@
+#include "Tarnwick/Panes/PaneStatus.h"
+
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/ReadError.h"
+#include "TWEngine/Browsing/Browser.h"
+#include "TWEngine/Shell/RemoteShellError.h"
+
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+template <class Error>
+std::pair<std::string, std::string> textsOf(Error const &error)
+{
+    return {PaneStatus::describe(std::make_exception_ptr(error)).english(), error.what()};
+}
+
+TEST(PaneStatusTest, anErrorInPartsReadsAsTheErrorItself)
+{
+    std::pair<std::string, std::string> const table[] = {
+        textsOf(FileOperationError::Failed("read from this Mac", "/a%@", "disk full")),
+        textsOf(FileOperationError::Unsupported("that")),
+        textsOf(FileOperationError::Cancelled()),
+        textsOf(ReadError::NotReadable("/a", "Permission denied")),
+        textsOf(ReadError::TooLarge("/a", 10, 5)),
+        textsOf(BrowserError::NotADirectory("/a")),
+        textsOf(RemoteShellError::ConnectFailed("web", "no route to host")),
+        textsOf(RemoteShellError::Disconnected("broken pipe")),
+        textsOf(RemoteShellError::TimedOut(std::chrono::seconds(15), RemoteShellError::TimedOut::Session::ended)),
+        textsOf(RemoteShellError::OutcomeUnknown("web")),
+        textsOf(RemoteShellError::NotConnected()),
+        textsOf(std::runtime_error("100% of something else")),
+    };
+    for (auto const &[inParts, itself] : table)
+        EXPECT_EQ(inParts, itself);
+}
+
+TEST(PaneStatusTest, whatIsNoExceptionIsAnUnknownError)
+{
+    EXPECT_EQ(PaneStatus::describe(std::make_exception_ptr(1)).english(), "unknown error");
+}
+
+TEST(PaneStatusTest, timesHaveAPointInEveryLocale)
+{
+    EXPECT_EQ(PaneStatus::timing(std::chrono::milliseconds(1234), PaneStatus::Source::provider).english(),
+              "1234 ms network");
+    EXPECT_EQ(PaneStatus::timing(std::chrono::microseconds(57), PaneStatus::Source::memory).english(),
+              "0.06 ms cached");
+}
+
+} // namespace
+} // namespace tw::test
