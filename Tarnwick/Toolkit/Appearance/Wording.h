@@ -21,6 +21,11 @@ inline QString shown(char const *text)
     return shown(std::string_view(text));
 }
 
+inline QString shown(std::string const &text)
+{
+    return shown(std::string_view(text));
+}
+
 /// The same of a text with names in it, on one line: what cannot be shown of a name has a sign in its place.
 QString shown(Text const &text);
 
