@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/NewFolder.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "tests/support/FakeConnections.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/Listings.h"
 #include "tests/support/ManualClock.h"
@@ -232,11 +233,14 @@ TEST_F(NewFolderTest, aPaneThatIsOnItsWayElsewhereIsNotCalledBack)
 TEST_F(NewFolderTest, aPaneThatIsConnectingToAnotherHostIsNotCalledBack)
 {
     beginToCreate("new");
-    pane->showConnecting("web2");
-    auto const token = pane->token();
+    FakeConnections connections{browser};
+    pane->open({"web2", "/", true}, connections);
+    loop.drain();
     endWrite();
-    EXPECT_EQ(pane->token(), token);
+    EXPECT_EQ(display.path, "connecting…");
     EXPECT_THAT(writer->waiting, IsEmpty());
+    connections.waiting.at(0).answer->fail(std::make_exception_ptr(std::runtime_error("no way")));
+    loop.drain();
 }
 
 TEST_F(NewFolderTest, aPaneThatHasBeenClosedChangesNothing)
