@@ -6,7 +6,7 @@
 
 namespace tw {
 
-/// What the shell of a host speaks.
+/// The language of a host's shell.
 enum class ShellDialect {
     posix,
     powershell, ///< a Windows host
@@ -29,22 +29,22 @@ std::string_view firstRemoteCommand() noexcept;
 /// What a POSIX shell prints for the question in `firstRemoteCommand`, before anything of the shell that it starts.
 std::string_view firstCommandEcho() noexcept;
 
-/// The command line by which a host starts the shell that reads requests from its standard input.
+/// The command line that starts the shell that reads requests from its standard input.
 std::string_view remoteCommand(ShellDialect dialect) noexcept;
 
 /// What ends a line of that input.
 std::string_view lineTerminator(ShellDialect dialect) noexcept;
 
-/// Whether that shell acts on a line as soon as it has one, even in the middle of a quoted text.
+/// Whether that shell acts on each line at once, even in the middle of a quoted text.
 bool needsSingleLineRequests(ShellDialect dialect) noexcept;
 
-/// `text` as one word that means nothing but itself to that shell. Of a posix shell's text every byte but NUL is kept.
+/// `text` as one word that the shell takes literally. For a posix shell, every byte but NUL survives.
 std::string quote(ShellDialect dialect, std::string_view text);
 
 /// A path as one word for that shell. On Windows it is put into the form that the host knows, see WindowsPath.
 std::string quotePath(ShellDialect dialect, std::string_view path);
 
-/// What is written to have that shell carry out `request`, without the end of the line.
+/// The line that makes that shell perform `request`, without its line end.
 std::string encodeRequest(ShellDialect dialect, std::string_view request);
 
 } // namespace tw

@@ -4,19 +4,19 @@
 #include <string>
 #include <string_view>
 
-/// Texts in command lines that the login shell of a host takes apart, before or without any shell that we chose.
+/// Texts in command lines that the login shell of a host parses, before or without a shell that we chose.
 namespace tw::ShellLiteral {
 
-/// `text` as one word for a POSIX shell, in ASCII whatever is in it, so that no locale on the way can change it.
+/// `text` as one word for a POSIX shell. The word is always ASCII, so that no locale can change it.
 ///
-/// A text with other bytes than printable ASCII is printed by the host in place of the word, and that drops line ends
-/// from its end: a name that ends in one cannot be told so.
+/// For a text with other bytes the word is a command substitution, which drops trailing line ends: a name that ends in
+/// a line end cannot be written this way.
 std::string posix(std::string_view text);
 
 /// The command line that has Windows run `script`, whatever its login shell.
 std::string powerShellEncoded(std::string_view script);
 
-/// The call of a program in PowerShell with these arguments, each as it is. `executable` is code.
+/// The call of a program in PowerShell with exactly these arguments. `executable` is code.
 std::string powerShellInvoke(std::string_view executable, std::span<std::string const> arguments);
 
 } // namespace tw::ShellLiteral

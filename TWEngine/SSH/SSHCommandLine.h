@@ -12,8 +12,8 @@
 
 /// How the OpenSSH client is called: argument lists without the program's name, and what is added to its environment.
 ///
-/// In each of them "--" stands before the host, so that a host whose name begins with a dash is no option. What stands
-/// behind the host is one argument, which the login shell of the host takes apart.
+/// Each has "--" before the host, so that a host whose name begins with a dash is not an option. The argument after the
+/// host is one command line, which the login shell of the host parses.
 namespace tw::SSHCommandLine {
 
 inline constexpr std::string_view program = "/usr/bin/ssh";
@@ -29,31 +29,31 @@ Arguments session(RemoteShellOptions const &options, std::string const &host, Sh
 /// The session that finds out what the host speaks, see firstRemoteCommand.
 Arguments firstSession(RemoteShellOptions const &options, std::string const &host);
 
-/// What a session's environment has besides that of this process: nothing, unless ssh is to ask for a password.
+/// What is added to the environment of a session's client: nothing, unless ssh must ask for a password.
 std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &options);
 
 /// The ssh client of a session, the program at `path` with `arguments`, in an environment in which it finds its
 /// password.
 ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOptions const &options);
 
-/// What every other call begins with. Without a `controlPath`, and whatever the options name, no connection is shared.
+/// The first arguments of every other call. Without `controlPath` no connection is shared, whatever the options say.
 ///
-/// Such a call may be the first, and then its client keeps the connection for the sessions too: it asks a silent host
-/// whether it is there just as they do, or nobody would notice a line that is dead.
+/// Such a call may come first, and its client then keeps the connection for the sessions. So it checks a silent host as
+/// the sessions do, or a dead line would never be noticed.
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath);
 
 /// Prints the file at `path`.
 Arguments download(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path);
 
-/// Makes the file at `path` of standard input. A file that is there keeps its mode and owner, and its bytes until all
-/// of the new ones have arrived in uploadTemporary. A line that breaks looks to a POSIX host like the end of its input;
-/// with `size`, in bytes, what came before it is not taken for the file.
+/// Writes standard input to the file at `path`. An existing file keeps its mode and owner, and keeps its bytes until
+/// all new ones are in uploadTemporary. To a POSIX host a broken line looks like the end of the input; with `size`, in
+/// bytes, a part is not taken for the whole file.
 Arguments upload(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path,
                  std::optional<std::int64_t> size = {});
 
 std::string uploadTemporary(std::string_view path);
 
-/// The command that removes what a failed upload to `path` left. For the resident shell.
+/// The command for the resident shell that removes the remains of a failed upload to `path`.
 std::string removeUploadTemporary(ShellDialect dialect, std::string_view path);
 
 } // namespace tw::SSHCommandLine

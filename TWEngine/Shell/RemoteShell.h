@@ -26,22 +26,22 @@ class ShellClient;
 struct ListingResponse {
     std::string bytes; ///< the payload, unaltered
     std::int32_t status = 0;
-    bool truncated = false; ///< the payload has reached the budget, at which the host stops listing
+    bool truncated = false; ///< the payload has reached the budget, where the host stops listing
 };
 
-/// One long conversation with one host: an ssh client whose remote command is a shell, in which the resident script is
-/// loaded once. From then on a request is a line, and its answer what comes back up to the session's own marker.
+/// One long conversation with one host: an ssh client whose remote command is a shell, into which the resident script
+/// is loaded once. From then on a request is one line, and its answer is everything up to the session's own marker.
 ///
-/// The host serves requests strictly in the order of their writing; several may be under way, told apart by their ids.
+/// The host serves requests strictly in the order of their writing. Several may be in flight; ids match them up.
 /// Nothing reconnects at this level, but the same object may connect again.
 ///
 /// Threads: serialised on its own strand; every operation may be called from anywhere.
 /// Lifetime: shared; the I/O thread outlives it. What reads the host's output does not keep it alive, and the ssh
 /// client goes with it.
-/// Cancellation: a request that was sent is waited for even if its caller is stopped, since its answer has to be taken
-/// off the line; the end of the session ends the waiting. Connecting is given up when its caller is stopped.
-/// Errors: RemoteShellError. A time-out is told when the answer has come after all, or the session has ended: the clock
-/// alone never abandons an answer, so that none can be taken for another's.
+/// Cancellation: a request that was sent is waited for even if its caller is cancelled, since its answer must be taken
+/// off the line; the end of the session ends the waiting. Connecting stops with its caller.
+/// Errors: RemoteShellError. TimedOut is thrown when the late answer arrives or the session ends: the clock alone never
+/// abandons an answer, so no answer is taken for another's.
 class RemoteShell : public std::enable_shared_from_this<RemoteShell> {
 public:
     using Seconds = std::chrono::duration<double>;
@@ -58,23 +58,23 @@ public:
     RemoteShell(Collaborators collaborators, std::string host, RemoteShellOptions options, ShellDialect dialect);
     ~RemoteShell();
 
-    /// Starts ssh, loads the script and waits for its handshake. Nothing if it is connected. Throws ConnectFailed.
-    /// Called again before it has ended, it begins anew, and the earlier call fails.
+    /// Starts ssh, loads the script and waits for its handshake. Does nothing if connected. Throws ConnectFailed. A
+    /// second call during the first starts over, and the first call fails.
     Task<void> connect();
 
     /// The entries below `path`, down to `depth` levels.
     Task<ListingResponse> list(std::string path, int depth);
 
-    /// Bytes; 0 for what is not there.
+    /// Bytes; 0 for a missing file.
     Task<std::int64_t> fileSize(std::string path);
 
-    /// Runs a command in a subshell of the session. Without a limit, that of the options holds.
+    /// Runs a command in a subshell of the session. Without `limit`, the limit of the options holds.
     Task<CommandResult> run(std::string command, std::optional<Seconds> limit);
 
-    /// At most `length` bytes from `offset` on; none for what cannot be read.
+    /// At most `length` bytes from `offset` on; none for an unreadable file.
     Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length);
 
-    /// Ends the session. What is under way fails with Disconnected.
+    /// Ends the session. Requests in flight fail with Disconnected.
     Task<void> shutdown();
 
     struct State {

@@ -18,21 +18,21 @@ namespace tw {
 /// last words.
 ///
 /// Threads: all of it on the strand.
-/// Lifetime: shared, with the tasks that read and write. The client is told to end when nobody has this any more.
+/// Lifetime: shared with the tasks that read and write. The program is asked to end when the last owner goes.
 class ShellClient : public std::enable_shared_from_this<ShellClient> {
 public:
-    /// Takes responses; false: nobody wants them any more.
+    /// Takes responses. False if they are no longer wanted.
     using Taker = std::function<bool(std::vector<ShellReader::Frame>)>;
 
     /// `child` has pipes at all three ends.
     ShellClient(Strand strand, std::shared_ptr<ChildProcess> child, ShellReader reader);
 
-    /// Behind what was written before. That it cannot be written is no failure: the loss shows on the reading side,
-    /// with its reason.
+    /// Queues `text` behind earlier writes. A failed write is ignored: the loss shows on the reading side, with its
+    /// reason.
     void write(std::string_view text);
 
-    /// Hands over what comes until the client's output ends, and answers why it ended: empty if nobody said, or wants
-    /// to know. Once, in a task with the token below.
+    /// Passes responses to `take` until the program's output ends. Returns the reason, or an empty text if there is
+    /// none or `take` refused. Called once, in a task with the token below.
     Task<std::string> listen(std::shared_ptr<Clock> clock, Taker take);
 
     /// Stopped by `end`.
@@ -41,13 +41,13 @@ public:
     /// The beginning of what it has printed and what is no response.
     std::string unframedOutput() const;
 
-    /// What it has said on standard error up to now; of much, the end.
+    /// The end of what it has printed on standard error so far.
     std::string lastWords() const;
 
     /// Asks it to end, and stops listening.
     void end();
 
-    /// Waits for its end. One that takes its time is ended.
+    /// Waits for its end, and kills it if that takes too long.
     Task<void> endSurely(std::shared_ptr<Clock> clock);
 
 private:
