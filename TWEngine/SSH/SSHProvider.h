@@ -16,14 +16,14 @@ class EngineRuntime;
 
 /// The files of one host.
 ///
-/// It asks over HostSessions. A session that was lost is connected again once, and what was asked is asked again,
-/// unless it changes something: that fails with OutcomeUnknown.
+/// It asks over HostSessions. A lost session is connected again once and the question is asked again, unless it changes
+/// something: then it fails with OutcomeUnknown.
 ///
 /// Threads: serialised on its own strand; every operation may be called from anywhere.
 /// Lifetime: shared; the engine outlives it. It is disconnected before it is dropped.
-/// Cancellation: connecting and the transfer of a file are given up; a question that was sent is waited for.
-/// Errors: RemoteShellError, ReadError, FileOperationError, and SpawnError where ssh cannot be started for a file. What
-/// is under way at a disconnect fails with Disconnected and is not asked again.
+/// Cancellation: connecting and the transfer of a file stop; a question that was sent is waited for.
+/// Errors: RemoteShellError, ReadError, FileOperationError, and SpawnError if ssh cannot be started for a file. What is
+/// in flight at a disconnect fails with Disconnected and is not asked again.
 class SSHProvider final : public FileSystemReader,
                           public FileSystemWriter,
                           public CommandHost,
@@ -59,8 +59,8 @@ public:
     Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length) override;
     Task<std::int64_t> fileSize(std::string path) override;
 
-    /// Through an ssh client of its own, so that a large file occupies no session. While it runs, every other operation
-    /// of this provider waits; what is long goes through a transfer.
+    /// Uses an ssh client of its own, so that a large file occupies no session. Every other operation of this provider
+    /// waits meanwhile; long copies go through a transfer.
     Task<void> download(std::string path, std::string localPath) override;
     Task<void> upload(std::string localPath, std::string path) override;
 
@@ -86,6 +86,9 @@ public:
     Task<void> reconnect();
 
     Task<bool> isLive();
+
+    /// Whether ssh logs in without asking the user: by a key or a saved password.
+    bool logsInByItself() const { return !options.askpassAccount; }
 
     /// What lists folders on the host: "gnu" or "perl", and "unknown" without a session.
     Task<std::string> remoteImplementation();

@@ -8,6 +8,7 @@
 #include "TWEngine/Store/ListingStore.h"
 #include "Tarnwick/Connections/SSHConfig.h"
 
+#include <functional>
 #include <map>
 
 namespace tw {
@@ -64,6 +65,22 @@ Task<Hosts> readHosts(std::optional<HostsTask> before, std::shared_ptr<bool> has
     co_return names;
 }
 
+/// Counts a host as used for as long as it lives. It holds the Browser that is handed out.
+class HostUse {
+public:
+    HostUse(BrowserRef used, std::function<void()> atTheEnd) : browser(std::move(used)), end(std::move(atTheEnd)) {}
+
+    ~HostUse() { end(); }
+
+    HostUse(HostUse const &) = delete;
+    HostUse &operator=(HostUse const &) = delete;
+
+    BrowserRef const browser;
+
+private:
+    std::function<void()> const end;
+};
+
 /// Once, and behind everything that anybody waits for.
 Task<void> trimWhenOpen(SharedTask<Store> opening)
 {
@@ -88,6 +105,14 @@ struct ConnectionRegistry::Shared {
     std::map<std::string, Attempt> connecting = {};
     /// Every Browser of a host that somebody still has, up or not: there is never a second one for a host.
     std::map<std::string, std::weak_ptr<Browser>> known = {};
+
+    /// By whom each host is used, and the wait for the end of its connection since nobody uses it.
+    struct Use {
+        std::weak_ptr<HostUse> held;
+        std::stop_source waiting = std::stop_source(std::nostopstate);
+    };
+
+    std::map<std::string, Use> uses = {};
     std::optional<SharedTask<Store>> store = {};
     std::optional<SharedTask<void>> trimming = {};
     std::optional<HostsReading> reading = {}; ///< the last one
@@ -106,6 +131,11 @@ struct ConnectionRegistry::Shared {
     static Task<void> connect(std::shared_ptr<Shared> self, std::string key, BrowserRef browser);
 
     BrowserRef browserOf(std::string const &host, Store openStore);
+
+    /// The Browser as it is handed out.
+    static BrowserRef lend(std::shared_ptr<Shared> const &self, std::string const &key, BrowserRef const &browser);
+    void startWaiting(std::shared_ptr<Shared> const &self, std::string const &key);
+    static Task<void> disconnectUnused(std::weak_ptr<Shared> weak, std::shared_ptr<Clock> clock, std::string key);
 };
 
 ConnectionRegistry::ConnectionRegistry(Collaborators collaborators)
@@ -124,6 +154,8 @@ ConnectionRegistry::~ConnectionRegistry()
         attempt.task->cancel();
     if (shared->trimming)
         shared->trimming->cancel();
+    for (auto &[key, use] : shared->uses)
+        use.waiting.request_stop();
 }
 
 std::shared_ptr<Browser> ConnectionRegistry::local()
@@ -144,9 +176,10 @@ Task<BrowserRef> ConnectionRegistry::ssh(std::string host)
 Task<BrowserRef> ConnectionRegistry::Shared::ssh(std::shared_ptr<Shared> self, std::string host)
 {
     auto const begun = co_await attempt(self, host);
+    auto const lent = lend(self, keyOf(host), begun.browser);
     if (begun.task)
         co_await begun.task->wait();
-    co_return begun.browser;
+    co_return lent;
 }
 
 Task<BrowserRef> ConnectionRegistry::reach(std::string host)
@@ -157,7 +190,7 @@ Task<BrowserRef> ConnectionRegistry::reach(std::string host)
 Task<BrowserRef> ConnectionRegistry::Shared::reach(std::shared_ptr<Shared> self, std::string host)
 {
     auto const begun = co_await attempt(self, host);
-    co_return begun.browser;
+    co_return lend(self, keyOf(host), begun.browser);
 }
 
 Task<ConnectionRegistry::Shared::Attempt> ConnectionRegistry::Shared::attempt(std::shared_ptr<Shared> self,
@@ -181,12 +214,68 @@ Task<ConnectionRegistry::Shared::Attempt> ConnectionRegistry::Shared::attempt(st
     co_return begun;
 }
 
-/// Whoever asked first may stop asking; the others still wait for this.
+BrowserRef ConnectionRegistry::Shared::lend(std::shared_ptr<Shared> const &self, std::string const &key,
+                                            BrowserRef const &browser)
+{
+    auto &use = self->uses[key];
+    auto held = use.held.lock();
+    if (!held || held->browser != browser) {
+        // The last holder may let go on any thread.
+        held = std::make_shared<HostUse>(browser, [weak = std::weak_ptr(self), main = self->with.mainContext, key] {
+            main->post([weak, key] {
+                if (auto const registry = weak.lock())
+                    registry->startWaiting(registry, key);
+            });
+        });
+        use.held = held;
+    }
+    use.waiting.request_stop();
+    return {held, browser.get()};
+}
+
+void ConnectionRegistry::Shared::startWaiting(std::shared_ptr<Shared> const &self, std::string const &key)
+{
+    auto const use = uses.find(key);
+    if (use == uses.end() || !use->second.held.expired())
+        return;
+    use->second.waiting.request_stop();
+    if (!browsers.contains(key)) {
+        uses.erase(use);
+        return;
+    }
+    use->second.waiting = std::stop_source();
+    auto const clock = with.clock ? with.clock : with.engine.clock();
+    spawn({with.mainContext, use->second.waiting.get_token()}, disconnectUnused(self, clock, key));
+}
+
+Task<void> ConnectionRegistry::Shared::disconnectUnused(std::weak_ptr<Shared> weak, std::shared_ptr<Clock> clock,
+                                                        std::string key)
+{
+    co_await clock->sleep(unusedLimit);
+    auto const self = weak.lock();
+    if (!self)
+        co_return;
+    auto const browser = self->browsers.find(key);
+    auto const use = self->uses.find(key);
+    // Somebody may have come between the end of the sleep and here.
+    if (browser == self->browsers.end() || use == self->uses.end() || !use->second.held.expired())
+        co_return;
+    self->uses.erase(use);
+    auto const provider = std::dynamic_pointer_cast<SSHProvider>(browser->second->providerRef());
+    if (provider && provider->logsInByItself())
+        co_await outcomeOf(provider->disconnect().withStop({}));
+}
+
+/// If the first caller is cancelled, the others still wait for this.
 Task<void> ConnectionRegistry::Shared::connect(std::shared_ptr<Shared> self, std::string key, BrowserRef browser)
 {
     auto outcome = co_await outcomeOf(browser->connect());
-    if (outcome.value)
+    if (outcome.value) {
         self->browsers.emplace(key, browser);
+        // Those who asked may have gone meanwhile.
+        self->uses.try_emplace(key);
+        self->startWaiting(self, key);
+    }
     self->connecting.erase(key);
     outcome.take();
 }
@@ -256,6 +345,8 @@ Task<void> ConnectionRegistry::shutdownAll()
 
 Task<void> ConnectionRegistry::Shared::shutdownAll(std::shared_ptr<Shared> self)
 {
+    for (auto &[key, use] : std::exchange(self->uses, {}))
+        use.waiting.request_stop();
     for (auto const &[key, browser] : std::exchange(self->browsers, {}))
         co_await outcomeOf(browser->shutdown());
     // Those that never came up, and that somebody has looked at.

@@ -11,11 +11,11 @@ namespace tw {
 
 class EngineRuntime;
 
-/// Where a pane gets its Browser: exactly one for each connection, so that two panes on a host share one cache and one
-/// pair of sessions, and one attempt to connect.
+/// Where a pane gets its Browser: exactly one for each connection, so that two panes on a host share one cache, one set
+/// of sessions and one attempt to connect.
 ///
 /// Threads: main context only; calls suspend while they wait for a connection.
-/// Lifetime: the engine outlives it. It may go while somebody waits in `ssh`.
+/// Lifetime: the engine outlives it. It may be destroyed while a caller waits in `ssh`.
 class ConnectionRegistry final : public Connections {
 public:
     struct Collaborators {
@@ -28,7 +28,12 @@ public:
         /// Where the listings of hosts are kept for the next start. Empty: they are not.
         std::string cacheDirectory = {};
         std::string sshConfig = SSHConfigOnDisk::pathOfThisUser();
+        /// What measures how long a host is unused; null is the engine's clock.
+        std::shared_ptr<Clock> clock = nullptr;
     };
+
+    /// A host that nobody has used for so long loses its ssh clients: with sixty hosts, most are only looked at once.
+    static constexpr std::chrono::minutes unusedLimit{10};
 
     explicit ConnectionRegistry(Collaborators collaborators);
     ~ConnectionRegistry() override;
@@ -45,12 +50,11 @@ public:
 
     Task<std::vector<std::string>> hosts() override;
 
-    /// Gives up the attempts that are under way, and ends when nobody waits for one any more. From now on none begins:
-    /// who asks for a host that is not up gets Cancelled.
+    /// Cancels the attempts in flight, and returns when all their callers have their answer. No new attempt begins from
+    /// then on: `ssh` and `reach` throw Cancelled for a host that is not up.
     Task<void> giveUpAttempts();
 
-    /// Takes down every connection that is up, and then the store. They are gone from here at once. Attempts are left
-    /// alone.
+    /// Forgets every connection at once, ends those that are up, and then closes the store. Attempts in flight go on.
     Task<void> shutdownAll();
 
 private:

@@ -10,6 +10,9 @@ namespace tw {
 
 /// Where a pane gets the Browser of a connection: one for each, for all who ask.
 ///
+/// To hold the Browser of a host is to use the host. A host that has not been used for a while may lose its ssh
+/// clients; the Browser keeps its listings, and the next question connects again.
+///
 /// Threads: main context only.
 class Connections {
 public:
@@ -18,16 +21,15 @@ public:
     /// The files of this machine.
     virtual std::shared_ptr<Browser> local() = 0;
 
-    /// The files of a host, which is connected if need be. Throws what connecting throws.
+    /// The files of a host, once it is connected. Throws what connecting throws.
     virtual Task<std::shared_ptr<Browser>> ssh(std::string host) = 0;
 
-    /// The same Browser without waiting for the host, which begins to be connected. What it remembers can be opened at
-    /// once; what it has to ask the host for waits for the connection, and fails with it.
+    /// The same Browser without waiting for the host, whose connection begins. Remembered listings can be opened at
+    /// once; a question to the host waits for the connection and fails with it.
     virtual Task<std::shared_ptr<Browser>> reach(std::string host) = 0;
 
-    /// The names of the hosts that the user has saved, in their order; none if they cannot be read. They are read anew,
-    /// but those who ask while they are being read share that reading: a disk that hangs is to take one worker, not
-    /// all.
+    /// The names of the hosts that the user has saved, in their order; none if they cannot be read. Each call reads
+    /// them anew, but calls during a reading share it: a disk that hangs may take one worker, not all.
     virtual Task<std::vector<std::string>> hosts() = 0;
 };
 
