@@ -1,12 +1,15 @@
 // What a local folder costs: the reading of a large one against the bare system calls, and the opening of one that is
 // in memory.
 
+#include "TWCore/Async/Outcome.h"
 #include "TWEngine/Browsing/Browser.h"
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "bench/BenchLoop.h"
 #include "bench/Figure.h"
 #include "bench/ManyFiles.h"
+#include "tests/hosts/TestMount.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -46,6 +49,9 @@ namespace tw::bench {
 namespace {
 
 constexpr int manyEntries = 100'000;
+constexpr int mostEntries = 1'000'000;
+/// On a file system that takes a millisecond to tell the attributes of one.
+constexpr int slowEntries = 10'000;
 constexpr int fewEntries = 1'000;
 
 /// The least that anybody can do to list a folder with sizes and times.
@@ -88,25 +94,80 @@ Task<OpenCost> measureWarmOpens(std::shared_ptr<Browser> browser, std::string pa
     co_return OpenCost{median(std::move(microseconds)), bytes / rounds};
 }
 
+/// How reading a whole folder compares with one thread's bare loop, at most.
+void reportListing(Figures &figures, BenchLoop &loop, FileSystemProvider &provider, std::string const &name,
+                   std::string const &path, std::size_t count, int runs, double largestRatio)
+{
+    auto const fetch = [&] {
+        return millisecondsOf([&] {
+            auto const listings = loop.run(provider.fetch(path, 1, FetchPriority::interactive));
+            if (listings.at(path).count() != count)
+                throw std::runtime_error("the listing is not whole");
+        });
+    };
+    auto const bare = [&] {
+        return millisecondsOf([&] {
+            if (bareLoop(path) != count + 2) // with "." and ".."
+                throw std::runtime_error("the bare loop did not see all");
+        });
+    };
+    auto const listing = takeTurns(runs, fetch, bare);
+    figures.report(name, listing.subject, Figures::Yardstick::peer, listing.peer, "ms", largestRatio);
+}
+
+Task<void> lookAt(std::shared_ptr<LocalProvider> provider, std::string path)
+{
+    co_await outcomeOf(provider->fetch(std::move(path), 1, FetchPriority::interactive));
+}
+
+/// A folder elsewhere, while several look at each of four mounts that never answer.
+void reportBesideDeadMounts(Figures &figures, BenchLoop &loop, std::string const &path)
+{
+    test::TemporaryFolder const folder;
+    EngineRuntime quiet;
+    LocalProvider undisturbed(quiet);
+    EngineRuntime runtime;
+    auto const provider = std::make_shared<LocalProvider>(runtime);
+    std::vector<test::TestMount> mounts; // gone before the engine, which waits for those who look
+    for (auto const *name : {"a", "b", "c", "d"}) {
+        mounts.push_back(test::TestMount::silent(folder.folder(name)));
+        for (int looks = 0; looks < 3; ++looks)
+            spawn({runtime.makeStrand().executor(), {}}, lookAt(provider, mounts.back().path()));
+    }
+    auto const fetch = [&](LocalProvider &from) {
+        return millisecondsOf([&] { keep(loop.run(from.fetch(path, 1, FetchPriority::interactive))); });
+    };
+    auto const listing = takeTurns(99, [&] { return fetch(*provider); }, [&] { return fetch(undisturbed); });
+    figures.report("local listing of 1,000 files beside four dead mounts against one without", listing.subject,
+                   Figures::Yardstick::peer, listing.peer, "ms", 1.25);
+}
+
 int run()
 {
     ManyFiles const many(manyEntries);
     ManyFiles const few(fewEntries);
     EngineRuntime runtime;
     BenchLoop loop;
-    auto const provider = std::make_shared<LocalProvider>(runtime.workers());
+    auto const provider = std::make_shared<LocalProvider>(runtime);
     Figures figures;
 
-    auto const fetch = [&] {
-        return millisecondsOf([&] {
-            auto const listings = loop.run(provider->fetch(many.path(), 1, FetchPriority::interactive));
-            if (listings.at(many.path()).count() != manyEntries)
-                throw std::runtime_error("the listing is not whole");
-        });
-    };
-    auto const listing = takeTurns(9, fetch, [&] { return millisecondsOf([&] { keep(bareLoop(many.path())); }); });
-    figures.report("local listing of 100,000 files against readdir and fstatat", listing.subject,
-                   Figures::Yardstick::peer, listing.peer, "ms", 1.25);
+    reportListing(figures, loop, *provider, "local listing of 100,000 files against readdir and fstatat", many.path(),
+                  manyEntries, 9, 0.70);
+    reportListing(figures, loop, *provider, "local listing of 1,000 files against readdir and fstatat", few.path(),
+                  fewEntries, 99, 1.25);
+    reportBesideDeadMounts(figures, loop, few.path());
+    {
+        ManyFiles const most(mostEntries);
+        reportListing(figures, loop, *provider, "local listing of 1,000,000 files against readdir and fstatat",
+                      most.path(), mostEntries, 5, 0.70);
+    }
+    {
+        test::TemporaryFolder const folder;
+        auto const slow = test::TestMount::slow(folder.folder("mount"), slowEntries, std::chrono::milliseconds(1));
+        reportListing(figures, loop, *provider,
+                      "listing of 10,000 files at 1 ms each against readdir and fstatat of one thread", slow.path(),
+                      slowEntries, 1, 1.0 / 6);
+    }
 
     auto const browser = std::make_shared<Browser>(
         provider, Browser::Collaborators{.strand = runtime.makeStrand(), .clock = runtime.clock(), .store = nullptr},

@@ -1,26 +1,24 @@
 #include "TWEngine/Browsing/LocalListing.h"
 
-#include "TWCore/Async/Cancelled.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
 
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace tw {
 
 namespace {
 
-/// Room for a folder of ordinary size without growing: 256 names of 64 bytes.
-constexpr std::size_t initialNameBytes = 16384;
-constexpr std::size_t initialEntries = 256;
+/// Small, so that threads have parts enough to share and the first measurement is soon there; large enough for the
+/// handing out to cost nothing.
+constexpr std::size_t entriesOfPart = 128;
 
-/// How many entries are read between two looks at the stop token: some milliseconds of a slow disk.
-constexpr std::size_t entriesBetweenStopChecks = 1024;
+/// 128 names of ordinary length.
+constexpr std::size_t nameBytesOfPart = 4096;
 
 /// An entry points into the storage with 32 bits.
 constexpr std::size_t maxNameBytes = std::numeric_limits<std::uint32_t>::max();
@@ -30,28 +28,6 @@ struct CloseDirectory {
 };
 
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
-
-EntryKind kindOfMode(mode_t mode)
-{
-    switch (mode & S_IFMT) {
-    case S_IFDIR:
-        return EntryKind::directory;
-    case S_IFLNK:
-        return EntryKind::symlink;
-    case S_IFREG:
-        return EntryKind::file;
-    case S_IFIFO:
-        return EntryKind::fifo;
-    case S_IFSOCK:
-        return EntryKind::socket;
-    case S_IFBLK:
-        return EntryKind::blockDev;
-    case S_IFCHR:
-        return EntryKind::charDev;
-    default:
-        return EntryKind::unknown;
-    }
-}
 
 EntryKind kindOfRecord(unsigned char type)
 {
@@ -80,65 +56,95 @@ bool isListed(std::string_view name)
     return !name.empty() && name != "." && name != "..";
 }
 
-} // namespace
-
-Entry localEntry(int directory, dirent const &record)
-{
-    constexpr mode_t permissionBits = 07777; // with set-user-id, set-group-id and sticky
-    Entry entry;
-    struct stat status;
-    if (fstatat(directory, record.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
-        entry.kind = kindOfMode(status.st_mode);
-        entry.size = status.st_size;
-        entry.mtime = status.st_mtim.tv_sec;
-        entry.mode = static_cast<std::uint16_t>(status.st_mode & permissionBits);
-    } else {
-        entry.kind = kindOfRecord(record.d_type);
-    }
-    return entry;
-}
-
-DirectorySnapshot readLocalDirectory(std::string const &path, std::stop_token const &stop)
+Directory openNow(std::string const &path)
 {
     // The system would take such a path for the part before the NUL, and list another folder.
     if (path.contains('\0'))
         throw LocalProviderError::CannotOpen(path, ENOENT);
-    Directory const directory(opendir(path.c_str()));
+    Directory directory(opendir(path.c_str()));
     if (!directory)
         throw LocalProviderError::CannotOpen(path, errno);
-    auto const descriptor = dirfd(directory.get());
+    return directory;
+}
 
+/// Null at the end of the directory.
+dirent const *nextRecord(DIR *directory, std::string const &path)
+{
+    errno = 0;
+    auto const *const record = readdir(directory);
+    // A part that is taken for the whole would say that the rest is gone.
+    if (!record && errno != 0)
+        throw LocalProviderError::CannotOpen(path, errno);
+    return record;
+}
+
+void append(LocalAttributes::Part &part, std::string_view name, EntryKind kind)
+{
+    if (part.entries.empty()) {
+        part.entries.reserve(entriesOfPart);
+        part.names.reserve(nameBytesOfPart);
+    }
+    Entry entry;
+    entry.nameOffset = static_cast<std::uint32_t>(part.names.size());
+    entry.nameLength = static_cast<std::uint32_t>(name.size());
+    entry.kind = kind;
+    part.names += name;
+    part.entries.push_back(entry);
+}
+
+struct Rows {
     std::string names;
-    names.reserve(initialNameBytes);
     std::vector<Entry> entries;
-    entries.reserve(initialEntries);
+};
+
+/// One storage, of the exact size: a listing is held for long.
+Rows joined(std::deque<LocalAttributes::Part> parts)
+{
+    std::size_t nameBytes = 0;
+    std::size_t count = 0;
+    for (auto const &part : parts) {
+        nameBytes += part.names.size();
+        count += part.entries.size();
+    }
+    Rows rows;
+    rows.names.reserve(nameBytes);
+    rows.entries.reserve(count);
+    for (; !parts.empty(); parts.pop_front()) {
+        auto const before = static_cast<std::uint32_t>(rows.names.size());
+        rows.names += parts.front().names;
+        for (auto entry : parts.front().entries) {
+            entry.nameOffset += before;
+            rows.entries.push_back(entry);
+        }
+    }
+    return rows;
+}
+
+} // namespace
+
+DirectorySnapshot readLocalDirectory(std::string const &path, LocalAttributes::Known const &known,
+                                     HelperThreads::Budget &helpers, std::stop_token const &stop)
+{
+    auto const directory = openNow(path);
+    LocalAttributes attributes(dirfd(directory.get()), known, helpers, stop);
+    LocalAttributes::Part part;
+    std::size_t nameBytes = 0;
     bool truncated = false;
-    for (;;) {
-        errno = 0;
-        auto const *const record = readdir(directory.get());
-        // A part that is taken for the whole would say that the rest is gone.
-        if (!record && errno != 0)
-            throw LocalProviderError::CannotOpen(path, errno);
-        if (!record)
-            break;
+    while (auto const *const record = nextRecord(directory.get(), path)) {
         std::string_view const name = record->d_name;
         if (!isListed(name))
             continue;
-        if (names.size() + name.size() > maxNameBytes) {
-            truncated = true;
+        nameBytes += name.size();
+        truncated = nameBytes > maxNameBytes;
+        if (truncated)
             break;
-        }
-        auto entry = localEntry(descriptor, *record);
-        entry.nameOffset = static_cast<std::uint32_t>(names.size());
-        entry.nameLength = static_cast<std::uint32_t>(name.size());
-        names += name;
-        entries.push_back(entry);
-        if (entries.size() % entriesBetweenStopChecks == 0 && stop.stop_requested())
-            throw Cancelled();
+        append(part, name, kindOfRecord(record->d_type));
+        if (part.entries.size() == entriesOfPart)
+            attributes.add(std::exchange(part, {}));
     }
-    // A listing is held for long, and its doubling arrays would cost up to twice of what is in them.
-    names.shrink_to_fit();
-    return {path, std::make_shared<std::string const>(std::move(names)), std::move(entries),
+    attributes.add(std::move(part));
+    auto rows = joined(attributes.finish());
+    return {path, std::make_shared<std::string const>(std::move(rows.names)), std::move(rows.entries),
             std::chrono::system_clock::now(), truncated};
 }
 

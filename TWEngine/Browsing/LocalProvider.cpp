@@ -4,83 +4,164 @@
 #include "TWEngine/Browsing/LocalFiles.h"
 #include "TWEngine/Browsing/LocalListing.h"
 #include "TWEngine/Browsing/LocalWrites.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Runtime/SharedTask.h"
+#include "TWEngine/Runtime/TimeOut.h"
+
+#include <fcntl.h>
 
 namespace tw {
 
 namespace {
+
+using LastLink = FileLanes::LastLink;
+using Known = LocalAttributes::Known;
+
+/// How long a listing waits for the attributes of what is mounted in the folder. A mount that answers later, or never,
+/// is listed without them.
+constexpr std::chrono::milliseconds patienceWithMounts{250};
 
 WorkPriority workPriority(FetchPriority priority)
 {
     return priority == FetchPriority::interactive ? WorkPriority::interactive : WorkPriority::background;
 }
 
-Task<Listings> fetchOnPool(WorkerPool const *pool, std::string path, WorkPriority priority)
+std::string pathIn(std::string const &folder, std::string const &name)
+{
+    return (folder == "/" ? folder : folder + '/') + name;
+}
+
+/// A reading of a folder; without a snapshot if the folder has mount points, whose rows are to be asked for first.
+struct Reading {
+    std::string place;
+    std::vector<std::string> mountPoints;
+    std::optional<DirectorySnapshot> snapshot;
+};
+
+Task<Reading> read(FileLanes *lanes, std::string path, WorkPriority priority, std::optional<Known> known)
 {
     auto const context = co_await currentContext();
-    auto listings = co_await pool->run(priority, [path = std::move(path), stop = context.stop] {
-        Listings result;
-        auto snapshot = readLocalDirectory(path, stop);
-        result.emplace(path, std::move(snapshot));
-        return result;
+    auto reading = co_await lanes->run(
+        path, LastLink::follow, priority,
+        [lanes, path, known = std::move(known), stop = context.stop](std::string const &place) -> Reading {
+            auto mountPoints = known ? std::vector<std::string>() : lanes->mounts()->mountPointsIn(place);
+            if (!mountPoints.empty())
+                return {place, std::move(mountPoints), std::nullopt};
+            return {place, {}, readLocalDirectory(path, known.value_or(Known()), lanes->helpers(), stop)};
+        });
+    co_return reading;
+}
+
+Task<std::optional<Entry>> attributesOf(FileLanes *lanes, std::string path, WorkPriority priority)
+{
+    return lanes->run(path, LastLink::keep, priority, [path](std::string const & /*place*/) {
+        Entry entry;
+        auto const isThere = setLocalAttributes(entry, AT_FDCWD, path);
+        return isThere ? std::optional(entry) : std::nullopt;
     });
+}
+
+/// The rows of mount points, each asked for in the lane of what is mounted there.
+Task<Known> rowsOfMounts(FileLanes *lanes, std::shared_ptr<Clock> clock, std::string folder,
+                         std::vector<std::string> names, WorkPriority priority)
+{
+    using Asked = SharedTask<std::optional<Entry>>;
+    auto const context = co_await currentContext();
+    auto const mounts = lanes->mounts();
+    Known rows;
+    std::map<std::string, Asked> asked;
+    for (auto const &name : names) {
+        rows.emplace(name, std::nullopt);
+        auto const path = pathIn(folder, name);
+        // A lane whose threads all hang is not asked again and again.
+        if (!lanes->isFull(mounts->mountOf(path), priority))
+            asked.emplace(name, Asked::start(context.executor, attributesOf(lanes, path, priority)));
+    }
+    auto const deadline = clock->now() + patienceWithMounts;
+    for (auto const &name : names) {
+        auto const question = asked.find(name);
+        if (question == asked.end())
+            continue;
+        auto const left = std::max<std::chrono::nanoseconds>(deadline - clock->now(), std::chrono::nanoseconds::zero());
+        auto row = co_await outcomeOf(withTimeOut(clock, left, question->second.wait()));
+        if (row.value)
+            rows[name] = *row.value;
+    }
+    if (context.stop.stop_requested())
+        throw Cancelled();
+    co_return rows;
+}
+
+Task<Listings> fetchInLanes(FileLanes *lanes, std::shared_ptr<Clock> clock, std::string path, WorkPriority priority)
+{
+    auto reading = co_await read(lanes, path, priority, std::nullopt);
+    if (!reading.snapshot) {
+        auto rows = co_await rowsOfMounts(lanes, std::move(clock), reading.place, reading.mountPoints, priority);
+        reading = co_await read(lanes, path, priority, std::move(rows));
+    }
+    Listings listings;
+    listings.emplace(path, std::move(*reading.snapshot));
     co_return listings;
 }
 
-Task<void> trashOnPool(WorkerPool const *pool, std::vector<std::string> paths)
+Task<void> moveToTrash(FileLanes *lanes, std::vector<std::string> paths)
 {
-    auto const context = co_await currentContext();
-    co_await pool->run(WorkPriority::interactive,
-                       [paths = std::move(paths), stop = context.stop] { LocalWrites::moveToTrash(paths, stop); });
+    for (auto const &path : paths)
+        co_await lanes->run(path, LastLink::keep, WorkPriority::interactive,
+                            [path](std::string const & /*place*/) { LocalWrites::moveToTrash(path); });
 }
 
 } // namespace
 
+LocalProvider::LocalProvider(EngineRuntime &engine) : lanes(engine.files()), clock(engine.clock()) {}
+
 Task<Listings> LocalProvider::fetch(std::string path, int /*depth*/, FetchPriority priority)
 {
-    return fetchOnPool(&pool, ListingParser::normalize(path), workPriority(priority));
+    return fetchInLanes(&lanes, clock, ListingParser::normalize(path), workPriority(priority));
 }
 
 Task<std::string> LocalProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)
 {
-    return pool.run(WorkPriority::interactive,
-                    [path = std::move(path), offset, length] { return LocalFiles::readChunk(path, offset, length); });
+    return lanes.run(
+        path, LastLink::follow, WorkPriority::interactive,
+        [path, offset, length](std::string const & /*place*/) { return LocalFiles::readChunk(path, offset, length); });
 }
 
 Task<std::int64_t> LocalProvider::fileSize(std::string path)
 {
-    return pool.run(WorkPriority::interactive, [path = std::move(path)] { return LocalFiles::size(path); });
+    return lanes.run(path, LastLink::keep, WorkPriority::interactive,
+                     [path](std::string const & /*place*/) { return LocalFiles::size(path); });
 }
 
 Task<void> LocalProvider::download(std::string path, std::string localPath)
 {
-    return pool.run(WorkPriority::interactive, [path = std::move(path), localPath = std::move(localPath)] {
-        LocalFiles::copyTo(path, localPath);
-    });
+    return lanes.runBetween(path, localPath, LastLink::follow, WorkPriority::interactive,
+                            [path, localPath] { LocalFiles::copyTo(path, localPath); });
 }
 
 Task<void> LocalProvider::upload(std::string localPath, std::string path)
 {
     if (localPath == path)
         return nothingToDo();
-    return pool.run(WorkPriority::interactive, [path = std::move(path), localPath = std::move(localPath)] {
-        LocalFiles::writeInto(localPath, path);
-    });
+    return lanes.runBetween(path, localPath, LastLink::follow, WorkPriority::interactive,
+                            [path, localPath] { LocalFiles::writeInto(localPath, path); });
 }
 
 Task<void> LocalProvider::makeDirectory(std::string path)
 {
-    return pool.run(WorkPriority::interactive, [path = std::move(path)] { LocalWrites::makeDirectory(path); });
+    return lanes.run(path, LastLink::follow, WorkPriority::interactive,
+                     [path](std::string const & /*place*/) { LocalWrites::makeDirectory(path); });
 }
 
 Task<void> LocalProvider::remove(std::vector<std::string> paths)
 {
-    return trashOnPool(&pool, std::move(paths));
+    return moveToTrash(&lanes, std::move(paths));
 }
 
 Task<void> LocalProvider::rename(std::string from, std::string to)
 {
-    return pool.run(WorkPriority::interactive,
-                    [from = std::move(from), to = std::move(to)] { LocalWrites::rename(from, to); });
+    return lanes.runBetween(from, to, LastLink::keep, WorkPriority::interactive,
+                            [from, to] { LocalWrites::rename(from, to); });
 }
 
 } // namespace tw

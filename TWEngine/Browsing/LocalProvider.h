@@ -1,23 +1,26 @@
 #pragma once
 
+#include "TWCore/Async/Clock.h"
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWCore/Provider/FileSystemWriter.h"
-#include "TWEngine/Runtime/WorkerPool.h"
+#include "TWEngine/Runtime/FileLanes.h"
 
 namespace tw {
 
+class EngineRuntime;
+
 /// The files of this machine.
 ///
-/// Stateless: every call blocks on a worker thread of its own, and calls may overlap. Paths are bytes, as the kernel
-/// takes them.
+/// Stateless: every call blocks in the lane of the mount that its path lies on, and calls may overlap. Paths are bytes,
+/// as the kernel takes them.
 ///
 /// Threads: may be used from anywhere.
-/// Lifetime: `workers` outlives it and every operation in flight.
+/// Lifetime: the engine outlives it and every operation in flight.
 /// Errors: LocalProviderError from `fetch`, ReadError from reading, PlatformError from `upload`, FileOperationError
 /// from the other writes.
 class LocalProvider final : public FileSystemReader, public FileSystemWriter {
 public:
-    explicit LocalProvider(WorkerPool const &workers) : pool(workers) {}
+    explicit LocalProvider(EngineRuntime &engine);
 
     std::string identifier() const override { return "local"; }
 
@@ -25,7 +28,8 @@ public:
 
     int maxUsefulDepth() const override { return 1; }
 
-    /// Lists the one directory, whatever the `depth`.
+    /// Lists the one directory, whatever the `depth`. What is mounted in the directory and does not answer is listed
+    /// without size and time.
     Task<Listings> fetch(std::string path, int depth, FetchPriority priority) override;
 
     Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length) override;
@@ -49,7 +53,8 @@ public:
     Task<void> rename(std::string from, std::string to) override;
 
 private:
-    WorkerPool const &pool;
+    FileLanes &lanes;
+    std::shared_ptr<Clock> const clock;
 };
 
 } // namespace tw

@@ -1,6 +1,5 @@
 #include "TWEngine/Browsing/LocalWrites.h"
 
-#include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
 
@@ -36,18 +35,6 @@ void requireNameable(char const *operation, std::string const &path)
         throw FileOperationError::Failed(operation, path, systemText(ENOENT));
 }
 
-void moveOneToTrash(std::string const &path)
-{
-    requireNameable(trashing, path);
-    // GIO's own local files: its default may load modules that ask the session bus, which need not answer.
-    std::unique_ptr<GFile, Unreference> const file(g_vfs_get_file_for_path(g_vfs_get_local(), path.c_str()));
-    GError *failure = nullptr;
-    if (g_file_trash(file.get(), nullptr, &failure))
-        return;
-    std::unique_ptr<GError, FreeError> const error(failure);
-    throw FileOperationError::Failed(trashing, path, error->message);
-}
-
 /// The kernel or the file system does not know RENAME_NOREPLACE. EINVAL has other meanings too, such as a folder that
 /// is moved into itself; a plain rename(2) then fails with it again.
 bool isUnknownFlag(int error)
@@ -66,13 +53,16 @@ void makeDirectory(std::string const &path)
         throw FileOperationError::Failed(makingFolder, path, systemText(failure.value()));
 }
 
-void moveToTrash(std::vector<std::string> const &paths, std::stop_token const &stop)
+void moveToTrash(std::string const &path)
 {
-    for (auto const &path : paths) {
-        if (stop.stop_requested())
-            throw Cancelled();
-        moveOneToTrash(path);
-    }
+    requireNameable(trashing, path);
+    // GIO's own local files: its default may load modules that ask the session bus, which need not answer.
+    std::unique_ptr<GFile, Unreference> const file(g_vfs_get_file_for_path(g_vfs_get_local(), path.c_str()));
+    GError *failure = nullptr;
+    if (g_file_trash(file.get(), nullptr, &failure))
+        return;
+    std::unique_ptr<GError, FreeError> const error(failure);
+    throw FileOperationError::Failed(trashing, path, error->message);
 }
 
 void rename(std::string const &from, std::string const &to)

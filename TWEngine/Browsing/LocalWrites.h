@@ -1,8 +1,6 @@
 #pragma once
 
-#include <stop_token>
 #include <string>
-#include <vector>
 
 /// Changes to files of this machine. All of it blocks: for a worker thread.
 ///
@@ -12,10 +10,7 @@ namespace tw::LocalWrites {
 /// Makes the folder, with those above it that are missing. An existing folder is a success.
 void makeDirectory(std::string const &path);
 
-/// Moves each path to the Trash, in order, and stops at the first failure: earlier paths stay in the Trash.
-///
-/// Cancellation: throws Cancelled before the next path.
-void moveToTrash(std::vector<std::string> const &paths, std::stop_token const &stop);
+void moveToTrash(std::string const &path);
 
 /// Renames or moves within one file system. An existing target is an error, and stays as it is.
 void rename(std::string const &from, std::string const &to);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Async/Clock.h"
+#include "TWEngine/Runtime/FileLanes.h"
 #include "TWEngine/Runtime/IoThread.h"
 #include "TWEngine/Runtime/Strand.h"
 #include "TWEngine/Runtime/WorkerPool.h"
@@ -10,7 +11,7 @@ namespace tw {
 /// Owns all threads of the engine. The program makes one, passes it down by reference, and destroys it last.
 ///
 /// Lifetime: outlives every object that was made with it. Owners are shut down before; the destructor then waits until
-/// workers and strands are idle, and joins all threads. A task that still waits for a timer or a pipe is dropped.
+/// lanes, workers and strands are idle, and joins all threads. A task that still waits for a timer or a pipe is dropped.
 class EngineRuntime {
 public:
     EngineRuntime();
@@ -22,8 +23,14 @@ public:
     /// A strand for a new serialised object.
     Strand makeStrand() const { return Strand(strandThreads.executor(WorkPriority::interactive)); }
 
-    /// For work that blocks.
+    /// For calls on file systems of this machine.
+    FileLanes &files() noexcept { return fileLanes; }
+
+    /// For other work that blocks.
     WorkerPool &workers() noexcept { return blockingWork; }
+
+    /// For the listing store: its calls block too, and wait for nothing else.
+    WorkerPool &storeWorkers() noexcept { return storeThreads; }
 
     IoThread &io() noexcept { return ioThread; }
 
@@ -34,7 +41,9 @@ private:
     // first.
     IoThread ioThread;
     std::shared_ptr<Clock> const systemClock;
+    FileLanes fileLanes;
     WorkerPool blockingWork;
+    WorkerPool storeThreads;
     WorkerPool strandThreads;
 };
 

@@ -12,7 +12,13 @@ namespace tw {
 struct TerminationSignals::Watch {
     boost::asio::signal_set signals;
 
-    explicit Watch(boost::asio::io_context &context) : signals(context, SIGTERM, SIGINT) {}
+    explicit Watch(boost::asio::io_context &context) : signals(context, SIGTERM, SIGINT)
+    {
+        // Ignored by the one who started the program, as nohup(1) does: it is to go on without its terminal.
+        struct sigaction hangUp = {};
+        if (::sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
+            signals.add(SIGHUP);
+    }
 };
 
 TerminationSignals::TerminationSignals(IoThread &io, std::shared_ptr<Executor> executor,

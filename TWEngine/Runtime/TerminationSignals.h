@@ -8,7 +8,7 @@
 
 namespace tw {
 
-/// Turns the wish of the system, or of a shell, that the program ends (SIGTERM, SIGINT) into a call.
+/// Turns the signals that ask the program to end (SIGTERM, SIGINT, and SIGHUP when its terminal closes) into a call.
 ///
 /// Only the first signal is reported. A later one ends the process at once, in case that the program hangs.
 ///

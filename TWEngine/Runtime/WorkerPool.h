@@ -1,23 +1,13 @@
 #pragma once
 
-#include "TWEngine/Runtime/Completion.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <type_traits>
+#include "TWEngine/Runtime/BlockingCall.h"
+#include "TWEngine/Runtime/ThreadLane.h"
 
 namespace tw {
 
-/// How urgent a piece of blocking work is.
-enum class WorkPriority {
-    interactive, ///< a person is waiting for it
-    background,  ///< nobody is; it may be slowed down in favour of everything else on the machine
-};
-
-/// Threads for work that blocks: file system calls, and whatever else must not stall an executor.
+/// Threads for work that blocks and is no call on a file system: FileLanes has those.
 ///
-/// The two priorities have threads of their own: interactive work never queues behind background work, and the
-/// background threads run at a low scheduling and I/O priority, so that they do not slow the person down either.
+/// The two priorities have threads of their own: interactive work never queues behind background work.
 /// Threads are started when they are first needed.
 ///
 /// Threads: `run` and the executors may be used from anywhere.
@@ -37,15 +27,12 @@ public:
     WorkerPool(WorkerPool const &) = delete;
     WorkerPool &operator=(WorkerPool const &) = delete;
 
-    /// Runs `work`, which may block, on a thread of that priority, and answers what it returned or throws what it
-    /// threw.
-    ///
-    /// Cancellation: a stopped caller goes on with Cancelled at once, and work that has not begun is skipped; work
-    /// that has begun cannot be called off, and its result is dropped.
+    /// Runs `work`, which may block, on a thread of that priority: a `blockingCall`.
     template <class Function>
     Task<std::invoke_result_t<Function>> run(WorkPriority priority, Function work) const
     {
-        return runOn<std::invoke_result_t<Function>>(executor(priority), std::move(work));
+        return blockingCall<std::invoke_result_t<Function>>(
+            [lane = executor(priority)](Work posted) { lane->post(std::move(posted)); }, std::move(work));
     }
 
     /// Blocks until nothing is queued or running. Not for one of the pool's own threads.
@@ -58,50 +45,8 @@ public:
     std::shared_ptr<Executor> executor(WorkPriority priority) const;
 
 private:
-    class Lane;
-
-    template <class Result>
-    static Task<Result> runOn(std::shared_ptr<Executor> lane, std::move_only_function<Result()> work)
-    {
-        using Value = std::conditional_t<std::is_void_v<Result>, Done, Result>;
-        auto const context = co_await currentContext();
-        auto const completion = std::make_shared<Completion<Value>>();
-        lane->post([completion, stop = context.stop, work = std::move(work)]() mutable {
-            if (stop.stop_requested())
-                return; // the waiter has gone on with Cancelled
-            perform<Result>(*completion, work);
-        });
-        if constexpr (std::is_void_v<Result>) {
-            co_await Completion<Value>::wait(completion);
-        } else {
-            auto result = co_await Completion<Value>::wait(completion);
-            co_return result;
-        }
-    }
-
-    /// Takes `work` out of where it lies, so that what it holds is gone when the caller goes on.
-    template <class Result, class Value>
-    static void perform(Completion<Value> &completion, std::move_only_function<Result()> &work)
-    {
-        std::exception_ptr failure;
-        try {
-            if constexpr (std::is_void_v<Result>) {
-                std::exchange(work, nullptr)();
-                completion.succeed({});
-            } else {
-                auto result = std::exchange(work, nullptr)();
-                completion.succeed(std::move(result));
-            }
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        // Behind the handler, which holds the exception too: from here on it is the waiter's alone.
-        if (failure)
-            completion.fail(std::move(failure));
-    }
-
-    std::shared_ptr<Lane> interactive;
-    std::shared_ptr<Lane> background;
+    std::shared_ptr<ThreadLane> interactive;
+    std::shared_ptr<ThreadLane> background;
 };
 
 } // namespace tw

@@ -14,6 +14,9 @@ namespace tw {
 
 namespace {
 
+/// A link to a file means the file.
+constexpr auto lastLink = FileLanes::LastLink::follow;
+
 TransferFile openNow(std::string const &path, TransferFile::Purpose purpose)
 {
     constexpr mode_t asTheUserWants = 0666; // less the umask
@@ -41,29 +44,33 @@ TransferFile openNow(std::string const &path, TransferFile::Purpose purpose)
 
 Task<std::shared_ptr<TransferFile>> TransferFile::open(EngineRuntime &engine, std::string path, Purpose purpose)
 {
-    return engine.workers().run(WorkPriority::interactive, [path = std::move(path), purpose] {
-        auto opened = std::make_shared<TransferFile>(openNow(path, purpose));
-        return opened->descriptor ? opened : nullptr;
-    });
+    return engine.files().run(path, lastLink, WorkPriority::interactive,
+                              [path, purpose](std::string const & /*place*/) {
+                                  auto opened = std::make_shared<TransferFile>(openNow(path, purpose));
+                                  return opened->descriptor ? opened : nullptr;
+                              });
 }
 
 OneShotCommand::Taker TransferFile::writer(EngineRuntime &engine, std::shared_ptr<TransferFile> file, std::string path)
 {
     return [&engine, file = std::move(file), path = std::move(path)](std::string bytes) {
-        return engine.workers().run(WorkPriority::interactive, [file, path, bytes = std::move(bytes)]() mutable {
-            if (auto const error = WholeFile::write(file->descriptor.get(), bytes); error != 0)
-                throwAbout(path, error);
-            return std::move(bytes);
-        });
+        return engine.files().run(path, lastLink, WorkPriority::interactive,
+                                  [file, path, bytes = std::move(bytes)](std::string const & /*place*/) mutable {
+                                      if (auto const error = WholeFile::write(file->descriptor.get(), bytes);
+                                          error != 0)
+                                          throwAbout(path, error);
+                                      return std::move(bytes);
+                                  });
     };
 }
 
 Task<void> TransferFile::finish(EngineRuntime &engine, std::shared_ptr<TransferFile> file, std::string path)
 {
-    return engine.workers().run(WorkPriority::interactive, [file = std::move(file), path = std::move(path)] {
-        if (auto const error = WholeFile::close(std::move(file->descriptor)); error != 0)
-            throwAbout(path, error);
-    });
+    return engine.files().run(path, lastLink, WorkPriority::interactive,
+                              [file = std::move(file), path](std::string const & /*place*/) {
+                                  if (auto const error = WholeFile::close(std::move(file->descriptor)); error != 0)
+                                      throwAbout(path, error);
+                              });
 }
 
 } // namespace tw

@@ -43,9 +43,10 @@ BrowserRef makeBrowser(EngineRuntime &engine, Memory memory, std::shared_ptr<Fil
 Task<Store> openStore(EngineRuntime *engine, std::string directory)
 {
     // A person may wait for the first host behind this.
-    auto store = co_await engine->workers().run(WorkPriority::interactive, [engine, directory = std::move(directory)] {
-        return ListingStore::create(engine->workers(), engine->clock(), directory, {});
-    });
+    auto store =
+        co_await engine->storeWorkers().run(WorkPriority::interactive, [engine, directory = std::move(directory)] {
+            return ListingStore::create(engine->storeWorkers(), engine->clock(), directory, {});
+        });
     co_return store;
 }
 
@@ -163,7 +164,7 @@ std::shared_ptr<Browser> ConnectionRegistry::local()
     auto &browser = shared->browsers[localKey];
     if (!browser) {
         auto &engine = shared->with.engine;
-        browser = makeBrowser(engine, shared->memory, std::make_shared<LocalProvider>(engine.workers()), nullptr);
+        browser = makeBrowser(engine, shared->memory, std::make_shared<LocalProvider>(engine), nullptr);
     }
     return browser;
 }

@@ -145,7 +145,7 @@ TEST_F(BrowserThreadsTest, aLocalFolderOpensColdThenWarmThenChanged)
 {
     TemporaryFolder const folder;
     folder.file("a");
-    auto const browser = makeBrowser(std::make_shared<LocalProvider>(runtime.workers()));
+    auto const browser = makeBrowser(std::make_shared<LocalProvider>(runtime));
     auto const cold = loop.run(browser->open(folder.path()));
     EXPECT_TRUE(cold.wasCold);
     EXPECT_THAT(names(cold.snapshot), ElementsAre("a"));
@@ -171,7 +171,7 @@ TEST_F(BrowserThreadsTest, aVanishedFolderFailsAfterAnInvalidationAndStaysStaleB
     TemporaryFolder const folder;
     auto const path = folder.folder("sub");
     auto const browser =
-        makeBrowser(std::make_shared<LocalProvider>(runtime.workers()), {.ttl = std::chrono::duration<double>(0.0)});
+        makeBrowser(std::make_shared<LocalProvider>(runtime), {.ttl = std::chrono::duration<double>(0.0)});
     loop.run(browser->open(path));
     std::filesystem::remove(path);
     EXPECT_TRUE(loop.run(browser->open(path)).isStale);

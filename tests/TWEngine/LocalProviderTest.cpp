@@ -14,10 +14,8 @@
 
 #include <cerrno>
 #include <cstring>
-#include <semaphore>
 #include <thread>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/fsuid.h>
 #include <sys/socket.h>
@@ -55,7 +53,8 @@ protected:
     TemporaryFolder folder;
     EngineRuntime runtime;
     TestLoop loop;
-    LocalProvider provider{runtime.workers()};
+    LocalProvider provider{runtime};
+    HelperThreads::Budget helpers{0};
 };
 
 TEST_F(LocalProviderTest, saysWhoItIs)
@@ -264,36 +263,12 @@ TEST_F(LocalProviderTest, aFolderThatMayNotBeReadSaysSo)
     ASSERT_EQ(chmod(path.c_str(), 0), 0);
     OrdinaryUser const user;
     try {
-        readLocalDirectory(path, {});
+        readLocalDirectory(path, {}, helpers, {});
         FAIL() << "a folder without permissions was read";
     } catch (LocalProviderError::CannotOpen const &error) {
         EXPECT_EQ(error.errorNumber, EACCES);
         EXPECT_EQ(error.what(), path + ": Permission denied");
     }
-}
-
-TEST_F(LocalProviderTest, anEntryThatVanishesBetweenTwoLooksKeepsItsKind)
-{
-    folder.folder("sub");
-    folder.file("file");
-    auto *const directory = opendir(folder.path().c_str());
-    ASSERT_TRUE(directory);
-    std::vector<dirent> records;
-    while (auto const *const record = readdir(directory)) {
-        if (record->d_name[0] != '.')
-            records.push_back(*record);
-    }
-    std::filesystem::remove(folder.path("sub"));
-    std::filesystem::remove(folder.path("file"));
-    for (auto const &record : records) {
-        auto const entry = localEntry(dirfd(directory), record);
-        EXPECT_EQ(entry.size, 0);
-        EXPECT_EQ(entry.mtime, 0);
-        EXPECT_EQ(entry.mode, 0);
-        EXPECT_EQ(entry.kind, std::string(record.d_name) == "sub" ? EntryKind::directory : EntryKind::file);
-    }
-    EXPECT_EQ(records.size(), 2U);
-    closedir(directory);
 }
 
 TEST_F(LocalProviderTest, aFolderThatChangesWhileItIsReadIsStillListed)
@@ -313,15 +288,6 @@ TEST_F(LocalProviderTest, aFolderThatChangesWhileItIsReadIsStillListed)
     }
     stop = true;
     churn.join();
-}
-
-TEST_F(LocalProviderTest, aStoppedReadOfALargeFolderEndsEarly)
-{
-    for (int index = 0; index < 1100; ++index)
-        folder.file(std::to_string(index));
-    std::stop_source source;
-    source.request_stop();
-    EXPECT_THROW(readLocalDirectory(folder.path(), source.get_token()), Cancelled);
 }
 
 TEST_F(LocalProviderTest, manyFetchesAtOnceLeaveNoDescriptorBehind)
@@ -383,22 +349,6 @@ TEST_F(LocalProviderTest, readingWhatCannotBeReadSaysWhy)
     EXPECT_EQ(readFailure(loop, provider.fileSize(missing)), "cannot read " + missing + ": No such file or directory");
     EXPECT_EQ(readFailure(loop, provider.download(missing, folder.path("copy"))),
               "cannot read " + missing + ": No such file or directory");
-}
-
-TEST_F(LocalProviderTest, aScanAheadDoesNotTakeAPersonsThreads)
-{
-    auto const path = folder.folder("folder");
-    WorkerPool const narrow({.interactive = 1, .background = 1});
-    LocalProvider local(narrow);
-    std::binary_semaphore release(0);
-    // The one thread that scans ahead is busy.
-    auto const busy = loop.start(narrow.run(WorkPriority::background, [&] { release.acquire(); }));
-    auto const ahead = loop.start(local.fetch(path, 1, FetchPriority::background));
-    EXPECT_EQ(loop.run(local.fetch(path, 1, FetchPriority::interactive)).size(), 1U);
-    EXPECT_FALSE(ahead.isDone());
-    release.release();
-    loop.runUntil([&] { return busy.isDone() && ahead.isDone(); });
-    EXPECT_EQ(ahead.value().size(), 1U);
 }
 
 TEST_F(LocalProviderTest, aPipeWithoutAWriterDoesNotHoldAWorkerForEver)

@@ -65,7 +65,7 @@ protected:
     TemporaryFolder folder;
     EngineRuntime runtime;
     TestLoop loop;
-    LocalProvider provider{runtime.workers()};
+    LocalProvider provider{runtime};
 };
 
 TEST_F(LocalWritesTest, aFolderIsMadeWithThoseAboveIt)
@@ -125,9 +125,11 @@ TEST_F(LocalWritesTest, removingNothingSucceeds)
 TEST_F(LocalWritesTest, removingThatIsCancelledLeavesTheRest)
 {
     auto const file = folder.file("file", "kept");
-    std::stop_source source;
-    source.request_stop();
-    EXPECT_THROW(LocalWrites::moveToTrash({file}, source.get_token()), Cancelled);
+    auto const removing = loop.start(provider.remove({file}));
+    removing.stop();
+    loop.runUntil([&] { return removing.isDone(); });
+    EXPECT_THROW(removing.value(), Cancelled);
+    runtime.files().waitUntilIdle();
     EXPECT_EQ(contentOf(file), "kept");
 }
 

@@ -17,6 +17,11 @@ using testing::IsEmpty;
 
 class TerminationSignalsTest : public testing::Test {
 protected:
+    /// Whoever runs the tests may have them ignore it.
+    TerminationSignalsTest() : hangUpBefore(std::signal(SIGHUP, SIG_DFL)) {}
+
+    ~TerminationSignalsTest() override { std::signal(SIGHUP, hangUpBefore); }
+
     static auto handlerOf(int signal)
     {
         struct sigaction now = {};
@@ -34,10 +39,11 @@ protected:
     {
         loop.runUntil([&] {
             loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
-            return handlerOf(SIGTERM) == SIG_DFL && handlerOf(SIGINT) == SIG_DFL;
+            return handlerOf(SIGTERM) == SIG_DFL && handlerOf(SIGINT) == SIG_DFL && handlerOf(SIGHUP) == SIG_DFL;
         });
     }
 
+    void (*hangUpBefore)(int);
     EngineRuntime engine;
     TestLoop loop;
     std::vector<int> heard;
@@ -46,7 +52,7 @@ protected:
 
 TEST_F(TerminationSignalsTest, aSignalIsToldOnTheExecutor)
 {
-    for (auto const signal : {SIGTERM, SIGINT}) {
+    for (auto const signal : {SIGTERM, SIGINT, SIGHUP}) {
         heard.clear();
         listen();
         ::kill(::getpid(), signal);
@@ -64,6 +70,15 @@ TEST_F(TerminationSignalsTest, theNextOneIsForTheSystemAgain)
     loop.runUntil([&] { return !heard.empty(); });
     EXPECT_EQ(handlerOf(SIGTERM), SIG_DFL);
     EXPECT_EQ(handlerOf(SIGINT), SIG_DFL);
+    EXPECT_EQ(handlerOf(SIGHUP), SIG_DFL);
+}
+
+TEST_F(TerminationSignalsTest, aHangUpThatIsIgnoredStaysIgnored)
+{
+    std::signal(SIGHUP, SIG_IGN);
+    listen();
+    EXPECT_EQ(handlerOf(SIGHUP), SIG_IGN);
+    EXPECT_NE(handlerOf(SIGTERM), SIG_DFL);
 }
 
 TEST_F(TerminationSignalsTest, whoHasGoneHearsNothing)

@@ -56,15 +56,24 @@ pid_t spawnChild(std::vector<std::string> arguments, Child::Environment const &c
     auto const argumentPointers = pointersTo(arguments);
     auto const environmentPointers = pointersTo(environment);
 
+    // Not as the tests have it, which may run under nohup(1).
+    sigset_t byDefault;
+    sigemptyset(&byDefault);
+    sigaddset(&byDefault, SIGHUP);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &byDefault);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
     pid_t pid = -1;
-    auto const error =
-        posix_spawnp(&pid, argumentPointers[0], &actions, nullptr, argumentPointers.data(), environmentPointers.data());
+    auto const error = posix_spawnp(&pid, argumentPointers[0], &actions, &attributes, argumentPointers.data(),
+                                    environmentPointers.data());
     posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
     if (error != 0)
         throw std::system_error(error, std::generic_category(), arguments[0]);
     return pid;

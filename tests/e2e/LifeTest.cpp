@@ -43,8 +43,8 @@ TEST_P(TerminatedTest, itQuitsAsTheUserWould)
     EXPECT_THAT(life(), ElementsAre("launch " TARNWICK_VERSION, "quit")) << "it was not the user who closed a window";
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, TerminatedTest, testing::Values(SIGTERM, SIGINT),
-                         [](auto const &signal) { return signal.param == SIGTERM ? "SIGTERM" : "SIGINT"; });
+INSTANTIATE_TEST_SUITE_P(Signals, TerminatedTest, testing::Values(SIGTERM, SIGINT, SIGHUP),
+                         [](auto const &signal) { return "SIG" + std::string(sigabbrev_np(signal.param)); });
 
 TEST_F(LifeTest, itsLogTellsHowItBeganAndEnded)
 {

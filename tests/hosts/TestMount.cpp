@@ -1,0 +1,103 @@
+#include "tests/hosts/TestMount.h"
+
+#include "TWEngine/Runtime/MountTable.h"
+
+#include <array>
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tw::test {
+
+namespace {
+
+/// Reached by a hang only: a loaded machine is allowed to be very slow.
+constexpr std::chrono::minutes hangLimit{1};
+
+bool isMounted(std::string const &path)
+{
+    std::ifstream stream("/proc/self/mountinfo", std::ios::binary);
+    std::string const text{std::istreambuf_iterator<char>(stream), {}};
+    auto const mounts = MountTable::parse(text);
+    return mounts.mountOf(path) != mounts.mountOf(path.substr(0, path.rfind('/')));
+}
+
+/// Asks the kernel, which tells of no change that could be waited for in another way by tests without a loop.
+bool waitUntilMounted(std::string const &path, bool mounted)
+{
+    for (auto const begun = std::chrono::steady_clock::now(); isMounted(path) != mounted;) {
+        if (std::chrono::steady_clock::now() - begun > hangLimit)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+} // namespace
+
+TestMount::TestMount(std::string folder, std::vector<std::string> const &mode) : mountPoint(std::move(folder))
+{
+    std::vector<std::string> arguments{TARNWICK_TEST_MOUNT, mountPoint};
+    arguments.insert(arguments.end(), mode.begin(), mode.end());
+    std::vector<char *> pointers;
+    for (auto &argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
+        throw std::runtime_error("no pipe for a test mount");
+    FileDescriptor const theirs(ends[0]);
+    input = FileDescriptor(ends[1]);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, theirs.get(), STDIN_FILENO);
+    auto const failure = ::posix_spawn(&pid, TARNWICK_TEST_MOUNT, &actions, nullptr, pointers.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (failure != 0)
+        throw std::runtime_error("the test mount cannot be started");
+    if (!waitUntilMounted(mountPoint, true))
+        throw std::runtime_error("the test mount is not mounted");
+}
+
+TestMount::TestMount(TestMount &&other) noexcept
+    : mountPoint(std::move(other.mountPoint)), pid(std::exchange(other.pid, -1)), input(std::move(other.input))
+{
+}
+
+TestMount::~TestMount()
+{
+    end();
+}
+
+void TestMount::end()
+{
+    if (pid < 0)
+        return;
+    input = FileDescriptor();
+    ::kill(pid, SIGKILL);
+    ::waitpid(std::exchange(pid, -1), nullptr, 0);
+    // By fusermount3, which sees that the process is gone.
+    waitUntilMounted(mountPoint, false);
+}
+
+TestMount TestMount::slow(std::string const &folder, int files, std::chrono::microseconds delay)
+{
+    return TestMount(folder, {"slow", std::to_string(files), std::to_string(delay.count())});
+}
+
+TestMount TestMount::silent(std::string const &folder)
+{
+    return TestMount(folder, {"silent"});
+}
+
+} // namespace tw::test
