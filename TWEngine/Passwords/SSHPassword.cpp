@@ -1,11 +1,9 @@
 #include "TWEngine/Passwords/SSHPassword.h"
 
 #include "TWEngine/Passwords/BusSession.h"
+#include "TWEngine/Passwords/SessionBus.h"
 
-#include <cstdlib>
 #include <vector>
-
-#include <sys/stat.h>
 
 // With the calls that name items by their paths. The others open a window to ask for the key of a locked store.
 #define SECRET_WITH_UNSTABLE 1
@@ -21,26 +19,6 @@ constexpr auto storeObject = "/org/freedesktop/secrets";
 constexpr auto defaultCollection = "/org/freedesktop/secrets/aliases/default";
 /// The path of a prompt where none is needed.
 constexpr std::string_view noPrompt = "/";
-
-/// The address of the session bus, empty if there is none. GIO would start a bus where there is none.
-std::string sessionBus()
-{
-    // NOLINTBEGIN(concurrency-mt-unsafe): nobody sets variables
-    if (auto const *const address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address != '\0')
-        return std::string_view(address).starts_with("unix:") ? address : "";
-    auto const *const folder = std::getenv("XDG_RUNTIME_DIR");
-    // NOLINTEND(concurrency-mt-unsafe)
-    if (!folder || *folder == '\0')
-        return {};
-    auto const socket = std::string(folder) + "/bus";
-    struct stat status{};
-    if (::stat(socket.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode))
-        return {};
-    auto *const escaped = g_dbus_address_escape_value(socket.c_str());
-    auto address = std::string("unix:path=") + escaped;
-    g_free(escaped);
-    return address;
-}
 
 struct Items {
     std::vector<std::string> unlocked;
@@ -197,7 +175,7 @@ bool save(std::string_view password, std::string const &host, Limit limit)
 {
     if (!isAccount(host) || !isUtf8(password))
         return false;
-    BusSession session(sessionBus(), limit);
+    BusSession session(SessionBus::address(), limit);
     if (!session.connection())
         return password.empty();
     auto const items = itemsOf(session, host);
@@ -210,7 +188,7 @@ std::optional<SecretText> read(std::string const &host, Limit limit)
 {
     if (!isAccount(host))
         return std::nullopt;
-    BusSession session(sessionBus(), limit);
+    BusSession session(SessionBus::address(), limit);
     if (!session.connection())
         return std::nullopt;
     auto const items = itemsOf(session, host);
@@ -221,7 +199,7 @@ Presence presence(std::string const &host, Limit limit)
 {
     if (!isAccount(host))
         return Presence::none;
-    BusSession session(sessionBus(), limit);
+    BusSession session(SessionBus::address(), limit);
     if (!session.connection())
         return Presence::none;
     auto const items = itemsOf(session, host);
@@ -239,7 +217,7 @@ bool unlock(std::string const &host, std::stop_token giveUp, Limit limit)
 {
     if (!isAccount(host))
         return false;
-    BusSession session(sessionBus(),
+    BusSession session(SessionBus::address(),
                        limit + usualLimit); // the calls before and after the prompt need time of their own
     if (!session.connection())
         return false;
@@ -254,7 +232,7 @@ bool remove(std::string const &host, Limit limit)
 {
     if (!isAccount(host))
         return false;
-    BusSession session(sessionBus(), limit);
+    BusSession session(SessionBus::address(), limit);
     return session.connection() && removeItems(session, itemsOf(session, host));
 }
 

@@ -14,11 +14,9 @@ struct UserPaths {
     std::string edits;   ///< a folder: remote files while they are edited here
     std::string lifeLog; ///< a file
 
-    /// From an environment. `accountHome` is the home that the password database knows, for an environment without one.
-    ///
     /// A variable that is empty or not absolute counts as unset, as XDG demands: a relative path would name another
     /// place for every folder that the program is started in.
-    static UserPaths from(Environment const &environment, std::string const &accountHome);
+    static UserPaths from(Environment const &environment);
 
     /// The paths of the user who runs this process.
     static UserPaths ofThisUser();

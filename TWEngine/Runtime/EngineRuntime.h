@@ -11,7 +11,8 @@ namespace tw {
 /// Owns all threads of the engine. The program makes one, passes it down by reference, and destroys it last.
 ///
 /// Lifetime: outlives every object that was made with it. Owners are shut down before; the destructor then waits until
-/// lanes, workers and strands are idle, and joins all threads. A task that still waits for a timer or a pipe is dropped.
+/// lanes, workers and strands are idle, and joins all threads. A task that still waits for a timer or a pipe is
+/// dropped.
 class EngineRuntime {
 public:
     EngineRuntime();

@@ -1,6 +1,7 @@
 #include "TWEngine/SSHConfig/SSHConfigOnDisk.h"
 
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Platform/HomeFolder.h"
 #include "TWEngine/Platform/NewPrivateFile.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 #include "TWEngine/Runtime/Uninterrupted.h"
@@ -11,7 +12,6 @@
 #include <filesystem>
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -85,9 +85,7 @@ void makeFolderOf(std::string const &path)
 std::string pathOfThisUser()
 {
     // As ssh itself does it, which never asks HOME: hosts from another file would be names that ssh does not know.
-    auto const *const user = ::getpwuid(::getuid()); // NOLINT(concurrency-mt-unsafe): copied at once
-    auto const *const home = user && user->pw_dir ? user->pw_dir : "";
-    return std::string(home) + "/.ssh/config";
+    return HomeFolder::ofAccount() + "/.ssh/config";
 }
 
 std::optional<std::string> read(std::string const &path)

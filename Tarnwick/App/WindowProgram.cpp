@@ -2,18 +2,22 @@
 
 #include "Tarnwick/App/WindowProgram.h"
 
+#include "TWEngine/Platform/HomeFolder.h"
 #include "TWEngine/Platform/UserPaths.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Runtime/ProcessEnd.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "Tarnwick/Toolkit/Program/AppDelegate.h"
 #include "Tarnwick/Toolkit/Program/QtDefaults.h"
 #include "Tarnwick/Toolkit/Program/QtMainContext.h"
+#include "Tarnwick/Toolkit/Program/SilentBusGuard.h"
 
 #include <QApplication>
 #include <QIcon>
 
+#include <chrono>
 #include <cstdio>
-#include <cstdlib>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -44,9 +48,11 @@ char const *textAskedFor(std::span<char const *const> arguments)
     return nullptr;
 }
 
-[[noreturn]] void run(PaneSpec::Sides const &sides)
+[[noreturn]] void run(std::span<char const *const> arguments)
 {
     EngineRuntime runtime;
+    // A database that answers at all mostly does so in less.
+    HomeFolder::ensureInEnvironment(runtime.workers(), std::chrono::milliseconds(50));
     QtMainContext mainContext;
     QtDefaults defaults;
     auto const paths = UserPaths::ofThisUser();
@@ -60,12 +66,11 @@ char const *textAskedFor(std::span<char const *const> arguments)
                           .connections = connections,
                           .lifeLog = paths.lifeLog,
                           .version = TARNWICK_VERSION});
-    delegate.applicationDidFinishLaunching(sides);
+    delegate.applicationDidFinishLaunching(PaneSpec::fromCommandLine(arguments));
     auto const status = QApplication::exec();
     delegate.applicationWillTerminate();
     // As it is: to destroy the engine is to wait for its threads, and a call on a dead network mount does not return.
-    std::fflush(nullptr);
-    std::_Exit(status);
+    endProcess(status);
 }
 
 } // namespace
@@ -80,7 +85,9 @@ int tarnwickWindowProgram(int argc, char **argv)
     QApplication::setApplicationDisplayName(QStringLiteral("Tarnwick"));
     QApplication::setApplicationVersion(QStringLiteral(TARNWICK_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.velmora.Tarnwick"));
+    std::optional<SilentBusGuard> guard(std::in_place);
     QApplication application(argc, argv); // takes Qt's own options out of the arguments
+    guard.reset();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tarnwick.svg")));
-    run(PaneSpec::fromCommandLine({argv + 1, argv + argc}));
+    run({argv + 1, argv + argc});
 }

@@ -27,7 +27,7 @@ public:
         SavedPasswords savedPasswords = {};
         /// Where the listings of hosts are kept for the next start. Empty: they are not.
         std::string cacheDirectory = {};
-        std::string sshConfig = SSHConfigOnDisk::pathOfThisUser();
+        std::string sshConfig = {}; ///< Empty: this user's.
         /// What measures how long a host is unused; null is the engine's clock.
         std::shared_ptr<Clock> clock = nullptr;
     };

@@ -13,8 +13,9 @@ class WorkerPool;
 /// The hosts that a user has saved, as menus and pickers list them.
 namespace SSHConfig {
 
-/// Their names in the order of the file; none if it cannot be read. The pool outlives the task.
-Task<std::vector<std::string>> hosts(WorkerPool const &pool, std::string path = SSHConfigOnDisk::pathOfThisUser());
+/// Their names in the order of the file; none if it cannot be read. An empty `path` is that of this user.
+/// The pool outlives the task.
+Task<std::vector<std::string>> hosts(WorkerPool const &pool, std::string path = {});
 
 } // namespace SSHConfig
 } // namespace tw

@@ -1,12 +1,7 @@
 #include "Tarnwick/Panes/PaneSpec.h"
 
 #include "TWCore/Model/ListingParser.h"
-
-#include <cstdlib>
-#include <vector>
-
-#include <pwd.h>
-#include <unistd.h>
+#include "TWEngine/Platform/HomeFolder.h"
 
 namespace tw {
 
@@ -14,25 +9,13 @@ namespace {
 
 constexpr std::string_view local = "local";
 
-/// The home directory that the password database knows; "/" for a user that it does not know.
-std::string homeOfRecord()
-{
-    constexpr std::size_t ampleBytes = 16'384; // a record is one line of text
-    std::vector<char> buffer(ampleBytes);
-    passwd record{};
-    passwd *found = nullptr;
-    if (getpwuid_r(getuid(), &record, buffer.data(), buffer.size(), &found) != 0 || found == nullptr)
-        return "/";
-    return found->pw_dir[0] == '/' ? found->pw_dir : "/";
-}
-
 } // namespace
 
 PaneSpec PaneSpec::localHome()
 {
-    char const *const home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe): nothing of ours writes it
-    auto const path = home != nullptr && home[0] == '/' ? std::string(home) : homeOfRecord();
-    return {.connection = std::string(local), .path = ListingParser::normalize(path), .pathWasExplicit = true};
+    return {.connection = std::string(local),
+            .path = ListingParser::normalize(HomeFolder::path()),
+            .pathWasExplicit = true};
 }
 
 std::optional<PaneSpec> PaneSpec::parse(std::string_view text)

@@ -13,7 +13,7 @@ struct PaneSpec {
     std::string path;
     bool pathWasExplicit = false; ///< false: a place remembered for the connection goes first
 
-    /// The user's home directory: $HOME, or the password database's where that is not set to an absolute path.
+    /// The user's home directory.
     static PaneSpec localHome();
 
     /// "/path", "host", "host:" and "host:path"; nothing for an empty text or host. The path stays as it is written.

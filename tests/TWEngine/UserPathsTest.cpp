@@ -7,7 +7,7 @@ namespace {
 
 TEST(UserPathsTest, theyLieInTheHomeWhereNothingElseIsSaid)
 {
-    auto const paths = UserPaths::from({{"HOME", "/home/ann"}}, "/home/of the account");
+    auto const paths = UserPaths::from({{"HOME", "/home/ann"}});
     EXPECT_EQ(paths.caches, "/home/ann/.cache/com.velmora.Tarnwick");
     EXPECT_EQ(paths.edits, "/home/ann/.cache/com.velmora.Tarnwick/edits");
     EXPECT_EQ(paths.lifeLog, "/home/ann/.local/state/Tarnwick/life.log");
@@ -16,7 +16,7 @@ TEST(UserPathsTest, theyLieInTheHomeWhereNothingElseIsSaid)
 TEST(UserPathsTest, theEnvironmentMayPutThemElsewhere)
 {
     auto const paths =
-        UserPaths::from({{"HOME", "/home/ann"}, {"XDG_CACHE_HOME", "/fast/c"}, {"XDG_STATE_HOME", "/safe/s"}}, "");
+        UserPaths::from({{"HOME", "/home/ann"}, {"XDG_CACHE_HOME", "/fast/c"}, {"XDG_STATE_HOME", "/safe/s"}});
     EXPECT_EQ(paths.caches, "/fast/c/com.velmora.Tarnwick");
     EXPECT_EQ(paths.edits, "/fast/c/com.velmora.Tarnwick/edits");
     EXPECT_EQ(paths.lifeLog, "/safe/s/Tarnwick/life.log");
@@ -26,17 +26,10 @@ TEST(UserPathsTest, aVariableThatIsEmptyOrRelativeIsNotSet)
 {
     for (auto const *const value : {"", "cache", "./cache", "~/cache"}) {
         auto const paths =
-            UserPaths::from({{"HOME", "/home/ann"}, {"XDG_CACHE_HOME", value}, {"XDG_STATE_HOME", value}}, "");
+            UserPaths::from({{"HOME", "/home/ann"}, {"XDG_CACHE_HOME", value}, {"XDG_STATE_HOME", value}});
         EXPECT_EQ(paths.caches, "/home/ann/.cache/com.velmora.Tarnwick") << value;
         EXPECT_EQ(paths.lifeLog, "/home/ann/.local/state/Tarnwick/life.log") << value;
     }
-}
-
-TEST(UserPathsTest, withoutAHomeInTheEnvironmentItIsThatOfTheAccount)
-{
-    EXPECT_EQ(UserPaths::from({}, "/home/bob").caches, "/home/bob/.cache/com.velmora.Tarnwick");
-    EXPECT_EQ(UserPaths::from({{"HOME", ""}}, "/home/bob").caches, "/home/bob/.cache/com.velmora.Tarnwick");
-    EXPECT_EQ(UserPaths::from({{"HOME", "relative"}}, "/home/bob").caches, "/home/bob/.cache/com.velmora.Tarnwick");
 }
 
 TEST(UserPathsTest, thoseOfThisUserAreAbsolute)

@@ -48,6 +48,8 @@ public:
 
     void signal(int number) const;
 
+    pid_t id() const noexcept { return pid; }
+
     /// Everything that was written until now.
     std::string const &output() const noexcept { return written; }
 
