@@ -49,6 +49,10 @@ void makeDirectory(std::string const &path)
     requireNameable(makingFolder, path);
     std::error_code failure;
     std::filesystem::create_directories(path, failure);
+    // Of a file that has this very name the library says that it is no directory. The name is taken, that is all.
+    std::error_code none;
+    if (failure == std::errc::not_a_directory && exists(std::filesystem::symlink_status(path, none)))
+        failure = make_error_code(std::errc::file_exists);
     if (failure)
         throw FileOperationError::Failed(makingFolder, path, systemText(failure.value()));
 }

@@ -87,7 +87,7 @@ TEST_F(LocalWritesTest, aFolderThatCannotBeMadeSaysWhy)
     auto const file = folder.file("file", "kept");
     EXPECT_EQ(failureOf(provider.makeDirectory(file + "/below")),
               "create folder failed on " + file + "/below: Not a directory");
-    EXPECT_NE(failureOf(provider.makeDirectory(file)), "no failure");
+    EXPECT_EQ(failureOf(provider.makeDirectory(file)), "create folder failed on " + file + ": File exists");
     EXPECT_EQ(failureOf(provider.makeDirectory("/proc/new")),
               "create folder failed on /proc/new: No such file or directory");
     EXPECT_EQ(contentOf(file), "kept");
