@@ -32,7 +32,7 @@ FileDescriptor openFile(std::string const &path, int flags, mode_t mode = 0)
         errno = ENOENT;
         return FileDescriptor();
     }
-    // Not blocking: a pipe with nobody at its other end must not hold a worker for ever.
+    // Not blocking: a pipe with nobody at its other end must not hold a worker without end.
     return FileDescriptor(
         uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode); }));
 }

@@ -55,7 +55,7 @@ ProcessTable ProcessTable::ofThisSystem()
 
 std::optional<pid_t> ProcessTable::parentInStat(std::string_view text)
 {
-    // "7 (name) S 1 ...": whoever started the process chose the name, which may have brackets and blanks in it.
+    // "7 (name) S 1 ...": the process chose its name itself, and the name may have brackets and blanks in it.
     auto const nameEnd = text.rfind(')');
     if (nameEnd == std::string_view::npos)
         return std::nullopt;

@@ -25,7 +25,7 @@ struct Connection {
     std::unique_ptr<ChildPipe> ours;
 };
 
-/// The same file under a number that is none of the three standard ones, which are overwritten in the child one by
+/// The same file under a number above the three standard ones, which are overwritten in the child one by
 /// one. We have such numbers if we were started with one of the three closed.
 FileDescriptor aboveStandard(FileDescriptor opened, std::string const &subject)
 {

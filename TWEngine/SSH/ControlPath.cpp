@@ -12,7 +12,7 @@ namespace {
 /// For anybody but the owner.
 constexpr mode_t foreignRights = S_IRWXG | S_IRWXO;
 
-/// As it is now; a link is looked at itself and not followed, since whoever made it decides where it leads.
+/// As it is now. A link is not followed: its maker decides where it leads.
 bool isSafe(std::string const &folder, uid_t user)
 {
     struct stat status;

@@ -41,7 +41,7 @@ Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Take
     auto const context = co_await currentContext();
     auto const hasOutput = std::holds_alternative<PipeEnd>(command.output);
     auto const hasErrors = std::holds_alternative<PipeEnd>(command.error);
-    // Both at once: a program that fills one pipe while the other is read would wait for ever.
+    // Both at once: a program that fills one pipe while only the other is read would hang.
     auto const errors = ChildTask<std::string>::start(context, beginningOf(child, ChildOutput::error, hasErrors, kept));
     auto output = co_await outcomeOf(taker ? handAll(child, std::move(taker))
                                            : beginningOf(child, ChildOutput::standard, hasOutput, kept));

@@ -21,7 +21,7 @@ TransferFile openNow(std::string const &path, TransferFile::Purpose purpose)
 {
     constexpr mode_t asTheUserWants = 0666; // less the umask
     auto const flags = purpose == TransferFile::Purpose::toRead ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
-    // Not blocking: a pipe with nobody at its other end would hold a worker for ever.
+    // Not blocking: a pipe with nobody at its other end would hold a worker without end.
     TransferFile file{FileDescriptor(::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, asTheUserWants)),
                       {}};
     struct stat status;

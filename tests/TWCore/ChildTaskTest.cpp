@@ -105,7 +105,7 @@ TEST_F(ChildTaskTest, itsFailureIsThrownWhereItIsJoined)
     EXPECT_THROW(parent.value(), std::runtime_error);
 }
 
-/// Ends only when the answer is there, whoever asks it to stop.
+/// Ends only when the answer is there; ignores every request to stop.
 Task<int> stubborn(std::shared_ptr<Answer> answer)
 {
     auto const value = co_await Answer::wait(answer).withStop({});

@@ -11,7 +11,7 @@ namespace tw::test {
 
 namespace {
 
-/// A message bus that accepts whoever comes, and never says a word.
+/// A message bus that accepts every connection and never answers.
 class SilentBus {
 public:
     explicit SilentBus(std::string const &path) : listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))

@@ -4,7 +4,7 @@
 
 namespace tw {
 
-/// What the rows of a pane are painted in. Follows from the palette, whoever made that, and is readable on it.
+/// What the rows of a pane are painted in. Derived from the palette in use, and readable on it.
 struct PaneColors {
     QColor name;
     QColor folder;   ///< the name of a directory

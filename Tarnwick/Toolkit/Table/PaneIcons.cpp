@@ -15,7 +15,7 @@ namespace tw {
 
 namespace {
 
-/// The extensions of a folder come from whoever filled it, and there may be any number of them.
+/// A folder may hold files of any number of extensions.
 constexpr std::size_t mostCached = 2000;
 
 /// A theme for programs' symbols alone has no pictures for files; then all of them are ours, so that they match.
