@@ -11,8 +11,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 
-#include <sys/stat.h>
+#include <unistd.h>
 
 namespace tw::test {
 namespace {
@@ -21,31 +22,29 @@ namespace fs = std::filesystem;
 
 /// Gives this process a Trash of its own, beside the tests' folders and on their file system.
 ///
-/// GIO reads these variables once in a process, so it is made to read them before any test.
+/// GIO reads these variables once in a process, so it is made to read them before any test. The folder is made by the
+/// first removal: a process that a death test starts comes here too, and does not come to its end.
 class OwnTrash : public testing::Environment {
 public:
     void SetUp() override
     {
-        folder.emplace();
+        auto const home = fs::temp_directory_path().string();
         auto const *const before = std::getenv("HOME");
-        std::optional<std::string> const home = before ? std::optional<std::string>(before) : std::nullopt;
-        ::setenv("HOME", folder->path().c_str(), 1);
-        ::setenv("XDG_DATA_HOME", folder->folder("data").c_str(), 1);
-        ASSERT_EQ(folder->path(), g_get_home_dir()) << "something has asked GLib for the home before the tests";
-        ASSERT_EQ(folder->path("data"), g_get_user_data_dir());
+        std::optional<std::string> const usersHome = before ? std::optional<std::string>(before) : std::nullopt;
+        ::setenv("HOME", home.c_str(), 1);
+        ::setenv("XDG_DATA_HOME", data.c_str(), 1);
+        ASSERT_EQ(home, g_get_home_dir()) << "something has asked GLib for the home before the tests";
+        ASSERT_EQ(data, g_get_user_data_dir());
         ::unsetenv("XDG_DATA_HOME");
-        home ? ::setenv("HOME", home->c_str(), 1) : ::unsetenv("HOME");
+        usersHome ? ::setenv("HOME", usersHome->c_str(), 1) : ::unsetenv("HOME");
     }
 
-    void TearDown() override { folder.reset(); }
+    void TearDown() override { fs::remove_all(data); }
 
-    std::string contentOf(std::string const &name) const
-    {
-        return test::contentOf(folder->path("data/Trash/files/" + name));
-    }
+    std::string contentOf(std::string const &name) const { return test::contentOf(data + "/Trash/files/" + name); }
 
 private:
-    std::optional<TemporaryFolder> folder;
+    std::string const data = (fs::temp_directory_path() / ("tarnwick-trash-" + std::to_string(::getpid()))).string();
 };
 
 auto *const trash = static_cast<OwnTrash *>(testing::AddGlobalTestEnvironment(new OwnTrash));
