@@ -1,11 +1,12 @@
 #include "TWEngine/Browsing/LocalProvider.h"
 
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Async/WhenAll.h"
 #include "TWCore/Model/ListingParser.h"
 #include "TWEngine/Browsing/LocalFiles.h"
 #include "TWEngine/Browsing/LocalListing.h"
 #include "TWEngine/Browsing/LocalWrites.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
-#include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/Runtime/TimeOut.h"
 
 #include <fcntl.h>
@@ -20,6 +21,9 @@ using Known = LocalAttributes::Known;
 /// How long a listing waits for the attributes of what is mounted in the folder. A mount that answers later, or never,
 /// is listed without them.
 constexpr std::chrono::milliseconds patienceWithMounts{250};
+
+/// Of the mounts in one folder: as many as have lanes of their own.
+constexpr std::size_t mostQuestionsAtOnce = 32;
 
 WorkPriority workPriority(FetchPriority priority)
 {
@@ -61,34 +65,39 @@ Task<std::optional<Entry>> attributesOf(FileLanes *lanes, std::string path, Work
     });
 }
 
+/// Nothing if the mount does not answer in time.
+Task<std::optional<Entry>> attributesInTime(FileLanes *lanes, std::shared_ptr<Clock> clock, std::string path,
+                                            WorkPriority priority)
+{
+    auto outcome = co_await outcomeOf(
+        withTimeOut(std::move(clock), patienceWithMounts, attributesOf(lanes, std::move(path), priority)));
+    try {
+        co_return outcome.take();
+    } catch (TimedOut const &) {
+    }
+    co_return std::nullopt;
+}
+
 /// The rows of mount points, each asked for in the lane of what is mounted there.
 Task<Known> rowsOfMounts(FileLanes *lanes, std::shared_ptr<Clock> clock, std::string folder,
                          std::vector<std::string> names, WorkPriority priority)
 {
-    using Asked = SharedTask<std::optional<Entry>>;
-    auto const context = co_await currentContext();
     auto const mounts = lanes->mounts();
     Known rows;
-    std::map<std::string, Asked> asked;
+    std::vector<std::string> asked;
+    std::vector<Task<std::optional<Entry>>> questions;
     for (auto const &name : names) {
         rows.emplace(name, std::nullopt);
         auto const path = pathIn(folder, name);
         // A lane whose threads all hang is not asked again and again.
-        if (!lanes->isFull(mounts->mountOf(path), priority))
-            asked.emplace(name, Asked::start(context.executor, attributesOf(lanes, path, priority)));
-    }
-    auto const deadline = clock->now() + patienceWithMounts;
-    for (auto const &name : names) {
-        auto const question = asked.find(name);
-        if (question == asked.end())
+        if (lanes->isFull(mounts->mountOf(path), priority))
             continue;
-        auto const left = std::max<std::chrono::nanoseconds>(deadline - clock->now(), std::chrono::nanoseconds::zero());
-        auto row = co_await outcomeOf(withTimeOut(clock, left, question->second.wait()));
-        if (row.value)
-            rows[name] = *row.value;
+        asked.push_back(name);
+        questions.push_back(attributesInTime(lanes, clock, path, priority));
     }
-    if (context.stop.stop_requested())
-        throw Cancelled();
+    auto answers = co_await whenAll(std::move(questions), mostQuestionsAtOnce);
+    for (std::size_t index = 0; index < asked.size(); ++index)
+        rows[asked[index]] = answers[index];
     co_return rows;
 }
 
