@@ -3,6 +3,7 @@
 #include "TWEngine/Runtime/MountTable.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <fstream>
 #include <iterator>
@@ -40,6 +41,19 @@ bool waitUntilMounted(std::string const &path, bool mounted)
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;
+}
+
+void unmount(std::string const &path)
+{
+    if (::umount2(path.c_str(), MNT_DETACH) == 0 || errno != EPERM)
+        return; // as root, or there is none any more
+    std::array<char *, 6> arguments{};
+    std::array<std::string, 5> words{"fusermount3", "-u", "-z", "-q", path};
+    for (std::size_t place = 0; place < words.size(); ++place)
+        arguments[place] = words[place].data();
+    pid_t program = -1;
+    if (::posix_spawnp(&program, arguments[0], nullptr, nullptr, arguments.data(), environ) == 0)
+        ::waitpid(program, nullptr, 0);
 }
 
 } // namespace
@@ -86,7 +100,9 @@ void TestMount::end()
     input = FileDescriptor();
     ::kill(pid, SIGKILL);
     ::waitpid(std::exchange(pid, -1), nullptr, 0);
-    // By fusermount3, which sees that the process is gone.
+    // The fusermount3 of the mount does this too, unless it notices the end before the kernel has noticed it, and
+    // leaves the mount as it is.
+    unmount(mountPoint);
     waitUntilMounted(mountPoint, false);
 }
 
