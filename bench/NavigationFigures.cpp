@@ -80,6 +80,14 @@ void measureKeys(Figures &figures, PaneController &pane)
            millisecondsOfKey(pane, {.key = Key::insert, .text = {}}));
 }
 
+/// A program without commands of its own.
+class NoCommands final : public CommandTarget {
+public:
+    std::optional<CommandState> stateOf(Command /*command*/) const override { return std::nullopt; }
+
+    void perform(Command /*command*/) override {}
+};
+
 int run()
 {
     ManyFiles const veryMany(100'000);
@@ -90,7 +98,8 @@ int run()
     ConnectionRegistry connections({.engine = runtime, .mainContext = mainContext.context()});
     MemoryDefaults defaults;
     MainWindowController controller({mainContext.context(), runtime.clock(), defaults}, connections);
-    MainWindow window(controller, defaults);
+    NoCommands program;
+    MainWindow window(controller, defaults, program);
     window.show();
     auto &pane = *controller.pane(PaneSide::left);
     PaintWatch watch(*window.pane(PaneSide::left).table().viewport(), pane);

@@ -11,23 +11,27 @@ namespace tw {
 
 class IoThread;
 
-/// A program that is run once to its end.
+/// Runs a program once, to its end.
 namespace OneShotCommand {
 
 struct Result {
     ExitStatus status;
-    std::string output; ///< the beginning of what it printed, where that is a pipe
-    std::string errors; ///< the same of standard error
+    std::string output; ///< the beginning of standard output, if that is a pipe
+    std::string errors; ///< the beginning of standard error, if that is a pipe
 };
 
-/// Runs `command`, keeping the first `kept` bytes of each output that is a pipe and reading the rest away, so that the
-/// program never waits for us. Stopped, it terminates the program. The I/O thread outlives it. Throws SpawnError.
+/// Runs `command`. Keeps the first `kept` bytes of each output that is a pipe, and reads and drops the rest, so that
+/// the program never blocks on a full pipe.
+///
+/// Lifetime: the I/O thread outlives the task.
+/// Cancellation: terminates the program.
+/// Errors: SpawnError.
 Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept);
 
-/// Takes a piece of what a program prints, and answers its memory to be used again.
+/// Takes a piece of a program's output, and returns its memory for the next piece.
 using Taker = std::function<Task<std::string>(std::string)>;
 
-/// The same with all of its standard output, a pipe, going to `taker`. What that throws ends the program.
+/// The same, with all of standard output, which is a pipe, passed to `taker`. An exception of `taker` ends the program.
 Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept, Taker taker);
 
 } // namespace OneShotCommand

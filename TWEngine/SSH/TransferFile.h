@@ -13,22 +13,22 @@ namespace tw {
 
 class EngineRuntime;
 
-/// A file of this machine that a client of ours fills or reads.
+/// A file of this machine that an ssh client reads, or whose content comes from one.
 struct TransferFile {
     enum class Purpose { toRead, toWrite };
 
     FileDescriptor descriptor;
-    std::optional<std::int64_t> size; ///< bytes, of one that has them and not only yields some
+    std::optional<std::int64_t> size; ///< bytes; nothing if only reading shows how many, as below /proc
 
-    /// Opens it on a worker; one that is to be written is made, or emptied. Null if that fails, as it does for a
-    /// folder and a named pipe.
+    /// Opens the file, on a worker thread. To write, it creates the file or empties it. Null if that fails; folders and
+    /// named pipes count as failures.
     static Task<std::shared_ptr<TransferFile>> open(EngineRuntime &engine, std::string path, Purpose purpose);
 
-    /// Writes what it takes to `file`, on a worker. We do it and not ssh, which can fail to and end as if all were
-    /// well. Throws ReadError::NotReadable, naming `path`, in the words of the system.
+    /// Writes each piece to `file`, on a worker thread. ssh is not given the file itself, since it can fail to write
+    /// and still exit with success. Throws ReadError::NotReadable with `path` and the system's description.
     static OneShotCommand::Taker writer(EngineRuntime &engine, std::shared_ptr<TransferFile> file, std::string path);
 
-    /// Closes `file` behind the last byte that was written to it, on a worker. Throws as a writer does.
+    /// Closes `file` after the last byte, on a worker thread. Throws what `writer` throws.
     static Task<void> finish(EngineRuntime &engine, std::shared_ptr<TransferFile> file, std::string path);
 };
 

@@ -3,8 +3,8 @@
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Commands/CommandActions.h"
 #include "Tarnwick/Toolkit/Commands/FunctionBar.h"
+#include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
-#include "Tarnwick/Toolkit/Program/StartLog.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 

@@ -3,7 +3,7 @@
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
-#include "Tarnwick/Toolkit/Program/StartLog.h"
+#include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"

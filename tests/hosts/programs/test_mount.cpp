@@ -80,6 +80,8 @@ int openDirectory(char const * /*path*/, fuse_file_info * /*file*/)
 int readDirectory(char const * /*path*/, void *buffer, fuse_fill_dir_t fill, off_t /*offset*/,
                   fuse_file_info * /*file*/, fuse_readdir_flags /*flags*/)
 {
+    fill(buffer, ".", nullptr, 0, fuse_fill_dir_flags{});
+    fill(buffer, "..", nullptr, 0, fuse_fill_dir_flags{});
     for (int number = 0; number < settings.files; ++number)
         fill(buffer, (std::string(namePrefix) + std::to_string(number)).c_str(), nullptr, 0, fuse_fill_dir_flags{});
     return 0;

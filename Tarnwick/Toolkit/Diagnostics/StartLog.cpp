@@ -1,4 +1,4 @@
-#include "Tarnwick/Toolkit/Program/StartLog.h"
+#include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 
 #include <QLoggingCategory>
 
