@@ -32,6 +32,9 @@ public:
     /// The arguments with which an ssh client of one's own shares the connection to the host, before "--" and the host.
     virtual std::vector<std::string> transportOptions() const = 0;
 
+    /// True if a connection that was let go can come back without a question to the user.
+    virtual bool logsInByItself() const = 0;
+
     /// Runs a command to its end. Its standard input is empty. A status other than 0 is no error here.
     ///
     /// Cancellation: a command that was sent is waited for.

@@ -60,8 +60,8 @@ public:
     explicit Attributes(ChildCommand::Group group)
     {
         require(posix_spawnattr_init(&attributes), "posix_spawn");
-        // What we ignore or block, or whoever started us, would be inherited: a child that does not die of a broken
-        // pipe writes on for ever.
+        // Signals that we, or the process that started us, ignore or block would be inherited: a child that does not
+        // die of a broken pipe writes on without end.
         sigset_t all;
         sigfillset(&all);
         posix_spawnattr_setsigdefault(&attributes, &all);

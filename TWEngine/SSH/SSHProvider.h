@@ -87,8 +87,8 @@ public:
 
     Task<bool> isLive();
 
-    /// Whether ssh logs in without asking the user: by a key or a saved password.
-    bool logsInByItself() const { return !options.askpassAccount; }
+    /// By a key, an agent or a saved password.
+    bool logsInByItself() const override { return !options.askpassAccount; }
 
     /// What lists folders on the host: "gnu" or "perl", and "unknown" without a session.
     Task<std::string> remoteImplementation();

@@ -262,9 +262,9 @@ Task<void> ConnectionRegistry::Shared::disconnectUnused(std::weak_ptr<Shared> we
     if (browser == self->browsers.end() || use == self->uses.end() || !use->second.held.expired())
         co_return;
     self->uses.erase(use);
-    auto const provider = std::dynamic_pointer_cast<SSHProvider>(browser->second->providerRef());
-    if (provider && provider->logsInByItself())
-        co_await outcomeOf(provider->disconnect().withStop({}));
+    auto const host = std::dynamic_pointer_cast<CommandHost>(browser->second->providerRef());
+    if (host && host->logsInByItself())
+        co_await outcomeOf(host->disconnect().withStop({}));
 }
 
 /// If the first caller is cancelled, the others still wait for this.

@@ -293,7 +293,7 @@ class MuteSocket {
 public:
     enum class Until {
         taken, ///< nobody is even taken in
-        let,   ///< whoever comes is let in, and hears no more
+        let,   ///< every client is let in, and hears no more
         refused
     };
 

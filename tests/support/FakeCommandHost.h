@@ -27,6 +27,8 @@ public:
 
     std::vector<std::string> transportOptions() const override { return {"-o", "BatchMode=yes"}; }
 
+    bool logsInByItself() const override { return true; }
+
     Task<CommandResult> runCommand(HostCommand command) override
     {
         auto const answer = std::make_shared<Completion<CommandResult>>();
