@@ -16,8 +16,11 @@ std::string quoted(std::string const &text)
 
 } // namespace
 
-RemoteShellError::ConnectFailed::ConnectFailed(std::string toHost, std::string why)
-    : RemoteShellError("cannot reach " + toHost + ": " + why), host(std::move(toHost)), detail(std::move(why))
+RemoteShellError::ConnectFailed::ConnectFailed(std::string toHost, std::string why, ClientReport ofClient)
+    : RemoteShellError("cannot reach " + toHost + ": " + why),
+      host(std::move(toHost)),
+      detail(std::move(why)),
+      report(std::move(ofClient))
 {
 }
 

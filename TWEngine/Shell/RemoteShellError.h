@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TWEngine/Shell/ClientReport.h"
+
 #include <chrono>
 #include <exception>
 #include <string>
@@ -34,12 +36,13 @@ private:
 /// The session did not come up.
 class RemoteShellError::ConnectFailed final : public RemoteShellError {
 public:
-    ConnectFailed(std::string host, std::string detail);
+    ConnectFailed(std::string host, std::string detail, ClientReport report = {});
 
     std::string plainText() const override;
 
     std::string const host;
     std::string const detail; ///< the last words of ssh, mostly
+    ClientReport const report;
 };
 
 /// The session ended.
