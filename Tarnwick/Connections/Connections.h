@@ -24,6 +24,10 @@ public:
     /// The files of a host, once it is connected. Throws what connecting throws.
     virtual Task<std::shared_ptr<Browser>> ssh(std::string host) = 0;
 
+    /// The same with questions to the user: ssh may ask for passwords, codes and host keys. Connects anew if the host
+    /// is not up.
+    virtual Task<std::shared_ptr<Browser>> logIn(std::string host) { return ssh(std::move(host)); }
+
     /// The same Browser without waiting for the host, whose connection begins. Remembered listings can be opened at
     /// once; a question to the host waits for the connection and fails with it.
     virtual Task<std::shared_ptr<Browser>> reach(std::string host) = 0;
