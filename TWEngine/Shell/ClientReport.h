@@ -19,8 +19,11 @@ struct ClientReport {
     std::string words;
     /// What the host printed in place of a greeting, at most 2 KiB from the beginning; any bytes.
     std::string printed;
-    std::vector<std::string> offeredKeys;    ///< the paths or comments of keys that the host was offered
+    std::vector<std::string> offeredKeys; ///< the paths or comments of keys that the host was offered
+    std::string acceptedKey; ///< the path or comment of a key that the host takes; it may still need its passphrase
     std::vector<std::string> offeredMethods; ///< the ways to log in that the host named last, such as "publickey"
+    /// Of the key that is stored for the host, if the host showed another one: such as "SHA256:…".
+    std::string storedFingerprint;
 
     friend bool operator==(ClientReport const &, ClientReport const &) = default;
 };
