@@ -43,7 +43,13 @@ struct ChildCommand {
         own   ///< a new group, so that a signal reaches the descendants of the child too
     };
 
-    std::string program = {};                    ///< a path, or a name that is searched in the PATH of this process
+    enum class End {
+        itself,     ///< it may outlive this program
+        withProgram ///< it is killed when the thread that has started it ends, at the latest with this program
+    };
+
+    /// A path. With End::itself also a name, which is searched in the PATH of this process.
+    std::string program = {};
     std::vector<std::string> arguments = {};     ///< without the name of the program
     std::optional<Environment> environment = {}; ///< absent: the environment of this process
     std::string workingDirectory = {};           ///< empty: the folder of this process
@@ -51,6 +57,7 @@ struct ChildCommand {
     ChildEnd output = NullEnd{};
     ChildEnd error = NullEnd{};
     Group group = Group::ours;
+    End end = End::itself;
 };
 
 } // namespace tw

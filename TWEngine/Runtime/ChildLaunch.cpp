@@ -107,9 +107,22 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
     return pointers;
 }
 
+/// Becomes the program that is given to it. The system ends that program when the thread that started it ends, which
+/// posix_spawn(3) cannot ask for.
+std::vector<std::string> const endsWithUs{"/usr/bin/setpriv", "--pdeathsig", "KILL", "--"};
+
+/// The program that is started first, and all that follows it.
 std::vector<std::string> argumentsOf(ChildCommand const &command)
 {
-    std::vector<std::string> texts{command.program};
+    std::vector<std::string> texts;
+    // Without the helper the program still runs, and ends when its input does.
+    if (command.end == ChildCommand::End::withProgram && access(endsWithUs.front().c_str(), X_OK) == 0) {
+        // Otherwise the helper would fail in place of the start.
+        if (access(command.program.c_str(), X_OK) != 0)
+            throw SpawnError(errno, command.program);
+        texts = endsWithUs;
+    }
+    texts.push_back(command.program);
     texts.insert(texts.end(), command.arguments.begin(), command.arguments.end());
     return texts;
 }
@@ -153,7 +166,7 @@ pid_t launchChild(ChildCommand const &command, std::array<int, 3> const &standar
     auto const argumentPointers = pointersTo(arguments);
     auto const environmentPointers = pointersTo(environment);
     pid_t child = 0;
-    require(posix_spawnp(&child, command.program.c_str(), actions.get(), attributes.get(), argumentPointers.data(),
+    require(posix_spawnp(&child, arguments.front().c_str(), actions.get(), attributes.get(), argumentPointers.data(),
                          command.environment ? environmentPointers.data() : environ),
             command.program);
     return child;

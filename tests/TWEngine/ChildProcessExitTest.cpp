@@ -1,5 +1,6 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/OnExecutor.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/WorkerPool.h"
 #include "tests/support/ChildProcessTest.h"
 
@@ -139,6 +140,49 @@ TEST_F(ChildProcessExitTest, aGroupOfItsOwnIsTerminatedAsAWhole)
     child->terminate();
     EXPECT_EQ(readAll(child), "") << "its own children had the output too, and are gone";
     EXPECT_EQ(wait(child), killed(SIGTERM));
+}
+
+TEST_F(ChildProcessExitTest, aChildThatEndsWithTheProgramIsKilledWithTheThreadThatHasStartedIt)
+{
+    // The threads of a process that is killed end as this one does. A child that is stopped does not end by itself.
+    Child child;
+    std::latch isStarted(1);
+    std::latch mayEnd(1);
+    std::thread starter([&] {
+        child = start({.program = "/bin/sh",
+                       .arguments = {"-c", "echo ready; kill -STOP $$"},
+                       .output = PipeEnd{},
+                       .end = ChildCommand::End::withProgram});
+        isStarted.count_down();
+        mayEnd.wait();
+    });
+    isStarted.wait();
+    EXPECT_EQ(read(child), "ready\n");
+    mayEnd.count_down();
+    starter.join();
+    EXPECT_EQ(wait(child), killed(SIGKILL));
+}
+
+TEST_F(ChildProcessExitTest, aThreadOfTheRuntimeStaysForTheChildrenThatItHasStarted)
+{
+    EngineRuntime engine;
+    auto const startThere = [](EngineRuntime *runtime) -> Task<Child> {
+        co_return ChildProcess::start(
+            runtime->io(),
+            {.program = "/bin/cat", .input = PipeEnd{}, .output = PipeEnd{}, .end = ChildCommand::End::withProgram})
+            .value();
+    };
+    auto child = loop.run(onStrand(engine.makeStrand(), startThere(&engine)));
+    // Other work has come and gone before the child is asked.
+    for (auto round = 0; round < 10; ++round) {
+        auto const other = loop.run(onStrand(engine.makeStrand(), startThere(&engine)));
+        other->closeInput();
+        EXPECT_EQ(wait(other), exited(0));
+    }
+    loop.run(child->write("still there"));
+    EXPECT_EQ(read(child), "still there");
+    child->closeInput();
+    EXPECT_EQ(wait(child), exited(0));
 }
 
 TEST_F(ChildProcessExitTest, withoutAGroupOfItsOwnItIsInOurs)

@@ -44,6 +44,31 @@ TEST_F(ChildProcessStartTest, argumentsArriveByteForByte)
               "a b||$HOME|'\"\\|line\nline|\xff\xfe|-n|*|");
 }
 
+TEST_F(ChildProcessStartTest, aChildThatEndsWithTheProgramIsStartedAsAnyOther)
+{
+    ChildCommand command{.program = "/usr/bin/printf",
+                         .arguments = {"%s|", "--", "a b", "", "--help"},
+                         .end = ChildCommand::End::withProgram};
+    EXPECT_EQ(outputOf(command), "--|a b||--help|");
+    command = {.program = "/bin/sh",
+               .arguments = {"-c", "echo $A $$; ps -o pgid= -p $$"},
+               .environment = Environment{{"A", "set"}, {"PATH", "/usr/bin:/bin"}},
+               .output = PipeEnd{},
+               .group = ChildCommand::Group::own,
+               .end = ChildCommand::End::withProgram};
+    auto const child = start(command);
+    auto const id = std::to_string(child->processId());
+    EXPECT_THAT(readAll(child), testing::MatchesRegex("set " + id + "\n *" + id + "\n"));
+    EXPECT_EQ(wait(child), exited(0));
+}
+
+TEST_F(ChildProcessStartTest, aMissingProgramThatWouldEndWithThisOneIsAnErrorOfTheStart)
+{
+    auto const refusal = refusalOf({.program = "/no/such/program", .end = ChildCommand::End::withProgram});
+    EXPECT_EQ(refusal.errorNumber(), ENOENT);
+    EXPECT_EQ(refusal.subject(), "/no/such/program");
+}
+
 TEST_F(ChildProcessStartTest, aProgramWithoutASlashIsLookedUpInThePath)
 {
     EXPECT_EQ(outputOf({.program = "echo", .arguments = {"found"}}), "found\n");
