@@ -51,4 +51,9 @@ std::optional<std::string> make(std::string_view host, Place const &place)
     return folder + '/' + socketName(host);
 }
 
+std::string beside(std::string const &path, int number)
+{
+    return path + '.' + std::to_string(number);
+}
+
 } // namespace tw::ControlPath

@@ -28,4 +28,7 @@ std::string socketName(std::string_view host);
 /// The path of the socket to `host`. Creates the folder if it is missing. Nothing if the folder is not safe.
 std::optional<std::string> make(std::string_view host, Place const &place = Place::ofThisUser());
 
+/// The path of a further connection to the same host, beside one that does not answer. `number` counts from 1.
+std::string beside(std::string const &path, int number);
+
 } // namespace tw::ControlPath

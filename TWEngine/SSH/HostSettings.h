@@ -12,6 +12,7 @@ struct HostSettings {
     std::optional<std::chrono::seconds> connectTimeout; ///< nothing if the user set none
     std::optional<std::string> controlPath;             ///< of the user's own shared connection; expanded
     std::vector<std::string> identityFiles;             ///< expanded, in the order in which ssh tries them
+    bool knowsSessionType = false;                      ///< see RemoteShellOptions
 
     friend bool operator==(HostSettings const &, HostSettings const &) = default;
 };

@@ -29,13 +29,31 @@ void addKeepAlive(Arguments &arguments, std::chrono::seconds interval)
     addOption(arguments, "ServerAliveCountMax=3");
 }
 
-void addSharing(Arguments &arguments, std::string const &controlPath, std::chrono::seconds persist)
+void addSharing(Arguments &arguments, RemoteShellOptions::Sharing sharing, std::string const &controlPath,
+                std::chrono::seconds persist)
 {
-    // Said aloud: the user's own configuration may want compression.
+    // The user's own configuration may want compression.
     addOption(arguments, "Compression=no");
-    addOption(arguments, "ControlMaster=auto");
+    auto const isOurs = sharing == RemoteShellOptions::Sharing::ours;
+    addOption(arguments, isOurs ? "ControlMaster=auto" : "ControlMaster=no");
     addOption(arguments, "ControlPath=" + controlPath);
-    addOption(arguments, "ControlPersist=" + inSeconds(persist));
+    if (isOurs)
+        addOption(arguments, "ControlPersist=" + inSeconds(persist));
+}
+
+/// What the user's configuration adds for a person at a terminal has no place between two programs: a terminal changes
+/// the bytes, another command answers in place of ours, a forwarding fails because the user's own ssh has its port.
+void addCleanSession(Arguments &arguments, RemoteShellOptions const &options)
+{
+    arguments.emplace_back("-T");
+    for (auto const *const option :
+         {"RequestTTY=no", "RemoteCommand=none", "PermitLocalCommand=no", "ClearAllForwardings=yes"})
+        addOption(arguments, option);
+    // An older client refuses to start. IgnoreUnknown would replace the user's own IgnoreUnknown.
+    if (!options.knowsSessionType)
+        return;
+    for (auto const *const option : {"SessionType=default", "StdinNull=no", "ForkAfterAuthentication=no"})
+        addOption(arguments, option);
 }
 
 Arguments withCommand(Arguments arguments, std::string const &host, std::string command)
@@ -93,11 +111,12 @@ Arguments sessionOptions(RemoteShellOptions const &options)
     addOption(arguments, "ConnectTimeout=" + inSeconds(options.connectTimeout));
     addKeepAlive(arguments, options.keepAliveInterval);
     if (options.controlPath)
-        addSharing(arguments, *options.controlPath, options.controlPersist);
+        addSharing(arguments, options.sharing, *options.controlPath, options.controlPersist);
     else if (options.compression)
         arguments.emplace_back("-C");
     if (asksForPassword(options))
         addOption(arguments, "NumberOfPasswordPrompts=1");
+    addCleanSession(arguments, options);
     return arguments;
 }
 
@@ -124,7 +143,7 @@ std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &
 
 ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOptions const &options)
 {
-    ChildCommand client{.program = std::move(path), .arguments = std::move(arguments)};
+    auto client = transferClient(std::move(path), std::move(arguments));
     if (auto const added = sessionEnvironment(options); !added.empty()) {
         client.environment = inheritedEnvironment();
         for (auto const &[name, value] : added)
@@ -133,13 +152,20 @@ ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOpt
     return client;
 }
 
+ChildCommand transferClient(std::string path, Arguments arguments)
+{
+    return {.program = std::move(path), .arguments = std::move(arguments), .end = ChildCommand::End::withProgram};
+}
+
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath)
 {
     Arguments arguments;
     addOption(arguments, "BatchMode=yes");
+    addOption(arguments, "ConnectTimeout=" + inSeconds(options.connectTimeout));
     addKeepAlive(arguments, options.keepAliveInterval);
     if (controlPath)
-        addSharing(arguments, *controlPath, RemoteShellOptions().controlPersist);
+        addSharing(arguments, options.sharing, *controlPath, RemoteShellOptions().controlPersist);
+    addCleanSession(arguments, options);
     return arguments;
 }
 

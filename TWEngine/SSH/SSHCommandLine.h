@@ -13,17 +13,18 @@
 /// How the OpenSSH client is called: argument lists without the program's name, and what is added to its environment.
 ///
 /// Each has "--" before the host, so that a host whose name begins with a dash is not an option. The argument after the
-/// host is one command line, which the login shell of the host parses.
+/// host is one command line, which the login shell of the host parses. The user's configuration decides how the host is
+/// reached, and cannot change what the session is: it has pipes at its ends, our command and no forwardings.
 namespace tw::SSHCommandLine {
 
 inline constexpr std::string_view program = "/usr/bin/ssh";
 
 using Arguments = std::vector<std::string>;
 
-/// A session: the resident shell of the host, with pipes at its ends and no terminal.
+/// A session: the resident shell of the host.
 ///
-/// A connection that is shared is not compressed: files travel over it beside the sessions, and the client that comes
-/// first decides for all.
+/// A shared connection is not compressed: files travel over it beside the sessions, and the client that opens it
+/// decides for all.
 Arguments session(RemoteShellOptions const &options, std::string const &host, ShellDialect dialect);
 
 /// The session that finds out what the host speaks, see firstRemoteCommand.
@@ -32,14 +33,17 @@ Arguments firstSession(RemoteShellOptions const &options, std::string const &hos
 /// What is added to the environment of a session's client: nothing, unless ssh must ask for a password.
 std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &options);
 
-/// The ssh client of a session, the program at `path` with `arguments`, in an environment in which it finds its
+/// The ssh client of a session: the program at `path` with `arguments`, in an environment in which it finds its
 /// password.
 ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOptions const &options);
 
+/// The ssh client of any other call.
+ChildCommand transferClient(std::string path, Arguments arguments);
+
 /// The first arguments of every other call. Without `controlPath` no connection is shared, whatever the options say.
 ///
-/// Such a call may come first, and its client then keeps the connection for the sessions. So it checks a silent host as
-/// the sessions do, or a dead line would never be noticed.
+/// The client of such a call may be the one that opens the shared connection. So it checks a silent host as the
+/// sessions do, or a dead line would never be noticed.
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath);
 
 /// Prints the file at `path`.

@@ -230,14 +230,13 @@ Task<void> SSHProvider::downloadHere(Self self, std::string path, std::string lo
     auto const file = co_await TransferFile::open(self->engine, localPath, TransferFile::Purpose::toWrite);
     if (!file)
         throw ReadError::NotReadable(localPath, "cannot create local file");
-    auto const result =
-        co_await OneShotCommand::run(self->engine.io(),
-                                     {.program = self->sshProgram,
-                                      .arguments = SSHCommandLine::download(self->transportOptions(), self->destination,
-                                                                            self->sessions->speaks(), path),
-                                      .output = PipeEnd{},
-                                      .error = PipeEnd{}},
-                                     keptBytes, TransferFile::writer(self->engine, file, localPath));
+    auto client = SSHCommandLine::transferClient(
+        self->sshProgram,
+        SSHCommandLine::download(self->transportOptions(), self->destination, self->sessions->speaks(), path));
+    client.output = PipeEnd{};
+    client.error = PipeEnd{};
+    auto const result = co_await OneShotCommand::run(self->engine.io(), std::move(client), keptBytes,
+                                                     TransferFile::writer(self->engine, file, localPath));
     if (!result.status.isSuccess())
         throw ReadError::NotReadable(path, lastWords(result));
     co_await TransferFile::finish(self->engine, file, localPath);
@@ -259,14 +258,12 @@ Task<void> SSHProvider::uploadHere(Self self, std::string localPath, std::string
     auto const command = SSHCommandLine::removeUploadTemporary(self->sessions->speaks(), path);
     auto removal = self->sessions->asking<CommandResult>(
         Choice::interactive, [command](RemoteShell &shell) { return shell.run(command, std::nullopt); });
-    auto const outcome = co_await outcomeOf(
-        OneShotCommand::run(self->engine.io(),
-                            {.program = self->sshProgram,
-                             .arguments = SSHCommandLine::upload(self->transportOptions(), self->destination,
-                                                                 self->sessions->speaks(), path, file->size),
-                             .input = DescriptorEnd{file->descriptor.get()},
-                             .error = PipeEnd{}},
-                            keptBytes));
+    auto client = SSHCommandLine::transferClient(self->sshProgram,
+                                                 SSHCommandLine::upload(self->transportOptions(), self->destination,
+                                                                        self->sessions->speaks(), path, file->size));
+    client.input = DescriptorEnd{file->descriptor.get()};
+    client.error = PipeEnd{};
+    auto const outcome = co_await outcomeOf(OneShotCommand::run(self->engine.io(), std::move(client), keptBytes));
     if (outcome.failure) {
         // Whoever has stopped it does not wait until the host is clean again.
         if (self->sessions->disconnections() == endedBefore)

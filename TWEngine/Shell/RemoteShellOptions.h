@@ -9,6 +9,12 @@ namespace tw {
 
 /// How a session with a host is run.
 struct RemoteShellOptions {
+    /// Who opens the connection that clients share.
+    enum class Sharing {
+        ours, ///< the first client that needs it; it is kept for `controlPersist`
+        users ///< the user has opened it: clients use it and never open it
+    };
+
     /// For reaching the host, and for its resident script to answer.
     std::chrono::duration<double> connectTimeout = std::chrono::seconds(10);
     /// For a request that has no limit of its own.
@@ -21,12 +27,16 @@ struct RemoteShellOptions {
 
     /// The socket through which connections to the host are shared, see ControlPath; absent: nothing is shared.
     std::optional<std::string> controlPath = {};
+    Sharing sharing = Sharing::ours;
     /// How long a shared connection outlives its last user.
     std::chrono::seconds controlPersist{60};
 
     /// The program that ssh asks for the password, and the account that it looks up. Without both, ssh asks nobody.
     std::optional<std::string> askpassHelper = {};
     std::optional<std::string> askpassAccount = {};
+
+    /// The client is OpenSSH 8.7 or later: it knows SessionType, StdinNull and ForkAfterAuthentication.
+    bool knowsSessionType = false;
 
     friend bool operator==(RemoteShellOptions const &, RemoteShellOptions const &) = default;
 };

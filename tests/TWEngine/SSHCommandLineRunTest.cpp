@@ -103,11 +103,13 @@ protected:
 TEST_F(SSHUnderstandingTest, everyOptionOfASession)
 {
     auto const text = understood(SSHCommandLine::session(
-        {.controlPath = "/tmp/.tw-1/00000000", .askpassHelper = "/a", .askpassAccount = "b"}, "ann@box", posix));
+        {.controlPath = "/tmp/.tw-1/00000000", .askpassHelper = "/a", .askpassAccount = "b", .knowsSessionType = true},
+        "ann@box", posix));
     for (std::string const line :
          {"batchmode no", "connecttimeout 10", "serveraliveinterval 15", "serveralivecountmax 3", "compression no",
           "controlmaster auto", "controlpath /tmp/.tw-1/00000000", "controlpersist 60", "numberofpasswordprompts 1",
-          "host box", "user ann"})
+          "requesttty false", "permitlocalcommand no", "clearallforwardings yes", "sessiontype default", "stdinnull no",
+          "forkafterauthentication no", "host box", "user ann"})
         EXPECT_NE(text.find('\n' + line + '\n'), std::string::npos) << line << " is not in\n" << text;
 }
 

@@ -13,7 +13,27 @@ using ::testing::IsEmpty;
 using ::testing::Pair;
 using enum ShellDialect;
 
-SSHCommandLine::Arguments const bare{"-o", "BatchMode=yes"};
+using Arguments = SSHCommandLine::Arguments;
+
+Arguments const bare{"-o", "BatchMode=yes"};
+
+/// What every call ends with before the host.
+Arguments const clean{"-T",
+                      "-o",
+                      "RequestTTY=no",
+                      "-o",
+                      "RemoteCommand=none",
+                      "-o",
+                      "PermitLocalCommand=no",
+                      "-o",
+                      "ClearAllForwardings=yes"};
+
+Arguments joined(Arguments arguments, Arguments const &more, Arguments const &last = {})
+{
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    arguments.insert(arguments.end(), last.begin(), last.end());
+    return arguments;
+}
 
 TEST(SSHCommandLineTest, optionsHaveTheDefaultsThatHostsAreUsuallyReachedWith)
 {
@@ -32,9 +52,10 @@ TEST(SSHCommandLineTest, optionsHaveTheDefaultsThatHostsAreUsuallyReachedWith)
 TEST(SSHCommandLineTest, aSessionIsTheResidentShellOfTheHost)
 {
     EXPECT_EQ(SSHCommandLine::program, "/usr/bin/ssh");
-    EXPECT_THAT(SSHCommandLine::session({}, "box", posix),
-                ElementsAre("-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
-                            "ServerAliveCountMax=3", "-C", "--", "box", "bash -s"));
+    EXPECT_EQ(SSHCommandLine::session({}, "box", posix),
+              joined({"-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
+                      "ServerAliveCountMax=3", "-C"},
+                     clean, {"--", "box", "bash -s"}));
     EXPECT_EQ(SSHCommandLine::session({}, "box", powershell).back(), "powershell -NoProfile -NoLogo -Command -");
 }
 
@@ -46,11 +67,43 @@ TEST(SSHCommandLineTest, everyOptionHasItsPlace)
                                      .controlPersist = std::chrono::seconds(5),
                                      .askpassHelper = "/usr/bin/tarnwick",
                                      .askpassAccount = "ann@box"};
-    EXPECT_THAT(SSHCommandLine::session(options, "ann@box", posix),
-                ElementsAre("-o", "BatchMode=no", "-o", "ConnectTimeout=7", "-o", "ServerAliveInterval=30", "-o",
-                            "ServerAliveCountMax=3", "-o", "Compression=no", "-o", "ControlMaster=auto", "-o",
-                            "ControlPath=/tmp/.tw-1/00000000", "-o", "ControlPersist=5", "-o",
-                            "NumberOfPasswordPrompts=1", "--", "ann@box", "bash -s"));
+    EXPECT_EQ(SSHCommandLine::session(options, "ann@box", posix),
+              joined({"-o", "BatchMode=no", "-o", "ConnectTimeout=7", "-o", "ServerAliveInterval=30", "-o",
+                      "ServerAliveCountMax=3", "-o", "Compression=no", "-o", "ControlMaster=auto", "-o",
+                      "ControlPath=/tmp/.tw-1/00000000", "-o", "ControlPersist=5", "-o", "NumberOfPasswordPrompts=1"},
+                     clean, {"--", "ann@box", "bash -s"}));
+}
+
+TEST(SSHCommandLineTest, theUsersOwnConnectionIsUsedAndNeverOpened)
+{
+    RemoteShellOptions const options{.controlPath = "/home/ann/.ssh/box",
+                                     .sharing = RemoteShellOptions::Sharing::users};
+    Arguments const shared{"-o", "Compression=no", "-o", "ControlMaster=no", "-o", "ControlPath=/home/ann/.ssh/box"};
+    Arguments const session{"-o", "BatchMode=yes",          "-o", "ConnectTimeout=10",
+                            "-o", "ServerAliveInterval=15", "-o", "ServerAliveCountMax=3"};
+    EXPECT_EQ(SSHCommandLine::session(options, "box", posix),
+              joined(joined(session, shared), clean, {"--", "box", "bash -s"}));
+    EXPECT_EQ(SSHCommandLine::transportOptions(options, options.controlPath), joined(session, shared, clean));
+}
+
+TEST(SSHCommandLineTest, aClientThatKnowsMoreWaysToSpoilASessionIsKeptFromThem)
+{
+    RemoteShellOptions const options{.knowsSessionType = true};
+    auto const more =
+        joined(clean, {"-o", "SessionType=default", "-o", "StdinNull=no", "-o", "ForkAfterAuthentication=no"});
+    EXPECT_EQ(SSHCommandLine::transportOptions(options, std::nullopt),
+              joined({"-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
+                      "ServerAliveCountMax=3"},
+                     more));
+    auto const session = SSHCommandLine::session(options, "box", posix);
+    auto const host = session.end() - 3;
+    EXPECT_EQ(Arguments(host - std::ssize(more), host), more);
+}
+
+TEST(SSHCommandLineTest, everyClientEndsWithTheProgram)
+{
+    EXPECT_EQ(SSHCommandLine::sessionClient("ssh", {}, {}).end, ChildCommand::End::withProgram);
+    EXPECT_EQ(SSHCommandLine::transferClient("ssh", {}).end, ChildCommand::End::withProgram);
 }
 
 TEST(SSHCommandLineTest, theFirstSessionDiffersInItsCommandOnly)
@@ -74,9 +127,10 @@ TEST(SSHCommandLineTest, aClientHasAnEnvironmentOfItsOwnOnlyIfItNeedsOne)
 
 TEST(SSHCommandLineTest, withoutCompressionThereIsNoOptionForIt)
 {
-    EXPECT_THAT(SSHCommandLine::session({.compression = false}, "box", posix),
-                ElementsAre("-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
-                            "ServerAliveCountMax=3", "--", "box", "bash -s"));
+    EXPECT_EQ(SSHCommandLine::session({.compression = false}, "box", posix),
+              joined({"-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
+                      "ServerAliveCountMax=3"},
+                     clean, {"--", "box", "bash -s"}));
 }
 
 TEST(SSHCommandLineTest, sshIsToAskForAPasswordOnlyIfItKnowsWhomAndForWhichAccount)
@@ -106,14 +160,18 @@ TEST(SSHCommandLineTest, aHostThatLooksLikeAnOptionStandsBehindThem)
 
 TEST(SSHCommandLineTest, otherCallsAskNobodyAndShareTheConnectionIfTheyCan)
 {
-    RemoteShellOptions options{.keepAliveInterval = std::chrono::seconds(7), .controlPath = "/tmp/.tw-1/11111111"};
-    EXPECT_THAT(SSHCommandLine::transportOptions(options, std::nullopt),
-                ElementsAre("-o", "BatchMode=yes", "-o", "ServerAliveInterval=7", "-o", "ServerAliveCountMax=3"));
+    RemoteShellOptions options{.connectTimeout = std::chrono::seconds(3),
+                               .keepAliveInterval = std::chrono::seconds(7),
+                               .controlPath = "/tmp/.tw-1/11111111"};
+    Arguments const alone{"-o", "BatchMode=yes",         "-o", "ConnectTimeout=3",
+                          "-o", "ServerAliveInterval=7", "-o", "ServerAliveCountMax=3"};
+    EXPECT_EQ(SSHCommandLine::transportOptions(options, std::nullopt), joined(alone, clean));
     options.controlPersist = std::chrono::seconds(9); // of the sessions only
-    EXPECT_THAT(SSHCommandLine::transportOptions(options, "/tmp/.tw-1/00000000"),
-                ElementsAre("-o", "BatchMode=yes", "-o", "ServerAliveInterval=7", "-o", "ServerAliveCountMax=3", "-o",
-                            "Compression=no", "-o", "ControlMaster=auto", "-o", "ControlPath=/tmp/.tw-1/00000000", "-o",
-                            "ControlPersist=60"));
+    EXPECT_EQ(SSHCommandLine::transportOptions(options, "/tmp/.tw-1/00000000"),
+              joined(alone,
+                     {"-o", "Compression=no", "-o", "ControlMaster=auto", "-o", "ControlPath=/tmp/.tw-1/00000000", "-o",
+                      "ControlPersist=60"},
+                     clean));
 }
 
 TEST(SSHCommandLineTest, aDownloadPrintsTheFile)

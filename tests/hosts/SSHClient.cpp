@@ -43,9 +43,11 @@ SSHClient::SSHClient()
     replaceFile(folder, configurationFile, configuration());
 }
 
-void SSHClient::add(std::string const &alias, HostAddress const &host, Knowledge knowledge)
+void SSHClient::add(std::string const &alias, HostAddress const &host, Knowledge knowledge, std::string const &more)
 {
-    hosts.insert_or_assign(alias, host);
+    hosts.insert_or_assign(alias, "Host " + alias + "\n    HostName 127.0.0.1\n    Port " + std::to_string(host.port) +
+                                      "\n    IdentityFile \"" + host.identityFile + "\"\n    UserKnownHostsFile \"" +
+                                      knownHostsFile(alias) + "\"\n" + more + "\n\n");
     replaceFile(folder, knownHostsFile(alias), knownHostLine(host, knowledge));
     replaceFile(folder, configurationFile, configuration());
 }
@@ -59,13 +61,8 @@ std::string SSHClient::knownHostsFile(std::string const &alias) const
 std::string SSHClient::configuration() const
 {
     std::string text;
-    for (auto const &[alias, host] : hosts) {
-        text += "Host " + alias + "\n";
-        text += "    HostName 127.0.0.1\n";
-        text += "    Port " + std::to_string(host.port) + "\n";
-        text += "    IdentityFile \"" + host.identityFile + "\"\n";
-        text += "    UserKnownHostsFile \"" + knownHostsFile(alias) + "\"\n\n";
-    }
+    for (auto const &[alias, lines] : hosts)
+        text += lines;
     text += "Host *\n"
             "    IdentitiesOnly yes\n"
             "    IdentityAgent none\n"

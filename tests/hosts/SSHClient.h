@@ -26,8 +26,10 @@ public:
     SSHClient(SSHClient const &) = delete;
     SSHClient &operator=(SSHClient const &) = delete;
 
-    /// Adds a host under a name, from the next start of ssh on. Replaces a host of the same name.
-    void add(std::string const &alias, HostAddress const &host, Knowledge knowledge = Knowledge::right);
+    /// Adds a host under a name, from the next start of ssh on. Replaces a host of the same name. `more` are further
+    /// lines of its configuration.
+    void add(std::string const &alias, HostAddress const &host, Knowledge knowledge = Knowledge::right,
+             std::string const &more = {});
 
     /// The path of the program to be run in place of ssh, with the arguments of ssh.
     std::string const &program() const noexcept { return wrapper; }
@@ -42,7 +44,7 @@ private:
     TemporaryFolder const folder;
     std::string const configurationFile;
     std::string const wrapper;
-    std::map<std::string, HostAddress> hosts;
+    std::map<std::string, std::string> hosts; ///< the configuration of each
 };
 
 } // namespace tw::test
