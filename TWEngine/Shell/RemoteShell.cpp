@@ -5,6 +5,7 @@
 #include "TWCore/Check.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWEngine/Runtime/ChildProcess.h"
+#include "TWEngine/Shell/LastWords.h"
 #include "TWEngine/Shell/ResidentScript.h"
 #include "TWEngine/Shell/ShellAnswer.h"
 #include "TWEngine/Shell/ShellClient.h"
@@ -50,6 +51,8 @@ RemoteShell::RemoteShell(Collaborators with, std::string toHost, RemoteShellOpti
       host(std::move(toHost)),
       options(std::move(settings)),
       dialect(speaks),
+      words(std::move(with.words)),
+      events(std::move(with.events)),
       nonce(randomNonce())
 {
 }
@@ -74,6 +77,7 @@ Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
         throw Cancelled();
     self->teardown(std::nullopt);
     self->unexpectedOutput.clear();
+    self->lastReport = {};
     if (self->dialect == ShellDialect::powershell)
         throw RemoteShellError::ConnectFailed(self->host, "this version speaks to hosts with a POSIX shell only");
     self->startSession();
@@ -99,12 +103,13 @@ Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
         throw;
     }
     // A refused key, an unknown host or a name that does not resolve is told by ssh itself.
-    if (auto const words = session->lastWords(); !words.empty())
-        detail = words;
+    auto const report = session->report();
+    if (!report.words.empty())
+        detail = report.words;
     self->unexpectedOutput = session->unframedOutput();
     if (self->session == session)
         self->teardown("shut down");
-    throw RemoteShellError::ConnectFailed(self->host, detail);
+    throw RemoteShellError::ConnectFailed(self->host, detail, report);
 }
 
 Task<void> RemoteShell::awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer)
@@ -151,8 +156,20 @@ void RemoteShell::startSession()
     auto child = ChildProcess::start(io, client);
     if (!child)
         throw RemoteShellError::ConnectFailed(host, "could not launch ssh: " + child.error().reason());
-    session = std::make_shared<ShellClient>(strand, *std::move(child), ShellReader(nonce, options.maxResponseBytes));
+    session = std::make_shared<ShellClient>(strand, *std::move(child), ShellReader(nonce, options.maxResponseBytes),
+                                            newWords());
     spawn({strand.executor(), session->stopToken()}, listen(weak_from_this(), session, clock));
+}
+
+std::unique_ptr<ClientWords> RemoteShell::newWords()
+{
+    if (!words)
+        return std::make_unique<LastWords>();
+    return words([weak = weak_from_this()](ClientStage stage) {
+        auto const self = weak.lock();
+        if (self && self->events.onStage)
+            self->events.onStage(stage);
+    });
 }
 
 Task<void> RemoteShell::listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session,
@@ -162,6 +179,8 @@ Task<void> RemoteShell::listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<
         auto const self = weak.lock();
         if (!self || self->session.get() != from)
             return false;
+        if (self->events.onHeard)
+            self->events.onHeard();
         for (auto &frame : frames)
             self->deliver(std::move(frame));
         return true;
@@ -186,14 +205,16 @@ void RemoteShell::deliver(ShellReader::Frame frame)
     answer->succeed({.bytes = std::move(frame.payload), .status = frame.status, .truncated = frame.truncated});
 }
 
-void RemoteShell::handleClosed(ShellClient const *closed, std::string const &words)
+void RemoteShell::handleClosed(ShellClient const *closed, std::string const &reason)
 {
     if (session.get() != closed)
         return;
-    auto const detail = words.empty() ? "connection closed" : words;
+    auto const detail = reason.empty() ? "connection closed" : reason;
     connected = false;
     disconnectReason = detail;
     failPending(detail);
+    if (events.onLost)
+        events.onLost();
 }
 
 void RemoteShell::teardown(std::optional<std::string> const &reason)
@@ -201,8 +222,10 @@ void RemoteShell::teardown(std::optional<std::string> const &reason)
     connected = false;
     if (reason)
         disconnectReason = reason;
-    if (auto const ended = std::exchange(session, nullptr))
+    if (auto const ended = std::exchange(session, nullptr)) {
+        lastReport = ended->report();
         ended->end();
+    }
     failPending(reason.value_or("connection closed"));
 }
 
@@ -302,7 +325,12 @@ Task<RemoteShell::State> RemoteShell::state()
 
 Task<RemoteShell::State> RemoteShell::stateHere(std::shared_ptr<RemoteShell> self)
 {
-    co_return State{self->connected, self->handshake, self->disconnectReason, self->unexpectedOutput};
+    co_return State{self->connected, self->handshake, self->disconnectReason, self->unexpectedOutput, self->report()};
+}
+
+ClientReport RemoteShell::report() const
+{
+    return session ? session->report() : lastReport;
 }
 
 } // namespace tw

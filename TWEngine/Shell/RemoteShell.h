@@ -6,6 +6,7 @@
 #include "TWEngine/Runtime/ChildCommand.h"
 #include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Runtime/Strand.h"
+#include "TWEngine/Shell/ClientWords.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "TWEngine/Shell/RemoteShellOptions.h"
 #include "TWEngine/Shell/ShellHandshake.h"
@@ -13,6 +14,7 @@
 #include "TWEngine/Shell/ShellRequest.h"
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -46,12 +48,22 @@ class RemoteShell : public std::enable_shared_from_this<RemoteShell> {
 public:
     using Seconds = std::chrono::duration<double>;
 
+    /// What the owner hears of the session, on the strand. Any of them may be empty.
+    struct Events {
+        std::function<void(ClientStage)> onStage; ///< of a connection attempt, each at most once
+        std::function<void()> onHeard;            ///< the host has sent something
+        std::function<void()> onLost;             ///< the client has ended by itself
+    };
+
     struct Collaborators {
         Strand strand;
         IoThread &io;
         std::shared_ptr<Clock> clock;
         /// The ssh client for this session. Its ends become pipes.
         ChildCommand client;
+        /// Reads its standard error. Empty: the last words are kept as they are.
+        ClientWords::Maker words = {};
+        Events events = {};
     };
 
     /// Starts nothing. `host` is a destination as ssh takes it.
@@ -82,9 +94,13 @@ public:
         ShellHandshake handshake;
         std::optional<std::string> disconnectReason; ///< the last one
         std::string unexpectedOutput; ///< what the host has printed instead of a greeting in the last attempt
+        ClientReport report;          ///< of the client of this connection attempt, or the last one
     };
 
     Task<State> state();
+
+    /// What is known of the client of this connection attempt, or the last one. On the strand.
+    ClientReport report() const;
 
 private:
     using Answer = std::shared_ptr<Completion<ListingResponse>>;
@@ -102,6 +118,7 @@ private:
 
     Task<ListingResponse> ask(ShellRequest request, Seconds limit);
     void startSession();
+    std::unique_ptr<ClientWords> newWords();
     void deliver(ShellReader::Frame frame);
     void handleClosed(ShellClient const *closed, std::string const &detail);
     void teardown(std::optional<std::string> const &reason);
@@ -116,6 +133,8 @@ private:
     std::string const host;
     RemoteShellOptions const options;
     ShellDialect const dialect;
+    ClientWords::Maker const words;
+    Events const events;
     std::string const nonce; ///< 16 hexadecimal digits; kept from one connection to the next
 
     // On the strand.
@@ -125,6 +144,7 @@ private:
     std::map<std::uint64_t, Answer> pending;
     std::optional<std::string> disconnectReason;
     std::string unexpectedOutput;
+    ClientReport lastReport;
     ShellHandshake handshake;
 };
 

@@ -11,11 +11,11 @@ namespace tw {
 
 namespace {
 
-/// The last words of the program are its reason; what stood before them is not needed.
-constexpr std::size_t maxErrorBytes = 8192;
-
 /// As much is kept of what a host prints instead of a greeting.
 constexpr std::size_t maxUnframedBytes = 65536;
+
+/// Of that, a person is shown as much.
+constexpr std::size_t maxPrintedBytes = 2048;
 
 /// The longest answer that is waited for. Listings are cut by the script and reads by their length, so only a host that
 /// has lost its mind, or that is hostile, sends as much without an end.
@@ -27,8 +27,9 @@ constexpr std::chrono::milliseconds lastWordsTime{500};
 
 } // namespace
 
-ShellClient::ShellClient(Strand ground, std::shared_ptr<ChildProcess> process, ShellReader responses)
-    : strand(std::move(ground)), child(std::move(process)), reader(std::move(responses))
+ShellClient::ShellClient(Strand ground, std::shared_ptr<ChildProcess> process, ShellReader responses,
+                         std::unique_ptr<ClientWords> reporting)
+    : strand(std::move(ground)), child(std::move(process)), reader(std::move(responses)), words(std::move(reporting))
 {
 }
 
@@ -80,7 +81,7 @@ Task<std::string> ShellClient::listenHere(Self self, std::shared_ptr<Clock> cloc
     co_await outcomeOf(withTimeOut(clock, lastWordsTime, self->child->wait()));
     co_await outcomeOf(withTimeOut(clock, lastWordsTime, ofErrors.wait()));
     ofErrors.cancel();
-    co_return isFlooded ? "the host sends without an end" : self->lastWords();
+    co_return isFlooded ? "the host sends without an end" : self->report().words;
 }
 
 Task<void> ShellClient::listenToErrors(Self self)
@@ -90,9 +91,7 @@ Task<void> ShellClient::listenToErrors(Self self)
         buffer = co_await self->child->read(ChildOutput::error, std::move(buffer));
         if (buffer.empty())
             co_return;
-        self->errors += buffer;
-        if (self->errors.size() > maxErrorBytes)
-            self->errors.erase(0, self->errors.size() - maxErrorBytes);
+        self->words->hear(buffer);
     }
 }
 
@@ -101,9 +100,12 @@ std::string ShellClient::unframedOutput() const
     return std::string(reader.waiting().substr(0, maxUnframedBytes));
 }
 
-std::string ShellClient::lastWords() const
+ClientReport ShellClient::report() const
 {
-    return std::string(trimmed(repaired(errors)));
+    auto report = words->report();
+    report.words = std::string(trimmed(repaired(report.words)));
+    report.printed = reader.waiting().substr(0, maxPrintedBytes);
+    return report;
 }
 
 void ShellClient::end()

@@ -3,6 +3,7 @@
 #include "TWCore/Async/Clock.h"
 #include "TWEngine/Runtime/ChildProcess.h"
 #include "TWEngine/Runtime/Strand.h"
+#include "TWEngine/Shell/ClientWords.h"
 #include "TWEngine/Shell/ShellReader.h"
 
 #include <functional>
@@ -25,7 +26,8 @@ public:
     using Taker = std::function<bool(std::vector<ShellReader::Frame>)>;
 
     /// `child` has pipes at all three ends.
-    ShellClient(Strand strand, std::shared_ptr<ChildProcess> child, ShellReader reader);
+    ShellClient(Strand strand, std::shared_ptr<ChildProcess> child, ShellReader reader,
+                std::unique_ptr<ClientWords> words);
 
     /// Queues `text` behind earlier writes. A failed write is ignored: the loss shows on the reading side, with its
     /// reason.
@@ -41,8 +43,8 @@ public:
     /// The beginning of what it has printed and what is no response.
     std::string unframedOutput() const;
 
-    /// The end of what it has printed on standard error so far.
-    std::string lastWords() const;
+    /// What is known of its way to the host so far; words trimmed and repaired.
+    ClientReport report() const;
 
     /// Asks it to end, and stops listening.
     void end();
@@ -63,7 +65,7 @@ private:
 
     // On the strand.
     ShellReader reader;
-    std::string errors;  ///< the end of standard error
+    std::unique_ptr<ClientWords> const words;
     std::string toWrite; ///< what the writer has not taken yet
     bool isWriting = false;
     std::stop_source stop; ///< for the reading of both outputs
