@@ -126,6 +126,9 @@ void ClientLog::readLogLine(std::string_view text)
         known.acceptedKey = keyName(*accepted);
     } else if (auto const methods = after("Authentications that can continue: ", text)) {
         known.offeredMethods = splitAtCommas(*methods, maxListed);
+        known.acceptedKey.clear(); // it was used, and did not suffice
+    } else if (auto const method = after("Next authentication method: ", text)) {
+        known.triedMethod = *method;
     } else if (auto const refusal = after("kex_exchange_identification: banner line ", text)) {
         // What a host says before it speaks the protocol, such as "Not allowed at this time".
         auto const colon = refusal->find(": ");

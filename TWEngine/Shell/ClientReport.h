@@ -16,14 +16,16 @@ enum class ClientStage {
 struct ClientReport {
     ClientStage stage = ClientStage::reaching;
     /// The client's own words and the host's standard error, whole lines, at most 8 KiB from the end; no log lines.
-    std::string words;
+    std::string words = {};
     /// What the host printed in place of a greeting, at most 2 KiB from the beginning; any bytes.
-    std::string printed;
-    std::vector<std::string> offeredKeys; ///< the paths or comments of keys that the host was offered
-    std::string acceptedKey; ///< the path or comment of a key that the host takes; it may still need its passphrase
-    std::vector<std::string> offeredMethods; ///< the ways to log in that the host named last, such as "publickey"
+    std::string printed = {};
+    std::vector<std::string> offeredKeys = {};    ///< the paths or comments of keys that the host was offered
+    std::string acceptedKey = {};                 ///< of a key that the host takes and that did not come to be used
+    std::vector<std::string> offeredMethods = {}; ///< the ways to log in that the host named last, such as "publickey"
+    std::string triedMethod = {};                 ///< the last of them that the client tried
     /// Of the key that is stored for the host, if the host showed another one: such as "SHA256:…".
-    std::string storedFingerprint;
+    std::string storedFingerprint = {};
+    bool isLate = false; ///< the client was still there when a time limit was over
 
     friend bool operator==(ClientReport const &, ClientReport const &) = default;
 };

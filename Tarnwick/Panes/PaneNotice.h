@@ -17,6 +17,7 @@ struct PaneNotice {
     Text text = {};                   ///< one to three sentences, the reason first, the host or path once
     std::vector<Action> actions = {}; ///< as buttons, the one for Return first
     std::string details = {};         ///< the words of ssh and of the host, whole, UTF-8, several lines
+    std::string keys = {}; ///< for showKey: the fingerprints of a host, and where the old one stands; several lines
 
     friend bool operator==(PaneNotice const &, PaneNotice const &) = default;
 };

@@ -130,6 +130,17 @@ TEST(ClientLogTest, aKeyThatTheHostTakesIsKnown)
               std::vector<std::string>{"/home/ann/.ssh/id"});
 }
 
+TEST(ClientLogTest, aKeyThatDidNotSufficeIsNoLongerTheOneThatIsTaken)
+{
+    auto const report = hear("debug1: Server accepts key: /home/ann/.ssh/id RSA SHA256:abc explicit\r\n"
+                             "Authenticated using \"publickey\" with partial success.\r\n"
+                             "debug1: Authentications that can continue: keyboard-interactive\r\n"
+                             "debug1: Next authentication method: keyboard-interactive\r\n")
+                            .report;
+    EXPECT_EQ(report.acceptedKey, "");
+    EXPECT_EQ(report.triedMethod, "keyboard-interactive");
+}
+
 TEST(ClientLogTest, everythingThatAHostCanMakeGrowIsBounded)
 {
     std::string const endless(100'000, 'x');
