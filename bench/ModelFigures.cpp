@@ -1,6 +1,7 @@
-// What a large folder costs: to sort, to prepare for sorting, and to hold in memory.
+// What a large folder costs: to sort, to prepare for sorting, to hold in memory, and to show names of.
 
 #include "TWCore/Model/Collation.h"
+#include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Table/PaneModel.h"
 #include "bench/Figure.h"
 
@@ -27,6 +28,10 @@ constexpr double largestScanRatio = 2.0;
 
 /// The allocator's own bytes, and the listing's few beside its rows and names.
 constexpr double largestMemoryRatio = 1.10;
+
+/// Repairing the names only. Names of ASCII characters need no more than a look at their bytes.
+constexpr double largestPlainNameRatio = 0.8;
+constexpr double largestNameRatio = 1.8;
 
 std::vector<std::string> randomNames()
 {
@@ -152,6 +157,29 @@ void measureMemory(Figures &figures, std::vector<std::string> const &names)
                    payload / mebibyte, "MiB", largestMemoryRatio);
 }
 
+/// What the cells of a table do for each name that they paint.
+void measureNames(Figures &figures, std::string const &subject, std::vector<std::string> const &names,
+                  double largestRatio)
+{
+    auto const timeOfAll = [&](auto const &shown) {
+        return millisecondsOf([&] {
+            for (auto const &name : names)
+                keep(shown(name));
+        });
+    };
+    auto const medians = takeTurns(runs, [&] { return timeOfAll(onOneLine); }, [&] { return timeOfAll(repaired); });
+    figures.report("100,000 " + subject + " as they are shown", medians.subject, Figures::Yardstick::peer, medians.peer,
+                   "ms", largestRatio);
+}
+
+/// The same with letters of two bytes.
+std::vector<std::string> accented(std::vector<std::string> names)
+{
+    for (auto &name : names)
+        name = "\xC3\xA9t\xC3\xA9 " + name;
+    return names;
+}
+
 int measureAll()
 {
     Figures figures;
@@ -161,6 +189,8 @@ int measureAll()
     measureSort(figures, "names of sources", sourceNames(), largestSortRatio);
     measureCollation(figures, listingOf(names));
     measureMemory(figures, names);
+    measureNames(figures, "names of ASCII characters", names, largestPlainNameRatio);
+    measureNames(figures, "names with other letters", accented(names), largestNameRatio);
     return figures.exitCode();
 }
 

@@ -64,12 +64,53 @@ std::optional<char32_t> signForControl(UChar32 character)
     return signForIllFormed(character);
 }
 
-std::optional<char32_t> signForHidden(UChar32 character)
+/// Blocks of letters without anything hidden, so that the properties are looked up for few characters: Latin, Greek and
+/// Cyrillic, and from the symbols over Chinese, Japanese and Korean to the private ones.
+bool isInAPlainBlock(UChar32 character)
 {
-    if (character >= 0 && (u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0 ||
-                           u_hasBinaryProperty(character, UCHAR_BIDI_CONTROL) != 0))
+    constexpr UChar32 hangulFiller = 0x3164;
+    return character < 0xAD || (character > 0xAD && character < 0x34F) || (character > 0x34F && character < 0x61C) ||
+           (character >= 0x2070 && character < 0xFE00 && character != hangulFiller);
+}
+
+bool isHidden(UChar32 character)
+{
+    if (isInAPlainBlock(character))
+        return false;
+    return u_hasBinaryProperty(character, UCHAR_DEFAULT_IGNORABLE_CODE_POINT) != 0 ||
+           u_hasBinaryProperty(character, UCHAR_BIDI_CONTROL) != 0;
+}
+
+/// Persian and Indic words, emoji and flags are written with these.
+bool shapesItsNeighbours(UChar32 character)
+{
+    constexpr UChar32 zeroWidthNonJoiner = 0x200C;
+    constexpr UChar32 zeroWidthJoiner = 0x200D;
+    bool const isTag = character >= 0xE0020 && character <= 0xE007F;
+    return character == zeroWidthNonJoiner || character == zeroWidthJoiner || isTag ||
+           u_hasBinaryProperty(character, UCHAR_VARIATION_SELECTOR) != 0;
+}
+
+std::optional<char32_t> signOnOneLine(UChar32 character)
+{
+    if (isHidden(character) && !shapesItsNeighbours(character))
         return replacementCharacter;
     return signForControl(character);
+}
+
+std::optional<char32_t> signForHidden(UChar32 character)
+{
+    return isHidden(character) ? replacementCharacter : signForControl(character);
+}
+
+/// Nearly every name is, and a row is painted often.
+bool isPrintableAscii(std::string_view bytes)
+{
+    // Without a branch for each byte, so that the compiler looks at many of them at once.
+    unsigned char others = 0;
+    for (auto const byte : bytes)
+        others |= static_cast<unsigned char>(static_cast<unsigned char>(byte - ' ') > '~' - ' ');
+    return others == 0;
 }
 
 } // namespace
@@ -81,7 +122,7 @@ std::string repaired(std::string_view bytes)
 
 std::string onOneLine(std::string_view bytes)
 {
-    return replaced(bytes, signForControl);
+    return isPrintableAscii(bytes) ? std::string(bytes) : replaced(bytes, signOnOneLine);
 }
 
 std::string withNothingHidden(std::string_view bytes)

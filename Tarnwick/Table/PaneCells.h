@@ -20,8 +20,8 @@ std::string_view paneColumnIdentifier(PaneColumn column);
 /// The sort key that a click on the column's title toggles; none for the attributes.
 std::optional<SortKey> sortKeyOf(PaneColumn column);
 
-/// The text of one cell, UTF-8. Made when it is asked for, so that only rows on screen cost anything. Line ends and
-/// other control characters of a name are shown as the symbols that stand for them, so that a row stays one line.
+/// The text of one cell, UTF-8. Made when it is asked for, so that only rows on screen cost anything. A name is shown
+/// as `onOneLine` has it.
 std::string paneCellText(PaneModel const &model, int row, PaneColumn column);
 
 } // namespace tw

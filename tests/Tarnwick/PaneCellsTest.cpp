@@ -74,6 +74,15 @@ TEST_F(PaneCellsTest, aNameIsRepairedAndStaysOnOneLine)
     EXPECT_EQ(paneCellText(model, 0, PaneColumn::ext), "t\xE2\x90\x81\xEF\xBF\xBD");
 }
 
+TEST_F(PaneCellsTest, aMarkThatTurnsTheTextRoundIsSeen)
+{
+    show("/", {file("d_rtl\xE2\x80\xAEtxt.exe")});
+
+    EXPECT_EQ(paneCellText(model, 0, PaneColumn::name), "d_rtl\xEF\xBF\xBDtxt");
+    EXPECT_EQ(paneCellText(model, 0, PaneColumn::ext), "exe");
+    EXPECT_EQ(model.name(0), "d_rtl\xE2\x80\xAEtxt.exe");
+}
+
 TEST_F(PaneCellsTest, everyColumnHasItsIdentifierAndSortKey)
 {
     std::vector<std::string_view> identifiers;
