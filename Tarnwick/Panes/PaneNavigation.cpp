@@ -203,11 +203,11 @@ void PaneController::showPlaceOnShow()
 void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arrival)
 {
     auto &snapshot = arrival.result.snapshot;
-    lastTiming = PaneStatus::timing(arrival.elapsed,
-                                    arrival.result.wasCold ? PaneStatus::Source::provider : PaneStatus::Source::memory);
     auto const isSameConnection = navigation.source == browser;
     if (!isSameConnection && arrival.updates)
         adopt(navigation, *std::move(arrival.updates));
+    auto const provider = connection == localConnection ? PaneStatus::Source::disk : PaneStatus::Source::network;
+    lastTiming = PaneStatus::timing(arrival.elapsed, arrival.result.wasCold ? provider : PaneStatus::Source::memory);
     auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == snapshot.path();
     auto const place = places.recall(snapshot.path());
     auto const firstRow = isSameFolder ? display->firstVisibleRow() : place.firstVisibleRow;

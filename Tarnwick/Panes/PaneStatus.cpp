@@ -49,8 +49,14 @@ Text summary(PaneModel const &model, Text const &timing)
 Text timing(std::chrono::duration<double> elapsed, Source source)
 {
     auto const milliseconds = elapsed.count() * 1000.0;
-    if (source == Source::provider)
+    switch (source) {
+    case Source::network:
         return {"%.0f ms network", {decimal(milliseconds, 0)}};
+    case Source::disk:
+        return {"%.0f ms disk", {decimal(milliseconds, 0)}};
+    case Source::memory:
+        break;
+    }
     return {"%.2f ms cached", {decimal(milliseconds, 2)}};
 }
 

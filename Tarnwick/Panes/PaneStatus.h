@@ -13,9 +13,11 @@ namespace tw::PaneStatus {
 /// How many files and folders, their size, the marks, and how long the folder took to open.
 Text summary(PaneModel const &model, Text const &timing);
 
-enum class Source { provider, memory };
+/// Where a listing comes from.
+enum class Source { network, disk, memory };
 
-/// "12 ms network" for a listing that was fetched while the user waited, "0.05 ms cached" for one that was there.
+/// "12 ms network" or "12 ms disk" for a listing that was fetched while the user waited, "0.05 ms cached" for one that
+/// was there.
 Text timing(std::chrono::duration<double> elapsed, Source source);
 
 /// While the host of what is on show is being reached.

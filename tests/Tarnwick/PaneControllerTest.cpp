@@ -268,10 +268,10 @@ TEST_F(PaneControllerTest, theStatusTellsCountsSizeMarksAndTiming)
     navigate("/srv");
     clock->advance(milliseconds(87));
     answer("/srv", {directory("d"), file("a", 1024), file("b", 512)});
-    EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ·  87 ms network");
+    EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ·  87 ms disk");
     press(Key::end);
     press(Key::insert);
-    EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ▸ 1 marked (512)   ·  87 ms network");
+    EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ▸ 1 marked (512)   ·  87 ms disk");
     navigate("/srv");
     EXPECT_EQ(display.status, "2 files, 1 dirs  ·  1.5K   ·  0.00 ms cached");
 }
@@ -280,13 +280,13 @@ TEST_F(PaneControllerTest, theStatusTellsATruncatedListing)
 {
     navigate("/srv");
     answer("/srv", {file("a")}, Completeness::truncated);
-    EXPECT_EQ(display.status, "1 files, 0 dirs   ⚠︎ listing truncated   ·  0 ms network");
+    EXPECT_EQ(display.status, "1 files, 0 dirs   ⚠︎ listing truncated   ·  0 ms disk");
 }
 
 TEST_F(PaneControllerTest, theStatusOfAnEmptyFolderTellsNoSize)
 {
     show("/srv", {});
-    EXPECT_EQ(display.status, "0 files, 0 dirs   ·  0 ms network");
+    EXPECT_EQ(display.status, "0 files, 0 dirs   ·  0 ms disk");
 }
 
 TEST_F(PaneControllerTest, returnOnAFolderEntersItAndOnTheParentRowLeavesIt)
@@ -510,7 +510,7 @@ TEST_F(PaneControllerTest, refreshReadsAgainAndKeepsCursorMarksAndScroll)
     EXPECT_EQ(pane->cursorName(), "b");
     EXPECT_THAT(marked(), ElementsAre("a", "b")) << "a mark on what went is gone";
     EXPECT_EQ(display.firstRow, 1);
-    EXPECT_THAT(display.status, HasSubstr("network"));
+    EXPECT_THAT(display.status, HasSubstr("disk"));
 }
 
 TEST_F(PaneControllerTest, refreshOnTheParentRowStaysThere)
@@ -859,6 +859,13 @@ protected:
         Browser::Config{});
     FakeConnections connections{browser};
 };
+
+TEST_F(PaneSwitchTest, theTimingOfAHostIsThatOfTheNetwork)
+{
+    otherProvider->answersAtOnce = [&](auto const &) { return there({file("a")}); };
+    switchThere();
+    EXPECT_EQ(display.status, "1 files, 0 dirs   ·  0 ms network");
+}
 
 TEST_F(PaneSwitchTest, whatIsReadAgainAtOnceBehindAStaleFolderIsShown)
 {

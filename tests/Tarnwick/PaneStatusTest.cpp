@@ -43,8 +43,9 @@ TEST(PaneStatusTest, whatIsNoExceptionIsAnUnknownError)
 
 TEST(PaneStatusTest, timesHaveAPointInEveryLocale)
 {
-    EXPECT_EQ(PaneStatus::timing(std::chrono::milliseconds(1234), PaneStatus::Source::provider).english(),
+    EXPECT_EQ(PaneStatus::timing(std::chrono::milliseconds(1234), PaneStatus::Source::network).english(),
               "1234 ms network");
+    EXPECT_EQ(PaneStatus::timing(std::chrono::milliseconds(1234), PaneStatus::Source::disk).english(), "1234 ms disk");
     EXPECT_EQ(PaneStatus::timing(std::chrono::microseconds(57), PaneStatus::Source::memory).english(),
               "0.06 ms cached");
 }

@@ -38,7 +38,7 @@ std::vector<Text> formedTexts()
                        true});
     model.markAll(PaneModel::Marks::insert);
     std::vector<Text> texts{
-        PaneStatus::summary(model, PaneStatus::timing(std::chrono::seconds(1), PaneStatus::Source::provider)),
+        PaneStatus::summary(model, PaneStatus::timing(std::chrono::seconds(1), PaneStatus::Source::network)),
         PaneStatus::timing(std::chrono::seconds(1), PaneStatus::Source::memory),
         PaneStatus::connecting("web"),
         PaneStatus::connectFailed("web", noWay),
