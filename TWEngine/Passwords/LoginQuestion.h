@@ -23,15 +23,14 @@ struct LoginQuestion {
     std::string keyPath;     ///< of a passphrase
     std::string keyType;     ///< of a host key, such as "ED25519"
     std::string fingerprint; ///< of a host key, such as "SHA256:…"
-    int attempt = 1;         ///< counts the questions of this kind in this login
-
-    /// Whether what is typed may be kept in the key store.
-    bool canBeRemembered() const { return kind == Kind::password || kind == Kind::passphrase; }
+    int attempt = 1;         ///< counts how often ssh has asked this in this login
+    /// The answer may be kept in the key store.
+    bool canBeRemembered = false;
 };
 
 /// What the user answered.
 struct LoginAnswer {
-    std::string text;
+    SecretText text{""};
     bool remember = false;
 };
 

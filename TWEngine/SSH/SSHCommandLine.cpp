@@ -6,9 +6,18 @@ namespace tw::SSHCommandLine {
 
 namespace {
 
+/// A person may mistype a password; a saved one that is wrong once is wrong for good.
+constexpr auto promptsForUser = "NumberOfPasswordPrompts=3";
+constexpr auto promptsForSavedPassword = "NumberOfPasswordPrompts=1";
+
+bool asksUser(RemoteShellOptions const &options)
+{
+    return !options.loginEnvironment.empty();
+}
+
 bool asksForPassword(RemoteShellOptions const &options)
 {
-    return options.askpassHelper && options.askpassAccount;
+    return asksUser(options) || (options.askpassHelper && options.askpassAccount);
 }
 
 void addOption(Arguments &arguments, std::string option)
@@ -115,7 +124,7 @@ Arguments sessionOptions(RemoteShellOptions const &options)
     else if (options.compression)
         arguments.emplace_back("-C");
     if (asksForPassword(options))
-        addOption(arguments, "NumberOfPasswordPrompts=1");
+        addOption(arguments, asksUser(options) ? promptsForUser : promptsForSavedPassword);
     addCleanSession(arguments, options);
     return arguments;
 }
@@ -136,6 +145,8 @@ std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &
 {
     if (!asksForPassword(options))
         return {};
+    if (asksUser(options))
+        return options.loginEnvironment;
     return {{"SSH_ASKPASS", *options.askpassHelper},
             {"SSH_ASKPASS_REQUIRE", "force"}, // even where there is no display
             {"TW_ASKPASS_ACCOUNT", *options.askpassAccount}};

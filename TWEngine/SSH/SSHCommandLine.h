@@ -30,7 +30,7 @@ Arguments session(RemoteShellOptions const &options, std::string const &host, Sh
 /// The session that finds out what the host speaks, see firstRemoteCommand.
 Arguments firstSession(RemoteShellOptions const &options, std::string const &host);
 
-/// What is added to the environment of a session's client: nothing, unless ssh must ask for a password.
+/// What is added to the environment of a session's client: nothing, unless ssh must ask for a password or the user.
 std::map<std::string, std::string> sessionEnvironment(RemoteShellOptions const &options);
 
 /// The ssh client of a session: the program at `path` with `arguments`, in an environment in which it finds its

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -34,6 +35,9 @@ struct RemoteShellOptions {
     /// The program that ssh asks for the password, and the account that it looks up. Without both, ssh asks nobody.
     std::optional<std::string> askpassHelper = {};
     std::optional<std::string> askpassAccount = {};
+    /// With which ssh asks the user, see LoginDesk::Login; empty: ssh does not. For the client that logs in, and no
+    /// later one: it ends with the login. Comes before a saved password, which the login looks up itself.
+    std::map<std::string, std::string> loginEnvironment = {};
 
     /// The client is OpenSSH 8.7 or later: it knows SessionType, StdinNull and ForkAfterAuthentication.
     bool knowsSessionType = false;

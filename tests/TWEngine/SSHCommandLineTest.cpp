@@ -8,8 +8,10 @@
 namespace tw::test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::Pair;
 using enum ShellDialect;
 
@@ -123,6 +125,18 @@ TEST(SSHCommandLineTest, aClientHasAnEnvironmentOfItsOwnOnlyIfItNeedsOne)
     EXPECT_THAT(client.arguments, ElementsAre("box"));
     EXPECT_EQ(client.environment.value().at("TW_ASKPASS_ACCOUNT"), "ann");
     EXPECT_TRUE(client.environment->contains("PATH"));
+}
+
+TEST(SSHCommandLineTest, aClientThatLogsInAsksTheUserThreeTimes)
+{
+    RemoteShellOptions const options{.askpassHelper = "/usr/bin/tarnwick",
+                                     .askpassAccount = "ann",
+                                     .loginEnvironment = {{"TW_ASKPASS_SOCKET", "/run/socket"}}};
+    auto const arguments = SSHCommandLine::session(options, "box", posix);
+    EXPECT_THAT(arguments, Contains("BatchMode=no"));
+    EXPECT_THAT(arguments, Contains("NumberOfPasswordPrompts=3"));
+    EXPECT_THAT(arguments, Not(Contains("NumberOfPasswordPrompts=1")));
+    EXPECT_THAT(SSHCommandLine::sessionEnvironment(options), ElementsAre(Pair("TW_ASKPASS_SOCKET", "/run/socket")));
 }
 
 TEST(SSHCommandLineTest, withoutCompressionThereIsNoOptionForIt)
