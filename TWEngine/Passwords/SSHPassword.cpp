@@ -147,7 +147,7 @@ GVariant *newItem(std::string const &host, GVariant *secret)
 {
     GVariantBuilder properties;
     g_variant_builder_init(&properties, G_VARIANT_TYPE_VARDICT);
-    auto const label = "SSH password for " + host;
+    auto const label = (host.starts_with('/') ? "SSH passphrase for " : "SSH password for ") + host;
     g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Label",
                           g_variant_new_string(label.c_str()));
     g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Attributes", attributesOf(host));
@@ -197,15 +197,23 @@ std::optional<SecretText> read(std::string const &host, Limit limit)
 
 Presence presence(std::string const &host, Limit limit)
 {
-    if (!isAccount(host))
-        return Presence::none;
+    return find({host}, limit).presence;
+}
+
+Found find(std::vector<std::string> const &accounts, Limit limit)
+{
     BusSession session(SessionBus::address(), limit);
-    if (!session.connection())
-        return Presence::none;
-    auto const items = itemsOf(session, host);
-    if (!items.unlocked.empty())
-        return Presence::readable;
-    return items.locked.empty() ? Presence::none : Presence::locked;
+    Found found;
+    for (auto const &account : accounts) {
+        if (!session.connection() || !isAccount(account))
+            continue;
+        auto const items = itemsOf(session, account);
+        if (!items.unlocked.empty())
+            return {Presence::readable, account};
+        if (!items.locked.empty() && found.presence == Presence::none)
+            found = {Presence::locked, account};
+    }
+    return found;
 }
 
 bool exists(std::string const &host, Limit limit)
@@ -226,6 +234,21 @@ bool unlock(std::string const &host, std::stop_token giveUp, Limit limit)
         return !before.unlocked.empty();
     askToUnlock(session, before.locked, std::move(giveUp), limit);
     return !itemsOf(session, host).unlocked.empty();
+}
+
+bool canSave(Limit limit)
+{
+    BusSession session(SessionBus::address(), limit);
+    if (!session.connection())
+        return false;
+    auto const reply = session.call(store, {defaultCollection, "org.freedesktop.DBus.Properties", "Get"},
+                                    g_variant_new("(ss)", "org.freedesktop.Secret.Collection", "Locked"), "(v)");
+    if (!reply)
+        return false;
+    GVariantReference const boxed(g_variant_get_child_value(reply.get(), 0));
+    GVariantReference const isLocked(g_variant_get_variant(boxed.get()));
+    return g_variant_is_of_type(isLocked.get(), G_VARIANT_TYPE_BOOLEAN) != FALSE &&
+           g_variant_get_boolean(isLocked.get()) == FALSE;
 }
 
 bool remove(std::string const &host, Limit limit)

@@ -7,12 +7,14 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <vector>
 
-/// The passwords of hosts that refuse keys, kept in the key store of the session (the Secret Service): never in a file
-/// of ours, in an argument, a variable or a log.
+/// The passwords of hosts and the passphrases of keys, kept in the key store of the session (the Secret Service): never
+/// in a file of ours, in an argument, a variable or a log.
 ///
-/// A password is an item with the attributes "service" and "account". Only `unlock` waits for a person; every other
-/// operation fails on a locked key store.
+/// Each is an item with the attributes "service" and "account". The account of a password is the host; that of a
+/// passphrase is the absolute path of the key's file. Only `unlock` waits for a person; every other operation fails on
+/// a locked key store.
 ///
 /// Threads: may be called from anywhere. Every operation blocks for up to its limit, so it belongs on a worker.
 /// Errors: none; without a session bus or a key store there are no passwords.
@@ -44,6 +46,14 @@ std::optional<SecretText> read(std::string const &host, Limit limit = usualLimit
 /// The password does not leave the key store.
 Presence presence(std::string const &host, Limit limit = usualLimit);
 
+struct Found {
+    Presence presence = Presence::none;
+    std::string account; ///< empty if there is none
+};
+
+/// The first of `accounts` whose password can be read; if there is none, the first with a locked one.
+Found find(std::vector<std::string> const &accounts, Limit limit = usualLimit);
+
 /// True if there is a password, locked or not.
 bool exists(std::string const &host, Limit limit = usualLimit);
 
@@ -52,6 +62,9 @@ bool exists(std::string const &host, Limit limit = usualLimit);
 ///
 /// Cancellation: `giveUp` and the limit take the prompt from the screen.
 bool unlock(std::string const &host, std::stop_token giveUp, Limit limit = promptLimit);
+
+/// True if the key store would save a new password now: it is there and not locked.
+bool canSave(Limit limit = usualLimit);
 
 /// True if there was a password and it is removed.
 bool remove(std::string const &host, Limit limit = usualLimit);

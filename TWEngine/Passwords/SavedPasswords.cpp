@@ -13,8 +13,8 @@ SavedPasswords SavedPasswords::ofThisSession(EngineRuntime &engine)
     auto const prompts = std::make_shared<UnlockPrompts>(
         Strand(engine.workers().executor(WorkPriority::interactive)),
         [](std::string const &host, std::stop_token giveUp) { return SSHPassword::unlock(host, std::move(giveUp)); });
-    return {.presence = [](std::string const &host) { return SSHPassword::presence(host); },
-            .unlock = [prompts](std::string host) { return prompts->unlock(std::move(host)); },
+    return {.find = [](std::vector<std::string> const &accounts) { return SSHPassword::find(accounts); },
+            .unlock = [prompts](std::string account) { return prompts->unlock(std::move(account)); },
             .helper = ownExecutable()};
 }
 

@@ -171,14 +171,14 @@ Task<void> HostSessions::connectFirst(Self self)
 Task<RemoteShellOptions> HostSessions::sessionOptions(Self self)
 {
     auto with = self->options;
-    if (with.askpassAccount || !self->savedPasswords.presence || !self->savedPasswords.helper)
+    if (with.askpassAccount || !self->savedPasswords.find || !self->savedPasswords.helper)
         co_return with;
-    auto const presence = co_await self->engine.workers().run(
-        WorkPriority::interactive, [ask = self->savedPasswords.presence, host = self->host] { return ask(host); });
-    auto isReadable = presence == SSHPassword::Presence::readable;
-    if (presence == SSHPassword::Presence::locked)
-        isReadable = co_await self->savedPasswords.unlock(self->host);
-    self->isKeyStoreLocked = presence == SSHPassword::Presence::locked && !isReadable;
+    auto const found = co_await self->engine.workers().run(
+        WorkPriority::interactive, [ask = self->savedPasswords.find, host = self->host] { return ask({host}); });
+    auto isReadable = found.presence == SSHPassword::Presence::readable;
+    if (found.presence == SSHPassword::Presence::locked)
+        isReadable = co_await self->savedPasswords.unlock(found.account);
+    self->isKeyStoreLocked = found.presence == SSHPassword::Presence::locked && !isReadable;
     if (isReadable) {
         with.askpassHelper = self->savedPasswords.helper;
         with.askpassAccount = self->host;

@@ -34,11 +34,11 @@ protected:
     SavedPasswords answering(Presence presence)
     {
         found = presence;
-        return {.presence =
-                    [this](std::string const &host) {
-                        asked.push_back(host);
+        return {.find =
+                    [this](std::vector<std::string> const &accounts) {
+                        asked.insert(asked.end(), accounts.begin(), accounts.end());
                         askedOn = std::this_thread::get_id();
-                        return found;
+                        return SSHPassword::Found{found, accounts.front()};
                     },
                 .unlock = [this](std::string host) { return answerPrompt(this, std::move(host)); },
                 .helper = "/usr/bin/helper"};
