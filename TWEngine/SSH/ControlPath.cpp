@@ -1,26 +1,12 @@
 #include "TWEngine/SSH/ControlPath.h"
 
+#include "TWEngine/Platform/PrivateFolder.h"
+
 #include <cstdio>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tw::ControlPath {
-
-namespace {
-
-/// For anybody but the owner.
-constexpr mode_t foreignRights = S_IRWXG | S_IRWXO;
-
-/// As it is now. A link is not followed: its maker decides where it leads.
-bool isSafe(std::string const &folder, uid_t user)
-{
-    struct stat status;
-    return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == user &&
-           (status.st_mode & foreignRights) == 0;
-}
-
-} // namespace
 
 Place Place::ofThisUser()
 {
@@ -41,14 +27,16 @@ std::string socketName(std::string_view host)
     return digits;
 }
 
+std::optional<std::string> folder(Place const &place)
+{
+    auto path = place.base + "/.tw-" + std::to_string(place.user);
+    return PrivateFolder::make(place.user, path) ? std::optional(std::move(path)) : std::nullopt;
+}
+
 std::optional<std::string> make(std::string_view host, Place const &place)
 {
-    auto const folder = place.base + "/.tw-" + std::to_string(place.user);
-    // Private from the first moment on. If it is there already, or cannot be made, the look at it tells.
-    mkdir(folder.c_str(), S_IRWXU);
-    if (!isSafe(folder, place.user))
-        return std::nullopt;
-    return folder + '/' + socketName(host);
+    auto const parent = folder(place);
+    return parent ? std::optional(*parent + '/' + socketName(host)) : std::nullopt;
 }
 
 std::string beside(std::string const &path, int number)

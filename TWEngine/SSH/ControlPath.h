@@ -25,6 +25,9 @@ struct Place {
 /// The name of a host's socket: eight hexadecimal digits.
 std::string socketName(std::string_view host);
 
+/// The folder of the sockets. Creates the folder if it is missing. Nothing if the folder is not safe.
+std::optional<std::string> folder(Place const &place = Place::ofThisUser());
+
 /// The path of the socket to `host`. Creates the folder if it is missing. Nothing if the folder is not safe.
 std::optional<std::string> make(std::string_view host, Place const &place = Place::ofThisUser());
 
