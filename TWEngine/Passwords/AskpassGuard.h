@@ -18,6 +18,14 @@ bool calledByOurOwnSSH();
 /// The same for the process `self` in a table.
 bool calledByOurOwnSSH(pid_t self, ProcessTable const &processes);
 
+/// For whom the process `asker` asks, seen from the process `program`.
+enum class Caller {
+    stranger, ///< `program` has not started an ssh or sftp that asks
+    host,
+    jumpHost ///< the ssh that asks was started by another ssh
+};
+Caller callerBelow(pid_t program, pid_t asker, ProcessTable const &processes);
+
 /// True if the ssh that asks was started by another ssh, to reach a jump host. The saved password belongs to the target
 /// host, and must not be sent to the jump host.
 bool calledForJumpHost(pid_t self, ProcessTable const &processes);

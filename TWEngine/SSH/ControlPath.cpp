@@ -3,6 +3,7 @@
 #include "TWEngine/Platform/PrivateFolder.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include <unistd.h>
 
@@ -31,6 +32,21 @@ std::optional<std::string> folder(Place const &place)
 {
     auto path = place.base + "/.tw-" + std::to_string(place.user);
     return PrivateFolder::make(place.user, path) ? std::optional(std::move(path)) : std::nullopt;
+}
+
+std::string sessionFolder()
+{
+    auto const *const variable = std::getenv("XDG_RUNTIME_DIR"); // NOLINT(concurrency-mt-unsafe): nobody changes it
+    return variable ? variable : "";
+}
+
+std::optional<std::string> runtimeFolder(std::string const &session, Place const &place)
+{
+    // A longer one leaves too little room for the name of a socket.
+    constexpr std::size_t longest = 70;
+    if (session.starts_with('/') && session.size() <= longest && PrivateFolder::isPrivateTo(place.user, session))
+        return session;
+    return folder(place);
 }
 
 std::optional<std::string> make(std::string_view host, Place const &place)

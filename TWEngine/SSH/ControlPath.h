@@ -28,6 +28,13 @@ std::string socketName(std::string_view host);
 /// The folder of the sockets. Creates the folder if it is missing. Nothing if the folder is not safe.
 std::optional<std::string> folder(Place const &place = Place::ofThisUser());
 
+/// $XDG_RUNTIME_DIR; empty if it is not set.
+std::string sessionFolder();
+
+/// The folder for other sockets of ours: that of the session if it is safe and short, else the same folder.
+std::optional<std::string> runtimeFolder(std::string const &session = sessionFolder(),
+                                         Place const &place = Place::ofThisUser());
+
 /// The path of the socket to `host`. Creates the folder if it is missing. Nothing if the folder is not safe.
 std::optional<std::string> make(std::string_view host, Place const &place = Place::ofThisUser());
 

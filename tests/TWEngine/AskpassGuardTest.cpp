@@ -177,5 +177,33 @@ TEST_F(AskpassGuardTest, thisTestWasNotCalledByAnSSHOfItsOwn)
     EXPECT_FALSE(AskpassGuard::calledByOurOwnSSH());
 }
 
+// Seen from one process.
+
+TEST_F(AskpassGuardTest, aProcessAnswersTheSSHThatItHasStarted)
+{
+    accepts({ssh, own});
+    EXPECT_EQ(AskpassGuard::callerBelow(self - 2, self, table), AskpassGuard::Caller::host);
+}
+
+TEST_F(AskpassGuardTest, anotherProcessOfTheSameProgramDoesNotAnswer)
+{
+    accepts({ssh, own, shell, own});
+    EXPECT_EQ(AskpassGuard::callerBelow(self - 2, self, table), AskpassGuard::Caller::host);
+    EXPECT_EQ(AskpassGuard::callerBelow(self - 10, self, table), AskpassGuard::Caller::stranger);
+}
+
+TEST_F(AskpassGuardTest, aProcessAnswersNobodyWithoutAnSSHInBetween)
+{
+    accepts({shell, own});
+    EXPECT_EQ(AskpassGuard::callerBelow(self - 2, self, table), AskpassGuard::Caller::stranger);
+    EXPECT_EQ(AskpassGuard::callerBelow(self, self, table), AskpassGuard::Caller::stranger);
+}
+
+TEST_F(AskpassGuardTest, theSSHOfAnSSHAsksForTheHostInBetween)
+{
+    accepts({ssh, shell, ssh, own});
+    EXPECT_EQ(AskpassGuard::callerBelow(self - 4, self, table), AskpassGuard::Caller::jumpHost);
+}
+
 } // namespace
 } // namespace tw::test

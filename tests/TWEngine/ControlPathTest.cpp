@@ -108,5 +108,22 @@ TEST_F(ControlPathTest, whatIsAboveTheFolderIsNotMade)
     EXPECT_NE(access(place.base.c_str(), F_OK), 0);
 }
 
+TEST_F(ControlPathTest, otherSocketsLieInTheFolderOfTheSession)
+{
+    ASSERT_EQ(chmod(folder.path().c_str(), 0700), 0);
+    EXPECT_EQ(ControlPath::runtimeFolder(folder.path(), place), folder.path());
+}
+
+TEST_F(ControlPathTest, withoutASafeAndShortFolderOfTheSessionTheyLieBesideTheSharedConnections)
+{
+    auto const open = folder.folder("open");
+    ASSERT_EQ(chmod(open.c_str(), 0750), 0);
+    auto const longPath = folder.folder(std::string(80, 'x'));
+    ASSERT_EQ(chmod(longPath.c_str(), 0700), 0);
+    for (auto const &session : {open, longPath, folder.link("link", folder.path()), std::string("relative"),
+                                std::string(), folder.path("none")})
+        EXPECT_EQ(ControlPath::runtimeFolder(session, place), folder.path(ownName())) << session;
+}
+
 } // namespace
 } // namespace tw::test

@@ -3,13 +3,21 @@
 // password_program COMMAND ARGUMENT...          runs COMMAND and ends as it does
 // password_program --provider SSH HOST COMMAND  reaches HOST through an SSHProvider with SSH as the client, and prints
 //                                               what COMMAND says there
+// password_program --login SSH HOST COMMAND     logs in to HOST with SSH as the client, runs COMMAND there, and prints
+// each
+//                                               question and what COMMAND says. Each line of standard input is an
+//                                               answer; one with a "+" before it is to be remembered. Where there is
+//                                               none, the user refuses
 // password_program --store LIMIT OPERATION HOST save, read, exists, presence, unlock or remove, within LIMIT
 //                                               milliseconds; prints the result. A password to be saved is on standard
 //                                               input; "unlock-while-input" gives up when standard input ends
 
+#include "TWCore/Async/Outcome.h"
 #include "TWEngine/Passwords/Askpass.h"
+#include "TWEngine/Passwords/AskpassDesk.h"
 #include "TWEngine/Passwords/SSHPassword.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/OneShotCommand.h"
 #include "TWEngine/SSH/SSHProvider.h"
 #include "tests/hosts/WaitFor.h"
 
@@ -62,6 +70,79 @@ int askHost(std::string program, std::string host, std::string command)
     }
     waitFor(provider->disconnect());
     return status;
+}
+
+std::string_view nameOf(LoginQuestion::Kind kind)
+{
+    switch (kind) {
+    case LoginQuestion::Kind::password:
+        return "password";
+    case LoginQuestion::Kind::passphrase:
+        return "passphrase";
+    case LoginQuestion::Kind::hostKey:
+        return "host key";
+    case LoginQuestion::Kind::confirm:
+        return "confirm";
+    case LoginQuestion::Kind::notice:
+        return "notice";
+    case LoginQuestion::Kind::other:
+        return "other";
+    }
+    std::unreachable();
+}
+
+/// A user whose answers stand on standard input.
+class ScriptedPrompter final : public LoginPrompter {
+public:
+    Task<std::optional<LoginAnswer>> ask(LoginQuestion question) override
+    {
+        std::cout << nameOf(question.kind) << ' ' << question.attempt << '\n';
+        std::string line;
+        std::optional<LoginAnswer> answer;
+        if (std::getline(std::cin, line)) {
+            auto const isKept = line.starts_with('+');
+            answer.emplace(LoginAnswer{.text = SecretText(line.substr(isKept ? 1 : 0)), .remember = isKept});
+        }
+        return answered(std::move(answer));
+    }
+
+private:
+    static Task<std::optional<LoginAnswer>> answered(std::optional<LoginAnswer> answer) { co_return answer; }
+};
+
+int logIn(std::string program, std::string const &host, std::string command)
+{
+    EngineRuntime engine;
+    auto const desk =
+        std::make_shared<AskpassDesk>(AskpassDesk::Collaborators{.engine = engine,
+                                                                 .mainContext = engine.makeStrand().executor(),
+                                                                 .prompter = std::make_shared<ScriptedPrompter>(),
+                                                                 .helper = SavedPasswords::ownExecutable(),
+                                                                 .folder = [] { return ControlPath::runtimeFolder(); },
+                                                                 .keyStore = LoginKeyStore::ofThisSession()});
+    std::stop_source giveUp;
+    auto login = waitFor(desk->begin(host, {.refused = [giveUp](LoginDesk::Refusal why) mutable {
+                                         std::cout << (why == LoginDesk::Refusal::byUser ? "refused by user\n"
+                                                                                         : "refused by host\n");
+                                         giveUp.request_stop();
+                                     }}));
+    RemoteShellOptions const options{.loginEnvironment = login->environment()};
+    auto arguments = SSHCommandLine::session(options, host, ShellDialect::posix);
+    arguments.back() = std::move(command);
+    auto client = SSHCommandLine::sessionClient(std::move(program), std::move(arguments), options);
+    client.output = PipeEnd();
+    client.error = PipeEnd();
+    constexpr std::size_t kept = 65'536;
+    auto const outcome =
+        waitFor(outcomeOf(OneShotCommand::run(engine.io(), std::move(client), kept).withStop(giveUp.get_token())));
+    if (!outcome.value)
+        return EXIT_FAILURE;
+    std::cout << outcome.value->output;
+    std::cerr << outcome.value->errors;
+    if (!outcome.value->status.isSuccess())
+        return EXIT_FAILURE;
+    login->succeed();
+    return EXIT_SUCCESS;
 }
 
 std::string_view nameOf(SSHPassword::Presence presence)
@@ -129,6 +210,8 @@ int main(int count, char **arguments)
         return *status;
     if (count == 5 && std::string_view(arguments[1]) == "--provider")
         return tw::test::askHost(arguments[2], arguments[3], arguments[4]);
+    if (count == 5 && std::string_view(arguments[1]) == "--login")
+        return tw::test::logIn(arguments[2], arguments[3], arguments[4]);
     if (count == 5 && std::string_view(arguments[1]) == "--store")
         return tw::test::useStore(tw::SSHPassword::Limit(std::atoi(arguments[2])), arguments[3], arguments[4]);
     if (count < 2) {
