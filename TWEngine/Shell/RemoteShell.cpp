@@ -6,6 +6,7 @@
 #include "TWCore/Model/DisplayText.h"
 #include "TWEngine/Runtime/ChildProcess.h"
 #include "TWEngine/Shell/LastWords.h"
+#include "TWEngine/Shell/OtherShell.h"
 #include "TWEngine/Shell/ResidentScript.h"
 #include "TWEngine/Shell/ShellAnswer.h"
 #include "TWEngine/Shell/ShellClient.h"
@@ -70,8 +71,17 @@ Task<void> RemoteShell::connect()
 
 Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
 {
+    auto isBash = co_await attempt(self);
+    if (!isBash)
+        isBash = co_await attempt(self);
+    if (!isBash)
+        throw RemoteShellError::ConnectFailed(self->host, OtherShell::failure, self->lastReport);
+}
+
+Task<bool> RemoteShell::attempt(std::shared_ptr<RemoteShell> self)
+{
     if (self->connected)
-        co_return;
+        co_return true;
     auto const context = co_await currentContext();
     if (context.stop.stop_requested())
         throw Cancelled();
@@ -82,16 +92,16 @@ Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
         throw RemoteShellError::ConnectFailed(self->host, "this version speaks to hosts with a POSIX shell only");
     self->startSession();
     auto const session = self->session;
-    auto const answer = self->expect(0);
-    session->write(ResidentScript::posix(self->nonce, self->options.maxResponseBytes) +
-                   std::string(lineTerminator(self->dialect)));
 
     std::string detail;
     try {
-        co_await awaitHandshake(self, answer);
+        auto const isBash = co_await greet(self, session);
         if (self->session == session) {
-            self->connected = true;
-            co_return;
+            self->connected = isBash;
+            self->hasOtherShell = self->hasOtherShell || !isBash;
+            if (!isBash)
+                self->teardown("shut down");
+            co_return isBash;
         }
         throw RemoteShellError::Disconnected(self->disconnectReason.value_or("connection closed"));
     } catch (RemoteShellError::TimedOut const &late) {
@@ -112,7 +122,22 @@ Task<void> RemoteShell::connectHere(std::shared_ptr<RemoteShell> self)
     throw RemoteShellError::ConnectFailed(self->host, detail, report);
 }
 
-Task<void> RemoteShell::awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer)
+Task<bool> RemoteShell::greet(std::shared_ptr<RemoteShell> self, std::shared_ptr<ShellClient> session)
+{
+    if (self->hasOtherShell) {
+        auto const gone = self->expect(0);
+        session->write(OtherShell::replacement(self->nonce));
+        co_await awaitHandshake(self, gone);
+    }
+    auto const answer = self->expect(0);
+    session->write(OtherShell::question(self->nonce) +
+                   ResidentScript::posix(self->nonce, self->options.maxResponseBytes) +
+                   std::string(lineTerminator(self->dialect)));
+    auto const status = co_await awaitHandshake(self, answer);
+    co_return status != OtherShell::isThere;
+}
+
+Task<std::int32_t> RemoteShell::awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer)
 {
     auto const limit = self->options.connectTimeout;
     auto const context = co_await currentContext();
@@ -129,8 +154,9 @@ Task<void> RemoteShell::awaitHandshake(std::shared_ptr<RemoteShell> self, Answer
     if (context.stop.stop_requested())
         throw Cancelled();
     auto const response = outcome.take();
-    if (response.status != 0)
+    if (response.status != 0 && response.status != OtherShell::isThere && response.status != OtherShell::isGone)
         throw RemoteShellError::ConnectFailed(self->host, "remote handshake status " + std::to_string(response.status));
+    co_return response.status;
 }
 
 Task<void> RemoteShell::closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session, Seconds limit)

@@ -70,7 +70,8 @@ public:
     RemoteShell(Collaborators collaborators, std::string host, RemoteShellOptions options, ShellDialect dialect);
     ~RemoteShell();
 
-    /// Starts ssh, loads the script and waits for its handshake. Does nothing if connected. Throws ConnectFailed. A
+    /// Starts ssh, loads the script and waits for its handshake. If a start file of the host puts another shell in the
+    /// place of bash, this is done once more without start files. Does nothing if connected. Throws ConnectFailed. A
     /// second call during the first starts over, and the first call fails.
     Task<void> connect();
 
@@ -106,7 +107,10 @@ private:
     using Answer = std::shared_ptr<Completion<ListingResponse>>;
 
     static Task<void> connectHere(std::shared_ptr<RemoteShell> self);
-    static Task<void> awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer);
+    /// False if another shell than bash has answered; the next attempt replaces it.
+    static Task<bool> attempt(std::shared_ptr<RemoteShell> self);
+    static Task<bool> greet(std::shared_ptr<RemoteShell> self, std::shared_ptr<ShellClient> session);
+    static Task<std::int32_t> awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer);
     static Task<ListingResponse> request(std::shared_ptr<RemoteShell> self, ShellRequest request, Seconds limit);
     static Task<ListingResponse> answerWithin(std::shared_ptr<Clock> clock, Answer answer, Seconds limit);
     static Task<void> closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session, Seconds limit);
@@ -144,6 +148,7 @@ private:
     std::map<std::uint64_t, Answer> pending;
     std::optional<std::string> disconnectReason;
     std::string unexpectedOutput;
+    bool hasOtherShell = false; ///< see OtherShell
     ClientReport lastReport;
     ShellHandshake handshake;
 };

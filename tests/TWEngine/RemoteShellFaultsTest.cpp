@@ -85,6 +85,57 @@ TEST_F(RemoteShellFaultsTest, aHandshakeWithAnotherStatus)
               R"(connectFailed(host: "host", detail: "remote handshake status 3"))");
 }
 
+/// Hosts on which a start file has put another shell in the place of bash. The client is what the host runs.
+class OtherShellTest : public RemoteShellTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(OtherShellTest, isReplacedByABashThatListsAndRuns)
+{
+    auto const startsFile = folder.path("starts");
+    auto const shell = makeShell({}, program("echo start >>'" + startsFile + "'; exec " + GetParam()));
+    loop.run(shell->connect());
+    EXPECT_EQ(contentOf(startsFile), "start\nstart\n");
+    EXPECT_EQ(run(shell, "test -n \"$BASH_VERSION\" && echo bash").output, "bash\n");
+    auto const listed = folder.folder("listed");
+    folder.file("listed/it's a \"file\"");
+    EXPECT_THAT(loop.run(shell->list(listed, 1)).bytes, HasSubstr("it's a \"file\""));
+
+    loop.run(shell->shutdown());
+    loop.run(shell->connect());
+    EXPECT_EQ(contentOf(startsFile), "start\nstart\nstart\n") << "it is known by now";
+}
+
+INSTANTIATE_TEST_SUITE_P(Shells, OtherShellTest, testing::Values("zsh", "dash", "tcsh"),
+                         [](auto const &shell) { return shell.param; });
+
+TEST_F(RemoteShellFaultsTest, aBashIsNotReplaced)
+{
+    auto const startsFile = folder.path("starts");
+    auto const shell = makeShell({}, program("echo start >>'" + startsFile + "'; BASH_ENV=/dev/null exec bash -s"));
+    loop.run(shell->connect());
+    EXPECT_EQ(run(shell, "echo ${BASH_ENV-none}").output, "/dev/null\n");
+    EXPECT_EQ(contentOf(startsFile), "start\n");
+}
+
+TEST_F(RemoteShellFaultsTest, anotherShellThatCannotBeReplacedIsTheReasonOfTheFailure)
+{
+    EXPECT_EQ(failureWith(R"(
+while IFS= read -r line; do
+    [[ $line =~ @@TW([0-9a-f]{16}): ]] || continue
+    case $line in
+    exec*) echo "@@TW${BASH_REMATCH[1]}:0:910@@";;
+    test*) echo "words of the other shell" >&2; echo "@@TW${BASH_REMATCH[1]}:0:909@@";;
+    esac
+done
+)"),
+              "a start file replaces the shell");
+}
+
+TEST_F(RemoteShellFaultsTest, theWordsOfAStartFileThatEndsTheSessionAreTheReason)
+{
+    EXPECT_EQ(failureWith("echo 'open terminal failed: not a terminal' >&2; exit 1"),
+              "open terminal failed: not a terminal");
+}
+
 TEST_F(RemoteShellFaultsTest, wordsBeforeTheHandshakeAreNoHarm)
 {
     standIn.behave({.preface = "Welcome!\n* 3 updates can be applied\n\nno end of line",
@@ -109,7 +160,7 @@ TEST_F(RemoteShellFaultsTest, answersThatNobodyAskedForAreDropped)
 printf 'perl\t/home\t@@TW%s:0:0@@\n' "$nonce"
 echo "nobody's@@TW$nonce:77:0@@"
 while IFS= read -r line; do
-    case $line in tw_run*) echo "old@@TW$nonce:0:0@@"; echo "asked@@TW$nonce:1:5@@"; echo "twice@@TW$nonce:1:6@@";; esac
+    case $line in tw_run\ *) echo "old@@TW$nonce:0:0@@"; echo "asked@@TW$nonce:1:5@@"; echo "twice@@TW$nonce:1:6@@";; esac
 done
 )")));
     loop.run(shell->connect());

@@ -107,6 +107,15 @@ TEST_P(UnusualShellTest, sendsAndTakesFiles)
     EXPECT_EQ(contentOf(local.path("copy")), "content");
 }
 
+TEST_F(SSHProviderRefusalTest, aHostWhoseStartFilePutsAnotherShellInThePlaceOfBash)
+{
+    reachThrough("#!/bin/sh\necho 'a start file may print'\nexec zsh\n");
+    auto const provider = connected();
+    folder.file("file");
+    for (auto const priority : {interactive, background})
+        EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, priority)).at(folder.path()).count(), 1U);
+}
+
 TEST_F(SSHProviderRefusalTest, aNameThatTheLoginShellCannotReadIsNoOther)
 {
     reachThrough("#!/bin/sh\nexec tcsh -c \"$SSH_ORIGINAL_COMMAND\"\n");
