@@ -36,6 +36,8 @@ protected:
         used.reset();
         loop.run(registry->shutdownAll());
         registry.reset();
+        // A disconnect that nobody waits for goes on after the host is down.
+        loop.runUntil([&] { return provider.use_count() == 1; });
         provider.reset();
         while (childrenOfOurs() != childrenBefore)
             loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
