@@ -1,5 +1,7 @@
 #include "TWEngine/Browsing/LocalProviderError.h"
 
+#include "TWCore/Model/FolderRefusal.h"
+
 #include <system_error>
 
 namespace tw {
@@ -12,6 +14,11 @@ std::string systemText(int errorNumber)
 LocalProviderError::CannotOpen::CannotOpen(std::string where, int number)
     : path(std::move(where)), errorNumber(number), description(path + ": " + systemText(number))
 {
+}
+
+std::string LocalProviderError::CannotOpen::reason() const
+{
+    return folderRefusal(systemText(errorNumber));
 }
 
 PlatformError::PlatformError(int number) : errorNumber(number), description(systemText(number)) {}

@@ -20,6 +20,9 @@ public:
 
     char const *what() const noexcept override { return description.c_str(); }
 
+    /// As folderRefusal has it.
+    std::string reason() const;
+
     std::string const path;
     int const errorNumber; ///< as errno had it
 

@@ -3,12 +3,12 @@
 #include "TWCore/Check.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWCore/Model/ListingParser.h"
 #include "TWCore/Model/ReadError.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/SSH/HostFiles.h"
+#include "TWEngine/SSH/HostListing.h"
 #include "TWEngine/SSH/TransferFile.h"
 
 namespace tw {
@@ -167,16 +167,9 @@ Task<Listings> SSHProvider::fetchHere(Self self, std::string path, int depth, Fe
         choice, [path, depth](RemoteShell &shell) { return shell.list(path, depth); });
     // A host that sends more than it was told to does not decide how much is made of it.
     response.bytes.resize(std::min(response.bytes.size(), self->options.maxResponseBytes));
-    auto const completeness =
-        response.truncated ? ListingParser::Completeness::truncated : ListingParser::Completeness::whole;
-    auto listings = ListingParser::parse(std::make_shared<std::string const>(std::move(response.bytes)), path, depth,
-                                         self->engine.clock()->now(), completeness);
-    auto const root = listings.find(ListingParser::normalize(path));
-    // A host may report a failure after having sent a part of the tree.
-    auto const hasEntries = root != listings.end() && root->second.count() > 0;
-    if (response.status != 0 && !hasEntries)
-        throw FileOperationError::Failed("list", path, self->destination + " could not read that folder");
-    co_return listings;
+    HostListing::Question const asked{
+        .host = self->destination, .dialect = self->sessions->speaks(), .path = path, .depth = depth};
+    co_return HostListing::read(std::move(response), asked, self->engine.clock()->now());
 }
 
 Task<std::string> SSHProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)

@@ -292,11 +292,6 @@ Task<ListingResponse> RemoteShell::ask(ShellRequest what, Seconds limit)
     return onStrand(strand, request(shared_from_this(), std::move(what), limit));
 }
 
-Task<ListingResponse> RemoteShell::list(std::string path, int depth)
-{
-    return ask(ShellRequest::list(dialect, path, depth), options.requestTimeout);
-}
-
 Task<std::int64_t> RemoteShell::fileSize(std::string path)
 {
     static constexpr auto sizeIn = [](Task<ListingResponse> asked) -> Task<std::int64_t> {

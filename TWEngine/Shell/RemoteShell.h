@@ -29,6 +29,9 @@ struct ListingResponse {
     std::string bytes; ///< the payload, unaltered
     std::int32_t status = 0;
     bool truncated = false; ///< the payload has reached the budget, where the host stops listing
+    /// Of a listing: why the folder cannot be listed, see PathQuestion. Nothing if it can be, or if the host was not
+    /// asked.
+    std::optional<std::string> refusal = {};
 };
 
 /// One long conversation with one host: an ssh client whose remote command is a shell, into which the resident script
@@ -75,7 +78,8 @@ public:
     /// second call during the first starts over, and the first call fails.
     Task<void> connect();
 
-    /// The entries below `path`, down to `depth` levels.
+    /// The entries below `path`, down to `depth` levels. A POSIX host is asked along with it whether the folder can be
+    /// listed.
     Task<ListingResponse> list(std::string path, int depth);
 
     /// Bytes; 0 for a missing file.
@@ -113,6 +117,7 @@ private:
     static Task<std::int32_t> awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer);
     static Task<ListingResponse> request(std::shared_ptr<RemoteShell> self, ShellRequest request, Seconds limit);
     static Task<ListingResponse> answerWithin(std::shared_ptr<Clock> clock, Answer answer, Seconds limit);
+    static Task<ListingResponse> listing(std::shared_ptr<RemoteShell> self, std::string path, int depth);
     static Task<void> closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session, Seconds limit);
     static void close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<ShellClient> const &session);
     static Task<void> listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session,
@@ -146,6 +151,7 @@ private:
     bool connected = false;
     std::uint64_t nextRequestID = 1; ///< never reset; 0 is the handshake's
     std::map<std::uint64_t, Answer> pending;
+    std::weak_ptr<ShellClient> instructed; ///< the session whose shell knows the question beside a listing
     std::optional<std::string> disconnectReason;
     std::string unexpectedOutput;
     bool hasOtherShell = false; ///< see OtherShell

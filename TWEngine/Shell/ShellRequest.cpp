@@ -15,6 +15,11 @@ ShellRequest ShellRequest::list(ShellDialect dialect, std::string_view path, int
     return {dialect, {"tw_list", "TWList"}, std::to_string(depth) + ' ' + quotePath(dialect, path)};
 }
 
+ShellRequest ShellRequest::ask(std::string_view path)
+{
+    return {ShellDialect::posix, {"tw_ask", ""}, quotePath(ShellDialect::posix, path)};
+}
+
 ShellRequest ShellRequest::size(ShellDialect dialect, std::string_view path)
 {
     return {dialect, {"tw_size", "TWSize"}, quotePath(dialect, path)};

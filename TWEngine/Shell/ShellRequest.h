@@ -15,6 +15,9 @@ public:
     /// The entries below `path`, down to `depth` levels, as ListingParser reads them.
     static ShellRequest list(ShellDialect dialect, std::string_view path, int depth);
 
+    /// Whether `path` can be listed, and why not, as PathQuestion reads it. For POSIX hosts.
+    static ShellRequest ask(std::string_view path);
+
     /// The length of a file, as ShellAnswer::fileSize reads it.
     static ShellRequest size(ShellDialect dialect, std::string_view path);
 

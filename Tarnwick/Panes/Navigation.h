@@ -17,6 +17,7 @@ struct Navigation {
     MarksAfter marks = MarksAfter::dropped;
     Text notice = {}; ///< for the status line after the arrival, or empty
 
+    bool isOfLink = false; ///< the row of a link is opened, which may lead to a file
     bool isReread = false; ///< what is cached of the path is forgotten first
 
     /// Where the path is. The pane goes over to it when the folder arrives, so that what is on show and what a key acts

@@ -91,10 +91,19 @@ void PaneController::openSelection()
         return;
     }
     auto path = rows.snapshot()->childPath(*entry);
-    // Where a link leads only its host knows; a link to a file then says that it is no directory.
-    if (entry->isDirectory() || entry->kind == EntryKind::symlink)
-        navigate(std::move(path));
-    else if (callbacks.onOpenFile)
+    // Where a link leads only its host knows; a link to a file is opened when the host has said so.
+    auto const isLink = entry->kind == EntryKind::symlink;
+    if (!entry->isDirectory() && !isLink) {
+        openFile(std::move(path));
+        return;
+    }
+    leaveHostArrival();
+    startNavigation({.path = std::move(path), .isOfLink = isLink});
+}
+
+void PaneController::openFile(std::string path)
+{
+    if (callbacks.onOpenFile)
         callbacks.onOpenFile(std::move(path));
     else
         display->beep();

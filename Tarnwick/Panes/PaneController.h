@@ -170,6 +170,7 @@ private:
     void tellOfFailedHost(HostArrival const &arrival);
     void tellOfHost();
 
+    void openFile(std::string path);
     bool handlePlainKey(Key key);
     bool toggleMarkAndAdvance();
     std::optional<int> cursorTarget(Key key) const;

@@ -182,6 +182,10 @@ void PaneController::fail(Navigation const &navigation, std::exception_ptr const
     showPlaceOnShow();
     auto const text = PaneStatus::failure(navigation.path, failure);
     showStatus(text);
+    if (navigation.isOfLink && PaneStatus::isAboutAFile(failure)) {
+        openFile(navigation.path);
+        return;
+    }
     // A pane that has shown nothing yet would be a dead end: it goes where it can, and keeps saying why.
     if (!rows.snapshot() && navigation.path != "/") {
         auto const home = PaneSpec::localHome().path;

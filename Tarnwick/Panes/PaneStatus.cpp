@@ -2,8 +2,10 @@
 
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/FolderRefusal.h"
 #include "TWCore/Model/ReadError.h"
 #include "TWEngine/Browsing/Browser.h"
+#include "TWEngine/Browsing/LocalProviderError.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "Tarnwick/Format/Fmt.h"
 
@@ -85,6 +87,21 @@ Text describe(std::exception_ptr const &error)
         return Text::ofWords(failure.what());
     } catch (...) {
         return "unknown error";
+    }
+}
+
+bool isAboutAFile(std::exception_ptr const &error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (FileOperationError::Failed const &failed) {
+        return failed.detail == notAFolder;
+    } catch (LocalProviderError::CannotOpen const &failed) {
+        return failed.reason() == notAFolder;
+    } catch (BrowserError::NotADirectory const &) {
+        return true;
+    } catch (...) {
+        return false;
     }
 }
 

@@ -29,6 +29,9 @@ Text connectFailed(std::string const &host, std::exception_ptr const &error);
 /// The text for the user of a failure.
 Text describe(std::exception_ptr const &error);
 
+/// True if what failed was to list a path that is there and is no folder.
+bool isAboutAFile(std::exception_ptr const &error);
+
 /// A path or a name, and what went wrong with it.
 Text failure(std::string const &name, std::exception_ptr const &error);
 

@@ -39,14 +39,6 @@ TEST_F(SSHProviderTest, listingsAreWhatIsOnTheHost)
     }
 }
 
-TEST_F(SSHProviderTest, aFolderThatCannotBeReadIsEmpty)
-{
-    reach();
-    auto const listings = loop.run(connected()->fetch(folder.path("none"), 1, interactive));
-    ASSERT_EQ(listings.size(), 1U);
-    EXPECT_EQ(listings.at(folder.path("none")).count(), 0U);
-}
-
 TEST_F(SSHProviderTest, aShellTellsWhereItStarts)
 {
     reach();

@@ -1,5 +1,7 @@
 #include "Tarnwick/Panes/PaneController.h"
 
+#include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Browsing/LocalProviderError.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "tests/support/FakeConnections.h"
 #include "tests/support/Listings.h"
@@ -10,6 +12,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 namespace tw::test {
 namespace {
@@ -185,6 +189,28 @@ TEST_F(PaneControllerTest, aFileOpenedAsAFolderIsNoDirectory)
     take("/srv/link").answer->succeed({});
     loop.drain();
     EXPECT_EQ(display.status, "⚠︎ /srv/link: /srv/link is not a directory");
+}
+
+TEST_F(PaneControllerTest, aLinkToAFileIsOpenedAsAFile)
+{
+    show("/srv", {symlink("link")});
+    press(Key::end);
+    auto const openWith = [&](std::exception_ptr const &failure) {
+        press(Key::enter);
+        take("/srv/link").answer->fail(failure);
+        loop.drain();
+    };
+    openWith(std::make_exception_ptr(FileOperationError::Failed("list", "/srv/link", "not a folder")));
+    EXPECT_EQ(display.beeps, 1) << "nobody opens files";
+    EXPECT_THAT(display.status, HasSubstr("not a folder"));
+    EXPECT_EQ(pane->pathOnShow(), "/srv");
+
+    std::vector<std::string> opened;
+    pane->callbacks.onOpenFile = [&](std::string path) { opened.push_back(std::move(path)); };
+    openWith(std::make_exception_ptr(LocalProviderError::CannotOpen("/srv/link", ENOTDIR)));
+    openWith(std::make_exception_ptr(LocalProviderError::CannotOpen("/srv/link", ENOENT)));
+    EXPECT_THAT(opened, ElementsAre("/srv/link"));
+    EXPECT_EQ(display.beeps, 1);
 }
 
 TEST_F(PaneControllerTest, aFirstFolderThatCannotBeOpenedLeadsHomeAndStillSaysWhy)

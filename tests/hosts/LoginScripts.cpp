@@ -111,6 +111,16 @@ kill -KILL $!
 )");
 }
 
+std::string loginWithoutPrivileges()
+{
+    return script(R"(if [ $(id -u) = 0 ]; then
+    rights=-dac_override,-dac_read_search
+    exec setpriv --bounding-set "$rights" --inh-caps "$rights" -- /bin/sh -c "$SSH_ORIGINAL_COMMAND"
+fi
+exec /bin/sh -c "$SSH_ORIGINAL_COMMAND"
+)");
+}
+
 std::string loginWithoutAnswer()
 {
     return script("exec cat >/dev/null\n");

@@ -27,6 +27,9 @@ std::string loginWithFlood(std::size_t bytes);
 /// Ends the connection after that many bytes of the output.
 std::string loginThatBreaksOff(std::size_t afterBytes);
 
+/// Root has no more permissions than the modes of files give it, and every other user has those anyway.
+std::string loginWithoutPrivileges();
+
 /// Prints nothing until the client gives up.
 std::string loginWithoutAnswer();
 

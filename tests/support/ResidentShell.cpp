@@ -1,5 +1,6 @@
 #include "tests/support/ResidentShell.h"
 
+#include "TWEngine/Shell/PathQuestion.h"
 #include "TWEngine/Shell/ResidentScript.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +45,7 @@ std::shared_ptr<ChildProcess> started(IoThread &io, ChildCommand const &command)
 ResidentShell::ResidentShell(IoThread &io, TestLoop &testLoop, Setup const &setup)
     : loop(testLoop), child(started(io, bash(setup))), reader(nonce, setup.budget)
 {
-    write(ResidentScript::posix(nonce, setup.budget) + '\n');
+    write(ResidentScript::posix(nonce, setup.budget) + '\n' + PathQuestion::script(nonce));
     greeting = nextFrame();
 }
 

@@ -9,7 +9,8 @@
 
 namespace tw::test {
 
-/// A real bash of this machine that runs the resident script, connected by pipes: a host without ssh.
+/// A real bash of this machine that runs the resident script and knows the question beside a listing, connected by
+/// pipes: a host without ssh.
 class ResidentShell {
 public:
     struct Setup {
