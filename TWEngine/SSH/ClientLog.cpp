@@ -1,5 +1,7 @@
 #include "TWEngine/SSH/ClientLog.h"
 
+#include "TWEngine/SSH/StoredHostKey.h"
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -93,7 +95,7 @@ ClientReport ClientLog::report() const
 
 void ClientLog::endLine()
 {
-    if (line.ends_with('\r'))
+    if (!lineIsLong && line.ends_with('\r'))
         line.pop_back();
     // A log line may follow words of the host that have no line end.
     auto const log = lineIsLong ? std::string::npos : line.find(logPrefix);
@@ -104,6 +106,7 @@ void ClientLog::endLine()
         if (words.starts_with("Authenticated to "))
             reach(ClientStage::waitingForShell);
     } else if (!words.empty() || log == std::string::npos) {
+        takeStoredKey(words);
         keepWords(words);
         keepWords("\n");
     }
@@ -137,6 +140,17 @@ void ClientLog::readLogLine(std::string_view text)
             keepWords("\n");
         }
     }
+}
+
+/// "Offending ED25519 key in FILE:LINE": the client tells where the key is, and only the fingerprint of the host's own.
+void ClientLog::takeStoredKey(std::string_view words)
+{
+    constexpr std::string_view beforePlace = " key in ";
+    auto const place = words.find(beforePlace);
+    // The host cannot say this: it has no words before the key exchange. The client has just read the file, so a read
+    // does not wait for a dead mount.
+    if (known.stage == ClientStage::reaching && words.starts_with("Offending ") && place != std::string_view::npos)
+        known.storedFingerprint = StoredHostKey::fingerprintAt(words.substr(place + beforePlace.size()));
 }
 
 void ClientLog::reach(ClientStage stage)

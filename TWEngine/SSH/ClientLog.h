@@ -10,7 +10,7 @@ namespace tw {
 /// A host can write lines that look like the log. It can thereby only claim a stage, and every stage has its time
 /// limit.
 ///
-/// Threads: as ClientWords.
+/// Threads: as ClientWords. Blocks for a read of known_hosts if a host's key has changed.
 class ClientLog final : public ClientWords {
 public:
     explicit ClientLog(std::function<void(ClientStage)> onStage);
@@ -29,6 +29,7 @@ public:
 private:
     void endLine();
     void readLogLine(std::string_view text);
+    void takeStoredKey(std::string_view words);
     void reach(ClientStage stage);
     void keepWords(std::string_view text);
 

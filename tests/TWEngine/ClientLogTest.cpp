@@ -16,8 +16,11 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 using Stages = std::vector<ClientStage>;
 
 struct Heard {
@@ -203,6 +206,18 @@ TEST_F(ClientLogOfHostTest, aRefusedKeyIsNamed)
     EXPECT_THAT(heard.report.offeredKeys, ElementsAre(host.address().identityFile));
     EXPECT_EQ(heard.report.acceptedKey, "");
     EXPECT_THAT(heard.report.offeredMethods, Each("publickey"));
+}
+
+TEST_F(ClientLogOfHostTest, aChangedKeyIsKnownByTheFingerprintOfTheOldOne)
+{
+    client.add("web", host.address(), SSHClient::Knowledge::another);
+    auto const heard = hear(
+        runCommand(engine.io(), {.program = client.program(),
+                                 .arguments = {"-o", "LogLevel=DEBUG1", "-o", "BatchMode=yes", "--", "web", "true"}})
+            .error);
+    EXPECT_THAT(heard.report.words, HasSubstr("REMOTE HOST IDENTIFICATION HAS CHANGED"));
+    EXPECT_THAT(heard.report.storedFingerprint, StartsWith("SHA256:"));
+    EXPECT_THAT(heard.report.words, Not(HasSubstr(heard.report.storedFingerprint)));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "TWEngine/Browsing/Browser.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
+#include "Tarnwick/Panes/HostWording.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 #include <gtest/gtest.h>
@@ -56,6 +57,12 @@ std::vector<Text> formedTexts()
         described(RemoteShellError::OutcomeUnknown("web")),
         described(RemoteShellError::NotConnected()),
     };
+    for (auto const *words : {"ann@web: Permission denied (publickey).", "Host key verification failed.", "no way"}) {
+        auto const error = std::make_exception_ptr(RemoteShellError::ConnectFailed("web", words));
+        texts.push_back(HostWording::failure(error, "web", "/").text);
+    }
+    texts.push_back(HostWording::failure(noWay, "web", "/").text);
+    texts.push_back(HostWording::waiting("web", HostStatus::Phase::reaching, std::chrono::seconds(3)).text);
     using Hosts = std::optional<std::vector<std::string>>;
     for (auto const &hosts : {Hosts(), Hosts(std::in_place), Hosts(std::in_place, mostHostsInMenu + 2, "web")}) {
         for (auto const &item : connectionMenuItems(Text(localTitle), hosts, "web"))
