@@ -76,7 +76,7 @@ constexpr std::array clientClues{
     Clue{"Not allowed at this time", Cause::closed},
 };
 
-/// How the session describes what ssh says nothing of.
+/// How a session describes what ssh says nothing of, or what was decided while ssh was still running.
 constexpr std::string_view couldNotLaunch = "could not launch ssh: ";
 constexpr std::array ownClues{
     Clue{couldNotLaunch, Cause::noSSH},
@@ -234,8 +234,6 @@ Cause causeOfDenial(HostFailure const &failure, ClientReport const &report, std:
 
 Cause causeWithoutClue(HostFailure const &failure, ClientReport const &report)
 {
-    if (report.isLate)
-        return Cause::timedOut;
     if (failure.isOnTheWay)
         return Cause::closed;
     return report.stage == ClientStage::waitingForShell ? Cause::endedShell : Cause::unknown;
@@ -243,8 +241,7 @@ Cause causeWithoutClue(HostFailure const &failure, ClientReport const &report)
 
 Cause causeOf(HostFailure const &failure, ClientReport const &report, std::string_view words, std::string_view detail)
 {
-    auto const own = firstClue(ownClues, detail);
-    if (own && own != Cause::timedOut)
+    if (auto const own = firstClue(ownClues, detail))
         return *own;
     if (auto const ofHost = firstClue(hostClues, std::string(words) + '\n' + report.printed))
         return *ofHost;
@@ -256,7 +253,7 @@ Cause causeOf(HostFailure const &failure, ClientReport const &report, std::strin
         return *ofClient;
     if (auto const end = firstClue(endClues, words))
         return *end;
-    return own.value_or(causeWithoutClue(failure, report));
+    return causeWithoutClue(failure, report);
 }
 
 /// ssh gives the fingerprint a line of its own, with a full stop.

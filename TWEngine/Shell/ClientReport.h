@@ -25,7 +25,6 @@ struct ClientReport {
     std::string triedMethod = {};                 ///< the last of them that the client tried
     /// Of the key that is stored for the host, if the host showed another one: such as "SHA256:…".
     std::string storedFingerprint = {};
-    bool isLate = false; ///< the client was still there when a time limit was over
 
     friend bool operator==(ClientReport const &, ClientReport const &) = default;
 };

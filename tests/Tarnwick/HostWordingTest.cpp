@@ -35,10 +35,7 @@ RemoteShellError::ConnectFailed failed(std::string_view errors, std::string prin
 /// The time was over while the client was still there.
 RemoteShellError::ConnectFailed late(std::string_view errors)
 {
-    auto const ended = failed(errors);
-    auto report = ended.report;
-    report.isLate = true;
-    return {ended.host, report.words.empty() ? "no response within 10s" : report.words, report};
+    return {"web", "no response within 10s", failed(errors).report};
 }
 
 PaneNotice noticeFor(auto const &error, std::string const &path = "/srv")
