@@ -30,6 +30,7 @@ constexpr std::array hostClues{
     Clue{"This account is currently not available", Cause::noShell},
     Clue{"exec request failed on channel", Cause::noShell},
     Clue{"shell request failed on channel", Cause::noShell},
+    Clue{"channel 0: open failed", Cause::noSession},
     Clue{"bash: command not found", Cause::noBash},
     Clue{"bash: Command not found", Cause::noBash},
     Clue{"bash: not found", Cause::noBash},
@@ -141,8 +142,11 @@ std::string wordsOfTheWay(std::string_view words)
     std::string own;
     while (!words.empty()) {
         auto const line = takeLine(words);
-        if (!contains(line, unknownPeer) && !line.starts_with("kex_exchange_identification:") &&
-            !line.starts_with("banner exchange:") && !line.starts_with("ssh_dispatch_run_fatal:"))
+        constexpr std::array ofClientBehind = {"kex_exchange_identification:", "banner exchange:",
+                                               "ssh_dispatch_run_fatal:",      "stdio forwarding failed",
+                                               "Warning: Permanently added ",  "** "};
+        auto const saysLess = [line](auto const *beginning) { return line.starts_with(beginning); };
+        if (!contains(line, unknownPeer) && std::ranges::none_of(ofClientBehind, saysLess))
             own.append(line) += '\n';
     }
     return own;
@@ -232,11 +236,22 @@ Cause causeOfDenial(HostFailure const &failure, ClientReport const &report, std:
     return report.offeredKeys.empty() ? Cause::noKey : Cause::refusedKeys;
 }
 
-Cause causeWithoutClue(HostFailure const &failure, ClientReport const &report)
+/// "/home/ann/.ssh/config line 3: Bad Match condition", and about a hundred other ends of such a line.
+bool namesLineOfFile(std::string_view words)
+{
+    auto const line = takeLine(words);
+    auto const number = line.find(" line ");
+    return line.starts_with('/') && number != std::string_view::npos &&
+           line.find_first_of("0123456789", number) == number + std::string_view(" line ").size();
+}
+
+Cause causeWithoutClue(HostFailure const &failure, ClientReport const &report, std::string_view words)
 {
     if (failure.isOnTheWay)
         return Cause::closed;
-    return report.stage == ClientStage::waitingForShell ? Cause::endedShell : Cause::unknown;
+    if (report.stage == ClientStage::waitingForShell)
+        return Cause::endedShell;
+    return report.stage == ClientStage::reaching && namesLineOfFile(words) ? Cause::badConfiguration : Cause::unknown;
 }
 
 Cause causeOf(HostFailure const &failure, ClientReport const &report, std::string_view words, std::string_view detail)
@@ -253,7 +268,7 @@ Cause causeOf(HostFailure const &failure, ClientReport const &report, std::strin
         return *ofClient;
     if (auto const end = firstClue(endClues, words))
         return *end;
-    return causeWithoutClue(failure, report);
+    return causeWithoutClue(failure, report, words);
 }
 
 /// ssh gives the fingerprint a line of its own, with a full stop.

@@ -35,6 +35,7 @@ struct HostFailure {
         noCommonAlgorithm, ///< `subject` is the kind of algorithm, `offer` what the host has
         noShell,           ///< the account has none
         onlySftp,
+        noSession, ///< the host opens no session, or no further one
         noBash,
         endedShell,       ///< the shell ended before it answered
         replacedShell,    ///< another program answers in place of the shell

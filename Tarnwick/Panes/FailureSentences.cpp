@@ -152,6 +152,8 @@ Sentence sentenceFor(HostFailure const &failure)
                 "Your account has no shell."};
     case Cause::onlySftp:
         return {"%@ gives your account no shell, only sftp. Tarnwick needs a shell there."};
+    case Cause::noSession:
+        return {"%@ lets you in, but opens no session. It may have too many; try again later."};
     case Cause::noBash:
         return {"%@ has no bash, which Tarnwick needs there. It has to be installed first."};
     case Cause::endedShell:
@@ -172,6 +174,9 @@ Text onTheWay(HostFailure const &failure)
 {
     Text const failed{"The jump host or proxy on the way to %@ failed.", {hostName(failure)}};
     auto const said = quotedOnOneLine(failure.hostSays);
+    constexpr std::string_view unreached = "open failed: connect failed: ";
+    if (auto const reason = said.find(unreached); reason != std::string::npos)
+        return {"The jump host does not reach %@: %@.", {hostName(failure), said.substr(reason + unreached.size())}};
     auto const text = said.empty() ? failed : joined(failed, {"It says: %@", {said}});
     return failure.canLogIn() ? joined(text, "Log in to answer its questions.") : text;
 }
