@@ -98,7 +98,7 @@ Sentence timedOut(ClientStage stage)
     case ClientStage::waitingForShell:
         break;
     }
-    return {"The shell of %@ does not answer. A start file such as .bashrc may wait for something.",
+    return {"The shell of %@ does not answer. A start file such as .bashrc may wait, or start another program.",
             "You are logged in, but the shell does not answer."};
 }
 

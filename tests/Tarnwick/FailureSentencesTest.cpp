@@ -139,7 +139,7 @@ std::vector<Row> const &table()
               std::string(keyExchanged)),
          Cause::timedOut, "web did not finish the login in time. It may be busy; try again later."},
         {late(loggedIn), Cause::timedOut,
-         "The shell of web does not answer. A start file such as .bashrc may wait for something."},
+         "The shell of web does not answer. A start file such as .bashrc may wait, or start another program."},
         {failed("Unable to negotiate with 192.0.2.7 port 22: no matching host key type found. Their offer: "
                 "ssh-rsa,ssh-dss\r\n"),
          Cause::noCommonAlgorithm,
