@@ -4,6 +4,7 @@
 #include "TWCore/Model/DirectorySnapshot.h"
 #include "TWCore/Model/FetchPriority.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -12,6 +13,9 @@ namespace tw {
 
 /// The listings of one fetch, by normalised absolute path. They may share one name storage.
 using Listings = std::map<std::string, DirectorySnapshot>;
+
+/// Takes the rows of a listing that have come so far, while the rest is on its way. Called on any thread.
+using PartTaker = std::function<void(DirectorySnapshot)>;
 
 /// A place that holds files: this machine, a host, an archive. Only providers know where files are.
 ///
@@ -42,6 +46,14 @@ public:
 
     /// Lists the directory `path` and, for a `depth` above 1, those below it, down to that depth.
     virtual Task<Listings> fetch(std::string path, int depth, FetchPriority priority) = 0;
+
+    /// Lists the directory `path` for a person who waits, however long the listing is. If that takes long, `onPart` is
+    /// called with what there is, marked as truncated, before the end; never afterwards.
+    virtual Task<Listings> fetchWhole(std::string path, PartTaker onPart)
+    {
+        static_cast<void>(onPart);
+        return fetch(std::move(path), 1, FetchPriority::interactive);
+    }
 
     /// Disconnects. Does not throw.
     virtual Task<void> disconnect() { return nothingToDo(); }

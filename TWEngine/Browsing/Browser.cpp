@@ -26,13 +26,31 @@ Task<std::invoke_result_t<Function>> Browser::onOwnStrand(Function function)
     return onStrand(strand, run(std::move(function)));
 }
 
-Task<OpenResult> Browser::open(std::string path)
+/// A caller that waits for a fetch, as long as this exists.
+class Browser::Caller {
+public:
+    Caller(std::shared_ptr<Browser> waitsAt, std::uint64_t fetch) : browser(std::move(waitsAt)), number(fetch)
+    {
+        browser->schedule.join(number);
+    }
+
+    ~Caller() { browser->schedule.leave(number); }
+
+    Caller(Caller const &) = delete;
+    Caller &operator=(Caller const &) = delete;
+
+private:
+    std::shared_ptr<Browser> const browser;
+    std::uint64_t const number;
+};
+
+Task<OpenResult> Browser::open(std::string path, PartTaker onPart)
 {
     // Not a coroutine: the owner and the argument are in the frame before anything can suspend.
-    return onStrand(strand, openHere(shared_from_this(), ListingParser::normalize(path)));
+    return onStrand(strand, openHere(shared_from_this(), ListingParser::normalize(path), std::move(onPart)));
 }
 
-Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string path)
+Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string path, PartTaker onPart)
 {
     ++self->counters.opens;
     if (auto warm = self->openWarm(path))
@@ -51,19 +69,30 @@ Task<OpenResult> Browser::openHere(std::shared_ptr<Browser> self, std::string pa
 
     ++self->counters.coldFetches;
     for (;;) {
-        auto const fetch = self->fetchToAwait(path);
-        auto const end = co_await fetch.arrival();
-        if (auto fetched = self->openFetched(path, end))
+        auto fetched = co_await awaitFetch(self, path, onPart);
+        if (fetched)
             co_return *std::move(fetched);
     }
 }
 
-Task<OpenResult> Browser::reread(std::string path)
+/// Nothing if the listing was forgotten before the caller went on, and is to be fetched again.
+Task<std::optional<OpenResult>> Browser::awaitFetch(std::shared_ptr<Browser> self, std::string path, PartTaker onPart)
 {
-    return onStrand(strand, rereadHere(shared_from_this(), ListingParser::normalize(path)));
+    auto const number = self->fetchToAwait(path);
+    auto const fetch = self->running.at(number);
+    if (onPart)
+        fetch.watch(std::move(onPart));
+    Caller const caller(self, number);
+    auto const end = co_await fetch.arrival();
+    co_return self->openFetched(path, end);
 }
 
-Task<OpenResult> Browser::rereadHere(std::shared_ptr<Browser> self, std::string path)
+Task<OpenResult> Browser::reread(std::string path, PartTaker onPart)
+{
+    return onStrand(strand, rereadHere(shared_from_this(), ListingParser::normalize(path), std::move(onPart)));
+}
+
+Task<OpenResult> Browser::rereadHere(std::shared_ptr<Browser> self, std::string path, PartTaker onPart)
 {
     ++self->counters.opens;
     ++self->counters.coldFetches;
@@ -72,14 +101,14 @@ Task<OpenResult> Browser::rereadHere(std::shared_ptr<Browser> self, std::string 
         auto const *const joinable = self->schedule.joinable(path, self->interactiveDepth());
         if (joinable && joinable->number <= lastBefore) {
             auto const earlier = self->running.at(joinable->number);
+            Caller const caller(self, joinable->number);
             co_await earlier.end();
             continue;
         }
         if (!joinable)
             self->forget(path, ForgottenPaths::Reach::path);
-        auto const fetch = self->fetchToAwait(path);
-        auto const end = co_await fetch.arrival();
-        if (auto fetched = self->openFetched(path, end))
+        auto fetched = co_await awaitFetch(self, path, onPart);
+        if (fetched)
             co_return *std::move(fetched);
     }
 }
@@ -160,12 +189,17 @@ void Browser::scanBehind(std::string const &root, int depth, Reason reason)
                            clock->steadyNow()));
 }
 
-RunningFetch Browser::fetchToAwait(std::string const &root)
+/// The number of the fetch.
+std::uint64_t Browser::fetchToAwait(std::string const &root)
 {
     auto const depth = interactiveDepth();
     if (auto const *const fetch = schedule.joinable(root, depth))
-        return running.at(fetch->number);
-    return begin(schedule.beginAwaited(root, depth, clock->steadyNow()));
+        return fetch->number;
+    for (auto const number : schedule.cancelLeft())
+        running.at(number).cancel();
+    auto const fetch = schedule.beginAwaited(root, depth, clock->steadyNow());
+    begin(fetch);
+    return fetch.number;
 }
 
 void Browser::carryOut(FetchSchedule::Orders const &orders)
@@ -178,11 +212,27 @@ void Browser::carryOut(FetchSchedule::Orders const &orders)
     }
 }
 
-RunningFetch Browser::begin(Fetch const &fetch)
+void Browser::begin(Fetch const &fetch)
 {
-    auto const started = RunningFetch::start(strand.executor(), fetch.root, performFetch(weak_from_this(), fetch));
-    running.emplace(fetch.number, started);
-    return started;
+    running.emplace(fetch.number,
+                    RunningFetch::start(strand.executor(), fetch.root, performFetch(weak_from_this(), fetch)));
+}
+
+Task<Listings> Browser::ask(Fetch const &fetch)
+{
+    if (!fetch.hasAllRoom() || fetch.depth > 1)
+        return provider->fetch(fetch.root, fetch.depth, fetch.priority);
+    auto const pass = [weak = weak_from_this(), ground = strand.executor(),
+                       number = fetch.number](DirectorySnapshot const &part) {
+        ground->post([weak, number, part] {
+            auto const self = weak.lock();
+            if (!self)
+                return;
+            if (auto const found = self->running.find(number); found != self->running.end())
+                found->second.part(part);
+        });
+    };
+    return provider->fetchWhole(fetch.root, pass);
 }
 
 Task<FetchEnd> Browser::performFetch(std::weak_ptr<Browser> weak, Fetch fetch)
@@ -192,10 +242,11 @@ Task<FetchEnd> Browser::performFetch(std::weak_ptr<Browser> weak, Fetch fetch)
         throw Cancelled();
     auto const provider = self->provider;
     auto const clock = self->clock;
+    auto asking = self->ask(fetch);
     self.reset(); // a scan does not keep its Browser alive
 
     auto const started = clock->steadyNow();
-    auto answer = co_await outcomeOf(provider->fetch(fetch.root, fetch.depth, fetch.priority));
+    auto answer = co_await outcomeOf(std::move(asking));
     auto const elapsed = clock->steadyNow() - started;
 
     self = weak.lock();

@@ -92,7 +92,11 @@ public:
 
     /// The listing of `path`: fresh, or stale with a newer one on its way through `updates`.
     /// Throws BrowserError::NotADirectory when the provider answered without it.
-    Task<OpenResult> open(std::string path);
+    ///
+    /// If a cold listing takes long, `onPart` gets parts of it meanwhile, on the strand. Parts are not cached.
+    /// Cancellation: the fetch goes on for other callers. One that all its callers have left goes on too, until the
+    /// next fetch is awaited.
+    Task<OpenResult> open(std::string path, PartTaker onPart = {});
 
     /// What memory holds of `path`, without a fetch or any other effect.
     Task<std::optional<DirectorySnapshot>> cached(std::string path);
@@ -109,8 +113,8 @@ public:
     Task<void> prefetch(std::string path);
 
     /// Forgets `path` and fetches it anew. One fetch of a path runs at a time: callers that come meanwhile wait for its
-    /// end, and share the next.
-    Task<OpenResult> reread(std::string path);
+    /// end, and share the next. `onPart` as in `open`.
+    Task<OpenResult> reread(std::string path, PartTaker onPart = {});
 
     /// Forgets `path`, and what was scanned along with it, in memory, and `path` in the store.
     Task<void> invalidate(std::string path);
@@ -154,9 +158,13 @@ private:
     using Fetch = FetchSchedule::Fetch;
     using Reason = FetchSchedule::Reason;
 
+    class Caller;
+
     /// The public operations, on the strand.
-    static Task<OpenResult> openHere(std::shared_ptr<Browser> self, std::string path);
-    static Task<OpenResult> rereadHere(std::shared_ptr<Browser> self, std::string path);
+    static Task<OpenResult> openHere(std::shared_ptr<Browser> self, std::string path, PartTaker onPart);
+    static Task<OpenResult> rereadHere(std::shared_ptr<Browser> self, std::string path, PartTaker onPart);
+    static Task<std::optional<OpenResult>> awaitFetch(std::shared_ptr<Browser> self, std::string path,
+                                                      PartTaker onPart);
     static Task<std::optional<DirectorySnapshot>> rememberedHere(std::shared_ptr<Browser> self, std::string path);
     static Task<void> shutdownHere(std::shared_ptr<Browser> self);
     void forget(std::string const &path, ForgottenPaths::Reach reach);
@@ -175,9 +183,10 @@ private:
     void ensureHorizon(std::string const &path);
 
     void scanBehind(std::string const &root, int depth, Reason reason);
-    RunningFetch fetchToAwait(std::string const &root);
+    std::uint64_t fetchToAwait(std::string const &root);
+    Task<Listings> ask(Fetch const &fetch);
     void carryOut(FetchSchedule::Orders const &orders);
-    RunningFetch begin(Fetch const &fetch);
+    void begin(Fetch const &fetch);
     static Task<FetchEnd> performFetch(std::weak_ptr<Browser> weak, Fetch fetch);
     FetchEnd takeIn(Fetch const &fetch, Listings listings, std::chrono::duration<double> elapsed);
     void end(Fetch const &fetch);

@@ -20,10 +20,34 @@ FetchSchedule::Fetch const *FetchSchedule::joinable(std::string const &root, int
 {
     for (auto const &[number, fetch] : running) {
         if (fetch.root == root && fetch.depth == depth && fetch.priority == FetchPriority::interactive &&
-            !isStale(root, number))
+            !fetch.isCancelled && !isStale(root, number))
             return &fetch;
     }
     return nullptr;
+}
+
+void FetchSchedule::join(std::uint64_t number)
+{
+    if (auto const found = running.find(number); found != running.end())
+        ++found->second.callers;
+}
+
+void FetchSchedule::leave(std::uint64_t number)
+{
+    if (auto const found = running.find(number); found != running.end())
+        --found->second.callers;
+}
+
+std::vector<std::uint64_t> FetchSchedule::cancelLeft()
+{
+    std::vector<std::uint64_t> left;
+    for (auto &[number, fetch] : running) {
+        if (!fetch.hasAllRoom() || fetch.callers > 0 || fetch.isCancelled)
+            continue;
+        fetch.isCancelled = true;
+        left.push_back(number);
+    }
+    return left;
 }
 
 FetchSchedule::Fetch FetchSchedule::beginAwaited(std::string const &root, int depth, Time now)
@@ -68,8 +92,9 @@ void FetchSchedule::clear()
 
 bool FetchSchedule::isCovered(Wish const &wish) const
 {
-    auto const isRunningFresh = std::ranges::any_of(
-        running, [&](auto const &each) { return isSameScan(each.second, wish) && !isStale(wish.root, each.first); });
+    auto const isRunningFresh = std::ranges::any_of(running, [&](auto const &each) {
+        return isSameScan(each.second, wish) && !each.second.isCancelled && !isStale(wish.root, each.first);
+    });
     auto const isWaiting = [&](Wish const &other) { return isSameScan(other, wish); };
     return isRunningFresh || (wish.reason == Reason::cursor && std::ranges::any_of(behind, isWaiting));
 }

@@ -50,6 +50,8 @@ public:
         FetchPriority priority = FetchPriority::background;
         std::optional<Reason> reason; ///< none: callers wait for it
         Time began;
+        int callers = 0; ///< that wait for it now
+        bool isCancelled = false;
 
         /// Whether its answer may be as long as it is. A host gives a background scan less room.
         bool hasAllRoom() const { return priority == FetchPriority::interactive; }
@@ -74,6 +76,14 @@ public:
     /// A running fetch of `root` at that depth that a caller who asks now may wait for: not in the background, and not
     /// stale.
     Fetch const *joinable(std::string const &root, int depth) const;
+
+    /// Counts the callers that wait for a running fetch. Ignored for a fetch that has ended.
+    void join(std::uint64_t number);
+    void leave(std::uint64_t number);
+
+    /// Called before `beginAwaited`. Returns the fetches to cancel: those that may be long, and that no caller waits
+    /// for any more. Their answer would be worth keeping, but not worth a wait of the caller who comes now.
+    std::vector<std::uint64_t> cancelLeft();
 
     /// Begins a fetch that a caller waits for, whatever else runs.
     Fetch beginAwaited(std::string const &root, int depth, Time now);

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "TWCore/Provider/FileSystemProvider.h"
 #include "TWEngine/Runtime/SharedTask.h"
 
 #include <string>
+#include <vector>
 
 namespace tw {
 
@@ -32,6 +34,18 @@ public:
     }
 
     std::string const &root() const noexcept { return path; }
+
+    /// Passes the parts of a long listing to a caller, until the listing has come.
+    void watch(PartTaker onPart) const { watchers->push_back(std::move(onPart)); }
+
+    /// A part of the listing has come.
+    void part(DirectorySnapshot const &snapshot) const
+    {
+        if (first->isSettled())
+            return;
+        for (auto const &watcher : *watchers)
+            watcher(snapshot);
+    }
 
     /// The listing has come by another way.
     void arrive() const
@@ -78,6 +92,7 @@ private:
     std::string path;
     First first;
     SharedTask<FetchEnd> task;
+    std::shared_ptr<std::vector<PartTaker>> watchers = std::make_shared<std::vector<PartTaker>>();
 };
 
 } // namespace tw

@@ -42,4 +42,11 @@ Listings read(ListingResponse response, Question const &asked, std::chrono::syst
     return listings;
 }
 
+DirectorySnapshot part(std::string_view bytes, std::string const &path, std::chrono::system_clock::time_point fetchedAt)
+{
+    auto listings = ListingParser::parse(std::make_shared<std::string const>(bytes), path, 1, fetchedAt,
+                                         ListingParser::Completeness::truncated);
+    return std::move(listings.at(ListingParser::normalize(path)));
+}
+
 } // namespace tw::HostListing

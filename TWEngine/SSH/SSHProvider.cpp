@@ -10,6 +10,7 @@
 #include "TWEngine/SSH/HostFiles.h"
 #include "TWEngine/SSH/HostListing.h"
 #include "TWEngine/SSH/TransferFile.h"
+#include "TWEngine/Shell/PacedListing.h"
 
 namespace tw {
 
@@ -20,6 +21,12 @@ constexpr std::size_t keptBytes = 65536;
 
 /// What of a file is asked for at once: far below what ends a session as a flood.
 constexpr std::size_t mostBytesInAnAnswer = 16U << 20U;
+
+/// What is sent unasked is small, also on a fast line: it takes the place of other listings in memory.
+constexpr std::size_t maxScanBytes = 2U << 20U;
+
+/// What a folder may have to be there with the first answer, on a fast line.
+constexpr std::size_t maxFirstAnswerBytes = 1U << 20U;
 
 RemoteShellOptions completed(RemoteShellOptions options, std::string const &host, ControlPath::Place const &sockets)
 {
@@ -162,14 +169,59 @@ Task<Listings> SSHProvider::fetch(std::string path, int depth, FetchPriority pri
 
 Task<Listings> SSHProvider::fetchHere(Self self, std::string path, int depth, FetchPriority priority)
 {
-    auto const choice = priority == FetchPriority::background ? Choice::backgroundIfReady : Choice::interactive;
+    if (priority == FetchPriority::interactive) {
+        auto response = co_await list(self, Choice::interactive, path, depth, self->options.maxResponseBytes);
+        co_return self->read(std::move(response), path, depth);
+    }
+    for (;;) {
+        auto const room = self->line.room(maxScanBytes);
+        auto response = co_await list(self, Choice::backgroundIfReady, path, depth, room);
+        // The scan has shown what the line can do: on one that nothing was known of, the room was a guess.
+        auto const wasNarrow = response.truncated && self->line.room(maxScanBytes) >= 2 * room;
+        if (!wasNarrow)
+            co_return self->read(std::move(response), path, depth);
+    }
+}
+
+Task<ListingResponse> SSHProvider::list(Self self, Choice choice, std::string path, int depth, std::size_t room)
+{
     auto response = co_await self->sessions->asking<ListingResponse>(
-        choice, [path, depth](RemoteShell &shell) { return shell.list(path, depth); });
+        choice, [path, depth, room](RemoteShell &shell) { return shell.list(path, depth, room); });
+    self->line.note(response.bytes.size(), response.elapsed);
     // A host that sends more than it was told to does not decide how much is made of it.
     response.bytes.resize(std::min(response.bytes.size(), self->options.maxResponseBytes));
-    HostListing::Question const asked{
-        .host = self->destination, .dialect = self->sessions->speaks(), .path = path, .depth = depth};
-    co_return HostListing::read(std::move(response), asked, self->engine.clock()->now());
+    co_return response;
+}
+
+Task<Listings> SSHProvider::fetchWhole(std::string path, PartTaker onPart)
+{
+    return inTurn(fetchWholeHere(shared_from_this(), std::move(path), std::move(onPart)));
+}
+
+Task<Listings> SSHProvider::fetchWholeHere(Self self, std::string path, PartTaker onPart)
+{
+    auto const clock = self->engine.clock();
+    auto const begun = clock->steadyNow();
+    auto const room = self->line.room(maxFirstAnswerBytes);
+    auto response = co_await list(self, Choice::interactive, path, 1, room);
+    if (response.truncated && self->sessions->speaks() == ShellDialect::posix) {
+        WholeListing whole{.line = self->line, .begun = begun};
+        if (onPart)
+            whole.onPart = [path, onPart, clock](std::string_view bytes) {
+                onPart(HostListing::part(bytes, path, clock->now()));
+            };
+        response = co_await self->sessions->asking<ListingResponse>(
+            Choice::interactive, [path, whole](RemoteShell &shell) { return shell.listWhole(path, whole); });
+        self->line.note(response.bytes.size(), response.elapsed);
+        response.bytes.resize(std::min(response.bytes.size(), PacedListing::mostBytes));
+    }
+    co_return self->read(std::move(response), path, 1);
+}
+
+Listings SSHProvider::read(ListingResponse response, std::string const &path, int depth) const
+{
+    HostListing::Question const asked{.host = destination, .dialect = sessions->speaks(), .path = path, .depth = depth};
+    return HostListing::read(std::move(response), asked, engine.clock()->now());
 }
 
 Task<std::string> SSHProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)

@@ -21,7 +21,7 @@ class EngineRuntime;
 ///
 /// Threads: serialised on its own strand; every operation may be called from anywhere.
 /// Lifetime: shared; the engine outlives it. It is disconnected before it is dropped.
-/// Cancellation: connecting and the transfer of a file stop; a question that was sent is waited for.
+/// Cancellation: connecting, listings and the transfer of a file stop; another question that was sent is waited for.
 /// Errors: RemoteShellError, ReadError, FileOperationError, and SpawnError if ssh cannot be started for a file. What is
 /// in flight at a disconnect fails with Disconnected and is not asked again.
 class SSHProvider final : public FileSystemReader,
@@ -52,6 +52,9 @@ public:
     Task<void> connect() override;
 
     Task<Listings> fetch(std::string path, int depth, FetchPriority priority) override;
+
+    /// At most PacedListing::mostBytes.
+    Task<Listings> fetchWhole(std::string path, PartTaker onPart) override;
 
     /// Ends all sessions. A later connect does not ask again what the host speaks.
     Task<void> disconnect() override;
@@ -99,6 +102,9 @@ private:
 
     static Task<void> disconnectHere(Self self);
     static Task<Listings> fetchHere(Self self, std::string path, int depth, FetchPriority priority);
+    static Task<Listings> fetchWholeHere(Self self, std::string path, PartTaker onPart);
+    static Task<ListingResponse> list(Self self, Choice choice, std::string path, int depth, std::size_t room);
+    Listings read(ListingResponse response, std::string const &path, int depth) const;
     static Task<std::string> readChunkHere(std::shared_ptr<HostSessions> sessions, std::string path,
                                            std::int64_t offset, std::size_t length);
     static Task<void> downloadHere(Self self, std::string path, std::string localPath);
@@ -129,6 +135,7 @@ private:
 
     // On the strand.
     std::optional<SharedTask<void>> transfer;
+    LineSpeed line;
 };
 
 } // namespace tw

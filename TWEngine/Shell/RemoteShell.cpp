@@ -209,6 +209,7 @@ Task<void> RemoteShell::listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<
             self->events.onHeard();
         for (auto &frame : frames)
             self->deliver(std::move(frame));
+        self->advancePaced();
         return true;
     };
     auto const detail = co_await session->listen(std::move(clock), take);
@@ -225,6 +226,7 @@ void RemoteShell::deliver(ShellReader::Frame frame)
         return;
     auto const answer = waiting->second;
     pending.erase(waiting);
+    left.erase(frame.id);
     // A file's bytes would be moved by one.
     if (frame.beginsWithLateLineFeed)
         frame.payload.erase(0, 1);
@@ -257,6 +259,7 @@ void RemoteShell::teardown(std::optional<std::string> const &reason)
 
 void RemoteShell::failPending(std::string const &detail)
 {
+    left.clear();
     for (auto const &[id, answer] : std::exchange(pending, {}))
         answer->fail(std::make_exception_ptr(RemoteShellError::Disconnected(detail)));
 }
@@ -278,6 +281,8 @@ Task<ListingResponse> RemoteShell::answerWithin(std::shared_ptr<Clock> clock, An
 
 Task<ListingResponse> RemoteShell::request(std::shared_ptr<RemoteShell> self, ShellRequest request, Seconds limit)
 {
+    if (self->paced)
+        co_await turn(self);
     if (!self->connected)
         throw RemoteShellError::NotConnected();
     auto const id = self->nextRequestID++;
@@ -346,7 +351,8 @@ Task<RemoteShell::State> RemoteShell::state()
 
 Task<RemoteShell::State> RemoteShell::stateHere(std::shared_ptr<RemoteShell> self)
 {
-    co_return State{self->connected, self->handshake, self->disconnectReason, self->unexpectedOutput, self->report()};
+    co_return State{self->connected,        self->handshake, self->disconnectReason,
+                    self->unexpectedOutput, self->report(),  !self->left.empty()};
 }
 
 ClientReport RemoteShell::report() const

@@ -7,6 +7,7 @@
 #include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Runtime/Strand.h"
 #include "TWEngine/Shell/ClientWords.h"
+#include "TWEngine/Shell/LineSpeed.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "TWEngine/Shell/RemoteShellOptions.h"
 #include "TWEngine/Shell/ShellHandshake.h"
@@ -17,6 +18,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace tw {
@@ -32,6 +34,15 @@ struct ListingResponse {
     /// Of a listing: why the folder cannot be listed, see PathQuestion. Nothing if it can be, or if the host was not
     /// asked.
     std::optional<std::string> refusal = {};
+    std::chrono::duration<double> elapsed{}; ///< of a listing: from its request to its end
+};
+
+/// How a listing is read whole.
+struct WholeListing {
+    LineSpeed line;
+    std::chrono::steady_clock::time_point begun; ///< when the person began to wait
+    /// Gets what has come so far, on the strand, if the listing takes long. Each time it is twice as much as before.
+    std::function<void(std::string_view)> onPart = {};
 };
 
 /// One long conversation with one host: an ssh client whose remote command is a shell, into which the resident script
@@ -43,8 +54,9 @@ struct ListingResponse {
 /// Threads: serialised on its own strand; every operation may be called from anywhere.
 /// Lifetime: shared; the I/O thread outlives it. What reads the host's output does not keep it alive, and the ssh
 /// client goes with it.
-/// Cancellation: a request that was sent is waited for even if its caller is cancelled, since its answer must be taken
-/// off the line; the end of the session ends the waiting. Connecting stops with its caller.
+/// Cancellation: a listing ends at once, and its answer is dropped when it comes. Every other request that was sent is
+/// waited for even if its caller is cancelled, since it may have changed something; the end of the session ends the
+/// waiting. Connecting stops with its caller.
 /// Errors: RemoteShellError. TimedOut is thrown when the late answer arrives or the session ends: the clock alone never
 /// abandons an answer, so no answer is taken for another's.
 class RemoteShell : public std::enable_shared_from_this<RemoteShell> {
@@ -78,9 +90,13 @@ public:
     /// second call during the first starts over, and the first call fails.
     Task<void> connect();
 
-    /// The entries below `path`, down to `depth` levels. A POSIX host is asked along with it whether the folder can be
-    /// listed.
-    Task<ListingResponse> list(std::string path, int depth);
+    /// The entries below `path`, down to `depth` levels, cut at `room` bytes or at the budget of the session. A POSIX
+    /// host is asked along with it whether the folder can be listed.
+    Task<ListingResponse> list(std::string path, int depth, std::optional<std::size_t> room = {});
+
+    /// The entries of the folder `path`, at most PacedListing::mostBytes. Requests behind it wait until it has ended.
+    /// Without a limit of time. For POSIX hosts.
+    Task<ListingResponse> listWhole(std::string path, WholeListing how);
 
     /// Bytes; 0 for a missing file.
     Task<std::int64_t> fileSize(std::string path);
@@ -100,6 +116,7 @@ public:
         std::optional<std::string> disconnectReason; ///< the last one
         std::string unexpectedOutput; ///< what the host has printed instead of a greeting in the last attempt
         ClientReport report;          ///< of the client of this connection attempt, or the last one
+        bool isHeldUp = false; ///< by a listing whose caller has gone: what is asked next comes behind its answer
     };
 
     Task<State> state();
@@ -110,14 +127,20 @@ public:
 private:
     using Answer = std::shared_ptr<Completion<ListingResponse>>;
 
+    struct Paced;
+
     static Task<void> connectHere(std::shared_ptr<RemoteShell> self);
     /// False if another shell than bash has answered; the next attempt replaces it.
     static Task<bool> attempt(std::shared_ptr<RemoteShell> self);
     static Task<bool> greet(std::shared_ptr<RemoteShell> self, std::shared_ptr<ShellClient> session);
     static Task<std::int32_t> awaitHandshake(std::shared_ptr<RemoteShell> self, Answer answer);
     static Task<ListingResponse> request(std::shared_ptr<RemoteShell> self, ShellRequest request, Seconds limit);
+    static Task<ListingResponse> listing(std::shared_ptr<RemoteShell> self, std::string path, int depth,
+                                         std::size_t room);
+    static Task<ListingResponse> wholeListing(std::shared_ptr<RemoteShell> self, std::string path, WholeListing how);
+    static Task<ListingResponse> answerUnlessLeft(std::shared_ptr<RemoteShell> self, std::uint64_t id, Answer answer);
+    static Task<void> turn(std::shared_ptr<RemoteShell> self);
     static Task<ListingResponse> answerWithin(std::shared_ptr<Clock> clock, Answer answer, Seconds limit);
-    static Task<ListingResponse> listing(std::shared_ptr<RemoteShell> self, std::string path, int depth);
     static Task<void> closeSlow(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session, Seconds limit);
     static void close(std::weak_ptr<RemoteShell> const &weak, std::shared_ptr<ShellClient> const &session);
     static Task<void> listen(std::weak_ptr<RemoteShell> weak, std::shared_ptr<ShellClient> session,
@@ -129,6 +152,7 @@ private:
     void startSession();
     std::unique_ptr<ClientWords> newWords();
     void deliver(ShellReader::Frame frame);
+    void advancePaced();
     void handleClosed(ShellClient const *closed, std::string const &detail);
     void teardown(std::optional<std::string> const &reason);
     void failPending(std::string const &detail);
@@ -152,6 +176,8 @@ private:
     std::uint64_t nextRequestID = 1; ///< never reset; 0 is the handshake's
     std::map<std::uint64_t, Answer> pending;
     std::weak_ptr<ShellClient> instructed; ///< the session whose shell knows the question beside a listing
+    std::set<std::uint64_t> left;          ///< the pending listings whose callers have gone
+    std::shared_ptr<Paced> paced;          ///< null: requests can be written
     std::optional<std::string> disconnectReason;
     std::string unexpectedOutput;
     bool hasOtherShell = false; ///< see OtherShell

@@ -1,28 +1,54 @@
-// How a session lists folders.
+// How a session lists folders: with the question beside the listing, whole and paced, and left by its caller.
 
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "TWEngine/Runtime/SharedCompletion.h"
+#include "TWEngine/Shell/Pace.h"
+#include "TWEngine/Shell/PacedListing.h"
 #include "TWEngine/Shell/PathQuestion.h"
 #include "TWEngine/Shell/RemoteShell.h"
 #include "TWEngine/Shell/ShellClient.h"
 
 namespace tw {
 
-Task<ListingResponse> RemoteShell::list(std::string path, int depth)
+namespace {
+
+/// A person waits that long without a need to see something.
+constexpr std::chrono::milliseconds firstPartAfter{500};
+
+} // namespace
+
+/// The paced listing that a session sends.
+struct RemoteShell::Paced {
+    std::uint64_t id = 0;
+    Pace pace;
+    WholeListing listing;
+    std::size_t lastPart = 0; ///< bytes
+    std::shared_ptr<SharedCompletion<void>> const ended = std::make_shared<SharedCompletion<void>>();
+};
+
+Task<ListingResponse> RemoteShell::list(std::string path, int depth, std::optional<std::size_t> room)
 {
-    return onStrand(strand, listing(shared_from_this(), std::move(path), depth));
+    return onStrand(strand, listing(shared_from_this(), std::move(path), depth,
+                                    std::min(room.value_or(options.maxResponseBytes), options.maxResponseBytes)));
 }
 
-Task<ListingResponse> RemoteShell::listing(std::shared_ptr<RemoteShell> self, std::string path, int depth)
+Task<ListingResponse> RemoteShell::listing(std::shared_ptr<RemoteShell> self, std::string path, int depth,
+                                           std::size_t room)
 {
+    if (self->paced)
+        co_await turn(self);
     if (!self->connected)
         throw RemoteShellError::NotConnected();
-    auto const limit = self->options.requestTimeout;
     auto const listID = self->nextRequestID++;
     auto const listed = self->expect(listID);
-    auto text = ShellRequest::list(self->dialect, path, depth).numbered(listID);
-    Answer question;
+    auto const isLess = room < self->options.maxResponseBytes;
+    auto text =
+        ShellRequest::list(self->dialect, path, depth, isLess ? std::optional(room) : std::nullopt).numbered(listID);
     // In one write: the question costs no round trip.
+    auto const questionID = self->nextRequestID++;
+    Answer question;
     if (self->dialect == ShellDialect::posix) {
-        auto const questionID = self->nextRequestID++;
         question = self->expect(questionID);
         text += ShellRequest::ask(path).numbered(questionID);
         // Nothing else asks it, so a session learns it with its first listing.
@@ -30,13 +56,97 @@ Task<ListingResponse> RemoteShell::listing(std::shared_ptr<RemoteShell> self, st
             text.insert(0, PathQuestion::script(self->nonce));
         self->instructed = self->session;
     }
+    auto const started = self->clock->steadyNow();
     self->session->write(text);
-    auto response = co_await answerWithin(self->clock, listed, limit);
+    auto response = co_await answerUnlessLeft(self, listID, listed);
+    response.elapsed = self->clock->steadyNow() - started;
+    response.truncated = response.truncated || response.bytes.size() >= room;
     if (question) {
-        auto const said = co_await answerWithin(self->clock, question, limit);
+        auto const said = co_await answerUnlessLeft(self, questionID, question);
         response.refusal = PathQuestion::refusal(said.status, said.bytes);
     }
     co_return response;
+}
+
+Task<ListingResponse> RemoteShell::answerUnlessLeft(std::shared_ptr<RemoteShell> self, std::uint64_t id, Answer answer)
+{
+    auto const context = co_await currentContext();
+    auto const limit = self->options.requestTimeout;
+    auto const started = self->clock->steadyNow();
+    auto outcome = co_await outcomeOf(Completion<ListingResponse>::wait(answer));
+    if (outcome.failure && context.stop.stop_requested()) {
+        // The answer is dropped when it comes, and until then it holds up what is asked next.
+        if (self->pending.contains(id))
+            self->left.insert(id);
+        throw Cancelled();
+    }
+    if (self->clock->steadyNow() - started >= limit)
+        throw RemoteShellError::TimedOut(limit, outcome.failure ? RemoteShellError::TimedOut::Session::ended
+                                                                : RemoteShellError::TimedOut::Session::stillThere);
+    co_return outcome.take();
+}
+
+Task<ListingResponse> RemoteShell::listWhole(std::string path, WholeListing how)
+{
+    return onStrand(strand, wholeListing(shared_from_this(), std::move(path), std::move(how)));
+}
+
+Task<ListingResponse> RemoteShell::wholeListing(std::shared_ptr<RemoteShell> self, std::string path, WholeListing how)
+{
+    if (self->paced)
+        co_await turn(self);
+    if (!self->connected)
+        throw RemoteShellError::NotConnected();
+    auto const context = co_await currentContext();
+    auto const session = self->session;
+    auto const id = self->nextRequestID++;
+    auto const answer = self->expect(id);
+    auto const started = self->clock->steadyNow();
+    auto const running =
+        std::make_shared<Paced>(Paced{.id = id, .pace = Pace(how.line, started), .listing = std::move(how)});
+    self->paced = running;
+    session->write(PacedListing::request(self->nonce, id, path) + PacedListing::grant(running->pace.first()));
+    auto outcome = co_await outcomeOf(Completion<ListingResponse>::wait(answer));
+    // What others write from here on stands behind the last grant.
+    session->write(PacedListing::grant(0));
+    self->paced.reset();
+    running->ended->settle({});
+    if (outcome.failure && context.stop.stop_requested()) {
+        if (self->pending.contains(id))
+            self->left.insert(id);
+        throw Cancelled();
+    }
+    auto response = outcome.take();
+    response.elapsed = self->clock->steadyNow() - started;
+    response.truncated = response.bytes.size() >= PacedListing::mostBytes;
+    co_return response;
+}
+
+/// Waits until requests can be written.
+Task<void> RemoteShell::turn(std::shared_ptr<RemoteShell> self)
+{
+    while (self->paced) {
+        auto const ended = self->paced->ended;
+        co_await SharedCompletion<void>::wait(ended);
+    }
+}
+
+/// Bytes have arrived that end no response.
+void RemoteShell::advancePaced()
+{
+    // Until its turn, what arrives belongs to requests before it.
+    if (!paced || pending.empty() || pending.begin()->first != paced->id)
+        return;
+    auto const bytes = session->waiting();
+    auto const now = clock->steadyNow();
+    if (auto const more = paced->pace.arrived(bytes.size(), now); more > 0)
+        session->write(PacedListing::grant(more));
+    // Each part is twice the one before, so that all of them together cost no more than the listing itself.
+    auto const isWorthIt = bytes.size() >= std::max<std::size_t>(1, paced->lastPart * 2);
+    if (!paced->listing.onPart || !isWorthIt || now - paced->listing.begun < firstPartAfter)
+        return;
+    paced->lastPart = bytes.size();
+    paced->listing.onPart(bytes);
 }
 
 } // namespace tw

@@ -6,6 +6,7 @@
 #include "TWEngine/Runtime/PipeError.h"
 #include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/Runtime/TimeOut.h"
+#include "TWEngine/Shell/PacedListing.h"
 
 namespace tw {
 
@@ -17,9 +18,9 @@ constexpr std::size_t maxUnframedBytes = 65536;
 /// Of that, a person is shown as much.
 constexpr std::size_t maxPrintedBytes = 2048;
 
-/// The longest answer that is waited for. Listings are cut by the script and reads by their length, so only a host that
-/// has lost its mind, or that is hostile, sends as much without an end.
-constexpr std::size_t maxAnswerBytes = 64U << 20U;
+/// The longest answer that is waited for, with some room for its marker. Listings are cut by the script and reads by
+/// their length, so only a host that has lost its mind, or that is hostile, sends more without an end.
+constexpr std::size_t maxAnswerBytes = PacedListing::mostBytes + (1U << 20U);
 
 /// How long a client whose output has ended may take to end as well and to say why on its standard error. A shared
 /// connection can hold that open for as long as it lives.

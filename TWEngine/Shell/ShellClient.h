@@ -40,6 +40,9 @@ public:
     /// Stopped by `end`.
     std::stop_token stopToken() const { return stop.get_token(); }
 
+    /// What has come of the next response. Valid until more is read.
+    std::string_view waiting() const noexcept { return reader.waiting(); }
+
     /// The beginning of what it has printed and what is no response.
     std::string unframedOutput() const;
 

@@ -10,9 +10,12 @@ struct ShellRequest::Service {
     std::string_view powershell;
 };
 
-ShellRequest ShellRequest::list(ShellDialect dialect, std::string_view path, int depth)
+ShellRequest ShellRequest::list(ShellDialect dialect, std::string_view path, int depth, std::optional<std::size_t> room)
 {
-    return {dialect, {"tw_list", "TWList"}, std::to_string(depth) + ' ' + quotePath(dialect, path)};
+    ShellRequest request(dialect, {"tw_list", "TWList"}, std::to_string(depth) + ' ' + quotePath(dialect, path));
+    if (room && dialect == ShellDialect::posix)
+        request.name = "TW_MAX=" + std::to_string(*room) + ' ' + request.name;
+    return request;
 }
 
 ShellRequest ShellRequest::ask(std::string_view path)
@@ -48,7 +51,7 @@ std::string ShellRequest::numbered(std::uint64_t id) const
 {
     // On the shell's own input stand the requests behind this one, and a command that reads would take them for data.
     auto const *const input = dialect == ShellDialect::posix ? " </dev/null" : "";
-    auto const text = std::string(name) + ' ' + std::to_string(id) + ' ' + arguments + input;
+    auto const text = name + ' ' + std::to_string(id) + ' ' + arguments + input;
     return encodeRequest(dialect, text) + std::string(lineTerminator(dialect));
 }
 

@@ -3,6 +3,9 @@
 #include "TWCore/Shell/ShellDialect.h"
 
 #include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace tw {
 
@@ -13,7 +16,9 @@ namespace tw {
 class ShellRequest {
 public:
     /// The entries below `path`, down to `depth` levels, as ListingParser reads them.
-    static ShellRequest list(ShellDialect dialect, std::string_view path, int depth);
+    /// With `room`, a POSIX host cuts it at that many bytes in place of the session's budget.
+    static ShellRequest list(ShellDialect dialect, std::string_view path, int depth,
+                             std::optional<std::size_t> room = {});
 
     /// Whether `path` can be listed, and why not, as PathQuestion reads it. For POSIX hosts.
     static ShellRequest ask(std::string_view path);
@@ -36,7 +41,7 @@ private:
     ShellRequest(ShellDialect shellDialect, Service const &service, std::string argumentText);
 
     ShellDialect dialect;
-    std::string_view name; ///< of the function on the host
+    std::string name; ///< of the function on the host, behind assignments for it alone
     std::string arguments;
 };
 

@@ -624,5 +624,85 @@ TEST_F(BrowserTest, aWaiterThatIsStoppedLeavesTheFetchToTheOthers)
     EXPECT_THAT(namesIn(patient), ElementsAre("a"));
 }
 
+TEST_F(BrowserTest, aFetchThatItsCallerHasLeftIsCachedIfNothingElseIsAwaited)
+{
+    auto const left = open("/srv");
+    left.stop();
+    loop.drain();
+    EXPECT_THROW(left.value(), Cancelled);
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 interactive"));
+    answer({file("a")});
+    EXPECT_TRUE(get(browser->cached("/srv")));
+}
+
+TEST_F(BrowserTest, aFetchThatItsCallerHasLeftIsCancelledWhenTheNextIsAwaited)
+{
+    auto const left = open("/srv");
+    left.stop();
+    loop.drain();
+    auto const late = provider->waiting.front();
+    auto const next = open("/other");
+    EXPECT_FALSE(late.answer->succeed({})) << "the provider was stopped";
+    provider->takeOldest();
+    answer({file("a")});
+    EXPECT_THAT(namesIn(next), ElementsAre("a"));
+    EXPECT_FALSE(get(browser->cached("/srv")));
+}
+
+TEST_F(BrowserTest, aFolderThatIsOpenedAgainAfterItWasLeftIsFetchedAgain)
+{
+    open("/srv").stop();
+    loop.drain();
+    open("/other");
+    auto const again = open("/srv");
+    EXPECT_THAT(asked(), ElementsAre("/srv 1 interactive", "/other 1 interactive", "/srv 1 interactive"));
+    provider->takeOldest();
+    answer({file("o")});
+    while (provider->waiting.front().path != "/srv")
+        provider->takeOldest().answer->succeed({});
+    answer({file("a")});
+    EXPECT_THAT(namesIn(again), ElementsAre("a"));
+}
+
+TEST_F(BrowserTest, aRereadThatWaitsForTheOneBeforeKeepsIt)
+{
+    auto const first = open("/srv");
+    auto const reread = loop.start(browser->reread("/srv"));
+    loop.drain();
+    first.stop();
+    loop.drain();
+    open("/other");
+    answer({file("old")});
+    EXPECT_THAT(asked(), testing::Contains("/srv 1 interactive")) << "the reread goes on behind the first";
+    while (provider->waiting.front().path != "/srv" || provider->waiting.front().depth != 1)
+        provider->takeOldest().answer->succeed({});
+    answer({file("new")});
+    EXPECT_THAT(namesIn(reread), ElementsAre("new"));
+}
+
+TEST_F(BrowserTest, partsOfALongListingReachTheCallerAndNobodyElse)
+{
+    std::vector<std::size_t> parts;
+    auto const stream = subscribe();
+    auto const opening =
+        loop.start(browser->open("/srv", [&](DirectorySnapshot const &part) { parts.push_back(part.count()); }));
+    loop.drain();
+    auto const onPart = provider->partTakers.at(0);
+    onPart(listing("/srv", {file("a")}, clock->now(), Completeness::truncated));
+    loop.drain();
+    EXPECT_THAT(parts, ElementsAre(1U));
+    EXPECT_FALSE(get(browser->cached("/srv"))) << "a part is not cached";
+    answer({file("a"), file("b")});
+    EXPECT_THAT(namesIn(opening), ElementsAre("a", "b"));
+    onPart(listing("/srv", {file("late")}, clock->now(), Completeness::truncated));
+    loop.drain();
+    EXPECT_THAT(parts, ElementsAre(1U)) << "behind the whole, no part comes";
+    auto const update = loop.start(stream->next());
+    loop.drain();
+    EXPECT_FALSE(update.isDone()) << "neither was a change for others";
+    update.stop();
+    loop.drain();
+}
+
 } // namespace
 } // namespace tw::test

@@ -225,5 +225,54 @@ TEST_F(FetchScheduleTest, aClearedScheduleKnowsNoFetches)
     EXPECT_GT(schedule.beginAwaited("/1", 1, now).number, numbers["/1"]) << "numbers are not used again";
 }
 
+TEST_F(FetchScheduleTest, anAwaitedFetchThatAllItsCallersHaveLeftGivesWayToTheNext)
+{
+    auto const fetch = schedule.beginAwaited("/a", 1, now);
+    schedule.join(fetch.number);
+    schedule.join(fetch.number);
+    schedule.leave(fetch.number);
+    EXPECT_THAT(schedule.cancelLeft(), IsEmpty()) << "one caller is still there";
+    schedule.leave(fetch.number);
+    ASSERT_TRUE(schedule.joinable("/a", 1)) << "its answer is worth waiting for until something else is";
+    EXPECT_THAT(schedule.cancelLeft(), ElementsAre(fetch.number));
+    EXPECT_THAT(schedule.cancelLeft(), IsEmpty()) << "once is enough";
+    EXPECT_TRUE(schedule.isRunning(fetch.number));
+    EXPECT_FALSE(schedule.joinable("/a", 1)) << "it brings nothing any more";
+}
+
+TEST_F(FetchScheduleTest, aFetchThatIsJoinedAgainIsNotLeft)
+{
+    auto const fetch = schedule.beginAwaited("/a", 1, now);
+    schedule.join(fetch.number);
+    schedule.leave(fetch.number);
+    schedule.join(fetch.number);
+    EXPECT_THAT(schedule.cancelLeft(), IsEmpty());
+}
+
+TEST_F(FetchScheduleTest, aScanInTheBackgroundGivesWayOnlyIfItHasAllTheRoom)
+{
+    want("/small", Reason::revalidate);
+    auto const wide = schedule.want({.root = "/wide", .depth = 1, .priority = FetchPriority::interactive}, now);
+    EXPECT_THAT(schedule.cancelLeft(), ElementsAre(wide.begin.at(0).number)) << "it would hold the next one up";
+}
+
+TEST_F(FetchScheduleTest, aFetchThatHasEndedIsLeftInPeace)
+{
+    auto const fetch = schedule.beginAwaited("/a", 1, now);
+    schedule.join(fetch.number);
+    end(fetch.number);
+    schedule.leave(fetch.number);
+    schedule.join(fetch.number);
+    EXPECT_THAT(schedule.cancelLeft(), IsEmpty());
+}
+
+TEST_F(FetchScheduleTest, aCancelledFetchCoversNoWish)
+{
+    schedule.beginAwaited("/a", 1, now);
+    ASSERT_EQ(schedule.cancelLeft().size(), 1U);
+    want("/a", Reason::revalidate, 1);
+    EXPECT_EQ(schedule.waitingCount(), 1U) << "it waits for the end of the cancelled one";
+}
+
 } // namespace
 } // namespace tw::test

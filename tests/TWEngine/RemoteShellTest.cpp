@@ -300,5 +300,145 @@ TEST_F(RemoteShellTest, hostsWithAPowerShellAreRefused)
     EXPECT_THAT(standIn.starts(), IsEmpty());
 }
 
+TEST_F(RemoteShellTest, aListingThatIsLeftEndsAtOnceAndItsAnswerIsDropped)
+{
+    folder.file("file");
+    auto const shell = connected();
+    auto const busy =
+        loop.start(shell->run("until [ -e '" + folder.path("go") + "' ]; do sleep 0.01; done; echo busy", {}));
+    auto const left = loop.start(shell->list(folder.path(), 1));
+    loop.drain();
+    EXPECT_FALSE(stateOf(shell).isHeldUp);
+    left.stop();
+    loop.runUntil([&] { return left.isDone(); });
+    EXPECT_THROW(left.value(), Cancelled);
+    EXPECT_TRUE(stateOf(shell).isHeldUp) << "its answer is still to come";
+
+    auto const next = loop.start(shell->run("echo next", {}));
+    folder.file("go");
+    loop.runUntil([&] { return next.isDone(); });
+    EXPECT_EQ(busy.value().output, "busy\n");
+    EXPECT_EQ(next.value().output, "next\n");
+    EXPECT_FALSE(stateOf(shell).isHeldUp);
+}
+
+TEST_F(RemoteShellTest, aCommandThatWasSentIsWaitedForByACallerWhoHasLeft)
+{
+    auto const shell = connected();
+    auto const command = loop.start(shell->run("echo done", {}));
+    loop.drain();
+    command.stop();
+    loop.runUntil([&] { return command.isDone(); });
+    EXPECT_EQ(command.value().output, "done\n");
+    EXPECT_FALSE(stateOf(shell).isHeldUp);
+}
+
+TEST_F(RemoteShellTest, aListingIsCutAtItsRoom)
+{
+    for (int index = 0; index < 100; ++index)
+        folder.file("a file with a name of some length " + std::to_string(index));
+    auto const shell = connected();
+    auto const response = loop.run(shell->list(folder.path(), 1, 1000));
+    EXPECT_EQ(response.bytes.size(), 1000U);
+    EXPECT_TRUE(response.truncated);
+    EXPECT_FALSE(loop.run(shell->list(folder.path(), 1)).truncated) << "the next has its own room";
+}
+
+/// Folders whose listings are longer than what is granted at first.
+class WholeListingTest : public RemoteShellTest {
+protected:
+    WholeListingTest()
+    {
+        for (int index = 0; index < 1500; ++index)
+            folder.file("a file whose name is as long as names of photographs and of parts of archives are, number " +
+                        std::to_string(index));
+    }
+
+    WholeListing how(std::function<void(std::string_view)> onPart = {})
+    {
+        return {.line = {}, .begun = clock->steadyNow() - std::chrono::seconds(1), .onPart = std::move(onPart)};
+    }
+};
+
+TEST_F(WholeListingTest, aListingOfAnyLengthIsWhatIsOnTheDisk)
+{
+    auto const shell = connected({.maxResponseBytes = 1000});
+    auto const response = loop.run(shell->listWhole(folder.path(), how()));
+    EXPECT_GT(response.bytes.size(), 2 * LineSpeed::leastRoom) << "one grant is not enough";
+    EXPECT_EQ(rowsIn(response, folder.path(), 1), rowsOnDisk(folder.path(), 1));
+    EXPECT_FALSE(response.truncated);
+    EXPECT_EQ(run(shell, "echo on").output, "on\n");
+}
+
+TEST_F(WholeListingTest, whatIsAskedMeanwhileIsAnsweredBehindIt)
+{
+    auto const shell = connected();
+    auto const whole = loop.start(shell->listWhole(folder.path(), how()));
+    auto const second = loop.start(shell->listWhole(folder.path(), how()));
+    auto const command = loop.start(shell->run("echo behind", {}));
+    loop.runUntil([&] { return whole.isDone() && second.isDone() && command.isDone(); });
+    EXPECT_EQ(rowsIn(whole.value(), folder.path(), 1), rowsOnDisk(folder.path(), 1));
+    EXPECT_EQ(second.value().bytes.size(), whole.value().bytes.size());
+    EXPECT_EQ(command.value().output, "behind\n");
+}
+
+TEST_F(WholeListingTest, oneThatIsLeftIsBrokenOffOnTheHost)
+{
+    auto const shell = connected();
+    // The host sends the first grant and no more: nothing is read while the test does not turn the loop.
+    auto const whole = loop.start(shell->listWhole(folder.path(), how()));
+    loop.drain();
+    whole.stop();
+    loop.runUntil([&] { return whole.isDone(); });
+    EXPECT_THROW(whole.value(), Cancelled);
+    EXPECT_EQ(run(shell, "echo next").output, "next\n");
+    EXPECT_FALSE(stateOf(shell).isHeldUp);
+    EXPECT_FALSE(loop.run(shell->list(folder.path(), 1)).bytes.empty());
+}
+
+TEST_F(WholeListingTest, rowsComeWhileTheListingIsRead)
+{
+    std::vector<std::string> parts;
+    auto const shell = connected();
+    auto const response =
+        loop.run(shell->listWhole(folder.path(), how([&](std::string_view bytes) { parts.emplace_back(bytes); })));
+    ASSERT_FALSE(parts.empty());
+    for (std::size_t index = 0; index < parts.size(); ++index) {
+        auto const rows = std::string_view(parts[index]).substr(parts[index].find_first_not_of('\n'));
+        EXPECT_TRUE(response.bytes.starts_with(rows));
+        if (index > 0)
+            EXPECT_GE(parts[index].size(), 2 * parts[index - 1].size());
+    }
+}
+
+TEST_F(WholeListingTest, aHostWhoseHeadReadsTooMuchSendsAsFastAsItCan)
+{
+    // Reads all there is for every run, as those do that read through a buffer.
+    TemporaryFolder tools;
+    auto const head = tools.file("head", "#!/bin/bash\n[ \"$1\" != --version ] || exit 1\n"
+                                         "/usr/bin/head \"$@\"\n[ \"$2\" = 67108864 ] || exec cat >/dev/null\n");
+    std::filesystem::permissions(head, std::filesystem::perms::owner_all);
+    auto const shell =
+        makeShell({}, program("export PATH='" + tools.path() + "':$PATH\nexec /bin/sh -c \"${@: -1}\"\n"));
+    loop.run(shell->connect());
+    auto const response = loop.run(shell->listWhole(folder.path(), how()));
+    EXPECT_EQ(rowsIn(response, folder.path(), 1), rowsOnDisk(folder.path(), 1));
+    EXPECT_EQ(run(shell, "echo on").output, "on\n");
+}
+
+TEST_F(WholeListingTest, theEndOfTheSessionEndsIt)
+{
+    auto const shell = connected();
+    auto const busy = loop.start(shell->run("sleep 0.1; " + endOfTheClient(), {}));
+    auto const whole = loop.start(shell->listWhole(folder.path(), how()));
+    auto const behind = loop.start(shell->run("echo behind", {}));
+    EXPECT_NE(lossOf(whole), "it was answered");
+    loop.runUntil([&] { return behind.isDone(); });
+    EXPECT_THROW(behind.value(), RemoteShellError::NotConnected);
+    loop.run(shell->connect());
+    EXPECT_EQ(run(shell, "echo on").output, "on\n");
+    EXPECT_NE(lossOf(busy), "it was answered");
+}
+
 } // namespace
 } // namespace tw::test

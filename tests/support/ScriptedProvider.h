@@ -46,11 +46,19 @@ public:
         return note(this, Request{std::move(path), depth, priority, std::make_shared<Completion<Listings>>()});
     }
 
+    Task<Listings> fetchWhole(std::string path, PartTaker onPart) override
+    {
+        partTakers.push_back(std::move(onPart));
+        return fetch(std::move(path), 1, FetchPriority::interactive);
+    }
+
     /// If set: the answer to every fetch.
     std::function<Listings(std::string const &path)> answersAtOnce;
 
     /// The fetches in flight, the oldest first.
     std::vector<Request> waiting;
+    /// Of all whole listings that were asked for.
+    std::vector<PartTaker> partTakers;
     /// The number of fetches so far.
     int fetches = 0;
     int connects = 0;
