@@ -119,8 +119,9 @@ private:
         std::vector<pollfd> polls{{.fd = wakeUp.get(), .events = POLLIN, .revents = 0},
                                   {.fd = listener.get(), .events = POLLIN, .revents = 0}};
         std::optional<DelayLine::Time> next;
+        auto const now = std::chrono::steady_clock::now();
         for (auto const &connection : connections) {
-            connection.addTo(polls);
+            connection.addTo(polls, now, state);
             auto const due = connection.due(state);
             if (due && (!next || *due < *next))
                 next = due;
@@ -208,6 +209,11 @@ std::uint16_t DelayProxy::port() const noexcept
 void DelayProxy::setRoundTrip(std::chrono::nanoseconds roundTrip)
 {
     loop->perform([this, roundTrip] { loop->shared().roundTrip = roundTrip; });
+}
+
+void DelayProxy::setSpeed(double bytesPerSecond)
+{
+    loop->perform([this, bytesPerSecond] { loop->shared().bytesPerSecond = bytesPerSecond; });
 }
 
 void DelayProxy::stall(Ways ways)

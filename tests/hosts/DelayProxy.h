@@ -26,8 +26,9 @@ struct Traffic {
 
 /// A port of 127.0.0.1 that puts a round trip of any length between a client and a server on this machine.
 ///
-/// It delays and does not limit: bytes come out in the order and at the rate in which they came in, half a round trip
-/// later. A new connection reaches the server after one and a half round trips, as long as a TCP handshake takes.
+/// It delays, and does not limit unless a speed is set: bytes come out in the order and at the rate in which they came
+/// in, half a round trip later. A new connection reaches the server after one and a half round trips, as long as a TCP
+/// handshake takes.
 ///
 /// Threads: all operations may be called from any thread. Each takes effect before it returns.
 /// Lifetime: the destructor cuts all connections. The server may stop and start; meanwhile new clients are reset.
@@ -43,6 +44,10 @@ public:
 
     /// Applies to later bytes. Bytes in flight still arrive first.
     void setRoundTrip(std::chrono::nanoseconds roundTrip);
+
+    /// Lets that many bytes a second through towards the client, on all connections together, behind a queue as short
+    /// as that of a router. 0: as many as there are. Set before the connections are made.
+    void setSpeed(double bytesPerSecond);
 
     /// Stops delivering bytes, ends and new connections. Senders can go on until the line is full.
     void stall(Ways ways = Ways::both);

@@ -28,6 +28,16 @@ void closeWithReset(FileDescriptor const &socket)
         ::setsockopt(socket.get(), SOL_SOCKET, SO_LINGER, &noFarewell, sizeof noFarewell);
 }
 
+/// Of a narrow line, what the receiver's system takes ahead of it is a queue that is not there.
+void keepBufferSmall(FileDescriptor const &socket)
+{
+    int const bytes = 16 << 10;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+}
+
+/// What takes its turn on a narrow line at a time.
+constexpr std::size_t packetBytes = 1448;
+
 bool wouldBlock()
 {
     return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
@@ -47,7 +57,7 @@ ProxyConnection::ProxyConnection(FileDescriptor clientSocket, Time now, ProxySta
     sendAtOnce(client);
 }
 
-void ProxyConnection::addTo(std::vector<pollfd> &polls) const
+void ProxyConnection::addTo(std::vector<pollfd> &polls, Time now, ProxyState const &state) const
 {
     auto clientEvents = 0;
     auto hostEvents = 0;
@@ -55,7 +65,7 @@ void ProxyConnection::addTo(std::vector<pollfd> &polls) const
         clientEvents |= POLLIN;
     if (towardsClient.sinkIsFull)
         clientEvents |= POLLOUT;
-    if (stage == Stage::open && towardsClient.receives())
+    if (stage == Stage::open && towardsClient.receives() && !state.isQueueFull(now))
         hostEvents |= POLLIN;
     if (stage == Stage::reachingHost || towardsHost.sinkIsFull)
         hostEvents |= POLLOUT;
@@ -118,6 +128,8 @@ void ProxyConnection::reachHost(Time now, ProxyState &state)
     try {
         host = beginConnectingToLoopback(state.targetPort);
         sendAtOnce(host);
+        if (state.bytesPerSecond > 0)
+            keepBufferSmall(host);
     } catch (std::system_error const &) {
         giveUpHost(now, state);
     }
@@ -143,16 +155,27 @@ void ProxyConnection::noteHostReached(Time now, ProxyState &state)
 
 void ProxyConnection::receive(FileDescriptor const &source, Way &way, Time now, ProxyState &state)
 {
+    auto const isNarrow = &way == &towardsClient && state.bytesPerSecond > 0;
     auto const arrival = now + state.roundTrip / 2;
-    auto const got = ::recv(source.get(), state.buffer.data(), state.buffer.size(), MSG_DONTWAIT);
+    auto const got =
+        ::recv(source.get(), state.buffer.data(), isNarrow ? packetBytes : state.buffer.size(), MSG_DONTWAIT);
     if (got > 0) {
-        way.line.put(std::string(state.buffer.data(), static_cast<std::size_t>(got)), arrival);
+        auto const bytes = static_cast<std::size_t>(got);
+        way.line.put(std::string(state.buffer.data(), bytes), isNarrow ? timeOfArrival(bytes, now, state) : arrival);
         (state.traffic.*way.count).received += static_cast<std::uint64_t>(got);
     } else if (got == 0) {
         way.line.end(Ending::orderly, arrival);
     } else if (!wouldBlock()) {
         way.line.end(Ending::reset, arrival);
     }
+}
+
+/// Behind all that has been received before.
+ProxyConnection::Time ProxyConnection::timeOfArrival(std::size_t bytes, Time now, ProxyState &state)
+{
+    std::chrono::duration<double> const time(static_cast<double>(bytes) / state.bytesPerSecond);
+    state.lineFreeAt = std::max(now, state.lineFreeAt) + std::chrono::duration_cast<Time::duration>(time);
+    return state.lineFreeAt + state.roundTrip / 2;
 }
 
 void ProxyConnection::deliver(FileDescriptor const &sink, Way &way, Way &back, Time now, ProxyState &state)

@@ -16,8 +16,17 @@ struct ProxyState {
     std::chrono::nanoseconds roundTrip;
     bool stalledTowardsHost = false;
     bool stalledTowardsClient = false;
+    /// Towards the client, for all connections together; 0: as fast as the machine.
+    double bytesPerSecond = 0;
+    DelayLine::Time lineFreeAt = {}; ///< when what has been received has left the narrow place
     Traffic traffic = {};
     std::vector<char> buffer = {}; ///< for receiving
+
+    /// The queue before a narrow line is full: its sender waits.
+    bool isQueueFull(DelayLine::Time now) const { return bytesPerSecond > 0 && lineFreeAt > now + queue; }
+
+    /// As much as a router at home holds.
+    static constexpr std::chrono::milliseconds queue{100};
 };
 
 /// One connection through a DelayProxy: two sockets and the bytes in flight between them.
@@ -35,7 +44,7 @@ public:
     /// The number of entries that `addTo` adds.
     static constexpr std::size_t pollCount = 2;
 
-    void addTo(std::vector<pollfd> &polls) const;
+    void addTo(std::vector<pollfd> &polls, Time now, ProxyState const &state) const;
 
     /// When there is work that no socket announces; nothing if there is none.
     std::optional<Time> due(ProxyState const &state) const;
@@ -66,6 +75,7 @@ private:
     void giveUpHost(Time now, ProxyState &state);
     void noteHostReached(Time now, ProxyState &state);
     void receive(FileDescriptor const &source, Way &way, Time now, ProxyState &state);
+    static Time timeOfArrival(std::size_t bytes, Time now, ProxyState &state);
     void deliver(FileDescriptor const &sink, Way &way, Way &back, Time now, ProxyState &state);
     void deliverEnd(FileDescriptor const &sink, Way &way);
 
