@@ -38,9 +38,9 @@ Environment inheritedEnvironment();
 
 /// A program to run, with its arguments and surroundings. No shell is involved, so nothing needs to be quoted.
 struct ChildCommand {
-    enum class Group {
-        ours, ///< the process group of this process
-        own   ///< a new group, so that a signal reaches the descendants of the child too
+    enum class Session {
+        ours, ///< that of this process, with its terminal
+        own   ///< a new one: the child has no terminal, and a signal reaches its descendants too
     };
 
     enum class End {
@@ -56,7 +56,7 @@ struct ChildCommand {
     ChildEnd input = NullEnd{};
     ChildEnd output = NullEnd{};
     ChildEnd error = NullEnd{};
-    Group group = Group::ours;
+    Session session = Session::ours;
     End end = End::itself;
 };
 

@@ -33,9 +33,13 @@ ExitStatus statusOf(siginfo_t const &info)
 struct ChildExit::Watch {
     using Result = SharedCompletion<ExitStatus>;
 
-    Watch(boost::asio::io_context &context, pid_t child, ChildCommand::Group belongsTo)
-        : processId(child), group(belongsTo), process(context)
+    Watch(IoThread &io, pid_t child, ChildCommand::Session session)
+        : processId(child), sessions(io.childSessions()), process(io.context())
     {
+        if (session == ChildCommand::Session::own) {
+            hasSession = true;
+            sessions.add(processId);
+        }
     }
 
     Watch(Watch const &) = delete;
@@ -47,6 +51,7 @@ struct ChildExit::Watch {
             return;
         // It cannot be waited for, or the I/O thread has ended first.
         sendSignal(SIGKILL);
+        leaveDescendantsLocked();
         while (waitpid(processId, nullptr, 0) < 0 && errno == EINTR) {
         }
     }
@@ -81,6 +86,12 @@ struct ChildExit::Watch {
             sendSignal(number);
     }
 
+    void leaveDescendants()
+    {
+        std::lock_guard const lock(mutex);
+        leaveDescendantsLocked();
+    }
+
     std::shared_ptr<Result> const result = std::make_shared<Result>();
 
 private:
@@ -91,9 +102,12 @@ private:
         {
             std::lock_guard const lock(mutex);
             auto const descriptor = static_cast<id_t>(process.native_handle());
-            auto const error = waitid(P_PIDFD, descriptor, &info, WEXITED | WNOHANG);
-            if (error == 0 && info.si_pid == 0)
+            auto const looked = waitid(P_PIDFD, descriptor, &info, WEXITED | WNOHANG | WNOWAIT);
+            if (looked == 0 && info.si_pid == 0)
                 return false;
+            leaveDescendantsLocked();
+            info = {};
+            waitid(P_PIDFD, descriptor, &info, WEXITED | WNOHANG);
             isCollected = true;
             boost::system::error_code ignored;
             process.close(ignored);
@@ -102,10 +116,16 @@ private:
         return true;
     }
 
-    /// Only while the child is not collected: its number, and its group's, cannot have gone to another until then.
+    void leaveDescendantsLocked()
+    {
+        if (std::exchange(hasSession, false))
+            sessions.remove(processId);
+    }
+
+    /// Only while the child is not collected: its number, and its session's, cannot have gone to another until then.
     void sendSignal(int number)
     {
-        if (group == ChildCommand::Group::own)
+        if (hasSession)
             ::kill(-processId, number);
         else if (process.is_open())
             pidfd_send_signal(process.native_handle(), number, nullptr, 0);
@@ -115,16 +135,17 @@ private:
 
     // Constant after construction.
     pid_t const processId;
-    ChildCommand::Group const group;
+    ChildSessions &sessions;
 
     std::mutex mutex;
     // Under the mutex.
+    bool hasSession = false;                       ///< and is not alone in it, as far as we know
     boost::asio::posix::stream_descriptor process; ///< a pidfd; closed when collected
     bool isCollected = false;
 };
 
-ChildExit::ChildExit(IoThread &io, pid_t child, ChildCommand::Group group)
-    : watch(std::make_shared<Watch>(io.context(), child, group))
+ChildExit::ChildExit(IoThread &io, pid_t child, ChildCommand::Session session)
+    : watch(std::make_shared<Watch>(io, child, session))
 {
     watch->open();
     Watch::begin(watch);
@@ -133,6 +154,11 @@ ChildExit::ChildExit(IoThread &io, pid_t child, ChildCommand::Group group)
 Task<ExitStatus> ChildExit::wait() const
 {
     return Watch::Result::wait(watch->result);
+}
+
+void ChildExit::leaveDescendants() const
+{
+    watch->leaveDescendants();
 }
 
 void ChildExit::signal(int number) const

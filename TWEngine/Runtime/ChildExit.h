@@ -18,10 +18,13 @@ class IoThread;
 class ChildExit {
 public:
     /// Takes over a child that is not collected yet. Throws SpawnError after it has killed and collected the child.
-    ChildExit(IoThread &io, pid_t child, ChildCommand::Group group);
+    ChildExit(IoThread &io, pid_t child, ChildCommand::Session session);
 
     /// See ChildProcess::wait.
     Task<ExitStatus> wait() const;
+
+    /// See ChildProcess::leaveDescendants.
+    void leaveDescendants() const;
 
     /// Does nothing if the child is collected.
     void signal(int number) const;

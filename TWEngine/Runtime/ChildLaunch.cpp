@@ -57,7 +57,7 @@ private:
 
 class Attributes {
 public:
-    explicit Attributes(ChildCommand::Group group)
+    explicit Attributes(ChildCommand::Session session)
     {
         require(posix_spawnattr_init(&attributes), "posix_spawn");
         // Signals that we, or the process that started us, ignore or block would be inherited: a child that does not
@@ -69,10 +69,8 @@ public:
         sigemptyset(&none);
         posix_spawnattr_setsigmask(&attributes, &none);
         int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
-        if (group == ChildCommand::Group::own) {
-            flags |= POSIX_SPAWN_SETPGROUP;
-            posix_spawnattr_setpgroup(&attributes, 0);
-        }
+        if (session == ChildCommand::Session::own)
+            flags |= POSIX_SPAWN_SETSID;
         posix_spawnattr_setflags(&attributes, static_cast<short>(flags));
     }
 
@@ -162,7 +160,7 @@ pid_t launchChild(ChildCommand const &command, std::array<int, 3> const &standar
     }
     actions.connect(standard);
 
-    Attributes const attributes(command.group);
+    Attributes const attributes(command.session);
     auto const argumentPointers = pointersTo(arguments);
     auto const environmentPointers = pointersTo(environment);
     pid_t child = 0;

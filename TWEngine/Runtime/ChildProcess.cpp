@@ -113,15 +113,15 @@ std::expected<std::shared_ptr<ChildProcess>, SpawnError> ChildProcess::start(IoT
         auto error = std::visit(Connector{io, Direction::outOfChild}, command.error);
         auto const child = launchChild(command, {input.theirs.get(), output.theirs.get(), error.theirs.get()});
         return std::make_shared<ChildProcess>(
-            io, Ends{std::move(input.ours), std::move(output.ours), std::move(error.ours)}, child, command.group);
+            io, Ends{std::move(input.ours), std::move(output.ours), std::move(error.ours)}, child, command.session);
     } catch (SpawnError const &failure) {
         return std::unexpected(failure);
     }
 }
 
-ChildProcess::ChildProcess(IoThread &io, Ends ends, pid_t child, ChildCommand::Group group)
+ChildProcess::ChildProcess(IoThread &io, Ends ends, pid_t child, ChildCommand::Session session)
     : id(child),
-      exit(io, child, group),
+      exit(io, child, session),
       input(std::move(ends.input)),
       output(std::move(ends.output)),
       error(std::move(ends.error))
@@ -148,6 +148,11 @@ void ChildProcess::closeInput() const noexcept
 {
     if (input)
         input->close();
+}
+
+void ChildProcess::leaveDescendants() const
+{
+    exit.leaveDescendants();
 }
 
 void ChildProcess::terminate() const

@@ -27,7 +27,7 @@ public:
     /// the directory of this process; opening a named pipe blocks until another process opens its other side.
     static std::expected<std::shared_ptr<ChildProcess>, SpawnError> start(IoThread &io, ChildCommand const &command);
 
-    ChildProcess(IoThread &io, Ends ends, pid_t child, ChildCommand::Group group);
+    ChildProcess(IoThread &io, Ends ends, pid_t child, ChildCommand::Session session);
     ~ChildProcess();
 
     ChildProcess(ChildProcess const &) = delete;
@@ -52,6 +52,9 @@ public:
 
     /// Waits for the exit. The outputs may stay open longer if a descendant has inherited them.
     Task<ExitStatus> wait() const { return exit.wait(); }
+
+    /// From now on signals reach the child only, also if it has a session of its own.
+    void leaveDescendants() const;
 
     /// Sends SIGTERM, and SIGCONT so that a stopped child ends too. Does nothing after the exit.
     void terminate() const;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TWEngine/Runtime/ChildSessions.h"
+
 #include <memory>
 
 namespace boost::asio {
@@ -27,9 +29,13 @@ public:
 
     boost::asio::io_context &context() const noexcept;
 
+    /// Those of the children that are not collected.
+    ChildSessions &childSessions() noexcept { return sessions; }
+
 private:
     struct Loop;
 
+    ChildSessions sessions; ///< before the loop, whose handlers use it until they are gone
     std::unique_ptr<Loop> loop;
 };
 

@@ -55,14 +55,15 @@ std::array<std::int64_t, 5> stateOf(std::string const &path)
             status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
-/// In a group of its own, so that what it runs ends with it.
+/// In a session of its own, so that what it runs ends with it.
 ChildCommand client(std::string program, std::vector<std::string> arguments)
 {
     return {.program = std::move(program),
             .arguments = std::move(arguments),
             .output = PipeEnd(),
             .error = PipeEnd(),
-            .group = ChildCommand::Group::own};
+            .session = ChildCommand::Session::own,
+            .end = ChildCommand::End::withProgram};
 }
 
 std::string homeOfSSH()

@@ -165,7 +165,10 @@ ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOpt
 
 ChildCommand transferClient(std::string path, Arguments arguments)
 {
-    return {.program = std::move(path), .arguments = std::move(arguments), .end = ChildCommand::End::withProgram};
+    return {.program = std::move(path),
+            .arguments = std::move(arguments),
+            .session = ChildCommand::Session::own,
+            .end = ChildCommand::End::withProgram};
 }
 
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath)

@@ -99,6 +99,8 @@ Task<bool> RemoteShell::attempt(std::shared_ptr<RemoteShell> self)
         if (self->session == session) {
             self->connected = isBash;
             self->hasOtherShell = self->hasOtherShell || !isBash;
+            if (self->options.controlPath)
+                session->keepHelpers();
             if (!isBash)
                 self->teardown("shut down");
             co_return isBash;

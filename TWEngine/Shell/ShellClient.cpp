@@ -109,6 +109,11 @@ ClientReport ShellClient::report() const
     return report;
 }
 
+void ShellClient::keepHelpers()
+{
+    child->leaveDescendants();
+}
+
 void ShellClient::end()
 {
     stop.request_stop();

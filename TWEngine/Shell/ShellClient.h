@@ -49,6 +49,10 @@ public:
     /// What is known of its way to the host so far; words trimmed and repaired.
     ClientReport report() const;
 
+    /// From now on `end` does not reach the processes that it has started, such as those of ProxyJump: a connection
+    /// that others share goes through them. Until then they would stay for ever on a line that is silent.
+    void keepHelpers();
+
     /// Asks it to end, and stops listening.
     void end();
 

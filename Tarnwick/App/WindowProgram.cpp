@@ -69,6 +69,7 @@ char const *textAskedFor(std::span<char const *const> arguments)
     delegate.applicationDidFinishLaunching(PaneSpec::fromCommandLine(arguments));
     auto const status = QApplication::exec();
     delegate.applicationWillTerminate();
+    runtime.io().childSessions().kill();
     // As it is: to destroy the engine is to wait for its threads, and a call on a dead network mount does not return.
     endProcess(status);
 }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cerrno>
 #include <latch>
 #include <thread>
@@ -129,14 +130,14 @@ TEST_F(ChildProcessExitTest, signalsToAChildThatHasEndedAreNothing)
     EXPECT_EQ(wait(child), exited(4));
 }
 
-TEST_F(ChildProcessExitTest, aGroupOfItsOwnIsTerminatedAsAWhole)
+TEST_F(ChildProcessExitTest, aSessionOfItsOwnIsTerminatedAsAWhole)
 {
     auto const child = start({.program = "/bin/sh",
                               .arguments = {"-c", "sleep 1000 & sleep 1000 & echo ready; wait"},
                               .output = PipeEnd{},
-                              .group = ChildCommand::Group::own});
+                              .session = ChildCommand::Session::own});
     EXPECT_EQ(read(child), "ready\n");
-    EXPECT_EQ(getpgid(child->processId()), child->processId());
+    EXPECT_EQ(getsid(child->processId()), child->processId());
     child->terminate();
     EXPECT_EQ(readAll(child), "") << "its own children had the output too, and are gone";
     EXPECT_EQ(wait(child), killed(SIGTERM));
@@ -185,9 +186,45 @@ TEST_F(ChildProcessExitTest, aThreadOfTheRuntimeStaysForTheChildrenThatItHasStar
     EXPECT_EQ(wait(child), exited(0));
 }
 
-TEST_F(ChildProcessExitTest, withoutAGroupOfItsOwnItIsInOurs)
+TEST_F(ChildProcessExitTest, descendantsThatAreLeftGetNoSignal)
+{
+    auto const child =
+        start({.program = "/bin/sh",
+               .arguments = {"-c", "exec 3<&0; "
+                                   "(trap 'echo signalled; exit' TERM; echo ready; read line <&3; echo asked) & "
+                                   "exec 3<&-; wait"},
+               .input = PipeEnd{},
+               .output = PipeEnd{},
+               .session = ChildCommand::Session::own});
+    EXPECT_EQ(read(child), "ready\n");
+    child->leaveDescendants();
+    io->childSessions().kill();
+    child->terminate();
+    EXPECT_EQ(wait(child), killed(SIGTERM));
+    loop.run(child->write("\n"));
+    EXPECT_EQ(readAll(child), "asked\n");
+}
+
+TEST_F(ChildProcessExitTest, allSessionsAreKilledAtOnceAtTheEndOfTheProgram)
+{
+    auto const command = ChildCommand{.program = "/bin/sh",
+                                      .arguments = {"-c", "trap '' TERM HUP; sleep 1000 & echo ready; wait"},
+                                      .output = PipeEnd{},
+                                      .session = ChildCommand::Session::own};
+    std::array const children{start(command), start(command)};
+    for (auto const &child : children)
+        EXPECT_EQ(read(child), "ready\n");
+    io->childSessions().kill();
+    for (auto const &child : children) {
+        EXPECT_EQ(readAll(child), "") << "its own child had the output too, and is gone";
+        EXPECT_EQ(wait(child), killed(SIGKILL));
+    }
+}
+
+TEST_F(ChildProcessExitTest, withoutASessionOfItsOwnItIsInOurs)
 {
     auto const child = startSleeper();
+    EXPECT_EQ(getsid(child->processId()), getsid(0));
     EXPECT_EQ(getpgid(child->processId()), getpgrp());
     child->kill();
     wait(child);

@@ -54,7 +54,7 @@ TEST_F(ChildProcessStartTest, aChildThatEndsWithTheProgramIsStartedAsAnyOther)
                .arguments = {"-c", "echo $A $$; ps -o pgid= -p $$"},
                .environment = Environment{{"A", "set"}, {"PATH", "/usr/bin:/bin"}},
                .output = PipeEnd{},
-               .group = ChildCommand::Group::own,
+               .session = ChildCommand::Session::own,
                .end = ChildCommand::End::withProgram};
     auto const child = start(command);
     auto const id = std::to_string(child->processId());

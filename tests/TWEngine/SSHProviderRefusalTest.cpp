@@ -1,4 +1,5 @@
 #include "tests/hosts/LoginScripts.h"
+#include "tests/hosts/ProcessTree.h"
 #include "tests/hosts/StandInSSH.h"
 #include "tests/support/DiskRows.h"
 #include "tests/support/SSHProviderTest.h"
@@ -114,6 +115,29 @@ TEST_F(SSHProviderRefusalTest, aHostWhoseStartFilePutsAnotherShellInThePlaceOfBa
     folder.file("file");
     for (auto const priority : {interactive, background})
         EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, priority)).at(folder.path()).count(), 1U);
+}
+
+TEST_F(SSHProviderRefusalTest, aConnectionThatIsGivenUpLeavesNothingOfTheWayToTheHost)
+{
+    reach();
+    // As `ssh -W` of a jump host whose line is frozen: it does not see that its input has ended.
+    client.add("host", host->address(), SSHClient::Knowledge::right, "ProxyCommand sleep 1000");
+    std::vector<ProcessRecord> processes;
+    auto const connecting = loop.start(makeProvider()->connect());
+    while (processes.empty()) {
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+        processes = descendantsOf(::getpid());
+        std::erase_if(processes, [](auto const &process) { return process.name != "sleep"; });
+    }
+    connecting.stop();
+    loop.runUntil([&] { return connecting.isDone(); });
+    EXPECT_THROW(connecting.value(), Cancelled);
+    auto const isThere = [](ProcessRecord const &process) {
+        auto const now = recordOf(process.id);
+        return now && now->born == process.born && !now->hasEnded();
+    };
+    while (std::ranges::any_of(processes, isThere))
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
 }
 
 TEST_F(SSHProviderRefusalTest, aNameThatTheLoginShellCannotReadIsNoOther)
