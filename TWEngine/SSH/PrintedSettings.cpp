@@ -85,6 +85,8 @@ HostSettings read(std::string_view printed, std::string_view home)
             settings.controlPath = value;
         else if (name == "identityfile" && identities.size() < mostIdentityFiles)
             identities.push_back(value);
+        else if (name == "sessiontype")
+            settings.knowsSessionType = true;
         else if (name == "host")
             tokens['n'] = value;
         else if (name == "hostname")

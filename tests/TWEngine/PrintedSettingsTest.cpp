@@ -24,6 +24,12 @@ TEST(PrintedSettingsTest, aTimeOutIsSetIfItIsANumber)
     EXPECT_LE(read("connecttimeout 2000000000\n").connectTimeout, std::chrono::hours(24));
 }
 
+TEST(PrintedSettingsTest, anSshThatKnowsSessionTypesPrintsTheOneOfTheHost)
+{
+    EXPECT_FALSE(read("host box\nrequesttty auto\n").knowsSessionType);
+    EXPECT_TRUE(read("host box\nsessiontype none\n").knowsSessionType);
+}
+
 TEST(PrintedSettingsTest, aControlPathIsTakenAsItStands)
 {
     EXPECT_THAT(read("controlpath /home/ann/.ssh/cm-box\n").controlPath,
