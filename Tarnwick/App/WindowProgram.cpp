@@ -2,6 +2,7 @@
 
 #include "Tarnwick/App/WindowProgram.h"
 
+#include "TWEngine/Passwords/AskpassDesk.h"
 #include "TWEngine/Platform/HomeFolder.h"
 #include "TWEngine/Platform/UserPaths.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -11,6 +12,7 @@
 #include "Tarnwick/Toolkit/Program/QtDefaults.h"
 #include "Tarnwick/Toolkit/Program/QtMainContext.h"
 #include "Tarnwick/Toolkit/Program/SilentBusGuard.h"
+#include "Tarnwick/Toolkit/Program/WindowLoginPrompter.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -56,18 +58,29 @@ char const *textAskedFor(std::span<char const *const> arguments)
     QtMainContext mainContext;
     QtDefaults defaults;
     auto const paths = UserPaths::ofThisUser();
+    auto const prompter = std::make_shared<WindowLoginPrompter>();
+    auto const logins =
+        std::make_shared<AskpassDesk>(AskpassDesk::Collaborators{.engine = runtime,
+                                                                 .mainContext = mainContext.context(),
+                                                                 .prompter = prompter,
+                                                                 .helper = SavedPasswords::ownExecutable(),
+                                                                 .folder = [] { return ControlPath::runtimeFolder(); },
+                                                                 .keyStore = LoginKeyStore::ofThisSession()});
     ConnectionRegistry connections({.engine = runtime,
                                     .mainContext = mainContext.context(),
                                     .savedPasswords = SavedPasswords::ofThisSession(runtime),
+                                    .logins = logins,
                                     .cacheDirectory = paths.caches});
     AppDelegate delegate({.engine = runtime,
                           .mainContext = mainContext.context(),
                           .defaults = defaults,
                           .connections = connections,
+                          .logins = prompter,
                           .lifeLog = paths.lifeLog,
                           .version = TARNWICK_VERSION});
     delegate.applicationDidFinishLaunching(PaneSpec::fromCommandLine(arguments));
     auto const status = QApplication::exec();
+    logins->endAll();
     delegate.applicationWillTerminate();
     runtime.io().childSessions().kill();
     // As it is: to destroy the engine is to wait for its threads, and a call on a dead network mount does not return.

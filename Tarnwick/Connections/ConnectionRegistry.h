@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWEngine/Passwords/LoginDesk.h"
 #include "TWEngine/SSH/SSHProvider.h"
 #include "TWEngine/SSHConfig/SSHConfigOnDisk.h"
 #include "Tarnwick/Connections/Connections.h"
@@ -25,6 +26,8 @@ public:
         std::string sshProgram = std::string(SSHCommandLine::program);
         ControlPath::Place sockets = ControlPath::Place::ofThisUser();
         SavedPasswords savedPasswords = {};
+        /// To which the questions of a login go; null: ssh asks nobody.
+        std::shared_ptr<LoginDesk> logins = nullptr;
         /// Where the listings of hosts are kept for the next start. Empty: they are not.
         std::string cacheDirectory = {};
         std::string sshConfig = {}; ///< Empty: this user's.

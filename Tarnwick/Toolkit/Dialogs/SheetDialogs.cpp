@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWEngine/Runtime/Completion.h"
+#include "Tarnwick/Toolkit/Dialogs/LoginSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/ProgressSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
@@ -85,6 +86,19 @@ Task<Dialogs::Answer> confirmIn(Queue queue, Dialogs::Confirmation question)
     co_return code == QDialog::Accepted ? Dialogs::Answer::ok : Dialogs::Answer::cancel;
 }
 
+Task<std::optional<LoginAnswer>> askIn(Queue queue, LoginQuestion question)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new LoginSheet(question, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    auto const code = co_await Finished::wait(end);
+    if (!sheet())
+        throw Cancelled();
+    if (code != QDialog::Accepted)
+        co_return std::nullopt;
+    co_return sheet()->answer();
+}
+
 class SheetProgress final : public Progress {
 public:
     SheetProgress(Queue const &queue, ProgressSheet *made) : sheet(queue, made, SheetQueue::Kind::progress) {}
@@ -120,6 +134,11 @@ Task<std::optional<std::string>> SheetDialogs::prompt(Prompt question)
 Task<Dialogs::Answer> SheetDialogs::confirm(Confirmation question)
 {
     return confirmIn(queue, std::move(question));
+}
+
+Task<std::optional<LoginAnswer>> SheetDialogs::ask(LoginQuestion question)
+{
+    return askIn(queue, std::move(question));
 }
 
 std::unique_ptr<Progress> SheetDialogs::progress(std::string title, std::function<void()> onCancel)

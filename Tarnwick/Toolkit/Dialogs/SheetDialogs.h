@@ -1,12 +1,13 @@
 #pragma once
 
+#include "TWEngine/Passwords/LoginPrompter.h"
 #include "Tarnwick/Operations/Dialogs.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetQueue.h"
 
 namespace tw {
 
-/// Dialogs as sheets over a window.
-class SheetDialogs final : public Dialogs {
+/// Dialogs, and the questions of logins, as sheets over a window.
+class SheetDialogs final : public Dialogs, public LoginPrompter {
 public:
     explicit SheetDialogs(QWidget &window) : queue(std::make_shared<SheetQueue>(window)) {}
 
@@ -14,6 +15,8 @@ public:
     Task<std::optional<std::string>> prompt(Prompt question) override;
     Task<Answer> confirm(Confirmation question) override;
     std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) override;
+
+    Task<std::optional<LoginAnswer>> ask(LoginQuestion question) override;
 
     SheetQueue &sheets() const { return *queue; }
 

@@ -7,6 +7,7 @@
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
 #include "Tarnwick/Toolkit/Program/SessionWatch.h"
+#include "Tarnwick/Toolkit/Program/WindowLoginPrompter.h"
 #include "Tarnwick/Toolkit/Windows/AboutDialog.h"
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 
@@ -64,6 +65,8 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections);
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
+    if (with.logins)
+        with.logins->askOver(window->loginPrompter());
     colorScheme = std::make_unique<ColorScheme>(ColorScheme::sessionBus());
     colorScheme->start([this] {
         window->show();

@@ -22,6 +22,7 @@ class ColorScheme;
 class ConnectionRegistry;
 class EngineRuntime;
 class SessionWatch;
+class WindowLoginPrompter;
 
 /// The first and the last minute of the program: what is made in which order, what ends it, and what it does then.
 ///
@@ -34,6 +35,8 @@ public:
         std::shared_ptr<MainContext> mainContext;
         Defaults &defaults;
         ConnectionRegistry &connections;
+        /// Learns of the window; null: no login asks.
+        std::shared_ptr<WindowLoginPrompter> logins = nullptr;
         std::string lifeLog; ///< the file
         std::string version;
         /// Waits on this thread for the end of all connections, and for no longer than the limit. A test need not wait.

@@ -141,6 +141,11 @@ void MainWindow::closeWindow()
     close();
 }
 
+std::shared_ptr<LoginPrompter> MainWindow::loginPrompter() const
+{
+    return sheets;
+}
+
 std::shared_ptr<Dialogs> MainWindow::dialogs()
 {
     return sheets;

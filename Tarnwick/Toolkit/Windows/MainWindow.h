@@ -9,6 +9,7 @@
 namespace tw {
 
 class CommandActions;
+class LoginPrompter;
 class PaneSplitter;
 class PaneView;
 class SheetDialogs;
@@ -23,6 +24,9 @@ public:
     PaneView &pane(PaneSide side) const { return side == PaneSide::left ? *left : *right; }
 
     PaneSplitter &divider() const { return *splitter; }
+
+    /// Asks over this window.
+    std::shared_ptr<LoginPrompter> loginPrompter() const;
 
     std::optional<CommandState> stateOf(Command command) const override { return commands.stateOf(command); }
 
