@@ -51,6 +51,9 @@ public:
     /// Says that something has failed, and ends when the user has seen it.
     virtual Task<void> error(Text message) = 0;
 
+    /// Shows the words of a program or a host whole, to read and to copy. Ends when the user closes them.
+    virtual Task<void> details(Text title, std::string words) = 0;
+
     /// The text without the white space around it; nothing if the user cancels or leaves it empty.
     virtual Task<std::optional<std::string>> prompt(Prompt question) = 0;
 

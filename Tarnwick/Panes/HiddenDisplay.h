@@ -30,6 +30,10 @@ public:
 
     void showStatus(Text const & /*text*/) override {}
 
+    void showNotice(std::optional<PaneNotice> const & /*notice*/) override {}
+
+    void offerNotice() override {}
+
     void showSpinner(Spinner /*spinner*/) override {}
 
     void showSortIndicator(SortKey /*key*/, bool /*ascending*/) override {}

@@ -5,25 +5,26 @@
 
 namespace tw {
 
-void HostArrival::begin(std::shared_ptr<Executor> const &mainContext, Connections &connections)
+void HostArrival::begin(std::shared_ptr<Executor> const &mainContext, Connections &connections, HostLogin login)
 {
-    auto reaching = connections.reach(host());
-    auto const connecting = SharedTask<std::shared_ptr<Browser>>::start(mainContext, connections.ssh(host()));
-    spawn({mainContext, {}}, travel(weak_from_this(), std::move(reaching), connecting));
+    TaskContext const context{mainContext, wish.get_token()};
+    auto connecting =
+        Connecting::start(context, login == HostLogin::silent ? connections.ssh(host()) : connections.logIn(host()));
+    spawn(context, travel(weak_from_this(), connections.reach(host()), std::move(connecting)));
 }
 
 Task<void> HostArrival::travel(std::weak_ptr<HostArrival> weak, Task<std::shared_ptr<Browser>> reaching,
-                               SharedTask<std::shared_ptr<Browser>> connecting)
+                               Connecting connecting)
 {
     auto const isShown = co_await showRemembered(weak, std::move(reaching));
-    auto outcome = co_await outcomeOf(connecting.wait());
+    auto outcome = co_await outcomeOf(connecting.join());
     auto self = weak.lock();
     if (!self)
         co_return;
-    self->over = true;
     self->reason = outcome.failure;
-    // Nobody who has gone on is pulled back.
+    // A user who went on is not pulled back.
     if (outcome.failure || isShown || self->current == Stage::amongRemembered) {
+        self->over = true;
         self->events.onEnd();
         co_return;
     }
@@ -33,18 +34,23 @@ Task<void> HostArrival::travel(std::weak_ptr<HostArrival> weak, Task<std::shared
     self = weak.lock();
     if (!self)
         co_return;
+    self->over = true;
     if (self->current == Stage::amongRemembered)
         self->events.onEnd();
     else
         self->events.onFolder(*outcome.value, std::move(path));
 }
 
-/// Goes to the folder before the host is up, if a listing of it is known from another time. Whether it is so.
+/// Goes to the folder before the host is up, if a listing of it is remembered. True if so.
 Task<bool> HostArrival::showRemembered(std::weak_ptr<HostArrival> weak, Task<std::shared_ptr<Browser>> reaching)
 {
     auto const reached = co_await outcomeOf(std::move(reaching));
     auto self = weak.lock();
-    if (!self || !reached.value || !self->wanted.pathWasExplicit)
+    if (!self || !reached.value)
+        co_return false;
+    self->source = *reached.value;
+    self->events.onKnown();
+    if (!self->wanted.pathWasExplicit)
         co_return false;
     auto const path = self->wanted.path;
     self.reset();
@@ -57,7 +63,7 @@ Task<bool> HostArrival::showRemembered(std::weak_ptr<HostArrival> weak, Task<std
     co_return true;
 }
 
-/// Without a path that was asked for it is the host's own choice.
+/// Without a path that the user asked for, the host chooses.
 Task<std::string> HostArrival::startingFolder(std::shared_ptr<Browser> source, PaneSpec wanted)
 {
     auto const host = std::dynamic_pointer_cast<CommandHost>(source->providerRef());

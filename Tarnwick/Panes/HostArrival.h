@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TWEngine/Runtime/SharedTask.h"
+#include "TWCore/Async/ChildTask.h"
 #include "Tarnwick/Connections/Connections.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 
@@ -12,20 +12,28 @@
 
 namespace tw {
 
+/// How a host is connected.
+enum class HostLogin {
+    silent,       ///< without questions to the user
+    withQuestions ///< ssh may ask the user for passwords, codes and host keys
+};
+
 /// A pane's way to a host that has to be reached first.
 ///
-/// A folder that is remembered from another time is shown while the host is being reached, and looks like any other
-/// once the host is up. Where no path was asked for, the host says where to begin, so nothing is shown before.
+/// A remembered folder is shown while the host is being reached, and looks like any other once the host is up. Without
+/// a path that the user asked for, the host says where to begin, so nothing is shown before.
 ///
 /// Threads: main context only.
-/// Lifetime: shared; the pane holds it as long as it is on this way. Its own tasks hold it weakly: when the pane goes
-/// elsewhere and lets go of it, the rest of the way has no effect.
+/// Lifetime: shared; the pane holds it as long as it is on this way. Its own tasks hold it weakly.
+/// Cancellation: its destructor stops its wait for the host, so that an attempt without other callers ends.
 class HostArrival : public std::enable_shared_from_this<HostArrival> {
 public:
     struct Events {
+        /// The Browser of the host is known, whose host may not be up yet.
+        std::function<void()> onKnown;
         /// The folder to go to: a remembered one, or one of a host that is up.
         std::function<void(std::shared_ptr<Browser>, std::string path)> onFolder;
-        /// The host has been reached with nothing left to be done, or it could not be reached: see `failure`.
+        /// The host is up and there is no folder to go to, or the host could not be reached: see `failure`.
         std::function<void()> onEnd;
     };
 
@@ -38,11 +46,21 @@ public:
 
     HostArrival(PaneSpec destination, Events events) : wanted(std::move(destination)), events(std::move(events)) {}
 
-    /// Sets out. Both the Browser and the connection are asked for at once, so that they are about one attempt: a
-    /// second one would come with the password that was wrong.
-    void begin(std::shared_ptr<Executor> const &mainContext, Connections &connections);
+    ~HostArrival() { wish.request_stop(); }
+
+    HostArrival(HostArrival const &) = delete;
+    HostArrival &operator=(HostArrival const &) = delete;
+
+    /// Sets out. The connection is asked for before the Browser, and both are about one attempt: a second attempt would
+    /// repeat a wrong password, and an attempt without questions would come before the one with questions.
+    void begin(std::shared_ptr<Executor> const &mainContext, Connections &connections, HostLogin login);
+
+    PaneSpec const &destination() const noexcept { return wanted; }
 
     std::string const &host() const noexcept { return wanted.connection; }
+
+    /// The Browser of the host; null as long as it is not known.
+    std::shared_ptr<Browser> const &browser() const noexcept { return source; }
 
     Stage stage() const noexcept { return current; }
 
@@ -65,13 +83,17 @@ public:
     std::exception_ptr const &failure() const noexcept { return reason; }
 
 private:
+    using Connecting = ChildTask<std::shared_ptr<Browser>>;
+
     static Task<void> travel(std::weak_ptr<HostArrival> weak, Task<std::shared_ptr<Browser>> reaching,
-                             SharedTask<std::shared_ptr<Browser>> connecting);
+                             Connecting connecting);
     static Task<bool> showRemembered(std::weak_ptr<HostArrival> weak, Task<std::shared_ptr<Browser>> reaching);
     static Task<std::string> startingFolder(std::shared_ptr<Browser> source, PaneSpec wanted);
 
     PaneSpec const wanted;
     Events const events;
+    std::stop_source wish; ///< stops the whole way
+    std::shared_ptr<Browser> source;
     Stage current = Stage::connecting;
     bool over = false;
     std::exception_ptr reason;

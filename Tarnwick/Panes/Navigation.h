@@ -1,6 +1,5 @@
 #pragma once
 
-#include "TWCore/Model/Text.h"
 #include "TWEngine/Browsing/Browser.h"
 
 #include <memory>
@@ -10,12 +9,16 @@ namespace tw {
 
 enum class MarksAfter { dropped, kept };
 
+/// What happens to the strip's failure when a pane arrives.
+enum class NoticeAfter { dropped, kept };
+
 /// One wish of a pane to be somewhere else.
 struct Navigation {
     std::string path;
     std::string select = {}; ///< the name for the cursor; empty: the name that it was left on
     MarksAfter marks = MarksAfter::dropped;
-    Text notice = {}; ///< for the status line after the arrival, or empty
+    /// Kept where the pane goes because it could not get to another place.
+    NoticeAfter notice = NoticeAfter::dropped;
 
     bool isOfLink = false; ///< the row of a link is opened, which may lead to a file
     bool isReread = false; ///< what is cached of the path is forgotten first

@@ -10,18 +10,26 @@ Navigator::Navigator(std::shared_ptr<Executor> context, std::shared_ptr<Clock> t
 {
 }
 
+Navigator::~Navigator()
+{
+    wish.request_stop();
+}
+
 void Navigator::begin(Navigation navigation, Source source)
 {
     ++current;
+    wish.request_stop();
+    wish = std::stop_source();
     rereading = navigation.isReread;
     // A wish behind a late one is late at once: a spinner that stops for a moment would flicker.
     awaited = spinner.isSpinning() ? spinner.beginLong() : spinner.begin();
-    spawn({mainContext, {}}, perform(weak_from_this(), clock, std::move(navigation), source, current));
+    spawn({mainContext, wish.get_token()}, perform(weak_from_this(), clock, std::move(navigation), source, current));
 }
 
 void Navigator::cancel()
 {
     ++current;
+    wish.request_stop();
     rereading = false;
     awaited.reset();
 }

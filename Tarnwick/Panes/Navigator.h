@@ -12,11 +12,12 @@
 
 namespace tw {
 
-/// Gets the folders that a pane wants to show. Of several that are asked for only the newest arrives: each wish raises
-/// a token, and an answer with an older token is dropped.
+/// Gets the folders that a pane wants to show. Of several wishes only the newest arrives: each wish raises a token, and
+/// an answer with an older token is dropped.
 ///
 /// Threads: main context only.
 /// Lifetime: shared; its own tasks hold it weakly, so a pane that is closed is not kept alive by its own question.
+/// Cancellation: a wish that is superseded or given up stops its call into the Browser. So does the destructor.
 class Navigator : public std::enable_shared_from_this<Navigator> {
 public:
     using Updates = UpdateStream<DirectorySnapshot>;
@@ -34,21 +35,24 @@ public:
         std::function<void(Navigation const &, std::exception_ptr const &)> onFailed;
     };
 
-    /// `spinner` outlives it, and turns while the newest wish is late.
+    /// `spinner` outlives the navigator, and turns while the newest wish is late.
     Navigator(std::shared_ptr<Executor> mainContext, std::shared_ptr<Clock> clock, Events events, PaneSpinner &spinner);
+    ~Navigator();
 
     enum class Source { known, newToThePane };
 
-    /// Asks for a folder, and gives up what was asked for before.
+    /// Asks for a folder. Gives up the wish before.
     void begin(Navigation navigation, Source source);
 
-    /// Gives up what is under way.
+    /// Gives up the wish that is under way.
     void cancel();
+
+    bool isUnderWay() const noexcept { return awaited != nullptr; }
 
     /// Whether the newest wish is under way, and is to read a folder anew.
     bool isRereading() const noexcept { return rereading; }
 
-    /// Changes with each wish. A task that waited for something else compares it, and leaves the user where they are.
+    /// Changes with each wish, so that a task that waited for something else can see whether the user went on.
     std::uint64_t token() const noexcept { return current; }
 
 private:
@@ -59,6 +63,7 @@ private:
     std::shared_ptr<Clock> const clock;
     Events const events;
     std::uint64_t current = 0;
+    std::stop_source wish; ///< stops the newest wish
     bool rereading = false;
     PaneSpinner &spinner;
     PaneSpinner::Work awaited; ///< the newest wish while it is under way, or null

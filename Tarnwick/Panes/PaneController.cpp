@@ -31,8 +31,9 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
       browser(std::move(source)),
       connection(std::move(connectionName)),
       requested(PaneSpec::localHome().path),
-      spinner(collaborators.mainContext, collaborators.clock, [this] { showSpinner(); }),
+      spinner(collaborators.mainContext, collaborators.clock, [this] { showWaiting(); }),
       heading(browser),
+      notices(collaborators.mainContext, collaborators.clock, [this] { showNotice(); }),
       shownPath(requested),
       shownConnection(connection)
 {
@@ -60,7 +61,8 @@ void PaneController::attach(PaneDisplay &newDisplay)
     display->showCursor(cursor.row());
     display->scrollToFirstVisibleRow(firstRow); // it may have been scrolled away from the cursor
     display->showStatus(status);
-    showSpinner();
+    showWaiting();
+    showNotice();
 }
 
 void PaneController::detach(PaneDisplay const &oldDisplay)
@@ -97,6 +99,7 @@ void PaneController::openSelection()
         openFile(std::move(path));
         return;
     }
+    wasTouched = false;
     leaveHostArrival();
     startNavigation({.path = std::move(path), .isOfLink = isLink});
 }
@@ -170,10 +173,23 @@ void PaneController::showSortIndicator()
     display->showSortIndicator(options.sortKey, options.ascending);
 }
 
-void PaneController::showSpinner()
+/// The spinner turns while the pane waits for anything; the strip has words if it waits for a host.
+void PaneController::showWaiting()
 {
-    auto const isWaiting = spinner.isSpinning() || (hostArrival && hostArrival->isAwaited());
+    auto const awaitsHost = hostArrival && hostArrival->isAwaited();
+    auto const isWaiting = spinner.isSpinning() || awaitsHost;
     display->showSpinner(isWaiting ? PaneDisplay::Spinner::spinning : PaneDisplay::Spinner::stopped);
+    if (awaitsHost && hostArrival->browser())
+        notices.waitFor(hostArrival->host(), hostArrival->browser()->providerRef());
+    else if (navigator->isUnderWay() && heading && spinner.isSpinning())
+        notices.waitFor(shownConnection, heading->providerRef());
+    else
+        notices.stopWaiting();
+}
+
+void PaneController::showNotice()
+{
+    display->showNotice(notices.onShow());
 }
 
 void PaneController::showPath(Text path)

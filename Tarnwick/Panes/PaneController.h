@@ -7,6 +7,7 @@
 #include "Tarnwick/Panes/Operands.h"
 #include "Tarnwick/Panes/PaneCursor.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
+#include "Tarnwick/Panes/PaneNotices.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneSpinner.h"
 #include "Tarnwick/Panes/PlaceMemory.h"
@@ -23,6 +24,7 @@ namespace tw {
 class CommandHost;
 class Connections;
 class HostArrival;
+enum class HostLogin;
 
 /// One pane: how it gets from one folder to the next, and what it does with a key or a click.
 ///
@@ -42,7 +44,7 @@ public:
         Defaults &defaults; ///< outlives the pane
     };
 
-    /// What the owner of a pane hears from it. Any of them may be empty.
+    /// What a pane reports to its owner. Any of them may be empty.
     struct Callbacks {
         std::function<void()> onActivate;
         std::function<void()> onSwitchSide;
@@ -50,6 +52,7 @@ public:
         std::function<void(std::string path)> onOpenFile;
         std::function<void()> onConnectionMenuWanted;
         std::function<void(ConnectionItem const &item)> onConnectionPicked;
+        std::function<void(Text title, std::string words)> onDetailsWanted;
     };
 
     using MarksAfter = tw::MarksAfter;
@@ -95,7 +98,7 @@ public:
     void switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path);
 
     /// Goes to a folder of this machine or of a host, which is connected if need be. If that fails, the pane stays
-    /// where it is, or goes home if it has shown nothing yet, and says why.
+    /// where it is, or goes home if it has shown nothing yet, and its strip says why. `connections` outlives the pane.
     void open(PaneSpec destination, Connections &connections);
 
     /// Goes where a typed path leads. "~" is the home folder of the user who is logged in on the pane's connection.
@@ -104,6 +107,13 @@ public:
     /// Reads the folder of `where` anew if it is on show and the pane is not on its way elsewhere. The cursor goes to
     /// `select`, or stays if that is empty; the marks that still apply stay.
     void rereadIfAt(Operands const &where, std::string select);
+
+    /// Ends what the pane waits for, and takes the strip away. The pane shows the place of its rows again, or goes home
+    /// if it has shown nothing yet. False if there is neither a wait nor a strip.
+    bool giveUp();
+
+    /// The view's report of an action chosen in the strip.
+    void noticeActionChosen(PaneNotice::Action action);
 
     /// Something that the user waits for beside the pane's own listings, until the handle goes.
     [[nodiscard]] PaneSpinner::Work beginWork() const { return spinner.begin(); }
@@ -121,7 +131,7 @@ public:
     void toggleHidden();
     void adoptViewOptions(ViewOptions const &options);
 
-    /// Handles a key. False: the pane has no use for it, and the caller may pass it on.
+    /// Handles a key. False: the pane has no use for the key, and the caller may pass it on.
     bool handleKey(KeyPress const &key);
 
     /// The view's reports of what the mouse did.
@@ -156,7 +166,10 @@ private:
     void startNavigation(Navigation navigation);
     void arrive(Navigation const &navigation, Navigator::Arrival arrival);
     void fail(Navigation const &navigation, std::exception_ptr const &failure);
-    void showPlaceOnShow();
+    void showFailure(PaneNotices::Failure what);
+    void repeat(Navigation navigation);
+    void leavePlace();
+    std::optional<std::string> wayOutOfDeadEnd() const;
     void rememberPlace();
     void followUpRefresh();
 
@@ -164,11 +177,14 @@ private:
     void adopt(Navigation const &navigation, Updates updates);
     void applyRefresh(DirectorySnapshot snapshot);
 
+    void setOut(PaneSpec destination, HostLogin login);
     void leaveHostArrival();
     void goToFolderOfHost(std::shared_ptr<Browser> source, std::string path);
     void endHostArrival();
-    void tellOfFailedHost(HostArrival const &arrival);
+    void showFailedHost(HostArrival const &arrival);
     void tellOfHost();
+    void logIn();
+    void showDetails(char const *title, std::string PaneNotice::*words);
 
     void openFile(std::string path);
     bool handlePlainKey(Key key);
@@ -184,7 +200,8 @@ private:
     void showPath(Text path);
     void showConnection(std::string name);
     void showSortIndicator();
-    void showSpinner();
+    void showWaiting();
+    void showNotice();
     void refreshStatus();
 
     Collaborators const collaborators;
@@ -201,6 +218,9 @@ private:
     std::shared_ptr<Browser> heading;
     bool wantsReread = false;                 ///< the refresh under way is followed by another
     std::shared_ptr<HostArrival> hostArrival; ///< null: the pane waits for no host
+    Connections *connections = nullptr;       ///< null before the first `open`
+    PaneNotices notices;
+    bool wasTouched = false; ///< a key or a click came after the newest wish
     std::stop_source updateLoop;
     Defaults::Subscription placementObservation;
 

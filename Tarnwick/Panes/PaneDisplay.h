@@ -2,6 +2,7 @@
 
 #include "TWCore/Model/Text.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
+#include "Tarnwick/Panes/PaneNotice.h"
 #include "Tarnwick/Table/PaneModel.h"
 
 #include <optional>
@@ -47,6 +48,12 @@ public:
     /// For reading only: the names in them may hold any bytes, and the display shows them on one line.
     virtual void showPath(Text const &path) = 0;
     virtual void showStatus(Text const &text) = 0;
+
+    /// The strip between the path and the rows; nothing: there is none.
+    virtual void showNotice(std::optional<PaneNotice> const &notice) = 0;
+
+    /// Moves the keyboard from the rows, if they have it, to the strip's first action.
+    virtual void offerNotice() = 0;
 
     enum class Spinner { stopped, spinning };
 

@@ -6,6 +6,7 @@ namespace tw {
 
 bool PaneController::handleKey(KeyPress const &key)
 {
+    wasTouched = true; // before the key makes a new wish
     if (key.isShiftAlone()) {
         if (auto const target = cursorTarget(key.key)) {
             cursor.markUpTo(*target);
@@ -28,6 +29,8 @@ bool PaneController::handleKey(KeyPress const &key)
         callbacks.onSwitchSide();
         return true;
     case Key::escape:
+        if (giveUp())
+            return true;
         cursor.unmarkAll();
         marksChanged();
         return true;
@@ -44,6 +47,13 @@ bool PaneController::handlePlainKey(Key key)
         return true;
     case Key::backspace:
         goUp();
+        return true;
+    case Key::left:
+    case Key::right:
+        // The rows have no use for these keys, so they lead to the buttons of the strip.
+        if (!notices.onShow())
+            return false;
+        display->offerNotice();
         return true;
     default:
         break;
@@ -85,6 +95,7 @@ void PaneController::cursorAndMarksChanged()
 
 void PaneController::rowClicked(int row, ClickModifiers held)
 {
+    wasTouched = true;
     if (row < 0 || row >= rows.rowCount())
         return;
     if (held.shift) {
@@ -106,6 +117,7 @@ void PaneController::rowClicked(int row, ClickModifiers held)
 
 void PaneController::rowDoubleClicked(int row)
 {
+    wasTouched = true;
     if (row < 0 || row >= rows.rowCount())
         return;
     cursor.moveTo(row);

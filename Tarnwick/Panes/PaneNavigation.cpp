@@ -1,4 +1,4 @@
-// How a pane gets from one folder to the next, on this machine or on a host, and keeps up with it.
+// How a pane gets from one folder to the next, and keeps up with the folder on show.
 
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/Trimmed.h"
@@ -36,105 +36,23 @@ void PaneController::makeNavigator()
 
 void PaneController::navigate(std::string path, std::string select, MarksAfter marks)
 {
+    wasTouched = false;
     leaveHostArrival();
     startNavigation({.path = std::move(path), .select = std::move(select), .marks = marks});
 }
 
 void PaneController::switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path)
 {
+    wasTouched = false;
     hostArrival.reset();
     startNavigation({.path = std::move(path), .source = std::move(source), .connection = std::move(connectionName)});
-}
-
-void PaneController::open(PaneSpec destination, Connections &connections)
-{
-    if (destination.connection == localConnection) {
-        switchTo(connections.local(), localConnection, std::move(destination.path));
-        return;
-    }
-    auto const weak = weak_from_this();
-    navigator->cancel();
-    rememberPlace();
-    hostArrival = std::make_shared<HostArrival>(
-        std::move(destination), HostArrival::Events{.onFolder =
-                                                        [weak](std::shared_ptr<Browser> source, std::string path) {
-                                                            if (auto const self = weak.lock())
-                                                                self->goToFolderOfHost(std::move(source),
-                                                                                       std::move(path));
-                                                        },
-                                                    .onEnd =
-                                                        [weak] {
-                                                            if (auto const self = weak.lock())
-                                                                self->endHostArrival();
-                                                        }});
-    heading.reset();
-    showConnection(hostArrival->host());
-    showPath("connecting…");
-    showStatus({});
-    showSpinner();
-    hostArrival->begin(collaborators.mainContext, connections);
-}
-
-/// The user goes elsewhere on the connection that the pane has.
-void PaneController::leaveHostArrival()
-{
-    if (hostArrival && connection == hostArrival->host())
-        hostArrival->userWentOn();
-    else
-        hostArrival.reset();
-}
-
-void PaneController::goToFolderOfHost(std::shared_ptr<Browser> source, std::string path)
-{
-    auto const host = hostArrival->host();
-    if (!hostArrival->isOpeningFolder())
-        hostArrival.reset(); // the host is up, and this folder is as any other
-    startNavigation({.path = std::move(path), .source = std::move(source), .connection = host});
-}
-
-/// The host has been reached, or not.
-void PaneController::endHostArrival()
-{
-    if (hostArrival->isOpeningFolder())
-        return; // the folder that arrives tells of it
-    auto const arrival = std::exchange(hostArrival, nullptr);
-    showSpinner();
-    if (arrival->failure())
-        tellOfFailedHost(*arrival);
-    else if (arrival->stage() == HostArrival::Stage::onFolder)
-        refreshStatus();
-}
-
-void PaneController::tellOfFailedHost(HostArrival const &arrival)
-{
-    auto const text = PaneStatus::connectFailed(arrival.host(), arrival.failure());
-    if (arrival.stage() != HostArrival::Stage::connecting) {
-        showStatus(text);
-        return;
-    }
-    showPlaceOnShow();
-    if (rows.snapshot())
-        showStatus(text);
-    else
-        startNavigation({.path = PaneSpec::localHome().path, .notice = text});
-}
-
-/// A folder is on show; if it is a remembered one, the status line tells of its host.
-void PaneController::tellOfHost()
-{
-    if (!hostArrival || !hostArrival->isOpeningFolder())
-        return;
-    hostArrival->folderArrived();
-    if (hostArrival->isOver())
-        endHostArrival();
-    else
-        showStatus(PaneStatus::connecting(hostArrival->host()));
 }
 
 void PaneController::goToTyped(std::string text)
 {
     auto const host = std::dynamic_pointer_cast<CommandHost>(browser->providerRef());
     if (host && trimmed(text).starts_with('~')) {
+        wasTouched = false;
         spawn({collaborators.mainContext, {}},
               performTyped(weak_from_this(), host, std::move(text), navigator->token()));
         return;
@@ -152,7 +70,11 @@ Task<void> PaneController::performTyped(std::weak_ptr<PaneController> weak, std:
     if (!self || self->navigator->token() != token)
         co_return; // the user is elsewhere
     if (home.failure)
-        self->showStatus(PaneStatus::failure(text, home.failure));
+        self->showFailure(
+            {.place = {self->connection, self->requested, true}, .reason = home.failure, .retry = [weak, text] {
+                 if (auto const pane = weak.lock())
+                     pane->goToTyped(text);
+             }});
     else if (auto where = typedPath(text, self->pathOnShow(), *home.value))
         self->navigate(*std::move(where));
 }
@@ -171,37 +93,86 @@ void PaneController::startNavigation(Navigation navigation)
     wantsReread = false;
     auto const source = navigation.source == browser ? Navigator::Source::known : Navigator::Source::newToThePane;
     navigator->begin(std::move(navigation), source);
-    showSpinner();
+    showWaiting();
 }
 
 void PaneController::fail(Navigation const &navigation, std::exception_ptr const &failure)
 {
     if (hostArrival && hostArrival->isOpeningFolder())
         hostArrival.reset();
-    showSpinner();
-    showPlaceOnShow();
-    auto const text = PaneStatus::failure(navigation.path, failure);
-    showStatus(text);
-    if (navigation.isOfLink && PaneStatus::isAboutAFile(failure)) {
+    auto const isLinkToFile = navigation.isOfLink && PaneStatus::isAboutAFile(failure);
+    if (navigation.notice == NoticeAfter::kept || (isLinkToFile && callbacks.onOpenFile))
+        leavePlace();
+    else
+        showFailure({.place = {navigation.connection, navigation.path, true},
+                     .reason = failure,
+                     .retry = [weak = weak_from_this(), navigation] {
+                         if (auto const self = weak.lock())
+                             self->repeat(navigation);
+                     }});
+    if (isLinkToFile)
         openFile(navigation.path);
-        return;
-    }
-    // A pane that has shown nothing yet would be a dead end: it goes where it can, and keeps saying why.
-    if (!rows.snapshot() && navigation.path != "/") {
-        auto const home = PaneSpec::localHome().path;
-        startNavigation({.path = navigation.path == home ? "/" : home,
-                         .notice = navigation.notice.isEmpty() ? text : navigation.notice});
-    }
 }
 
-/// Takes back what was shown of a place that the pane does not get to.
-void PaneController::showPlaceOnShow()
+/// The strip says why a place was not reached.
+void PaneController::showFailure(PaneNotices::Failure what)
 {
+    notices.fail(std::move(what));
+    leavePlace();
+    // A person who has just asked for the place reads why it is not there, and Return does what the strip proposes.
+    // The keyboard stays with a person who did something else meanwhile.
+    if (!wasTouched)
+        display->offerNotice();
+}
+
+void PaneController::repeat(Navigation navigation)
+{
+    if (navigation.source == browser)
+        leaveHostArrival();
+    else
+        hostArrival.reset();
+    startNavigation(std::move(navigation));
+}
+
+/// The pane shows again the place that it has. If it has none yet it would be a dead end, and goes where it can.
+void PaneController::leavePlace()
+{
+    auto const wayOut = wayOutOfDeadEnd();
     heading = browser;
     showConnection(connection);
-    if (rows.snapshot())
+    if (rows.snapshot()) {
         requested = pathOnShow();
+        refreshStatus();
+    }
     showPath(requested);
+    showWaiting();
+    if (wayOut)
+        startNavigation({.path = *wayOut, .notice = NoticeAfter::kept});
+}
+
+/// Where to go instead of the place that was not reached. A pane that has shown nothing yet would be a dead end.
+std::optional<std::string> PaneController::wayOutOfDeadEnd() const
+{
+    auto const isHere = heading == browser;
+    if (rows.snapshot() || (isHere && requested == "/"))
+        return std::nullopt;
+    auto home = PaneSpec::localHome().path;
+    return isHere && requested == home ? "/" : std::move(home);
+}
+
+bool PaneController::giveUp()
+{
+    auto const isWaiting = navigator->isUnderWay() || (hostArrival && hostArrival->isAwaited());
+    if (!isWaiting && !notices.onShow())
+        return false;
+    notices.clear();
+    if (!isWaiting)
+        return true;
+    navigator->cancel();
+    hostArrival.reset();
+    wantsReread = false;
+    leavePlace();
+    return true;
 }
 
 void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arrival)
@@ -227,10 +198,10 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     display->scrollToFirstVisibleRow(firstRow);
     restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
     refreshStatus();
-    if (!navigation.notice.isEmpty())
-        showStatus(navigation.notice);
+    if (navigation.notice == NoticeAfter::dropped)
+        notices.clear();
     tellOfHost();
-    showSpinner();
+    showWaiting();
     if (callbacks.onLocationChanged)
         callbacks.onLocationChanged();
 }
@@ -258,6 +229,7 @@ void PaneController::rereadIfAt(Operands const &where, std::string select)
     if (select.empty())
         select = cursorName().empty() ? ".." : cursorName();
     navigate(where.path, std::move(select), MarksAfter::kept);
+    wasTouched = true; // an operation wants it, not a person who looks at this pane
 }
 
 void PaneController::refresh()
@@ -267,6 +239,7 @@ void PaneController::refresh()
         return;
     }
     auto const name = cursorName();
+    wasTouched = false;
     leaveHostArrival();
     startNavigation({.path = rows.snapshot() ? pathOnShow() : requested,
                      .select = name.empty() ? ".." : std::string(name),

@@ -110,16 +110,6 @@ Text connecting(std::string const &host)
     return {"connecting to %@…", {withNothingHidden(host)}};
 }
 
-Text connectFailed(std::string const &host, std::exception_ptr const &error)
-{
-    return warning({"cannot connect to %@: %@", {withNothingHidden(host), describe(error)}});
-}
-
-Text failure(std::string const &name, std::exception_ptr const &error)
-{
-    return warning({"%@: %@", {name, describe(error)}});
-}
-
 Text warning(Text const &text)
 {
     return {"⚠︎ %@", {text}};

@@ -23,17 +23,11 @@ Text timing(std::chrono::duration<double> elapsed, Source source);
 /// While the host of what is on show is being reached.
 Text connecting(std::string const &host);
 
-/// The host could not be reached.
-Text connectFailed(std::string const &host, std::exception_ptr const &error);
-
 /// The text for the user of a failure.
 Text describe(std::exception_ptr const &error);
 
 /// True if what failed was to list a path that is there and is no folder.
 bool isAboutAFile(std::exception_ptr const &error);
-
-/// A path or a name, and what went wrong with it.
-Text failure(std::string const &name, std::exception_ptr const &error);
 
 /// What stands before every failure on the line.
 Text warning(Text const &text);

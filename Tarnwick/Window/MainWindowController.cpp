@@ -43,6 +43,10 @@ void MainWindowController::wire(PaneSide side)
     callbacks.onActivate = [this, side] { setActive(side); };
     callbacks.onSwitchSide = [this] { cmdSwapPanes(); };
     callbacks.onConnectionMenuWanted = [this, side] { openConnectionMenu(side); };
+    callbacks.onDetailsWanted = [this](Text title, std::string words) {
+        if (window)
+            spawn({collaborators.mainContext, {}}, window->dialogs()->details(std::move(title), std::move(words)));
+    };
     callbacks.onConnectionPicked = [this, side](ConnectionItem const &item) { pickConnection(item, side); };
 }
 

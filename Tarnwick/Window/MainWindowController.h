@@ -37,7 +37,7 @@ public:
 
     void setActive(PaneSide side);
 
-    /// Puts a pane on a connection and a path. The pane's status line says why a host cannot be reached.
+    /// Puts a pane on a connection and a path. The pane's strip says why a host cannot be reached.
     void open(PaneSpec destination, std::shared_ptr<PaneController> const &pane);
 
     /// Lists the connections to choose from beside a pane, which becomes the active one.

@@ -32,14 +32,15 @@ protected:
         EXPECT_TRUE(ended.isDone());
     }
 
-    void setOut(PaneSpec destination)
+    void setOut(PaneSpec destination, HostLogin login = HostLogin::silent)
     {
         arrival = std::make_shared<HostArrival>(
             std::move(destination),
             HostArrival::Events{
+                .onKnown = [this] { ++known; },
                 .onFolder = [this](std::shared_ptr<Browser> const &, std::string path) { folders.push_back(path); },
                 .onEnd = [this] { ++ends; }});
-        arrival->begin(loop.context(), connections);
+        arrival->begin(loop.context(), connections, login);
         loop.drain();
     }
 
@@ -76,6 +77,7 @@ protected:
     FakeConnections connections{browser};
     std::vector<std::string> folders;
     int ends = 0;
+    int known = 0;
     std::shared_ptr<HostArrival> arrival;
 };
 
@@ -146,6 +148,31 @@ TEST_F(HostArrivalTest, aWayThatNobodyIsOnAnyMoreHasNoEffect)
     connect();
     EXPECT_THAT(folders, IsEmpty());
     EXPECT_EQ(ends, 0);
+}
+
+TEST_F(HostArrivalTest, aWayThatNobodyIsOnAnyMoreStopsItsWaitForTheHost)
+{
+    setOut({"web", "/srv", true});
+    EXPECT_FALSE(connections.waiting.at(0).hasCallerGone());
+    arrival.reset();
+    loop.drain();
+    EXPECT_TRUE(connections.waiting.at(0).hasCallerGone());
+}
+
+TEST_F(HostArrivalTest, theBrowserIsKnownBeforeTheHostIsUp)
+{
+    setOut({"web", "/srv", true});
+    EXPECT_EQ(known, 1);
+    EXPECT_EQ(arrival->browser(), browser);
+}
+
+TEST_F(HostArrivalTest, aLoginAsksTheUserInTheOnlyAttempt)
+{
+    setOut({"web", "/srv", true}, HostLogin::withQuestions);
+    ASSERT_EQ(connections.waiting.size(), 1U);
+    EXPECT_TRUE(connections.waiting.at(0).mayAsk);
+    connect();
+    EXPECT_THAT(folders, ElementsAre("/srv"));
 }
 
 TEST_F(HostArrivalTest, theBrowserAndTheConnectionAreOneAttempt)

@@ -101,6 +101,34 @@ TEST_F(NavigatorTest, whatWasCancelledDoesNotArrive)
     EXPECT_EQ(turns, 0);
 }
 
+TEST_F(NavigatorTest, aWishThatIsSupersededOrGivenUpDoesNotWaitForItsFolderAnyMore)
+{
+    auto const beginElsewhere = [this] {
+        auto const other = std::make_shared<Browser>(
+            provider, Browser::Collaborators{Strand(loop.context()), clock, nullptr}, Browser::Config{});
+        navigator->begin({.path = "/slow", .source = other}, Navigator::Source::known);
+        loop.drain();
+        return std::weak_ptr(other);
+    };
+    auto const superseded = beginElsewhere();
+    EXPECT_FALSE(superseded.expired()) << "the wish uses it";
+    begin("/next");
+    EXPECT_TRUE(superseded.expired());
+    auto const givenUp = beginElsewhere();
+    EXPECT_FALSE(givenUp.expired());
+    navigator->cancel();
+    loop.drain();
+    EXPECT_TRUE(givenUp.expired());
+    auto const closed = beginElsewhere();
+    navigator.reset();
+    loop.drain();
+    EXPECT_TRUE(closed.expired());
+    while (!provider->waiting.empty()) {
+        provider->takeOldest().answer->succeed({});
+        loop.drain();
+    }
+}
+
 TEST_F(NavigatorTest, everyWishAndEveryCancelChangesTheToken)
 {
     auto const before = navigator->token();

@@ -3,6 +3,7 @@
 #include "TWEngine/Runtime/Completion.h"
 #include "Tarnwick/Connections/Connections.h"
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -17,6 +18,10 @@ public:
     struct Request {
         std::string host;
         std::shared_ptr<Completion<std::shared_ptr<Browser>>> answer;
+        bool mayAsk = false; ///< the attempt may put questions to the user
+        std::stop_token caller = {};
+
+        bool hasCallerGone() const { return caller.stop_requested(); }
     };
 
     explicit FakeConnections(std::shared_ptr<Browser> browser) : localBrowser(std::move(browser)) {}
@@ -25,9 +30,12 @@ public:
 
     Task<std::shared_ptr<Browser>> ssh(std::string host) override
     {
-        auto const answer = std::make_shared<Completion<std::shared_ptr<Browser>>>();
-        waiting.push_back({std::move(host), answer});
-        return Completion<std::shared_ptr<Browser>>::wait(answer);
+        return connect(this, note({.host = std::move(host), .answer = {}}));
+    }
+
+    Task<std::shared_ptr<Browser>> logIn(std::string host) override
+    {
+        return connect(this, note({.host = std::move(host), .answer = {}, .mayAsk = true}));
     }
 
     Task<std::shared_ptr<Browser>> reach(std::string host) override
@@ -57,6 +65,25 @@ public:
     std::vector<std::shared_ptr<HostsAnswer>> readings;
 
 private:
+    using Answer = Completion<std::shared_ptr<Browser>>;
+
+    std::shared_ptr<Answer> note(Request request)
+    {
+        request.answer = std::make_shared<Answer>();
+        waiting.push_back(std::move(request));
+        return waiting.back().answer;
+    }
+
+    static Task<std::shared_ptr<Browser>> connect(FakeConnections *self, std::shared_ptr<Answer> answer)
+    {
+        auto const context = co_await currentContext();
+        auto const own = std::ranges::find(self->waiting, answer, &Request::answer);
+        if (own != self->waiting.end())
+            own->caller = context.stop;
+        auto browser = co_await Answer::wait(answer);
+        co_return browser;
+    }
+
     std::shared_ptr<Browser> localBrowser;
 };
 

@@ -24,6 +24,11 @@ public:
 
     Task<void> error(Text message) override { return seen(note(errors, message.english())); }
 
+    Task<void> details(Text title, std::string words) override
+    {
+        return seen(note(detailsShown, Details{title.english(), std::move(words)}));
+    }
+
     Task<std::optional<std::string>> prompt(Prompt question) override
     {
         return Completion<std::optional<std::string>>::wait(note(prompts, std::move(question)));
@@ -39,6 +44,11 @@ public:
         throw std::logic_error("no operation under test shows progress yet");
     }
 
+    struct Details {
+        std::string title;
+        std::string words;
+    };
+
     /// The window closes: what has not been answered is cancelled.
     void close() const
     {
@@ -48,12 +58,15 @@ public:
             each.cancel();
         for (auto const &each : errors)
             each.cancel();
+        for (auto const &each : detailsShown)
+            each.cancel();
     }
 
     // Those asked so far, answered or not.
     std::vector<Asked<Prompt, std::optional<std::string>>> prompts;
     std::vector<Asked<Confirmation, Answer>> confirmations;
     std::vector<Asked<std::string, Done>> errors;
+    std::vector<Asked<Details, Done>> detailsShown;
 
 private:
     template <class Question, class Value>

@@ -21,6 +21,8 @@ public:
     int menuOpenings = 0;
     std::string path;
     std::string status;
+    std::optional<PaneNotice> notice; ///< what the strip shows
+    int noticeOffers = 0;             ///< how often its first action got the keyboard
     bool isSpinning = false;
     SortKey sortKey = SortKey::name;
     bool ascending = true;
@@ -52,6 +54,13 @@ public:
     void showPath(Text const &text) override { path = onOneLine(text.english()); }
 
     void showStatus(Text const &text) override { status = onOneLine(text.english()); }
+
+    void showNotice(std::optional<PaneNotice> const &shown) override { notice = shown; }
+
+    void offerNotice() override { ++noticeOffers; }
+
+    /// The words in the strip; empty without one.
+    std::string noticeText() const { return notice ? onOneLine(notice->text.english()) : std::string(); }
 
     void showSpinner(Spinner spinner) override { isSpinning = spinner == Spinner::spinning; }
 

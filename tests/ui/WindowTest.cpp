@@ -1,6 +1,8 @@
 #include "tests/ui/WindowTest.h"
 
+#include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
+#include "Tarnwick/Toolkit/Widgets/WrappedText.h"
 #include "tests/ui/QtLoop.h"
 
 #include <QApplication>
@@ -74,6 +76,12 @@ std::string WindowTest::cursorName()
 std::string WindowTest::status(PaneSide side)
 {
     return window->pane(side).statusLine().text().toStdString();
+}
+
+std::string WindowTest::notice(PaneSide side)
+{
+    auto const &strip = window->pane(side).noticeStrip();
+    return strip.isHidden() ? std::string() : strip.text().text().toStdString();
 }
 
 std::vector<std::string> WindowTest::shownNames(PaneSide side)

@@ -49,6 +49,9 @@ protected:
     std::string cursorName();
     std::string status(PaneSide side);
 
+    /// The words in a pane's strip; empty without a strip.
+    std::string notice(PaneSide side);
+
     /// The names in the order of the rows; the parent row is "..".
     std::vector<std::string> shownNames(PaneSide side);
 

@@ -6,6 +6,7 @@
 #include "Tarnwick/Toolkit/Dialogs/ProgressSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
+#include "Tarnwick/Toolkit/Dialogs/WordsSheet.h"
 
 namespace tw {
 
@@ -60,6 +61,14 @@ Task<void> tell(Queue queue, Text message)
 {
     auto *const window = windowOf(queue);
     ShownSheet const sheet(queue, QuestionSheet::ofError(message, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    co_await Finished::wait(end);
+}
+
+Task<void> tellDetails(Queue queue, Text title, std::string words)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new WordsSheet(title, words, window), SheetQueue::Kind::question);
     auto const end = endOf(*sheet());
     co_await Finished::wait(end);
 }
@@ -124,6 +133,11 @@ public:
 Task<void> SheetDialogs::error(Text message)
 {
     return tell(queue, std::move(message));
+}
+
+Task<void> SheetDialogs::details(Text title, std::string words)
+{
+    return tellDetails(queue, std::move(title), std::move(words));
 }
 
 Task<std::optional<std::string>> SheetDialogs::prompt(Prompt question)

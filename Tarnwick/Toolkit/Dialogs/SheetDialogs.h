@@ -12,6 +12,7 @@ public:
     explicit SheetDialogs(QWidget &window) : queue(std::make_shared<SheetQueue>(window)) {}
 
     Task<void> error(Text message) override;
+    Task<void> details(Text title, std::string words) override;
     Task<std::optional<std::string>> prompt(Prompt question) override;
     Task<Answer> confirm(Confirmation question) override;
     std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) override;

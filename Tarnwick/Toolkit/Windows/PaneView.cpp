@@ -4,6 +4,7 @@
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
+#include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
@@ -38,6 +39,7 @@ PaneView::PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, Pan
       rows(controller->model(), icons),
       connection(new ConnectionButton(this)),
       path(new PathField(this)),
+      notices(new NoticeStrip(this)),
       rowTable(new PaneTableView(rows, this)),
       status(new ElidedLabel(this))
 {
@@ -45,6 +47,7 @@ PaneView::PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, Pan
     connectTable();
     connectPathField();
     connectButton();
+    connectNotices();
     adoptFontSize();
     adoptColumns();
     observations = {Settings::paneFontSize.observe(settings, [this] { adoptFontSize(); }),
@@ -69,6 +72,8 @@ void PaneView::layOut()
     strip->addWidget(path, 1);
     path->setMinimumWidth(leastPathWidth);
     all->addLayout(strip);
+    all->addWidget(notices);
+    notices->hide();
     all->addWidget(rowTable);
     all->addWidget(status);
 }
@@ -102,6 +107,33 @@ void PaneView::connectButton()
 {
     connection->onMenuWanted = [this] { controller->connectionMenuWanted(); };
     connection->onPicked = [this](ConnectionItem const &item) { controller->connectionPicked(item); };
+}
+
+void PaneView::connectNotices()
+{
+    notices->onKeyboard = [this](NoticeStrip::Keyboard keyboard) {
+        auto const isInStrip = keyboard == NoticeStrip::Keyboard::come;
+        if (isInStrip)
+            controller->activated();
+        rowTable->showActive(isActive && !isInStrip); // the row under the cursor is not what Return opens
+    };
+    notices->onAction = [this](PaneNotice::Action action) { actOnNotice(action); };
+    notices->onKey = [this](KeyPress const &key) {
+        auto const isUsed = controller->handleKey(key);
+        if (isUsed && notices->hasKeyboard())
+            PaneView::takeKeyboardFocus();
+        return isUsed;
+    };
+}
+
+void PaneView::actOnNotice(PaneNotice::Action action)
+{
+    using Action = PaneNotice::Action;
+    // A sheet gives the keyboard back to where it was. Every other action goes on with the rows.
+    auto const opensSheet = action == Action::details || action == Action::showKey;
+    if (!opensSheet || !notices->hasKeyboard())
+        PaneView::takeKeyboardFocus();
+    controller->noticeActionChosen(action);
 }
 
 void PaneView::adoptFontSize()
@@ -180,6 +212,24 @@ void PaneView::showStatus(Text const &text)
     status->setText(Wording::shown(text));
 }
 
+void PaneView::showNotice(std::optional<PaneNotice> const &notice)
+{
+    // Before the button with the keyboard goes: Qt would give the keyboard to any other widget.
+    if (notices->hasKeyboard() && !(notice && notices->hasButtonsOf(*notice)))
+        rowTable->setFocus(Qt::OtherFocusReason);
+    if (notice)
+        notices->showNotice(*notice);
+    else
+        notices->hide();
+}
+
+void PaneView::offerNotice()
+{
+    // Also while a sheet, or another program, has the keyboard of this window.
+    if (window()->focusWidget() == rowTable)
+        notices->takeKeyboard();
+}
+
 void PaneView::showSpinner(Spinner spinner)
 {
     if (spinner == Spinner::spinning)
@@ -195,6 +245,7 @@ void PaneView::showSortIndicator(SortKey key, bool ascending)
 
 void PaneView::showActive(bool active)
 {
+    isActive = active;
     rowTable->showActive(active);
     path->showActive(active);
     connection->showActive(active);

@@ -12,10 +12,11 @@ namespace tw {
 
 class ConnectionButton;
 class ElidedLabel;
+class NoticeStrip;
 class PaneTableView;
 class PathField;
 
-/// One pane on screen: the connection and the path, the table below them and the status line.
+/// One pane on screen: the connection and the path, the strip of notices, the table and the status line.
 ///
 /// Lifetime: `defaults` and `icons` outlive it.
 class PaneView final : public QWidget, private PaneDisplay {
@@ -28,6 +29,8 @@ public:
     PathField &pathField() const { return *path; }
 
     ConnectionButton &connectionButton() const { return *connection; }
+
+    NoticeStrip &noticeStrip() const { return *notices; }
 
     ElidedLabel &statusLine() const { return *status; }
 
@@ -43,6 +46,8 @@ private:
     void updateConnectionMenu(std::vector<ConnectionItem> items) override;
     void showPath(Text const &shown) override;
     void showStatus(Text const &text) override;
+    void showNotice(std::optional<PaneNotice> const &notice) override;
+    void offerNotice() override;
     void showSpinner(Spinner spinner) override;
     void showSortIndicator(SortKey key, bool ascending) override;
     void showActive(bool active) override;
@@ -53,6 +58,8 @@ private:
     void connectTable();
     void connectPathField();
     void connectButton();
+    void connectNotices();
+    void actOnNotice(PaneNotice::Action action);
     void notePainted();
     void adoptFontSize();
     void adoptColumns();
@@ -63,8 +70,10 @@ private:
     PaneTableModel rows;
     ConnectionButton *const connection;
     PathField *const path;
+    NoticeStrip *const notices;
     PaneTableView *const rowTable;
     ElidedLabel *const status;
+    bool isActive = false;
     std::string paintedPath; ///< of the listing that was last seen on screen
 };
 
