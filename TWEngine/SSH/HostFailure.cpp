@@ -293,6 +293,8 @@ std::string subjectOf(Cause cause, ClientReport const &report, std::string_view 
     switch (cause) {
     case Cause::badConfiguration:
         return std::string(takeLine(words)); // later lines only count the first ones
+    case Cause::changedKey:
+        return std::string(lineWith("ssh-keygen ", words));
     case Cause::needsPassphrase:
     case Cause::agentRefused:
         return report.acceptedKey;

@@ -11,7 +11,7 @@ namespace tw {
 struct HostFailure {
     enum class Cause {
         unknown,
-        changedKey,      ///< the host shows another key than the one that is stored for it
+        changedKey,      ///< the host shows another key than the stored one, which the command `subject` removes
         unknownKey,      ///< no key is stored for the host
         revokedKey,      ///< the host shows a key that is marked as revoked
         needsAnswers,    ///< the host takes a password or a code, and nobody was asked

@@ -166,7 +166,7 @@ Sentence sentenceFor(HostFailure const &failure)
     case Cause::windows:
         return {"%@ runs Windows. Folders of such hosts cannot be shown yet."};
     default:
-        return {"%@ could not be reached. The details have what ssh said.", "There is no connection."};
+        return {"%@ could not be reached. The details have what is known."};
     }
 }
 
@@ -235,6 +235,10 @@ Text failureSentences(HostFailure const &failure)
     case Cause::noCommonAlgorithm:
         return {"ssh and %@ have no %@ in common. The host has only %@, which ~/.ssh/config would have to allow.",
                 {hostName(failure), failure.subject, quotedOnOneLine(failure.offer)}};
+    case Cause::unknown:
+        if (auto const words = quotedOnOneLine(failure.hostSays); !words.empty())
+            return {"%@ could not be reached. The last words were: %@", {hostName(failure), words}};
+        break;
     case Cause::noSSH:
         return {"ssh could not be started: %@. Install the OpenSSH client.", {failure.subject}};
     default:

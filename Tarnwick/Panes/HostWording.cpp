@@ -53,6 +53,8 @@ std::string keysOf(HostFailure const &failure)
     addSection(text, "The key that the host shows now:", failure.shownFingerprint);
     addSection(text, "The key that is stored for it:", failure.storedFingerprint);
     addSection(text, "Where the old key is stored:", failure.storedAt);
+    if (failure.cause == HostFailure::Cause::changedKey)
+        addSection(text, "What removes the old key, once you know that the new one is right:", failure.subject);
     return text;
 }
 

@@ -227,8 +227,8 @@ std::vector<Row> const &table()
         {failed(std::string(loggedIn) + "Connection to 192.0.2.7 closed by remote host.\r\n"), Cause::closed,
          "web closed the connection before its shell answered. Try again."},
         {failed("something that no version has said so far\r\n"), Cause::unknown,
-         "There is no connection. web says: something that no version has said so far"},
-        {failed(""), Cause::unknown, "web could not be reached. The details have what ssh said."},
+         "web could not be reached. The last words were: something that no version has said so far"},
+        {failed(""), Cause::unknown, "web could not be reached. The details have what is known."},
     };
     return rows;
 }

@@ -43,7 +43,9 @@ TEST(HostWordingTest, aChangedKeyIsShownWithBothFingerprintsAndItsPlace)
     auto const notice = noticeFor(RemoteShellError::ConnectFailed("web", error.detail, report));
     EXPECT_EQ(notice.keys, "The key that the host shows now:\nSHA256:LRCTOAcGZRkm/fgAmRwI0Et7Cie2V/vsuDqad5SLUI8\n\n"
                            "The key that is stored for it:\nSHA256:old\n\n"
-                           "Where the old key is stored:\n/home/ann/.ssh/known_hosts:12\n");
+                           "Where the old key is stored:\n/home/ann/.ssh/known_hosts:12\n\n"
+                           "What removes the old key, once you know that the new one is right:\n"
+                           "ssh-keygen -f \"/home/ann/.ssh/known_hosts\" -R \"web\"\n");
     EXPECT_THAT(notice.details, HasSubstr(notice.keys));
     EXPECT_THAT(notice.details, HasSubstr("Host key verification failed."));
 }
