@@ -84,6 +84,8 @@ constexpr std::array ownClues{
     Clue{"hosts with a POSIX shell only", Cause::windows},
     Clue{"the key store with the password of this host is locked", Cause::lockedKeyStore},
     Clue{"replaces the shell", Cause::replacedShell},
+    Clue{"the login was cancelled", Cause::cancelledLogin},
+    Clue{"answers were not accepted", Cause::wrongAnswers},
     Clue{"no response within", Cause::timedOut},
 };
 
@@ -350,6 +352,8 @@ bool HostFailure::canLogIn() const
     case Cause::agentRefused:
     case Cause::noKey: // ssh offers a key in an old file format only when it has the passphrase
     case Cause::wrongPassword:
+    case Cause::wrongAnswers:
+    case Cause::cancelledLogin:
     case Cause::lockedKeyStore:
         return true;
     case Cause::openKeyFile:

@@ -20,6 +20,8 @@ struct HostFailure {
         refusedKeys,     ///< the host takes none of the keys, and nothing else
         noKey,           ///< the host takes nothing but keys, and none was offered
         wrongPassword,   ///< a password or a code was given and refused
+        wrongAnswers,    ///< three answers of the user were refused
+        cancelledLogin,  ///< the user did not want to answer
         tooManyFailures, ///< the host ended the login after too many keys or passwords
         openKeyFile,     ///< ssh ignores the key `subject`, because other users may read it
         lockedKeyStore,  ///< the password lies in a key store that is locked

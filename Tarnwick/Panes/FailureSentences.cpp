@@ -128,6 +128,10 @@ Sentence sentenceFor(HostFailure const &failure)
         return {"The key of %@ is marked as revoked. Ask for its new key before you go on."};
     case Cause::wrongPassword:
         return {"%@ refused the password or code. Log in to give another one."};
+    case Cause::wrongAnswers:
+        return {"%@ accepted none of three answers. Log in to try again."};
+    case Cause::cancelledLogin:
+        return {"The login to %@ was cancelled. Log in to be asked again."};
     case Cause::tooManyFailures:
         return {
             "%@ ended the login after too many tries. Name the right key in ~/.ssh/config, with IdentitiesOnly yes."};

@@ -215,6 +215,12 @@ std::vector<Row> const &table()
         {{"web", "could not launch ssh: No such file or directory"},
          Cause::noSSH,
          "ssh could not be started: No such file or directory. Install the OpenSSH client."},
+        {{"web", "the login was cancelled"},
+         Cause::cancelledLogin,
+         "The login to web was cancelled. Log in to be asked again."},
+        {{"web", "three answers were not accepted", failed(keyExchanged).report},
+         Cause::wrongAnswers,
+         "web accepted none of three answers. Log in to try again."},
         {{"web", "a start file replaces the shell"},
          Cause::replacedShell,
          "A start file on web replaces the shell by another program. Let it do so only in terminals."},
@@ -255,7 +261,8 @@ TEST(FailureSentencesTest, aLoginIsOfferedWhereAnAnswerMayHelp)
         auto const needsAnswer = row.cause == Cause::unknownKey || row.cause == Cause::needsAnswers ||
                                  row.cause == Cause::needsPassphrase || row.cause == Cause::agentRefused ||
                                  row.cause == Cause::wrongPassword || row.cause == Cause::lockedKeyStore ||
-                                 row.cause == Cause::noKey;
+                                 row.cause == Cause::noKey || row.cause == Cause::cancelledLogin ||
+                                 row.cause == Cause::wrongAnswers;
         EXPECT_EQ(mayHelp, needsAnswer) << row.sentences;
     }
 }
