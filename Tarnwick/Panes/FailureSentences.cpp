@@ -4,6 +4,8 @@
 #include "TWCore/Model/Trimmed.h"
 
 #include <algorithm>
+#include <array>
+#include <optional>
 
 namespace tw {
 
@@ -118,60 +120,94 @@ Sentence closed(ClientStage stage)
             "The connection was closed before the shell answered."};
 }
 
+struct Row {
+    Cause cause;
+    Sentence sentence;
+};
+
 /// Of the causes that need nothing but the name of the host.
+constexpr std::array sentences{
+    Row{Cause::unknown, {"%@ could not be reached. The details have what is known."}},
+    Row{Cause::unknownKey, {"The key of %@ is not known yet. Log in to see it and to decide."}},
+    Row{Cause::revokedKey, {"The key of %@ is marked as revoked. Ask for its new key before you go on."}},
+    Row{Cause::wrongPassword, {"%@ refused the password or code. Log in to give another one."}},
+    Row{Cause::wrongAnswers, {"%@ accepted none of three answers. Log in to try again."}},
+    Row{Cause::cancelledLogin, {"The login to %@ was cancelled. Log in to be asked again."}},
+    Row{Cause::tooManyFailures,
+        {"%@ ended the login after too many tries. Name the right key in ~/.ssh/config, with IdentitiesOnly yes."}},
+    Row{Cause::lockedKeyStore, {"The password for %@ is in a key store that is locked. Unlock it, or log in."}},
+    Row{Cause::expiredPassword, {"Your password on %@ has expired. Log in with ssh in a terminal to set a new one."}},
+    Row{Cause::expiredAccount, {"Your account on %@ has expired. Only those who run the host can renew it."}},
+    Row{Cause::closedForNow, {"%@ lets nobody in at the moment. Try again later.", "Nobody is let in at the moment."}},
+    Row{Cause::noRoute, {"There is no way to %@ from here. Check the network, or the VPN."}},
+    Row{Cause::refusedConnection,
+        {"%@ refuses connections. Its ssh server is not running, or listens on another port."}},
+    Row{Cause::notSSH, {"What answers at %@ is no ssh server. Check the port in ~/.ssh/config."}},
+    Row{Cause::noShell,
+        {"Your account on %@ has no shell. Those who run the host can give it one.", "Your account has no shell."}},
+    Row{Cause::onlySftp, {"%@ gives your account no shell, only sftp. Tarnwick needs a shell there."}},
+    Row{Cause::noSession, {"%@ lets you in, but opens no session. It may have too many; try again later."}},
+    Row{Cause::noBash, {"%@ has no bash, which Tarnwick needs there. It has to be installed first."}},
+    Row{Cause::endedShell,
+        {"The shell of %@ ended before it answered. A start file such as .bashrc may end it.",
+         "The shell ended before it answered."}},
+    Row{Cause::replacedShell,
+        {"A start file on %@ replaces the shell by another program. Let it do so only in terminals."}},
+    Row{Cause::windows, {"%@ runs Windows. Folders of such hosts cannot be shown yet."}},
+};
+
 Sentence sentenceFor(HostFailure const &failure)
 {
-    switch (failure.cause) {
-    case Cause::unknownKey:
-        return {"The key of %@ is not known yet. Log in to see it and to decide."};
-    case Cause::revokedKey:
-        return {"The key of %@ is marked as revoked. Ask for its new key before you go on."};
-    case Cause::wrongPassword:
-        return {"%@ refused the password or code. Log in to give another one."};
-    case Cause::wrongAnswers:
-        return {"%@ accepted none of three answers. Log in to try again."};
-    case Cause::cancelledLogin:
-        return {"The login to %@ was cancelled. Log in to be asked again."};
-    case Cause::tooManyFailures:
-        return {
-            "%@ ended the login after too many tries. Name the right key in ~/.ssh/config, with IdentitiesOnly yes."};
-    case Cause::lockedKeyStore:
-        return {"The password for %@ is in a key store that is locked. Unlock it, or log in."};
-    case Cause::expiredPassword:
-        return {"Your password on %@ has expired. Log in with ssh in a terminal to set a new one."};
-    case Cause::expiredAccount:
-        return {"Your account on %@ has expired. Only those who run the host can renew it."};
-    case Cause::closedForNow:
-        return {"%@ lets nobody in at the moment. Try again later.", "Nobody is let in at the moment."};
-    case Cause::noRoute:
-        return {"There is no way to %@ from here. Check the network, or the VPN."};
-    case Cause::refusedConnection:
-        return {"%@ refuses connections. Its ssh server is not running, or listens on another port."};
-    case Cause::timedOut:
+    if (failure.cause == Cause::timedOut)
         return timedOut(failure.stage);
-    case Cause::notSSH:
-        return {"What answers at %@ is no ssh server. Check the port in ~/.ssh/config."};
-    case Cause::noShell:
-        return {"Your account on %@ has no shell. Those who run the host can give it one.",
-                "Your account has no shell."};
-    case Cause::onlySftp:
-        return {"%@ gives your account no shell, only sftp. Tarnwick needs a shell there."};
-    case Cause::noSession:
-        return {"%@ lets you in, but opens no session. It may have too many; try again later."};
-    case Cause::noBash:
-        return {"%@ has no bash, which Tarnwick needs there. It has to be installed first."};
-    case Cause::endedShell:
-        return {"The shell of %@ ended before it answered. A start file such as .bashrc may end it.",
-                "The shell ended before it answered."};
-    case Cause::replacedShell:
-        return {"A start file on %@ replaces the shell by another program. Let it do so only in terminals."};
-    case Cause::closed:
+    if (failure.cause == Cause::closed)
         return closed(failure.stage);
-    case Cause::windows:
-        return {"%@ runs Windows. Folders of such hosts cannot be shown yet."};
+    auto const *const row = std::ranges::find(sentences, failure.cause, &Row::cause);
+    return row != sentences.end() ? row->sentence : sentences.front().sentence;
+}
+
+/// The text of a cause that is about more than the host, or nothing.
+std::optional<Text> textWithSubject(HostFailure const &failure)
+{
+    switch (failure.cause) {
+    case Cause::changedKey:
+        return changedKey(failure);
+    case Cause::needsAnswers:
+        return neededAnswers(failure);
+    case Cause::refusedKeys:
+        return refusedKeys(failure);
+    case Cause::noKey:
+        return missingKey(failure);
+    case Cause::needsPassphrase:
+        return Text{"The key %@ for %@ needs its passphrase. Log in to give it, or add the key to your agent.",
+                    {fileName(failure.subject), hostName(failure)}};
+    case Cause::agentRefused:
+        return Text{"Your agent did not use the key %@ for %@. Unlock the agent, or confirm when it asks.",
+                    {fileName(failure.subject), hostName(failure)}};
+    case Cause::openKeyFile:
+        return Text{"ssh ignores the key %@, because other users may read it. Take that right from them: chmod 600.",
+                    {failure.subject}};
+    case Cause::badConfiguration:
+        return Text{"ssh does not accept its configuration: %@", {quotedOnOneLine(failure.subject)}};
+    case Cause::noSuchName:
+        return Text{"There is no host with the name %@. Check the name, or HostName in ~/.ssh/config.",
+                    {withNothingHidden(failure.subject)}};
+    case Cause::noNameServer:
+        return Text{"The name %@ could not be looked up. Check the network of this computer.",
+                    {withNothingHidden(failure.subject)}};
+    case Cause::noCommonAlgorithm:
+        return Text{"ssh and %@ have no %@ in common. The host has only %@, which ~/.ssh/config would have to allow.",
+                    {hostName(failure), failure.subject, quotedOnOneLine(failure.offer)}};
+    case Cause::unknown:
+        if (auto const words = quotedOnOneLine(failure.hostSays); !words.empty())
+            return Text{"%@ could not be reached. The last words were: %@", {hostName(failure), words}};
+        break;
+    case Cause::noSSH:
+        return Text{"ssh could not be started: %@. Install the OpenSSH client.", {failure.subject}};
     default:
-        return {"%@ could not be reached. The details have what is known."};
+        break;
     }
+    return std::nullopt;
 }
 
 Text onTheWay(HostFailure const &failure)
@@ -208,46 +244,10 @@ std::string quotedOnOneLine(std::string_view words)
 
 Text failureSentences(HostFailure const &failure)
 {
-    if (failure.cause == Cause::changedKey)
-        return changedKey(failure);
-    if (failure.isOnTheWay)
+    if (failure.isOnTheWay && failure.cause != Cause::changedKey)
         return onTheWay(failure);
-    switch (failure.cause) {
-    case Cause::needsAnswers:
-        return neededAnswers(failure);
-    case Cause::refusedKeys:
-        return refusedKeys(failure);
-    case Cause::noKey:
-        return missingKey(failure);
-    case Cause::needsPassphrase:
-        return {"The key %@ for %@ needs its passphrase. Log in to give it, or add the key to your agent.",
-                {fileName(failure.subject), hostName(failure)}};
-    case Cause::agentRefused:
-        return {"Your agent did not use the key %@ for %@. Unlock the agent, or confirm when it asks.",
-                {fileName(failure.subject), hostName(failure)}};
-    case Cause::openKeyFile:
-        return {"ssh ignores the key %@, because other users may read it. Take that right from them: chmod 600.",
-                {failure.subject}};
-    case Cause::badConfiguration:
-        return {"ssh does not accept its configuration: %@", {quotedOnOneLine(failure.subject)}};
-    case Cause::noSuchName:
-        return {"There is no host with the name %@. Check the name, or HostName in ~/.ssh/config.",
-                {withNothingHidden(failure.subject)}};
-    case Cause::noNameServer:
-        return {"The name %@ could not be looked up. Check the network of this computer.",
-                {withNothingHidden(failure.subject)}};
-    case Cause::noCommonAlgorithm:
-        return {"ssh and %@ have no %@ in common. The host has only %@, which ~/.ssh/config would have to allow.",
-                {hostName(failure), failure.subject, quotedOnOneLine(failure.offer)}};
-    case Cause::unknown:
-        if (auto const words = quotedOnOneLine(failure.hostSays); !words.empty())
-            return {"%@ could not be reached. The last words were: %@", {hostName(failure), words}};
-        break;
-    case Cause::noSSH:
-        return {"ssh could not be started: %@. Install the OpenSSH client.", {failure.subject}};
-    default:
-        break;
-    }
+    if (auto const text = textWithSubject(failure))
+        return *text;
     auto const sentence = sentenceFor(failure);
     auto const said = sentence.besideItsWords ? quotedOnOneLine(failure.hostSays) : std::string();
     if (said.empty())
