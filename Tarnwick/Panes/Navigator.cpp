@@ -44,7 +44,10 @@ Task<void> Navigator::perform(std::weak_ptr<Navigator> weak, std::shared_ptr<Clo
         arrival.updates.emplace(std::move(stream));
     }
     auto const started = clock->steadyNow();
-    auto opening = navigation.isReread ? browser->reread(navigation.path) : browser->open(navigation.path);
+    auto const context = co_await currentContext();
+    auto onPart = partTaker(weak, context.executor, navigation, token);
+    auto opening = navigation.isReread ? browser->reread(navigation.path, std::move(onPart))
+                                       : browser->open(navigation.path, std::move(onPart));
     auto outcome = co_await outcomeOf(std::move(opening));
     arrival.elapsed = clock->steadyNow() - started;
 
@@ -59,6 +62,24 @@ Task<void> Navigator::perform(std::weak_ptr<Navigator> weak, std::shared_ptr<Clo
     }
     arrival.result = *std::move(outcome.value);
     self->events.onArrived(navigation, std::move(arrival));
+}
+
+PartTaker Navigator::partTaker(std::weak_ptr<Navigator> weak, std::shared_ptr<Executor> mainContext,
+                               Navigation navigation, std::uint64_t token)
+{
+    // The Browser holds this while it fetches, and must not hold itself.
+    std::weak_ptr const source = std::exchange(navigation.source, nullptr);
+    return [weak, mainContext, navigation, source, token](DirectorySnapshot const &part) {
+        mainContext->post([weak, navigation, source, token, part] {
+            auto const self = weak.lock();
+            auto const isWanted = self && self->current == token && self->awaited;
+            if (!isWanted || !self->events.onPart)
+                return;
+            auto wish = navigation;
+            wish.source = source.lock();
+            self->events.onPart(wish, part);
+        });
+    };
 }
 
 } // namespace tw

@@ -33,6 +33,8 @@ public:
     struct Events {
         std::function<void(Navigation const &, Arrival)> onArrived;
         std::function<void(Navigation const &, std::exception_ptr const &)> onFailed;
+        /// A part of a long listing has come, and the rest is on its way. May be empty.
+        std::function<void(Navigation const &, DirectorySnapshot)> onPart = {};
     };
 
     /// `spinner` outlives the navigator, and turns while the newest wish is late.
@@ -56,6 +58,8 @@ public:
     std::uint64_t token() const noexcept { return current; }
 
 private:
+    static PartTaker partTaker(std::weak_ptr<Navigator> weak, std::shared_ptr<Executor> mainContext,
+                               Navigation navigation, std::uint64_t token);
     static Task<void> perform(std::weak_ptr<Navigator> weak, std::shared_ptr<Clock> clock, Navigation navigation,
                               Source source, std::uint64_t token);
 

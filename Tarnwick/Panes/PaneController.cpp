@@ -83,6 +83,15 @@ Operands PaneController::operands() const
     return {.browser = browser, .connection = connection, .path = pathOnShow(), .names = rows.operands(cursor.row())};
 }
 
+bool PaneController::hasAllRows()
+{
+    if (!isReading)
+        return true;
+    display->beep();
+    showStatus(PaneStatus::warning("this folder is still being read"));
+    return false;
+}
+
 void PaneController::openSelection()
 {
     if (!cursor.row())
@@ -206,7 +215,7 @@ void PaneController::showConnection(std::string name)
 
 void PaneController::refreshStatus()
 {
-    showStatus(PaneStatus::summary(rows, lastTiming));
+    showStatus(isReading ? PaneStatus::partSummary(rows) : PaneStatus::summary(rows, lastTiming));
 }
 
 void PaneController::showStatus(Text text)

@@ -90,6 +90,10 @@ public:
     /// What an operation that begins now works on.
     Operands operands() const;
 
+    /// True if the rows are whole. Otherwise beeps and says that the folder is being read: marking all rows and
+    /// operations wait, since they would work on a part.
+    bool hasAllRows();
+
     /// Goes to a folder of the connection that the pane has. `select` is the name for the cursor; empty: the name
     /// that it was left on.
     void navigate(std::string path, std::string select = {}, MarksAfter marks = MarksAfter::dropped);
@@ -164,6 +168,7 @@ private:
 
     void makeNavigator();
     void startNavigation(Navigation navigation);
+    void showPart(Navigation const &navigation, DirectorySnapshot part);
     void arrive(Navigation const &navigation, Navigator::Arrival arrival);
     void fail(Navigation const &navigation, std::exception_ptr const &failure);
     void showFailure(PaneNotices::Failure what);
@@ -216,6 +221,7 @@ private:
     std::shared_ptr<Navigator> navigator;
     /// Where the pane is or is on its way to; null while a host is being reached.
     std::shared_ptr<Browser> heading;
+    bool isReading = false;                   ///< the rows on show are a part, and more are on their way
     bool wantsReread = false;                 ///< the refresh under way is followed by another
     std::shared_ptr<HostArrival> hostArrival; ///< null: the pane waits for no host
     Connections *connections = nullptr;       ///< null before the first `open`

@@ -16,6 +16,8 @@ bool PaneController::handleKey(KeyPress const &key)
     }
     switch (key.key) {
     case Key::keypadTimes:
+        if (!hasAllRows())
+            return true;
         cursor.invertMarks();
         marksChanged();
         return true;

@@ -30,6 +30,11 @@ void PaneController::makeNavigator()
                                       return;
                                   self->fail(navigation, failure);
                                   self->followUpRefresh();
+                              },
+                          .onPart =
+                              [weak](Navigation const &navigation, DirectorySnapshot part) {
+                                  if (auto const self = weak.lock())
+                                      self->showPart(navigation, std::move(part));
                               }},
         spinner);
 }
@@ -86,6 +91,7 @@ void PaneController::startNavigation(Navigation navigation)
         navigation.connection = connection;
     }
     rememberPlace();
+    isReading = false;
     requested = navigation.path;
     heading = navigation.source;
     showConnection(navigation.connection);
@@ -134,10 +140,39 @@ void PaneController::repeat(Navigation navigation)
     startNavigation(std::move(navigation));
 }
 
+/// Rows of a long listing, of which more are on their way. The pane goes over to their place as it does on arrival.
+void PaneController::showPart(Navigation const &navigation, DirectorySnapshot part)
+{
+    auto const isOnShow = navigation.source == browser && rows.snapshot() && pathOnShow() == part.path();
+    if (isReading) {
+        applyRefresh(std::move(part));
+        return;
+    }
+    if (isOnShow)
+        return; // rows that are whole stay until the new ones are
+    if (navigation.source != browser) {
+        browser = navigation.source;
+        connection = navigation.connection;
+        places.clear();
+        updateLoop.request_stop(); // the arrival brings the updates of the new connection
+    }
+    isReading = true;
+    auto const place = places.recall(part.path());
+    rows.markAll(PaneModel::Marks::remove);
+    rows.setSnapshot(std::move(part));
+    display->reloadRows();
+    display->scrollToFirstVisibleRow(place.firstVisibleRow);
+    restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
+    refreshStatus();
+    if (callbacks.onLocationChanged)
+        callbacks.onLocationChanged();
+}
+
 /// The pane shows again the place that it has. If it has none yet it would be a dead end, and goes where it can.
 void PaneController::leavePlace()
 {
     auto const wayOut = wayOutOfDeadEnd();
+    isReading = false;
     heading = browser;
     showConnection(connection);
     if (rows.snapshot()) {
@@ -179,7 +214,8 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
 {
     auto &snapshot = arrival.result.snapshot;
     auto const isSameConnection = navigation.source == browser;
-    if (!isSameConnection && arrival.updates)
+    auto const wasReading = std::exchange(isReading, false);
+    if (arrival.updates)
         adopt(navigation, *std::move(arrival.updates));
     auto const provider = connection == localConnection ? PaneStatus::Source::disk : PaneStatus::Source::network;
     lastTiming = PaneStatus::timing(arrival.elapsed, arrival.result.wasCold ? provider : PaneStatus::Source::memory);
@@ -187,7 +223,8 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     auto const place = places.recall(snapshot.path());
     auto const firstRow = isSameFolder ? display->firstVisibleRow() : place.firstVisibleRow;
 
-    if (navigation.marks == MarksAfter::dropped)
+    auto const rowOfUser = std::string(cursorName());
+    if (navigation.marks == MarksAfter::dropped && !wasReading)
         rows.markAll(PaneModel::Marks::remove);
     rows.setSnapshot(std::move(snapshot));
     rows.unmarkWhatIsNotOnShow();
@@ -196,7 +233,10 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     requested = pathOnShow();
     showPath(requested);
     display->scrollToFirstVisibleRow(firstRow);
-    restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
+    if (wasReading)
+        restoreCursor(rowOfUser);
+    else
+        restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
     refreshStatus();
     if (navigation.notice == NoticeAfter::dropped)
         notices.clear();

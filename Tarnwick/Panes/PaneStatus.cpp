@@ -30,9 +30,7 @@ Text size(std::int64_t bytes)
     return Fmt::size(bytes, EntryKind::file);
 }
 
-} // namespace
-
-Text summary(PaneModel const &model, Text const &timing)
+std::vector<Text> counts(PaneModel const &model)
 {
     auto const totals = model.totals();
     auto const marked = model.markedSummary();
@@ -41,10 +39,25 @@ Text summary(PaneModel const &model, Text const &timing)
         line.push_back({"  ·  %@", {size(totals.bytes)}});
     if (marked.count >= 1)
         line.push_back({"   ▸ %d marked (%@)", {std::to_string(marked.count), size(marked.bytes)}});
+    return line;
+}
+
+} // namespace
+
+Text summary(PaneModel const &model, Text const &timing)
+{
+    auto line = counts(model);
     if (model.snapshot() && model.snapshot()->truncated())
         line.push_back({"   ⚠︎ %@", {"listing truncated"}});
     if (!timing.isEmpty())
         line.push_back({"   ·  %@", {timing}});
+    return Text::sequence(std::move(line));
+}
+
+Text partSummary(PaneModel const &model)
+{
+    auto line = counts(model);
+    line.push_back({"   ·  %@", {"reading"}});
     return Text::sequence(std::move(line));
 }
 

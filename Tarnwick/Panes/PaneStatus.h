@@ -13,6 +13,9 @@ namespace tw::PaneStatus {
 /// How many files and folders, their size, the marks, and how long the folder took to open.
 Text summary(PaneModel const &model, Text const &timing);
 
+/// The same while a long folder is being read: what has come so far.
+Text partSummary(PaneModel const &model);
+
 /// Where a listing comes from.
 enum class Source { network, disk, memory };
 

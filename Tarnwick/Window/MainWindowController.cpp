@@ -125,7 +125,7 @@ void MainWindowController::setActive(PaneSide side)
 
 void MainWindowController::start(Operation operation)
 {
-    if (!operation || !window || !activePane().model().snapshot())
+    if (!operation || !window || !activePane().model().snapshot() || !pane(active)->hasAllRows())
         return;
     OperationContext context{.operands = activePane().operands(),
                              .pane = pane(active),

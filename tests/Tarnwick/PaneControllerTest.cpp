@@ -216,6 +216,60 @@ TEST_F(PaneControllerTest, aLinkToAFileIsOpenedAsAFile)
     EXPECT_EQ(display.beeps, 1);
 }
 
+TEST_F(PaneControllerTest, rowsOfALongListingComeWhileItIsRead)
+{
+    show("/srv", {file("a")});
+    navigate("/long");
+    auto const arrive = [&](std::vector<ListedEntry> const &rows) {
+        provider->partTakers.back()(listing("/long", rows, clock->now(), Completeness::truncated));
+        loop.drain();
+    };
+    arrive({file("b"), file("c")});
+    EXPECT_THAT(visible(), ElementsAre("b", "c"));
+    EXPECT_EQ(pane->pathOnShow(), "/long");
+    EXPECT_THAT(display.status, AllOf(HasSubstr("2 files"), HasSubstr("reading"), Not(HasSubstr("truncated"))));
+
+    press(Key::end);
+    press(Key::insert);
+    press(Key::end);
+    arrive({file("b"), file("c"), file("d")});
+    EXPECT_EQ(pane->cursorName(), "c") << "the cursor stays on its file";
+    auto const beeps = display.beeps;
+    press(Key::keypadTimes);
+    EXPECT_EQ(display.beeps, beeps + 1) << "marks cannot be turned round in a part";
+    EXPECT_THAT(display.status, HasSubstr("still being read"));
+    EXPECT_THAT(marked(), ElementsAre("c"));
+
+    answer("/long", {file("a"), file("b"), file("c"), file("d"), file("e")});
+    EXPECT_THAT(visible(), ElementsAre("a", "b", "c", "d", "e"));
+    EXPECT_THAT(display.status, Not(HasSubstr("reading")));
+    EXPECT_EQ(pane->cursorName(), "c");
+    EXPECT_THAT(marked(), ElementsAre("c"));
+    press(Key::keypadTimes);
+    EXPECT_THAT(marked(), ElementsAre("a", "b", "d", "e"));
+}
+
+TEST_F(PaneControllerTest, aFolderThatIsReadAnewKeepsItsRowsUntilTheNewOnesAreWhole)
+{
+    show("/srv", {file("a"), file("b")});
+    pane->refresh();
+    loop.drain();
+    provider->partTakers.back()(listing("/srv", {file("a")}, clock->now(), Completeness::truncated));
+    loop.drain();
+    EXPECT_THAT(visible(), ElementsAre("a", "b"));
+}
+
+TEST_F(PaneControllerTest, aPartOfAFolderThatTheUserHasLeftIsDropped)
+{
+    show("/srv", {file("a")});
+    navigate("/long");
+    auto const late = provider->partTakers.back();
+    show("/other", {file("o")});
+    late(listing("/long", {file("b")}, clock->now(), Completeness::truncated));
+    loop.drain();
+    EXPECT_EQ(pane->pathOnShow(), "/other");
+}
+
 TEST_F(PaneControllerTest, aFirstFolderThatCannotBeOpenedLeadsHomeAndStillSaysWhy)
 {
     auto const home = PaneSpec::localHome().path;
