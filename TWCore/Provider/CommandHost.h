@@ -29,8 +29,8 @@ public:
     /// What the host's archive tools can do; nothing at all before the first connection.
     virtual Task<ArchiveCapability> archiveCapability() = 0;
 
-    /// The arguments with which an ssh client of one's own shares the connection to the host, before "--" and the host.
-    virtual std::vector<std::string> transportOptions() const = 0;
+    /// The arguments with which an ssh client of one's own shares the connection in use, before "--" and the host.
+    virtual Task<std::vector<std::string>> transportOptions() = 0;
 
     /// True if a connection that was let go can come back without a question to the user.
     virtual bool logsInByItself() const = 0;

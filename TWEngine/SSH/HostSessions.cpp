@@ -6,25 +6,17 @@ namespace tw {
 
 namespace {
 
-/// What is sent unasked is small: a scan ahead must never hold eight megabytes before the next listing.
-constexpr std::size_t maxBackgroundBytes = 2U << 20U;
-
-/// The first session is the one that logs in, which may take longer than to reach the host. To reach it, ssh has the
-/// limit itself.
-constexpr int loginPatience = 3;
-
-/// Follows the words of ssh: a key may have been refused, or the host may be out of reach.
-constexpr auto lockedKeyStore = " (the key store with the password of this host is locked)";
-
-bool isCancelled(std::exception_ptr const &failure)
+template <class T>
+bool holds(std::exception_ptr const &failure)
 {
     try {
-        std::rethrow_exception(failure);
-    } catch (Cancelled const &) {
+        if (failure)
+            std::rethrow_exception(failure);
+    } catch (T const &) {
         return true;
     } catch (...) {
-        return false;
     }
+    return false;
 }
 
 } // namespace
@@ -34,9 +26,25 @@ HostSessions::HostSessions(Collaborators with, std::string toHost, RemoteShellOp
       strand(std::move(with.strand)),
       sshProgram(std::move(with.sshProgram)),
       savedPasswords(std::move(with.savedPasswords)),
+      loginDesk(std::move(with.loginDesk)),
+      configuration(std::make_shared<HostConfiguration>(engine, sshProgram)),
       host(std::move(toHost)),
-      options(std::move(settings))
+      options(std::move(settings)),
+      life({.reaching = std::chrono::duration_cast<HostLife::Duration>(options.connectTimeout),
+            .loggingIn = options.loginTimeout,
+            .waitingForShell = options.shellTimeout}),
+      subscribers(strand.executor())
 {
+}
+
+HostSessions::~HostSessions()
+{
+    timer.request_stop();
+}
+
+HostLife::Time HostSessions::now() const
+{
+    return engine.clock()->steadyNow();
 }
 
 void HostSessions::failAsShutDown()
@@ -58,216 +66,101 @@ void HostSessions::failAsLost(std::exception_ptr const &failure) const
     }
 }
 
-Task<HostSessions::Shell> HostSessions::session(Self self, Choice choice)
+// Requests.
+
+Task<HostSessions::Target> HostSessions::session(Self self, Choice choice)
 {
-    // Until the first session is up, what the host speaks is a guess.
-    if (!self->interactive || self->timesUp == 0)
-        throw RemoteShellError::NotConnected();
-    switch (choice) {
-    case Choice::interactive:
-        break;
-    case Choice::background:
-    case Choice::backgroundIfReady: {
-        auto shell = co_await backgroundSession(self, choice);
-        co_return shell;
+    for (;;) {
+        if (!self->life.isUp())
+            throw RemoteShellError::NotConnected();
+        auto const set = self->sessions;
+        auto const route = self->life.route(choice, false);
+        if (!route.isReady) {
+            co_await bringUp(self, set, route.role);
+            continue;
+        }
+        if (route.role == Role::spare)
+            self->letSpareTakeOver();
+        auto const role = route.role == Role::spare ? Role::first : route.role;
+        co_return Target{set->shell(role), role};
     }
-    case Choice::work: {
-        auto shell = co_await workSession(self);
-        co_return shell;
-    }
-    }
-    co_return self->interactive;
 }
 
-Task<HostSessions::Shell> HostSessions::backgroundSession(Self self, Choice choice)
+Task<void> HostSessions::bringUp(Self self, Set set, Role role)
 {
-    if (!self->backgroundComing)
-        self->backgroundComing = SharedTask<void>::start(self->strand.executor(), connectBackground(self));
-    auto const coming = *self->backgroundComing;
-    co_await outcomeOf(coming.wait());
-    auto const isWanted = choice == Choice::background || self->backgroundReady;
-    co_return isWanted ? self->background : self->interactive;
-}
-
-Task<HostSessions::Shell> HostSessions::workSession(Self self)
-{
-    auto const endedBefore = self->timesEnded;
-    auto const work = self->work;
-    // What is lost is found out before a command is sent: afterwards the command could not be sent again.
-    auto const before = co_await work->state();
-    if (before.isConnected)
-        co_return work;
-    if (!self->workComing || self->workComing->isDone())
-        self->workComing = SharedTask<void>::start(self->strand.executor(), work->connect());
-    auto const coming = *self->workComing;
-    auto outcome = co_await outcomeOf(coming.wait());
-    if (self->timesEnded != endedBefore)
+    auto const endedBefore = self->life.endings();
+    auto &coming = set->comingUp(role);
+    if (!coming || coming->isDone())
+        coming = SharedTask<void>::start(self->strand.executor(), connectSession(self, set, role));
+    auto const task = *coming;
+    co_await task.wait();
+    if (self->life.endings() != endedBefore)
         failAsShutDown();
-    if (!outcome.failure)
-        co_return work;
-    auto const interactive = self->interactive;
-    auto const first = co_await interactive->state();
-    if (!first.isConnected)
-        outcome.take();
-    co_return interactive;
 }
+
+/// Reports to the life how it ended. Throws only Cancelled.
+Task<void> HostSessions::connectSession(Self self, Set set, Role role)
+{
+    auto const shell = set->shell(role);
+    auto const generation = self->life.generation();
+    auto const outcome = co_await outcomeOf(shell->connect());
+    if (self->life.generation() != generation || !self->life.isUp())
+        co_return;
+    if (outcome.value)
+        self->life.sessionUp(role);
+    else
+        self->life.sessionRefused(role);
+}
+
+void HostSessions::letSpareTakeOver()
+{
+    auto const heldUp = sessions->shell(Role::first);
+    sessions->swapFirstWithSpare();
+    life.spareTookOver();
+    spawn({strand.executor(), {}}, shutDown(heldUp));
+}
+
+Task<void> HostSessions::shutDown(Shell shell)
+{
+    co_await outcomeOf(shell->shutdown());
+}
+
+// Being up.
 
 Task<void> HostSessions::connect()
 {
-    return connectHere(shared_from_this());
+    return beUp(shared_from_this(), Way::quiet);
 }
 
-Task<void> HostSessions::connectHere(Self self)
+Task<void> HostSessions::logIn()
+{
+    return beUp(shared_from_this(), Way::asking);
+}
+
+Task<void> HostSessions::beUp(Self self, Way way)
 {
     auto const context = co_await currentContext();
-    co_await comeUp(self, connectOnce(self), context.stop);
-}
-
-Task<void> HostSessions::connectOnce(Self self)
-{
-    if (self->timesUp == 0) {
-        co_await namingLockedKeyStore(self, connectFirst(self));
+    auto const endedBefore = self->life.endings();
+    for (;;) {
+        if (context.stop.stop_requested())
+            throw Cancelled();
+        self->follow(self->life.want(way, self->now()));
+        if (self->life.isUp())
+            co_return;
+        auto const number = self->attempt->number;
+        auto const awaited = self->attempt->outcome;
+        auto outcome = co_await outcomeOf(SharedCompletion<void>::wait(awaited));
+        if (context.stop.stop_requested()) {
+            self->follow(self->life.leave(number, self->now()));
+            throw Cancelled();
+        }
+        if (self->life.endings() != endedBefore)
+            failAsShutDown();
+        if (holds<SupersededAttempt>(outcome.failure))
+            continue;
+        outcome.take();
         co_return;
     }
-    auto const interactive = self->interactive;
-    auto const before = co_await interactive->state();
-    co_await interactive->connect();
-    // Count only transitions from down to up: a request that learns of a loss late must not mistake this for a
-    // reconnection.
-    if (!before.isConnected)
-        ++self->timesUp;
-}
-
-Task<void> HostSessions::namingLockedKeyStore(Self self, Task<void> attempt)
-{
-    try {
-        co_await std::move(attempt);
-    } catch (RemoteShellError::ConnectFailed const &failure) {
-        if (!self->isKeyStoreLocked)
-            throw;
-        throw RemoteShellError::ConnectFailed(failure.host, failure.detail + lockedKeyStore);
-    }
-}
-
-/// Each attempt asks anew what the host speaks, until one succeeds.
-Task<void> HostSessions::connectFirst(Self self)
-{
-    auto const with = co_await sessionOptions(self);
-    self->makeSessions(ShellDialect::posix, with);
-    auto const guessed = self->interactive;
-    auto outcome = co_await outcomeOf(guessed->connect());
-    if (outcome.failure && !isCancelled(outcome.failure)) {
-        auto const state = co_await guessed->state();
-        if (shellDialectFromProbe(state.unexpectedOutput) == ShellDialect::posix)
-            outcome.take();
-        self->makeSessions(ShellDialect::powershell, with);
-        auto const interactive = self->interactive;
-        outcome = co_await outcomeOf(interactive->connect());
-    }
-    outcome.take();
-    ++self->timesUp;
-}
-
-Task<RemoteShellOptions> HostSessions::sessionOptions(Self self)
-{
-    auto with = self->options;
-    if (with.askpassAccount || !self->savedPasswords.find || !self->savedPasswords.helper)
-        co_return with;
-    auto const found = co_await self->engine.workers().run(
-        WorkPriority::interactive, [ask = self->savedPasswords.find, host = self->host] { return ask({host}); });
-    auto isReadable = found.presence == SSHPassword::Presence::readable;
-    if (found.presence == SSHPassword::Presence::locked)
-        isReadable = co_await self->savedPasswords.unlock(found.account);
-    self->isKeyStoreLocked = found.presence == SSHPassword::Presence::locked && !isReadable;
-    if (isReadable) {
-        with.askpassHelper = self->savedPasswords.helper;
-        with.askpassAccount = self->host;
-    }
-    co_return with;
-}
-
-/// Makes the attempt, or joins the one that is in flight.
-Task<void> HostSessions::comeUp(Self self, Task<void> attempt, std::stop_token giveUp)
-{
-    auto const context = co_await currentContext();
-    auto const endedBefore = self->timesEnded;
-    // If the caller that started an attempt is cancelled, a waiter that joined it starts a new one.
-    while (self->comingUp && !self->comingUp->isDone()) {
-        auto const running = *self->comingUp;
-        auto outcome = co_await outcomeOf(running.wait());
-        auto const wasGivenUp = outcome.failure && isCancelled(outcome.failure);
-        if (wasGivenUp && context.stop.stop_requested())
-            throw Cancelled();
-        if (self->timesEnded != endedBefore)
-            failAsShutDown();
-        if (!wasGivenUp) {
-            outcome.take();
-            co_return;
-        }
-    }
-    auto const running = SharedTask<void>::start(context.executor, std::move(attempt));
-    self->comingUp = running;
-    std::stop_callback const passOn(giveUp, [running] { running.cancel(); });
-    auto outcome = co_await outcomeOf(running.wait().withStop({}));
-    if (self->timesEnded != endedBefore && !context.stop.stop_requested())
-        failAsShutDown();
-    outcome.take();
-}
-
-Task<void> HostSessions::connectBackground(Self self)
-{
-    auto const background = self->background;
-    auto const context = co_await currentContext();
-    if (context.stop.stop_requested())
-        throw Cancelled();
-    auto const outcome = co_await outcomeOf(background->connect());
-    self->backgroundReady = outcome.value.has_value();
-}
-
-void HostSessions::makeSessions(ShellDialect speaking, RemoteShellOptions const &with)
-{
-    dialect = speaking;
-    auto const make = [&](SSHCommandLine::Arguments arguments, RemoteShellOptions const &settings) {
-        return std::make_shared<RemoteShell>(
-            RemoteShell::Collaborators{.strand = engine.makeStrand(),
-                                       .io = engine.io(),
-                                       .clock = engine.clock(),
-                                       .client =
-                                           SSHCommandLine::sessionClient(sshProgram, std::move(arguments), settings)},
-            host, settings, dialect);
-    };
-    auto const plain = SSHCommandLine::session(with, host, dialect);
-    auto patient = with;
-    patient.connectTimeout *= loginPatience;
-    auto small = with;
-    small.maxResponseBytes = std::min(with.maxResponseBytes, maxBackgroundBytes);
-    interactive = make(dialect == ShellDialect::posix ? SSHCommandLine::firstSession(with, host) : plain, patient);
-    background = make(plain, small);
-    work = make(plain, with);
-}
-
-Task<void> HostSessions::disconnect()
-{
-    return disconnectHere(shared_from_this());
-}
-
-Task<void> HostSessions::disconnectHere(Self self)
-{
-    ++self->timesEnded;
-    std::vector<SharedTask<void>> ending;
-    for (auto const &task :
-         {self->comingUp, std::exchange(self->backgroundComing, {}), std::exchange(self->workComing, {})}) {
-        if (!task)
-            continue;
-        task->cancel();
-        ending.push_back(*task);
-    }
-    for (auto const &shell : {self->interactive, self->background, self->work}) {
-        if (shell)
-            co_await outcomeOf(shell->shutdown());
-    }
-    for (auto const &task : ending)
-        co_await outcomeOf(task.wait());
 }
 
 Task<void> HostSessions::reconnect()
@@ -277,27 +170,47 @@ Task<void> HostSessions::reconnect()
 
 Task<void> HostSessions::reconnectHere(Self self)
 {
-    // If one of its callers is cancelled, the others still wait for it.
-    co_await comeUp(self, reconnectOnce(self), {});
+    if (!self->life.wasWanted())
+        throw RemoteShellError::NotConnected();
+    self->follow(self->life.sessionLost(Role::first, self->life.generation(), self->now()));
+    co_await beUp(self, Way::quiet);
 }
 
-Task<void> HostSessions::reconnectOnce(Self self)
+Task<void> HostSessions::disconnect()
 {
-    auto const interactive = self->interactive;
-    auto const background = self->background;
-    if (!interactive || !background)
-        throw RemoteShellError::NotConnected();
-    if (self->timesUp == 0) {
-        co_await connectOnce(self);
-        co_return;
+    return disconnectHere(shared_from_this());
+}
+
+Task<void> HostSessions::disconnectHere(Self self)
+{
+    self->follow(self->life.end(self->now()));
+    self->timer.request_stop();
+    self->wakingAt.reset();
+    std::vector<SharedTask<void>> ending;
+    std::vector<Shell> shells;
+    if (self->attempt)
+        ending.push_back(self->attempt->task);
+    if (self->replacement)
+        ending.push_back(self->replacement->task);
+    for (auto const &set : {self->sessions, self->replacement ? self->replacement->sessions : nullptr}) {
+        if (!set)
+            continue;
+        for (auto const role : SessionSet::roles) {
+            shells.push_back(set->shell(role));
+            if (auto const coming = std::exchange(set->comingUp(role), {}))
+                ending.push_back(*coming);
+        }
     }
-    co_await interactive->shutdown();
-    co_await background->shutdown();
-    if (auto const coming = std::exchange(self->backgroundComing, {}))
-        co_await outcomeOf(coming->wait());
-    self->backgroundReady = false;
-    co_await interactive->connect();
-    ++self->timesUp;
+    for (auto const &left : std::exchange(self->leftBehind, {})) {
+        if (auto const shell = left.lock())
+            shells.push_back(shell);
+    }
+    for (auto const &task : ending)
+        task.cancel();
+    for (auto const &shell : shells)
+        co_await outcomeOf(shell->shutdown());
+    for (auto const &task : ending)
+        co_await outcomeOf(task.wait());
 }
 
 } // namespace tw

@@ -3,10 +3,14 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Provider/HostCommand.h"
+#include "TWEngine/Passwords/LoginDesk.h"
 #include "TWEngine/Passwords/SavedPasswords.h"
 #include "TWEngine/Runtime/SharedTask.h"
+#include "TWEngine/Runtime/UpdateFanOut.h"
+#include "TWEngine/SSH/HostConfiguration.h"
+#include "TWEngine/SSH/HostLife.h"
 #include "TWEngine/SSH/SSHCommandLine.h"
-#include "TWEngine/Shell/RemoteShell.h"
+#include "TWEngine/SSH/SessionSet.h"
 
 #include <functional>
 #include <memory>
@@ -17,15 +21,19 @@ namespace tw {
 
 class EngineRuntime;
 
-/// The three sessions with one host, and how they come up, are lost and come up again.
+/// Ends an attempt whose callers begin the next.
+struct SupersededAttempt {};
+
+/// Connects the sessions with one host and sends requests over them, as its HostLife decides.
 ///
-/// A session answers strictly in order, so each kind of request has its own: what a person waits for, what runs behind,
-/// and work, which changes something or takes long. The first session comes up with `connect`, each other one when it
-/// is first needed. A host that refuses the others serves everything over the first.
+/// The first session comes up with `connect`, each other one when it is first needed. A host that refuses the others
+/// serves everything over the first. A host that is silent while a person waits is connected beside the silent
+/// connection, which the new one then replaces.
 ///
 /// Threads: not serialised; all of it runs on the strand that it was made with.
 /// Lifetime: shared; the engine outlives it. It is disconnected before it is dropped.
-/// Cancellation: connecting is given up with the caller that began it; a question that was sent is waited for.
+/// Cancellation: connecting is given up when nobody waits for it any more; a question that was sent is waited for,
+/// unless it is a listing.
 /// Errors: RemoteShellError. What is in flight at a disconnect fails with Disconnected and is not asked again.
 class HostSessions : public std::enable_shared_from_this<HostSessions> {
 public:
@@ -35,24 +43,27 @@ public:
         std::string sshProgram;
         /// Asked when the sessions are made.
         SavedPasswords savedPasswords = {};
+        std::shared_ptr<LoginDesk> loginDesk = {}; ///< null: ssh never asks the user
     };
 
-    /// Which session a request is for.
-    enum class Choice {
-        interactive,
-        background,
-        backgroundIfReady, ///< the first one if there is no second
-        work
-    };
+    using Choice = HostLife::Choice;
+
+    /// How often a question is tried: to find out that there is no session, to lose one, and once more.
+    static constexpr int mostRounds = 3;
 
     /// Starts nothing. `options` are complete.
     HostSessions(Collaborators collaborators, std::string host, RemoteShellOptions options);
 
+    ~HostSessions();
+
     /// Connects the first session and finds out what the host speaks, unless that is known.
     Task<void> connect();
 
-    /// Ends the first two sessions and connects the first again. Callers at the same time share one reconnection and
-    /// its outcome. Work goes on: a copy of an hour must not die of a loss elsewhere.
+    /// The same, with questions of ssh to the user.
+    Task<void> logIn();
+
+    /// Ends the sessions that carry no work and connects the first again. Callers at the same time share one
+    /// reconnection and its outcome. Work goes on: a copy of an hour must not die of a loss elsewhere.
     Task<void> reconnect();
 
     /// Ends all sessions. A later connect does not ask again what the host speaks.
@@ -67,13 +78,22 @@ public:
         return askingHere(shared_from_this(), choice, std::move(question), effect);
     }
 
+    /// The status now and each later one.
+    UpdateStream<HostStatus> statuses();
+
     /// Null before the first connect.
-    std::shared_ptr<RemoteShell> interactiveShell() const { return interactive; }
+    std::shared_ptr<RemoteShell> interactiveShell() const
+    {
+        return sessions ? sessions->shell(HostLife::Role::first) : nullptr;
+    }
 
     ShellDialect speaks() const { return dialect; }
 
+    /// Of the connection in use, for an ssh client that shares it; see SSHCommandLine.
+    RemoteShellOptions const &optionsInUse() const { return sessions ? sessions->options : options; }
+
     /// How often `disconnect` was called: what was begun before the last time is not wanted any more.
-    std::uint64_t disconnections() const { return timesEnded; }
+    std::uint64_t disconnections() const { return life.endings(); }
 
     /// What a task fails with that a disconnect has ended.
     [[noreturn]] static void failAsShutDown();
@@ -81,29 +101,74 @@ public:
 private:
     using Self = std::shared_ptr<HostSessions>;
     using Shell = std::shared_ptr<RemoteShell>;
+    using Set = std::shared_ptr<SessionSet>;
+    using Role = HostLife::Role;
+    using Way = HostLife::Way;
+    using Order = HostLife::Order;
+
+    /// A connection on its way, and those who wait for it.
+    struct Attempt {
+        std::uint64_t number = 0;
+        std::shared_ptr<SharedCompletion<void>> outcome;
+        SharedTask<void> task;
+    };
+
+    struct Replacement {
+        std::uint64_t number = 0;
+        Set sessions;
+        SharedTask<void> task;
+    };
+
+    struct Target {
+        Shell shell;
+        Role role;
+    };
+
+    /// Counts a question as asked for as long as it lives.
+    class Asked;
 
     template <class T>
     static Task<T> askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question,
                               CommandEffect effect);
     template <class T>
     static Task<T> askOnce(Self self, Task<T> question, CommandEffect effect);
-    static Task<Shell> session(Self self, Choice choice);
-    static Task<Shell> backgroundSession(Self self, Choice choice);
-    static Task<Shell> workSession(Self self);
-    static Task<void> connectHere(Self self);
-    static Task<void> connectOnce(Self self);
-    static Task<void> connectFirst(Self self);
-    /// Adds a locked key store to the error of `attempt`.
-    static Task<void> namingLockedKeyStore(Self self, Task<void> attempt);
-    /// The options, with the askpass program if a password is saved for the host. Unlocks the key store for it.
-    static Task<RemoteShellOptions> sessionOptions(Self self);
-    static Task<void> reconnectHere(Self self);
-    static Task<void> reconnectOnce(Self self);
-    static Task<void> disconnectHere(Self self);
-    static Task<void> comeUp(Self self, Task<void> attempt, std::stop_token giveUp);
-    static Task<void> connectBackground(Self self);
+    static Task<Target> session(Self self, Choice choice);
+    static Task<void> bringUp(Self self, Set set, Role role);
+    static Task<void> connectSession(Self self, Set set, Role role);
 
-    void makeSessions(ShellDialect speaking, RemoteShellOptions const &with);
+    static Task<void> beUp(Self self, Way way);
+    static Task<void> reconnectHere(Self self);
+    static Task<void> disconnectHere(Self self);
+
+    static Task<void> makeAttempt(Self self, std::uint64_t number, Way way);
+    static Task<void> connectFirst(Self self, std::uint64_t number, Way way);
+    static Task<void> connectAs(Self self, ShellDialect speaking, RemoteShellOptions with);
+    static Task<void> makeReplacement(Self self, std::uint64_t number, Set set);
+    static Task<void> shutDown(Shell shell);
+    static Task<void> stopSharing(Self self, RemoteShellOptions with);
+    static Task<void> connectWith(Self self, RemoteShellOptions with);
+    static Task<std::unique_ptr<LoginDesk::Login>> beginLogin(Self self, std::uint64_t number, Way way);
+    static Task<RemoteShellOptions> sessionOptions(Self self, std::uint64_t number);
+    static Task<bool> findSavedPassword(Self self, std::vector<std::string> identityFiles);
+    static Task<void> wake(std::weak_ptr<HostSessions> weak, std::shared_ptr<Clock> clock, HostLife::Duration after);
+
+    /// Carries out what follows from an event of the life.
+    void follow(HostLife::Orders const &orders);
+    void carryOut(Order const &order);
+    void beginAttempt(Order const &order);
+    void endAttempt(Order const &order);
+    void beginReplacement(std::uint64_t number);
+    void adoptReplacement();
+    void publish();
+    void setTimer();
+
+    Set makeSessions(RemoteShellOptions const &with);
+    void adopt(Set set);
+    void letSpareTakeOver();
+    RemoteShell::Events eventsOf(std::shared_ptr<std::weak_ptr<SessionSet>> home, std::size_t place);
+    ClientReport reportOfFirst() const;
+    std::exception_ptr failureOf(Order const &ended) const;
+    HostLife::Time now() const;
     [[noreturn]] void failAsLost(std::exception_ptr const &failure) const;
 
     // Constant after construction.
@@ -111,23 +176,46 @@ private:
     Strand const strand;
     std::string const sshProgram;
     SavedPasswords const savedPasswords;
+    std::shared_ptr<LoginDesk> const loginDesk;
+    std::shared_ptr<HostConfiguration> const configuration;
     std::string const host;
     RemoteShellOptions const options;
 
     // On the strand.
-    Shell interactive;
-    Shell background;
-    Shell work;
-    bool backgroundReady = false;
+    HostLife life;
+    Set sessions; ///< null before the first attempt
     ShellDialect dialect = ShellDialect::posix;
-    bool isKeyStoreLocked = false; ///< there is a password, and the user did not unlock it
-    /// Brings the first session up, and does not return before it is up or has failed.
-    std::optional<SharedTask<void>> comingUp;
-    /// The same for the second; stays when it is done. Nothing: it has not been needed since the last reconnection.
-    std::optional<SharedTask<void>> backgroundComing;
-    std::optional<SharedTask<void>> workComing;
-    std::uint64_t timesUp = 0; ///< how often the first session has come up
-    std::uint64_t timesEnded = 0;
+    bool isKeyStoreLocked = false;          ///< there is a password, and the user did not unlock it
+    std::optional<Attempt> attempt;         ///< the last one
+    std::optional<Replacement> replacement; ///< the last one
+    /// Sessions of connections that were replaced while they carried work.
+    std::vector<std::weak_ptr<RemoteShell>> leftBehind;
+    std::uint64_t lastAsked = 0;
+    int connectionsBeside = 0;
+    UpdateFanOut<HostStatus> subscribers;
+    HostStatus published;
+    std::optional<HostLife::Time> wakingAt;
+    std::stop_source timer;
+};
+
+class HostSessions::Asked {
+public:
+    Asked(Self sessions, Choice choice, CommandEffect effect) : self(std::move(sessions))
+    {
+        if (choice != Choice::interactive)
+            return;
+        number = ++self->lastAsked;
+        self->follow(self->life.asked(number, effect == CommandEffect::none, self->now()));
+    }
+
+    ~Asked() { self->life.settled(number); }
+
+    Asked(Asked const &) = delete;
+    Asked &operator=(Asked const &) = delete;
+
+private:
+    Self const self;
+    std::uint64_t number = 0; ///< 0: no request has it
 };
 
 template <class T>
@@ -143,27 +231,32 @@ template <class T>
 Task<T> HostSessions::askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question,
                                  CommandEffect effect)
 {
-    auto const context = co_await currentContext();
-    auto const upBefore = self->timesUp;
-    auto const endedBefore = self->timesEnded;
-    try {
-        auto const shell = co_await session(self, choice);
-        auto answer = co_await askOnce(self, question(*shell), effect);
-        co_return answer;
-    } catch (RemoteShellError const &failure) {
-        if (!failure.isRecoverableDrop() || self->timesEnded != endedBefore)
-            throw;
+    auto const endedBefore = self->life.endings();
+    auto wasSent = false;
+    for (auto rounds = 1;; ++rounds) {
+        auto generation = self->life.generation();
+        auto role = Role::first;
+        try {
+            Asked const asked(self, choice, effect);
+            auto const target = co_await session(self, choice);
+            generation = self->life.generation();
+            role = target.role;
+            auto answer = co_await askOnce(self, question(*target.shell), effect);
+            co_return answer;
+        } catch (RemoteShellError const &failure) {
+            auto const isLost = dynamic_cast<RemoteShellError::Disconnected const *>(&failure) != nullptr;
+            if (!failure.isRecoverableDrop() || (isLost && wasSent) || rounds == mostRounds ||
+                self->life.endings() != endedBefore)
+                throw;
+            wasSent |= isLost;
+        }
+        if (!self->life.wasWanted())
+            throw RemoteShellError::NotConnected();
+        // What has ended the second session may have ended the first one too, where nobody has noticed it yet.
+        auto const lost = role == Role::background ? Role::first : role;
+        self->follow(self->life.sessionLost(lost, generation, self->now()));
+        co_await beUp(self, Way::quiet);
     }
-    if (context.stop.stop_requested())
-        throw Cancelled();
-    // Another request may have found the same loss and reconnected before this one learned of it. The session for work
-    // comes up by itself.
-    auto const isForFirstTwo = choice != Choice::work || self->timesUp == 0;
-    if (isForFirstTwo && self->timesUp == upBefore)
-        co_await reconnectHere(self);
-    auto const shell = co_await session(self, choice);
-    auto answer = co_await askOnce(self, question(*shell), effect);
-    co_return answer;
 }
 
 } // namespace tw

@@ -126,6 +126,8 @@ Arguments sessionOptions(RemoteShellOptions const &options)
     if (asksForPassword(options))
         addOption(arguments, asksUser(options) ? promptsForUser : promptsForSavedPassword);
     addCleanSession(arguments, options);
+    // For ClientLog. With -v a client that keeps the shared connection would keep our standard error with it.
+    addOption(arguments, "LogLevel=DEBUG1");
     return arguments;
 }
 
@@ -169,6 +171,11 @@ ChildCommand transferClient(std::string path, Arguments arguments)
             .arguments = std::move(arguments),
             .session = ChildCommand::Session::own,
             .end = ChildCommand::End::withProgram};
+}
+
+Arguments stopSharing(std::string const &controlPath, std::string const &host)
+{
+    return {"-O", "stop", "-o", "ControlPath=" + controlPath, "--", host};
 }
 
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath)

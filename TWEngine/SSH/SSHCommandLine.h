@@ -40,6 +40,9 @@ ChildCommand sessionClient(std::string path, Arguments arguments, RemoteShellOpt
 /// The ssh client of any other call.
 ChildCommand transferClient(std::string path, Arguments arguments);
 
+/// Lets nobody share the connection at `controlPath` any more. It ends with those who do. Asks this machine only.
+Arguments stopSharing(std::string const &controlPath, std::string const &host);
+
 /// The first arguments of every other call. Without `controlPath` no connection is shared, whatever the options say.
 ///
 /// The client of such a call may be the one that opens the shared connection. So it checks a silent host as the

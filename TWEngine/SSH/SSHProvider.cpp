@@ -72,14 +72,14 @@ SSHProvider::SSHProvider(Collaborators with, std::string toHost, RemoteShellOpti
     : engine(with.engine),
       strand(engine.makeStrand()),
       sshProgram(std::move(with.sshProgram)),
-      sockets(std::move(with.sockets)),
       destination(std::move(toHost)),
-      options(completed(std::move(settings), destination, sockets)),
+      options(completed(std::move(settings), destination, with.sockets)),
       sessions(
           std::make_shared<HostSessions>(HostSessions::Collaborators{.engine = engine,
                                                                      .strand = strand,
                                                                      .sshProgram = sshProgram,
-                                                                     .savedPasswords = std::move(with.savedPasswords)},
+                                                                     .savedPasswords = std::move(with.savedPasswords),
+                                                                     .loginDesk = std::move(with.loginDesk)},
                                          destination, options))
 {
 }
@@ -131,9 +131,35 @@ Task<void> SSHProvider::aloneHere(Self self, Task<void> work)
     }
 }
 
-std::vector<std::string> SSHProvider::transportOptions() const
+SSHCommandLine::Arguments SSHProvider::sharingOptions() const
 {
-    return SSHCommandLine::transportOptions(options, ControlPath::make(destination, sockets));
+    auto const &inUse = sessions->optionsInUse();
+    return SSHCommandLine::transportOptions(inUse, inUse.controlPath);
+}
+
+Task<std::vector<std::string>> SSHProvider::transportOptions()
+{
+    return onStrand(strand, transportOptionsHere(shared_from_this()));
+}
+
+Task<std::vector<std::string>> SSHProvider::transportOptionsHere(Self self)
+{
+    co_return self->sharingOptions();
+}
+
+Task<UpdateStream<HostStatus>> SSHProvider::statuses()
+{
+    return onStrand(strand, statusesHere(shared_from_this()));
+}
+
+Task<UpdateStream<HostStatus>> SSHProvider::statusesHere(Self self)
+{
+    co_return self->sessions->statuses();
+}
+
+Task<void> SSHProvider::logIn()
+{
+    return inTurn(sessions->logIn());
 }
 
 Task<void> SSHProvider::connect()
@@ -277,7 +303,7 @@ Task<void> SSHProvider::downloadHere(Self self, std::string path, std::string lo
         throw ReadError::NotReadable(localPath, "cannot create local file");
     auto client = SSHCommandLine::transferClient(
         self->sshProgram,
-        SSHCommandLine::download(self->transportOptions(), self->destination, self->sessions->speaks(), path));
+        SSHCommandLine::download(self->sharingOptions(), self->destination, self->sessions->speaks(), path));
     client.output = PipeEnd{};
     client.error = PipeEnd{};
     auto const result = co_await OneShotCommand::run(self->engine.io(), std::move(client), keptBytes,
@@ -303,9 +329,9 @@ Task<void> SSHProvider::uploadHere(Self self, std::string localPath, std::string
     auto const command = SSHCommandLine::removeUploadTemporary(self->sessions->speaks(), path);
     auto removal = self->sessions->asking<CommandResult>(
         Choice::interactive, [command](RemoteShell &shell) { return shell.run(command, std::nullopt); });
-    auto client = SSHCommandLine::transferClient(self->sshProgram,
-                                                 SSHCommandLine::upload(self->transportOptions(), self->destination,
-                                                                        self->sessions->speaks(), path, file->size));
+    auto client = SSHCommandLine::transferClient(
+        self->sshProgram,
+        SSHCommandLine::upload(self->sharingOptions(), self->destination, self->sessions->speaks(), path, file->size));
     client.input = DescriptorEnd{file->descriptor.get()};
     client.error = PipeEnd{};
     auto const outcome = co_await outcomeOf(OneShotCommand::run(self->engine.io(), std::move(client), keptBytes));

@@ -4,6 +4,7 @@
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWCore/Provider/FileSystemWriter.h"
 #include "TWEngine/SSH/ControlPath.h"
+#include "TWEngine/SSH/HostAccess.h"
 #include "TWEngine/SSH/HostSessions.h"
 
 #include <memory>
@@ -27,6 +28,7 @@ class EngineRuntime;
 class SSHProvider final : public FileSystemReader,
                           public FileSystemWriter,
                           public CommandHost,
+                          public HostAccess,
                           public std::enable_shared_from_this<SSHProvider> {
 public:
     struct Collaborators {
@@ -35,6 +37,7 @@ public:
         std::string sshProgram = std::string(SSHCommandLine::program);
         ControlPath::Place sockets = ControlPath::Place::ofThisUser();
         SavedPasswords savedPasswords = {};
+        std::shared_ptr<LoginDesk> loginDesk = {}; ///< null: ssh never asks the user
     };
 
     /// Starts nothing. `host` is a destination as ssh takes it.
@@ -50,6 +53,9 @@ public:
 
     /// Connects the first session; see HostSessions.
     Task<void> connect() override;
+
+    Task<UpdateStream<HostStatus>> statuses() override;
+    Task<void> logIn() override;
 
     Task<Listings> fetch(std::string path, int depth, FetchPriority priority) override;
 
@@ -72,7 +78,7 @@ public:
     Task<ShellDialect> dialect() override;
     Task<std::string> defaultDirectory() override;
     Task<ArchiveCapability> archiveCapability() override;
-    std::vector<std::string> transportOptions() const override;
+    Task<std::vector<std::string>> transportOptions() override;
     Task<CommandResult> runCommand(HostCommand command) override;
 
     /// Nothing that was deleted on a host can be brought back.
@@ -110,6 +116,9 @@ private:
     static Task<void> downloadHere(Self self, std::string path, std::string localPath);
     static Task<void> uploadHere(Self self, std::string localPath, std::string path);
     static Task<ShellDialect> dialectHere(Self self);
+    static Task<UpdateStream<HostStatus>> statusesHere(Self self);
+    static Task<std::vector<std::string>> transportOptionsHere(Self self);
+    SSHCommandLine::Arguments sharingOptions() const;
     static Task<std::string> defaultDirectoryHere(Self self);
     static Task<ArchiveCapability> archiveCapabilityHere(Self self);
     static Task<bool> isLiveHere(Self self);
@@ -128,7 +137,6 @@ private:
     EngineRuntime &engine;
     Strand const strand;
     std::string const sshProgram;
-    ControlPath::Place const sockets;
     std::string const destination;
     RemoteShellOptions const options;
     std::shared_ptr<HostSessions> const sessions;

@@ -18,6 +18,11 @@ struct RemoteShellOptions {
 
     /// For reaching the host, and for its resident script to answer.
     std::chrono::duration<double> connectTimeout = std::chrono::seconds(10);
+    /// For a login, without the time in which the user is asked: a directory service or a slow disk may stand behind
+    /// it.
+    std::chrono::seconds loginTimeout{60};
+    /// For the shell of a host that is logged in to: a start file may wait for something too.
+    std::chrono::seconds shellTimeout{60};
     /// For a request that has no limit of its own.
     std::chrono::duration<double> requestTimeout = std::chrono::seconds(60);
     /// How often ssh asks a silent host whether it is there. After three questions without an answer it gives up.

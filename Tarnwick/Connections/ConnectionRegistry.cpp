@@ -5,6 +5,7 @@
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/SharedTask.h"
+#include "TWEngine/SSH/HostAccess.h"
 #include "TWEngine/Store/ListingStore.h"
 #include "Tarnwick/Connections/SSHConfig.h"
 
@@ -97,8 +98,14 @@ struct ConnectionRegistry::Shared {
     /// A host that is up, or on its way.
     struct Attempt {
         BrowserRef browser;
-        std::optional<SharedTask<void>> task; ///< the way, with its failure
+        std::optional<SharedTask<void>> task;                    ///< the way, with its failure
+        std::shared_ptr<int> waiting = std::make_shared<int>(0); ///< the callers that wait for its end
+
+        /// Counts a caller for as long as it lives. The last one that goes ends the attempt.
+        class Caller;
     };
+
+    enum class Way { quiet, asking };
 
     Collaborators with;
     Memory memory = std::make_shared<ListingBudget>(with.engine.makeStrand()); ///< of all Browsers together
@@ -120,6 +127,7 @@ struct ConnectionRegistry::Shared {
 
     static Task<std::vector<std::string>> hosts(std::shared_ptr<Shared> self);
     static Task<BrowserRef> ssh(std::shared_ptr<Shared> self, std::string host);
+    static Task<BrowserRef> logIn(std::shared_ptr<Shared> self, std::string host);
     static Task<BrowserRef> reach(std::shared_ptr<Shared> self, std::string host);
     bool isClosing = false; ///< nothing is begun any more
 
@@ -128,8 +136,9 @@ struct ConnectionRegistry::Shared {
     static Task<void> closeStore(std::shared_ptr<Shared> self);
 
     /// The host as it is, with a new attempt if it is neither up nor on its way.
-    static Task<Attempt> attempt(std::shared_ptr<Shared> self, std::string host);
-    static Task<void> connect(std::shared_ptr<Shared> self, std::string key, BrowserRef browser);
+    static Task<Attempt> attempt(std::shared_ptr<Shared> self, std::string host, Way way);
+    static Task<void> connect(std::shared_ptr<Shared> self, std::string key, Attempt attempt, Way way);
+    void forget(std::string const &key, std::shared_ptr<int> const &waiting);
 
     BrowserRef browserOf(std::string const &host, Store openStore);
 
@@ -138,6 +147,38 @@ struct ConnectionRegistry::Shared {
     void startWaiting(std::shared_ptr<Shared> const &self, std::string const &key);
     static Task<void> disconnectUnused(std::weak_ptr<Shared> weak, std::shared_ptr<Clock> clock, std::string key);
 };
+
+class ConnectionRegistry::Shared::Attempt::Caller {
+public:
+    Caller(std::shared_ptr<Shared> registry, std::string ofHost, Attempt joined)
+        : self(std::move(registry)), key(std::move(ofHost)), attempt(std::move(joined))
+    {
+        ++*attempt.waiting;
+    }
+
+    ~Caller()
+    {
+        if (--*attempt.waiting > 0 || !attempt.task || attempt.task->isDone())
+            return;
+        attempt.task->cancel();
+        self->forget(key, attempt.waiting); // the next caller joins no attempt that is ending
+    }
+
+    Caller(Caller const &) = delete;
+    Caller &operator=(Caller const &) = delete;
+
+private:
+    std::shared_ptr<Shared> const self;
+    std::string const key;
+    Attempt const attempt;
+};
+
+/// Ends the entry of an attempt that has ended. Another may have taken its place.
+void ConnectionRegistry::Shared::forget(std::string const &key, std::shared_ptr<int> const &waiting)
+{
+    if (auto const entry = connecting.find(key); entry != connecting.end() && entry->second.waiting == waiting)
+        connecting.erase(entry);
+}
 
 ConnectionRegistry::ConnectionRegistry(Collaborators collaborators)
     : shared(std::make_shared<Shared>(std::move(collaborators)))
@@ -176,8 +217,27 @@ Task<BrowserRef> ConnectionRegistry::ssh(std::string host)
 
 Task<BrowserRef> ConnectionRegistry::Shared::ssh(std::shared_ptr<Shared> self, std::string host)
 {
-    auto const begun = co_await attempt(self, host);
+    auto const begun = co_await attempt(self, host, Way::quiet);
+    Attempt::Caller const caller(self, keyOf(host), begun);
     auto const lent = lend(self, keyOf(host), begun.browser);
+    if (begun.task)
+        co_await begun.task->wait();
+    co_return lent;
+}
+
+Task<BrowserRef> ConnectionRegistry::logIn(std::string host)
+{
+    return Shared::logIn(shared, std::move(host));
+}
+
+Task<BrowserRef> ConnectionRegistry::Shared::logIn(std::shared_ptr<Shared> self, std::string host)
+{
+    auto const begun = co_await attempt(self, host, Way::asking);
+    Attempt::Caller const caller(self, keyOf(host), begun);
+    auto const lent = lend(self, keyOf(host), begun.browser);
+    // An attempt that was under way may not ask the user. This one may, and its callers join it.
+    auto const access = std::dynamic_pointer_cast<HostAccess>(begun.browser->providerRef());
+    co_await access->logIn();
     if (begun.task)
         co_await begun.task->wait();
     co_return lent;
@@ -190,12 +250,12 @@ Task<BrowserRef> ConnectionRegistry::reach(std::string host)
 
 Task<BrowserRef> ConnectionRegistry::Shared::reach(std::shared_ptr<Shared> self, std::string host)
 {
-    auto const begun = co_await attempt(self, host);
+    auto const begun = co_await attempt(self, host, Way::quiet);
     co_return lend(self, keyOf(host), begun.browser);
 }
 
 Task<ConnectionRegistry::Shared::Attempt> ConnectionRegistry::Shared::attempt(std::shared_ptr<Shared> self,
-                                                                              std::string host)
+                                                                              std::string host, Way way)
 {
     Store opened;
     if (self->store) {
@@ -210,7 +270,8 @@ Task<ConnectionRegistry::Shared::Attempt> ConnectionRegistry::Shared::attempt(st
     if (auto const underWay = self->connecting.find(key); underWay != self->connecting.end())
         co_return underWay->second;
     auto const browser = self->browserOf(host, opened);
-    Attempt const begun{browser, SharedTask<void>::start(self->with.mainContext, connect(self, key, browser))};
+    Attempt begun{.browser = browser, .task = {}};
+    begun.task = SharedTask<void>::start(self->with.mainContext, connect(self, key, begun, way));
     self->connecting.emplace(key, begun);
     co_return begun;
 }
@@ -268,16 +329,17 @@ Task<void> ConnectionRegistry::Shared::disconnectUnused(std::weak_ptr<Shared> we
 }
 
 /// If the first caller is cancelled, the others still wait for this.
-Task<void> ConnectionRegistry::Shared::connect(std::shared_ptr<Shared> self, std::string key, BrowserRef browser)
+Task<void> ConnectionRegistry::Shared::connect(std::shared_ptr<Shared> self, std::string key, Attempt attempt, Way way)
 {
-    auto outcome = co_await outcomeOf(browser->connect());
+    auto const access = std::dynamic_pointer_cast<HostAccess>(attempt.browser->providerRef());
+    auto outcome = co_await outcomeOf(way == Way::asking ? access->logIn() : attempt.browser->connect());
     if (outcome.value) {
-        self->browsers.emplace(key, browser);
+        self->browsers.emplace(key, attempt.browser);
         // Those who asked may have gone meanwhile.
         self->uses.try_emplace(key);
         self->startWaiting(self, key);
     }
-    self->connecting.erase(key);
+    self->forget(key, attempt.waiting);
     outcome.take();
 }
 
@@ -292,7 +354,8 @@ BrowserRef ConnectionRegistry::Shared::browserOf(std::string const &host, Store 
                     std::make_shared<SSHProvider>(SSHProvider::Collaborators{.engine = with.engine,
                                                                              .sshProgram = with.sshProgram,
                                                                              .sockets = with.sockets,
-                                                                             .savedPasswords = with.savedPasswords},
+                                                                             .savedPasswords = with.savedPasswords,
+                                                                             .loginDesk = with.logins},
                                                   host),
                     std::move(openStore));
     std::erase_if(known, [](auto const &each) { return each.second.expired(); });

@@ -46,8 +46,11 @@ public:
 
     std::shared_ptr<Browser> local() override;
 
-    /// Connects for the first caller. A failure reaches all who waited; the next call tries anew.
+    /// Connects for the first caller. A failure reaches all who waited; the next call tries anew. An attempt that
+    /// nobody waits for any more is given up.
     Task<std::shared_ptr<Browser>> ssh(std::string host) override;
+
+    Task<std::shared_ptr<Browser>> logIn(std::string host) override;
 
     Task<std::shared_ptr<Browser>> reach(std::string host) override;
 

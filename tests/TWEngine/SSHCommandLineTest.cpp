@@ -37,6 +37,9 @@ Arguments joined(Arguments arguments, Arguments const &more, Arguments const &la
     return arguments;
 }
 
+/// The same of a session, whose client tells how far it has got.
+Arguments const ofSession = joined(clean, {"-o", "LogLevel=DEBUG1"});
+
 TEST(SSHCommandLineTest, optionsHaveTheDefaultsThatHostsAreUsuallyReachedWith)
 {
     RemoteShellOptions const options;
@@ -57,7 +60,7 @@ TEST(SSHCommandLineTest, aSessionIsTheResidentShellOfTheHost)
     EXPECT_EQ(SSHCommandLine::session({}, "box", posix),
               joined({"-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
                       "ServerAliveCountMax=3", "-C"},
-                     clean, {"--", "box", "bash -s"}));
+                     ofSession, {"--", "box", "bash -s"}));
     EXPECT_EQ(SSHCommandLine::session({}, "box", powershell).back(), "powershell -NoProfile -NoLogo -Command -");
 }
 
@@ -73,7 +76,7 @@ TEST(SSHCommandLineTest, everyOptionHasItsPlace)
               joined({"-o", "BatchMode=no", "-o", "ConnectTimeout=7", "-o", "ServerAliveInterval=30", "-o",
                       "ServerAliveCountMax=3", "-o", "Compression=no", "-o", "ControlMaster=auto", "-o",
                       "ControlPath=/tmp/.tw-1/00000000", "-o", "ControlPersist=5", "-o", "NumberOfPasswordPrompts=1"},
-                     clean, {"--", "ann@box", "bash -s"}));
+                     ofSession, {"--", "ann@box", "bash -s"}));
 }
 
 TEST(SSHCommandLineTest, theUsersOwnConnectionIsUsedAndNeverOpened)
@@ -84,7 +87,7 @@ TEST(SSHCommandLineTest, theUsersOwnConnectionIsUsedAndNeverOpened)
     Arguments const session{"-o", "BatchMode=yes",          "-o", "ConnectTimeout=10",
                             "-o", "ServerAliveInterval=15", "-o", "ServerAliveCountMax=3"};
     EXPECT_EQ(SSHCommandLine::session(options, "box", posix),
-              joined(joined(session, shared), clean, {"--", "box", "bash -s"}));
+              joined(joined(session, shared), ofSession, {"--", "box", "bash -s"}));
     EXPECT_EQ(SSHCommandLine::transportOptions(options, options.controlPath), joined(session, shared, clean));
 }
 
@@ -98,8 +101,8 @@ TEST(SSHCommandLineTest, aClientThatKnowsMoreWaysToSpoilASessionIsKeptFromThem)
                       "ServerAliveCountMax=3"},
                      more));
     auto const session = SSHCommandLine::session(options, "box", posix);
-    auto const host = session.end() - 3;
-    EXPECT_EQ(Arguments(host - std::ssize(more), host), more);
+    auto const logLevel = session.end() - 5;
+    EXPECT_EQ(Arguments(logLevel - std::ssize(more), logLevel), more);
 }
 
 TEST(SSHCommandLineTest, everyClientEndsWithTheProgram)
@@ -144,7 +147,7 @@ TEST(SSHCommandLineTest, withoutCompressionThereIsNoOptionForIt)
     EXPECT_EQ(SSHCommandLine::session({.compression = false}, "box", posix),
               joined({"-o", "BatchMode=yes", "-o", "ConnectTimeout=10", "-o", "ServerAliveInterval=15", "-o",
                       "ServerAliveCountMax=3"},
-                     clean, {"--", "box", "bash -s"}));
+                     ofSession, {"--", "box", "bash -s"}));
 }
 
 TEST(SSHCommandLineTest, sshIsToAskForAPasswordOnlyIfItKnowsWhomAndForWhichAccount)

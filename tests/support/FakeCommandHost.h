@@ -25,7 +25,10 @@ public:
 
     Task<ArchiveCapability> archiveCapability() override { return soon(archives); }
 
-    std::vector<std::string> transportOptions() const override { return {"-o", "BatchMode=yes"}; }
+    Task<std::vector<std::string>> transportOptions() override
+    {
+        co_return std::vector<std::string>{"-o", "BatchMode=yes"};
+    }
 
     bool logsInByItself() const override { return true; }
 

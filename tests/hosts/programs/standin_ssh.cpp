@@ -37,6 +37,7 @@ struct Behaviour {
 constexpr std::size_t behaviourArguments = 7;
 
 struct Request {
+    bool asksForSettings = false;
     bool controlsConnection = false;
     std::string command;
 };
@@ -71,6 +72,7 @@ Request requestOf(std::span<char *const> arguments)
         if (!optionsEnded && word == "--") {
             optionsEnded = true;
         } else if (!optionsEnded && word.size() > 1 && word.starts_with('-')) {
+            request.asksForSettings |= word == "-G";
             auto const letter = std::ranges::find_if(word.substr(1), takesValue);
             if (letter == word.end())
                 continue;
@@ -239,8 +241,10 @@ int main(int count, char **arguments)
     }
     auto const behaviour = behaviourOf(all);
     auto const forSSH = all.subspan(behaviourArguments);
-    recordStart(behaviour.startsFile, forSSH);
     auto const request = requestOf(forSSH);
+    if (request.asksForSettings)
+        return 0; // the user has set nothing
+    recordStart(behaviour.startsFile, forSSH);
     if (request.controlsConnection) {
         std::fputs("Control socket connect: No such file or directory\n", stderr);
         return connectionFailed;
