@@ -74,7 +74,7 @@ Task<HostSessions::Target> HostSessions::session(Self self, Choice choice)
         if (!self->life.isUp())
             throw RemoteShellError::NotConnected();
         auto const set = self->sessions;
-        auto const route = self->life.route(choice, false);
+        auto const route = self->life.route(choice, set->shell(Role::first)->isHeldUp());
         if (!route.isReady) {
             co_await bringUp(self, set, route.role);
             continue;

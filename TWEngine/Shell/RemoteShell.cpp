@@ -354,7 +354,7 @@ Task<RemoteShell::State> RemoteShell::state()
 Task<RemoteShell::State> RemoteShell::stateHere(std::shared_ptr<RemoteShell> self)
 {
     co_return State{self->connected,        self->handshake, self->disconnectReason,
-                    self->unexpectedOutput, self->report(),  !self->left.empty()};
+                    self->unexpectedOutput, self->report(),  self->isHeldUp()};
 }
 
 ClientReport RemoteShell::report() const

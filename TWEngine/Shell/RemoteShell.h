@@ -124,6 +124,9 @@ public:
     /// What is known of the client of this connection attempt, or the last one. On the strand.
     ClientReport report() const;
 
+    /// See State. On the strand.
+    bool isHeldUp() const { return !left.empty(); }
+
 private:
     using Answer = std::shared_ptr<Completion<ListingResponse>>;
 
