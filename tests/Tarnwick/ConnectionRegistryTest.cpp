@@ -245,6 +245,27 @@ TEST_F(ConnectionRegistryTest, attemptsAreGivenUpToTheLastOneWhoWaits)
     EXPECT_THAT(standIn.starts(), SizeIs(2));
 }
 
+TEST_F(ConnectionRegistryTest, anAttemptThatNobodyWaitsForEndsItsClientAndTheNextCallerBeginsAnew)
+{
+    standIn.behave({.fault = Fault::stall});
+    auto const first = loop.start(registry->ssh("host"));
+    auto const second = loop.start(registry->ssh("host"));
+    loop.runUntil([&] {
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+        return attempts() == 1;
+    });
+    first.stop();
+    second.stop();
+    loop.runUntil([&] {
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+        return first.isDone() && second.isDone() && childrenOfOurs() == childrenBefore;
+    });
+    EXPECT_THROW(first.value(), Cancelled);
+    standIn.behave({});
+    listRootOf(loop.run(registry->ssh("host")));
+    EXPECT_EQ(attempts(), 2);
+}
+
 TEST_F(ConnectionRegistryTest, whoStillWaitsForTheStoreAtTheEndBeginsNothing)
 {
     // Nothing has run yet, so the store is not open.
