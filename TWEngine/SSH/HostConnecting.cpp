@@ -36,7 +36,7 @@ void HostSessions::carryOut(Order const &order)
         endAttempt(order);
         break;
     case Order::Kind::beginSpare:
-        spawn({strand.executor(), {}}, bringUp(shared_from_this(), sessions, Role::spare));
+        spawn({strand.executor(), {}}, bringUpSpare(shared_from_this(), sessions));
         break;
     case Order::Kind::beginReplacing:
         beginReplacement(order.number);
@@ -48,6 +48,12 @@ void HostSessions::carryOut(Order const &order)
         adoptReplacement();
         break;
     }
+}
+
+/// Nobody waits for it yet.
+Task<void> HostSessions::bringUpSpare(Self self, Set set)
+{
+    co_await outcomeOf(bringUp(self, set, Role::spare));
 }
 
 UpdateStream<HostStatus> HostSessions::statuses()

@@ -215,6 +215,7 @@ HostLife::Orders HostLife::sessionLost(Role role, std::uint64_t generation, Time
 
 void HostLife::spareTookOver()
 {
+    ++timesUp; // what was asked over the old session fails, and is no loss of the new one
     stateOf(Role::spare) = SessionState::down;
     isSpareBegun = false;
 }

@@ -134,6 +134,7 @@ private:
     static Task<T> askOnce(Self self, Task<T> question, CommandEffect effect);
     static Task<Target> session(Self self, Choice choice);
     static Task<void> bringUp(Self self, Set set, Role role);
+    static Task<void> bringUpSpare(Self self, Set set);
     static Task<void> connectSession(Self self, Set set, Role role);
 
     static Task<void> beUp(Self self, Way way);

@@ -260,6 +260,8 @@ TEST_F(HostLifeTest, behindAListingThatNobodyWaitsForTheSpareSessionIsUsed)
     life.spareTookOver();
     EXPECT_EQ(life.route(Choice::interactive, false), (Route{Role::first, true}));
     EXPECT_EQ(life.route(Choice::interactive, true), (Route{Role::spare, false}));
+    life.sessionLost(Role::first, 1, now);
+    EXPECT_EQ(phase(), Phase::up) << "the old session has ended, not the new one";
 }
 
 TEST_F(HostLifeTest, aSessionWithAChangingCommandIsNotEndedForAnotherRequest)
