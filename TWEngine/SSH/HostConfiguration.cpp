@@ -132,8 +132,11 @@ Task<HostSettings> HostConfiguration::keptOrNew(Self self, std::string host)
 Task<HostConfiguration::Answer> HostConfiguration::ask(EngineRuntime *engine, std::string sshProgram, std::string host)
 {
     auto const home = co_await engine->workers().run(WorkPriority::interactive, homeOfSSH);
+    // With a command, since ssh refuses to print a ForkAfterAuthentication without one; and two commands it refuses
+    // too.
     auto const result =
-        co_await runClient(engine, std::move(sshProgram), {"-o", "LogLevel=DEBUG1", "-G", "--", std::move(host)});
+        co_await runClient(engine, std::move(sshProgram),
+                           {"-o", "LogLevel=DEBUG1", "-o", "RemoteCommand=none", "-G", "--", std::move(host), "true"});
     if (!result.status.isSuccess())
         co_return Answer();
     Answer answer{PrintedSettings::read(result.output, home), std::nullopt};

@@ -175,7 +175,7 @@ TEST_F(SavedPasswordsTest, theKeyStoreIsWaitedForOnAThreadOfItsOwn)
     auto const provider = providerWith(answering(Presence::readable));
     connect(provider);
     EXPECT_NE(askedOn, std::this_thread::get_id());
-    EXPECT_EQ(engine.workers().posted(), 1U);
+    EXPECT_GT(engine.workers().posted(), 0U);
 }
 
 TEST_F(SavedPasswordsTest, theHelperIsThisProgram)
