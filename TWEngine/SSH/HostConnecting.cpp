@@ -155,6 +155,8 @@ Task<void> HostSessions::connectFirst(Self self, std::uint64_t number, Way way)
     auto with = co_await sessionOptions(self, number);
     if (login)
         with.loginEnvironment = login->environment();
+    if (!self->life.isCurrent(number))
+        throw Cancelled(); // the sessions are those of another attempt by now
     auto outcome = co_await outcomeOf(connectWith(self, with));
     try {
         outcome.take();
@@ -243,7 +245,7 @@ Task<RemoteShellOptions> HostSessions::sessionOptions(Self self, std::uint64_t n
             with.sharing = RemoteShellOptions::Sharing::users;
         }
     }
-    auto const isReadable = co_await findSavedPassword(self, settings.identityFiles);
+    auto const isReadable = co_await findSavedPassword(self, number, settings.identityFiles);
     if (isReadable && !with.askpassAccount) {
         with.askpassHelper = self->savedPasswords.helper;
         with.askpassAccount = self->host;
@@ -251,7 +253,7 @@ Task<RemoteShellOptions> HostSessions::sessionOptions(Self self, std::uint64_t n
     co_return with;
 }
 
-Task<bool> HostSessions::findSavedPassword(Self self, std::vector<std::string> identityFiles)
+Task<bool> HostSessions::findSavedPassword(Self self, std::uint64_t number, std::vector<std::string> identityFiles)
 {
     if (self->options.askpassAccount || !self->savedPasswords.find || !self->savedPasswords.helper)
         co_return false;
@@ -260,8 +262,15 @@ Task<bool> HostSessions::findSavedPassword(Self self, std::vector<std::string> i
     auto const found = co_await self->engine.workers().run(
         WorkPriority::interactive, [ask = self->savedPasswords.find, accounts] { return ask(accounts); });
     auto isReadable = found.presence == SSHPassword::Presence::readable;
-    if (found.presence == SSHPassword::Presence::locked)
-        isReadable = co_await self->savedPasswords.unlock(found.account);
+    if (found.presence == SSHPassword::Presence::locked) {
+        // The key store asks the user, who may take longer than a host is given.
+        self->life.questionOpened(number, self->now());
+        self->follow({});
+        auto const unlocked = co_await outcomeOf(self->savedPasswords.unlock(found.account));
+        self->life.questionClosed(number, self->now());
+        self->follow({});
+        isReadable = unlocked.value.value_or(false);
+    }
     self->isKeyStoreLocked = found.presence == SSHPassword::Presence::locked && !isReadable;
     co_return isReadable;
 }

@@ -150,7 +150,7 @@ private:
     static Task<void> connectWith(Self self, RemoteShellOptions with);
     static Task<std::unique_ptr<LoginDesk::Login>> beginLogin(Self self, std::uint64_t number, Way way);
     static Task<RemoteShellOptions> sessionOptions(Self self, std::uint64_t number);
-    static Task<bool> findSavedPassword(Self self, std::vector<std::string> identityFiles);
+    static Task<bool> findSavedPassword(Self self, std::uint64_t number, std::vector<std::string> identityFiles);
     static Task<void> wake(std::weak_ptr<HostSessions> weak, std::shared_ptr<Clock> clock, HostLife::Duration after);
 
     /// Carries out what follows from an event of the life.

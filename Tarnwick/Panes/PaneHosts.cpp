@@ -23,6 +23,8 @@ void PaneController::setOut(PaneSpec destination, HostLogin login)
     };
     navigator->cancel();
     rememberPlace();
+    // The earlier arrival ends behind the beginning of the new one: a host that is chosen twice is reached once.
+    auto const before = std::move(hostArrival);
     hostArrival = std::make_shared<HostArrival>(
         std::move(destination),
         HostArrival::Events{.onKnown = [onPane] { onPane([](PaneController &pane) { pane.showWaiting(); }); },
