@@ -1,5 +1,6 @@
 #include "Tarnwick/Toolkit/Dialogs/Sheet.h"
 
+#include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetText.h"
 
 #include <QFontInfo>
@@ -23,6 +24,17 @@ QLabel *heading(QString const &text, QWidget *parent)
     font.setWeight(QFont::DemiBold);
     label->setFont(font);
     return label;
+}
+
+/// Never what is typed: that is in fields.
+void noteShown(Sheet const &sheet)
+{
+    if (!StartLog::isOn())
+        return;
+    auto words = sheet.windowTitle();
+    for (auto const *const text : sheet.findChildren<SheetText *>())
+        words += QLatin1Char(' ') + text->toPlainText();
+    StartLog::note(QStringLiteral("sheet shows ") + words.simplified());
 }
 
 } // namespace
@@ -58,6 +70,8 @@ void Sheet::setVisible(bool visible)
 {
     auto const hadKeyboard = isActiveWindow();
     QDialog::setVisible(visible);
+    if (visible)
+        noteShown(*this);
     if (!visible && hadKeyboard)
         parentWidget()->activateWindow();
 }

@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
+#include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Notices/NoticeColors.h"
 #include "Tarnwick/Toolkit/Notices/NoticeSign.h"
 #include "Tarnwick/Toolkit/Table/KeyPresses.h"
@@ -72,7 +73,10 @@ void NoticeStrip::showNotice(PaneNotice const &notice)
         makeButtons(notice.actions);
     shown = notice;
     sign->setKind(notice.kind);
-    words->setText(Wording::shown(notice.text));
+    auto const text = Wording::shown(notice.text);
+    if (isHidden() || text != words->text())
+        StartLog::note(QStringLiteral("strip shows ") + text);
+    words->setText(text);
     setAccessibleName(words->text());
     applyColors();
     updateGeometry();
