@@ -14,7 +14,7 @@ namespace tw::test {
 
 /// The program as a user has it: the real binary, a real X server, real keys, real folders.
 ///
-/// What it has on screen is known from its log of the listings that it has painted.
+/// What it has on screen is known from its log of the listings that it has painted, and of what strips and sheets say.
 ///
 ///     left/alpha/inner/  left/beta/  left/.hidden/  left/file.txt  right/gamma/  home/
 class ProgramTest : public testing::Test {
