@@ -109,6 +109,10 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
 /// posix_spawn(3) cannot ask for.
 std::vector<std::string> const endsWithUs{"/usr/bin/setpriv", "--pdeathsig", "KILL", "--"};
 
+/// Between the two, since a thread that ended before the helper asked for the signal sends none: runs the rest of its
+/// arguments only under the parent whose number is the first.
+std::vector<std::string> const onlyUnderUs{"/bin/sh", "-c", "[ \"$PPID\" = \"$0\" ] && exec \"$@\""};
+
 /// The program that is started first, and all that follows it.
 std::vector<std::string> argumentsOf(ChildCommand const &command)
 {
@@ -119,6 +123,8 @@ std::vector<std::string> argumentsOf(ChildCommand const &command)
         if (access(command.program.c_str(), X_OK) != 0)
             throw SpawnError(errno, command.program);
         texts = endsWithUs;
+        texts.insert(texts.end(), onlyUnderUs.begin(), onlyUnderUs.end());
+        texts.push_back(std::to_string(getpid()));
     }
     texts.push_back(command.program);
     texts.insert(texts.end(), command.arguments.begin(), command.arguments.end());
