@@ -159,9 +159,10 @@ protected:
         standIn.behave({.fault = Fault::stall});
         auto login = loop.start(provider->logIn());
         loop.runUntil([&] {
-            loop.run(provider->isLive());
-            return !desk->logins.empty();
+            loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+            return standIn.starts().size() == 1;
         });
+        loop.run(provider->isLive()); // behind what the strand has written
         return login;
     }
 
@@ -188,10 +189,8 @@ TEST_F(SSHProviderLoginTest, aLoginThatTheUserCancelsFails)
     auto const login = logInInVain(provider);
     desk->logins.front()->reports.refused(LoginDesk::Refusal::byUser);
     EXPECT_EQ(failureOf(login), "the login was cancelled");
-    loop.runUntil([&] {
-        loop.run(provider->isLive());
-        return desk->logins.front()->hasEnded;
-    });
+    loop.run(provider->disconnect());
+    EXPECT_TRUE(desk->logins.front()->hasEnded);
     EXPECT_FALSE(desk->logins.front()->hasSucceeded);
 }
 
