@@ -203,7 +203,7 @@ HostLife::Orders HostLife::sessionLost(Role role, std::uint64_t generation, Time
     stateOf(role) = SessionState::down;
     if (role == Role::spare)
         isSpareBegun = false;
-    if (role != Role::first)
+    if (role != Role::first && role != Role::background)
         return {};
     Orders orders;
     if (replacing != 0)

@@ -253,9 +253,7 @@ Task<T> HostSessions::askingHere(Self self, Choice choice, std::function<Task<T>
         }
         if (!self->life.wasWanted())
             throw RemoteShellError::NotConnected();
-        // What has ended the second session may have ended the first one too, where nobody has noticed it yet.
-        auto const lost = role == Role::background ? Role::first : role;
-        self->follow(self->life.sessionLost(lost, generation, self->now()));
+        self->follow(self->life.sessionLost(role, generation, self->now()));
         co_await beUp(self, Way::quiet);
     }
 }

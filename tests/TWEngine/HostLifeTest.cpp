@@ -233,13 +233,23 @@ TEST_F(HostLifeTest, aNewConnectionKnowsNothingOfTheSessionsBefore)
 TEST_F(HostLifeTest, theLossOfTheFirstSessionIsThatOfTheHost)
 {
     comeUp();
-    life.sessionUp(Role::background);
-    life.sessionLost(Role::background, 1, now);
+    life.sessionLost(Role::work, 1, now);
     EXPECT_EQ(phase(), Phase::up);
-    EXPECT_EQ(life.route(Choice::background, false), (Route{Role::background, false}));
+    EXPECT_EQ(life.route(Choice::work, false), (Route{Role::work, false}));
     life.sessionLost(Role::first, 1, now);
     EXPECT_EQ(phase(), Phase::lost);
     EXPECT_THAT(want(), ElementsAre(begin(2)));
+}
+
+TEST_F(HostLifeTest, aCutThatTheBackgroundSessionNoticesFirstIsRepairedOnceForBoth)
+{
+    comeUp();
+    life.sessionUp(Role::background);
+    life.sessionLost(Role::background, 1, now);
+    EXPECT_EQ(phase(), Phase::lost);
+    EXPECT_THAT(want(), ElementsAre(begin(2)));
+    life.sessionLost(Role::first, 1, now);
+    EXPECT_EQ(phase(), Phase::reaching);
 }
 
 TEST_F(HostLifeTest, aLossThatIsLearntOfLateIsNotThatOfTheNextConnection)
