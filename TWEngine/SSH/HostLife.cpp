@@ -200,10 +200,11 @@ HostLife::Orders HostLife::sessionLost(Role role, std::uint64_t generation, Time
 {
     if (generation != timesUp || !isUp())
         return {};
-    stateOf(role) = SessionState::down;
+    auto const wasUp = std::exchange(stateOf(role), SessionState::down) == SessionState::up;
     if (role == Role::spare)
         isSpareBegun = false;
-    if (role != Role::first && role != Role::background)
+    auto const endsTheConnection = role == Role::first || (role == Role::background && wasUp);
+    if (!endsTheConnection)
         return {};
     Orders orders;
     if (replacing != 0)

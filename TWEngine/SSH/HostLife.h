@@ -116,8 +116,9 @@ public:
     void sessionUp(Role role);
     /// It could not be connected. Until the host is connected anew, its requests go over the first session.
     void sessionRefused(Role role);
-    /// It has ended, or was found to have ended. With `generation` of the time when it was used. The end of the
-    /// background session counts as the end of the first one: a cut line ends both, and either may notice first.
+    /// It has ended, or was found to have ended. With `generation` of the time when it was used. The end of a
+    /// background session that was up counts as that of the first one: a cut line ends both, and either may notice
+    /// first.
     Orders sessionLost(Role role, std::uint64_t generation, Time now);
     /// The spare session has taken the place of the first, whose old session has ended.
     void spareTookOver();

@@ -252,6 +252,16 @@ TEST_F(HostLifeTest, aCutThatTheBackgroundSessionNoticesFirstIsRepairedOnceForBo
     EXPECT_EQ(phase(), Phase::reaching);
 }
 
+TEST_F(HostLifeTest, aBackgroundSessionThatEndsBeforeItIsUpIsNoLossOfTheHost)
+{
+    comeUp();
+    life.sessionLost(Role::background, 1, now);
+    EXPECT_EQ(phase(), Phase::up);
+    life.sessionRefused(Role::background);
+    life.sessionLost(Role::background, 1, now);
+    EXPECT_EQ(phase(), Phase::up);
+}
+
 TEST_F(HostLifeTest, aLossThatIsLearntOfLateIsNotThatOfTheNextConnection)
 {
     comeUp();
