@@ -66,15 +66,31 @@ XServer::~XServer()
 void XServer::press(std::string const &chord) const
 {
     // The keyboard goes to the window first, where a window manager would have put it.
-    outputOf({"xdotool", "search", "--onlyvisible", "--name", ".", "windowfocus", "--sync", "%1"}, {{"DISPLAY", name}});
+    focus({"--onlyvisible", "--name", "."});
     outputOf({"xdotool", "key", chord}, {{"DISPLAY", name}});
 }
 
 void XServer::pressIn(std::string const &title, std::string const &chord) const
 {
-    outputOf({"xdotool", "search", "--sync", "--onlyvisible", "--name", title, "windowfocus", "--sync", "%1"},
-             {{"DISPLAY", name}});
+    focus({"--sync", "--onlyvisible", "--name", title});
     outputOf({"xdotool", "key", chord}, {{"DISPLAY", name}});
+}
+
+void XServer::focus(std::vector<std::string> const &search) const
+{
+    std::vector<std::string> arguments{"xdotool", "search"};
+    arguments.insert(arguments.end(), search.begin(), search.end());
+    arguments.insert(arguments.end(), {"windowfocus", "--sync", "%1"});
+    auto const deadline = std::chrono::steady_clock::now() + hangLimit;
+    std::string complaint;
+    do {
+        // It fails if a window that it has found goes before it looks at it, as a menu does that closes.
+        Child attempt(arguments, {{"DISPLAY", name}});
+        if (attempt.waitForEnd() == 0)
+            return;
+        complaint = attempt.output();
+    } while (std::chrono::steady_clock::now() < deadline);
+    ADD_FAILURE() << "no window takes the keyboard:\n" << complaint;
 }
 
 std::string XServer::titles() const

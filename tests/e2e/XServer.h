@@ -49,6 +49,9 @@ public:
     Picture picture() const;
 
 private:
+    /// Gives the keyboard to the first window that xdotool finds with `search`.
+    void focus(std::vector<std::string> const &search) const;
+
     std::filesystem::path const screenFile;
     Child server;
     std::string name;
