@@ -8,6 +8,8 @@ enum class Command {
     quit,
     closeWindow,
     refresh,
+    back,
+    forward,
     toggleHidden,
     otherPane,
     equalizePanes,

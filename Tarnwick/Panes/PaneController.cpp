@@ -128,6 +128,32 @@ void PaneController::goUp()
         navigate(*std::move(parent), std::string(lastComponent(pathOnShow())));
 }
 
+void PaneController::goBack()
+{
+    replay(history.goBack());
+}
+
+void PaneController::goForward()
+{
+    replay(history.goForward());
+}
+
+void PaneController::goToVisit(PaneHistory::Visit const &visit)
+{
+    history.goTo(visit);
+    replay(visit);
+}
+
+void PaneController::replay(std::optional<PaneHistory::Visit> const &visit)
+{
+    if (!visit)
+        display->beep();
+    else if (visit->connection == connection)
+        navigate(visit->path);
+    else if (connections)
+        open({visit->connection, visit->path, true}, *connections);
+}
+
 void PaneController::toggleSort(SortKey key)
 {
     adoptViewOptions(rows.viewOptions().sortedBy(key));

@@ -3,10 +3,12 @@
 #include "TWCore/Async/Clock.h"
 #include "TWEngine/Browsing/Browser.h"
 #include "Tarnwick/Panes/HiddenDisplay.h"
+#include "Tarnwick/Panes/NameSurviving.h"
 #include "Tarnwick/Panes/Navigator.h"
 #include "Tarnwick/Panes/Operands.h"
 #include "Tarnwick/Panes/PaneCursor.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
+#include "Tarnwick/Panes/PaneHistory.h"
 #include "Tarnwick/Panes/PaneNotices.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneSpinner.h"
@@ -17,6 +19,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 
 namespace tw {
@@ -129,6 +132,31 @@ public:
     void openSelection();
     void goUp();
 
+    /// To the visit before the one on show, or after it, on the connection that it was made on. Beeps at the end.
+    void goBack();
+    void goForward();
+
+    bool canGoBack() const { return history.canGoBack(); }
+
+    bool canGoForward() const { return history.canGoForward(); }
+
+    /// The places that were visited, each once, the newest first.
+    std::vector<PaneHistory::Visit> recentVisits(std::size_t limit) const { return history.recentVisits(limit); }
+
+    void goToVisit(PaneHistory::Visit const &visit);
+
+    /// A name in the rows is being edited. A changed listing waits, so that the field stays under the user's hands.
+    void holdRefreshes() { holdsRefreshes = true; }
+
+    /// The name has been edited: the newest listing that waited is shown.
+    void applyDeferredRefresh();
+
+    /// Where the cursor goes when these names have gone; empty: to the top.
+    std::string nameSurviving(std::span<std::string const> removedNames) const
+    {
+        return tw::nameSurviving(rows, removedNames);
+    }
+
     /// Sorts by `key`, or turns the direction round if it is the key already.
     void toggleSort(SortKey key);
 
@@ -155,6 +183,9 @@ public:
 
     void updateConnectionMenu(std::vector<ConnectionItem> items) { display->updateConnectionMenu(std::move(items)); }
 
+    /// Something was asked for that the pane cannot do now.
+    void refuse() { display->beep(); }
+
     /// Shows `text` until the next thing that writes the status line.
     void showStatus(Text text);
 
@@ -170,6 +201,7 @@ private:
     void startNavigation(Navigation navigation);
     void showPart(Navigation const &navigation, DirectorySnapshot part);
     void arrive(Navigation const &navigation, Navigator::Arrival arrival);
+    void showListing(DirectorySnapshot snapshot, PlaceMemory::Place const &place);
     void fail(Navigation const &navigation, std::exception_ptr const &failure);
     void showFailure(PaneNotices::Failure what);
     void repeat(Navigation navigation);
@@ -191,6 +223,7 @@ private:
     void logIn();
     void showDetails(char const *title, std::string PaneNotice::*words);
 
+    void replay(std::optional<PaneHistory::Visit> const &visit);
     void openFile(std::string path);
     bool handlePlainKey(Key key);
     bool toggleMarkAndAdvance();
@@ -214,7 +247,8 @@ private:
     std::string connection;
     PaneModel rows;
     PaneCursor cursor{rows};
-    PlaceMemory places; ///< of this connection
+    PlaceMemory places;
+    PaneHistory history;
     std::string requested;
     Text lastTiming; ///< the timing part of the status line
     PaneSpinner spinner;
@@ -227,6 +261,8 @@ private:
     Connections *connections = nullptr;       ///< null before the first `open`
     PaneNotices notices;
     bool wasTouched = false; ///< a key or a click came after the newest wish
+    bool holdsRefreshes = false;
+    std::optional<DirectorySnapshot> deferredRefresh; ///< of the folder on show
     std::stop_source updateLoop;
     Defaults::Subscription placementObservation;
 

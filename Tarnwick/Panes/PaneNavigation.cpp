@@ -91,6 +91,7 @@ void PaneController::startNavigation(Navigation navigation)
         navigation.connection = connection;
     }
     rememberPlace();
+    history.setOutFor({navigation.connection, navigation.path});
     isReading = false;
     requested = navigation.path;
     heading = navigation.source;
@@ -153,17 +154,18 @@ void PaneController::showPart(Navigation const &navigation, DirectorySnapshot pa
     if (navigation.source != browser) {
         browser = navigation.source;
         connection = navigation.connection;
-        places.clear();
         updateLoop.request_stop(); // the arrival brings the updates of the new connection
     }
     isReading = true;
-    auto const place = places.recall(part.path());
+    deferredRefresh.reset();
+    auto const place = places.recall(connection, part.path());
     rows.markAll(PaneModel::Marks::remove);
     rows.setSnapshot(std::move(part));
     display->reloadRows();
     display->scrollToFirstVisibleRow(place.firstVisibleRow);
     restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
     refreshStatus();
+    history.recordVisit({connection, pathOnShow()});
     if (callbacks.onLocationChanged)
         callbacks.onLocationChanged();
 }
@@ -172,6 +174,7 @@ void PaneController::showPart(Navigation const &navigation, DirectorySnapshot pa
 void PaneController::leavePlace()
 {
     auto const wayOut = wayOutOfDeadEnd();
+    history.stay();
     isReading = false;
     heading = browser;
     showConnection(connection);
@@ -220,24 +223,25 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     auto const provider = connection == localConnection ? PaneStatus::Source::disk : PaneStatus::Source::network;
     lastTiming = PaneStatus::timing(arrival.elapsed, arrival.result.wasCold ? provider : PaneStatus::Source::memory);
     auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == snapshot.path();
-    auto const place = places.recall(snapshot.path());
-    auto const firstRow = isSameFolder ? display->firstVisibleRow() : place.firstVisibleRow;
+    auto place = places.recall(connection, snapshot.path());
+    if (isSameFolder)
+        place.firstVisibleRow = display->firstVisibleRow();
+    if (wasReading)
+        place.cursorName = cursorName();
+    else if (!navigation.select.empty())
+        place.cursorName = navigation.select;
 
-    auto const rowOfUser = std::string(cursorName());
-    if (navigation.marks == MarksAfter::dropped && !wasReading)
-        rows.markAll(PaneModel::Marks::remove);
-    rows.setSnapshot(std::move(snapshot));
-    rows.unmarkWhatIsNotOnShow();
-
-    display->reloadRows();
+    if (isSameFolder && holdsRefreshes) {
+        applyRefresh(std::move(snapshot)); // when the name has been edited
+    } else {
+        if (navigation.marks == MarksAfter::dropped && !wasReading)
+            rows.markAll(PaneModel::Marks::remove);
+        showListing(std::move(snapshot), place);
+    }
     requested = pathOnShow();
     showPath(requested);
-    display->scrollToFirstVisibleRow(firstRow);
-    if (wasReading)
-        restoreCursor(rowOfUser);
-    else
-        restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
     refreshStatus();
+    history.recordVisit({connection, requested});
     if (navigation.notice == NoticeAfter::dropped)
         notices.clear();
     tellOfHost();
@@ -246,11 +250,20 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
         callbacks.onLocationChanged();
 }
 
+void PaneController::showListing(DirectorySnapshot snapshot, PlaceMemory::Place const &place)
+{
+    deferredRefresh.reset();
+    rows.setSnapshot(std::move(snapshot));
+    rows.unmarkWhatIsNotOnShow();
+    display->reloadRows();
+    display->scrollToFirstVisibleRow(place.firstVisibleRow);
+    restoreCursor(place.cursorName);
+}
+
 void PaneController::adopt(Navigation const &navigation, Updates updates)
 {
     browser = navigation.source;
     connection = navigation.connection;
-    places.clear();
     listen(listenToUpdates(weak_from_this(), std::move(updates)));
 }
 
@@ -258,7 +271,7 @@ void PaneController::rememberPlace()
 {
     auto const name = cursorName();
     if (rows.snapshot() && !name.empty())
-        places.remember(pathOnShow(), {std::string(name), display->firstVisibleRow()});
+        places.remember(connection, pathOnShow(), {std::string(name), display->firstVisibleRow()});
 }
 
 void PaneController::rereadIfAt(Operands const &where, std::string select)
@@ -324,10 +337,21 @@ Task<void> PaneController::listenToUpdates(std::weak_ptr<PaneController> weak, U
 
 void PaneController::applyRefresh(DirectorySnapshot snapshot)
 {
+    if (holdsRefreshes) {
+        deferredRefresh = std::move(snapshot);
+        return;
+    }
     auto const firstRow = display->firstVisibleRow();
     changeRows([&] { rows.setSnapshot(std::move(snapshot)); });
     display->scrollToFirstVisibleRow(firstRow);
     refreshStatus();
+}
+
+void PaneController::applyDeferredRefresh()
+{
+    holdsRefreshes = false;
+    if (auto snapshot = std::exchange(deferredRefresh, std::nullopt))
+        applyRefresh(*std::move(snapshot));
 }
 
 } // namespace tw

@@ -6,7 +6,7 @@
 
 namespace tw {
 
-/// Where the folders of one connection were left: the cursor, and how far they were scrolled.
+/// Where the folders that a pane has shown were left: the cursor, and how far they were scrolled.
 class PlaceMemory {
 public:
     /// More than a person finds the way back through. The folder that was left first is forgotten first.
@@ -19,18 +19,18 @@ public:
         friend bool operator==(Place const &, Place const &) = default;
     };
 
-    void remember(std::string const &path, Place place);
+    void remember(std::string const &connection, std::string const &path, Place place);
 
     /// The top of the folder if nothing is known of it.
-    Place recall(std::string const &path) const;
-
-    void clear();
+    Place recall(std::string const &connection, std::string const &path) const;
 
 private:
     using Newest = std::list<std::pair<std::string, Place>>;
 
+    static std::string keyOf(std::string const &connection, std::string const &path);
+
     Newest newest; ///< the folder that was left last is the first
-    std::unordered_map<std::string, Newest::iterator> byPath;
+    std::unordered_map<std::string, Newest::iterator> byKey;
 };
 
 } // namespace tw

@@ -14,6 +14,10 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::equalizePanes:
     case Command::connect:
         return CommandState{};
+    case Command::back:
+        return CommandState{.isEnabled = window.activePane().canGoBack()};
+    case Command::forward:
+        return CommandState{.isEnabled = window.activePane().canGoForward()};
     case Command::toggleHidden:
         return CommandState{.isChecked = window.activePane().model().viewOptions().showHidden};
     default:
@@ -28,6 +32,10 @@ void MainWindowCommands::perform(Command command)
         return window.cmdCloseWindow();
     case Command::refresh:
         return window.cmdRefresh();
+    case Command::back:
+        return window.cmdBack();
+    case Command::forward:
+        return window.cmdForward();
     case Command::toggleHidden:
         return window.cmdToggleHidden();
     case Command::otherPane:

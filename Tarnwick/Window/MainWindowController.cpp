@@ -144,6 +144,16 @@ void MainWindowController::cmdRefresh()
     activePane().refresh();
 }
 
+void MainWindowController::cmdBack()
+{
+    activePane().goBack();
+}
+
+void MainWindowController::cmdForward()
+{
+    activePane().goForward();
+}
+
 void MainWindowController::cmdSwapPanes()
 {
     // The pane that gets the keyboard reports it, and becomes the active one by that.

@@ -54,6 +54,8 @@ public:
 
     void cmdConnect();
     void cmdRefresh();
+    void cmdBack();
+    void cmdForward();
     void cmdSwapPanes();
     void cmdEqualizePanes();
     void cmdToggleHidden();

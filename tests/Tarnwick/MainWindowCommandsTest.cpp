@@ -47,6 +47,24 @@ TEST_F(MainWindowCommandsTest, theCheckMarkOfHiddenFilesFollowsTheActivePane)
     EXPECT_FALSE(commands.stateOf(Command::toggleHidden)->isChecked);
 }
 
+TEST_F(MainWindowCommandsTest, backAndForwardAreOfferedWhereTheyLeadSomewhere)
+{
+    startOn("/left", "/right");
+    auto const offers = [this](Command command) { return commands.stateOf(command)->isEnabled; };
+    EXPECT_FALSE(offers(Command::back));
+    EXPECT_FALSE(offers(Command::forward));
+    provider->answersAtOnce = [&](std::string const &path) { return Listings{{path, listing(path, {})}}; };
+    controller.activePane().navigate("/other");
+    loop.drain();
+    EXPECT_TRUE(offers(Command::back));
+    perform(Command::back);
+    EXPECT_EQ(controller.activePane().pathOnShow(), "/left");
+    EXPECT_FALSE(offers(Command::back));
+    EXPECT_TRUE(offers(Command::forward));
+    perform(Command::forward);
+    EXPECT_EQ(controller.activePane().pathOnShow(), "/other");
+}
+
 TEST_F(MainWindowCommandsTest, anOperationWorksOnWhatTheActivePaneShowsWhenItsKeyIsPressed)
 {
     startOn("/left", "/right");

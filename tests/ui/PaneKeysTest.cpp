@@ -1,3 +1,4 @@
+#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "tests/ui/WindowTest.h"
 
 #include <gmock/gmock.h>
@@ -103,6 +104,24 @@ TEST_F(PaneKeysTest, returnOpensTheFolderAndBackspaceLeavesItWithTheCursorOnIt)
     press(Qt::Key_Backspace);
     waitForPath(PaneSide::left, left.path());
     EXPECT_EQ(cursorName(), "inner");
+}
+
+TEST_F(PaneKeysTest, theKeysForBackAndForwardLeadThroughTheFoldersAndBeepAtTheEnd)
+{
+    open();
+    active().navigate(left.path("inner"));
+    waitForPath(PaneSide::left, left.path("inner"));
+    press(Qt::Key_BracketLeft, Qt::ControlModifier);
+    waitForPath(PaneSide::left, left.path());
+    press(Qt::Key_BracketRight, Qt::ControlModifier);
+    waitForPath(PaneSide::left, left.path("inner"));
+    press(Qt::Key_Left, Qt::AltModifier);
+    waitForPath(PaneSide::left, left.path());
+    EXPECT_FALSE(window->pane(PaneSide::left).statusLine().isFlashing());
+    press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_TRUE(window->pane(PaneSide::left).statusLine().isFlashing());
+    press(Qt::Key_Right, Qt::AltModifier);
+    waitForPath(PaneSide::left, left.path("inner"));
 }
 
 TEST_F(PaneKeysTest, returnOnTheParentRowGoesUp)

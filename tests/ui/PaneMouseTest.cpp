@@ -1,3 +1,4 @@
+#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "tests/ui/WindowTest.h"
 
 #include <QApplication>
@@ -52,6 +53,24 @@ protected:
 
     Qt::SortOrder sortOrder() { return table(PaneSide::left).titles().sortIndicatorOrder(); }
 };
+
+TEST_F(PaneMouseTest, theButtonsForBackAndForwardWorkAllOverThePane)
+{
+    open();
+    press(Qt::Key_Tab);
+    pane(PaneSide::left).navigate(left.path("inner"));
+    waitForPath(PaneSide::left, left.path("inner"));
+    click(0, Qt::BackButton);
+    EXPECT_EQ(controller->activeSide(), PaneSide::left);
+    waitForPath(PaneSide::left, left.path());
+    QTest::mouseClick(&window->pane(PaneSide::left).statusLine(), Qt::ForwardButton);
+    waitForPath(PaneSide::left, left.path("inner"));
+    click(0, Qt::BackButton);
+    waitForPath(PaneSide::left, left.path());
+    EXPECT_FALSE(window->pane(PaneSide::left).statusLine().isFlashing());
+    click(0, Qt::BackButton);
+    EXPECT_TRUE(window->pane(PaneSide::left).statusLine().isFlashing());
+}
 
 TEST_F(PaneMouseTest, clicksWithControlAndShiftMark)
 {

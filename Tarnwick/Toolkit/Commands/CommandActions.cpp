@@ -136,6 +136,8 @@ void CommandActions::perform(Command command) const
     auto const state = target ? target->stateOf(command) : std::nullopt;
     if (state && state->isEnabled)
         target->perform(command);
+    else if (onRefused)
+        onRefused();
 }
 
 } // namespace tw

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QObject>
 
+#include <functional>
 #include <unordered_map>
 
 class QAction;
@@ -24,6 +25,9 @@ namespace tw {
 class CommandActions final : public QObject {
 public:
     CommandActions(QWidget &window, CommandScope scope, CommandTarget &program);
+
+    /// The key of a command was pressed that cannot be performed now.
+    std::function<void()> onRefused;
 
     /// The action of a command that has a title.
     QAction &action(Command command) const { return *actions.at(command); }

@@ -53,6 +53,7 @@ void MainWindow::buildPanes()
 
 void MainWindow::buildCommands()
 {
+    actions->onRefused = [this] { panes.activePane().refuse(); };
     actions->fill(*menuBar());
     auto *const all = new QWidget(this);
     auto *const column = new QVBoxLayout(all);

@@ -12,6 +12,7 @@
 #include "Tarnwick/Toolkit/Windows/ConnectionButton.h"
 
 #include <QApplication>
+#include <QMouseEvent>
 #include <QVBoxLayout>
 
 namespace tw {
@@ -48,6 +49,7 @@ PaneView::PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, Pan
     connectPathField();
     connectButton();
     connectNotices();
+    watchMouse();
     adoptFontSize();
     adoptColumns();
     observations = {Settings::paneFontSize.observe(settings, [this] { adoptFontSize(); }),
@@ -124,6 +126,33 @@ void PaneView::connectNotices()
             PaneView::takeKeyboardFocus();
         return isUsed;
     };
+}
+
+/// The buttons for back and forward work all over the pane, whatever its parts do with the mouse.
+void PaneView::watchMouse()
+{
+    installEventFilter(this);
+    for (auto *const part : findChildren<QWidget *>())
+        part->installEventFilter(this);
+}
+
+bool PaneView::eventFilter(QObject *watched, QEvent *event)
+{
+    auto const isPress = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    return (isPress && goWithMouse(static_cast<QMouseEvent *>(event)->button())) ||
+           QWidget::eventFilter(watched, event);
+}
+
+bool PaneView::goWithMouse(Qt::MouseButton button)
+{
+    if (button != Qt::BackButton && button != Qt::ForwardButton)
+        return false;
+    PaneView::takeKeyboardFocus();
+    if (button == Qt::BackButton)
+        controller->goBack();
+    else
+        controller->goForward();
+    return true;
 }
 
 void PaneView::actOnNotice(PaneNotice::Action action)

@@ -34,6 +34,8 @@ public:
 
     ElidedLabel &statusLine() const { return *status; }
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void reloadRows() override;
     void redrawRows() override;
@@ -59,6 +61,8 @@ private:
     void connectPathField();
     void connectButton();
     void connectNotices();
+    void watchMouse();
+    bool goWithMouse(Qt::MouseButton button);
     void actOnNotice(PaneNotice::Action action);
     void notePainted();
     void adoptFontSize();
