@@ -13,7 +13,8 @@ class WorkerPool;
 /// The hosts that a user has saved, as menus and pickers list them.
 namespace SSHConfig {
 
-/// Their names in the order of the file; none if it cannot be read. An empty `path` is that of this user.
+/// Their names in the order in which ssh reads them, those of included files among them; none of what cannot be read.
+/// An empty `path` is that of this user.
 /// The pool outlives the task.
 Task<std::vector<std::string>> hosts(WorkerPool const &pool, std::string path = {});
 

@@ -33,7 +33,7 @@ protected:
 
 TEST_F(SSHConfigTest, theHostsAreTheNamesInTheFile)
 {
-    EXPECT_THAT(hosts(home.file("config", "Host b c\nHost *\nHost a\nHost b\n")), ElementsAre("b", "a"));
+    EXPECT_THAT(hosts(home.file("config", "Host b c\nHost *\nHost a\nHost b\n")), ElementsAre("b", "c", "a"));
 }
 
 TEST_F(SSHConfigTest, aFileThatCannotBeReadHasNone)

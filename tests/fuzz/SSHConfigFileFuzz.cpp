@@ -4,6 +4,7 @@
 
 #include "TWCore/Check.h"
 #include "TWEngine/SSHConfig/SSHConfigFile.h"
+#include "TWEngine/SSHConfig/SSHConfigHosts.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -116,6 +117,13 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size
         tw::check(!entry.alias.contains('\n'), "a name of two lines");
     for (auto const &name : tw::SSHConfigFile::aliases(text))
         tw::check(!name.empty() && !tw::SSHConfigFile::Entry{.alias = name}.isPattern(), "a pattern is no name");
+    for (auto const &line : tw::SSHConfigHosts::linesIn(text)) {
+        for (auto const &name : line.names) {
+            auto const isHost = line.kind == tw::SSHConfigHosts::Line::Kind::hosts;
+            tw::check(!isHost || (!name.empty() && !tw::SSHConfigFile::Entry{.alias = name}.isPattern()), "no host");
+            tw::check(!name.contains('\n'), "a name of two lines");
+        }
+    }
     tw::checkRender(text, tw::entriesOf(pieces));
     tw::checkRender(text, tw::SSHConfigFile::parse(text));
     tw::SSHConfigFile::explain(static_cast<std::int32_t>(size), text);
