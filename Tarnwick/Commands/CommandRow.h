@@ -2,12 +2,22 @@
 
 #include "Tarnwick/Commands/Command.h"
 
+#include <array>
 #include <string_view>
 
 namespace tw {
 
-/// The menus of the menu bar, in their order.
-enum class Menu { none, application, file, view, hosts, commands };
+/// The menus of the menu bar, and the one that is a part of another.
+enum class Menu { none, application, file, view, sortBy, mark, hosts, commands, window };
+
+/// The menus that stand in the menu bar, in their order.
+inline constexpr std::array menuBar{Menu::application, Menu::file,     Menu::view,  Menu::mark,
+                                    Menu::hosts,       Menu::commands, Menu::window};
+
+inline constexpr std::array submenus{Menu::sortBy};
+
+/// The menu at whose end a submenu stands; none for those of the menu bar.
+Menu menuAbove(Menu menu);
 
 /// The title of a menu, which is its translation key too.
 std::string_view titleOf(Menu menu);
@@ -31,18 +41,15 @@ enum class KeyOwner {
     pane,     ///< a pane that has the keyboard, by the position of the key; a text field keeps the key for itself
 };
 
-/// The keys of a command. A shortcut is spelled in the portable way of the toolkit: "Ctrl+Shift+.", "F7".
+/// The keys of a command. A shortcut is spelled as `spelled` spells a chord: "Ctrl+Shift+.", "F7".
 struct CommandKeys {
-    std::string_view main; ///< shown beside the command; of a pane's key, words for the reader
-    std::string_view additional = {};
+    std::string_view main;            ///< shown beside the command; of a pane's key, words for the reader
+    std::string_view additional = {}; ///< for where the desktop, or another command on some layouts, has the main one
     KeyOwner owner = KeyOwner::shortcut;
 };
 
 /// How a command may be started by a key that is held down.
 enum class KeyRepeat { ignored, repeats };
-
-/// Whether a command is in the menu that opens over a pane.
-enum class ContextMenu { no, yes };
 
 /// Whether the first window of a new user names a command.
 enum class FirstSteps { no, yes };
@@ -54,14 +61,13 @@ enum class CheckMark { none, followsState };
 struct CommandRow {
     Command command;
     std::string_view title = {}; ///< in menus; empty for a key that only a pane knows
-    MenuPlace place = {};
+    MenuPlace place = {};        ///< none: the command has its key, or is in the menu over a pane
     CommandKeys keys = {};
     std::string_view help = {}; ///< what its key does, in lists of keys
     std::string_view toolTip = {};
     std::string_view buttonTitle = {}; ///< in the row of function keys; empty: it is not there
     CommandScope scope = CommandScope::mainWindow;
     KeyRepeat repeat = KeyRepeat::ignored;
-    ContextMenu contextMenu = ContextMenu::no;
     FirstSteps firstSteps = FirstSteps::no;
     CheckMark checkMark = CheckMark::none;
 };

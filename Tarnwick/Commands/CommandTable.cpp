@@ -13,12 +13,23 @@ constexpr CommandKeys paneKeys(std::string_view words)
     return {.main = words, .owner = KeyOwner::pane};
 }
 
+constexpr CommandRow sortRow(Command command, std::string_view title, CommandKeys keys, std::string_view help)
+{
+    return {.command = command,
+            .title = title,
+            .place = {Menu::sortBy, 0},
+            .keys = keys,
+            .help = help,
+            .checkMark = CheckMark::followsState};
+}
+
 // In the order of the items within a menu, and of the lists of keys.
 constexpr CommandRow table[] = {
     {.command = Command::moveCursor,
      .keys = paneKeys("Up, Down, Home, End, Page Up, Page Down"),
      .help = "move the cursor; with Shift they mark on the way"},
     {.command = Command::openSelection,
+     .title = "Open",
      .keys = paneKeys("Return"),
      .help = "open the folder under the cursor; on .. go up",
      .firstSteps = FirstSteps::yes},
@@ -48,8 +59,13 @@ constexpr CommandRow table[] = {
      .help = "read the folder again",
      .toolTip = "Re-read this folder",
      .repeat = KeyRepeat::repeats,
-     .contextMenu = ContextMenu::yes,
      .firstSteps = FirstSteps::yes},
+    {.command = Command::targetIsSource,
+     .title = "Target = Source",
+     .place = {Menu::file, 0},
+     .keys = {.main = "Ctrl+Shift+="},
+     .help = "show this folder in the other pane too",
+     .toolTip = "Open this folder in the other pane"},
     {.command = Command::newFolder,
      .title = "New Folder",
      .place = {Menu::commands, 0},
@@ -57,8 +73,25 @@ constexpr CommandRow table[] = {
      .help = "create a folder",
      .toolTip = "New folder",
      .buttonTitle = "NewDir",
-     .contextMenu = ContextMenu::yes,
      .firstSteps = FirstSteps::yes},
+    // Where the plus is typed with Shift on the key of the equals sign, its chord is that of "Target = Source".
+    {.command = Command::textBigger,
+     .title = "Bigger Text",
+     .place = {Menu::view, 0},
+     .keys = {.main = "Ctrl++", .additional = "Ctrl+="},
+     .help = "larger rows",
+     .repeat = KeyRepeat::repeats},
+    {.command = Command::textSmaller,
+     .title = "Smaller Text",
+     .place = {Menu::view, 0},
+     .keys = {.main = "Ctrl+-"},
+     .help = "smaller rows",
+     .repeat = KeyRepeat::repeats},
+    {.command = Command::textActualSize,
+     .title = "Actual Size",
+     .place = {Menu::view, 0},
+     .keys = {.main = "Ctrl+0"},
+     .help = "rows of the usual size"},
     {.command = Command::back,
      .title = "Back",
      .place = {Menu::view, 1},
@@ -75,30 +108,48 @@ constexpr CommandRow table[] = {
      .repeat = KeyRepeat::repeats},
     {.command = Command::toggleHidden,
      .title = "Show Hidden Files",
-     .place = {Menu::view, 0},
-     // Where Shift makes another sign of the full stop, the chord is known by that sign.
-     .keys = {.main = "Ctrl+Shift+.", .additional = "Ctrl+Shift+>"},
+     .place = {Menu::view, 2},
+     .keys = {.main = "Ctrl+Shift+."},
      .help = "show or hide files whose name begins with a dot",
      .toolTip = "Show hidden files",
-     .contextMenu = ContextMenu::yes,
      .checkMark = CheckMark::followsState},
     {.command = Command::otherPane,
      .title = "Other Pane",
-     .place = {Menu::view, 0},
+     .place = {Menu::view, 2},
      .keys = paneKeys("Tab"),
      .help = "go to the other pane",
      .toolTip = "Switch panes",
      .firstSteps = FirstSteps::yes},
     {.command = Command::equalizePanes,
      .title = "Equalize Panes",
-     .place = {Menu::view, 0},
+     .place = {Menu::view, 2},
      .keys = {.main = "Ctrl+\\"},
      .help = "make the panes equally wide"},
+    sortRow(Command::sortByName, "Name", {.main = "Ctrl+F3", .additional = "Ctrl+Alt+1"}, "sort by name"),
+    sortRow(Command::sortByExtension, "Extension", {.main = "Ctrl+F4", .additional = "Ctrl+Alt+2"},
+            "sort by extension"),
+    sortRow(Command::sortByDate, "Date", {.main = "Ctrl+F5", .additional = "Ctrl+Alt+3"}, "sort by date"),
+    sortRow(Command::sortBySize, "Size", {.main = "Ctrl+F6", .additional = "Ctrl+Alt+4"}, "sort by size"),
+    {.command = Command::copyName, .title = "Name"},
+    {.command = Command::copyNameWithoutExtension, .title = "Name Without Extension"},
+    {.command = Command::copyFullPath, .title = "Full Path"},
+    {.command = Command::copyHostAndPath, .title = "Host and Path"},
+    {.command = Command::copyRelativePath, .title = "Relative to Other Pane"},
+    {.command = Command::copyHomePath, .title = "Relative to Home"},
+    {.command = Command::copyEnclosingFolder, .title = "Enclosing Folder"},
+    {.command = Command::contextMenu,
+     .keys = {.main = "Shift+F10"},
+     .help = "what can be done with the file under the cursor, or with the folder; so does the Menu key"},
     {.command = Command::closeWindow,
      .title = "Close Window",
      .place = {Menu::file, 1},
      .keys = {.main = "Ctrl+W"},
      .help = "close the window, and with the last one quit"},
+    {.command = Command::minimizeWindow,
+     .title = "Minimize",
+     .place = {Menu::window, 0},
+     .keys = {.main = "Ctrl+M"},
+     .help = "put the window out of the way"},
     {.command = Command::showAbout,
      .title = "About Tarnwick",
      .place = {Menu::application, 0},
@@ -115,6 +166,11 @@ constexpr CommandRow table[] = {
 
 } // namespace
 
+Menu menuAbove(Menu menu)
+{
+    return menu == Menu::sortBy ? Menu::view : Menu::none;
+}
+
 std::string_view titleOf(Menu menu)
 {
     switch (menu) {
@@ -126,10 +182,16 @@ std::string_view titleOf(Menu menu)
         return "File";
     case Menu::view:
         return "View";
+    case Menu::sortBy:
+        return "Sort By";
+    case Menu::mark:
+        return "Mark";
     case Menu::hosts:
         return "Hosts";
     case Menu::commands:
         return "Commands";
+    case Menu::window:
+        return "Window";
     }
     return {};
 }

@@ -170,6 +170,9 @@ public:
     void rowClicked(int row, ClickModifiers held = {});
     void rowDoubleClicked(int row);
 
+    /// Puts the cursor on a row whose menu is wanted. The marks stay.
+    void moveCursorTo(int row);
+
     /// The view got the keyboard.
     void activated();
     void setActive(bool active);

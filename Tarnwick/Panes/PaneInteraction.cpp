@@ -127,6 +127,15 @@ void PaneController::rowDoubleClicked(int row)
     openSelection();
 }
 
+void PaneController::moveCursorTo(int row)
+{
+    wasTouched = true;
+    if (row < 0 || row >= rows.rowCount())
+        return;
+    cursor.moveTo(row);
+    cursorMoved();
+}
+
 void PaneController::connectionMenuWanted()
 {
     if (callbacks.onConnectionMenuWanted)

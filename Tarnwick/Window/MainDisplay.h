@@ -2,6 +2,8 @@
 
 #include "Tarnwick/Operations/Dialogs.h"
 
+#include <string>
+
 namespace tw {
 
 /// What a MainWindowController needs of its window beyond the panes themselves.
@@ -13,6 +15,10 @@ public:
 
     virtual void equalizePanes() = 0;
     virtual void closeWindow() = 0;
+    virtual void minimizeWindow() = 0;
+
+    /// Puts a text on the clipboard; the names in it may hold any bytes.
+    virtual void copyText(std::string const &text) = 0;
 
     /// The questions that stand over this window.
     virtual std::shared_ptr<Dialogs> dialogs() = 0;

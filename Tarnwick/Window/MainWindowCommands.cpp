@@ -1,15 +1,42 @@
 #include "Tarnwick/Window/MainWindowCommands.h"
 
+#include "Tarnwick/Operations/CopiedPath.h"
 #include "Tarnwick/Operations/OperationTable.h"
 #include "Tarnwick/Window/MainWindowController.h"
 
 namespace tw {
 
+namespace {
+
+std::optional<SortKey> sortKeyOf(Command command)
+{
+    switch (command) {
+    case Command::sortByName:
+        return SortKey::name;
+    case Command::sortByExtension:
+        return SortKey::ext;
+    case Command::sortByDate:
+        return SortKey::date;
+    case Command::sortBySize:
+        return SortKey::size;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
 std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
 {
     switch (command) {
     case Command::closeWindow:
+    case Command::minimizeWindow:
+    case Command::openSelection:
     case Command::refresh:
+    case Command::targetIsSource:
+    case Command::textBigger:
+    case Command::textSmaller:
+    case Command::textActualSize:
     case Command::otherPane:
     case Command::equalizePanes:
     case Command::connect:
@@ -21,8 +48,13 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::toggleHidden:
         return CommandState{.isChecked = window.activePane().model().viewOptions().showHidden};
     default:
-        return operationOf(command) ? std::optional(CommandState{}) : std::nullopt;
+        break;
     }
+    auto const &view = window.activePane().model().viewOptions();
+    if (auto const key = sortKeyOf(command))
+        return CommandState{.isChecked = view.sortKey == *key};
+    auto const isKnown = CopiedPath::styleOf(command) || operationOf(command);
+    return isKnown ? std::optional(CommandState{}) : std::nullopt;
 }
 
 void MainWindowCommands::perform(Command command)
@@ -30,12 +62,24 @@ void MainWindowCommands::perform(Command command)
     switch (command) {
     case Command::closeWindow:
         return window.cmdCloseWindow();
+    case Command::minimizeWindow:
+        return window.cmdMinimizeWindow();
+    case Command::openSelection:
+        return window.activePane().openSelection();
     case Command::refresh:
         return window.cmdRefresh();
     case Command::back:
         return window.cmdBack();
     case Command::forward:
         return window.cmdForward();
+    case Command::targetIsSource:
+        return window.cmdTargetIsSource();
+    case Command::textBigger:
+        return window.cmdChangeTextSize(1);
+    case Command::textSmaller:
+        return window.cmdChangeTextSize(-1);
+    case Command::textActualSize:
+        return window.cmdUsualTextSize();
     case Command::toggleHidden:
         return window.cmdToggleHidden();
     case Command::otherPane:
@@ -45,8 +89,14 @@ void MainWindowCommands::perform(Command command)
     case Command::connect:
         return window.cmdConnect();
     default:
-        return window.start(operationOf(command));
+        break;
     }
+    if (auto const key = sortKeyOf(command))
+        window.activePane().toggleSort(*key);
+    else if (auto const style = CopiedPath::styleOf(command))
+        window.copyPaths(*style);
+    else
+        window.start(operationOf(command));
 }
 
 } // namespace tw

@@ -177,4 +177,47 @@ void MainWindowController::cmdCloseWindow()
         window->closeWindow();
 }
 
+void MainWindowController::cmdMinimizeWindow()
+{
+    if (window)
+        window->minimizeWindow();
+}
+
+void MainWindowController::cmdTargetIsSource()
+{
+    pane(otherSide(active))->navigate(activePane().pathOnShow());
+}
+
+void MainWindowController::cmdChangeTextSize(double by)
+{
+    auto &defaults = collaborators.defaults;
+    Settings::paneFontSize.write(defaults, Settings::paneFontSize.read(defaults) + by);
+}
+
+void MainWindowController::cmdUsualTextSize()
+{
+    Settings::paneFontSize.write(collaborators.defaults, Settings::paneFontSize.usual);
+}
+
+void MainWindowController::copyPaths(CopiedPath::Style style)
+{
+    auto const what = activePane().operands();
+    std::vector<std::string> paths;
+    for (auto const &name : what.names)
+        paths.push_back(what.pathOf(name));
+    if (auto above = activePane().model().parentPath(); paths.empty() && activePane().cursorRow() && above)
+        paths.push_back(*std::move(above)); // the cursor is on the row of the folder above
+    if (paths.empty() || !window)
+        return;
+    CopiedPath::Place const place{.connection = what.connection,
+                                  .homeFolder = PaneSpec::localHome().path,
+                                  .otherPath = pane(otherSide(active))->pathOnShow()};
+    std::string text;
+    for (auto const &path : paths)
+        text += (text.empty() ? "" : "\n") + CopiedPath::render(path, style, place);
+    window->copyText(text);
+    auto const count = paths.size();
+    activePane().showStatus(count == 1 ? Text("copied %@", {text}) : Text("copied %d paths", {std::to_string(count)}));
+}
+
 } // namespace tw

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Connections/Connections.h"
+#include "Tarnwick/Operations/CopiedPath.h"
 #include "Tarnwick/Operations/OperationContext.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
@@ -60,6 +61,17 @@ public:
     void cmdEqualizePanes();
     void cmdToggleHidden();
     void cmdCloseWindow();
+    void cmdMinimizeWindow();
+
+    /// The other pane goes to the path of the active one, on the connection that it has.
+    void cmdTargetIsSource();
+
+    /// Of the rows, in both panes; kept within the bounds of the setting.
+    void cmdChangeTextSize(double by);
+    void cmdUsualTextSize();
+
+    /// Puts the paths of the marked files, else of the one under the cursor, on the clipboard, one a line.
+    void copyPaths(CopiedPath::Style style);
 
 private:
     /// Nothing before the first reading.

@@ -28,6 +28,29 @@ TEST(CommandTableTest, noTwoCommandsHaveTheSameKey)
     }
 }
 
+/// What GNOME, KDE, Xfce or IBus takes before a program sees it, as they are installed.
+std::set<std::string> keysOfDesktops()
+{
+    std::set<std::string> keys{"F10",        "Alt+Tab",       "Alt+Space",       "Alt+Escape",      "Ctrl+Alt+Up",
+                               "Ctrl+Space", "Ctrl+Alt+Down", "Ctrl+Alt+Left",   "Ctrl+Alt+Right",  "Ctrl+Alt+T",
+                               "Ctrl+Alt+L", "Ctrl+Alt+Tab",  "Ctrl+Alt+Delete", "Ctrl+Alt+Escape", "Ctrl+Shift+U"};
+    for (int number = 1; number <= 12; ++number) {
+        keys.insert("Alt+F" + std::to_string(number));
+        keys.insert("Ctrl+F" + std::to_string(number));
+    }
+    return keys;
+}
+
+TEST(CommandTableTest, aKeyThatADesktopTakesHasASecondOneThatNoneTakes)
+{
+    auto const taken = keysOfDesktops();
+    for (auto const &row : commandTable()) {
+        if (taken.contains(std::string(row.keys.main)))
+            EXPECT_FALSE(row.keys.additional.empty()) << row.keys.main;
+        EXPECT_FALSE(taken.contains(std::string(row.keys.additional))) << row.keys.additional;
+    }
+}
+
 TEST(CommandTableTest, whateverHasAKeySaysWhatItDoes)
 {
     for (auto const &row : commandTable())
@@ -37,8 +60,8 @@ TEST(CommandTableTest, whateverHasAKeySaysWhatItDoes)
 TEST(CommandTableTest, whateverCanBeSeenHasATitle)
 {
     for (auto const &row : commandTable()) {
-        auto const isSeen = row.place.menu != Menu::none || row.contextMenu == ContextMenu::yes || !row.toolTip.empty();
-        EXPECT_EQ(isSeen, !row.title.empty()) << row.help;
+        if (row.place.menu != Menu::none || !row.toolTip.empty())
+            EXPECT_FALSE(row.title.empty()) << row.help;
     }
 }
 
@@ -50,31 +73,65 @@ TEST(CommandTableTest, aFunctionButtonHasAFunctionKey)
     }
 }
 
-TEST(CommandTableTest, everyMenuButNoneHasATitle)
+TEST(CommandTableTest, everyMenuStandsInTheMenuBarOrInAnotherMenu)
 {
     EXPECT_EQ(titleOf(Menu::none), "");
-    for (auto const menu : {Menu::application, Menu::file, Menu::view, Menu::hosts, Menu::commands})
+    for (auto const menu : menuBar) {
         EXPECT_NE(titleOf(menu), "");
+        EXPECT_EQ(menuAbove(menu), Menu::none);
+    }
+    for (auto const menu : submenus) {
+        EXPECT_NE(titleOf(menu), "");
+        EXPECT_NE(menuAbove(menu), Menu::none);
+    }
 }
 
-/// The list of keys as the README has it.
-std::string keysInMarkdown()
+/// A sign that means something to Markdown stands behind a backslash.
+std::string inMarkdown(std::string_view text)
+{
+    std::string shown;
+    for (auto const character : text) {
+        if (character == '\\' || character == '|')
+            shown += '\\';
+        shown += character;
+    }
+    return shown;
+}
+
+/// The keys that a new user needs, as the README has them.
+std::string firstKeysInMarkdown()
 {
     std::string text = "| Key | What it does |\n|---|---|\n";
     for (auto const &row : commandTable()) {
-        if (row.help.empty())
-            continue;
-        text += "| ";
-        for (auto const character : row.keys.main)
-            text += character == '\\' ? std::string("\\\\") : std::string(1, character);
-        text += " | " + std::string(row.help) + " |\n";
+        if (row.firstSteps == FirstSteps::yes)
+            text += "| " + inMarkdown(row.keys.main) + " | " + inMarkdown(row.help) + " |\n";
     }
     return text + "\n";
 }
 
-TEST(CommandTableTest, theReadmeHasTheKeysOfTheTable)
+/// All keys, as docs/keys.md has them.
+std::string keysInMarkdown()
 {
-    EXPECT_THAT(contentOf(TARNWICK_README), testing::HasSubstr(keysInMarkdown()));
+    std::string text = "| Key | Second key | What it does | Menu |\n|---|---|---|---|\n";
+    for (auto const &row : commandTable()) {
+        if (row.help.empty())
+            continue;
+        auto const menu = std::string(titleOf(row.place.menu));
+        text += "| " + inMarkdown(row.keys.main) + " | " + inMarkdown(row.keys.additional) + " | " +
+                inMarkdown(row.help) + " | " + (menu.empty() ? "" : menu + ": " + std::string(row.title)) + " |\n";
+    }
+    return text + "\n";
+}
+
+TEST(CommandTableTest, theReadmeHasTheFirstKeysOfTheTable)
+{
+    EXPECT_THAT(contentOf(TARNWICK_README), testing::HasSubstr(firstKeysInMarkdown()));
+}
+
+TEST(CommandTableTest, theListOfKeysHasThoseOfTheTable)
+{
+    EXPECT_THAT(contentOf(TARNWICK_KEYS), testing::HasSubstr(keysInMarkdown())) << "The table for docs/keys.md:\n"
+                                                                                << keysInMarkdown();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "Tarnwick/Window/MainWindowCommands.h"
 
 #include "Tarnwick/Commands/CommandTable.h"
+#include "Tarnwick/Settings/Settings.h"
 #include "tests/support/MainWindowControllerTest.h"
 
 #include <gmock/gmock.h>
@@ -85,8 +86,68 @@ TEST_F(MainWindowCommandsTest, theWindowsOwnCommandsReachIt)
 {
     perform(Command::equalizePanes);
     perform(Command::closeWindow);
+    perform(Command::minimizeWindow);
     EXPECT_EQ(window.equalized, 1);
     EXPECT_EQ(window.closed, 1);
+    EXPECT_EQ(window.minimized, 1);
+}
+
+TEST_F(MainWindowCommandsTest, theOrderOfTheActivePaneIsCheckedAndCanBeTurnedRound)
+{
+    startOn("/left", "/right");
+    EXPECT_TRUE(commands.stateOf(Command::sortByName)->isChecked);
+    perform(Command::sortBySize);
+    EXPECT_FALSE(commands.stateOf(Command::sortByName)->isChecked);
+    EXPECT_TRUE(commands.stateOf(Command::sortBySize)->isChecked);
+    auto const before = controller.activePane().model().viewOptions().ascending;
+    perform(Command::sortBySize);
+    EXPECT_NE(controller.activePane().model().viewOptions().ascending, before);
+    controller.setActive(PaneSide::right);
+    EXPECT_TRUE(commands.stateOf(Command::sortByName)->isChecked);
+}
+
+TEST_F(MainWindowCommandsTest, theTextGrowsAndShrinksWithinItsBounds)
+{
+    auto const sizeAfter = [this](Command command) {
+        perform(command);
+        return Settings::paneFontSize.read(defaults);
+    };
+    EXPECT_EQ(sizeAfter(Command::textBigger), 13);
+    EXPECT_EQ(sizeAfter(Command::textActualSize), 12);
+    EXPECT_EQ(sizeAfter(Command::textSmaller), 11);
+    Settings::paneFontSize.write(defaults, 20);
+    EXPECT_EQ(sizeAfter(Command::textBigger), 20);
+    Settings::paneFontSize.write(defaults, 9);
+    EXPECT_EQ(sizeAfter(Command::textSmaller), 9);
+    EXPECT_EQ(sizeAfter(Command::textBigger), 10);
+}
+
+TEST_F(MainWindowCommandsTest, theOtherPaneGoesToThePathOfTheActiveOne)
+{
+    startOn("/left", "/right");
+    perform(Command::targetIsSource);
+    EXPECT_EQ(controller.pane(PaneSide::right)->requestedPath(), "/left");
+    EXPECT_EQ(controller.pane(PaneSide::left)->requestedPath(), "/left");
+    EXPECT_EQ(controller.activeSide(), PaneSide::left);
+}
+
+TEST_F(MainWindowCommandsTest, thePathUnderTheCursorIsCopied)
+{
+    startOn("/left", "/right");
+    controller.activePane().moveCursorTo(1);
+    perform(Command::copyFullPath);
+    EXPECT_EQ(window.clipboard, "/left/a");
+    EXPECT_EQ(left.status, "copied /left/a");
+    perform(Command::copyRelativePath);
+    EXPECT_EQ(window.clipboard, "../left/a");
+}
+
+TEST_F(MainWindowCommandsTest, ofTheRowOfTheFolderAboveThatFolderIsCopied)
+{
+    startOn("/left/below", "/right");
+    controller.activePane().moveCursorTo(0);
+    perform(Command::copyFullPath);
+    EXPECT_EQ(window.clipboard, "/left");
 }
 
 } // namespace

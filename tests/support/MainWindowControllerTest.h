@@ -17,11 +17,17 @@ class RecordingWindow final : public MainDisplay {
 public:
     int equalized = 0;
     int closed = 0;
+    int minimized = 0;
+    std::string clipboard;
     std::shared_ptr<FakeDialogs> questions = std::make_shared<FakeDialogs>();
 
     void equalizePanes() override { ++equalized; }
 
     void closeWindow() override { ++closed; }
+
+    void minimizeWindow() override { ++minimized; }
+
+    void copyText(std::string const &text) override { clipboard = text; }
 
     std::shared_ptr<Dialogs> dialogs() override { return questions; }
 };

@@ -6,6 +6,8 @@
 #include "tests/ui/QtLoop.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
@@ -18,6 +20,19 @@ namespace {
 class Target final : public QWidget, public RecordingTarget {
 public:
     explicit Target(QWidget *parent = nullptr) : QWidget(parent) { setFocusPolicy(Qt::StrongFocus); }
+
+    int claimed = 0; ///< the key that it wants for itself, as a text field does
+    std::vector<int> keys;
+
+protected:
+    bool event(QEvent *event) override
+    {
+        if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->key() == claimed)
+            event->accept();
+        if (event->type() == QEvent::KeyPress)
+            keys.push_back(static_cast<QKeyEvent *>(event)->key());
+        return QWidget::event(event);
+    }
 };
 
 class CommandActionsTest : public testing::Test {
@@ -33,6 +48,19 @@ protected:
     void give(Target &target, Command command, CommandState state = {}) { target.states[command] = state; }
 
     void trigger(Command command) { actions->action(command).trigger(); }
+
+    enum class Held { shortly, forLong };
+
+    /// A press as the window system sends it: the shortcut is offered first. QTest knows no scan codes.
+    void pressAt(quint32 scanCode, Qt::Key key, Qt::KeyboardModifiers held, Held how = Held::shortly)
+    {
+        auto const isRepeat = how == Held::forLong;
+        QKeyEvent offer(QEvent::ShortcutOverride, key, held, scanCode, 0, 0, {}, isRepeat);
+        offer.ignore();
+        QApplication::sendEvent(inner, &offer);
+        QKeyEvent press(QEvent::KeyPress, key, held, scanCode, 0, 0, {}, isRepeat);
+        QApplication::sendEvent(inner, &press);
+    }
 
     static std::vector<Command> only(Command command) { return {command}; }
 
@@ -101,9 +129,69 @@ TEST_F(CommandActionsTest, aCommandThatIsDisabledIsNotPerformed)
 TEST_F(CommandActionsTest, theKeysOfTheTablePerformTheirCommands)
 {
     give(window, Command::toggleHidden);
-    QTest::keyClick(inner, Qt::Key_Greater, Qt::ControlModifier | Qt::ShiftModifier);
+    give(window, Command::textBigger);
     QTest::keyClick(inner, Qt::Key_Period, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(window.performed, (std::vector{Command::toggleHidden, Command::toggleHidden}));
+    QTest::keyClick(inner, Qt::Key_Equal, Qt::ControlModifier);
+    EXPECT_EQ(window.performed, (std::vector{Command::toggleHidden, Command::textBigger}));
+}
+
+TEST_F(CommandActionsTest, aKeyIsKnownByItsPlaceOnTheKeyboard)
+{
+    give(window, Command::refresh);
+    give(window, Command::toggleHidden);
+    give(window, Command::equalizePanes);
+    pressAt(27, Qt::Key(0x041A), Qt::ControlModifier);                     // Russian
+    pressAt(60, Qt::Key_Greater, Qt::ControlModifier | Qt::ShiftModifier); // US
+    pressAt(51, Qt::Key_NumberSign, Qt::ControlModifier);                  // German
+    EXPECT_EQ(window.performed, (std::vector{Command::refresh, Command::toggleHidden, Command::equalizePanes}));
+    EXPECT_TRUE(inner->keys.empty()) << "a command's key is not typed too";
+}
+
+TEST_F(CommandActionsTest, aKeyOfNoCommandGoesToWhatHasTheKeyboard)
+{
+    pressAt(27, Qt::Key(0x041A), Qt::NoModifier);
+    EXPECT_EQ(inner->keys, std::vector{0x041A});
+}
+
+TEST_F(CommandActionsTest, aFieldKeepsTheKeysThatItClaims)
+{
+    give(window, Command::connect);
+    inner->claimed = Qt::Key_K;
+    pressAt(45, Qt::Key_K, Qt::ControlModifier);
+    EXPECT_TRUE(window.performed.empty());
+    EXPECT_EQ(inner->keys, std::vector<int>{Qt::Key_K});
+}
+
+TEST_F(CommandActionsTest, aHeldKeyRepeatsOnlyWhereThatIsWanted)
+{
+    give(window, Command::refresh);
+    give(window, Command::equalizePanes);
+    pressAt(27, Qt::Key_R, Qt::ControlModifier, Held::forLong);
+    pressAt(51, Qt::Key_Backslash, Qt::ControlModifier, Held::forLong);
+    EXPECT_EQ(window.performed, only(Command::refresh));
+    EXPECT_TRUE(inner->keys.empty());
+}
+
+QStringList itemsOf(QMenu const &menu)
+{
+    QStringList items;
+    for (auto const *item : menu.actions()) {
+        if (item->menu())
+            items += itemsOf(*item->menu());
+        else if (!item->isSeparator())
+            items += menu.title() + QLatin1Char('/') + item->text().section(QLatin1Char('\t'), 0, 0);
+    }
+    return items;
+}
+
+QStringList rowsOf(Menu menu)
+{
+    QStringList rows;
+    for (auto const &row : commandTable()) {
+        if (row.place.menu == menu)
+            rows += QString::fromUtf8(titleOf(menu)) + QLatin1Char('/') + QString::fromUtf8(row.title);
+    }
+    return rows;
 }
 
 TEST_F(CommandActionsTest, theMenuBarHasEveryCommandWithAPlaceInItsMenu)
@@ -111,17 +199,14 @@ TEST_F(CommandActionsTest, theMenuBarHasEveryCommandWithAPlaceInItsMenu)
     QMenuBar bar;
     actions->fill(bar);
     QStringList shown;
-    for (auto const *menu : bar.actions()) {
-        for (auto const *item : menu->menu()->actions()) {
-            if (!item->isSeparator())
-                shown += menu->text() + QLatin1Char('/') + item->text().section(QLatin1Char('\t'), 0, 0);
-        }
-    }
+    for (auto const *menu : bar.actions())
+        shown += itemsOf(*menu->menu());
     QStringList wanted;
-    for (auto const which : {Menu::application, Menu::file, Menu::view, Menu::hosts, Menu::commands}) {
-        for (auto const &row : commandTable()) {
-            if (row.place.menu == which)
-                wanted += QString::fromUtf8(titleOf(which)) + QLatin1Char('/') + QString::fromUtf8(row.title);
+    for (auto const which : menuBar) {
+        wanted += rowsOf(which);
+        for (auto const below : submenus) {
+            if (menuAbove(below) == which)
+                wanted += rowsOf(below);
         }
     }
     EXPECT_EQ(shown, wanted);
@@ -131,7 +216,7 @@ TEST_F(CommandActionsTest, aMenuShowsTheStatesOfTheMomentInWhichItOpens)
 {
     give(window, Command::toggleHidden, {.isChecked = true});
     give(window, Command::refresh, {.isEnabled = false});
-    auto *const menu = actions->contextMenu(&window);
+    auto *const menu = actions->contextMenu({}, &window);
     menu->popup({});
     EXPECT_TRUE(actions->action(Command::toggleHidden).isChecked());
     EXPECT_FALSE(actions->action(Command::refresh).isEnabled());
@@ -139,6 +224,28 @@ TEST_F(CommandActionsTest, aMenuShowsTheStatesOfTheMomentInWhichItOpens)
     processPosted();
     // A key asks anew.
     EXPECT_TRUE(actions->action(Command::refresh).isEnabled());
+}
+
+TEST_F(CommandActionsTest, anItemThatIsCalledOtherwiseInTheMenuOverAPaneIsTheSameCommand)
+{
+    give(window, Command::newFolder);
+    auto *const menu = actions->contextMenu({}, &window);
+    menu->popup({});
+    EXPECT_EQ(menu->actions().front()->text(), QStringLiteral("New Folder…\tF7"));
+    menu->actions().front()->trigger();
+    EXPECT_EQ(window.performed, only(Command::newFolder));
+    menu->close();
+    processPosted();
+}
+
+TEST_F(CommandActionsTest, anItemOfTheMenuOverAPaneIsDisabledWithItsCommand)
+{
+    give(window, Command::newFolder, {.isEnabled = false});
+    auto *const menu = actions->contextMenu({}, &window);
+    menu->popup({});
+    EXPECT_FALSE(menu->actions().front()->isEnabled());
+    menu->close();
+    processPosted();
 }
 
 } // namespace

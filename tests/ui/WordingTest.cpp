@@ -7,11 +7,17 @@
 #include "Tarnwick/Connections/ConnectionItem.h"
 #include "Tarnwick/Panes/HostWording.h"
 #include "Tarnwick/Panes/PaneStatus.h"
+#include "tests/support/TemporaryFolder.h"
 
+#include <QRegularExpression>
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 namespace tw::test {
 namespace {
+
+namespace fs = std::filesystem;
 
 TEST(WordingTest, aTextInTheWordsOfAnotherDesktopIsShownInThoseOfThisOne)
 {
@@ -77,6 +83,71 @@ TEST(WordingTest, noTextIsShownInTheWordsOfAnotherDesktop)
         for (auto const *const word : {"Mac", "Keychain", "Finder", "⌘", "%@", "%d"})
             EXPECT_FALSE(shown.contains(QString::fromUtf8(word))) << shown.toStdString();
     }
+}
+
+/// The string literals of a source text, as they stand between their quotes; those in comments are none.
+std::vector<std::string> literalsOf(std::string const &source)
+{
+    std::vector<std::string> literals;
+    auto at = std::size_t(0);
+    auto const skipTo = [&](std::string_view end) { at = std::min(source.find(end, at), source.size()); };
+    while (at < source.size()) {
+        if (source.compare(at, 2, "//") == 0 || source.compare(at, 8, "#include") == 0) {
+            skipTo("\n");
+        } else if (source.compare(at, 2, "/*") == 0) {
+            skipTo("*/");
+        } else if (source.compare(at, 3, "'\"'") == 0) {
+            at += 3;
+        } else if (source[at] == '"') {
+            auto const begin = ++at;
+            while (at < source.size() && source[at] != '"')
+                at += source[at] == '\\' ? 2 : 1;
+            literals.push_back(source.substr(begin, at - begin));
+            ++at;
+        } else {
+            ++at;
+        }
+    }
+    return literals;
+}
+
+bool isOfAnotherDesktop(std::string_view text)
+{
+    for (std::string_view const sign : {"⌘", "⌥", "⇧", "⌃"}) {
+        if (text.contains(sign))
+            return true;
+    }
+    static QRegularExpression const words(
+        QStringLiteral("\\b(Mac|macOS|Finder|Keychain|Cmd|Command key|Option key|System Settings|Dock)\\b"));
+    return words.match(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()))).hasMatch();
+}
+
+TEST(WordingTest, noTextOfTheProgramIsShownInTheWordsOfAnotherDesktop)
+{
+    auto found = 0;
+    for (auto const *const module : {"TWCore", "TWEngine", "Tarnwick"}) {
+        for (auto const &file : fs::recursive_directory_iterator(fs::path(TARNWICK_SOURCES) / module)) {
+            auto const extension = file.path().extension();
+            if ((extension != ".cpp" && extension != ".h") || file.path().stem() == "Wording")
+                continue;
+            for (auto const &literal : literalsOf(contentOf(file.path().string()))) {
+                ++found;
+                EXPECT_FALSE(isOfAnotherDesktop(Wording::shown(literal).toStdString()))
+                    << file.path() << ": " << literal;
+            }
+        }
+    }
+    EXPECT_GT(found, 500) << "the sources were looked through";
+}
+
+TEST(WordingTest, aTextOfAnotherDesktopIsFoundInASource)
+{
+    auto const literals =
+        literalsOf("#include \"Mac.h\"\n// \"Finder\"\nx = \"press \\\"⌘R\\\"\"; y = '\"'; z = \"b\";");
+    ASSERT_EQ(literals, (std::vector<std::string>{"press \\\"⌘R\\\"", "b"}));
+    EXPECT_TRUE(isOfAnotherDesktop(literals[0]));
+    EXPECT_TRUE(isOfAnotherDesktop("show in Finder"));
+    EXPECT_FALSE(isOfAnotherDesktop("MACs machinery"));
 }
 
 TEST(WordingTest, aTextInPartsIsWordedInItsParts)

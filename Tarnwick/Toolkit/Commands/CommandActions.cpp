@@ -3,6 +3,7 @@
 #include "Tarnwick/Commands/CommandTable.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Commands/CommandKeySequences.h"
+#include "Tarnwick/Toolkit/Commands/CommandShortcuts.h"
 
 #include <QAction>
 #include <QMenu>
@@ -20,28 +21,40 @@ QString titleWithKey(CommandRow const &row)
     return row.keys.owner == KeyOwner::pane ? title + QLatin1Char('\t') + keyTextOf(row) : title;
 }
 
+QString toolTipOf(CommandRow const &row)
+{
+    return Wording::shown(row.toolTip) + QStringLiteral(" (") + keyTextOf(row) + QLatin1Char(')');
+}
+
 } // namespace
 
 CommandActions::CommandActions(QWidget &commanded, CommandScope scope, CommandTarget &above)
     : QObject(&commanded), window(commanded), program(above)
 {
     for (auto const &row : commandTable()) {
-        if (!row.title.empty() && (row.scope == scope || row.scope == CommandScope::anywhere))
+        auto const isAction = !row.title.empty() || row.keys.owner == KeyOwner::shortcut;
+        if (isAction && (row.scope == scope || row.scope == CommandScope::anywhere))
             add(row);
     }
+    new CommandShortcuts(window, [this](Command command, CommandShortcuts::Press press) {
+        auto const isWanted = press == CommandShortcuts::Press::first || rowOf(command).repeat == KeyRepeat::repeats;
+        if (isWanted && actions.contains(command))
+            action(command).trigger();
+    });
 }
 
 void CommandActions::add(CommandRow const &row)
 {
     auto *const action = new QAction(titleWithKey(row), this);
     if (!row.toolTip.empty())
-        action->setToolTip(Wording::shown(row.toolTip) + QStringLiteral(" (") + keyTextOf(row) + QLatin1Char(')'));
+        action->setToolTip(toolTipOf(row));
     action->setCheckable(row.checkMark == CheckMark::followsState);
     action->setAutoRepeat(row.repeat == KeyRepeat::repeats);
     action->setMenuRole(QAction::NoRole); // its place is the table's
+    // For menus to show. In this window CommandShortcuts acts on the keys; in the others, Qt does on those of the
+    // program.
     action->setShortcuts(shortcutsOf(row));
-    if (row.scope == CommandScope::anywhere)
-        action->setShortcutContext(Qt::ApplicationShortcut);
+    action->setShortcutContext(row.scope == CommandScope::anywhere ? Qt::ApplicationShortcut : Qt::WidgetShortcut);
     connect(action, &QAction::triggered, this, [this, command = row.command] { perform(command); });
     window.addAction(action);
     actions.emplace(row.command, action);
@@ -59,8 +72,8 @@ QList<QAction *> CommandActions::everywhere() const
 
 void CommandActions::fill(QMenuBar &bar)
 {
-    for (auto const which : {Menu::application, Menu::file, Menu::view, Menu::hosts, Menu::commands}) {
-        auto *const menu = fill(new QMenu(Wording::shown(titleOf(which)), &bar), which);
+    for (auto const which : menuBar) {
+        auto *const menu = newMenu(which, &bar);
         if (menu->isEmpty())
             delete menu;
         else
@@ -68,8 +81,9 @@ void CommandActions::fill(QMenuBar &bar)
     }
 }
 
-QMenu *CommandActions::fill(QMenu *menu, Menu which)
+QMenu *CommandActions::newMenu(Menu which, QWidget *parent)
 {
+    auto *const menu = new QMenu(Wording::shown(titleOf(which)), parent);
     auto group = 0;
     for (auto const &row : commandTable()) {
         if (row.place.menu != which || !actions.contains(row.command))
@@ -79,20 +93,53 @@ QMenu *CommandActions::fill(QMenu *menu, Menu which)
         group = row.place.group;
         menu->addAction(&action(row.command));
     }
+    for (auto const below : submenus) {
+        if (menuAbove(below) != which)
+            continue;
+        menu->addSeparator();
+        menu->addMenu(newMenu(below, menu));
+    }
     keepUpToDate(*menu);
     return menu;
 }
 
-QMenu *CommandActions::contextMenu(QWidget *parent)
+QMenu *CommandActions::contextMenu(ContextSubject const &subject, QWidget *parent)
 {
     auto *const menu = new QMenu(parent);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    for (auto const &row : commandTable()) {
-        if (row.contextMenu == ContextMenu::yes && actions.contains(row.command))
-            menu->addAction(&action(row.command));
+    QMenu *copies = nullptr;
+    for (auto const &item : contextMenuItems(subject)) {
+        if (item.kind == ContextItem::Kind::separator)
+            menu->addSeparator();
+        else if (item.kind == ContextItem::Kind::item)
+            addContextItem(*menu, item);
+        else {
+            if (!copies)
+                copies = menu->addMenu(Wording::shown(copyMenuTitle));
+            addContextItem(*copies, item);
+        }
     }
     keepUpToDate(*menu);
     return menu;
+}
+
+void CommandActions::addContextItem(QMenu &menu, ContextItem const &item)
+{
+    auto &usual = action(item.command);
+    if (item.title.empty()) {
+        menu.addAction(&usual);
+        return;
+    }
+    // Called otherwise here, and an action has one title.
+    auto const &row = rowOf(item.command);
+    auto const title = Wording::shown(item.title) + QLatin1Char('\t') + keyTextOf(row);
+    auto *const same = menu.addAction(title);
+    connect(same, &QAction::triggered, &usual, &QAction::trigger);
+    connect(&menu, &QMenu::aboutToShow, same, [this, same, &row] {
+        auto const *const target = targetOf(row.command);
+        auto const state = target ? target->stateOf(row.command) : std::nullopt;
+        same->setEnabled(state && state->isEnabled);
+    });
 }
 
 /// States are asked for when they are seen. While they are not, all actions are enabled, so that a key is never lost to

@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Commands/CommandRow.h"
 #include "Tarnwick/Commands/CommandTarget.h"
+#include "Tarnwick/Commands/ContextMenu.h"
 
 #include <QList>
 #include <QObject>
@@ -16,7 +17,7 @@ class QWidget;
 
 namespace tw {
 
-/// The commands of one kind of window as Qt's actions, made from the table: shortcuts, menus and buttons share them.
+/// The commands of one kind of window as Qt's actions, made from the table: keys, menus and buttons share them.
 ///
 /// An action looks for its target when it is triggered, from what has the keyboard upwards to the window, and then asks
 /// the program.
@@ -39,11 +40,12 @@ public:
     void fill(QMenuBar &bar);
 
     /// The menu that opens over a pane; it deletes itself when it closes.
-    QMenu *contextMenu(QWidget *parent);
+    QMenu *contextMenu(ContextSubject const &subject, QWidget *parent);
 
 private:
     void add(CommandRow const &row);
-    QMenu *fill(QMenu *menu, Menu which);
+    QMenu *newMenu(Menu which, QWidget *parent);
+    void addContextItem(QMenu &menu, ContextItem const &item);
     void keepUpToDate(QMenu &menu);
     CommandTarget *targetOf(Command command) const;
     void perform(Command command) const;

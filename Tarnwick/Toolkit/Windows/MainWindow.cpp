@@ -5,9 +5,12 @@
 #include "Tarnwick/Toolkit/Commands/FunctionBar.h"
 #include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
+#include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QEvent>
 #include <QMenu>
@@ -23,6 +26,31 @@ constexpr QSize usualSize(1180, 720);
 
 /// Two panes of the least width, and little more than a page of rows.
 constexpr QSize leastSize(2 * PaneSplitter::leastSide + 1, 300);
+
+ContextSubject subjectAt(PaneController const &pane, std::optional<int> row)
+{
+    auto const *const entry = row ? pane.model().entry(*row) : nullptr;
+    using Row = ContextSubject::Row;
+    return {.row = !entry                 ? Row::none
+                   : entry->isDirectory() ? Row::folder
+                                          : Row::file,
+            .isLocal = pane.connectionName() == localConnection};
+}
+
+std::optional<int> rowAt(PaneTableView const &table, QPoint onScreen)
+{
+    auto const place = table.viewport()->mapFromGlobal(onScreen);
+    auto const row = table.viewport()->rect().contains(place) ? table.rowAt(place.y()) : -1;
+    return row >= 0 ? std::optional(row) : std::nullopt;
+}
+
+/// On screen, below the beginning of the cursor's row; at the top of an empty table.
+QPoint belowCursor(PaneTableView const &table)
+{
+    auto const &view = *table.viewport();
+    auto const row = table.visualRect(table.currentIndex()) & view.rect();
+    return view.mapToGlobal(row.isEmpty() ? QPoint() : row.bottomLeft());
+}
 
 } // namespace
 
@@ -117,19 +145,45 @@ void MainWindow::changeEvent(QEvent *event)
     }
 }
 
-/// A click beside the panes has no menu; a key has that of the active pane.
 void MainWindow::contextMenuEvent(QContextMenuEvent *event)
 {
+    // A click beside the panes has no menu; a key has that of the active pane.
+    if (event->reason() == QContextMenuEvent::Keyboard)
+        return openContextMenu(panes.activeSide(), *event);
     for (auto const side : {PaneSide::left, PaneSide::right}) {
         auto &view = pane(side);
-        if (!view.rect().contains(view.mapFrom(this, event->pos())))
-            continue;
-        panes.setActive(side);
-        panes.activePane().takeKeyboardFocus();
-        actions->contextMenu(this)->popup(event->globalPos());
-        event->accept();
-        return;
+        if (view.rect().contains(view.mapFrom(this, event->pos())))
+            return openContextMenu(side, *event);
     }
+}
+
+void MainWindow::openContextMenu(PaneSide side, QContextMenuEvent const &event)
+{
+    panes.setActive(side);
+    panes.activePane().takeKeyboardFocus();
+    auto const &table = pane(side).table();
+    auto const isByKey = event.reason() == QContextMenuEvent::Keyboard;
+    auto const row = isByKey ? panes.activePane().cursorRow() : rowAt(table, event.globalPos());
+    if (row)
+        panes.activePane().moveCursorTo(*row);
+    auto const where = isByKey ? belowCursor(table) : event.globalPos();
+    actions->contextMenu(subjectAt(panes.activePane(), row), this)->popup(where);
+}
+
+std::optional<CommandState> MainWindow::stateOf(Command command) const
+{
+    return command == Command::contextMenu ? CommandState{} : commands.stateOf(command);
+}
+
+void MainWindow::perform(Command command)
+{
+    if (command != Command::contextMenu)
+        return commands.perform(command);
+    // Of what has the keyboard: a text field has a menu of its own.
+    auto *const focused = focusWidget() ? focusWidget() : this;
+    auto const middle = focused->rect().center();
+    QContextMenuEvent wish(QContextMenuEvent::Keyboard, middle, focused->mapToGlobal(middle));
+    QApplication::sendEvent(focused, &wish);
 }
 
 void MainWindow::equalizePanes()
@@ -140,6 +194,16 @@ void MainWindow::equalizePanes()
 void MainWindow::closeWindow()
 {
     close();
+}
+
+void MainWindow::minimizeWindow()
+{
+    showMinimized();
+}
+
+void MainWindow::copyText(std::string const &text)
+{
+    QApplication::clipboard()->setText(QString::fromStdString(text));
 }
 
 std::shared_ptr<LoginPrompter> MainWindow::loginPrompter() const

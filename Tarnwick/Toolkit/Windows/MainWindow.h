@@ -28,9 +28,8 @@ public:
     /// Asks over this window.
     std::shared_ptr<LoginPrompter> loginPrompter() const;
 
-    std::optional<CommandState> stateOf(Command command) const override { return commands.stateOf(command); }
-
-    void perform(Command command) override { commands.perform(command); }
+    std::optional<CommandState> stateOf(Command command) const override;
+    void perform(Command command) override;
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -41,8 +40,11 @@ protected:
 private:
     void equalizePanes() override;
     void closeWindow() override;
+    void minimizeWindow() override;
+    void copyText(std::string const &text) override;
     std::shared_ptr<Dialogs> dialogs() override;
 
+    void openContextMenu(PaneSide side, QContextMenuEvent const &event);
     void buildPanes();
     void buildCommands();
     void place();

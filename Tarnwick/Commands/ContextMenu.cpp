@@ -1,0 +1,36 @@
+#include "Tarnwick/Commands/ContextMenu.h"
+
+namespace tw {
+
+namespace {
+
+using Kind = ContextItem::Kind;
+
+void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subject)
+{
+    if (subject.row == ContextSubject::Row::folder) {
+        items.push_back({.command = Command::openSelection, .title = "Open Folder"});
+        items.push_back({.kind = Kind::separator});
+    }
+    for (auto const command :
+         {Command::copyName, Command::copyNameWithoutExtension, Command::copyFullPath,
+          subject.isLocal ? Command::copyRelativePath : Command::copyHostAndPath,
+          subject.isLocal ? Command::copyHomePath : Command::copyRelativePath, Command::copyEnclosingFolder})
+        items.push_back({.kind = Kind::inCopyMenu, .command = command});
+    items.push_back({.kind = Kind::separator});
+}
+
+} // namespace
+
+std::vector<ContextItem> contextMenuItems(ContextSubject const &subject)
+{
+    std::vector<ContextItem> items;
+    if (subject.row != ContextSubject::Row::none)
+        addEntryItems(items, subject);
+    items.push_back({.command = Command::newFolder, .title = "New Folder…"});
+    items.push_back({.command = Command::refresh});
+    items.push_back({.command = Command::toggleHidden});
+    return items;
+}
+
+} // namespace tw

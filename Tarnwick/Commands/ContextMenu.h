@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Tarnwick/Commands/Command.h"
+
+#include <string_view>
+#include <vector>
+
+namespace tw {
+
+/// What the menu over a pane was opened on.
+struct ContextSubject {
+    enum class Row { none, folder, file };
+
+    Row row = Row::none; ///< none for the parent row and below the rows
+    bool isLocal = true; ///< the pane shows folders of this machine
+};
+
+struct ContextItem {
+    enum class Kind { item, separator, inCopyMenu };
+
+    Kind kind = Kind::item;
+    Command command = {};
+    std::string_view title = {}; ///< empty: that of the command
+
+    friend bool operator==(ContextItem const &, ContextItem const &) = default;
+};
+
+/// The title of the submenu that holds the items of the kind inCopyMenu, which follow one another.
+inline constexpr std::string_view copyMenuTitle = "Copy";
+
+/// The items of the menu over a pane, in their order.
+std::vector<ContextItem> contextMenuItems(ContextSubject const &subject);
+
+} // namespace tw

@@ -1,0 +1,50 @@
+#include "Tarnwick/Commands/ContextMenu.h"
+
+#include "Tarnwick/Commands/CommandTable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using ::testing::ElementsAre;
+using Row = ContextSubject::Row;
+
+/// What can be read in the menu; a submenu as "Copy/Name", a separator as "-".
+std::vector<std::string> titles(ContextSubject const &subject)
+{
+    std::vector<std::string> all;
+    for (auto const &item : contextMenuItems(subject)) {
+        auto const title = item.kind == ContextItem::Kind::separator ? "-"
+                           : item.title.empty()                      ? rowOf(item.command).title
+                                                                     : item.title;
+        auto const isInside = item.kind == ContextItem::Kind::inCopyMenu;
+        all.push_back((isInside ? std::string(copyMenuTitle) + "/" : std::string()) + std::string(title));
+    }
+    return all;
+}
+
+TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
+{
+    EXPECT_THAT(titles({.row = Row::folder}),
+                ElementsAre("Open Folder", "-", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
+                            "Copy/Relative to Other Pane", "Copy/Relative to Home", "Copy/Enclosing Folder", "-",
+                            "New Folder…", "Refresh", "Show Hidden Files"));
+}
+
+TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
+{
+    EXPECT_THAT(titles({.row = Row::file, .isLocal = false}),
+                ElementsAre("Copy/Name", "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
+                            "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "-", "New Folder…", "Refresh",
+                            "Show Hidden Files"));
+}
+
+TEST(ContextMenuTest, besideTheFilesItIsAboutTheFolderOnShow)
+{
+    EXPECT_THAT(titles({}), ElementsAre("New Folder…", "Refresh", "Show Hidden Files"));
+}
+
+} // namespace
+} // namespace tw::test
