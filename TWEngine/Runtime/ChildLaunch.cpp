@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <signal.h>
@@ -105,26 +106,27 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
     return pointers;
 }
 
-/// Becomes the program that is given to it. The system ends that program when the thread that started it ends, which
-/// posix_spawn(3) cannot ask for.
-std::vector<std::string> const endsWithUs{"/usr/bin/setpriv", "--pdeathsig", "KILL", "--"};
-
-/// Between the two, since a thread that ended before the helper asked for the signal sends none: runs the rest of its
-/// arguments only under the parent whose number is the first.
-std::vector<std::string> const onlyUnderUs{"/bin/sh", "-c", "[ \"$PPID\" = \"$0\" ] && exec \"$@\""};
+/// The path of the program of TWEngine/Starter; empty if this program's own path is not known.
+std::string const &starter()
+{
+    static std::string const path = [] {
+        std::error_code unknown;
+        auto const own = std::filesystem::read_symlink("/proc/self/exe", unknown);
+        return unknown ? std::string() : (own.parent_path() / TARNWICK_STARTER).lexically_normal().string();
+    }();
+    return path;
+}
 
 /// The program that is started first, and all that follows it.
 std::vector<std::string> argumentsOf(ChildCommand const &command)
 {
     std::vector<std::string> texts;
-    // Without the helper the program still runs, and ends when its input does.
-    if (command.end == ChildCommand::End::withProgram && access(endsWithUs.front().c_str(), X_OK) == 0) {
-        // Otherwise the helper would fail in place of the start.
+    // Without the starter the program still runs, and ends when its input does.
+    if (command.end == ChildCommand::End::withProgram && access(starter().c_str(), X_OK) == 0) {
+        // Otherwise the starter would fail in place of the start.
         if (access(command.program.c_str(), X_OK) != 0)
             throw SpawnError(errno, command.program);
-        texts = endsWithUs;
-        texts.insert(texts.end(), onlyUnderUs.begin(), onlyUnderUs.end());
-        texts.push_back(std::to_string(getpid()));
+        texts = {starter(), std::to_string(getpid())};
     }
     texts.push_back(command.program);
     texts.insert(texts.end(), command.arguments.begin(), command.arguments.end());

@@ -62,6 +62,17 @@ TEST_F(ChildProcessStartTest, aChildThatEndsWithTheProgramIsStartedAsAnyOther)
     EXPECT_EQ(wait(child), exited(0));
 }
 
+TEST_F(ChildProcessStartTest, aChildWhoseParentEndedBeforeItCouldAskForItsEndDoesNotBegin)
+{
+    auto const own = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    auto const anotherParent = std::to_string(getpid() + 1);
+    auto const child = start({.program = own / "../lib/tarnwick/starter",
+                              .arguments = {anotherParent, "/bin/echo", "begun"},
+                              .output = PipeEnd{}});
+    EXPECT_EQ(readAll(child), "");
+    EXPECT_EQ(wait(child), exited(127));
+}
+
 TEST_F(ChildProcessStartTest, aMissingProgramThatWouldEndWithThisOneIsAnErrorOfTheStart)
 {
     auto const refusal = refusalOf({.program = "/no/such/program", .end = ChildCommand::End::withProgram});

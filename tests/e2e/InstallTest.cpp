@@ -31,6 +31,11 @@ TEST_F(InstallTest, theProgramFindsItsLibraryWhereverBothAre)
     EXPECT_EQ(outputOf({prefix.path("other/tarnwick"), "--version"}), version);
 }
 
+TEST_F(InstallTest, whatStartsClientsLiesWhereTheProgramLooksForIt)
+{
+    EXPECT_TRUE(fs::exists(fs::path(program).parent_path() / "../lib/tarnwick/starter"));
+}
+
 TEST_F(InstallTest, aLinkToTheProgramFindsItToo)
 {
     EXPECT_EQ(outputOf({prefix.link("link", program), "--version"}), version);
