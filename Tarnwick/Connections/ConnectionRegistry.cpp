@@ -7,7 +7,8 @@
 #include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/SSH/HostAccess.h"
 #include "TWEngine/Store/ListingStore.h"
-#include "Tarnwick/Connections/SSHConfig.h"
+#include "Tarnwick/Connections/SavedHosts.h"
+#include "Tarnwick/Connections/StoreOpening.h"
 
 #include <functional>
 #include <map>
@@ -18,17 +19,8 @@ namespace {
 
 constexpr auto localKey = "local";
 
-using Store = std::shared_ptr<ListingStore>;
+using Store = StoreOpening::Store;
 using BrowserRef = std::shared_ptr<Browser>;
-using Hosts = std::vector<std::string>;
-using HostsTask = SharedTask<Hosts>;
-
-/// Of the saved hosts. What is changed while the file is being read may not be seen.
-struct HostsReading {
-    HostsTask task;
-    std::shared_ptr<bool> hasBegun;
-};
-
 using Memory = std::shared_ptr<ListingBudget>;
 
 BrowserRef makeBrowser(EngineRuntime &engine, Memory memory, std::shared_ptr<FileSystemProvider> provider, Store store)
@@ -41,30 +33,9 @@ BrowserRef makeBrowser(EngineRuntime &engine, Memory memory, std::shared_ptr<Fil
                                      Browser::Config{});
 }
 
-Task<Store> openStore(EngineRuntime *engine, std::string directory)
-{
-    // A person may wait for the first host behind this.
-    auto store =
-        co_await engine->storeWorkers().run(WorkPriority::interactive, [engine, directory = std::move(directory)] {
-            return ListingStore::create(engine->storeWorkers(), engine->clock(), directory, {});
-        });
-    co_return store;
-}
-
 std::string keyOf(std::string const &host)
 {
     return "ssh:" + host;
-}
-
-/// Behind the reading before it: on a home that hangs, each would take a worker for itself.
-Task<Hosts> readHosts(std::optional<HostsTask> before, std::shared_ptr<bool> hasBegun, WorkerPool const *workers,
-                      std::string path)
-{
-    if (before)
-        co_await outcomeOf(before->wait());
-    *hasBegun = true;
-    auto names = co_await SSHConfig::hosts(*workers, std::move(path));
-    co_return names;
 }
 
 /// Counts a host as used for as long as it lives. It holds the Browser that is handed out.
@@ -82,14 +53,6 @@ public:
 private:
     std::function<void()> const end;
 };
-
-/// Once, and behind everything that anybody waits for.
-Task<void> trimWhenOpen(SharedTask<Store> opening)
-{
-    auto const store = co_await opening.wait();
-    if (store)
-        co_await store->trim();
-}
 
 } // namespace
 
@@ -121,11 +84,9 @@ struct ConnectionRegistry::Shared {
     };
 
     std::map<std::string, Use> uses = {};
-    std::optional<SharedTask<Store>> store = {};
-    std::optional<SharedTask<void>> trimming = {};
-    std::optional<HostsReading> reading = {}; ///< the last one
+    std::shared_ptr<StoreOpening> store = {}; ///< null: listings are not kept
+    SavedHosts saved{with.mainContext, with.engine.workers(), with.sshConfig};
 
-    static Task<std::vector<std::string>> hosts(std::shared_ptr<Shared> self);
     static Task<BrowserRef> ssh(std::shared_ptr<Shared> self, std::string host);
     static Task<BrowserRef> logIn(std::shared_ptr<Shared> self, std::string host);
     static Task<BrowserRef> reach(std::shared_ptr<Shared> self, std::string host);
@@ -133,7 +94,6 @@ struct ConnectionRegistry::Shared {
 
     static Task<void> giveUpAttempts(std::shared_ptr<Shared> self);
     static Task<void> shutdownAll(std::shared_ptr<Shared> self);
-    static Task<void> closeStore(std::shared_ptr<Shared> self);
 
     /// The host as it is, with a new attempt if it is neither up nor on its way.
     static Task<Attempt> attempt(std::shared_ptr<Shared> self, std::string host, Way way);
@@ -184,18 +144,15 @@ ConnectionRegistry::ConnectionRegistry(Collaborators collaborators)
     : shared(std::make_shared<Shared>(std::move(collaborators)))
 {
     auto const &with = shared->with;
-    if (with.cacheDirectory.empty())
-        return;
-    shared->store = SharedTask<Store>::start(with.mainContext, openStore(&with.engine, with.cacheDirectory));
-    shared->trimming = SharedTask<void>::start(with.mainContext, trimWhenOpen(*shared->store));
+    if (!with.cacheDirectory.empty())
+        shared->store = std::make_shared<StoreOpening>(with.engine, with.mainContext, with.cacheDirectory);
 }
 
 ConnectionRegistry::~ConnectionRegistry()
 {
     for (auto const &[key, attempt] : shared->connecting)
         attempt.task->cancel();
-    if (shared->trimming)
-        shared->trimming->cancel();
+    shared->store.reset(); // ends the trimming
     for (auto &[key, use] : shared->uses)
         use.waiting.request_stop();
 }
@@ -258,10 +215,8 @@ Task<ConnectionRegistry::Shared::Attempt> ConnectionRegistry::Shared::attempt(st
                                                                               std::string host, Way way)
 {
     Store opened;
-    if (self->store) {
-        auto const opening = *self->store;
-        opened = co_await opening.wait();
-    }
+    if (auto const store = self->store)
+        opened = co_await store->opened();
     if (self->isClosing)
         throw Cancelled();
     auto const key = keyOf(host);
@@ -365,23 +320,7 @@ BrowserRef ConnectionRegistry::Shared::browserOf(std::string const &host, Store 
 
 Task<std::vector<std::string>> ConnectionRegistry::hosts()
 {
-    return Shared::hosts(shared);
-}
-
-Task<std::vector<std::string>> ConnectionRegistry::Shared::hosts(std::shared_ptr<Shared> self)
-{
-    if (!self->reading || *self->reading->hasBegun) {
-        auto const before = self->reading ? std::optional(self->reading->task) : std::nullopt;
-        auto const hasBegun = std::make_shared<bool>(false);
-        self->reading = HostsReading{
-            HostsTask::start(self->with.mainContext,
-                             readHosts(before, hasBegun, &self->with.engine.workers(), self->with.sshConfig)),
-            hasBegun};
-    }
-    auto const reading = self->reading->task;
-    self.reset();
-    auto names = co_await reading.wait();
-    co_return names;
+    return shared->saved.names();
 }
 
 Task<void> ConnectionRegistry::giveUpAttempts()
@@ -419,24 +358,10 @@ Task<void> ConnectionRegistry::Shared::shutdownAll(std::shared_ptr<Shared> self)
         if (browser && !self->connecting.contains(key))
             co_await outcomeOf(browser->shutdown());
     }
-    co_await closeStore(self);
-    // Last: a home that hangs is to keep nothing else from being closed.
-    if (auto const reading = self->reading)
-        co_await outcomeOf(reading->task.wait());
-}
-
-Task<void> ConnectionRegistry::Shared::closeStore(std::shared_ptr<Shared> self)
-{
-    auto const opening = std::exchange(self->store, {});
-    auto const trimming = std::exchange(self->trimming, {});
-    if (!opening)
-        co_return;
-    trimming->cancel();
-    co_await outcomeOf(trimming->wait());
-    auto const opened = co_await outcomeOf(opening->wait());
-    auto const store = opened.value.value_or(nullptr);
-    if (store)
+    if (auto const store = std::exchange(self->store, {}))
         co_await store->close();
+    // Last: a home that hangs is to keep nothing else from being closed.
+    co_await self->saved.finish();
 }
 
 } // namespace tw
