@@ -33,7 +33,7 @@ public:
     virtual Task<std::vector<std::string>> transportOptions() = 0;
 
     /// True if a connection that was let go can come back without a question to the user.
-    virtual bool logsInByItself() const = 0;
+    virtual Task<bool> logsInByItself() = 0;
 
     /// Runs a command to its end. Its standard input is empty. A status other than 0 is no error here.
     ///

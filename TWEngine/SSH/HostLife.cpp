@@ -54,7 +54,7 @@ HostLife::Orders HostLife::want(Way way, Time now)
         return {};
     Orders orders;
     if (isAttempting()) {
-        // An attempt that may not ask the user fails where one that may goes on.
+        // A quiet attempt fails at the first question, so it is of no use to a caller that may ask the user.
         if (way == Way::quiet || attemptWay == Way::asking) {
             ++callers;
             return {};
@@ -71,6 +71,7 @@ HostLife::Orders HostLife::begin(Way way, Time now)
     attemptWay = way;
     attemptBegan = now;
     openQuestions = 0;
+    attemptHadQuestion = false;
     enterWithin(limits.reaching, Phase::reaching, now);
     *deadline += grace;
     return {{.kind = Kind::beginAttempt, .number = ++attempts, .way = way}};
@@ -116,6 +117,7 @@ void HostLife::questionOpened(std::uint64_t attempt, Time now)
 {
     if (!isCurrent(attempt) || ++openQuestions > 1)
         return;
+    attemptHadQuestion = true;
     beforeQuestion = phase;
     remaining = *deadline - now;
     enter(Phase::asking, now);
@@ -142,6 +144,7 @@ void HostLife::attemptUp(std::uint64_t attempt, Time now)
         return;
     ++timesUp;
     callers = 0;
+    connectionHadQuestion = attemptHadQuestion;
     forgetSessions();
     stateOf(Role::first) = SessionState::up;
     lastHeard = now;
@@ -258,6 +261,7 @@ HostLife::Orders HostLife::replacementUp(std::uint64_t number, Time now)
     if (replacing != number || phase != Phase::silent)
         return {};
     ++timesUp;
+    connectionHadQuestion = false;
     forgetSessions();
     stateOf(Role::first) = SessionState::up;
     lastHeard = now;

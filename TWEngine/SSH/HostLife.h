@@ -84,7 +84,7 @@ public:
     static constexpr std::chrono::milliseconds grace{250};
     /// A host that sends nothing for so long while a person waits counts as silent.
     static constexpr std::chrono::seconds silenceLimit{5};
-    /// An answer that takes longer may be one that the user does not wait for to the end.
+    /// The user may leave a folder whose listing takes longer. The next one then needs the spare session.
     static constexpr std::chrono::milliseconds lateAnswer{400};
 
     explicit HostLife(Limits allowed) : limits(allowed), phaseLimit(allowed.reaching) {}
@@ -97,7 +97,7 @@ public:
     /// A caller of `want` does not wait any more for the attempt with that number. The last one ends it.
     Orders leave(std::uint64_t attempt, Time now);
 
-    // What becomes of an attempt. Events of one that has ended have no effect.
+    // What becomes of an attempt. Events of an attempt that has ended have no effect.
 
     /// What the user's configuration allows for reaching the host, counted from the beginning of the attempt.
     void limitReaching(std::uint64_t attempt, Duration limit);
@@ -165,6 +165,9 @@ public:
     /// Which connection this is: changes when the first session comes up or is replaced.
     std::uint64_t generation() const { return timesUp; }
 
+    /// True if a question was open before this connection came up.
+    bool neededTheUser() const { return connectionHadQuestion; }
+
     /// How often `end` was called: what was begun before the last time is not wanted any more.
     std::uint64_t endings() const { return timesEnded; }
 
@@ -210,8 +213,10 @@ private:
     Duration remaining{};         ///< of the phase before the question, while one is open
     Phase beforeQuestion = Phase::loggingIn;
     int openQuestions = 0;
+    bool attemptHadQuestion = false;
 
     // Of the connection.
+    bool connectionHadQuestion = false;
     std::array<SessionState, 4> sessions = {};
     Requests inFlight;
     Time lastHeard;

@@ -92,6 +92,9 @@ public:
     /// Of the connection in use, for an ssh client that shares it; see SSHCommandLine.
     RemoteShellOptions const &optionsInUse() const { return sessions ? sessions->options : options; }
 
+    /// True if the user has answered a question for the connection in use.
+    bool neededTheUser() const { return life.neededTheUser(); }
+
     /// How often `disconnect` was called: what was begun before the last time is not wanted any more.
     std::uint64_t disconnections() const { return life.endings(); }
 

@@ -176,7 +176,7 @@ Task<Listings> SSHProvider::fetchHere(Self self, std::string path, int depth, Fe
     for (;;) {
         auto const room = self->line.room(maxScanBytes);
         auto response = co_await list(self, Choice::backgroundIfReady, path, depth, room);
-        // The scan has shown what the line can do: on one that nothing was known of, the room was a guess.
+        // The first room was a guess. The scan has measured the line.
         auto const wasNarrow = response.truncated && self->line.room(maxScanBytes) >= 2 * room;
         if (!wasNarrow)
             co_return self->read(std::move(response), path, depth);
@@ -188,7 +188,7 @@ Task<ListingResponse> SSHProvider::list(Self self, Choice choice, std::string pa
     auto response = co_await self->sessions->asking<ListingResponse>(
         choice, [path, depth, room](RemoteShell &shell) { return shell.list(path, depth, room); });
     self->line.note(response.bytes.size(), response.elapsed);
-    // A host that sends more than it was told to does not decide how much is made of it.
+    // A host may send more than was asked for. The rest is dropped.
     response.bytes.resize(std::min(response.bytes.size(), self->options.maxResponseBytes));
     co_return response;
 }
@@ -325,6 +325,16 @@ Task<std::string> SSHProvider::defaultDirectoryHere(Self self)
     auto const state = co_await shell->state();
     auto const &start = state.handshake.startDirectory;
     co_return self->sessions->speaks() == ShellDialect::posix ? start : WindowsPath::fromNative(start);
+}
+
+Task<bool> SSHProvider::logsInByItself()
+{
+    return onStrand(strand, logsInByItselfHere(shared_from_this()));
+}
+
+Task<bool> SSHProvider::logsInByItselfHere(Self self)
+{
+    co_return !self->options.askpassAccount && !self->sessions->neededTheUser();
 }
 
 Task<bool> SSHProvider::isLive()

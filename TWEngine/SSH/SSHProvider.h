@@ -96,8 +96,8 @@ public:
 
     Task<bool> isLive();
 
-    /// By a key, an agent or a saved password.
-    bool logsInByItself() const override { return !options.askpassAccount; }
+    /// By a key, an agent or a saved password. False if the user has answered a question for the connection in use.
+    Task<bool> logsInByItself() override;
 
     /// What lists folders on the host: "gnu" or "perl", and "unknown" without a session.
     Task<std::string> remoteImplementation();
@@ -121,6 +121,7 @@ private:
     SSHCommandLine::Arguments sharingOptions() const;
     static Task<std::string> defaultDirectoryHere(Self self);
     static Task<ArchiveCapability> archiveCapabilityHere(Self self);
+    static Task<bool> logsInByItselfHere(Self self);
     static Task<bool> isLiveHere(Self self);
     static Task<std::string> remoteImplementationHere(Self self);
 

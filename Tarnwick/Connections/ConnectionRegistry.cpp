@@ -64,7 +64,7 @@ struct ConnectionRegistry::Shared {
         std::optional<SharedTask<void>> task;                    ///< the way, with its failure
         std::shared_ptr<int> waiting = std::make_shared<int>(0); ///< the callers that wait for its end
 
-        /// Counts a caller for as long as it lives. The last one that goes ends the attempt.
+        /// Counts a caller for as long as it lives. The last caller ends the attempt.
         class Caller;
     };
 
@@ -269,17 +269,24 @@ Task<void> ConnectionRegistry::Shared::disconnectUnused(std::weak_ptr<Shared> we
                                                         std::string key)
 {
     co_await clock->sleep(unusedLimit);
-    auto const self = weak.lock();
+    auto self = weak.lock();
+    if (!self || !self->browsers.contains(key))
+        co_return;
+    auto const host = std::dynamic_pointer_cast<CommandHost>(self->browsers.at(key)->providerRef());
+    self.reset();
+    if (!host)
+        co_return;
+    auto const comesBack = co_await host->logsInByItself();
+    self = weak.lock();
     if (!self)
         co_return;
-    auto const browser = self->browsers.find(key);
     auto const use = self->uses.find(key);
-    // Somebody may have come between the end of the sleep and here.
-    if (browser == self->browsers.end() || use == self->uses.end() || !use->second.held.expired())
+    // A caller may have come since the end of the sleep.
+    if (use == self->uses.end() || !use->second.held.expired())
         co_return;
     self->uses.erase(use);
-    auto const host = std::dynamic_pointer_cast<CommandHost>(browser->second->providerRef());
-    if (host && host->logsInByItself())
+    self.reset();
+    if (comesBack)
         co_await outcomeOf(host->disconnect().withStop({}));
 }
 

@@ -157,6 +157,21 @@ TEST_F(HostLifeTest, aStageThatIsReachedDuringAQuestionShowsWhenTheQuestionClose
     EXPECT_EQ(life.wakeAt(), now + HostLife::Limits().loggingIn);
 }
 
+TEST_F(HostLifeTest, itIsKnownWhetherTheConnectionInUseNeededTheUser)
+{
+    want(Way::asking);
+    life.questionOpened(1, now);
+    life.questionClosed(1, now);
+    EXPECT_FALSE(life.neededTheUser()) << "nothing is in use yet";
+    life.attemptUp(1, now);
+    EXPECT_TRUE(life.neededTheUser());
+
+    life.end(now);
+    want(Way::asking);
+    life.attemptUp(2, now);
+    EXPECT_FALSE(life.neededTheUser());
+}
+
 TEST_F(HostLifeTest, anAttemptEndsWhenNobodyWaitsForItAnyMore)
 {
     want();

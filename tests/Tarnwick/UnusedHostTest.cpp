@@ -2,6 +2,7 @@
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "tests/hosts/StandInSSH.h"
 #include "tests/support/ChildProcessTest.h"
+#include "tests/support/FakeLoginDesk.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/TestLoop.h"
 
@@ -64,12 +65,14 @@ protected:
     TemporaryFolder sockets;
     TemporaryFolder folder;
     TemporaryFolder ssh;
+    std::shared_ptr<FakeLoginDesk> desk = std::make_shared<FakeLoginDesk>();
     std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
     std::unique_ptr<ConnectionRegistry> registry = std::make_unique<ConnectionRegistry>(
         ConnectionRegistry::Collaborators{.engine = engine,
                                           .mainContext = loop.context(),
                                           .sshProgram = standIn.program(),
                                           .sockets = {.base = sockets.path(), .user = ::getuid()},
+                                          .logins = desk,
                                           .sshConfig = ssh.path("config"),
                                           .clock = clock});
     std::shared_ptr<Browser> used;
@@ -89,6 +92,18 @@ TEST_F(UnusedHostTest, itsClientsEndAfterTenMinutesAndItsListingsStay)
     EXPECT_EQ(used.get(), known);
     EXPECT_TRUE(loop.run(used->cached(folder.path())));
     EXPECT_FALSE(isConnected());
+}
+
+TEST_F(UnusedHostTest, aHostThatAskedTheUserStaysConnected)
+{
+    desk->asksAtOnce = true;
+    loop.run(provider->disconnect());
+    loop.run(provider->logIn());
+    letGo();
+    pass(10min);
+    EXPECT_FALSE(loop.run(provider->logsInByItself())); // behind the same question of the registry
+    loop.drain();
+    EXPECT_TRUE(isConnected()) << "the next use would ask the user again";
 }
 
 TEST_F(UnusedHostTest, theNextQuestionConnectsAgain)

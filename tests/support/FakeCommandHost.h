@@ -30,7 +30,7 @@ public:
         co_return std::vector<std::string>{"-o", "BatchMode=yes"};
     }
 
-    bool logsInByItself() const override { return true; }
+    Task<bool> logsInByItself() override { co_return true; }
 
     Task<CommandResult> runCommand(HostCommand command) override
     {

@@ -21,10 +21,15 @@ public:
     {
         auto const login = std::make_shared<Begun>(std::move(host), std::move(reports));
         logins.push_back(login);
+        if (asksAtOnce) {
+            login->reports.questionOpened();
+            login->reports.questionClosed();
+        }
         return answer(environment, login);
     }
 
     Environment environment{{"TW_ASKPASS_SOCKET", "/nowhere"}};
+    bool asksAtOnce = false;                    ///< the user is asked, and answers, before the client starts
     std::vector<std::shared_ptr<Begun>> logins; ///< in their order
 
 private:
