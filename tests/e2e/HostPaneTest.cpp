@@ -131,6 +131,20 @@ TEST_F(HostPaneTest, escapeGivesUpASilentHostAndItsClient)
     EXPECT_EQ(childrenOfOurs(), before);
 }
 
+TEST_F(HostPaneTest, aHostOfWhichAnotherFolderIsChosenWhileItIsReachedIsReachedOnce)
+{
+    reach();
+    line->stall();
+    openHost();
+    expectSeconds("host: connecting, ", " s\\. Escape gives up\\.");
+    auto const another = folder.folder("another");
+    pane->open({"host", another, true}, registry);
+    line->resume();
+    waitForFolder(another);
+    EXPECT_THAT(display.noticeText(), IsEmpty());
+    EXPECT_EQ(line->traffic().connections, 1U);
+}
+
 TEST_F(HostPaneTest, aHostThatFreezesIsSaidToBeSilentAndAnswersOverAConnectionBeside)
 {
     arriveAtHost();
