@@ -8,10 +8,10 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
@@ -32,13 +32,16 @@ bool isMounted(std::string const &path)
     return mounts.mountOf(path) != mounts.mountOf(path.substr(0, path.rfind('/')));
 }
 
-/// Asks the kernel, which tells of no change that could be waited for in another way by tests without a loop.
 bool waitUntilMounted(std::string const &path, bool mounted)
 {
-    for (auto const begun = std::chrono::steady_clock::now(); isMounted(path) != mounted;) {
-        if (std::chrono::steady_clock::now() - begun > hangLimit)
+    // The kernel signals each change of the mounts since the file was opened, see proc(5).
+    FileDescriptor const changes(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
+    auto const deadline = std::chrono::steady_clock::now() + hangLimit;
+    while (isMounted(path) != mounted) {
+        auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd change{.fd = changes.get(), .events = POLLPRI, .revents = 0};
+        if (left.count() <= 0 || !changes || ::poll(&change, 1, static_cast<int>(left.count())) == 0)
             return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;
 }
