@@ -16,7 +16,7 @@ public:
     /// Wrong answers, after which nothing is asked any more: a host may lock an account after a few more.
     static constexpr int mostRefusals = 3;
 
-    /// A host can go on asking for ever.
+    /// A host can ask without end.
     static constexpr int mostQuestions = 20;
 
     explicit LoginDialogue(std::string toHost) : host(std::move(toHost)) {}

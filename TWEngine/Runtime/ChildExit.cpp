@@ -139,7 +139,7 @@ private:
 
     std::mutex mutex;
     // Under the mutex.
-    bool hasSession = false;                       ///< and is not alone in it, as far as we know
+    bool hasSession = false;                       ///< signals go to all processes of it
     boost::asio::posix::stream_descriptor process; ///< a pidfd; closed when collected
     bool isCollected = false;
 };

@@ -158,7 +158,7 @@ void ChildProcess::leaveDescendants() const
 void ChildProcess::terminate() const
 {
     exit.signal(SIGTERM);
-    exit.signal(SIGCONT); // one that is stopped does not see the other
+    exit.signal(SIGCONT); // a stopped child does not see the first signal
 }
 
 void ChildProcess::kill() const

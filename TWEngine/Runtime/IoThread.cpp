@@ -21,7 +21,7 @@ namespace {
 void setSignals()
 {
     ::signal(SIGPIPE, SIG_IGN);
-    // Whoever started us may have ignored it, which is inherited, and the system then throws exit codes away.
+    // If the parent process ignores it, so do we, and the system then throws exit codes away.
     struct sigaction inherited = {};
     sigaction(SIGCHLD, nullptr, &inherited);
     if (inherited.sa_handler == SIG_IGN)

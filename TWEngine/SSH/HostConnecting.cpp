@@ -74,7 +74,7 @@ void HostSessions::publish()
 void HostSessions::setTimer()
 {
     auto const next = life.wakeAt();
-    // A timer that fires early asks again; so one that is set need not be moved when its time moves back.
+    // A timer that fires too early is harmless, so it stays as it is when its time moves back.
     if (!next || (wakingAt && *wakingAt <= *next))
         return;
     wakingAt = next;

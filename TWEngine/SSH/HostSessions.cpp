@@ -98,7 +98,7 @@ Task<void> HostSessions::bringUp(Self self, Set set, Role role)
         failAsShutDown();
 }
 
-/// Reports to the life how it ended. Throws only Cancelled.
+/// Reports to the life how it ended. Throws nothing.
 Task<void> HostSessions::connectSession(Self self, Set set, Role role)
 {
     auto const shell = set->shell(role);

@@ -6,7 +6,7 @@ namespace tw::SSHCommandLine {
 
 namespace {
 
-/// A person may mistype a password; a saved one that is wrong once is wrong for good.
+/// A person may mistype a password. A saved password that was refused once will be refused again.
 constexpr auto promptsForUser = "NumberOfPasswordPrompts=3";
 constexpr auto promptsForSavedPassword = "NumberOfPasswordPrompts=1";
 

@@ -10,8 +10,8 @@ namespace tw {
 /// An answer that a person has left still has to come off the line before the next one. So no answer is allowed more
 /// than what the line carries in a quarter of a second, unless the host is asked for more as the bytes arrive.
 ///
-/// A pure estimator. The time of the host itself is part of what it is told, so the line is never faster than it says
-/// by much and may be faster by far.
+/// A pure estimator. The measured times include the work of the host, so the line may be much faster than
+/// the estimate.
 class LineSpeed {
 public:
     using Seconds = std::chrono::duration<double>;

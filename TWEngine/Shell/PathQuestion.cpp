@@ -28,7 +28,7 @@ tw_ask() {
 
 constexpr std::string_view nonceMark = "{NONCE}";
 
-/// A reason is a few words. What is longer is no reason, whoever sent it.
+/// A reason is a few words. A longer text is none.
 constexpr std::size_t longestReason = 200;
 
 } // namespace

@@ -114,7 +114,7 @@ Task<bool> RemoteShell::attempt(std::shared_ptr<RemoteShell> self)
         close(self, session);
         throw;
     }
-    // A refused key, an unknown host or a name that does not resolve is told by ssh itself.
+    // ssh itself reports a refused key, an unknown host or a name that does not resolve.
     auto const report = session->report();
     if (!report.words.empty())
         detail = report.words;
@@ -341,8 +341,7 @@ Task<void> RemoteShell::shutdownHere(std::shared_ptr<RemoteShell> self)
     self->teardown("shut down");
     if (!ended)
         co_return;
-    // The client is gone when this ends, so that none is left behind by a program that leaves; one that does not
-    // listen is not waited for.
+    // A program that quits must leave no client behind. A client that does not end in time is killed.
     co_await ended->endSurely(self->clock);
 }
 

@@ -19,7 +19,7 @@ constexpr std::size_t maxUnframedBytes = 65536;
 constexpr std::size_t maxPrintedBytes = 2048;
 
 /// The longest answer that is waited for, with some room for its marker. Listings are cut by the script and reads by
-/// their length, so only a host that has lost its mind, or that is hostile, sends more without an end.
+/// their length, so only a broken or hostile host sends more.
 constexpr std::size_t maxAnswerBytes = PacedListing::mostBytes + (1U << 20U);
 
 /// How long a client whose output has ended may take to end as well and to say why on its standard error. A shared

@@ -49,8 +49,8 @@ public:
     /// What is known of its way to the host so far; words trimmed and repaired.
     ClientReport report() const;
 
-    /// From now on `end` does not reach the processes that it has started, such as those of ProxyJump: a connection
-    /// that others share goes through them. Until then they would stay for ever on a line that is silent.
+    /// From now on `end` does not reach the processes that the program has started, such as the ssh of ProxyJump: a
+    /// shared connection goes through them. Before this call `end` ends them too: on a silent line they would stay.
     void keepHelpers();
 
     /// Asks it to end, and stops listening.

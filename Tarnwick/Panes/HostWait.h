@@ -24,7 +24,7 @@ public:
     /// the spinner turns it is a second.
     static constexpr std::chrono::milliseconds patience = std::chrono::seconds(1) - PaneSpinner::delay;
 
-    /// What a person is told.
+    /// What the strip says.
     struct News {
         HostStatus::Phase phase;
         std::chrono::seconds soFar; ///< in this phase; in `silent`: since the host was last heard

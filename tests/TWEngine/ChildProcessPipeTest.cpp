@@ -192,7 +192,7 @@ TEST_F(ChildProcessPipeTest, theInputOfOneChildIsNotKeptOpenByAnother)
 {
     auto const first = startCat();
     auto const second = startCat();
-    endOf(first); // would wait for ever if the second had a copy
+    endOf(first); // would hang if the second had a copy
     endOf(second);
 }
 

@@ -31,7 +31,7 @@ protected:
         return listing;
     }
 
-    /// Those that a person is told of, from the one at the beginning on.
+    /// The phases of the connection, from the first to `last`.
     std::vector<HostStatus::Phase> phasesUntil(UpdateStream<HostStatus> &statuses, HostStatus::Phase last)
     {
         std::vector<HostStatus::Phase> phases;

@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 class TerminationSignalsTest : public testing::Test {
 protected:
-    /// Whoever runs the tests may have them ignore it.
+    /// The parent of the test program may ignore it.
     TerminationSignalsTest() : hangUpBefore(std::signal(SIGHUP, SIG_DFL)) {}
 
     ~TerminationSignalsTest() override { std::signal(SIGHUP, hangUpBefore); }

@@ -38,7 +38,7 @@ void checkLog(std::string_view bytes, std::uint32_t seed)
     auto const inPieces = hear(bytes, 1 + seed);
     check(whole.stages == inPieces.stages, "a stage depends on the pieces");
     check(whole.report == inPieces.report, "the report depends on the pieces");
-    check(std::ranges::is_sorted(whole.stages) && whole.stages.size() <= 2, "a stage is told twice, or taken back");
+    check(std::ranges::is_sorted(whole.stages) && whole.stages.size() <= 2, "a stage is reported twice, or taken back");
     check(whole.report.words.size() <= ClientLog::maxWordBytes, "the words have no bound");
     check(whole.report.offeredKeys.size() <= ClientLog::maxListed, "the keys have no bound");
     check(whole.report.offeredMethods.size() <= ClientLog::maxListed, "the ways to log in have no bound");

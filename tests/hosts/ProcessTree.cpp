@@ -104,7 +104,7 @@ void killAndWait(ProcessRecord const &process)
             return;
         throw std::system_error(errno, std::generic_category(), "pidfd_open");
     }
-    // The handle is for whoever has the number now; from here on it stays with that one.
+    // The number may have gone to another process. The handle stays with the process that it was opened for.
     auto const now = recordOf(process.id);
     if (!now || now->born != process.born)
         return;

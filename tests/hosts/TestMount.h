@@ -19,7 +19,7 @@ public:
     /// A folder of files named "file0" and so on, each of whose attributes takes that long. `folder` exists.
     static TestMount slow(std::string const &folder, int files, std::chrono::microseconds delay);
 
-    /// Answers nothing. Whoever looks at it hangs until the object is gone.
+    /// Answers nothing. A call on it hangs until the object is gone.
     static TestMount silent(std::string const &folder);
 
     ~TestMount();

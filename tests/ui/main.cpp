@@ -6,7 +6,7 @@
 
 int main(int argc, char **argv)
 {
-    // Also for whoever starts the program by hand: no window is to appear on their screen.
+    // Also if a person starts the program by hand: no window is to appear on the screen.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     // Not the user's session: a test that needs a bus starts its own.

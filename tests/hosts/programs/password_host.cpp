@@ -1,6 +1,6 @@
 // password_host HOST_KEY PASSWORD PROMPT
 //
-// A host on loopback that lets in whoever knows the password, under any name, and runs commands as the user that has
+// A host on loopback that lets in everybody with the password, under any name, and runs commands as the user that has
 // started it. An sshd can do so only as root, with an account of the machine.
 //
 // With an empty PROMPT it takes the password as such; else it asks for it in these words (keyboard-interactive). On

@@ -1,7 +1,7 @@
 // session_keeper PROGRAM ARGUMENT...
 //
-// Becomes PROGRAM, as one that adopts what its descendants leave behind when they end, so that everything that it has
-// started can be found below it; and that is ended when whoever has started it ends.
+// Becomes PROGRAM. The process adopts what its descendants leave behind when they end, so that everything that it has
+// started can be found below it. It ends with its parent.
 #include <cstdio>
 #include <cstdlib>
 
