@@ -10,9 +10,11 @@
 #include "tests/ui/QtLoop.h"
 
 #include <QAction>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -148,6 +150,18 @@ TEST_F(SheetDialogsTest, aPromptTakesTheKeyboardAndAnswersWithTheTrimmedText)
     press(Qt::Key_Return);
     EXPECT_EQ(asked.outcome->value, Text("new name"));
     EXPECT_TRUE(shown().empty());
+}
+
+TEST_F(SheetDialogsTest, theWindowBelowGivesTheKeyboardBackToTheSheet)
+{
+    auto const asked = askForName();
+    sheet();
+    QSignalSpy const windows(qApp, &QGuiApplication::focusWindowChanged);
+    window->activateWindow();                           // as a desktop does when the user clicks on the window
+    processUntil([&] { return windows.count() == 2; }); // to the window and back
+    type("name");
+    press(Qt::Key_Return);
+    EXPECT_EQ(asked.outcome->value, Text("name"));
 }
 
 TEST_F(SheetDialogsTest, escapeAndAnEmptyTextAreNoAnswerToAPrompt)

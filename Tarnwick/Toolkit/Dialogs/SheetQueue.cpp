@@ -1,5 +1,7 @@
 #include "Tarnwick/Toolkit/Dialogs/SheetQueue.h"
 
+#include <QEvent>
+
 #include <algorithm>
 #include <utility>
 
@@ -29,6 +31,16 @@ void SheetQueue::close()
     isClosed = true;
     for (auto const &waiting : std::exchange(sheets, {}))
         delete waiting.sheet;
+}
+
+bool SheetQueue::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::WindowActivate) {
+        auto *const shown = next();
+        if (shown && shown->isVisible())
+            shown->activateWindow();
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void SheetQueue::forget(Sheet const *sheet)

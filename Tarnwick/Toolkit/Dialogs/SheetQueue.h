@@ -16,7 +16,7 @@ namespace tw {
 /// Lifetime: the sheets are the window's children, and go with it.
 class SheetQueue final : public QObject {
 public:
-    explicit SheetQueue(QWidget &window) : owner(&window) {}
+    explicit SheetQueue(QWidget &window) : owner(&window) { window.installEventFilter(this); }
 
     /// Null when the window has closed or is gone: there is nothing to show a sheet over.
     QWidget *window() const { return isClosed ? nullptr : owner.data(); }
@@ -34,6 +34,10 @@ public:
 
     /// What is to work while a sheet is on show as well.
     void setActions(QList<QAction *> actions) { everywhere = std::move(actions); }
+
+protected:
+    /// Of the window: not every desktop gives the keyboard to the sheet when the user clicks on the window below it.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     struct Waiting {
