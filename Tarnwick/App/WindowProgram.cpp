@@ -9,6 +9,7 @@
 #include "TWEngine/Runtime/ProcessEnd.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "Tarnwick/Toolkit/Program/AppDelegate.h"
+#include "Tarnwick/Toolkit/Program/HeldKeys.h"
 #include "Tarnwick/Toolkit/Program/QtDefaults.h"
 #include "Tarnwick/Toolkit/Program/QtMainContext.h"
 #include "Tarnwick/Toolkit/Program/SilentBusGuard.h"
@@ -102,6 +103,7 @@ int tarnwickWindowProgram(int argc, char **argv)
     std::optional<SilentBusGuard> guard(std::in_place);
     QApplication application(argc, argv); // takes Qt's own options out of the arguments
     guard.reset();
+    HeldKeys const heldKeys(application);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tarnwick.svg")));
     run({argv + 1, argv + argc});
 }
