@@ -15,6 +15,7 @@ enum class Command {
     textBigger,
     textSmaller,
     textActualSize,
+    editPath,
     toggleHidden,
     otherPane,
     equalizePanes,

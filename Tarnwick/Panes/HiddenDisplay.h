@@ -30,6 +30,12 @@ public:
 
     void showStatus(Text const & /*text*/) override {}
 
+    void editPath() override {}
+
+    void returnTyped(std::string const & /*text*/) override {}
+
+    void showCompletion(PathCompletion const & /*completion*/) override {}
+
     void showNotice(std::optional<PaneNotice> const & /*notice*/) override {}
 
     void offerNotice() override {}

@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Provider/CommandHost.h"
+#include "Tarnwick/Panes/TypedPath.h"
 
 namespace tw {
 
@@ -63,14 +64,17 @@ Task<bool> HostArrival::showRemembered(std::weak_ptr<HostArrival> weak, Task<std
     co_return true;
 }
 
-/// Without a path that the user asked for, the host chooses.
+/// Without a path that the user asked for, the host chooses. It also knows where "~" is.
 Task<std::string> HostArrival::startingFolder(std::shared_ptr<Browser> source, PaneSpec wanted)
 {
     auto const host = std::dynamic_pointer_cast<CommandHost>(source->providerRef());
-    if (wanted.pathWasExplicit || !host)
+    auto const isBelowHome = wanted.path.starts_with('~');
+    if ((wanted.pathWasExplicit && !isBelowHome) || !host)
         co_return wanted.path;
     auto const home = co_await outcomeOf(host->defaultDirectory());
-    co_return home.value &&home.value->starts_with('/') ? *home.value : wanted.path;
+    if (!home.value || !home.value->starts_with('/'))
+        co_return isBelowHome ? "/" : wanted.path;
+    co_return isBelowHome ? fromHome(wanted.path, *home.value) : *home.value;
 }
 
 } // namespace tw

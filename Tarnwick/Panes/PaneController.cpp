@@ -1,5 +1,6 @@
 #include "Tarnwick/Panes/PaneController.h"
 
+#include "TWCore/Model/WindowsPath.h"
 #include "Tarnwick/Panes/HostArrival.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Settings/Settings.h"
@@ -47,6 +48,7 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
 PaneController::~PaneController()
 {
     updateLoop.request_stop();
+    completing.request_stop();
 }
 
 void PaneController::attach(PaneDisplay &newDisplay)
@@ -231,6 +233,12 @@ void PaneController::showPath(Text path)
 {
     shownPath = std::move(path);
     display->showPath(shownPath);
+}
+
+void PaneController::showRequestedPath()
+{
+    // A host may be one with drives. A folder of this machine whose name looks like a drive is none.
+    showPath(shownConnection == localConnection ? requested : WindowsPath::display(requested));
 }
 
 void PaneController::showConnection(std::string name)

@@ -13,6 +13,7 @@
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneSpinner.h"
 #include "Tarnwick/Panes/PlaceMemory.h"
+#include "Tarnwick/Panes/TypedPath.h"
 #include "Tarnwick/Settings/Defaults.h"
 #include "Tarnwick/Table/KeyPress.h"
 #include "Tarnwick/Table/PaneModel.h"
@@ -108,8 +109,17 @@ public:
     /// where it is, or goes home if it has shown nothing yet, and its strip says why. `connections` outlives the pane.
     void open(PaneSpec destination, Connections &connections);
 
-    /// Goes where a typed path leads. "~" is the home folder of the user who is logged in on the pane's connection.
+    /// Goes where a typed path leads, see TypedPath. A text that leads nowhere goes back to the field, and the status
+    /// line or the strip says why.
     void goToTyped(std::string text);
+
+    /// Has a typed path completed, from a listing that is cached if there is one. A later call supersedes it.
+    void completePath(std::string text);
+
+    /// Goes to the folder above that so many components of the path lead to. The cursor is on the next component.
+    void goToPart(int components);
+
+    void editPath() { display->editPath(); }
 
     /// Reads the folder of `where` anew if it is on show and the pane is not on its way elsewhere. The cursor goes to
     /// `select`, or stays if that is empty; the marks that still apply stay.
@@ -197,6 +207,11 @@ private:
 
     static Task<void> performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<CommandHost> host,
                                    std::string text, std::uint64_t token);
+    static Task<void> performCompletion(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> source,
+                                        std::string text);
+    TypedPath::Context typedContext(std::string home) const;
+    void followTyped(std::string const &text, std::string home);
+    std::optional<std::string> folderToComplete(std::string const &text, std::string home) const;
     static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
     static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
 
@@ -239,6 +254,7 @@ private:
     void restoreCursor(std::string_view name);
 
     void showPath(Text path);
+    void showRequestedPath();
     void showConnection(std::string name);
     void showSortIndicator();
     void showWaiting();
@@ -263,6 +279,8 @@ private:
     std::shared_ptr<HostArrival> hostArrival; ///< null: the pane waits for no host
     Connections *connections = nullptr;       ///< null before the first `open`
     PaneNotices notices;
+    std::string typedWish; ///< what was typed for the newest wish; empty: nothing
+    std::stop_source completing;
     bool wasTouched = false; ///< a key or a click came after the newest wish
     bool holdsRefreshes = false;
     std::optional<DirectorySnapshot> deferredRefresh; ///< of the folder on show

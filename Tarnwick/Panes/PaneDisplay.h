@@ -3,6 +3,7 @@
 #include "TWCore/Model/Text.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
 #include "Tarnwick/Panes/PaneNotice.h"
+#include "Tarnwick/Panes/PathCompletion.h"
 #include "Tarnwick/Table/PaneModel.h"
 
 #include <optional>
@@ -48,6 +49,15 @@ public:
     /// For reading only: the names in them may hold any bytes, and the display shows them on one line.
     virtual void showPath(Text const &path) = 0;
     virtual void showStatus(Text const &text) = 0;
+
+    /// Lets the user edit the path.
+    virtual void editPath() = 0;
+
+    /// The same with what was typed before, which led nowhere; unless the keyboard is elsewhere by now.
+    virtual void returnTyped(std::string const &text) = 0;
+
+    /// For the text that is being typed, if it still is what was to be completed.
+    virtual void showCompletion(PathCompletion const &completion) = 0;
 
     /// The strip between the path and the rows; nothing: there is none.
     virtual void showNotice(std::optional<PaneNotice> const &notice) = 0;

@@ -34,6 +34,7 @@ void PaneController::setOut(PaneSpec destination, HostLogin login)
                                 },
                             .onEnd = [onPane] { onPane([](PaneController &pane) { pane.endHostArrival(); }); }});
     heading.reset();
+    typedWish.clear();
     showConnection(hostArrival->host());
     showPath("connecting…");
     showStatus({});
@@ -56,7 +57,9 @@ void PaneController::goToFolderOfHost(std::shared_ptr<Browser> source, std::stri
     auto const host = hostArrival->host();
     if (!hostArrival->isOpeningFolder())
         hostArrival.reset(); // the host is up, and this folder is as any other
+    auto typed = std::exchange(typedWish, {});
     startNavigation({.path = std::move(path), .source = std::move(source), .connection = host});
+    typedWish = std::move(typed);
 }
 
 /// The host has been reached, or not.
@@ -85,6 +88,7 @@ void PaneController::showFailedHost(HostArrival const &arrival)
             if (auto const self = weak.lock())
                 self->setOut(place, HostLogin::silent);
         }};
+    typedWish.clear(); // what the strip proposes goes first
     if (navigator->isUnderWay())
         notices.fail(std::move(failure)); // that navigation comes to its own end
     else

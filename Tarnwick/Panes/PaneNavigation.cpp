@@ -1,12 +1,8 @@
 // How a pane gets from one folder to the next, and keeps up with the folder on show.
 
-#include "TWCore/Async/Outcome.h"
-#include "TWCore/Model/Trimmed.h"
-#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Panes/HostArrival.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneStatus.h"
-#include "Tarnwick/Panes/TypedPath.h"
 
 namespace tw {
 
@@ -53,37 +49,6 @@ void PaneController::switchTo(std::shared_ptr<Browser> source, std::string conne
     startNavigation({.path = std::move(path), .source = std::move(source), .connection = std::move(connectionName)});
 }
 
-void PaneController::goToTyped(std::string text)
-{
-    auto const host = std::dynamic_pointer_cast<CommandHost>(browser->providerRef());
-    if (host && trimmed(text).starts_with('~')) {
-        wasTouched = false;
-        spawn({collaborators.mainContext, {}},
-              performTyped(weak_from_this(), host, std::move(text), navigator->token()));
-        return;
-    }
-    if (auto where = typedPath(text, pathOnShow(), PaneSpec::localHome().path))
-        navigate(*std::move(where));
-}
-
-/// Only the host knows where its home folder is.
-Task<void> PaneController::performTyped(std::weak_ptr<PaneController> weak, std::shared_ptr<CommandHost> host,
-                                        std::string text, std::uint64_t token)
-{
-    auto const home = co_await outcomeOf(host->defaultDirectory());
-    auto const self = weak.lock();
-    if (!self || self->navigator->token() != token)
-        co_return; // the user is elsewhere
-    if (home.failure)
-        self->showFailure(
-            {.place = {self->connection, self->requested, true}, .reason = home.failure, .retry = [weak, text] {
-                 if (auto const pane = weak.lock())
-                     pane->goToTyped(text);
-             }});
-    else if (auto where = typedPath(text, self->pathOnShow(), *home.value))
-        self->navigate(*std::move(where));
-}
-
 void PaneController::startNavigation(Navigation navigation)
 {
     if (!navigation.source) {
@@ -92,11 +57,12 @@ void PaneController::startNavigation(Navigation navigation)
     }
     rememberPlace();
     history.setOutFor({navigation.connection, navigation.path});
+    typedWish.clear();
     isReading = false;
     requested = navigation.path;
     heading = navigation.source;
     showConnection(navigation.connection);
-    showPath(requested);
+    showRequestedPath();
     wantsReread = false;
     auto const source = navigation.source == browser ? Navigator::Source::known : Navigator::Source::newToThePane;
     navigator->begin(std::move(navigation), source);
@@ -127,9 +93,14 @@ void PaneController::showFailure(PaneNotices::Failure what)
     notices.fail(std::move(what));
     leavePlace();
     // A person who has just asked for the place reads why it is not there, and Return does what the strip proposes.
-    // The keyboard stays with a person who did something else meanwhile.
-    if (!wasTouched)
+    // One who has typed the path corrects it. The keyboard stays with a person who did something else meanwhile.
+    auto const typed = std::exchange(typedWish, {});
+    if (wasTouched)
+        return;
+    if (typed.empty())
         display->offerNotice();
+    else
+        display->returnTyped(typed);
 }
 
 void PaneController::repeat(Navigation navigation)
@@ -182,7 +153,7 @@ void PaneController::leavePlace()
         requested = pathOnShow();
         refreshStatus();
     }
-    showPath(requested);
+    showRequestedPath();
     showWaiting();
     if (wayOut)
         startNavigation({.path = *wayOut, .notice = NoticeAfter::kept});
@@ -239,7 +210,8 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
         showListing(std::move(snapshot), place);
     }
     requested = pathOnShow();
-    showPath(requested);
+    typedWish.clear();
+    showRequestedPath();
     refreshStatus();
     history.recordVisit({connection, requested});
     if (navigation.notice == NoticeAfter::dropped)

@@ -37,6 +37,7 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::textBigger:
     case Command::textSmaller:
     case Command::textActualSize:
+    case Command::editPath:
     case Command::otherPane:
     case Command::equalizePanes:
     case Command::connect:
@@ -80,6 +81,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdChangeTextSize(-1);
     case Command::textActualSize:
         return window.cmdUsualTextSize();
+    case Command::editPath:
+        return window.cmdEditPath();
     case Command::toggleHidden:
         return window.cmdToggleHidden();
     case Command::otherPane:

@@ -154,6 +154,11 @@ void MainWindowController::cmdForward()
     activePane().goForward();
 }
 
+void MainWindowController::cmdEditPath()
+{
+    activePane().editPath();
+}
+
 void MainWindowController::cmdSwapPanes()
 {
     // The pane that gets the keyboard reports it, and becomes the active one by that.

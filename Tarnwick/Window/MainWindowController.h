@@ -57,6 +57,7 @@ public:
     void cmdRefresh();
     void cmdBack();
     void cmdForward();
+    void cmdEditPath();
     void cmdSwapPanes();
     void cmdEqualizePanes();
     void cmdToggleHidden();

@@ -20,6 +20,9 @@ public:
     std::vector<ConnectionItem> menu; ///< of connections, as it was shown last
     int menuOpenings = 0;
     std::string path;
+    int pathEdits = 0;     ///< how often the path was to be edited
+    std::string typed;     ///< what went back to the path field
+    std::string completed; ///< the last completion of a path
     std::string status;
     std::optional<PaneNotice> notice; ///< what the strip shows
     int noticeOffers = 0;             ///< how often its first action got the keyboard
@@ -54,6 +57,12 @@ public:
     void showPath(Text const &text) override { path = onOneLine(text.english()); }
 
     void showStatus(Text const &text) override { status = onOneLine(text.english()); }
+
+    void editPath() override { ++pathEdits; }
+
+    void returnTyped(std::string const &text) override { typed = text; }
+
+    void showCompletion(PathCompletion const &completion) override { completed = completion.text(); }
 
     void showNotice(std::optional<PaneNotice> const &shown) override { notice = shown; }
 

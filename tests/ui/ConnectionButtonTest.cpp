@@ -127,7 +127,7 @@ TEST_F(ConnectionButtonTest, escapeClosesTheMenuAndTheTableHasTheKeyboard)
 TEST_F(ConnectionButtonTest, fromThePathFieldTheKeyboardComesBackToTheTableToo)
 {
     open();
-    QTest::mouseClick(&window->pane(PaneSide::left).pathField(), Qt::LeftButton);
+    window->pane(PaneSide::left).pathField().startEditing();
     QTest::mouseClick(&button(PaneSide::left), Qt::LeftButton);
     processUntil([this] { return menu().isVisible(); });
     pressInMenu(Qt::Key_Escape);

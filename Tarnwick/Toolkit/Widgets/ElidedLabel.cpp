@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Toolkit/Appearance/Contrast.h"
 #include "Tarnwick/Toolkit/Widgets/PathStrip.h"
+#include "Tarnwick/Toolkit/Widgets/StatusLineInterface.h"
 
 #include <QHelpEvent>
 #include <QPainter>
@@ -23,6 +24,7 @@ constexpr int flashMilliseconds = 150;
 ElidedLabel::ElidedLabel(QWidget *parent) : QWidget(parent)
 {
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    StatusLineInterface::install();
 }
 
 void ElidedLabel::setText(QString const &text)

@@ -1,15 +1,28 @@
 #include "Tarnwick/Toolkit/Widgets/PathField.h"
 
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
 #include "Tarnwick/Toolkit/Widgets/PathStrip.h"
 
 #include <QEvent>
 #include <QFocusEvent>
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QStyleOptionFrame>
+#include <QToolTip>
+
+#include <utility>
 
 namespace tw {
+
+namespace {
+
+/// What a QLineEdit leaves free on both sides of its text.
+constexpr int textInset = 2;
+
+} // namespace
 
 PathField::PathField(QWidget *parent) : QLineEdit(parent), busy(new BusySpinner(this))
 {
@@ -17,17 +30,58 @@ PathField::PathField(QWidget *parent) : QLineEdit(parent), busy(new BusySpinner(
     busy->resize(busy->sizeHint());
     setTextMargins(PathStrip::sideMargin, PathStrip::verticalMargin, 2 * PathStrip::sideMargin + busy->width(),
                    PathStrip::verticalMargin + PathStrip::lineHeight);
-    // Tab belongs to the panes; a click or a command brings the keyboard here.
-    setFocusPolicy(Qt::ClickFocus);
+    // A click beside the path and a command bring the keyboard here. A click on a part of the path does not, nor does
+    // Tab, which belongs to the panes, nor a window that opens.
+    setFocusPolicy(Qt::NoFocus);
+    setLayoutDirection(Qt::LeftToRight); // a path begins at the left, whatever names are in it
+    setMouseTracking(true);
+    setAccessibleName(Wording::shown("Path"));
     updateColors();
+}
+
+bool PathField::isEdited() const
+{
+    // Also in a window that is in the background.
+    return window()->focusWidget() == this;
 }
 
 void PathField::showPath(std::string const &path)
 {
-    auto const isTyping = hasFocus() && isModified();
+    auto const isTyping = isEdited() && isModified();
     shown = path;
+    crumbs.setPath(QString::fromStdString(shown));
+    arrangeParts();
     if (!isTyping)
         giveUp();
+}
+
+void PathField::startEditing()
+{
+    setFocus(Qt::ShortcutFocusReason);
+    selectAll();
+}
+
+void PathField::resumeEditing(std::string const &typed)
+{
+    if (isEdited() && isModified())
+        return;
+    setFocus(Qt::OtherFocusReason);
+    replaceText(typed);
+}
+
+void PathField::showCompletion(PathCompletion found)
+{
+    if (!isEdited() || text().toStdString() != found.asked())
+        return;
+    completion.emplace(std::move(found));
+    replaceText(completion->text());
+}
+
+/// As if it had been typed: it can be undone.
+void PathField::replaceText(std::string const &text)
+{
+    selectAll();
+    insert(QString::fromStdString(text));
 }
 
 void PathField::showActive(bool active)
@@ -67,24 +121,35 @@ void PathField::submit()
         onConfirmed();
 }
 
-bool PathField::focusNextPrevChild(bool /*next*/)
+/// Tab completes, and goes on to the next name; Shift+Tab to the one before.
+bool PathField::focusNextPrevChild(bool next)
 {
-    giveUp();
-    if (onLeave)
-        onLeave();
+    if (completion && text().toStdString() == completion->text()) {
+        auto const before = completion->text();
+        completion->turn(next ? PathCompletion::Turn::forward : PathCompletion::Turn::backward);
+        if (completion->text() != before) {
+            replaceText(completion->text());
+            return true;
+        }
+    }
+    if (onCompletionWanted)
+        onCompletionWanted(text().toStdString());
     return true;
 }
 
 void PathField::giveUp()
 {
+    completion.reset();
     setText(QString::fromStdString(shown));
-    // The end of a path tells more than its beginning, except to somebody who is about to edit it.
+    // The end of a path tells more than its beginning.
     setCursorPosition(static_cast<int>(text().size()));
+    update();
 }
 
 void PathField::focusInEvent(QFocusEvent *event)
 {
     QLineEdit::focusInEvent(event);
+    hover(std::nullopt);
     if (onEntered)
         onEntered();
     update();
@@ -104,6 +169,8 @@ void PathField::changeEvent(QEvent *event)
     QLineEdit::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         updateColors(); // its own change of the palette is none the second time
+    else if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        arrangeParts();
 }
 
 void PathField::updateColors()
@@ -115,11 +182,93 @@ void PathField::updateColors()
     setPalette(own);
 }
 
+void PathField::mousePressEvent(QMouseEvent *event)
+{
+    pressed.reset();
+    if (!isEdited()) {
+        if (event->button() == Qt::LeftButton)
+            pressed = crumbs.componentsAt(event->position().toPoint());
+        if (pressed)
+            return;
+        setFocus(Qt::MouseFocusReason);
+    }
+    QLineEdit::mousePressEvent(event);
+}
+
+void PathField::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (isEdited())
+        QLineEdit::mouseDoubleClickEvent(event);
+    else
+        PathField::mousePressEvent(event);
+}
+
+void PathField::mouseReleaseEvent(QMouseEvent *event)
+{
+    auto const part = std::exchange(pressed, std::nullopt);
+    if (!part) {
+        QLineEdit::mouseReleaseEvent(event);
+        return;
+    }
+    // A press that is drawn away is called off.
+    if (crumbs.componentsAt(event->position().toPoint()) == part && onPartClicked)
+        onPartClicked(*part);
+}
+
+void PathField::mouseMoveEvent(QMouseEvent *event)
+{
+    if (isEdited())
+        QLineEdit::mouseMoveEvent(event);
+    else
+        hover(crumbs.componentsAt(event->position().toPoint()));
+}
+
+void PathField::leaveEvent(QEvent *event)
+{
+    QLineEdit::leaveEvent(event);
+    hover(std::nullopt);
+}
+
+void PathField::hover(std::optional<int> components)
+{
+    if (hovered == components)
+        return;
+    hovered = components;
+    setCursor(hovered ? Qt::PointingHandCursor : Qt::IBeamCursor);
+    update();
+}
+
+bool PathField::event(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QLineEdit::event(event);
+    if (isEdited() || crumbs.shown().toStdString() == shown)
+        QToolTip::hideText();
+    else // plain text, whatever a name contains
+        QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(),
+                           QStringLiteral("<qt>%1</qt>").arg(QString::fromStdString(shown).toHtmlEscaped()), this);
+    return true;
+}
+
 void PathField::paintEvent(QPaintEvent *event)
 {
-    QLineEdit::paintEvent(event);
+    if (isEdited())
+        QLineEdit::paintEvent(event);
     QPainter painter(this);
+    if (!isEdited()) {
+        QStyleOptionFrame panel;
+        initStyleOption(&panel);
+        style()->drawPrimitive(QStyle::PE_PanelLineEdit, &panel, &painter, this);
+        painter.setPen(palette().color(QPalette::Text));
+        crumbs.paint(painter, hovered);
+    }
     PathStrip::paintLine(painter, rect(), palette(), isActive);
+}
+
+void PathField::arrangeParts()
+{
+    crumbs.arrange(fontMetrics(), rect().marginsRemoved(textMargins()).adjusted(textInset, 0, -textInset, 0));
+    update();
 }
 
 void PathField::resizeEvent(QResizeEvent *event)
@@ -127,6 +276,7 @@ void PathField::resizeEvent(QResizeEvent *event)
     QLineEdit::resizeEvent(event);
     busy->move(width() - busy->width() - PathStrip::sideMargin,
                (height() - PathStrip::lineHeight - busy->height()) / 2);
+    arrangeParts();
 }
 
 } // namespace tw

@@ -102,6 +102,11 @@ void PaneView::connectPathField()
     path->onEntered = [this] { controller->activated(); };
     path->onLeave = [this] { PaneView::takeKeyboardFocus(); };
     path->onConfirmed = [this] { controller->navigate(controller->requestedPath()); };
+    path->onPartClicked = [this](int components) {
+        PaneView::takeKeyboardFocus();
+        controller->goToPart(components);
+    };
+    path->onCompletionWanted = [this](std::string const &text) { controller->completePath(text); };
     path->onTyped = [this](std::string const &text) { controller->goToTyped(text); };
 }
 
@@ -239,6 +244,22 @@ void PaneView::showPath(Text const &shown)
 void PaneView::showStatus(Text const &text)
 {
     status->setText(Wording::shown(text));
+}
+
+void PaneView::editPath()
+{
+    path->startEditing();
+}
+
+void PaneView::returnTyped(std::string const &text)
+{
+    if (window()->focusWidget() == rowTable)
+        path->resumeEditing(text);
+}
+
+void PaneView::showCompletion(PathCompletion const &completion)
+{
+    path->showCompletion(completion);
 }
 
 void PaneView::showNotice(std::optional<PaneNotice> const &notice)

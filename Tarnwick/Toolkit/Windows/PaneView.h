@@ -48,6 +48,9 @@ private:
     void updateConnectionMenu(std::vector<ConnectionItem> items) override;
     void showPath(Text const &shown) override;
     void showStatus(Text const &text) override;
+    void editPath() override;
+    void returnTyped(std::string const &text) override;
+    void showCompletion(PathCompletion const &completion) override;
     void showNotice(std::optional<PaneNotice> const &notice) override;
     void offerNotice() override;
     void showSpinner(Spinner spinner) override;

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "TWCore/Model/DirectorySnapshot.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tw {
+
+/// What Tab makes of a path that is being typed: what its names have in common, then one after the other.
+class PathCompletion {
+public:
+    /// More than anybody goes through with one key.
+    static constexpr std::size_t mostNames = 1000;
+
+    /// `typed` ends in the beginning of a name, which may be empty; `folder` is where that name is looked for.
+    ///
+    /// Folders count, and links, which may lead to one. Hidden ones count if the beginning has the dot. A name that
+    /// cannot be shown as it is cannot be read in a field either, so it is left out.
+    PathCompletion(std::string typed, DirectorySnapshot const &folder);
+
+    /// The text that was to be completed.
+    std::string const &asked() const noexcept { return typed; }
+
+    /// Nothing begins like the text.
+    bool isEmpty() const noexcept { return names.empty(); }
+
+    /// The text now.
+    std::string const &text() const noexcept { return current; }
+
+    enum class Turn { forward, backward };
+
+    /// Goes on to another name; the only one stays.
+    void turn(Turn direction);
+
+    /// Where the names of a typed path are looked for: the text up to its last slash.
+    static std::string_view headOf(std::string_view typed);
+
+private:
+    std::string const typed;
+    std::string current;
+    std::vector<std::string> names; ///< sorted
+    std::size_t next = 0;           ///< of `names`
+    bool hasTurned = false;
+};
+
+} // namespace tw
