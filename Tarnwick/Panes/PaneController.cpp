@@ -80,6 +80,13 @@ std::string PaneController::pathOnShow() const
     return rows.snapshot() ? rows.snapshot()->path() : "/";
 }
 
+PaneSpec PaneController::place() const
+{
+    if (hostArrival && hostArrival->stage() == HostArrival::Stage::connecting)
+        return hostArrival->destination();
+    return missed ? *missed : PaneSpec{.connection = shownConnection, .path = requested, .pathWasExplicit = true};
+}
+
 Operands PaneController::operands() const
 {
     return {.browser = browser, .connection = connection, .path = pathOnShow(), .names = rows.operands(cursor.row())};
@@ -159,6 +166,8 @@ void PaneController::replay(std::optional<PaneHistory::Visit> const &visit)
 void PaneController::toggleSort(SortKey key)
 {
     adoptViewOptions(rows.viewOptions().sortedBy(key));
+    if (callbacks.onViewOptionsChanged)
+        callbacks.onViewOptionsChanged();
 }
 
 void PaneController::toggleHidden()
@@ -166,6 +175,8 @@ void PaneController::toggleHidden()
     auto options = rows.viewOptions();
     options.showHidden = !options.showHidden;
     adoptViewOptions(options);
+    if (callbacks.onViewOptionsChanged)
+        callbacks.onViewOptionsChanged();
 }
 
 void PaneController::adoptViewOptions(ViewOptions const &options)
@@ -195,6 +206,8 @@ void PaneController::cursorMoved()
 {
     display->showCursor(cursor.row());
     prefetchAtCursor();
+    if (callbacks.onCursorMoved && rows.snapshot() && !missed)
+        callbacks.onCursorMoved(cursorName().empty() ? std::nullopt : std::optional<std::string>(cursorName()));
 }
 
 void PaneController::prefetchAtCursor()
@@ -233,6 +246,8 @@ void PaneController::showPath(Text path)
 {
     shownPath = std::move(path);
     display->showPath(shownPath);
+    if (callbacks.onPlaceShown)
+        callbacks.onPlaceShown();
 }
 
 void PaneController::showRequestedPath()

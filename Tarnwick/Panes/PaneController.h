@@ -53,6 +53,14 @@ public:
         std::function<void()> onActivate;
         std::function<void()> onSwitchSide;
         std::function<void()> onLocationChanged;
+        /// `place` answers something else, or may do so.
+        std::function<void()> onPlaceShown;
+        /// The user sorts by something else, or shows or hides files.
+        std::function<void()> onViewOptionsChanged;
+        /// The cursor stands in the folder on show, which is where the user is. No name: on the parent row.
+        std::function<void(std::optional<std::string> name)> onCursorMoved;
+        /// The place that was remembered of a connection is not there any more.
+        std::function<void(PaneSpec const &place)> onPlaceGone;
         std::function<void(std::string path)> onOpenFile;
         std::function<void()> onConnectionMenuWanted;
         std::function<void(ConnectionItem const &item)> onConnectionPicked;
@@ -85,6 +93,10 @@ public:
     /// The path of the listing on show, "/" with none.
     std::string pathOnShow() const;
 
+    /// Where the pane is or is to be: a place that it is on its way to, also a host that is still being reached, and
+    /// one that it could not get to as long as it shows another place only because it has to show something.
+    PaneSpec place() const;
+
     /// The row of the cursor; nothing in an empty table.
     std::optional<int> cursorRow() const noexcept { return cursor.row(); }
 
@@ -103,7 +115,8 @@ public:
     void navigate(std::string path, std::string select = {}, MarksAfter marks = MarksAfter::dropped);
 
     /// Goes to a folder of a connection, which becomes the pane's when the folder has been opened.
-    void switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path);
+    void switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path,
+                  std::string select = {});
 
     /// Goes to a folder of this machine or of a host, which is connected if need be. If that fails, the pane stays
     /// where it is, or goes home if it has shown nothing yet, and its strip says why. `connections` outlives the pane.
@@ -138,6 +151,9 @@ public:
     /// Forgets what is cached of the folder on show and reads it again. The marks that still apply stay. Repeats while
     /// the folder is being read have it read once more.
     void refresh();
+
+    /// Reads the folder of a host again if the pane rests there: what is on show may have changed while nobody looked.
+    void revalidate();
 
     void openSelection();
     void goUp();
@@ -277,6 +293,7 @@ private:
     bool isReading = false;                   ///< the rows on show are a part, and more are on their way
     bool wantsReread = false;                 ///< the refresh under way is followed by another
     std::shared_ptr<HostArrival> hostArrival; ///< null: the pane waits for no host
+    std::optional<PaneSpec> missed;           ///< the place in whose stead the pane shows another one
     Connections *connections = nullptr;       ///< null before the first `open`
     PaneNotices notices;
     std::string typedWish; ///< what was typed for the newest wish; empty: nothing

@@ -10,7 +10,7 @@ void PaneController::open(PaneSpec destination, Connections &of)
 {
     connections = &of;
     if (destination.connection == localConnection)
-        switchTo(of.local(), localConnection, std::move(destination.path));
+        switchTo(of.local(), localConnection, std::move(destination.path), std::move(destination.cursor));
     else
         setOut(std::move(destination), HostLogin::silent);
 }
@@ -23,6 +23,7 @@ void PaneController::setOut(PaneSpec destination, HostLogin login)
     };
     navigator->cancel();
     rememberPlace();
+    missed.reset();
     // The earlier arrival ends behind the beginning of the new one: a host that is chosen twice is reached once.
     auto const before = std::move(hostArrival);
     hostArrival = std::make_shared<HostArrival>(
@@ -54,11 +55,14 @@ void PaneController::leaveHostArrival()
 
 void PaneController::goToFolderOfHost(std::shared_ptr<Browser> source, std::string path)
 {
-    auto const host = hostArrival->host();
+    auto const destination = hostArrival->destination();
     if (!hostArrival->isOpeningFolder())
         hostArrival.reset(); // the host is up, and this folder is as any other
     auto typed = std::exchange(typedWish, {});
-    startNavigation({.path = std::move(path), .source = std::move(source), .connection = host});
+    startNavigation({.path = std::move(path),
+                     .select = destination.cursor,
+                     .source = std::move(source),
+                     .connection = destination.connection});
     typedWish = std::move(typed);
 }
 

@@ -42,11 +42,15 @@ void PaneController::navigate(std::string path, std::string select, MarksAfter m
     startNavigation({.path = std::move(path), .select = std::move(select), .marks = marks});
 }
 
-void PaneController::switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path)
+void PaneController::switchTo(std::shared_ptr<Browser> source, std::string connectionName, std::string path,
+                              std::string select)
 {
     wasTouched = false;
     hostArrival.reset();
-    startNavigation({.path = std::move(path), .source = std::move(source), .connection = std::move(connectionName)});
+    startNavigation({.path = std::move(path),
+                     .select = std::move(select),
+                     .source = std::move(source),
+                     .connection = std::move(connectionName)});
 }
 
 void PaneController::startNavigation(Navigation navigation)
@@ -58,6 +62,8 @@ void PaneController::startNavigation(Navigation navigation)
     rememberPlace();
     history.setOutFor({navigation.connection, navigation.path});
     typedWish.clear();
+    if (navigation.notice == NoticeAfter::dropped)
+        missed.reset();
     isReading = false;
     requested = navigation.path;
     heading = navigation.source;
@@ -73,6 +79,8 @@ void PaneController::fail(Navigation const &navigation, std::exception_ptr const
 {
     if (hostArrival && hostArrival->isOpeningFolder())
         hostArrival.reset();
+    if (callbacks.onPlaceGone && PaneStatus::isAboutThePath(failure))
+        callbacks.onPlaceGone({.connection = navigation.connection, .path = navigation.path});
     auto const isLinkToFile = navigation.isOfLink && PaneStatus::isAboutAFile(failure);
     if (navigation.notice == NoticeAfter::kept || (isLinkToFile && callbacks.onOpenFile))
         leavePlace();
@@ -146,6 +154,8 @@ void PaneController::leavePlace()
 {
     auto const wayOut = wayOutOfDeadEnd();
     history.stay();
+    if (wayOut && notices.failure())
+        missed = notices.failure()->place;
     isReading = false;
     heading = browser;
     showConnection(connection);
@@ -175,8 +185,11 @@ bool PaneController::giveUp()
     if (!isWaiting && !notices.onShow())
         return false;
     notices.clear();
-    if (!isWaiting)
+    missed.reset();
+    if (!isWaiting) {
+        showPath(shownPath); // it is the pane's place from now on
         return true;
+    }
     navigator->cancel();
     hostArrival.reset();
     wantsReread = false;
@@ -270,6 +283,15 @@ void PaneController::refresh()
                      .select = name.empty() ? ".." : std::string(name),
                      .marks = MarksAfter::kept,
                      .isReread = true});
+}
+
+void PaneController::revalidate()
+{
+    auto const rests = rows.snapshot() && heading == browser && !navigator->isUnderWay() && !hostArrival;
+    if (connection == localConnection || !rests)
+        return;
+    refresh();
+    wasTouched = true; // nobody has asked for it, so nobody is to be led to the strip
 }
 
 /// A navigation that began meanwhile is no refresh any more.

@@ -12,6 +12,7 @@ struct PaneSpec {
     std::string connection; ///< "local" or a host
     std::string path;
     bool pathWasExplicit = false; ///< false: a place remembered for the connection goes first
+    std::string cursor = {};      ///< the name for the cursor; empty: the first row
 
     /// The user's home directory.
     static PaneSpec localHome();

@@ -118,6 +118,21 @@ bool isAboutAFile(std::exception_ptr const &error)
     }
 }
 
+bool isAboutThePath(std::exception_ptr const &error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (FileOperationError::Failed const &) {
+        return true;
+    } catch (LocalProviderError const &) {
+        return true;
+    } catch (BrowserError const &) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
 Text connecting(std::string const &host)
 {
     return {"connecting to %@…", {withNothingHidden(host)}};

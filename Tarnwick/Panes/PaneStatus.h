@@ -32,6 +32,9 @@ Text describe(std::exception_ptr const &error);
 /// True if what failed was to list a path that is there and is no folder.
 bool isAboutAFile(std::exception_ptr const &error);
 
+/// Whether a folder cannot be listed because of what its path leads to. False if the way to its host is at fault.
+bool isAboutThePath(std::exception_ptr const &error);
+
 /// What stands before every failure on the line.
 Text warning(Text const &text);
 
