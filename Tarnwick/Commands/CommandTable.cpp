@@ -23,6 +23,11 @@ constexpr CommandRow sortRow(Command command, std::string_view title, CommandKey
             .checkMark = CheckMark::followsState};
 }
 
+constexpr CommandRow tabRow(Command command, std::string_view title, std::string_view key, std::string_view help)
+{
+    return {.command = command, .title = title, .keys = {.main = key}, .help = help};
+}
+
 // In the order of the items within a menu, and of the lists of keys.
 constexpr CommandRow table[] = {
     {.command = Command::moveCursor,
@@ -145,11 +150,36 @@ constexpr CommandRow table[] = {
     {.command = Command::contextMenu,
      .keys = {.main = "Shift+F10"},
      .help = "what can be done with the file under the cursor, or with the folder; so does the Menu key"},
-    {.command = Command::closeWindow,
-     .title = "Close Window",
+    {.command = Command::newTab,
+     .title = "New Tab",
+     .place = {Menu::file, 1},
+     .keys = {.main = "Ctrl+T"},
+     .help = "show this folder in a new tab"},
+    {.command = Command::closeTab,
+     .title = "Close Tab",
      .place = {Menu::file, 1},
      .keys = {.main = "Ctrl+W"},
-     .help = "close the window, and with the last one quit"},
+     .help = "close the tab; the only tab of a side closes the window, and with the last one quits"},
+    {.command = Command::closeOtherTabs, .title = "Close Other Tabs", .place = {Menu::file, 1}},
+    {.command = Command::nextTab,
+     .title = "Next Tab",
+     .place = {Menu::view, 2},
+     .keys = {.main = "Ctrl+Tab", .additional = "Ctrl+PgDown"},
+     .help = "go to the next tab of this side",
+     .repeat = KeyRepeat::repeats},
+    {.command = Command::tab1,
+     .title = "Tab 1",
+     .place = {Menu::view, 2},
+     .keys = {.main = "Ctrl+1"},
+     .help = "go to the first tab"},
+    tabRow(Command::tab2, "Tab 2", "Ctrl+2", "go to the second tab"),
+    tabRow(Command::tab3, "Tab 3", "Ctrl+3", "go to the third tab"),
+    tabRow(Command::tab4, "Tab 4", "Ctrl+4", "go to the fourth tab"),
+    tabRow(Command::tab5, "Tab 5", "Ctrl+5", "go to the fifth tab"),
+    tabRow(Command::tab6, "Tab 6", "Ctrl+6", "go to the sixth tab"),
+    tabRow(Command::tab7, "Tab 7", "Ctrl+7", "go to the seventh tab"),
+    tabRow(Command::tab8, "Tab 8", "Ctrl+8", "go to the eighth tab"),
+    tabRow(Command::tab9, "Tab 9", "Ctrl+9", "go to the ninth tab"),
     {.command = Command::minimizeWindow,
      .title = "Minimize",
      .place = {Menu::window, 0},

@@ -24,12 +24,22 @@ std::optional<SortKey> sortKeyOf(Command command)
     }
 }
 
+std::optional<int> numberOfTab(Command command)
+{
+    if (command < Command::tab1 || command > Command::tab9)
+        return std::nullopt;
+    return static_cast<int>(command) - static_cast<int>(Command::tab1) + 1;
+}
+
 } // namespace
 
 std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
 {
     switch (command) {
-    case Command::closeWindow:
+    case Command::newTab:
+    case Command::closeTab:
+    case Command::closeOtherTabs:
+    case Command::nextTab:
     case Command::minimizeWindow:
     case Command::openSelection:
     case Command::refresh:
@@ -54,15 +64,21 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     auto const &view = window.activePane().model().viewOptions();
     if (auto const key = sortKeyOf(command))
         return CommandState{.isChecked = view.sortKey == *key};
-    auto const isKnown = CopiedPath::styleOf(command) || operationOf(command);
+    auto const isKnown = numberOfTab(command) || CopiedPath::styleOf(command) || operationOf(command);
     return isKnown ? std::optional(CommandState{}) : std::nullopt;
 }
 
 void MainWindowCommands::perform(Command command)
 {
     switch (command) {
-    case Command::closeWindow:
-        return window.cmdCloseWindow();
+    case Command::newTab:
+        return window.cmdNewTab();
+    case Command::closeTab:
+        return window.cmdCloseTab();
+    case Command::closeOtherTabs:
+        return window.cmdCloseOtherTabs();
+    case Command::nextTab:
+        return window.cmdNextTab();
     case Command::minimizeWindow:
         return window.cmdMinimizeWindow();
     case Command::openSelection:
@@ -96,6 +112,8 @@ void MainWindowCommands::perform(Command command)
     }
     if (auto const key = sortKeyOf(command))
         window.activePane().toggleSort(*key);
+    else if (auto const number = numberOfTab(command))
+        window.selectTabByNumber(*number);
     else if (auto const style = CopiedPath::styleOf(command))
         window.copyPaths(*style);
     else

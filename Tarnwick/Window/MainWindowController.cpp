@@ -27,19 +27,34 @@ std::vector<ConnectionItem> menuFor(PaneController const &pane, std::optional<st
 
 } // namespace
 
-MainWindowController::MainWindowController(PaneController::Collaborators with, Connections &connections)
-    : collaborators(std::move(with)), sources(connections)
+MainWindowController::MainWindowController(PaneController::Collaborators with, Connections &connections,
+                                           std::shared_ptr<SessionMemory> session)
+    : collaborators(std::move(with)), sources(connections), memory(std::move(session))
 {
-    for (auto const side : bothSides) {
-        panes[indexOf(side)] = PaneController::create(collaborators, sources.local(), localConnection);
-        wire(side);
-    }
+    for (auto const side : bothSides)
+        containers[indexOf(side)] = makeContainer(side);
 }
 
-void MainWindowController::wire(PaneSide side)
+std::unique_ptr<PaneContainer> MainWindowController::makeContainer(PaneSide side)
+{
+    return std::make_unique<PaneContainer>(
+        collaborators, sources,
+        PaneContainer::Events{
+            .configurePane = [this, side](PaneController &pane) { wire(pane, side); },
+            .onTabsChanged = [this] { rememberSides(); },
+            .onSelected =
+                [this, side] {
+                    setActive(side);
+                    activePane().takeKeyboardFocus();
+                },
+            .open = [this](PaneSpec place,
+                           std::shared_ptr<PaneController> const &pane) { open(std::move(place), pane); }});
+}
+
+void MainWindowController::wire(PaneController &pane, PaneSide side)
 {
     // The panes are this object's own, and their callbacks go with it.
-    auto &callbacks = pane(side)->callbacks;
+    auto &callbacks = pane.callbacks;
     callbacks.onActivate = [this, side] { setActive(side); };
     callbacks.onSwitchSide = [this] { cmdSwapPanes(); };
     callbacks.onConnectionMenuWanted = [this, side] { openConnectionMenu(side); };
@@ -48,32 +63,68 @@ void MainWindowController::wire(PaneSide side)
             spawn({collaborators.mainContext, {}}, window->dialogs()->details(std::move(title), std::move(words)));
     };
     callbacks.onConnectionPicked = [this, side](ConnectionItem const &item) { pickConnection(item, side); };
+    if (!memory)
+        return;
+    callbacks.onCursorMoved = [this, &pane](std::optional<std::string> name) {
+        memory->remember(pane.connectionName(), pane.pathOnShow(), std::move(name));
+    };
+    callbacks.onPlaceGone = [this](PaneSpec const &place) { memory->forget(place.connection, place.path); };
 }
 
-MainWindowController::~MainWindowController()
+PaneContainer &MainWindowController::container(PaneSide side) const
 {
-    // Somebody else may still hold a pane; it must not call here any more.
-    for (auto const &each : panes)
-        each->callbacks = {};
-}
-
-std::shared_ptr<PaneController> const &MainWindowController::pane(PaneSide side) const
-{
-    return panes[indexOf(side)];
+    return *containers[indexOf(side)];
 }
 
 void MainWindowController::start(PaneSpec::Sides const &sides)
 {
-    open(sides.left.value_or(PaneSpec::localHome()), pane(PaneSide::left));
-    open(sides.right.value_or(PaneSpec::localHome()), pane(PaneSide::right));
+    restore(PaneSide::left, sides.left);
+    restore(PaneSide::right, sides.right);
     setActive(Settings::activeSide.read(collaborators.defaults));
     activePane().takeKeyboardFocus();
+    hasStarted = true;
     readHosts(); // before anybody asks, so that the first menu is complete as a rule
+}
+
+void MainWindowController::restore(PaneSide side, std::optional<PaneSpec> const &override)
+{
+    if (override)
+        container(side).restore(*override);
+    else if (memory && memory->sides())
+        container(side).restore(memory->sides()->at(indexOf(side)));
+    else
+        container(side).restore(PaneSpec::localHome());
+}
+
+void MainWindowController::rememberSides()
+{
+    if (memory && hasStarted)
+        memory->rememberSides(container(PaneSide::left).state(), container(PaneSide::right).state());
+}
+
+void MainWindowController::rememberAll()
+{
+    rememberSides();
+    if (memory)
+        memory->flush();
 }
 
 void MainWindowController::open(PaneSpec destination, std::shared_ptr<PaneController> const &target)
 {
+    auto const known = memory ? memory->location(destination.connection) : std::nullopt;
+    if (known && !destination.pathWasExplicit) {
+        destination.path = known->path;
+        destination.pathWasExplicit = true;
+    }
+    if (known && known->path == destination.path && destination.cursor.empty())
+        destination.cursor = known->cursor.value_or(std::string());
     target->open(std::move(destination), sources);
+}
+
+void MainWindowController::revalidateAfterWake()
+{
+    for (auto const &each : containers)
+        each->revalidateAfterWake();
 }
 
 void MainWindowController::openConnectionMenu(PaneSide side)
@@ -87,7 +138,8 @@ void MainWindowController::openConnectionMenu(PaneSide side)
 
 void MainWindowController::readHosts()
 {
-    spawn({collaborators.mainContext, {}}, completeMenus(sources.hosts(), knownHosts, {panes[0], panes[1]}));
+    spawn({collaborators.mainContext, {}},
+          completeMenus(sources.hosts(), knownHosts, {pane(PaneSide::left), pane(PaneSide::right)}));
 }
 
 Task<void> MainWindowController::completeMenus(Task<std::vector<std::string>> reading,
@@ -127,10 +179,12 @@ void MainWindowController::start(Operation operation)
 {
     if (!operation || !window || !activePane().model().snapshot() || !pane(active)->hasAllRows())
         return;
-    OperationContext context{.operands = activePane().operands(),
-                             .pane = pane(active),
-                             .panes = {panes.begin(), panes.end()},
-                             .dialogs = window->dialogs()};
+    OperationContext context{
+        .operands = activePane().operands(), .pane = pane(active), .panes = {}, .dialogs = window->dialogs()};
+    for (auto const &each : containers) {
+        for (auto const &one : each->panes())
+            context.panes.push_back(one);
+    }
     spawn({collaborators.mainContext, {}}, operation(std::move(context)));
 }
 
@@ -176,10 +230,33 @@ void MainWindowController::cmdToggleHidden()
     activePane().toggleHidden();
 }
 
-void MainWindowController::cmdCloseWindow()
+void MainWindowController::cmdNewTab()
 {
-    if (window)
+    container(active).duplicateCurrentTab();
+}
+
+void MainWindowController::cmdCloseTab()
+{
+    auto &tabs = container(active);
+    if (tabs.tabCount() > 1)
+        tabs.closeTab(tabs.activeIndex());
+    else if (window)
         window->closeWindow();
+}
+
+void MainWindowController::cmdCloseOtherTabs()
+{
+    container(active).closeOthers(container(active).activeIndex());
+}
+
+void MainWindowController::cmdNextTab()
+{
+    container(active).selectNext();
+}
+
+void MainWindowController::selectTabByNumber(int number)
+{
+    container(active).select(static_cast<std::size_t>(number - 1));
 }
 
 void MainWindowController::cmdMinimizeWindow()

@@ -5,8 +5,10 @@
 #include "Tarnwick/Operations/OperationContext.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Session/SessionMemory.h"
 #include "Tarnwick/Settings/PaneSide.h"
 #include "Tarnwick/Window/MainDisplay.h"
+#include "Tarnwick/Window/PaneContainer.h"
 
 #include <array>
 #include <memory>
@@ -22,15 +24,20 @@ namespace tw {
 /// Lifetime: outlives its display and the panes' views; the connections outlive it.
 class MainWindowController {
 public:
-    MainWindowController(PaneController::Collaborators collaborators, Connections &connections);
-    ~MainWindowController();
+    /// `memory` may be null: nothing is remembered.
+    MainWindowController(PaneController::Collaborators collaborators, Connections &connections,
+                         std::shared_ptr<SessionMemory> memory = nullptr);
 
-    /// Puts both panes on their first folder: what the command line asked for, else the home directory.
+    /// Opens the tabs of both sides: what the command line asked for, else what was open last time, else the home
+    /// directory.
     void start(PaneSpec::Sides const &sides);
 
     void attach(MainDisplay &display) { window = &display; }
 
-    std::shared_ptr<PaneController> const &pane(PaneSide side) const;
+    PaneContainer &container(PaneSide side) const;
+
+    /// The pane of a side that is on show.
+    std::shared_ptr<PaneController> const &pane(PaneSide side) const { return container(side).activePane(); }
 
     PaneSide activeSide() const noexcept { return active; }
 
@@ -38,8 +45,15 @@ public:
 
     void setActive(PaneSide side);
 
-    /// Puts a pane on a connection and a path. The pane's strip says why a host cannot be reached.
+    /// Puts a pane on a connection and a path: on the place where the connection was left, if no path was asked for.
+    /// The pane's strip says why a host cannot be reached.
     void open(PaneSpec destination, std::shared_ptr<PaneController> const &pane);
+
+    /// Has everything that is to be remembered in the settings.
+    void rememberAll();
+
+    /// The machine has slept: folders of hosts that are on show are read again, others when they are shown.
+    void revalidateAfterWake();
 
     /// Lists the connections to choose from beside a pane, which becomes the active one.
     ///
@@ -61,7 +75,15 @@ public:
     void cmdSwapPanes();
     void cmdEqualizePanes();
     void cmdToggleHidden();
-    void cmdCloseWindow();
+    void cmdNewTab();
+
+    /// The last tab of a side takes the window with it.
+    void cmdCloseTab();
+    void cmdCloseOtherTabs();
+    void cmdNextTab();
+
+    /// Counted from 1. A number without a tab changes nothing.
+    void selectTabByNumber(int number);
     void cmdMinimizeWindow();
 
     /// The other pane goes to the path of the active one, on the connection that it has.
@@ -80,17 +102,22 @@ private:
 
     using WeakPanes = std::array<std::weak_ptr<PaneController>, 2>;
 
-    void wire(PaneSide side);
+    std::unique_ptr<PaneContainer> makeContainer(PaneSide side);
+    void wire(PaneController &pane, PaneSide side);
+    void restore(PaneSide side, std::optional<PaneSpec> const &override);
+    void rememberSides();
     void readHosts();
     static Task<void> completeMenus(Task<std::vector<std::string>> reading, std::shared_ptr<KnownHosts> known,
                                     WeakPanes panes);
 
     PaneController::Collaborators collaborators;
     Connections &sources;
+    std::shared_ptr<SessionMemory> const memory;
     /// The saved hosts between two openings of a menu, shared with the tasks that read them.
     std::shared_ptr<KnownHosts> const knownHosts = std::make_shared<KnownHosts>();
-    std::array<std::shared_ptr<PaneController>, 2> panes;
+    std::array<std::unique_ptr<PaneContainer>, 2> containers; ///< both exist, but for the time of construction
     PaneSide active = PaneSide::left;
+    bool hasStarted = false; ///< before, there is nothing to remember
     MainDisplay *window = nullptr;
 };
 

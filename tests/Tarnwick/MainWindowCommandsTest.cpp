@@ -82,10 +82,34 @@ TEST_F(MainWindowCommandsTest, aPaneThatShowsNothingYetHasNothingToWorkOn)
     EXPECT_THAT(window.questions->prompts, IsEmpty());
 }
 
+TEST_F(MainWindowCommandsTest, theCommandsOfTabsActOnTheActiveSide)
+{
+    startOn("/left", "/right");
+    controller.setActive(PaneSide::right);
+    auto const &tabs = controller.container(PaneSide::right);
+    perform(Command::newTab);
+    perform(Command::newTab);
+    EXPECT_EQ(tabs.tabCount(), 3U);
+    EXPECT_EQ(controller.container(PaneSide::left).tabCount(), 1U);
+    EXPECT_EQ(tabs.activeIndex(), 2U);
+    perform(Command::nextTab);
+    EXPECT_EQ(tabs.activeIndex(), 0U);
+    perform(Command::tab2);
+    EXPECT_EQ(tabs.activeIndex(), 1U);
+    perform(Command::tab9);
+    EXPECT_EQ(tabs.activeIndex(), 1U) << "there is none";
+    perform(Command::closeTab);
+    EXPECT_EQ(tabs.tabCount(), 2U);
+    perform(Command::newTab);
+    perform(Command::closeOtherTabs);
+    EXPECT_EQ(tabs.tabCount(), 1U);
+    EXPECT_EQ(window.closed, 0);
+}
+
 TEST_F(MainWindowCommandsTest, theWindowsOwnCommandsReachIt)
 {
     perform(Command::equalizePanes);
-    perform(Command::closeWindow);
+    perform(Command::closeTab);
     perform(Command::minimizeWindow);
     EXPECT_EQ(window.equalized, 1);
     EXPECT_EQ(window.closed, 1);

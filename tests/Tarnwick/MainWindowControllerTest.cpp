@@ -1,6 +1,7 @@
 #include "tests/support/MainWindowControllerTest.h"
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWEngine/Browsing/LocalProviderError.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "tests/support/RecordingStore.h"
 
@@ -411,6 +412,130 @@ TEST_F(HostPaneTest, theDetailsOfAFailureAreShownOverTheWindow)
     loop.drain();
 }
 
+/// A window that remembers, on the settings of the fixture.
+class SessionTest : public MainWindowControllerTest {
+protected:
+    ~SessionTest() override
+    {
+        for (auto const &request : connections.waiting)
+            request.answer->fail(std::make_exception_ptr(Cancelled()));
+        loop.drain();
+    }
+
+    /// Another run of the program.
+    std::unique_ptr<MainWindowController> run(PaneSpec::Sides const &sides = {})
+    {
+        auto memory = std::make_shared<SessionMemory>(
+            SessionMemory::Collaborators{.mainContext = loop.context(), .clock = clock, .defaults = defaults});
+        auto next = std::make_unique<MainWindowController>(
+            PaneController::Collaborators{loop.context(), clock, defaults}, connections, memory);
+        next->start(sides);
+        answerAll();
+        return next;
+    }
+
+    void answerAll()
+    {
+        loop.drain();
+        while (!provider->waiting.empty()) {
+            auto const request = provider->takeOldest();
+            request.answer->succeed(
+                {{request.path, listing(request.path, {file("a"), file("b"), file("c")}, clock->now())}});
+            loop.drain();
+        }
+    }
+
+    void end(std::unique_ptr<MainWindowController> &ending)
+    {
+        ending->rememberAll();
+        ending.reset();
+        loop.drain();
+    }
+};
+
+TEST_F(SessionTest, bothSidesComeBackWithTheirTabs)
+{
+    auto first = run();
+    first->pane(PaneSide::left)->navigate("/usr");
+    answerAll();
+    first->cmdNewTab();
+    first->pane(PaneSide::left)->navigate("/etc");
+    answerAll();
+    first->setActive(PaneSide::right);
+    end(first);
+
+    auto const second = run();
+    EXPECT_EQ(second->container(PaneSide::left).tabCount(), 2U);
+    EXPECT_EQ(second->pane(PaneSide::left)->pathOnShow(), "/etc");
+    EXPECT_EQ(second->activeSide(), PaneSide::right);
+    second->container(PaneSide::left).select(0);
+    answerAll();
+    EXPECT_EQ(second->pane(PaneSide::left)->pathOnShow(), "/usr");
+}
+
+TEST_F(SessionTest, theCursorOfTheLastPlaceComesBack)
+{
+    auto first = run({.left = PaneSpec{"local", "/usr", true}, .right = PaneSpec{"local", "/usr", true}});
+    first->pane(PaneSide::left)->rowClicked(2);
+    end(first);
+    auto const second = run();
+    EXPECT_EQ(second->pane(PaneSide::left)->cursorName(), "b");
+}
+
+TEST_F(SessionTest, theCommandLineGoesBeforeWhatIsRemembered)
+{
+    auto first = run({.left = PaneSpec{"local", "/usr", true}, .right = PaneSpec{"local", "/etc", true}});
+    first->cmdNewTab();
+    answerAll();
+    end(first);
+    auto const second = run({.left = PaneSpec{"local", "/opt", true}, .right = {}});
+    EXPECT_EQ(second->container(PaneSide::left).tabCount(), 1U);
+    EXPECT_EQ(second->pane(PaneSide::left)->pathOnShow(), "/opt");
+    EXPECT_EQ(second->pane(PaneSide::right)->pathOnShow(), "/etc");
+}
+
+TEST_F(SessionTest, aHostIsOpenedWhereItWasLeftUnlessAPathIsAskedFor)
+{
+    defaults.setText("tw.locations", R"({"web":{"path":"/srv/log","cursor":"c"}})");
+    auto const window = run();
+    window->open({.connection = "web", .path = "/"}, window->pane(PaneSide::left));
+    connections.waiting.at(0).answer->succeed(browser);
+    answerAll();
+    EXPECT_EQ(window->pane(PaneSide::left)->pathOnShow(), "/srv/log");
+    EXPECT_EQ(window->pane(PaneSide::left)->cursorName(), "c");
+    window->open({.connection = "web", .path = "/etc", .pathWasExplicit = true}, window->pane(PaneSide::left));
+    connections.waiting.at(1).answer->succeed(browser);
+    answerAll();
+    EXPECT_EQ(window->pane(PaneSide::left)->pathOnShow(), "/etc");
+}
+
+TEST_F(SessionTest, aRememberedPlaceThatIsGoneIsNotOfferedAgain)
+{
+    defaults.setText("tw.locations", R"({"web":{"path":"/gone"}})");
+    auto const window = run();
+    auto const open = [&] {
+        window->open({.connection = "web", .path = "/"}, window->pane(PaneSide::left));
+        connections.waiting.back().answer->succeed(browser);
+        loop.drain();
+    };
+    open();
+    provider->takeOldest().answer->fail(std::make_exception_ptr(LocalProviderError::CannotOpen("/gone", ENOENT)));
+    loop.drain();
+    open();
+    answerAll();
+    EXPECT_EQ(window->pane(PaneSide::left)->pathOnShow(), "/");
+}
+
+TEST_F(SessionTest, settingsThatCannotBeReadAreAFirstStart)
+{
+    defaults.setText("tw.sides", "{{{");
+    defaults.setText("tw.locations", "[1]");
+    auto window = run();
+    EXPECT_EQ(window->pane(PaneSide::left)->pathOnShow(), PaneSpec::localHome().path);
+    end(window);
+    EXPECT_EQ(defaults.text("tw.sides.broken"), "{{{");
+}
+
 TEST_F(MainWindowControllerTest, commandsActOnTheActivePane)
 {
     start({});
@@ -427,7 +552,7 @@ TEST_F(MainWindowControllerTest, commandsActOnTheActivePane)
 TEST_F(MainWindowControllerTest, commandsOfTheWindowReachIt)
 {
     controller.cmdEqualizePanes();
-    controller.cmdCloseWindow();
+    controller.cmdCloseTab();
     EXPECT_EQ(window.equalized, 1);
     EXPECT_EQ(window.closed, 1);
 }

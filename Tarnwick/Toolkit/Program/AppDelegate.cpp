@@ -63,7 +63,10 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
         std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
 
     controller = std::make_unique<MainWindowController>(
-        PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections);
+        PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections,
+        std::make_shared<SessionMemory>(
+            SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
+                                         [this](std::string_view line) { lifeLog.note(line); }}));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
     if (with.logins)
         with.logins->askOver(window->loginPrompter());
@@ -103,8 +106,15 @@ void AppDelegate::watchSession()
               if (self)
                   self->session =
                       std::make_unique<SessionWatch>(bus, SessionWatch::sessionOfThisProcess(),
-                                                     [log = &self->lifeLog](SessionEvent event) { log->note(event); });
+                                                     [self](SessionEvent event) { self->sessionChanged(event); });
           }));
+}
+
+void AppDelegate::sessionChanged(SessionEvent event)
+{
+    lifeLog.note(event);
+    if (event == SessionEvent::wake && controller)
+        controller->revalidateAfterWake();
 }
 
 bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed()
@@ -120,6 +130,8 @@ void AppDelegate::applicationWillTerminate()
     signals.reset();
     session.reset();
     colorScheme.reset();
+    if (controller)
+        controller->rememberAll();
     window.reset();
     controller.reset();
     with.defaults.flush();

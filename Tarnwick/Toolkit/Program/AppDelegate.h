@@ -72,6 +72,7 @@ public:
 private:
     void quit();
     void watchSession();
+    void sessionChanged(SessionEvent event);
     void awaitShutdown();
 
     Collaborators const with;

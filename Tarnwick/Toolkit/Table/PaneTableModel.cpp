@@ -27,7 +27,7 @@ QString titleOf(PaneColumn column)
 
 int PaneTableModel::rowCount(QModelIndex const &parent) const
 {
-    return parent.isValid() ? 0 : pane.rowCount();
+    return parent.isValid() ? 0 : pane->rowCount();
 }
 
 int PaneTableModel::columnCount(QModelIndex const &parent) const
@@ -37,22 +37,22 @@ int PaneTableModel::columnCount(QModelIndex const &parent) const
 
 QVariant PaneTableModel::data(QModelIndex const &index, int role) const
 {
-    if (!index.isValid() || index.row() >= pane.rowCount())
+    if (!index.isValid() || index.row() >= pane->rowCount())
         return {};
     auto const column = static_cast<PaneColumn>(index.column());
     switch (role) {
     case Qt::DisplayRole:
-        return QString::fromStdString(paneCellText(pane, index.row(), column));
+        return QString::fromStdString(paneCellText(*pane, index.row(), column));
     case Qt::DecorationRole:
         if (column == PaneColumn::name)
-            return iconCache.icon(paneIconKey(pane, index.row()));
+            return iconCache.icon(paneIconKey(*pane, index.row()));
         return {};
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(alignment(column));
     case markedRole:
-        return pane.isMarked(index.row()) ? Qt::Checked : Qt::Unchecked;
+        return pane->isMarked(index.row()) ? Qt::Checked : Qt::Unchecked;
     case folderRole: {
-        auto const *const entry = pane.entry(index.row());
+        auto const *const entry = pane->entry(index.row());
         return !entry || entry->isDirectory();
     }
     default:
@@ -73,6 +73,13 @@ QVariant PaneTableModel::headerData(int section, Qt::Orientation orientation, in
     default:
         return {};
     }
+}
+
+void PaneTableModel::show(PaneModel const &rows)
+{
+    beginResetModel();
+    pane = &rows;
+    endResetModel();
 }
 
 void PaneTableModel::reload()

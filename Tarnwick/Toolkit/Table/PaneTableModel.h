@@ -9,7 +9,7 @@ namespace tw {
 
 /// A pane's rows for Qt's table. It holds nothing: the text of a cell is made when the cell is painted.
 ///
-/// Lifetime: `rows` and `icons` outlive it.
+/// Lifetime: `icons` outlive it, and the rows on show go after others are shown or it is gone.
 class PaneTableModel : public QAbstractTableModel {
 public:
     enum Role {
@@ -19,12 +19,15 @@ public:
         markedRole = Qt::CheckStateRole,
     };
 
-    PaneTableModel(PaneModel const &rows, PaneIcons &icons) : pane(rows), iconCache(icons) {}
+    PaneTableModel(PaneModel const &rows, PaneIcons &icons) : pane(&rows), iconCache(icons) {}
 
     int rowCount(QModelIndex const &parent = {}) const override;
     int columnCount(QModelIndex const &parent = {}) const override;
     QVariant data(QModelIndex const &index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+    /// Shows the rows of another pane.
+    void show(PaneModel const &rows);
 
     /// The rows were replaced or reordered.
     void reload();
@@ -32,7 +35,7 @@ public:
     static Qt::Alignment alignment(PaneColumn column);
 
 private:
-    PaneModel const &pane;
+    PaneModel const *pane;
     PaneIcons &iconCache;
 };
 

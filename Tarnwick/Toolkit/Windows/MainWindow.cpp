@@ -7,6 +7,7 @@
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
+#include "Tarnwick/Toolkit/Windows/PaneContainerView.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
 #include <QApplication>
@@ -72,11 +73,16 @@ MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, Com
 
 void MainWindow::buildPanes()
 {
-    left = new PaneView(panes.pane(PaneSide::left), settings, icons, splitter);
-    right = new PaneView(panes.pane(PaneSide::right), settings, icons, splitter);
+    left = new PaneContainerView(panes.container(PaneSide::left), settings, icons, splitter);
+    right = new PaneContainerView(panes.container(PaneSide::right), settings, icons, splitter);
     splitter->addPane(left);
     splitter->addPane(right);
     splitter->onDividerDoubleClicked = [this] { splitter->equalize(); };
+}
+
+PaneView &MainWindow::pane(PaneSide which) const
+{
+    return side(which).pane();
 }
 
 void MainWindow::buildCommands()
@@ -151,7 +157,7 @@ void MainWindow::contextMenuEvent(QContextMenuEvent *event)
     if (event->reason() == QContextMenuEvent::Keyboard)
         return openContextMenu(panes.activeSide(), *event);
     for (auto const side : {PaneSide::left, PaneSide::right}) {
-        auto &view = pane(side);
+        auto const &view = pane(side);
         if (view.rect().contains(view.mapFrom(this, event->pos())))
             return openContextMenu(side, *event);
     }

@@ -10,6 +10,7 @@ namespace tw {
 
 class CommandActions;
 class LoginPrompter;
+class PaneContainerView;
 class PaneSplitter;
 class PaneView;
 class SheetDialogs;
@@ -21,7 +22,10 @@ class MainWindow final : public QMainWindow, public CommandTarget, private MainD
 public:
     MainWindow(MainWindowController &controller, Defaults &defaults, CommandTarget &program);
 
-    PaneView &pane(PaneSide side) const { return side == PaneSide::left ? *left : *right; }
+    PaneContainerView &side(PaneSide side) const { return side == PaneSide::left ? *left : *right; }
+
+    /// The pane of a side that is on show.
+    PaneView &pane(PaneSide side) const;
 
     PaneSplitter &divider() const { return *splitter; }
 
@@ -58,8 +62,8 @@ private:
     std::shared_ptr<SheetDialogs> const sheets;
     PaneIcons icons;
     PaneSplitter *const splitter;
-    PaneView *left = nullptr;
-    PaneView *right = nullptr;
+    PaneContainerView *left = nullptr;
+    PaneContainerView *right = nullptr;
     bool isDividerPlaced = false;
 };
 

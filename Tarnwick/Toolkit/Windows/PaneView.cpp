@@ -63,6 +63,18 @@ PaneView::~PaneView()
     delete rowTable; // before the rows that it shows
 }
 
+void PaneView::showPane(std::shared_ptr<PaneController> pane)
+{
+    if (pane == controller)
+        return;
+    controller->detach(*this);
+    // The model knows the rows of the pane before until it shows others.
+    auto const before = std::exchange(controller, std::move(pane));
+    rows.show(controller->model());
+    paintedPath.clear();
+    controller->attach(*this);
+}
+
 void PaneView::layOut()
 {
     auto *const all = new QVBoxLayout(this);

@@ -24,6 +24,9 @@ public:
     PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, PaneIcons &icons, QWidget *parent = nullptr);
     ~PaneView() override;
 
+    /// Shows another pane instead.
+    void showPane(std::shared_ptr<PaneController> pane);
+
     PaneTableView &table() const { return *rowTable; }
 
     PathField &pathField() const { return *path; }
@@ -71,7 +74,7 @@ private:
     void adoptFontSize();
     void adoptColumns();
 
-    std::shared_ptr<PaneController> const controller;
+    std::shared_ptr<PaneController> controller;
     Defaults &settings;
     std::array<Defaults::Subscription, 2> observations;
     PaneTableModel rows;
