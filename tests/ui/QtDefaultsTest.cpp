@@ -63,5 +63,20 @@ TEST_F(QtDefaultsTest, theUsersFileLiesInTheConfigurationFolder)
     EXPECT_NE(contentOf(folder.path("Tarnwick/Tarnwick.ini")).find("tw.key=value"), std::string::npos);
 }
 
+TEST_F(QtDefaultsTest, aFileThatIsNotWhollyAnIniFileIsKeptAside)
+{
+    std::string const text = "[General]\ntw.activeSide=right\nwhat is this\n";
+    auto const file = folder.path("settings.ini");
+    std::ofstream(file) << text;
+    {
+        QtDefaults defaults(fileName());
+        EXPECT_EQ(defaults.text("tw.activeSide"), "right") << "what can be read counts";
+        EXPECT_EQ(defaults.setAside(), file + ".broken");
+        defaults.setText("tw.activeSide", "left");
+    }
+    EXPECT_EQ(contentOf(file + ".broken"), text);
+    EXPECT_EQ(QtDefaults(fileName()).setAside(), "") << "the new file is whole";
+}
+
 } // namespace
 } // namespace tw::test

@@ -1,5 +1,6 @@
 #include "Tarnwick/Toolkit/Program/QtDefaults.h"
 
+#include <QFile>
 #include <QStandardPaths>
 
 namespace tw {
@@ -16,7 +17,16 @@ QString usersFile()
 
 QtDefaults::QtDefaults() : QtDefaults(usersFile()) {}
 
-QtDefaults::QtDefaults(QString const &file) : settings(file, QSettings::IniFormat) {}
+QtDefaults::QtDefaults(QString const &file) : settings(file, QSettings::IniFormat)
+{
+    static_cast<void>(settings.allKeys()); // has every line read
+    if (settings.status() != QSettings::FormatError)
+        return;
+    auto const copy = file + QStringLiteral(".broken");
+    QFile::remove(copy);
+    if (QFile::copy(file, copy))
+        broken = copy.toStdString();
+}
 
 std::optional<std::string> QtDefaults::text(std::string const &key) const
 {

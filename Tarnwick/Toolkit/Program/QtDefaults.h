@@ -8,6 +8,9 @@ namespace tw {
 
 /// The user's settings in a file: one INI file that a person can read and edit.
 ///
+/// A file with lines that are none of an INI file is kept aside, with ".broken" behind its name: what is written back
+/// are the settings that could be read.
+///
 /// A text that is not UTF-8 survives as it is. Written back by the event loop soon after a change, and when destroyed.
 class QtDefaults final : public Defaults {
 public:
@@ -18,6 +21,9 @@ public:
 
     std::optional<std::string> text(std::string const &key) const override;
 
+    /// The copy of a file that could not be read whole; empty if there was none.
+    std::string const &setAside() const noexcept { return broken; }
+
     void flush() override { settings.sync(); }
 
 protected:
@@ -25,6 +31,7 @@ protected:
 
 private:
     QSettings settings;
+    std::string broken;
 };
 
 } // namespace tw
