@@ -2,12 +2,16 @@
 
 #include "Tarnwick/App/WindowProgram.h"
 
+#include "TWEngine/Instance/InstanceCall.h"
+#include "TWEngine/Instance/InstanceDesk.h"
+#include "TWEngine/Instance/InstanceSocket.h"
 #include "TWEngine/Passwords/AskpassDesk.h"
 #include "TWEngine/Platform/HomeFolder.h"
 #include "TWEngine/Platform/UserPaths.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/ProcessEnd.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Instance/OpenRequest.h"
 #include "Tarnwick/Toolkit/Program/AppDelegate.h"
 #include "Tarnwick/Toolkit/Program/HeldKeys.h"
 #include "Tarnwick/Toolkit/Program/QtDefaults.h"
@@ -18,26 +22,33 @@
 #include <QApplication>
 #include <QIcon>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string_view>
+
+#include <unistd.h>
 
 namespace {
 
 using namespace tw;
 
-constexpr auto helpText = "Usage: tarnwick [OPTION]...\n"
+constexpr auto helpText = "Usage: tarnwick [OPTION]... [PLACE]...\n"
                           "A file manager with two panes.\n"
                           "\n"
                           "  --left PLACE    open PLACE in the left pane\n"
                           "  --right PLACE   open PLACE in the right pane\n"
+                          "  --new-instance  open a window of its own\n"
                           "  --help          show this text and leave\n"
                           "  --version       show the version and leave\n"
                           "\n"
                           "PLACE is an absolute path, or HOST:PATH for a folder of a host that ssh can reach.\n"
-                          "Without one a pane opens the home directory.\n";
+                          "Without one a side opens what was open last time.\n"
+                          "If a window is open already, it opens each PLACE in a new tab.\n";
 
 /// What is asked for and needs no window, or null.
 char const *textAskedFor(std::span<char const *const> arguments)
@@ -51,9 +62,53 @@ char const *textAskedFor(std::span<char const *const> arguments)
     return nullptr;
 }
 
-[[noreturn]] void run(std::span<char const *const> arguments)
+using Arguments = std::span<char const *const>;
+
+/// What this start asks for.
+OpenRequest requestOf(Arguments arguments)
+{
+    std::error_code unknown;
+    auto request = OpenRequest::from(arguments, std::filesystem::current_path(unknown).native());
+    // Of Wayland, or of the older protocol.
+    for (auto const *variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
+        auto const *const token = std::getenv(variable);
+        if (token && request.activationToken.empty())
+            request.activationToken = token;
+    }
+    return request;
+}
+
+/// Where later starts on this display call. Null if another program, which does not answer, is called there. Ends the
+/// process if another start was quicker.
+std::unique_ptr<LocalListener> listenerAt(std::string const &socket, EngineRuntime &runtime, Arguments arguments)
+{
+    auto listener = LocalListener::create(runtime.io(), socket);
+    if (listener || wantsOwnProcess(arguments))
+        return listener;
+    auto const called = InstanceCall::make(socket, requestOf(arguments).encoded());
+    if (called == InstanceCall::Outcome::agreed)
+        endProcess(EXIT_SUCCESS);
+    if (called == InstanceCall::Outcome::nobody) {
+        ::unlink(socket.c_str()); // left by a program that was killed
+        listener = LocalListener::create(runtime.io(), socket);
+    }
+    return listener;
+}
+
+std::function<std::function<void()>(std::string_view)> openerOf(AppDelegate &delegate)
+{
+    return [&delegate](std::string_view message) -> std::function<void()> {
+        auto request = OpenRequest::decoded(message);
+        if (!request)
+            return nullptr;
+        return [&delegate, wanted = *std::move(request)] { delegate.open(wanted); };
+    };
+}
+
+[[noreturn]] void run(Arguments arguments, std::optional<std::string> const &socket)
 {
     EngineRuntime runtime;
+    auto listener = socket ? listenerAt(*socket, runtime, arguments) : nullptr;
     // A database that answers at all mostly does so in less.
     HomeFolder::ensureInEnvironment(runtime.workers(), std::chrono::milliseconds(50));
     QtMainContext mainContext;
@@ -78,9 +133,20 @@ char const *textAskedFor(std::span<char const *const> arguments)
                           .connections = connections,
                           .logins = prompter,
                           .lifeLog = paths.lifeLog,
-                          .version = TARNWICK_VERSION});
-    delegate.applicationDidFinishLaunching(PaneSpec::fromCommandLine(arguments));
+                          .version = TARNWICK_VERSION,
+                          .settingsSetAside = defaults.setAside()});
+    std::optional<InstanceDesk> desk;
+    if (listener)
+        desk.emplace(InstanceDesk::Collaborators{.io = runtime.io(),
+                                                 .executor = mainContext.context(),
+                                                 .clock = runtime.clock(),
+                                                 .listener = std::move(listener),
+                                                 .understand = openerOf(delegate)});
+    auto besides = requestOf(arguments).places;
+    std::erase_if(besides, [](auto const &each) { return each.side.has_value(); });
+    delegate.applicationDidFinishLaunching(PaneSpec::fromCommandLine(arguments), besides);
     auto const status = QApplication::exec();
+    desk.reset();
     logins->endAll();
     delegate.applicationWillTerminate();
     runtime.io().childSessions().kill();
@@ -96,6 +162,12 @@ int tarnwickWindowProgram(int argc, char **argv)
         std::fputs(text, stdout);
         return 0;
     }
+    Arguments const arguments(argv + 1, argv + argc);
+    auto const socket = InstanceSocket::pathFor(inheritedEnvironment(), ::getuid());
+    // Before a toolkit is made: the window that is there comes to the front at once.
+    if (socket && !wantsOwnProcess(arguments) &&
+        InstanceCall::make(*socket, requestOf(arguments).encoded()) == InstanceCall::Outcome::agreed)
+        return EXIT_SUCCESS;
     QApplication::setApplicationName(QStringLiteral("tarnwick"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tarnwick"));
     QApplication::setApplicationVersion(QStringLiteral(TARNWICK_VERSION));
@@ -105,5 +177,5 @@ int tarnwickWindowProgram(int argc, char **argv)
     guard.reset();
     HeldKeys const heldKeys(application);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tarnwick.svg")));
-    run({argv + 1, argv + argc});
+    run({argv + 1, argv + argc}, socket);
 }

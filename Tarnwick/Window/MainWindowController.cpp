@@ -121,6 +121,11 @@ void MainWindowController::open(PaneSpec destination, std::shared_ptr<PaneContro
     target->open(std::move(destination), sources);
 }
 
+void MainWindowController::openInNewTab(PaneSpec const &place, std::optional<PaneSide> side)
+{
+    container(side.value_or(active)).openInNewTab(place);
+}
+
 void MainWindowController::revalidateAfterWake()
 {
     for (auto const &each : containers)

@@ -49,6 +49,9 @@ public:
     /// The pane's strip says why a host cannot be reached.
     void open(PaneSpec destination, std::shared_ptr<PaneController> const &pane);
 
+    /// Opens a place in a new tab, which shows: of the active side, if none is named.
+    void openInNewTab(PaneSpec const &place, std::optional<PaneSide> side);
+
     /// Has everything that is to be remembered in the settings.
     void rememberAll();
 

@@ -50,9 +50,12 @@ AppDelegate::AppDelegate(Collaborators collaborators)
 
 AppDelegate::~AppDelegate() = default;
 
-void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
+void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
+                                                std::vector<OpenRequest::Place> const &besides)
 {
     lifeLog.begin(with.version.empty() ? std::nullopt : std::optional(with.version));
+    if (!with.settingsSetAside.empty())
+        lifeLog.note("settings cannot be read whole; kept as " + with.settingsSetAside);
     QApplication::setStyle(new ToolTipDelay(Settings::toolTipDelay.read(with.defaults)));
     // Quitting closes the windows as well, and is then not their doing.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {
@@ -77,7 +80,24 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides)
         WelcomeWindow::showIfFirstRun(with.defaults, *window);
     });
     controller->start(sides);
+    for (auto const &each : besides)
+        controller->openInNewTab(each.place, each.side);
     watchSession();
+}
+
+void AppDelegate::open(OpenRequest const &request)
+{
+    if (!window)
+        return;
+    for (auto const &each : request.places)
+        controller->openInNewTab(each.place, each.side);
+    // Where Qt looks for it when a window is activated.
+    if (!request.activationToken.empty())
+        qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(request.activationToken));
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 std::optional<CommandState> AppDelegate::stateOf(Command command) const

@@ -3,6 +3,7 @@
 #include "TWEngine/Runtime/MainContext.h"
 #include "TWEngine/Runtime/TerminationSignals.h"
 #include "Tarnwick/Commands/CommandTarget.h"
+#include "Tarnwick/Instance/OpenRequest.h"
 #include "Tarnwick/Lifecycle/LifeLog.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
@@ -39,6 +40,7 @@ public:
         std::shared_ptr<WindowLoginPrompter> logins = nullptr;
         std::string lifeLog; ///< the file
         std::string version;
+        std::string settingsSetAside = {}; ///< the copy of a file that could not be read; empty: there is none
         /// Waits on this thread for the end of all connections, and for no longer than the limit. A test need not wait.
         std::function<void(std::binary_semaphore &, std::chrono::nanoseconds limit)> waitForShutdown =
             [](std::binary_semaphore &done, std::chrono::nanoseconds limit) {
@@ -50,7 +52,12 @@ public:
     ~AppDelegate() override;
 
     /// Opens the main window on these folders. The event loop runs, or is about to.
-    void applicationDidFinishLaunching(PaneSpec::Sides const &sides);
+    /// Each of `besides` gets a tab of its own.
+    void applicationDidFinishLaunching(PaneSpec::Sides const &sides,
+                                       std::vector<OpenRequest::Place> const &besides = {});
+
+    /// What another start of the program asks for: a tab for each place, and the window before all others.
+    void open(OpenRequest const &request);
 
     /// Always; notes it.
     bool applicationShouldTerminateAfterLastWindowClosed();

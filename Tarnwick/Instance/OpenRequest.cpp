@@ -1,0 +1,131 @@
+#include "Tarnwick/Instance/OpenRequest.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace tw {
+
+namespace {
+
+/// The first part of a message. A change of the message changes it.
+constexpr std::string_view version = "tarnwick-open-1";
+
+constexpr std::string_view token = "token=";
+constexpr std::string_view left = "left=";
+constexpr std::string_view right = "right=";
+constexpr std::string_view active = "active=";
+
+std::string_view wordOf(std::optional<PaneSide> side)
+{
+    if (!side)
+        return active;
+    return *side == PaneSide::left ? left : right;
+}
+
+/// "%20" and the like as bytes; other signs as they are.
+std::string withoutPercents(std::string_view text)
+{
+    std::string bytes;
+    while (!text.empty()) {
+        unsigned value = 0;
+        auto const code = text.substr(1, 2);
+        auto const isCode = text.front() == '%' && code.size() == 2 &&
+                            std::from_chars(code.data(), code.data() + 2, value, 16).ptr == code.data() + 2;
+        bytes += isCode ? static_cast<char>(value) : text.front();
+        text.remove_prefix(isCode ? 3 : 1);
+    }
+    return bytes;
+}
+
+std::optional<PaneSpec> placeOf(std::string_view argument, std::string_view workingDirectory)
+{
+    constexpr std::string_view file = "file://";
+    if (argument.starts_with(file)) {
+        argument.remove_prefix(std::min(argument.find('/', file.size()), argument.size()));
+        return PaneSpec::parse(withoutPercents(argument));
+    }
+    auto const colon = argument.find(':');
+    if (argument.starts_with('/') || (colon != std::string_view::npos && colon < argument.find('/')))
+        return PaneSpec::parse(argument);
+    if (argument.empty())
+        return std::nullopt;
+    if (argument == ".")
+        return PaneSpec::parse(workingDirectory);
+    auto const base = workingDirectory == "/" ? std::string_view() : workingDirectory;
+    return PaneSpec::parse(std::string(base) + '/' + std::string(argument));
+}
+
+/// The form that PaneSpec::parse reads.
+std::string textOf(PaneSpec const &place)
+{
+    return place.connection + ':' + (place.pathWasExplicit ? place.path : std::string());
+}
+
+} // namespace
+
+OpenRequest OpenRequest::from(std::span<char const *const> arguments, std::string_view workingDirectory)
+{
+    OpenRequest request;
+    auto const add = [&](std::optional<PaneSide> side, std::optional<PaneSpec> place) {
+        if (place)
+            request.places.push_back({.side = side, .place = *std::move(place)});
+    };
+    for (std::size_t at = 0; at < arguments.size(); ++at) {
+        std::string_view const argument = arguments[at];
+        if (argument == "--left" || argument == "--right") {
+            if (++at < arguments.size())
+                add(argument == "--left" ? PaneSide::left : PaneSide::right, PaneSpec::parse(arguments[at]));
+        } else if (!argument.starts_with('-')) {
+            add(std::nullopt, placeOf(argument, workingDirectory));
+        }
+    }
+    return request;
+}
+
+std::string OpenRequest::encoded() const
+{
+    std::string message;
+    auto const put = [&](std::string const &part) { message += part + '\0'; };
+    put(std::string(version));
+    put(std::string(token) + activationToken);
+    for (auto const &each : places)
+        put(std::string(wordOf(each.side)) + textOf(each.place));
+    message += '\0';
+    return message;
+}
+
+std::optional<OpenRequest> OpenRequest::decoded(std::string_view message)
+{
+    if (!message.starts_with(version) || message.substr(version.size(), 1) != std::string_view("\0", 1))
+        return std::nullopt;
+    message.remove_prefix(version.size() + 1);
+    OpenRequest request;
+    while (!message.starts_with('\0')) {
+        auto const end = message.find('\0');
+        if (end == std::string_view::npos)
+            return std::nullopt;
+        auto const text = message.substr(0, end);
+        message.remove_prefix(end + 1);
+        if (text.starts_with(token)) {
+            request.activationToken = text.substr(token.size());
+        } else {
+            for (auto const side : {std::optional<PaneSide>(), {PaneSide::left}, {PaneSide::right}}) {
+                if (!text.starts_with(wordOf(side)))
+                    continue;
+                if (auto place = PaneSpec::parse(text.substr(wordOf(side).size())))
+                    request.places.push_back({.side = side, .place = *std::move(place)});
+            }
+        }
+    }
+    return request;
+}
+
+bool wantsOwnProcess(std::span<char const *const> arguments)
+{
+    return std::ranges::any_of(arguments, [](std::string_view argument) {
+        auto const isOption = argument.starts_with('-');
+        return isOption && argument != "--left" && argument != "--right";
+    });
+}
+
+} // namespace tw
