@@ -10,8 +10,8 @@ namespace tw {
 
 namespace {
 
-/// A few letters and the button that closes.
-constexpr int leastWidth = 64;
+/// An icon, the button that closes, and some letters of the title. Tabs that would be narrower are in the menu.
+constexpr int leastWidth = 110;
 
 /// Of a long name the beginning and the end are enough, and leave room to others.
 constexpr int largestWidth = 200;
@@ -51,12 +51,12 @@ QSize TabStrip::minimumSizeHint() const
 
 QSize TabStrip::tabSizeHint(int index) const
 {
-    return {std::clamp(QTabBar::tabSizeHint(index).width(), leastWidth, largestWidth), TabBarView::barHeight};
+    return {std::min(QTabBar::tabSizeHint(index).width(), largestWidth), TabBarView::barHeight};
 }
 
-QSize TabStrip::minimumTabSizeHint(int /*index*/) const
+QSize TabStrip::minimumTabSizeHint(int index) const
 {
-    return {leastWidth, TabBarView::barHeight};
+    return {std::min(tabSizeHint(index).width(), leastWidth), TabBarView::barHeight};
 }
 
 void TabStrip::mouseReleaseEvent(QMouseEvent *event)
