@@ -56,8 +56,10 @@ void PaneController::leaveHostArrival()
 void PaneController::goToFolderOfHost(std::shared_ptr<Browser> source, std::string path)
 {
     auto const destination = hostArrival->destination();
-    if (!hostArrival->isOpeningFolder())
+    if (!hostArrival->isOpeningFolder()) {
         hostArrival.reset(); // the host is up, and this folder is as any other
+        notices.clear();
+    }
     auto typed = std::exchange(typedWish, {});
     startNavigation({.path = std::move(path),
                      .select = destination.cursor,

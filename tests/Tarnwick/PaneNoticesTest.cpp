@@ -161,6 +161,18 @@ TEST_F(PaneNoticesTest, aFailureGoesWithEscapeAndTheMarksWithTheNext)
     EXPECT_TRUE(pane->model().markedNames().empty());
 }
 
+TEST_F(PaneNoticesTest, aHostThatIsUpIsNotSaidToBeOutOfReachWhileItsFolderIsRead)
+{
+    showHere("/usr");
+    openHost();
+    refuseHost("no route to host");
+    choose(Action::logIn);
+    connect();
+    EXPECT_FALSE(display.notice);
+    answer(*host, "/srv");
+    EXPECT_FALSE(display.notice);
+}
+
 TEST_F(PaneNoticesTest, retryGoesToTheFolderThatFailed)
 {
     showHere("/usr");
