@@ -5,6 +5,7 @@
 #include "Tarnwick/Table/PaneModel.h"
 #include "bench/Figure.h"
 
+#include <clocale>
 #include <cstring>
 #include <random>
 
@@ -25,6 +26,12 @@ constexpr double largestCameraSortRatio = 0.9;
 
 /// A look at every byte, as the fastest function of the C library for that takes it.
 constexpr double largestScanRatio = 2.0;
+
+/// A letter of a search by typing, so that the next of a person who types fast finds the program idle.
+constexpr double searchMilliseconds = 5.0;
+
+/// Marking by a mask: less than two pictures of a screen of 60 Hz.
+constexpr double maskMilliseconds = 30.0;
 
 /// The allocator's own bytes, and the listing's few beside its rows and names.
 constexpr double largestMemoryRatio = 1.10;
@@ -180,8 +187,47 @@ std::vector<std::string> accented(std::vector<std::string> names)
     return names;
 }
 
+/// A letter that leads to no match, which takes the longest: every name is looked through. The first letter also brings
+/// the names into the form for it.
+void measureSearch(Figures &figures, std::string const &subject, std::vector<std::string> const &names,
+                   std::string_view typed)
+{
+    PaneModel model;
+    model.setSnapshot(listingOf(names));
+    auto const letter = [&] { return millisecondsOf([&] { keep(model.findRow(typed, 0)); }); };
+    auto const medians = takeTurns(
+        runs,
+        [&] {
+            model.endFinding();
+            return letter();
+        },
+        letter);
+    auto const report = [&](std::string const &which, double measured) {
+        figures.report(which + " letter of a search without a match, 100,000 " + subject, measured,
+                       Figures::Yardstick::limit, searchMilliseconds, "ms", 1.0);
+    };
+    report("first", medians.subject);
+    report("next", medians.peer);
+}
+
+void measureMasks(Figures &figures, std::vector<std::string> const &names)
+{
+    PaneModel model;
+    model.setSnapshot(listingOf(names));
+    for (auto const *const mask : {"*.*", "*.txt;*.md;*.jpg", "*[a-f]?"}) {
+        std::vector<double> times;
+        for (int run = 0; run < runs; ++run) {
+            model.markAll(PaneModel::Marks::remove);
+            times.push_back(millisecondsOf([&] { model.markMatching(mask, PaneModel::Marks::insert); }));
+        }
+        figures.report("mask " + std::string(mask) + " over 100,000 rows", median(std::move(times)),
+                       Figures::Yardstick::limit, maskMilliseconds, "ms", 1.0);
+    }
+}
+
 int measureAll()
 {
+    std::setlocale(LC_ALL, "C.UTF-8"); // as in the program: masks are matched by characters
     Figures figures;
     auto const names = randomNames();
     measureSort(figures, "random names", names, largestSortRatio);
@@ -191,6 +237,9 @@ int measureAll()
     measureMemory(figures, names);
     measureNames(figures, "names of ASCII characters", names, largestPlainNameRatio);
     measureNames(figures, "names with other letters", accented(names), largestNameRatio);
+    measureSearch(figures, "names of ASCII characters", names, "e-+");
+    measureSearch(figures, "names with other letters", accented(names), "e-+");
+    measureMasks(figures, names);
     return figures.exitCode();
 }
 

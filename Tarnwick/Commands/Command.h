@@ -45,12 +45,17 @@ enum class Command {
     copyRelativePath,
     copyHomePath,
     copyEnclosingFolder,
+    markAll,
+    unmarkAll,
+    invertMarks,
+    markByMask,
+    unmarkByMask,
     // Performed by the pane itself, by the position of the key.
     moveCursor,
     openSelection,
     goUp,
+    findByTyping,
     toggleMark,
-    invertMarks,
     clearMarks,
 };
 

@@ -1,5 +1,6 @@
 #include "Tarnwick/Operations/OperationTable.h"
 
+#include "Tarnwick/Operations/MarkByMask.h"
 #include "Tarnwick/Operations/NewFolder.h"
 
 namespace tw {
@@ -9,6 +10,10 @@ Operation operationOf(Command command)
     switch (command) {
     case Command::newFolder:
         return newFolder;
+    case Command::markByMask:
+        return markByMask;
+    case Command::unmarkByMask:
+        return unmarkByMask;
     default:
         return nullptr;
     }

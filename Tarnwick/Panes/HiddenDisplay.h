@@ -48,6 +48,8 @@ public:
 
     void takeKeyboardFocus() override {}
 
+    void endComposition(Composition /*how*/) override {}
+
     void beep() override {}
 
 private:

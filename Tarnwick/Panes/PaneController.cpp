@@ -35,6 +35,7 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
       spinner(collaborators.mainContext, collaborators.clock, [this] { showWaiting(); }),
       heading(browser),
       notices(collaborators.mainContext, collaborators.clock, [this] { showNotice(); }),
+      searchExpiry(collaborators.mainContext, collaborators.clock, [this] { endSearch(); }),
       shownPath(requested),
       shownConnection(connection)
 {

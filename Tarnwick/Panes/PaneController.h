@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Clock.h"
 #include "TWEngine/Browsing/Browser.h"
+#include "Tarnwick/Panes/Alarm.h"
 #include "Tarnwick/Panes/HiddenDisplay.h"
 #include "Tarnwick/Panes/NameSurviving.h"
 #include "Tarnwick/Panes/Navigator.h"
@@ -17,6 +18,7 @@
 #include "Tarnwick/Settings/Defaults.h"
 #include "Tarnwick/Table/KeyPress.h"
 #include "Tarnwick/Table/PaneModel.h"
+#include "Tarnwick/Table/SearchText.h"
 
 #include <functional>
 #include <memory>
@@ -52,6 +54,10 @@ public:
     struct Callbacks {
         std::function<void()> onActivate;
         std::function<void()> onSwitchSide;
+        std::function<void()> onNextTab;
+        std::function<void()> onDeleteRequested;
+        std::function<void()> onPreviewRequested;
+        std::function<void(PaneModel::Marks change)> onMaskWanted;
         std::function<void()> onLocationChanged;
         /// `place` answers something else, or may do so.
         std::function<void()> onPlaceShown;
@@ -68,6 +74,7 @@ public:
     };
 
     using MarksAfter = tw::MarksAfter;
+    using Composition = PaneDisplay::Composition;
 
     static std::shared_ptr<PaneController> create(Collaborators collaborators, std::shared_ptr<Browser> browser,
                                                   std::string connectionName);
@@ -189,8 +196,28 @@ public:
     void toggleHidden();
     void adoptViewOptions(ViewOptions const &options);
 
-    /// Handles a key. False: the pane has no use for the key, and the caller may pass it on.
+    /// Marks or unmarks all rows.
+    void markAll(PaneModel::Marks change);
+    void invertMarks();
+
+    /// Marks or unmarks the rows that a `NameMask` matches, and says so if there are none.
+    void markMatching(std::string const &mask, PaneModel::Marks change);
+
+    /// Handles a key. False: the pane has no use for the key, and the caller may pass it on. What it types searches the
+    /// folder.
     bool handleKey(KeyPress const &key);
+
+    /// Text that an input method has committed.
+    void textTyped(std::string_view text);
+
+    /// Text that an input method composes, as it is now; empty: it has given the text up.
+    void textComposed(std::string text);
+
+    /// A name is being looked for by typing it.
+    bool isSearching() const noexcept { return !search.isEmpty(); }
+
+    /// Ends a search; the cursor stays.
+    void endSearch();
 
     /// The view's reports of what the mouse did.
     void rowClicked(int row, ClickModifiers held = {});
@@ -259,8 +286,21 @@ private:
 
     void replay(std::optional<PaneHistory::Visit> const &visit);
     void openFile(std::string path);
+    static bool ask(std::function<void()> const &owner);
+    bool handleModifiedKey(KeyPress const &key);
     bool handlePlainKey(Key key);
+    bool handleSidewaysKey(Key key);
+    bool handleBackspace(KeyPress const &key);
+    bool handleSpace(KeyPress const &key);
+    bool handleEscape();
+    bool moveCursor(Key key);
+    bool wantMask(PaneModel::Marks change);
     bool toggleMarkAndAdvance();
+    bool typeToSearch(KeyPress const &key);
+    bool deleteFromSearch();
+    void takeComposition();
+    void applySearch();
+    void leaveSearch();
     std::optional<int> cursorTarget(Key key) const;
     void cursorMoved();
     void marksChanged();
@@ -301,6 +341,8 @@ private:
     bool wasTouched = false; ///< a key or a click came after the newest wish
     bool holdsRefreshes = false;
     std::optional<DirectorySnapshot> deferredRefresh; ///< of the folder on show
+    SearchText search;
+    Alarm searchExpiry;
     std::stop_source updateLoop;
     Defaults::Subscription placementObservation;
 

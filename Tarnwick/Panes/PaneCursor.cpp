@@ -89,6 +89,18 @@ void PaneCursor::invertMarks()
     rangeEnd.reset();
 }
 
+void PaneCursor::markAll()
+{
+    rows.markAll(PaneModel::Marks::insert);
+    rangeEnd.reset();
+}
+
+int PaneCursor::markMatching(std::string_view mask, PaneModel::Marks change)
+{
+    rangeEnd.reset();
+    return rows.markMatching(mask, change);
+}
+
 void PaneCursor::unmarkAll()
 {
     rows.markAll(PaneModel::Marks::remove);

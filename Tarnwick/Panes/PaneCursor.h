@@ -46,7 +46,11 @@ public:
     void toggleMarkAndAdvance();
 
     void invertMarks();
+    void markAll();
     void unmarkAll();
+
+    /// Marks or unmarks the rows that a `NameMask` matches; answers how many.
+    int markMatching(std::string_view mask, PaneModel::Marks change);
 
 private:
     int lastRow() const { return rows.rowCount() - 1; }

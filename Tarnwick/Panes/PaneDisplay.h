@@ -74,6 +74,11 @@ public:
     virtual void showActive(bool active) = 0;
     virtual void takeKeyboardFocus() = 0;
 
+    enum class Composition { committed, discarded };
+
+    /// Has an input method end what it composes. What it commits it reports as text that was typed.
+    virtual void endComposition(Composition how) = 0;
+
     virtual void beep() = 0;
 };
 

@@ -14,30 +14,36 @@ bool PaneController::handleKey(KeyPress const &key)
             return true;
         }
     }
+    return handleModifiedKey(key) || (key.isPlain() && handlePlainKey(key.key));
+}
+
+/// The keys that mean something, or something else, with others held.
+bool PaneController::handleModifiedKey(KeyPress const &key)
+{
     switch (key.key) {
+    case Key::keypadPlus:
+        return wantMask(PaneModel::Marks::insert);
+    case Key::keypadMinus:
+        return wantMask(PaneModel::Marks::remove);
     case Key::keypadTimes:
-        if (!hasAllRows())
-            return true;
-        cursor.invertMarks();
-        marksChanged();
+        invertMarks();
         return true;
+    case Key::tab:
+        return ask(key.control ? callbacks.onNextTab : callbacks.onSwitchSide);
+    case Key::backspace:
+        return handleBackspace(key);
+    case Key::space:
+        return handleSpace(key);
     case Key::insert:
         return toggleMarkAndAdvance();
-    case Key::space:
-        return key.isShiftAlone() && toggleMarkAndAdvance();
-    case Key::tab:
-        if (key.control || !callbacks.onSwitchSide)
-            return false;
-        callbacks.onSwitchSide();
-        return true;
+    case Key::forwardDelete:
+        return ask(callbacks.onDeleteRequested);
     case Key::escape:
-        if (giveUp())
-            return true;
-        cursor.unmarkAll();
-        marksChanged();
-        return true;
+        return handleEscape();
+    case Key::character:
+        return typeToSearch(key);
     default:
-        return key.isPlain() && handlePlainKey(key.key);
+        return false;
     }
 }
 
@@ -47,25 +53,95 @@ bool PaneController::handlePlainKey(Key key)
     case Key::enter:
         openSelection();
         return true;
-    case Key::backspace:
-        goUp();
-        return true;
     case Key::left:
     case Key::right:
-        // The rows have no use for these keys, so they lead to the buttons of the strip.
-        if (!notices.onShow())
-            return false;
-        display->offerNotice();
-        return true;
+        return handleSidewaysKey(key);
+    case Key::up:
+    case Key::down:
+        endSearch();
+        return moveCursor(key);
     default:
-        break;
+        return moveCursor(key);
     }
+}
+
+bool PaneController::handleSidewaysKey(Key key)
+{
+    if (isSearching()) {
+        takeComposition();
+        search.moveCaret(key == Key::left ? SearchText::Step::back : SearchText::Step::forward);
+        applySearch();
+        return true;
+    }
+    // The rows have no use for these keys, so they lead to the buttons of the strip.
+    if (!notices.onShow())
+        return false;
+    display->offerNotice();
+    return true;
+}
+
+bool PaneController::handleBackspace(KeyPress const &key)
+{
+    if (key.control)
+        return ask(callbacks.onDeleteRequested);
+    if (!key.isPlain() || !search.composing().empty())
+        return false;
+    if (!search.committed().empty())
+        return deleteFromSearch();
+    goUp();
+    return true;
+}
+
+bool PaneController::handleSpace(KeyPress const &key)
+{
+    if (key.isShiftAlone())
+        return toggleMarkAndAdvance();
+    if (!key.isPlain())
+        return false;
+    if (!isSearching())
+        return ask(callbacks.onPreviewRequested);
+    takeComposition();
+    textTyped(" ");
+    return true;
+}
+
+bool PaneController::handleEscape()
+{
+    if (isSearching()) {
+        endSearch();
+        return true;
+    }
+    if (giveUp())
+        return true;
+    cursor.unmarkAll();
+    marksChanged();
+    return true;
+}
+
+bool PaneController::moveCursor(Key key)
+{
     auto const target = cursorTarget(key);
     if (!target)
         return false;
     cursor.moveTo(*target);
     cursorMoved();
     refreshStatus();
+    return true;
+}
+
+/// Leaves a key to the pane's owner, if there is one for it.
+bool PaneController::ask(std::function<void()> const &owner)
+{
+    if (owner)
+        owner();
+    return static_cast<bool>(owner);
+}
+
+bool PaneController::wantMask(PaneModel::Marks change)
+{
+    if (!callbacks.onMaskWanted)
+        return false;
+    callbacks.onMaskWanted(change);
     return true;
 }
 
@@ -81,6 +157,30 @@ bool PaneController::toggleMarkAndAdvance()
     cursor.toggleMarkAndAdvance();
     cursorAndMarksChanged();
     return true;
+}
+
+void PaneController::markAll(PaneModel::Marks change)
+{
+    if (!hasAllRows())
+        return;
+    change == PaneModel::Marks::insert ? cursor.markAll() : cursor.unmarkAll();
+    marksChanged();
+}
+
+void PaneController::invertMarks()
+{
+    if (!hasAllRows())
+        return;
+    cursor.invertMarks();
+    marksChanged();
+}
+
+void PaneController::markMatching(std::string const &mask, PaneModel::Marks change)
+{
+    auto const count = cursor.markMatching(mask, change);
+    marksChanged();
+    if (count == 0)
+        showStatus({"nothing matched %@", {mask}});
 }
 
 void PaneController::marksChanged()

@@ -130,6 +130,7 @@ void PaneController::showPart(Navigation const &navigation, DirectorySnapshot pa
     }
     if (isOnShow)
         return; // rows that are whole stay until the new ones are
+    endSearch();
     if (navigation.source != browser) {
         browser = navigation.source;
         connection = navigation.connection;
@@ -201,6 +202,7 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
 {
     auto &snapshot = arrival.result.snapshot;
     auto const isSameConnection = navigation.source == browser;
+    endSearch();
     auto const wasReading = std::exchange(isReading, false);
     if (arrival.updates)
         adopt(navigation, *std::move(arrival.updates));

@@ -24,6 +24,8 @@ enum class Key {
     keypadPlus,
     keypadMinus,
     keypadTimes,
+    leftBracket,  ///< where an American keyboard has "[", with Control
+    rightBracket, ///< where an American keyboard has "]", with Control
     character,
 };
 

@@ -1,13 +1,12 @@
 #include "Tarnwick/Table/PaneModel.h"
 
 #include "TWCore/Check.h"
+#include "Tarnwick/Table/NameMask.h"
 #include "Tarnwick/Table/RowOrder.h"
 
 #include <algorithm>
 #include <limits>
 #include <utility>
-
-#include <fnmatch.h>
 
 namespace tw {
 
@@ -19,19 +18,6 @@ std::int64_t saturated(__int128 sum)
     using Limits = std::numeric_limits<std::int64_t>;
     return static_cast<std::int64_t>(
         std::clamp(sum, static_cast<__int128>(Limits::min()), static_cast<__int128>(Limits::max())));
-}
-
-std::vector<std::string> patternsOf(std::string_view mask)
-{
-    constexpr std::string_view separators = " ;";
-    std::vector<std::string> patterns;
-    while (!mask.empty()) {
-        auto const end = std::min(mask.find_first_of(separators), mask.size());
-        if (end > 0)
-            patterns.emplace_back(mask.substr(0, end));
-        mask.remove_prefix(std::min(end + 1, mask.size()));
-    }
-    return patterns;
 }
 
 } // namespace
@@ -66,6 +52,7 @@ void PaneModel::setFolderPlacement(FolderPlacement wanted)
 void PaneModel::rebuild()
 {
     visible.clear();
+    foldedNames.reset();
     shown = {};
     shownMarked = {};
     if (!listing)
@@ -144,6 +131,17 @@ std::optional<int> PaneModel::rowForName(std::string_view name) const
     return static_cast<int>(place - visible.begin()) + (hasParentRow() ? 1 : 0);
 }
 
+std::optional<int> PaneModel::findRow(std::string_view typed, int from)
+{
+    if (!listing)
+        return std::nullopt;
+    if (!foldedNames)
+        foldedNames.emplace(*listing, visible);
+    auto const firstRow = hasParentRow() ? 1 : 0;
+    auto const place = foldedNames->find(typed, static_cast<std::size_t>(std::max(from - firstRow, 0)));
+    return place ? std::optional(static_cast<int>(*place) + firstRow) : std::nullopt;
+}
+
 bool PaneModel::isMarked(int row) const
 {
     auto const index = entryIndex(row);
@@ -199,13 +197,12 @@ void PaneModel::unmarkWhatIsNotOnShow()
 
 int PaneModel::markMatching(std::string_view mask, Marks change)
 {
-    auto const patterns = patternsOf(mask);
+    NameMask const pattern(mask);
     int count = 0;
     std::string name; // one for all, so that a large folder costs no allocation a row
     for (auto const index : visible) {
         name = nameAt(index);
-        auto const matches = [&](std::string const &pattern) { return fnmatch(pattern.c_str(), name.c_str(), 0) == 0; };
-        if (std::ranges::none_of(patterns, matches))
+        if (!pattern.matches(name))
             continue;
         ++count;
         mark(index, change == Marks::insert);

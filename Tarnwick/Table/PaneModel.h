@@ -3,6 +3,7 @@
 #include "TWCore/Model/Collation.h"
 #include "TWCore/Model/DirectorySnapshot.h"
 #include "Tarnwick/Settings/FolderPlacement.h"
+#include "Tarnwick/Table/FoldedNames.h"
 #include "Tarnwick/Table/MarkSet.h"
 #include "Tarnwick/Table/ViewOptions.h"
 
@@ -53,6 +54,12 @@ public:
     std::string_view name(int row) const;
     std::optional<int> rowForName(std::string_view name) const;
 
+    /// The row of the first name, from row `from` on and round, that begins with `typed`, or else contains it, whatever
+    /// the case. The names are kept in the form for this until the rows change or `endFinding`.
+    std::optional<int> findRow(std::string_view typed, int from);
+
+    void endFinding() { foldedNames.reset(); }
+
     bool isMarked(int row) const;
     void toggleMark(int row);
 
@@ -63,8 +70,7 @@ public:
     void markAll(Marks change);
     void invertMarks();
 
-    /// Marks or unmarks what a mask of `fnmatch` patterns, separated by blanks or semicolons, matches; answers how
-    /// many.
+    /// Marks or unmarks the rows that a `NameMask` matches; answers how many.
     int markMatching(std::string_view mask, Marks change);
 
     /// False with a mark on any name, on show or not.
@@ -135,6 +141,7 @@ private:
     MarkSet marks; ///< of entries on show and of hidden ones
     Sums shown;
     Sums shownMarked;
+    std::optional<FoldedNames> foldedNames; ///< of `visible`, during a search
 };
 
 } // namespace tw

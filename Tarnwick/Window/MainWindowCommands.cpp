@@ -51,6 +51,9 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::otherPane:
     case Command::equalizePanes:
     case Command::connect:
+    case Command::markAll:
+    case Command::unmarkAll:
+    case Command::invertMarks:
         return CommandState{};
     case Command::back:
         return CommandState{.isEnabled = window.activePane().canGoBack()};
@@ -107,6 +110,12 @@ void MainWindowCommands::perform(Command command)
         return window.cmdEqualizePanes();
     case Command::connect:
         return window.cmdConnect();
+    case Command::markAll:
+        return window.cmdMarkAll();
+    case Command::unmarkAll:
+        return window.cmdUnmarkAll();
+    case Command::invertMarks:
+        return window.cmdInvertMarks();
     default:
         break;
     }

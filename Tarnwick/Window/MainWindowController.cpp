@@ -1,6 +1,7 @@
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Operations/MarkByMask.h"
 #include "Tarnwick/Settings/Settings.h"
 
 namespace tw {
@@ -57,6 +58,9 @@ void MainWindowController::wire(PaneController &pane, PaneSide side)
     auto &callbacks = pane.callbacks;
     callbacks.onActivate = [this, side] { setActive(side); };
     callbacks.onSwitchSide = [this] { cmdSwapPanes(); };
+    callbacks.onMaskWanted = [this](PaneModel::Marks change) {
+        start(change == PaneModel::Marks::insert ? markByMask : unmarkByMask);
+    };
     callbacks.onConnectionMenuWanted = [this, side] { openConnectionMenu(side); };
     callbacks.onDetailsWanted = [this](Text title, std::string words) {
         if (window)
@@ -233,6 +237,21 @@ void MainWindowController::cmdEqualizePanes()
 void MainWindowController::cmdToggleHidden()
 {
     activePane().toggleHidden();
+}
+
+void MainWindowController::cmdMarkAll()
+{
+    activePane().markAll(PaneModel::Marks::insert);
+}
+
+void MainWindowController::cmdUnmarkAll()
+{
+    activePane().markAll(PaneModel::Marks::remove);
+}
+
+void MainWindowController::cmdInvertMarks()
+{
+    activePane().invertMarks();
 }
 
 void MainWindowController::cmdNewTab()

@@ -87,6 +87,9 @@ public:
 
     /// Counted from 1. A number without a tab changes nothing.
     void selectTabByNumber(int number);
+    void cmdMarkAll();
+    void cmdUnmarkAll();
+    void cmdInvertMarks();
     void cmdMinimizeWindow();
 
     /// The other pane goes to the path of the active one, on the connection that it has.

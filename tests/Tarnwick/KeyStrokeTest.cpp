@@ -110,7 +110,7 @@ TEST(KeyStrokeTest, onAKoreanKeyboardALetterIsFoundByItsPlace)
 
 TEST(KeyStrokeTest, onAFrenchKeyboardALatinLetterIsNoOtherOne)
 {
-    EXPECT_EQ(commandOf(withControl("A", key::q)), Found());
+    EXPECT_EQ(commandOf(withControl("A", key::q)), Command::markAll);
     EXPECT_EQ(commandOf(withControl("Q", key::a)), Command::quit);
     EXPECT_EQ(commandOf(withControl(",", key::m)), Found());
     EXPECT_EQ(commandOf(withControl("À", key::zero)), Command::textActualSize);

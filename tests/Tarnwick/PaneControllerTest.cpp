@@ -459,7 +459,7 @@ TEST_F(PaneControllerTest, keysThatMeanNothingHereAreLeftToOthers)
     show("/srv", {file("a")});
     press({.key = Key::enter, .control = true, .text = {}});
     EXPECT_FALSE(handled);
-    press({.key = Key::character, .text = "x"});
+    press({.key = Key::character, .control = true, .text = "x"});
     EXPECT_FALSE(handled);
     press(Key::left);
     EXPECT_FALSE(handled);

@@ -31,6 +31,7 @@ public:
     bool ascending = true;
     bool isActive = false;
     bool hasFocus = false;
+    std::vector<Composition> compositionEnds;
 
     void reloadRows() override { ++reloads; }
 
@@ -82,6 +83,8 @@ public:
     void showActive(bool active) override { isActive = active; }
 
     void takeKeyboardFocus() override { hasFocus = true; }
+
+    void endComposition(Composition how) override { compositionEnds.push_back(how); }
 
     void beep() override { ++beeps; }
 };

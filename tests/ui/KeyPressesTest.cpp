@@ -48,6 +48,21 @@ TEST(KeyPressesTest, theSignsOfTheNumericPadAreKeysOfTheirOwn)
     EXPECT_TRUE(pressed(Qt::Key_Enter, Qt::KeypadModifier).isPlain());
 }
 
+TEST(KeyPressesTest, bracketsWithControlAreKnownByTheirPlaceOnAnyLayout)
+{
+    constexpr quint32 leftPlace = 34; // of the kernel's key 26, as X11 and Wayland count
+    constexpr quint32 rightPlace = 35;
+    auto const pressedAt = [](quint32 place, int key, Qt::KeyboardModifiers held) {
+        return keyPressOf(QKeyEvent(QEvent::KeyPress, key, held, place, 0, 0)).key;
+    };
+    EXPECT_EQ(pressedAt(leftPlace, Qt::Key_BracketLeft, Qt::ControlModifier), Key::leftBracket);
+    EXPECT_EQ(pressedAt(rightPlace, Qt::Key_BracketRight, Qt::ControlModifier), Key::rightBracket);
+    EXPECT_EQ(pressedAt(leftPlace, Qt::Key_Udiaeresis, Qt::ControlModifier), Key::leftBracket) << "German";
+    EXPECT_EQ(pressedAt(rightPlace, 0x042A, Qt::ControlModifier), Key::rightBracket) << "Cyrillic";
+    EXPECT_EQ(pressedAt(leftPlace, Qt::Key_BracketLeft, Qt::NoModifier), Key::character);
+    EXPECT_EQ(pressedAt(30, Qt::Key_A, Qt::ControlModifier), Key::character);
+}
+
 TEST(KeyPressesTest, whatWasHeldIsTold)
 {
     EXPECT_TRUE(pressed(Qt::Key_Up).isPlain());

@@ -1,6 +1,11 @@
+#include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
+#include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
 #include <gmock/gmock.h>
 
 namespace tw::test {
@@ -211,12 +216,44 @@ TEST_F(PaneKeysTest, controlAndWClosesTheWindow)
     EXPECT_FALSE(window->isVisible());
 }
 
+TEST_F(PaneKeysTest, lettersFindANameAndTheStatusLineShowsThem)
+{
+    open();
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("C"));
+    EXPECT_EQ(cursorName(), "c");
+    EXPECT_EQ(status(PaneSide::left), "search: C|");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(status(PaneSide::left).find("search"), std::string::npos);
+}
+
+TEST_F(PaneKeysTest, allIsMarkedAndUnmarkedByKeys)
+{
+    open();
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_THAT(active().model().markedNames(), ElementsAre("inner", "a", "b", "c"));
+    press(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(active().model().markedNames().empty());
+}
+
+TEST_F(PaneKeysTest, thePlusOfTheNumericPadMarksByAMask)
+{
+    open();
+    press(Qt::Key_Plus, Qt::KeypadModifier);
+    processUntil(
+        [this] { return window->findChild<PromptSheet *>() && window->findChild<PromptSheet *>()->isVisible(); });
+    auto &sheet = *window->findChild<PromptSheet *>();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&sheet));
+    sheet.field().setText(QStringLiteral("[ab]"));
+    press(Qt::Key_Return);
+    processUntil([this] { return !active().model().isUnmarked(); });
+    EXPECT_THAT(active().model().markedNames(), ElementsAre("a", "b"));
+}
+
 TEST_F(PaneKeysTest, aKeyThatMeansNothingMovesNothing)
 {
     open();
     press(Qt::Key_Down);
     press(Qt::Key_F9);
-    press(Qt::Key_C);
     press(Qt::Key_Left);
     press(Qt::Key_Right);
     press(Qt::Key_Home, Qt::ControlModifier);

@@ -59,6 +59,22 @@ Key keyOf(int key)
     }
 }
 
+/// Signs that a pane knows by the place of their key, since many layouts type them with a third hand. X11 and Wayland
+/// both count the keys of the kernel from 8.
+Key keyAtPosition(quint32 scanCode)
+{
+    constexpr quint32 leftBracketPosition = 26 + 8;
+    constexpr quint32 rightBracketPosition = 27 + 8;
+    switch (scanCode) {
+    case leftBracketPosition:
+        return Key::leftBracket;
+    case rightBracketPosition:
+        return Key::rightBracket;
+    default:
+        return Key::character;
+    }
+}
+
 } // namespace
 
 KeyPress keyPressOf(QKeyEvent const &event)
@@ -67,6 +83,8 @@ KeyPress keyPressOf(QKeyEvent const &event)
     auto key = keyOf(event.key());
     if (key == Key::character && held.testFlag(Qt::KeypadModifier))
         key = keypadKeyOf(event.key());
+    if (key == Key::character && held.testFlag(Qt::ControlModifier))
+        key = keyAtPosition(event.nativeScanCode());
     return {
         .key = key,
         .shift = held.testFlag(Qt::ShiftModifier),

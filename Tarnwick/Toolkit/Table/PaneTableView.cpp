@@ -3,6 +3,9 @@
 #include "Tarnwick/Toolkit/Table/KeyPresses.h"
 #include "Tarnwick/Toolkit/Table/PaneDelegate.h"
 
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -136,6 +139,8 @@ void PaneTableView::showCursor(std::optional<int> row)
     setCurrentIndex(row ? model()->index(*row, 0) : QModelIndex());
     if (row)
         scrollIntoView(*row);
+    if (hasFocus())
+        QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle);
     bringCursorIntoViewWhenShown = !isVisible();
 }
 
@@ -199,6 +204,35 @@ void PaneTableView::keyPressEvent(QKeyEvent *event)
     event->setAccepted(onKey && onKey(keyPressOf(*event)));
 }
 
+void PaneTableView::inputMethodEvent(QInputMethodEvent *event)
+{
+    auto const committed = event->commitString();
+    auto const composed = event->preeditString();
+    if (!committed.isEmpty() && onTextTyped)
+        onTextTyped(committed.toStdString());
+    // Committed text takes the place of what was composed.
+    if ((committed.isEmpty() || !composed.isEmpty()) && onTextComposed)
+        onTextComposed(composed.toStdString());
+    event->accept();
+}
+
+QVariant PaneTableView::inputMethodQuery(Qt::InputMethodQuery query) const
+{
+    switch (query) {
+    case Qt::ImEnabled:
+        return true;
+    case Qt::ImCursorRectangle: {
+        // The candidates of the input method stand at the row that they look for.
+        auto const row = rowRect(look.cursorRow.value_or(0));
+        return QRect(viewport()->mapTo(this, row.topLeft()), QSize(1, row.height()));
+    }
+    case Qt::ImHints:
+        return static_cast<int>(Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase);
+    default:
+        return QTableView::inputMethodQuery(query);
+    }
+}
+
 bool PaneTableView::focusNextPrevChild(bool /*next*/)
 {
     return false; // Tab is a key of the pane
@@ -207,6 +241,7 @@ bool PaneTableView::focusNextPrevChild(bool /*next*/)
 void PaneTableView::focusInEvent(QFocusEvent *event)
 {
     QTableView::focusInEvent(event);
+    setAttribute(Qt::WA_InputMethodEnabled); // the base class wants one for editable cells only
     if (onEntered)
         onEntered();
 }

@@ -11,8 +11,9 @@
 
 namespace tw {
 
-/// The table of a pane. It takes the raw events and decides nothing: it reports keys and clicks, and the controller
-/// places the cursor. Qt's own selection plays no part; its current cell follows the cursor for screen readers.
+/// The table of a pane. It takes the raw events and decides nothing: it reports keys, typed text and clicks, and the
+/// controller places the cursor. Qt's own selection plays no part; its current cell follows the cursor for screen
+/// readers.
 ///
 /// Lifetime: `rows` outlives it.
 class PaneTableView final : public QTableView {
@@ -35,6 +36,12 @@ public:
     /// Whether the key was used. What was not goes on to the widgets around.
     std::function<bool(KeyPress const &key)> onKey;
 
+    /// Text that an input method has committed.
+    std::function<void(std::string const &text)> onTextTyped;
+
+    /// Text that an input method composes; empty: it has given the text up.
+    std::function<void(std::string const &text)> onTextComposed;
+
     std::function<void(int row, ClickModifiers held)> onRowClicked;
     std::function<void(int row)> onRowDoubleClicked;
 
@@ -46,6 +53,8 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+    QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
     bool focusNextPrevChild(bool next) override;
     void focusInEvent(QFocusEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;

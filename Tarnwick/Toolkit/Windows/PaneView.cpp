@@ -12,6 +12,7 @@
 #include "Tarnwick/Toolkit/Windows/ConnectionButton.h"
 
 #include <QApplication>
+#include <QInputMethod>
 #include <QMouseEvent>
 #include <QVBoxLayout>
 
@@ -95,6 +96,8 @@ void PaneView::layOut()
 void PaneView::connectTable()
 {
     rowTable->onKey = [this](KeyPress const &key) { return controller->handleKey(key); };
+    rowTable->onTextTyped = [this](std::string const &text) { controller->textTyped(text); };
+    rowTable->onTextComposed = [this](std::string const &text) { controller->textComposed(text); };
     rowTable->onRowClicked = [this](int row, ClickModifiers held) { controller->rowClicked(row, held); };
     rowTable->onRowDoubleClicked = [this](int row) { controller->rowDoubleClicked(row); };
     rowTable->onEntered = [this] { controller->activated(); };
@@ -320,6 +323,14 @@ void PaneView::takeKeyboardFocus()
     // In a window in the background the keyboard comes with the window, but the pane is the active one from now on.
     if (!rowTable->hasFocus())
         controller->activated();
+}
+
+void PaneView::endComposition(Composition how)
+{
+    if (!rowTable->hasFocus())
+        return; // an input method works for what has the keyboard
+    auto *const method = QGuiApplication::inputMethod();
+    how == Composition::committed ? method->commit() : method->reset();
 }
 
 void PaneView::beep()

@@ -60,6 +60,7 @@ private:
     void showSortIndicator(SortKey key, bool ascending) override;
     void showActive(bool active) override;
     void takeKeyboardFocus() override;
+    void endComposition(Composition how) override;
     void beep() override;
 
     void layOut();
