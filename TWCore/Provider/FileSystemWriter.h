@@ -18,7 +18,7 @@ public:
     /// Deletes each of the paths. (`delete` is a word of the language.)
     virtual Task<void> remove(std::vector<std::string> paths) = 0;
 
-    /// Renames, or moves within this provider.
+    /// Renames, or moves within this provider. An existing target is an error, and stays as it is.
     virtual Task<void> rename(std::string from, std::string to) = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "TWCore/Shell/FileCommands.h"
 
+#include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/Trimmed.h"
 
 #include <charconv>
@@ -54,10 +55,20 @@ std::string remove(ShellDialect dialect, Paths paths)
 
 std::string rename(ShellDialect dialect, std::string_view from, std::string_view to)
 {
-    if (dialect == ShellDialect::posix)
-        return "mv -- " + quotePath(dialect, from) + " " + quotePath(dialect, to);
-    return "Move-Item -LiteralPath " + quotePath(dialect, from) + " -Destination " + quotePath(dialect, to) +
-           " -Force -ErrorAction Stop";
+    auto const source = quotePath(dialect, from);
+    auto const target = quotePath(dialect, to);
+    auto const differsInCaseOnly = lowerCased(from) == lowerCased(to);
+    if (dialect == ShellDialect::posix) {
+        auto isTaken = "[ -e " + target + " ] || [ -L " + target + " ]";
+        // A link and what it leads to are one file to -ef, and to be kept apart.
+        if (differsInCaseOnly)
+            isTaken = "{ " + isTaken + "; } && { [ -L " + source + " ] || [ -L " + target + " ] || ! [ " + source +
+                      " -ef " + target + " ]; }";
+        return "if " + isTaken + "; then echo 'File exists' >&2; false; else mv -- " + source + " " + target + "; fi";
+    }
+    // Windows takes both cases for one.
+    auto const refusal = differsInCaseOnly ? "" : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
+    return refusal + "Move-Item -LiteralPath " + source + " -Destination " + target + " -Force -ErrorAction Stop";
 }
 
 std::string copy(ShellDialect dialect, Paths from, std::string_view to)

@@ -33,7 +33,9 @@ std::string makeDirectory(ShellDialect dialect, std::string_view path);
 /// Deletes each path with everything below it.
 std::string remove(ShellDialect dialect, Paths paths);
 
-/// Renames or moves. An existing file is replaced; on a POSIX host an existing folder takes the source inside it.
+/// Renames or moves. Fails if the target exists, and leaves both as they are. What another program makes in the same
+/// moment may be replaced: no host can be relied on to refuse it. The other case of the same name is no target on a
+/// file system that takes both for one.
 std::string rename(ShellDialect dialect, std::string_view from, std::string_view to);
 
 /// Copies each path into the folder `to`, with times and permissions where the host keeps them.

@@ -37,6 +37,7 @@ enum class Command {
     sortBySize,
     connect,
     contextMenu,
+    rename,
     newFolder,
     copyName,
     copyNameWithoutExtension,

@@ -2,8 +2,8 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
-#include "Tarnwick/Operations/FolderName.h"
 #include "Tarnwick/Panes/PaneStatus.h"
+#include "Tarnwick/Table/NewName.h"
 
 namespace tw {
 
@@ -15,7 +15,7 @@ Dialogs::Prompt questionAbout(Operands const &where)
             .message = "Create in " + withNothingHidden(where.connection) + ":" + onOneLine(where.path),
             .initial = "",
             .okTitle = "Create",
-            .objection = objectionToFolderName};
+            .objection = objectionToNewName};
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Panes/PaneDisplay.h"
+#include "Tarnwick/Table/NameField.h"
 
 namespace tw {
 
@@ -47,6 +48,12 @@ public:
     void showActive(bool /*active*/) override {}
 
     void takeKeyboardFocus() override {}
+
+    void showNameField(NameField const & /*field*/) override {}
+
+    std::string textOfNameField() const override { return {}; }
+
+    void hideNameField() override {}
 
     void endComposition(Composition /*how*/) override {}
 

@@ -36,6 +36,7 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
       heading(browser),
       notices(collaborators.mainContext, collaborators.clock, [this] { showNotice(); }),
       searchExpiry(collaborators.mainContext, collaborators.clock, [this] { endSearch(); }),
+      pendingRename(collaborators.mainContext, collaborators.clock, [this] { beginScheduledRename(); }),
       shownPath(requested),
       shownConnection(connection)
 {
@@ -72,6 +73,7 @@ void PaneController::detach(PaneDisplay const &oldDisplay)
 {
     if (display != &oldDisplay)
         return;
+    endTyping();
     hidden.scrollToFirstVisibleRow(display->firstVisibleRow());
     display = &hidden;
 }
@@ -184,6 +186,7 @@ void PaneController::adoptViewOptions(ViewOptions const &options)
 {
     if (options == rows.viewOptions())
         return;
+    endRename(NameEnd::committed); // the field stands at a row
     changeRows([&] { rows.setViewOptions(options); });
     showSortIndicator();
     refreshStatus();

@@ -18,6 +18,7 @@
 #include "Tarnwick/Settings/Defaults.h"
 #include "Tarnwick/Table/KeyPress.h"
 #include "Tarnwick/Table/PaneModel.h"
+#include "Tarnwick/Table/RenameEdit.h"
 #include "Tarnwick/Table/SearchText.h"
 
 #include <functional>
@@ -58,6 +59,7 @@ public:
         std::function<void()> onDeleteRequested;
         std::function<void()> onPreviewRequested;
         std::function<void(PaneModel::Marks change)> onMaskWanted;
+        std::function<void(std::string from, std::string to)> onRenameRequested;
         std::function<void()> onLocationChanged;
         /// `place` answers something else, or may do so.
         std::function<void()> onPlaceShown;
@@ -213,6 +215,25 @@ public:
     /// Text that an input method composes, as it is now; empty: it has given the text up.
     void textComposed(std::string text);
 
+    /// Opens the field for the name under the cursor; beeps if there is none.
+    void beginRename();
+
+    /// The view's report of a second click on the name under the cursor: the field opens unless something else is done
+    /// within `delay`, in which the click may prove to be half of a double click.
+    void scheduleRename(int row, std::chrono::milliseconds delay);
+
+    enum class NameEnd { committed, cancelled };
+
+    /// The view's report that the field has lost the keyboard, or that the edit is called off. A name that cannot be is
+    /// refused by the operation.
+    void endRename(NameEnd how);
+
+    /// The view's report of Return in the field. A name that cannot be stays to be corrected.
+    void confirmName();
+
+    /// A name is being edited in its row.
+    bool isRenaming() const noexcept { return renaming.has_value(); }
+
     /// A name is being looked for by typing it.
     bool isSearching() const noexcept { return !search.isEmpty(); }
 
@@ -294,11 +315,14 @@ private:
     bool handleSpace(KeyPress const &key);
     bool handleEscape();
     bool moveCursor(Key key);
+    bool goThroughHistory(KeyPress const &key);
     bool wantMask(PaneModel::Marks change);
     bool toggleMarkAndAdvance();
     bool typeToSearch(KeyPress const &key);
     bool deleteFromSearch();
     void takeComposition();
+    void beginScheduledRename();
+    void endTyping();
     void applySearch();
     void leaveSearch();
     std::optional<int> cursorTarget(Key key) const;
@@ -343,6 +367,9 @@ private:
     std::optional<DirectorySnapshot> deferredRefresh; ///< of the folder on show
     SearchText search;
     Alarm searchExpiry;
+    std::optional<RenameEdit> renaming;
+    Alarm pendingRename;
+    std::string nameToEdit; ///< when `pendingRename` rings
     std::stop_source updateLoop;
     Defaults::Subscription placementObservation;
 

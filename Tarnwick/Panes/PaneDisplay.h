@@ -12,6 +12,8 @@
 
 namespace tw {
 
+struct NameField;
+
 /// What a PaneController needs of a toolkit: it says what to show, and the display shows just that.
 ///
 /// The rows themselves are read from the controller's model when they are painted.
@@ -73,6 +75,12 @@ public:
     /// The keyboard and the commands act on the active pane.
     virtual void showActive(bool active) = 0;
     virtual void takeKeyboardFocus() = 0;
+
+    /// Opens a field over a name, with the keyboard. It closes with `hideNameField`, which gives the keyboard back to
+    /// the rows if the field has it.
+    virtual void showNameField(NameField const &field) = 0;
+    virtual std::string textOfNameField() const = 0;
+    virtual void hideNameField() = 0;
 
     enum class Composition { committed, discarded };
 

@@ -7,6 +7,7 @@ namespace tw {
 bool PaneController::handleKey(KeyPress const &key)
 {
     wasTouched = true; // before the key makes a new wish
+    pendingRename.cancel();
     if (key.isShiftAlone()) {
         if (auto const target = cursorTarget(key.key)) {
             cursor.markUpTo(*target);
@@ -40,6 +41,11 @@ bool PaneController::handleModifiedKey(KeyPress const &key)
         return ask(callbacks.onDeleteRequested);
     case Key::escape:
         return handleEscape();
+    case Key::left:
+    case Key::right:
+    case Key::leftBracket:
+    case Key::rightBracket:
+        return goThroughHistory(key);
     case Key::character:
         return typeToSearch(key);
     default:
@@ -129,6 +135,16 @@ bool PaneController::moveCursor(Key key)
     return true;
 }
 
+/// Arrows with Alt, brackets with Control.
+bool PaneController::goThroughHistory(KeyPress const &key)
+{
+    auto const isArrow = key.key == Key::left || key.key == Key::right;
+    if (key.alt != isArrow || key.control == isArrow)
+        return false;
+    key.key == Key::left || key.key == Key::leftBracket ? goBack() : goForward();
+    return true;
+}
+
 /// Leaves a key to the pane's owner, if there is one for it.
 bool PaneController::ask(std::function<void()> const &owner)
 {
@@ -198,6 +214,7 @@ void PaneController::cursorAndMarksChanged()
 void PaneController::rowClicked(int row, ClickModifiers held)
 {
     wasTouched = true;
+    pendingRename.cancel();
     if (row < 0 || row >= rows.rowCount())
         return;
     if (held.shift) {
@@ -220,6 +237,7 @@ void PaneController::rowClicked(int row, ClickModifiers held)
 void PaneController::rowDoubleClicked(int row)
 {
     wasTouched = true;
+    pendingRename.cancel();
     if (row < 0 || row >= rows.rowCount())
         return;
     cursor.moveTo(row);

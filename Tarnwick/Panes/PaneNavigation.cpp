@@ -130,7 +130,7 @@ void PaneController::showPart(Navigation const &navigation, DirectorySnapshot pa
     }
     if (isOnShow)
         return; // rows that are whole stay until the new ones are
-    endSearch();
+    endTyping();
     if (navigation.source != browser) {
         browser = navigation.source;
         connection = navigation.connection;
@@ -202,7 +202,10 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
 {
     auto &snapshot = arrival.result.snapshot;
     auto const isSameConnection = navigation.source == browser;
-    endSearch();
+    if (isSameConnection && pathOnShow() == snapshot.path())
+        endSearch(); // a name that is edited stays under the user's hands
+    else
+        endTyping();
     auto const wasReading = std::exchange(isReading, false);
     if (arrival.updates)
         adopt(navigation, *std::move(arrival.updates));

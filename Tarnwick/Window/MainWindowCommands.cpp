@@ -54,6 +54,7 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::markAll:
     case Command::unmarkAll:
     case Command::invertMarks:
+    case Command::rename:
         return CommandState{};
     case Command::back:
         return CommandState{.isEnabled = window.activePane().canGoBack()};
@@ -116,6 +117,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdUnmarkAll();
     case Command::invertMarks:
         return window.cmdInvertMarks();
+    case Command::rename:
+        return window.cmdRename();
     default:
         break;
     }

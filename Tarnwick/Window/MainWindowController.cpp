@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "Tarnwick/Operations/MarkByMask.h"
+#include "Tarnwick/Operations/Rename.h"
 #include "Tarnwick/Settings/Settings.h"
 
 namespace tw {
@@ -58,6 +59,11 @@ void MainWindowController::wire(PaneController &pane, PaneSide side)
     auto &callbacks = pane.callbacks;
     callbacks.onActivate = [this, side] { setActive(side); };
     callbacks.onSwitchSide = [this] { cmdSwapPanes(); };
+    callbacks.onRenameRequested = [this, &pane](std::string from, std::string to) {
+        if (window)
+            spawn({collaborators.mainContext, {}},
+                  performRename(contextOf(pane.shared_from_this()), std::move(from), std::move(to)));
+    };
     callbacks.onMaskWanted = [this](PaneModel::Marks change) {
         start(change == PaneModel::Marks::insert ? markByMask : unmarkByMask);
     };
@@ -188,13 +194,17 @@ void MainWindowController::start(Operation operation)
 {
     if (!operation || !window || !activePane().model().snapshot() || !pane(active)->hasAllRows())
         return;
-    OperationContext context{
-        .operands = activePane().operands(), .pane = pane(active), .panes = {}, .dialogs = window->dialogs()};
+    spawn({collaborators.mainContext, {}}, operation(contextOf(pane(active))));
+}
+
+OperationContext MainWindowController::contextOf(std::shared_ptr<PaneController> const &of) const
+{
+    OperationContext context{.operands = of->operands(), .pane = of, .panes = {}, .dialogs = window->dialogs()};
     for (auto const &each : containers) {
         for (auto const &one : each->panes())
             context.panes.push_back(one);
     }
-    spawn({collaborators.mainContext, {}}, operation(std::move(context)));
+    return context;
 }
 
 void MainWindowController::cmdConnect()
@@ -252,6 +262,11 @@ void MainWindowController::cmdUnmarkAll()
 void MainWindowController::cmdInvertMarks()
 {
     activePane().invertMarks();
+}
+
+void MainWindowController::cmdRename()
+{
+    activePane().beginRename();
 }
 
 void MainWindowController::cmdNewTab()

@@ -90,6 +90,7 @@ public:
     void cmdMarkAll();
     void cmdUnmarkAll();
     void cmdInvertMarks();
+    void cmdRename();
     void cmdMinimizeWindow();
 
     /// The other pane goes to the path of the active one, on the connection that it has.
@@ -112,6 +113,7 @@ private:
     void wire(PaneController &pane, PaneSide side);
     void restore(PaneSide side, std::optional<PaneSpec> const &override);
     void rememberSides();
+    OperationContext contextOf(std::shared_ptr<PaneController> const &pane) const;
     void readHosts();
     static Task<void> completeMenus(Task<std::vector<std::string>> reading, std::shared_ptr<KnownHosts> known,
                                     WeakPanes panes);

@@ -1,5 +1,6 @@
 #include "TWCore/Shell/FileCommands.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tw::test {
@@ -25,9 +26,20 @@ TEST(FileCommandsTest, pathsAreDeletedInOneCommand)
 
 TEST(FileCommandsTest, aPathIsRenamed)
 {
-    EXPECT_EQ(FileCommands::rename(posix, "/a", "/b"), "mv -- '/a' '/b'");
+    EXPECT_EQ(FileCommands::rename(posix, "/a", "/b"),
+              "if [ -e '/b' ] || [ -L '/b' ]; then echo 'File exists' >&2; false; else mv -- '/a' '/b'; fi");
     EXPECT_EQ(FileCommands::rename(powershell, "/C:/a", "/D:/b"),
+              "if(Test-Path -LiteralPath 'D:/b'){ throw 'File exists' }; "
               "Move-Item -LiteralPath 'C:/a' -Destination 'D:/b' -Force -ErrorAction Stop");
+}
+
+TEST(FileCommandsTest, theOtherCaseOfANameIsNoTargetWhereBothAreOneFile)
+{
+    EXPECT_EQ(FileCommands::rename(posix, "/a", "/A"),
+              "if { [ -e '/A' ] || [ -L '/A' ]; } && { [ -L '/a' ] || [ -L '/A' ] || ! [ '/a' -ef '/A' ]; }; "
+              "then echo 'File exists' >&2; false; else mv -- '/a' '/A'; fi");
+    EXPECT_EQ(FileCommands::rename(powershell, "/C:/a", "/C:/A"),
+              "Move-Item -LiteralPath 'C:/a' -Destination 'C:/A' -Force -ErrorAction Stop");
 }
 
 TEST(FileCommandsTest, pathsAreCopiedIntoAFolder)
@@ -51,7 +63,7 @@ TEST(FileCommandsTest, aNameIsNeverAnOptionAndKeepsItsLineFeed)
 {
     std::vector<std::string> const odd{"-rf", "/a\nb"};
     EXPECT_EQ(FileCommands::remove(posix, odd), "rm -rf -- '-rf' '/a\nb'");
-    EXPECT_EQ(FileCommands::rename(posix, "-a", "-b"), "mv -- '-a' '-b'");
+    EXPECT_THAT(FileCommands::rename(posix, "-a", "-b"), testing::HasSubstr("mv -- '-a' '-b'"));
 }
 
 TEST(FileCommandsTest, theRootOfAWindowsHostIsNoPathThere)

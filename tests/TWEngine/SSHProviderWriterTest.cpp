@@ -56,6 +56,31 @@ TEST_F(SSHProviderWriterTest, aPathIsRenamed)
     EXPECT_FALSE(std::filesystem::exists(from));
 }
 
+TEST_F(SSHProviderWriterTest, anExistingTargetIsRefusedAndBothStay)
+{
+    auto const from = folder.file("it's", "content");
+    folder.folder("taken folder");
+    auto const taken = folder.file("-taken", "other");
+    folder.link("dangling", "nowhere");
+    for (auto const &to : {taken, folder.path("taken folder"), folder.path("dangling")})
+        EXPECT_EQ(failureOf(loop.start(provider->rename(from, to))), "rename failed on " + from + ": File exists");
+    EXPECT_EQ(run(provider, "cat '" + taken + "'"), "other");
+    EXPECT_EQ(run(provider, "ls -A '" + folder.path("taken folder") + "'"), "");
+    EXPECT_TRUE(std::filesystem::exists(from));
+}
+
+TEST_F(SSHProviderWriterTest, theOtherCaseOfANameIsANameOfItsOwnHere)
+{
+    auto const from = folder.file("name", "content");
+    auto const taken = folder.file("NAME", "other");
+    folder.link("Name", "name");
+    for (auto const &to : {taken, folder.path("Name")})
+        EXPECT_EQ(failureOf(loop.start(provider->rename(from, to))), "rename failed on " + from + ": File exists");
+    loop.run(provider->rename(from, folder.path("nAME")));
+    EXPECT_EQ(run(provider, "cat '" + folder.path("nAME") + "'"), "content");
+    EXPECT_EQ(run(provider, "cat '" + taken + "'"), "other");
+}
+
 TEST_F(SSHProviderWriterTest, pathsAreCopiedOnTheHost)
 {
     folder.folder("from");

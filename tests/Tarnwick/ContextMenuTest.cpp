@@ -28,7 +28,7 @@ std::vector<std::string> titles(ContextSubject const &subject)
 TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 {
     EXPECT_THAT(titles({.row = Row::folder}),
-                ElementsAre("Open Folder", "-", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
+                ElementsAre("Open Folder", "-", "Rename…", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
                             "Copy/Relative to Other Pane", "Copy/Relative to Home", "Copy/Enclosing Folder", "-",
                             "New Folder…", "Refresh", "Show Hidden Files"));
 }
@@ -36,9 +36,9 @@ TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 {
     EXPECT_THAT(titles({.row = Row::file, .isLocal = false}),
-                ElementsAre("Copy/Name", "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
-                            "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "-", "New Folder…", "Refresh",
-                            "Show Hidden Files"));
+                ElementsAre("Rename…", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
+                            "Copy/Host and Path", "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "-",
+                            "New Folder…", "Refresh", "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, besideTheFilesItIsAboutTheFolderOnShow)

@@ -64,6 +64,21 @@ TEST_F(PaneInteractionTest, withoutAnOwnerForThemKeysGoOn)
     EXPECT_FALSE(control(Key::backspace));
 }
 
+TEST_F(PaneInteractionTest, arrowsWithAltAndBracketsWithControlGoThroughTheHistory)
+{
+    show({"other"});
+    EXPECT_TRUE(press({.key = Key::left, .alt = true, .text = {}}));
+    EXPECT_EQ(pane->requestedPath(), "/x");
+    loop.drain();
+    EXPECT_TRUE(control(Key::rightBracket));
+    EXPECT_EQ(pane->requestedPath(), "/xx");
+    EXPECT_TRUE(control(Key::leftBracket));
+    EXPECT_EQ(pane->requestedPath(), "/x");
+    EXPECT_FALSE(press({.key = Key::right, .control = true, .alt = true, .text = {}}));
+    EXPECT_TRUE(press({.key = Key::right, .alt = true, .text = {}}));
+    EXPECT_EQ(pane->requestedPath(), "/xx");
+}
+
 TEST_F(PaneInteractionTest, movingKeysWithOthersHeldAreNotHandled)
 {
     for (auto const key : {Key::home, Key::end, Key::pageUp, Key::pageDown, Key::up, Key::down, Key::enter})

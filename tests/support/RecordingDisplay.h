@@ -2,6 +2,7 @@
 
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
+#include "Tarnwick/Table/NameField.h"
 
 #include <string>
 
@@ -32,6 +33,7 @@ public:
     bool isActive = false;
     bool hasFocus = false;
     std::vector<Composition> compositionEnds;
+    std::optional<NameField> nameField; ///< with the text that is typed into it
 
     void reloadRows() override { ++reloads; }
 
@@ -83,6 +85,12 @@ public:
     void showActive(bool active) override { isActive = active; }
 
     void takeKeyboardFocus() override { hasFocus = true; }
+
+    void showNameField(NameField const &field) override { nameField = field; }
+
+    std::string textOfNameField() const override { return nameField ? nameField->text : std::string(); }
+
+    void hideNameField() override { nameField.reset(); }
 
     void endComposition(Composition how) override { compositionEnds.push_back(how); }
 

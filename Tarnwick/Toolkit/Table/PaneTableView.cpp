@@ -1,6 +1,8 @@
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 
+#include "Tarnwick/Panes/NameField.h"
 #include "Tarnwick/Toolkit/Table/KeyPresses.h"
+#include "Tarnwick/Toolkit/Table/NameEditor.h"
 #include "Tarnwick/Toolkit/Table/PaneDelegate.h"
 
 #include <QGuiApplication>
@@ -137,6 +139,7 @@ void PaneTableView::showCursor(std::optional<int> row)
     look.cursorRow = row;
     redrawRow(look.cursorRow);
     setCurrentIndex(row ? model()->index(*row, 0) : QModelIndex());
+    setAttribute(Qt::WA_InputMethodEnabled); // as in focusInEvent
     if (row)
         scrollIntoView(*row);
     if (hasFocus())
@@ -242,6 +245,7 @@ void PaneTableView::focusInEvent(QFocusEvent *event)
 {
     QTableView::focusInEvent(event);
     setAttribute(Qt::WA_InputMethodEnabled); // the base class wants one for editable cells only
+    keyboardCameByClick = event->reason() == Qt::MouseFocusReason || event->reason() == Qt::ActiveWindowFocusReason;
     if (onEntered)
         onEntered();
 }
@@ -250,6 +254,8 @@ void PaneTableView::mousePressEvent(QMouseEvent *event)
 {
     auto const row = rowAt(event->position().toPoint().y());
     auto const held = event->modifiers();
+    nameMayBeClickedAgain = isAgainOnName(*event) ? std::optional(row) : std::nullopt;
+    keyboardCameByClick = false;
     if (event->button() == Qt::LeftButton && row >= 0 && onRowClicked)
         onRowClicked(row, {.shift = held.testFlag(Qt::ShiftModifier), .control = held.testFlag(Qt::ControlModifier)});
 }
@@ -259,7 +265,54 @@ void PaneTableView::mouseMoveEvent(QMouseEvent * /*event*/)
     // The base class would select along the way.
 }
 
-void PaneTableView::mouseReleaseEvent(QMouseEvent * /*event*/) {}
+void PaneTableView::mouseReleaseEvent(QMouseEvent *event)
+{
+    auto const row = std::exchange(nameMayBeClickedAgain, std::nullopt);
+    if (row && row == rowAt(event->position().toPoint().y()) && onNameClickedAgain)
+        onNameClickedAgain(*row);
+}
+
+bool PaneTableView::isAgainOnName(QMouseEvent const &press) const
+{
+    auto const place = press.position().toPoint();
+    return press.button() == Qt::LeftButton && press.modifiers() == Qt::NoModifier && !keyboardCameByClick &&
+           hasFocus() && rowAt(place.y()) == look.cursorRow &&
+           columnAt(place.x()) == static_cast<int>(PaneColumn::name);
+}
+
+void PaneTableView::showNameField(NameField const &field)
+{
+    hideNameField();
+    auto place = visualRect(model()->index(field.row, static_cast<int>(PaneColumn::name)));
+    place.setLeft(place.left() + look.fonts.iconSize() + PaneDelegate::cellMargin);
+    auto const base = QString::fromStdString(field.base).size();
+    nameEditor = new NameEditor(viewport(), place, QString::fromStdString(field.text), base);
+    nameEditor->setFont(look.fonts.text);
+    nameEditor->onConfirmed = onNameConfirmed;
+    nameEditor->onCancelled = onNameCancelled;
+    nameEditor->onLeft = onNameLeft;
+    nameEditor->show();
+    nameEditor->setFocus(Qt::OtherFocusReason);
+}
+
+std::string PaneTableView::textOfNameField() const
+{
+    return nameEditor ? nameEditor->text().toStdString() : std::string();
+}
+
+void PaneTableView::hideNameField()
+{
+    auto *const editor = nameEditor.data();
+    nameEditor.clear();
+    if (!editor)
+        return;
+    // Qt may still be in one of its events.
+    editor->onConfirmed = editor->onCancelled = editor->onLeft = nullptr;
+    if (window()->focusWidget() == editor)
+        setFocus(Qt::OtherFocusReason);
+    editor->hide();
+    editor->deleteLater();
+}
 
 void PaneTableView::mouseDoubleClickEvent(QMouseEvent *event)
 {
@@ -268,6 +321,7 @@ void PaneTableView::mouseDoubleClickEvent(QMouseEvent *event)
         mousePressEvent(event);
         return;
     }
+    nameMayBeClickedAgain.reset();
     auto const row = rowAt(event->position().toPoint().y());
     if (event->button() == Qt::LeftButton && row >= 0 && onRowDoubleClicked)
         onRowDoubleClicked(row);

@@ -5,11 +5,15 @@
 #include "Tarnwick/Toolkit/Table/PaneHeaderView.h"
 #include "Tarnwick/Toolkit/Table/PaneTableModel.h"
 
+#include <QPointer>
 #include <QTableView>
 
 #include <functional>
 
 namespace tw {
+
+class NameEditor;
+struct NameField;
 
 /// The table of a pane. It takes the raw events and decides nothing: it reports keys, typed text and clicks, and the
 /// controller places the cursor. Qt's own selection plays no part; its current cell follows the cursor for screen
@@ -31,6 +35,11 @@ public:
     void scrollToFirstVisibleRow(int row);
     int wholeVisibleRows() const;
 
+    /// Opens a field over a name. Whatever ends the edit is reported, and `hideNameField` closes the field.
+    void showNameField(NameField const &field);
+    std::string textOfNameField() const;
+    void hideNameField();
+
     PaneHeaderView &titles() const { return *header; }
 
     /// Whether the key was used. What was not goes on to the widgets around.
@@ -44,6 +53,14 @@ public:
 
     std::function<void(int row, ClickModifiers held)> onRowClicked;
     std::function<void(int row)> onRowDoubleClicked;
+
+    /// A click on the name under the cursor, in a table that had the keyboard.
+    std::function<void(int row)> onNameClickedAgain;
+
+    /// Return and Escape in the field of a name, and that the keyboard has left the field.
+    std::function<void()> onNameConfirmed;
+    std::function<void()> onNameCancelled;
+    std::function<void()> onNameLeft;
 
     /// The table got the keyboard.
     std::function<void()> onEntered;
@@ -72,6 +89,7 @@ private:
     void applyColors();
     void redrawRow(std::optional<int> row);
     void scrollIntoView(int row);
+    bool isAgainOnName(QMouseEvent const &press) const;
     bool isInView(int row, int viewHeight) const;
     QRect rowRect(int row) const;
     int heightOfRows() const;
@@ -82,6 +100,9 @@ private:
     /// Where the rows are to stand when the view is shown: before, it is not laid out. Nothing: wherever they are.
     std::optional<int> firstRowWhenShown;
     bool bringCursorIntoViewWhenShown = false;
+    QPointer<NameEditor> nameEditor;
+    bool keyboardCameByClick = false;         ///< no press has come since
+    std::optional<int> nameMayBeClickedAgain; ///< the row of a press that may be the first half of such a click
 };
 
 } // namespace tw

@@ -60,6 +60,7 @@ PaneView::PaneView(std::shared_ptr<PaneController> pane, Defaults &defaults, Pan
 
 PaneView::~PaneView()
 {
+    controller->endRename(PaneController::NameEnd::cancelled); // the window is half gone, and asks no more questions
     controller->detach(*this);
     delete rowTable; // before the rows that it shows
 }
@@ -100,6 +101,12 @@ void PaneView::connectTable()
     rowTable->onTextComposed = [this](std::string const &text) { controller->textComposed(text); };
     rowTable->onRowClicked = [this](int row, ClickModifiers held) { controller->rowClicked(row, held); };
     rowTable->onRowDoubleClicked = [this](int row) { controller->rowDoubleClicked(row); };
+    rowTable->onNameClickedAgain = [this](int row) {
+        controller->scheduleRename(row, std::chrono::milliseconds(QApplication::doubleClickInterval()));
+    };
+    rowTable->onNameConfirmed = [this] { controller->confirmName(); };
+    rowTable->onNameCancelled = [this] { controller->endRename(PaneController::NameEnd::cancelled); };
+    rowTable->onNameLeft = [this] { controller->endRename(PaneController::NameEnd::committed); };
     rowTable->onEntered = [this] { controller->activated(); };
     rowTable->onPainted = [this] { notePainted(); };
     rowTable->titles().onTitleClicked = [this](PaneColumn column) {
@@ -323,6 +330,21 @@ void PaneView::takeKeyboardFocus()
     // In a window in the background the keyboard comes with the window, but the pane is the active one from now on.
     if (!rowTable->hasFocus())
         controller->activated();
+}
+
+void PaneView::showNameField(NameField const &field)
+{
+    rowTable->showNameField(field);
+}
+
+std::string PaneView::textOfNameField() const
+{
+    return rowTable->textOfNameField();
+}
+
+void PaneView::hideNameField()
+{
+    rowTable->hideNameField();
 }
 
 void PaneView::endComposition(Composition how)

@@ -60,6 +60,9 @@ private:
     void showSortIndicator(SortKey key, bool ascending) override;
     void showActive(bool active) override;
     void takeKeyboardFocus() override;
+    void showNameField(NameField const &field) override;
+    std::string textOfNameField() const override;
+    void hideNameField() override;
     void endComposition(Composition how) override;
     void beep() override;
 

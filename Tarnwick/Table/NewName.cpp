@@ -1,4 +1,4 @@
-#include "Tarnwick/Operations/FolderName.h"
+#include "Tarnwick/Table/NewName.h"
 
 namespace tw {
 
@@ -9,10 +9,10 @@ constexpr std::size_t longestNameBytes = 255;
 
 } // namespace
 
-std::optional<std::string> objectionToFolderName(std::string_view name)
+std::optional<std::string> objectionToNewName(std::string_view name)
 {
     if (name.empty())
-        return "A folder needs a name.";
+        return "A name is needed.";
     if (name == "." || name == "..")
         return "“" + std::string(name) + "” already stands for another folder.";
     if (name.contains('/'))

@@ -1,0 +1,37 @@
+#include "Tarnwick/Operations/Rename.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "Tarnwick/Panes/PaneStatus.h"
+#include "Tarnwick/Table/NewName.h"
+
+namespace tw {
+
+namespace {
+
+/// A name with a slash would move the entry to another folder.
+Task<void> renameWithin(Operands where, std::string from, std::string to)
+{
+    if (auto objection = objectionToNewName(to))
+        throw FileOperationError::Failed("rename", where.pathOf(from), *std::move(objection));
+    co_await where.browser->rename(where.pathOf(from), where.pathOf(to));
+}
+
+} // namespace
+
+Task<void> performRename(OperationContext context, std::string from, std::string to)
+{
+    auto const where = context.operands;
+    if (!where.browser->writer()) {
+        context.warn(where.connection + " is read-only");
+        co_return;
+    }
+    auto work = context.beginWork();
+    auto const outcome = co_await outcomeOf(renameWithin(where, from, to));
+    work.reset();
+    context.rereadFolder(outcome.failure ? from : to);
+    if (outcome.failure)
+        co_await context.dialogs->error(PaneStatus::describe(outcome.failure));
+}
+
+} // namespace tw
