@@ -29,6 +29,11 @@ std::optional<PaneColumn> columnOf(std::string_view identifier)
     return found == paneColumns.end() ? std::nullopt : std::optional(*found);
 }
 
+void append(std::string &choices, std::string const &choice)
+{
+    choices += (choices.empty() ? "" : " ") + choice;
+}
+
 std::optional<int> numberIn(std::string_view text)
 {
     int number = 0;
@@ -50,7 +55,7 @@ ColumnLayout::Widths ColumnLayout::fitted(int available) const
     Widths result{};
     auto left = available;
     for (auto const column : paneColumns) {
-        if (column == PaneColumn::name)
+        if (column == PaneColumn::name || !isWanted(column))
             continue;
         result[indexOf(column)] = width(column);
         left -= width(column);
@@ -78,16 +83,30 @@ void ColumnLayout::reset(PaneColumn column)
     chosen[indexOf(column)].reset();
 }
 
+bool ColumnLayout::canBeHidden(PaneColumn column)
+{
+    return column != PaneColumn::name && column != PaneColumn::ext;
+}
+
+bool ColumnLayout::isWanted(PaneColumn column) const
+{
+    return !isHidden[indexOf(column)];
+}
+
+void ColumnLayout::want(PaneColumn column, bool wanted)
+{
+    isHidden[indexOf(column)] = !wanted && canBeHidden(column);
+}
+
 std::string ColumnLayout::text() const
 {
     std::string result;
     for (auto const column : paneColumns) {
-        auto const &choice = chosen[indexOf(column)];
-        if (!choice)
-            continue;
-        if (!result.empty())
-            result += ' ';
-        result.append(paneColumnIdentifier(column)).append(":").append(std::to_string(*choice));
+        std::string const identifier(paneColumnIdentifier(column));
+        if (auto const &choice = chosen[indexOf(column)])
+            append(result, identifier + ":" + std::to_string(*choice));
+        if (!isWanted(column))
+            append(result, "-" + identifier);
     }
     return result;
 }
@@ -95,10 +114,16 @@ std::string ColumnLayout::text() const
 void ColumnLayout::adopt(std::string_view stored)
 {
     chosen = {};
+    isHidden = {};
     while (!stored.empty()) {
         auto const end = std::min(stored.find(' '), stored.size());
         auto const part = stored.substr(0, end);
         stored.remove_prefix(std::min(end + 1, stored.size()));
+        if (part.starts_with('-')) {
+            if (auto const column = columnOf(part.substr(1)))
+                want(*column, false);
+            continue;
+        }
         auto const colon = part.find(':');
         if (colon == std::string_view::npos)
             continue;

@@ -9,7 +9,7 @@
 
 namespace tw {
 
-/// How wide the columns of a pane are. The name takes what the others leave.
+/// Which columns a pane has, and how wide they are. The name takes what the others leave.
 ///
 /// A column is as wide as the view proposes for its font until the user gives it a width. In a pane that is too
 /// narrow the least important columns go, so that names stay readable; they come back with the room.
@@ -35,7 +35,13 @@ public:
     /// Forgets the user's choice for a column.
     void reset(PaneColumn column);
 
-    /// The user's choices as they are stored: "ext:60 date:140".
+    /// Whether the user wants a column. Name and extension are one name, and always there.
+    static bool canBeHidden(PaneColumn column);
+
+    bool isWanted(PaneColumn column) const;
+    void want(PaneColumn column, bool wanted);
+
+    /// The user's choices as they are stored: "ext:60 date:140 -attr".
     std::string text() const;
 
     /// Takes over stored choices; what makes no sense in them is left out.
@@ -46,6 +52,7 @@ private:
 
     Widths widths;
     std::array<std::optional<int>, paneColumns.size()> chosen;
+    std::array<bool, paneColumns.size()> isHidden{}; ///< by the user
 };
 
 } // namespace tw

@@ -78,9 +78,38 @@ TEST_F(ColumnLayoutTest, choicesAreStoredAndTakenOver)
     EXPECT_EQ(other.text(), "");
 }
 
+TEST_F(ColumnLayoutTest, aColumnThatIsNotWantedLeavesItsRoomToTheName)
+{
+    layout.want(PaneColumn::date, false);
+    EXPECT_THAT(layout.fitted(600), ElementsAre(410, 50, 60, 0, 80));
+    layout.want(PaneColumn::date, true);
+    EXPECT_THAT(layout.fitted(600), ElementsAre(290, 50, 60, 120, 80));
+}
+
+TEST_F(ColumnLayoutTest, aNameIsAlwaysThereWithItsExtension)
+{
+    for (auto const column : {PaneColumn::name, PaneColumn::ext}) {
+        layout.want(column, false);
+        EXPECT_TRUE(layout.isWanted(column));
+    }
+    layout.adopt("-name -ext");
+    EXPECT_THAT(layout.fitted(600), ElementsAre(290, 50, 60, 120, 80));
+}
+
+TEST_F(ColumnLayoutTest, whatIsNotWantedIsStoredWithItsWidth)
+{
+    layout.choose(PaneColumn::date, 140, 600);
+    layout.want(PaneColumn::date, false);
+    layout.want(PaneColumn::attr, false);
+    EXPECT_EQ(layout.text(), "date:140 -date -attr");
+    ColumnLayout other({150, 50, 60, 120, 80});
+    other.adopt(layout.text());
+    EXPECT_EQ(other.fitted(600), layout.fitted(600));
+}
+
 TEST_F(ColumnLayoutTest, whatMakesNoSenseInStoredChoicesIsLeftOut)
 {
-    layout.adopt("ext:66 date: size:x attr:12345678901234567890 name:5 what:70 date:3 : size:70x  attr");
+    layout.adopt("ext:66 date: size:x attr:12345678901234567890 name:5 what:70 date:3 : size:70x  attr -what - --size");
     EXPECT_EQ(layout.text(), "ext:66");
 }
 

@@ -2,6 +2,8 @@
 #include "tests/ui/WindowTest.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QTest>
 #include <gmock/gmock.h>
@@ -222,14 +224,43 @@ TEST_F(PaneMouseTest, theWidthsOfTheColumnsHoldForBothPanesAndForTheNextStart)
     EXPECT_EQ(width(PaneSide::right, PaneColumn::date), date + 30);
 }
 
-TEST_F(PaneMouseTest, aDoubleClickOnALineGivesTheColumnItsUsualWidth)
+TEST_F(PaneMouseTest, aDoubleClickOnALineFitsTheColumnToWhatIsInIt)
+{
+    left.file("long.extension");
+    open();
+    auto const usual = width(PaneSide::left, PaneColumn::ext);
+    QPoint const line(table(PaneSide::left).titles().sectionViewportPosition(static_cast<int>(PaneColumn::ext)), 5);
+    QTest::mouseDClick(table(PaneSide::left).titles().viewport(), Qt::LeftButton, Qt::NoModifier, line);
+    EXPECT_GT(width(PaneSide::left, PaneColumn::ext), usual);
+    EXPECT_EQ(defaults.text("tw.columns"), "ext:" + std::to_string(width(PaneSide::left, PaneColumn::ext)));
+}
+
+TEST_F(PaneMouseTest, theMenuOfTheTitlesChoosesColumnsAndTheirUsualWidths)
 {
     open();
+    window->resize(1180, 720);
     auto const date = width(PaneSide::left, PaneColumn::date);
     dragLineBefore(PaneColumn::date, -30);
-    QPoint const line(table(PaneSide::left).titles().sectionViewportPosition(static_cast<int>(PaneColumn::date)), 5);
-    QTest::mouseDClick(table(PaneSide::left).titles().viewport(), Qt::LeftButton, Qt::NoModifier, line);
+    auto const choose = [this](QString const &title) {
+        auto &titles = table(PaneSide::left).titles();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), titles.mapToGlobal(QPoint(5, 5)));
+        QApplication::sendEvent(titles.viewport(), &event);
+        auto *const menu = titles.findChild<QMenu *>();
+        ASSERT_NE(menu, nullptr);
+        for (auto *const action : menu->actions()) {
+            if (action->text() == title)
+                action->trigger();
+        }
+        delete menu;
+    };
+    choose(QStringLiteral("Attr"));
+    EXPECT_TRUE(table(PaneSide::left).isColumnHidden(static_cast<int>(PaneColumn::attr)));
+    EXPECT_TRUE(table(PaneSide::right).isColumnHidden(static_cast<int>(PaneColumn::attr)));
+    choose(QStringLiteral("Usual Widths"));
     EXPECT_EQ(width(PaneSide::left, PaneColumn::date), date);
+    EXPECT_EQ(defaults.text("tw.columns"), "-attr");
+    choose(QStringLiteral("Attr"));
+    EXPECT_FALSE(table(PaneSide::left).isColumnHidden(static_cast<int>(PaneColumn::attr)));
     EXPECT_EQ(defaults.text("tw.columns"), "");
 }
 

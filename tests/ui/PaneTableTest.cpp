@@ -3,8 +3,11 @@
 #include "tests/support/Listings.h"
 #include "tests/ui/QtLoop.h"
 
+#include <QAccessible>
 #include <QApplication>
+#include <QHelpEvent>
 #include <QScrollBar>
+#include <QToolTip>
 #include <gmock/gmock.h>
 
 #include <set>
@@ -299,6 +302,46 @@ TEST_F(PaneTableTest, namesOfAnyBytesAreOneLineInTheirCell)
     auto const gap = cell(1, PaneColumn::ext).adjusted(-4, 3, -cell(1, PaneColumn::ext).width() + 4, -3);
     auto const image = picture(gap);
     EXPECT_GT(nearest(image, view.palette().color(QPalette::Text)), nearlyTheSame);
+}
+
+TEST_F(PaneTableTest, aNameThatIsCutIsShownWholeByATip)
+{
+    show({file("!short.txt"), file("<b>" + std::string(120, 'x') + "</b>.txt")});
+    auto const tipOver = [this](int row, PaneColumn column) {
+        auto const place = cell(row, column).center();
+        QHelpEvent event(QEvent::ToolTip, place, view.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(view.viewport(), &event);
+        return QToolTip::text();
+    };
+    for (int row = 1; row <= 2; ++row) {
+        auto const isCut = answer(row, PaneColumn::name, Qt::DisplayRole).toString().size() > 100;
+        EXPECT_EQ(tipOver(row, PaneColumn::size), QString());
+        auto const tip = tipOver(row, PaneColumn::name);
+        EXPECT_EQ(!tip.isEmpty(), isCut);
+        if (isCut)
+            EXPECT_TRUE(tip.contains(QStringLiteral("x&lt;/b&gt;.txt"))) << tip.toStdString();
+    }
+    QToolTip::hideText();
+}
+
+TEST_F(PaneTableTest, aScreenReaderHearsNamesMarksAndTitles)
+{
+    show({directory("d"), file("a.txt", 5)});
+    model.toggleMark(2);
+    auto *const interface = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_NE(interface, nullptr);
+    auto *const rows = interface->tableInterface();
+    ASSERT_NE(rows, nullptr);
+    EXPECT_EQ(rows->rowCount(), 3);
+    auto const heard = [&](int row, PaneColumn column) {
+        return rows->cellAt(row, static_cast<int>(column))->text(QAccessible::Name).toStdString();
+    };
+    EXPECT_EQ(interface->text(QAccessible::Name).toStdString(), "Files");
+    EXPECT_EQ(heard(0, PaneColumn::name), "parent folder");
+    EXPECT_EQ(heard(1, PaneColumn::name), "d, folder");
+    EXPECT_EQ(heard(2, PaneColumn::name), "a.txt, marked");
+    EXPECT_EQ(heard(2, PaneColumn::size), "5");
+    EXPECT_EQ(rows->columnDescription(static_cast<int>(PaneColumn::size)).toStdString(), "Size");
 }
 
 TEST_F(PaneTableTest, theRowsAreAsHighAsTheirFontNeeds)

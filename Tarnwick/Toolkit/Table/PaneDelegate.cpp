@@ -8,7 +8,15 @@ namespace tw {
 
 namespace {
 
-QFont const &fontOf(PaneFonts const &fonts, PaneColumn column)
+/// The end of a long name often tells it from its neighbours: a number, a version, a date.
+Qt::TextElideMode elisionOf(PaneColumn column)
+{
+    return column == PaneColumn::name ? Qt::ElideMiddle : Qt::ElideRight;
+}
+
+} // namespace
+
+QFont const &PaneDelegate::fontOf(PaneFonts const &fonts, PaneColumn column)
 {
     switch (column) {
     case PaneColumn::size:
@@ -23,13 +31,11 @@ QFont const &fontOf(PaneFonts const &fonts, PaneColumn column)
     return fonts.text;
 }
 
-/// The end of a long name often tells it from its neighbours: a number, a version, a date.
-Qt::TextElideMode elisionOf(PaneColumn column)
+QRect PaneDelegate::textRect(PaneFonts const &fonts, QRect const &cell, PaneColumn column)
 {
-    return column == PaneColumn::name ? Qt::ElideMiddle : Qt::ElideRight;
+    auto const iconRoom = column == PaneColumn::name ? fonts.iconSize() + iconGap : 0;
+    return cell.adjusted(cellMargin + iconRoom, 0, -cellMargin, 0);
 }
-
-} // namespace
 
 bool PaneDelegate::isFilled(QModelIndex const &index) const
 {
@@ -49,12 +55,11 @@ QColor PaneDelegate::textColor(QModelIndex const &index) const
     return index.data(PaneTableModel::folderRole).toBool() ? colors.folder : colors.name;
 }
 
-QRect PaneDelegate::paintIcon(QPainter &painter, QRect cell, QModelIndex const &index) const
+void PaneDelegate::paintIcon(QPainter &painter, QRect cell, QModelIndex const &index) const
 {
     auto const edge = look.fonts.iconSize();
-    QRect const place(cell.left(), cell.top() + (cell.height() - edge) / 2, edge, edge);
+    QRect const place(cell.left() + cellMargin, cell.top() + (cell.height() - edge) / 2, edge, edge);
     index.data(Qt::DecorationRole).value<QIcon>().paint(&painter, place);
-    return cell.adjusted(edge + iconGap, 0, 0, 0);
 }
 
 void PaneDelegate::paint(QPainter *painter, QStyleOptionViewItem const &option, QModelIndex const &index) const
@@ -63,9 +68,9 @@ void PaneDelegate::paint(QPainter *painter, QStyleOptionViewItem const &option, 
     if (isFilled(index))
         painter->fillRect(option.rect, look.colors.cursor);
 
-    auto cell = option.rect.adjusted(cellMargin, 0, -cellMargin, 0);
     if (column == PaneColumn::name)
-        cell = paintIcon(*painter, cell, index);
+        paintIcon(*painter, option.rect, index);
+    auto const cell = textRect(look.fonts, option.rect, column);
     auto const &font = fontOf(look.fonts, column);
     auto const text =
         QFontMetrics(font).elidedText(index.data(Qt::DisplayRole).toString(), elisionOf(column), cell.width());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tarnwick/Table/PaneCells.h"
 #include "Tarnwick/Toolkit/Appearance/PaneLook.h"
 
 #include <QAbstractItemDelegate>
@@ -16,6 +17,11 @@ public:
     void paint(QPainter *painter, QStyleOptionViewItem const &option, QModelIndex const &index) const override;
     QSize sizeHint(QStyleOptionViewItem const &option, QModelIndex const &index) const override;
 
+    static QFont const &fontOf(PaneFonts const &fonts, PaneColumn column);
+
+    /// Where the text of a cell stands.
+    static QRect textRect(PaneFonts const &fonts, QRect const &cell, PaneColumn column);
+
     /// Between the edge of a cell and its text, on each side.
     static constexpr int cellMargin = 6;
 
@@ -25,7 +31,7 @@ public:
 private:
     bool isFilled(QModelIndex const &index) const;
     QColor textColor(QModelIndex const &index) const;
-    QRect paintIcon(QPainter &painter, QRect cell, QModelIndex const &index) const;
+    void paintIcon(QPainter &painter, QRect cell, QModelIndex const &index) const;
 
     PaneLook const &look;
 };

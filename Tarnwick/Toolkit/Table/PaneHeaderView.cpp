@@ -4,6 +4,8 @@
 #include "Tarnwick/Toolkit/Table/PaneDelegate.h"
 #include "Tarnwick/Toolkit/Table/PaneTableModel.h"
 
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -141,9 +143,42 @@ void PaneHeaderView::mouseDoubleClickEvent(QMouseEvent *event)
         QHeaderView::mousePressEvent(event);
         return;
     }
-    layout.reset(*column);
+    if (onContentsMeasured)
+        layout.choose(*column, onContentsMeasured(*column), room());
     fit();
     choicesChanged();
+}
+
+void PaneHeaderView::contextMenuEvent(QContextMenuEvent *event)
+{
+    auto *const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    fillMenu(*menu);
+    menu->popup(event->globalPos());
+}
+
+void PaneHeaderView::fillMenu(QMenu &menu)
+{
+    for (auto const column : paneColumns) {
+        if (!ColumnLayout::canBeHidden(column))
+            continue;
+        auto const title = model()->headerData(static_cast<int>(column), Qt::Horizontal, Qt::DisplayRole).toString();
+        auto *const action = menu.addAction(title);
+        action->setCheckable(true);
+        action->setChecked(layout.isWanted(column));
+        connect(action, &QAction::triggered, this, [this, column](bool isChecked) {
+            layout.want(column, isChecked);
+            fit();
+            choicesChanged();
+        });
+    }
+    menu.addSeparator();
+    connect(menu.addAction(QStringLiteral("Usual Widths")), &QAction::triggered, this, [this] {
+        for (auto const column : paneColumns)
+            layout.reset(column);
+        fit();
+        choicesChanged();
+    });
 }
 
 void PaneHeaderView::leaveEvent(QEvent *event)

@@ -9,7 +9,7 @@
 namespace tw {
 
 /// The column titles of a pane. A click on one sorts; the line before a column is dragged to make it wider or
-/// narrower, and clicked twice to give it back its usual width.
+/// narrower, and clicked twice to fit it to its contents. Its menu chooses the columns.
 ///
 /// The name stretches and stands first, so the line follows the pointer: what a column gains, the name loses.
 class PaneHeaderView final : public QHeaderView {
@@ -26,7 +26,10 @@ public:
 
     std::function<void(PaneColumn column)> onTitleClicked;
 
-    /// The user has given a column another width.
+    /// The width that the contents of a column need, as far as they are on screen.
+    std::function<int(PaneColumn column)> onContentsMeasured;
+
+    /// The user has given a column another width, or other columns to the pane.
     std::function<void()> onChoicesChanged;
 
 protected:
@@ -35,6 +38,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void paintSection(QPainter *painter, QRect const &rect, int section) const override;
     QSize sizeHint() const override;
@@ -44,6 +48,7 @@ private:
     void fit();
 
     std::optional<PaneColumn> columnBehindLineAt(int x) const;
+    void fillMenu(QMenu &menu);
     void choicesChanged();
     int room() const;
 

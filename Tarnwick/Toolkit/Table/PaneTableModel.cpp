@@ -1,5 +1,6 @@
 #include "Tarnwick/Toolkit/Table/PaneTableModel.h"
 
+#include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Table/IconKind.h"
 
 namespace tw {
@@ -49,6 +50,10 @@ QVariant PaneTableModel::data(QModelIndex const &index, int role) const
         return {};
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(alignment(column));
+    case wholeNameRole:
+        return wholeName(index.row());
+    case Qt::AccessibleTextRole:
+        return accessibleText(index.row(), column);
     case markedRole:
         return pane->isMarked(index.row()) ? Qt::Checked : Qt::Unchecked;
     case folderRole: {
@@ -58,6 +63,29 @@ QVariant PaneTableModel::data(QModelIndex const &index, int role) const
     default:
         return {};
     }
+}
+
+QString PaneTableModel::wholeName(int row) const
+{
+    auto const &rows = *pane;
+    return rows.entry(row) ? QString::fromStdString(onOneLine(rows.name(row))) : QStringLiteral("..");
+}
+
+/// A screen reader hears the name of a row whole, what it is, and whether it is marked; the other cells as they are.
+QString PaneTableModel::accessibleText(int row, PaneColumn column) const
+{
+    auto const &rows = *pane;
+    if (column != PaneColumn::name)
+        return QString::fromStdString(paneCellText(rows, row, column));
+    auto const *const entry = rows.entry(row);
+    if (!entry)
+        return QStringLiteral("parent folder");
+    auto text = wholeName(row);
+    if (entry->isDirectory())
+        text += QStringLiteral(", folder");
+    if (rows.isMarked(row))
+        text += QStringLiteral(", marked");
+    return text;
 }
 
 QVariant PaneTableModel::headerData(int section, Qt::Orientation orientation, int role) const

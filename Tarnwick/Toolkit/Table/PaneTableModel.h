@@ -15,6 +15,8 @@ public:
     enum Role {
         /// Whether the row is a directory, or leads to one as the parent row does.
         folderRole = Qt::UserRole,
+        /// The name of the row with its extension, on one line.
+        wholeNameRole,
         /// Whether the row is marked. Qt's own role for it, so that a screen reader says it.
         markedRole = Qt::CheckStateRole,
     };
@@ -35,6 +37,9 @@ public:
     static Qt::Alignment alignment(PaneColumn column);
 
 private:
+    QString wholeName(int row) const;
+    QString accessibleText(int row, PaneColumn column) const;
+
     PaneModel const *pane;
     PaneIcons &iconCache;
 };

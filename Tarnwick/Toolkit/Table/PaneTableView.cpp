@@ -1,56 +1,26 @@
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 
-#include "Tarnwick/Panes/NameField.h"
+#include "Tarnwick/Table/NameField.h"
+#include "Tarnwick/Toolkit/Table/ColumnWidths.h"
 #include "Tarnwick/Toolkit/Table/KeyPresses.h"
 #include "Tarnwick/Toolkit/Table/NameEditor.h"
 #include "Tarnwick/Toolkit/Table/PaneDelegate.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QToolTip>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace tw {
-
-namespace {
-
-/// What the columns are made wide enough for.
-auto const widestExtension = QStringLiteral("torrent");
-auto const widestSizes = {QStringLiteral("1023K"), QStringLiteral("<DIR>"), QStringLiteral("<LNK>")};
-auto const widestDate = QStringLiteral("2000-00-00 00:00");
-auto const widestAttributes = QStringLiteral("drwxrwxrwx");
-auto const readableName = QStringLiteral("a readable name");
-
-/// What a text needs. Advances are fractions of a pixel, and a cell that is short of one elides.
-int widthOf(QFont const &font, QString const &text)
-{
-    return static_cast<int>(std::ceil(QFontMetricsF(font).horizontalAdvance(text))) + 1;
-}
-
-ColumnLayout::Widths proposedWidths(PaneFonts const &fonts, QFont const &titleFont)
-{
-    constexpr int margins = 2 * PaneDelegate::cellMargin;
-    // A title has the sort indicator beside it.
-    auto size = widthOf(titleFont, QStringLiteral("Size")) + QFontMetrics(titleFont).height();
-    for (auto const &widest : widestSizes)
-        size = std::max(size, widthOf(fonts.digits, widest));
-    return {
-        widthOf(fonts.text, readableName) + fonts.iconSize() + PaneDelegate::iconGap + margins,
-        widthOf(fonts.text, widestExtension) + margins,
-        size + margins,
-        widthOf(fonts.digits, widestDate) + margins,
-        widthOf(fonts.fixed, widestAttributes) + margins,
-    };
-}
-
-} // namespace
 
 PaneTableView::PaneTableView(PaneTableModel &rows, QWidget *parent)
     : QTableView(parent), header(new PaneHeaderView(this))
@@ -61,6 +31,8 @@ PaneTableView::PaneTableView(PaneTableModel &rows, QWidget *parent)
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     setModel(&rows);
+    setAccessibleName(QStringLiteral("Files"));
+    header->onContentsMeasured = [this](PaneColumn column) { return widthOfContents(column); };
     setItemDelegate(new PaneDelegate(look, this));
 
     setShowGrid(false);
@@ -92,7 +64,7 @@ void PaneTableView::applyFonts()
     verticalHeader()->setMinimumSectionSize(height);
     verticalHeader()->setDefaultSectionSize(height);
     verticalScrollBar()->setSingleStep(height);
-    header->propose(proposedWidths(look.fonts, header->font()));
+    header->propose(ColumnWidths::proposed(look.fonts, header->font()));
     viewport()->update();
 }
 
@@ -100,6 +72,42 @@ void PaneTableView::applyColors()
 {
     look.colors = PaneColors::of(palette());
     viewport()->update();
+}
+
+/// Of the rows on screen: to measure all rows of a large folder would take seconds.
+int PaneTableView::widthOfContents(PaneColumn column) const
+{
+    auto const end = std::min(firstVisibleRow() + wholeVisibleRows() + 1, model()->rowCount());
+    return ColumnWidths::ofContents(*model(), column, firstVisibleRow(), end, look.fonts, header->font());
+}
+
+bool PaneTableView::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip)
+        return showNameTip(*static_cast<QHelpEvent *>(event));
+    return QTableView::viewportEvent(event);
+}
+
+/// The whole name, over one that does not fit its cells.
+bool PaneTableView::showNameTip(QHelpEvent const &event)
+{
+    auto const index = indexAt(event.pos());
+    auto const column = static_cast<PaneColumn>(index.column());
+    auto const isOfName = index.isValid() && (column == PaneColumn::name || column == PaneColumn::ext);
+    auto const isCut = [&](PaneColumn part) {
+        auto const cell = index.siblingAtColumn(static_cast<int>(part));
+        auto const room = PaneDelegate::textRect(look.fonts, visualRect(cell), part).width();
+        return ColumnWidths::ofText(PaneDelegate::fontOf(look.fonts, part), cell.data().toString()) - 1 > room;
+    };
+    if (!isOfName || !(isCut(PaneColumn::name) || isCut(PaneColumn::ext))) {
+        QToolTip::hideText();
+        return true;
+    }
+    // Escaped: a name that looks like markup is shown as it is.
+    auto const name = index.data(PaneTableModel::wholeNameRole).toString().toHtmlEscaped();
+    QToolTip::showText(event.globalPos(), QStringLiteral("<p style='white-space:pre-wrap'>") + name, viewport(),
+                       rowRect(index.row()));
+    return true;
 }
 
 int PaneTableView::heightOfRows() const
@@ -125,6 +133,12 @@ void PaneTableView::reloadRows()
 void PaneTableView::redrawRows()
 {
     viewport()->update();
+    if (!QAccessible::isActive() || !look.cursorRow)
+        return;
+    // The name of a row tells whether it is marked.
+    QAccessibleEvent changed(this, QAccessible::NameChanged);
+    changed.setChild(*look.cursorRow * model()->columnCount() + model()->columnCount()); // behind the titles
+    QAccessible::updateAccessibility(&changed);
 }
 
 void PaneTableView::redrawRow(std::optional<int> row)

@@ -83,6 +83,7 @@ protected:
     void showEvent(QShowEvent *event) override;
     bool event(QEvent *event) override;
     void changeEvent(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
 
 private:
     void applyFonts();
@@ -90,6 +91,8 @@ private:
     void redrawRow(std::optional<int> row);
     void scrollIntoView(int row);
     bool isAgainOnName(QMouseEvent const &press) const;
+    int widthOfContents(PaneColumn column) const;
+    bool showNameTip(QHelpEvent const &event);
     bool isInView(int row, int viewHeight) const;
     QRect rowRect(int row) const;
     int heightOfRows() const;
