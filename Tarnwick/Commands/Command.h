@@ -20,6 +20,7 @@ enum class Command {
     tab8,
     tab9,
     minimizeWindow,
+    customizeToolBar,
     refresh,
     back,
     forward,

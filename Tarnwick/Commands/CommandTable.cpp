@@ -169,6 +169,7 @@ constexpr CommandRow table[] = {
      .place = {Menu::view, 2},
      .keys = {.main = "Ctrl+\\"},
      .help = "make the panes equally wide"},
+    {.command = Command::customizeToolBar, .title = "Customize Toolbar…", .place = {Menu::view, 3}},
     sortRow(Command::sortByName, "Name", {.main = "Ctrl+F3", .additional = "Ctrl+Alt+1"}, "sort by name"),
     sortRow(Command::sortByExtension, "Extension", {.main = "Ctrl+F4", .additional = "Ctrl+Alt+2"},
             "sort by extension"),

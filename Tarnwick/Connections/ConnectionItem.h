@@ -33,12 +33,28 @@ struct ConnectionItem {
     friend bool operator==(ConnectionItem const &, ConnectionItem const &) = default;
 };
 
-/// The most hosts that a menu lists. A menu of thousands takes long to lay out, and is too long to read.
-inline constexpr std::size_t mostHostsInMenu = 1000;
+/// More hosts than that have a filter over them, and those that were used last stand before the others. So many are
+/// found at a glance, and keep their order.
+inline constexpr std::size_t mostHostsAtAGlance = 15;
 
-/// The whole menu for a pane on the connection `current`. `hosts` is nothing as long as they are not known.
+/// The whole menu for a pane on the connection `current`. `hosts` is nothing as long as they are not known; `recent`
+/// are the names of hosts that were used last, the latest first.
 std::vector<ConnectionItem> connectionMenuItems(std::optional<Text> header,
                                                 std::optional<std::vector<std::string>> const &hosts,
                                                 std::string const &current);
+
+/// The menu with the hosts first that were chosen last, if there are many; `recent` has the latest first.
+std::vector<ConnectionItem> lastUsedFirst(std::vector<ConnectionItem> items, std::vector<std::string> const &recent);
+
+/// True if a menu has a filter.
+bool hasFilter(std::vector<ConnectionItem> const &items);
+
+/// The most hosts that a menu shows. A menu of thousands takes long to lay out, and is too long to read.
+inline constexpr std::size_t mostHostsInMenu = 1000;
+
+/// What is shown of a menu after the letters in `filter`, which stand anywhere in a name, in either case: the
+/// connections with such a name, and how many did not find room. An empty filter leaves the menu as it is, up to the
+/// most hosts.
+std::vector<ConnectionItem> shownItems(std::vector<ConnectionItem> const &items, std::string const &filter);
 
 } // namespace tw

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -103,6 +104,26 @@ std::string delayText(int const &milliseconds)
     return std::to_string(milliseconds);
 }
 
+/// One name a line: a name of a host has no line end.
+std::optional<std::vector<std::string>> hostsFrom(std::string const &text)
+{
+    std::vector<std::string> hosts;
+    std::istringstream lines(text);
+    for (std::string name; hosts.size() < mostRecentHosts && std::getline(lines, name);) {
+        if (!name.empty())
+            hosts.push_back(name);
+    }
+    return hosts;
+}
+
+std::string hostsText(std::vector<std::string> const &hosts)
+{
+    std::string text;
+    for (auto const &name : hosts)
+        text += name + '\n';
+    return text;
+}
+
 } // namespace
 
 Setting<double> const paneFontSize{"tw.paneFontSize", 12, fontSizeFrom, fontSizeText};
@@ -112,7 +133,18 @@ Setting<std::string> const columns{"tw.columns", {}, sameText, text};
 Setting<std::string> const windowGeometry{"TarnwickMain", {}, sameText, text};
 Setting<std::optional<int>> const leftShare{"tw.split", std::nullopt, shareFrom, shareText};
 Setting<bool> const welcomeShown = oneOf<answers>("tw.welcomeShown", false);
+Setting<std::string> const toolBar{"TarnwickToolbar2", {}, sameText, text};
+Setting<std::vector<std::string>> const recentHosts{"tw.recentHosts", {}, hostsFrom, hostsText};
 // Longer than a style's own: over a list that is read with the mouse, tool tips of that delay are in the way.
 Setting<int> const toolTipDelay{"NSInitialToolTipDelay", 1400, delayFrom, delayText};
+
+void noteRecentHost(Defaults &defaults, std::string const &name)
+{
+    auto recent = recentHosts.read(defaults);
+    std::erase(recent, name);
+    recent.insert(recent.begin(), name);
+    recent.resize(std::min(recent.size(), mostRecentHosts));
+    recentHosts.write(defaults, recent);
+}
 
 } // namespace tw::Settings

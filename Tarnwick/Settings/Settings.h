@@ -4,6 +4,9 @@
 #include "Tarnwick/Settings/PaneSide.h"
 #include "Tarnwick/Settings/Setting.h"
 
+#include <string>
+#include <vector>
+
 /// All settings of the program, in one table.
 namespace tw::Settings {
 
@@ -27,6 +30,18 @@ extern Setting<std::optional<int>> const leftShare;
 
 /// Whether the first start's window has been shown.
 extern Setting<bool> const welcomeShown;
+
+/// What stands on the tool bar. ToolBarLayout writes and reads it.
+extern Setting<std::string> const toolBar;
+
+/// The hosts that were chosen from the menu of connections last, the latest first.
+extern Setting<std::vector<std::string>> const recentHosts;
+
+/// So many of them are kept.
+inline constexpr std::size_t mostRecentHosts = 8;
+
+/// Puts a host before the others.
+void noteRecentHost(Defaults &defaults, std::string const &name);
 
 /// In milliseconds, before a tool tip appears. At least 0.
 extern Setting<int> const toolTipDelay;

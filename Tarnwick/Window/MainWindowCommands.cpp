@@ -41,6 +41,7 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::closeOtherTabs:
     case Command::nextTab:
     case Command::minimizeWindow:
+    case Command::customizeToolBar:
     case Command::openSelection:
     case Command::refresh:
     case Command::targetIsSource:
@@ -85,6 +86,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdNextTab();
     case Command::minimizeWindow:
         return window.cmdMinimizeWindow();
+    case Command::customizeToolBar:
+        return window.cmdCustomizeToolBar();
     case Command::openSelection:
         return window.activePane().openSelection();
     case Command::refresh:

@@ -244,6 +244,12 @@ void MainWindowController::cmdEqualizePanes()
         window->equalizePanes();
 }
 
+void MainWindowController::cmdCustomizeToolBar()
+{
+    if (window)
+        window->customizeToolBar();
+}
+
 void MainWindowController::cmdToggleHidden()
 {
     activePane().toggleHidden();

@@ -77,6 +77,7 @@ public:
     void cmdEditPath();
     void cmdSwapPanes();
     void cmdEqualizePanes();
+    void cmdCustomizeToolBar();
     void cmdToggleHidden();
     void cmdNewTab();
 

@@ -83,14 +83,70 @@ TEST(ConnectionItemTest, namesAreTheBytesOfTheFile)
                 ElementsAre(thisMachine(true), separator(), host("a&b\xff\n")));
 }
 
+Hosts many(std::size_t count)
+{
+    Hosts hosts;
+    for (std::size_t number = 0; number < count; ++number)
+        hosts.push_back("host" + std::to_string(number));
+    return hosts;
+}
+
+/// The names of the hosts, and what stands in their place.
+std::vector<std::string> titles(std::vector<ConnectionItem> const &items)
+{
+    std::vector<std::string> all;
+    for (auto const &item : items) {
+        if (item.kind == Kind::host || item.kind == Kind::note)
+            all.push_back(item.title.english());
+    }
+    return all;
+}
+
 TEST(ConnectionItemTest, moreHostsThanAPersonLooksThroughAreCounted)
 {
-    auto const exactly = connectionMenuItems({}, Hosts(mostHostsInMenu, "web"), "local");
+    auto const exactly = shownItems(connectionMenuItems({}, many(mostHostsInMenu), "local"), "");
     EXPECT_EQ(exactly.size(), 2 + mostHostsInMenu);
-    EXPECT_EQ(exactly.back(), host("web"));
-    auto const more = connectionMenuItems({}, Hosts(mostHostsInMenu + 234, "web"), "local");
+    EXPECT_EQ(exactly.back(), host("host999"));
+    auto const more = shownItems(connectionMenuItems({}, many(mostHostsInMenu + 234), "local"), "");
     EXPECT_EQ(more.size(), 2 + mostHostsInMenu + 1);
     EXPECT_EQ(more.back(), note("234 more hosts in ~/.ssh/config"));
+}
+
+TEST(ConnectionItemTest, aFewHostsNeedNoFilterAndKeepTheirOrder)
+{
+    auto const items = lastUsedFirst(connectionMenuItems({}, many(mostHostsAtAGlance), "local"), {"host3"});
+    EXPECT_FALSE(hasFilter(items));
+    EXPECT_EQ(titles(items), many(mostHostsAtAGlance));
+}
+
+TEST(ConnectionItemTest, ofManyHostsTheLastUsedStandFirst)
+{
+    auto const items =
+        lastUsedFirst(connectionMenuItems({}, many(mostHostsAtAGlance + 1), "local"), {"host3", "gone", "host1"});
+    EXPECT_TRUE(hasFilter(items));
+    auto const names = titles(items);
+    EXPECT_THAT((Hosts{names.begin(), names.begin() + 5}), ElementsAre("host3", "host1", "host0", "host2", "host4"));
+    EXPECT_EQ(names.size(), mostHostsAtAGlance + 1);
+}
+
+TEST(ConnectionItemTest, aFilterFindsItsLettersAnywhereInANameInEitherCase)
+{
+    auto const items = connectionMenuItems("web", Hosts{"web-one", "mail", "WEBTWO", "cobweb"}, "web");
+    EXPECT_THAT(titles(shownItems(items, "wEb")), ElementsAre("web-one", "WEBTWO", "cobweb"));
+    EXPECT_EQ(shownItems(items, "wEb").front().kind, Kind::header);
+    EXPECT_THAT(shownItems(items, "this m"), ElementsAre(items[0], thisMachine(false)));
+    EXPECT_EQ(shownItems(items, ""), items);
+}
+
+TEST(ConnectionItemTest, aFilterThatFindsNothingSaysSo)
+{
+    EXPECT_THAT(titles(shownItems(connectionMenuItems({}, Hosts{"web"}, "local"), "x")),
+                ElementsAre("No host has these letters"));
+}
+
+TEST(ConnectionItemTest, aFilterLooksBehindTheMostHostsToo)
+{
+    EXPECT_THAT(titles(shownItems(connectionMenuItems({}, many(2000), "local"), "host1999")), ElementsAre("host1999"));
 }
 
 } // namespace

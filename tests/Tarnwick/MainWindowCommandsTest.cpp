@@ -111,9 +111,11 @@ TEST_F(MainWindowCommandsTest, theWindowsOwnCommandsReachIt)
     perform(Command::equalizePanes);
     perform(Command::closeTab);
     perform(Command::minimizeWindow);
+    perform(Command::customizeToolBar);
     EXPECT_EQ(window.equalized, 1);
     EXPECT_EQ(window.closed, 1);
     EXPECT_EQ(window.minimized, 1);
+    EXPECT_EQ(window.customized, 1);
 }
 
 TEST_F(MainWindowCommandsTest, theOrderOfTheActivePaneIsCheckedAndCanBeTurnedRound)

@@ -18,6 +18,7 @@ public:
     int equalized = 0;
     int closed = 0;
     int minimized = 0;
+    int customized = 0;
     std::string clipboard;
     std::shared_ptr<FakeDialogs> questions = std::make_shared<FakeDialogs>();
 
@@ -26,6 +27,8 @@ public:
     void closeWindow() override { ++closed; }
 
     void minimizeWindow() override { ++minimized; }
+
+    void customizeToolBar() override { ++customized; }
 
     void copyText(std::string const &text) override { clipboard = text; }
 

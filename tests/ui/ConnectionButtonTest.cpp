@@ -309,12 +309,84 @@ TEST_F(ConnectionButtonTest, aThousandHostsScroll)
     save(config);
     open();
     press(Qt::Key_K, Qt::ControlModifier);
-    processUntil([this] { return menu().isVisible() && menu().actions().size() == 1002; });
+    processUntil([this] { return menu().isVisible() && menu().actions().size() == 1004; }); // with the filter's line
     processPosted();
     EXPECT_LE(menu().height(), window->screen()->geometry().height());
-    type("host999");
+    pressInMenu(Qt::Key_End);
     EXPECT_EQ(activeTitle(), "host999");
     EXPECT_TRUE(menu().rect().contains(menu().actionGeometry(menu().activeAction()))) << "it is scrolled into view";
+}
+
+class ManyHostsTest : public ConnectionButtonTest {
+protected:
+    ManyHostsTest()
+    {
+        std::string config;
+        for (int number = 10; number < 40; ++number)
+            config += "Host host" + std::to_string(number) + "\n";
+        save(config);
+    }
+
+    void openMany()
+    {
+        open();
+        press(Qt::Key_K, Qt::ControlModifier);
+        processUntil([this] { return menu().isVisible() && menu().actions().size() == 34; });
+    }
+};
+
+TEST_F(ManyHostsTest, lettersLeaveTheHostsThatHaveThem)
+{
+    openMany();
+    EXPECT_EQ(titles().front(), "Type to find a host");
+    type("t23");
+    EXPECT_THAT(titles(), ElementsAre("t23|", "-", "host23"));
+    EXPECT_EQ(activeTitle(), "host23");
+    EXPECT_TRUE(menu().isVisible());
+}
+
+TEST_F(ManyHostsTest, theHostThatIsLeftIsChosenWithReturn)
+{
+    openMany();
+    type("23");
+    QTest::keyClick(&menu(), Qt::Key_Return);
+    EXPECT_EQ(button(PaneSide::left).text(), QStringLiteral("host23"));
+}
+
+TEST_F(ManyHostsTest, backspaceTakesALetterAwayAndEscapeAllOfThem)
+{
+    openMany();
+    type("23");
+    pressInMenu(Qt::Key_Backspace);
+    EXPECT_EQ(titles().front(), "2|");
+    EXPECT_EQ(titles().size(), 2U + 12U) << "those with a 2 anywhere";
+    pressInMenu(Qt::Key_Escape);
+    EXPECT_EQ(titles().front(), "Type to find a host");
+    pressInMenu(Qt::Key_Escape);
+    EXPECT_FALSE(menu().isVisible());
+}
+
+TEST_F(ManyHostsTest, theFilterIsEmptyWhenTheMenuOpensAgain)
+{
+    openMany();
+    type("23");
+    pressInMenu(Qt::Key_Escape);
+    pressInMenu(Qt::Key_Escape);
+    press(Qt::Key_K, Qt::ControlModifier);
+    processUntil([this] { return menu().isVisible(); });
+    EXPECT_EQ(titles().front(), "Type to find a host");
+}
+
+TEST_F(ManyHostsTest, theHostThatWasChosenLastStandsFirst)
+{
+    openMany();
+    type("23");
+    QTest::keyClick(&menu(), Qt::Key_Return);
+    processUntil([this] { return !notice(PaneSide::left).empty(); });
+    press(Qt::Key_K, Qt::ControlModifier);
+    processUntil([this] { return menu().isVisible(); });
+    EXPECT_EQ(titles().at(4), "host23");
+    EXPECT_EQ(titles().at(5), "host10");
 }
 
 } // namespace

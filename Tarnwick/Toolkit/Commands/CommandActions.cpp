@@ -136,8 +136,7 @@ void CommandActions::addContextItem(QMenu &menu, ContextItem const &item)
     auto *const same = menu.addAction(title);
     connect(same, &QAction::triggered, &usual, &QAction::trigger);
     connect(&menu, &QMenu::aboutToShow, same, [this, same, &row] {
-        auto const *const target = targetOf(row.command);
-        auto const state = target ? target->stateOf(row.command) : std::nullopt;
+        auto const state = stateOf(row.command);
         same->setEnabled(state && state->isEnabled);
     });
 }
@@ -158,10 +157,15 @@ void CommandActions::keepUpToDate(QMenu &menu)
 
 void CommandActions::showState(CommandRow const &row) const
 {
-    auto const *const target = targetOf(row.command);
-    auto const state = target ? target->stateOf(row.command) : std::nullopt;
+    auto const state = stateOf(row.command);
     action(row.command).setEnabled(state && state->isEnabled);
     action(row.command).setChecked(state && state->isChecked);
+}
+
+std::optional<CommandState> CommandActions::stateOf(Command command) const
+{
+    auto const *const target = targetOf(command);
+    return target ? target->stateOf(command) : std::nullopt;
 }
 
 CommandTarget *CommandActions::targetOf(Command command) const

@@ -36,6 +36,9 @@ public:
     /// The actions of commands that work in every window.
     QList<QAction *> everywhere() const;
 
+    /// How the command is offered now; nothing if nobody here knows it.
+    std::optional<CommandState> stateOf(Command command) const;
+
     /// Adds the menus of the table that have commands for this window.
     void fill(QMenuBar &bar);
 

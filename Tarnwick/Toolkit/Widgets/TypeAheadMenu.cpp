@@ -20,13 +20,6 @@ public:
     }
 };
 
-bool isLetter(QKeyEvent const &event)
-{
-    auto const modifiers = event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
-    return modifiers == Qt::NoModifier && !event.text().isEmpty() && event.text().at(0).isPrint() &&
-           event.key() != Qt::Key_Space; // which chooses
-}
-
 } // namespace
 
 TypeAheadMenu::TypeAheadMenu(QWidget *parent) : QMenu(parent)
@@ -36,8 +29,17 @@ TypeAheadMenu::TypeAheadMenu(QWidget *parent) : QMenu(parent)
     setStyle(style);
 }
 
+bool TypeAheadMenu::isLetter(QKeyEvent const &event)
+{
+    auto const modifiers = event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
+    return modifiers == Qt::NoModifier && !event.text().isEmpty() && event.text().at(0).isPrint() &&
+           event.key() != Qt::Key_Space; // which chooses
+}
+
 void TypeAheadMenu::keyPressEvent(QKeyEvent *event)
 {
+    if (onKey && onKey(*event))
+        return;
     auto const all = actions();
     if (isLetter(*event))
         goTo(event->text());

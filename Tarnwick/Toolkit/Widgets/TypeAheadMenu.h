@@ -3,6 +3,8 @@
 #include <QElapsedTimer>
 #include <QMenu>
 
+#include <functional>
+
 namespace tw {
 
 /// A menu for names, in which one moves as in a list: it scrolls, Home and End go to the first and the last item, and
@@ -13,6 +15,12 @@ namespace tw {
 class TypeAheadMenu final : public QMenu {
 public:
     explicit TypeAheadMenu(QWidget *parent);
+
+    /// True for a key that types a sign that can stand in a name.
+    static bool isLetter(QKeyEvent const &event);
+
+    /// Asked first about each key. True: the key was used.
+    std::function<bool(QKeyEvent const &event)> onKey;
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

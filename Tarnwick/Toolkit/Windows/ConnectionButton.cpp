@@ -8,6 +8,7 @@
 #include "Tarnwick/Toolkit/Widgets/TypeAheadMenu.h"
 
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -64,6 +65,7 @@ ConnectionButton::ConnectionButton(QWidget *parent) : QAbstractButton(parent), c
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Ignored);
     choices->installEventFilter(this);
     choices->setToolTipsVisible(true);
+    choices->onKey = [this](QKeyEvent const &event) { return filterKey(event); };
     // What a screen reader does to a button.
     connect(this, &QAbstractButton::clicked, this, [this] {
         if (onMenuWanted)
@@ -99,6 +101,7 @@ void ConnectionButton::openMenu(std::vector<ConnectionItem> wanted)
     if (opening != Opening::closed)
         return;
     opening = Opening::onNextTurn;
+    filter.clear();
     auto const open = [this] {
         if (isVisible())
             popUp();
@@ -130,12 +133,48 @@ void ConnectionButton::popUp()
 {
     fillMenu();
     choices->popup(mapToGlobal(QPoint(0, height() + menuDistance)));
+    QAction *start = nullptr;
     for (auto *const each : choices->actions()) {
-        if (each->isChecked())
-            choices->setActiveAction(each);
+        auto const isFirst = !start && !filter.isEmpty() && each->isEnabled() && !each->isSeparator();
+        if (isFirst || (each->isChecked() && filter.isEmpty()))
+            start = each;
     }
+    if (start)
+        choices->setActiveAction(start);
     opening = Opening::open;
     update();
+}
+
+bool ConnectionButton::filterKey(QKeyEvent const &event)
+{
+    if (!hasFilter(items))
+        return false;
+    if (TypeAheadMenu::isLetter(event))
+        setFilter(filter + event.text());
+    else if (filter.isEmpty())
+        return false;
+    else if (event.key() == Qt::Key_Backspace)
+        setFilter(filter.chopped(1));
+    else if (event.key() == Qt::Key_Escape)
+        setFilter({});
+    else
+        return false;
+    return true;
+}
+
+void ConnectionButton::setFilter(QString letters)
+{
+    filter = letters.left(mostLettersInMenu);
+    // As in updateMenu: an open menu is slow to change.
+    choices->hide();
+    popUp();
+}
+
+void ConnectionButton::addFilterLine()
+{
+    auto const typed = filter.isEmpty() ? Wording::shown("Type to find a host") : filter + QLatin1Char('|');
+    choices->addAction(withoutMnemonics(typed))->setEnabled(false);
+    choices->addSeparator();
 }
 
 void ConnectionButton::fillMenu()
@@ -145,7 +184,9 @@ void ConnectionButton::fillMenu()
     auto colors = palette();
     colors.setColor(QPalette::Base, colors.color(QPalette::Window));
     choices->setPalette(colors);
-    for (auto const &item : items) {
+    if (hasFilter(items))
+        addFilterLine();
+    for (auto const &item : shownItems(items, filter.toStdString())) {
         switch (item.kind) {
         case ConnectionItem::Kind::header:
             // The button itself stands above the menu and says it; for those who do not see it, it is the menu's name.

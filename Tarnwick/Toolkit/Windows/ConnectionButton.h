@@ -10,7 +10,8 @@ namespace tw {
 
 class TypeAheadMenu;
 
-/// Says what a pane is connected to, and opens the menu from which another connection is chosen.
+/// Says what a pane is connected to, and opens the menu from which another connection is chosen. In a menu of many
+/// hosts, letters leave those that have them in their names.
 ///
 /// It never takes the keyboard: the menu has it while it is open, and then it is where it was.
 class ConnectionButton final : public QAbstractButton {
@@ -52,6 +53,9 @@ private:
     enum class Opening { closed, onNextTurn, open };
 
     void popUp();
+    bool filterKey(QKeyEvent const &event);
+    void setFilter(QString letters);
+    void addFilterLine();
     void fillMenu();
     void addChoice(ConnectionItem const &item);
     QRect titleRect() const;
@@ -59,6 +63,7 @@ private:
 
     TypeAheadMenu *const choices;
     std::vector<ConnectionItem> items;
+    QString filter; ///< what was typed in a menu of many hosts
     Opening opening = Opening::closed;
     bool isHost = false;
     bool isActive = false;

@@ -2,7 +2,9 @@
 
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Commands/CommandActions.h"
+#include "Tarnwick/Toolkit/Commands/CommandToolBar.h"
 #include "Tarnwick/Toolkit/Commands/FunctionBar.h"
+#include "Tarnwick/Toolkit/Commands/ToolBarDialog.h"
 #include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
@@ -24,6 +26,9 @@ namespace tw {
 namespace {
 
 constexpr QSize usualSize(1180, 720);
+
+/// In the menu of the back button.
+constexpr std::size_t mostVisitsInMenu = 15;
 
 /// Two panes of the least width, and little more than a page of rows.
 constexpr QSize leastSize(2 * PaneSplitter::leastSide + 1, 300);
@@ -89,6 +94,7 @@ void MainWindow::buildCommands()
 {
     actions->onRefused = [this] { panes.activePane().refuse(); };
     actions->fill(*menuBar());
+    buildToolBar();
     auto *const all = new QWidget(this);
     auto *const column = new QVBoxLayout(all);
     column->setContentsMargins(0, 0, 0, 0);
@@ -97,6 +103,14 @@ void MainWindow::buildCommands()
     column->addWidget(new FunctionBar(*actions, all));
     setCentralWidget(all);
     sheets->sheets().setActions(actions->everywhere());
+}
+
+void MainWindow::buildToolBar()
+{
+    auto *const bar = new CommandToolBar(*actions, settings, this);
+    bar->recentVisits = [this] { return panes.activePane().recentVisits(mostVisitsInMenu); };
+    bar->onVisitPicked = [this](PaneHistory::Visit const &visit) { panes.activePane().goToVisit(visit); };
+    addToolBar(bar);
 }
 
 void MainWindow::place()
@@ -200,6 +214,14 @@ void MainWindow::equalizePanes()
 void MainWindow::closeWindow()
 {
     close();
+}
+
+void MainWindow::customizeToolBar()
+{
+    auto *const dialog = new ToolBarDialog(ToolBarLayout::stored(Settings::toolBar.read(settings)), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->onAccepted = [this](ToolBarLayout const &layout) { Settings::toolBar.write(settings, layout.text()); };
+    dialog->open();
 }
 
 void MainWindow::minimizeWindow()

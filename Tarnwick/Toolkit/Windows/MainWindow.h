@@ -45,12 +45,14 @@ private:
     void equalizePanes() override;
     void closeWindow() override;
     void minimizeWindow() override;
+    void customizeToolBar() override;
     void copyText(std::string const &text) override;
     std::shared_ptr<Dialogs> dialogs() override;
 
     void openContextMenu(PaneSide side, QContextMenuEvent const &event);
     void buildPanes();
     void buildCommands();
+    void buildToolBar();
     void place();
     void placeDivider();
     void rememberPlace();

@@ -135,7 +135,11 @@ void PaneView::connectPathField()
 void PaneView::connectButton()
 {
     connection->onMenuWanted = [this] { controller->connectionMenuWanted(); };
-    connection->onPicked = [this](ConnectionItem const &item) { controller->connectionPicked(item); };
+    connection->onPicked = [this](ConnectionItem const &item) {
+        if (item.kind == ConnectionItem::Kind::host)
+            Settings::noteRecentHost(settings, item.host);
+        controller->connectionPicked(item);
+    };
 }
 
 void PaneView::connectNotices()
@@ -250,12 +254,12 @@ void PaneView::showConnection(std::string const &name)
 
 void PaneView::openConnectionMenu(std::vector<ConnectionItem> items)
 {
-    connection->openMenu(std::move(items));
+    connection->openMenu(lastUsedFirst(std::move(items), Settings::recentHosts.read(settings)));
 }
 
 void PaneView::updateConnectionMenu(std::vector<ConnectionItem> items)
 {
-    connection->updateMenu(std::move(items));
+    connection->updateMenu(lastUsedFirst(std::move(items), Settings::recentHosts.read(settings)));
 }
 
 void PaneView::showPath(Text const &shown)
