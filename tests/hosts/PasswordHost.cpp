@@ -6,6 +6,7 @@
 #include "tests/hosts/WaitFor.h"
 
 #include <algorithm>
+#include <fstream>
 #include <stdexcept>
 
 namespace tw::test {
@@ -13,7 +14,6 @@ namespace tw::test {
 namespace {
 
 constexpr std::string_view listening = "Server listening on port ";
-constexpr std::string_view tried = "Tried: ";
 
 } // namespace
 
@@ -21,10 +21,11 @@ PasswordHost::PasswordHost(EngineRuntime &runtime, Options options)
     : hostKey(KeyPair::generate(runtime.io(), folder.path("host_key"))),
       userKey(KeyPair::generate(runtime.io(), folder.path("user_key")))
 {
-    auto started = ChildProcess::start(
-        runtime.io(), {.program = TARNWICK_SESSION_KEEPER,
-                       .arguments = {TARNWICK_PASSWORD_HOST, hostKey.privateFile, options.password, options.prompt},
-                       .error = PipeEnd()});
+    auto started =
+        ChildProcess::start(runtime.io(), {.program = TARNWICK_SESSION_KEEPER,
+                                           .arguments = {TARNWICK_PASSWORD_HOST, hostKey.privateFile, options.password,
+                                                         options.prompt, folder.path("tries")},
+                                           .error = PipeEnd()});
     if (!started)
         throw std::move(started.error());
     server = std::move(*started);
@@ -52,11 +53,9 @@ HostAddress PasswordHost::address() const
 std::vector<std::string> PasswordHost::tries() const
 {
     std::vector<std::string> found;
-    auto const text = output.text();
-    for (auto at = text.find(tried); at != std::string::npos; at = text.find(tried, at)) {
-        at += tried.size();
-        found.push_back(text.substr(at, text.find(".\n", at) - at));
-    }
+    std::ifstream lines(folder.path("tries"));
+    for (std::string line; std::getline(lines, line);)
+        found.push_back(line);
     return found;
 }
 

@@ -36,7 +36,7 @@ public:
 
     HostAddress address() const;
 
-    /// The passwords that clients have sent so far, in their order.
+    /// The passwords that clients have sent so far, in their order; each is there before its client has the answer.
     std::vector<std::string> tries() const;
 
 private:
