@@ -142,8 +142,7 @@ TEST_F(TabsTest, aMiddleClickAndTheCloseButtonCloseATab)
     openTabs();
     clickTab(1, Qt::MiddleButton);
     EXPECT_THAT(titles(), ElementsAre(testing::_, "two", "three"));
-    auto *const button = strip().tabButton(1, QTabBar::RightSide) ? strip().tabButton(1, QTabBar::RightSide)
-                                                                  : strip().tabButton(1, QTabBar::LeftSide);
+    auto *const button = strip().tabButton(1, QTabBar::RightSide);
     ASSERT_TRUE(button);
     QTest::mouseClick(button, Qt::LeftButton);
     processPosted();
@@ -153,7 +152,7 @@ TEST_F(TabsTest, aMiddleClickAndTheCloseButtonCloseATab)
 TEST_F(TabsTest, theOnlyTabHasNoCloseButton)
 {
     open();
-    EXPECT_FALSE(strip().tabsClosable());
+    EXPECT_EQ(strip().tabButton(0, QTabBar::RightSide), nullptr);
     clickTab(0, Qt::MiddleButton);
     EXPECT_EQ(strip().count(), 1);
 }

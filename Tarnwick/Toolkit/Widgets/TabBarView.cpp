@@ -97,7 +97,7 @@ void TabBarView::showTabs(std::vector<Item> const &items, int selected)
         if (hasIcon != item.isRemote)
             tabs->setTabIcon(index, item.isRemote ? QIcon(QStringLiteral(":/icons/host.svg")) : QIcon());
     }
-    tabs->setTabsClosable(count > 1); // the only one stays
+    tabs->setClosable(count > 1); // the only one stays
     tabs->setCurrentIndex(selected);
     isShowing = false;
     placeButtons();

@@ -1,8 +1,11 @@
 #include "Tarnwick/Toolkit/Widgets/TabStrip.h"
 
+#include "Tarnwick/Toolkit/Appearance/SymbolIcons.h"
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Widgets/TabBarView.h"
 
 #include <QMouseEvent>
+#include <QToolButton>
 
 #include <algorithm>
 
@@ -15,6 +18,9 @@ constexpr int leastWidth = 110;
 
 /// Of a long name the beginning and the end are enough, and leave room to others.
 constexpr int largestWidth = 200;
+
+constexpr int closeButtonSize = 16;
+constexpr int closeIconSize = 10;
 
 } // namespace
 
@@ -37,6 +43,38 @@ int TabStrip::wantedWidth() const
     for (int index = 0; index < count(); ++index)
         width += tabSizeHint(index).width();
     return width;
+}
+
+void TabStrip::setClosable(bool closable)
+{
+    for (int index = 0; index < count(); ++index) {
+        auto *const button = tabButton(index, RightSide);
+        if (closable == (button != nullptr))
+            continue;
+        setTabButton(index, RightSide, closable ? makeCloseButton() : nullptr);
+        if (button)
+            button->deleteLater();
+    }
+}
+
+QWidget *TabStrip::makeCloseButton()
+{
+    auto *const button = new QToolButton(this);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setFixedSize(closeButtonSize, closeButtonSize);
+    button->setIconSize({closeIconSize, closeIconSize});
+    button->setIcon(SymbolIcons::ownIcon("close"));
+    auto const name = Wording::shown("Close Tab");
+    button->setToolTip(name);
+    button->setAccessibleName(name);
+    connect(button, &QToolButton::clicked, this, [this, button] {
+        for (int index = 0; index < count(); ++index) {
+            if (tabButton(index, RightSide) == button)
+                Q_EMIT tabCloseRequested(index);
+        }
+    });
+    return button;
 }
 
 QSize TabStrip::sizeHint() const

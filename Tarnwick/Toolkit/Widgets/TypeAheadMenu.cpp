@@ -78,7 +78,7 @@ void TypeAheadMenu::goTo(QString const &letters)
 
     auto const all = actions();
     auto const start = all.indexOf(activeAction());
-    // Whoever goes on with a word may be on its title already.
+    // A word that is typed on may have brought the highlight to its title already.
     auto const first = typed == letters ? start + 1 : std::max(start, qsizetype(0));
     for (qsizetype step = 0; step < all.size(); ++step) {
         auto *const each = all.at((first + step) % all.size());
