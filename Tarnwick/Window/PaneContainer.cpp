@@ -147,6 +147,7 @@ void PaneContainer::remove(std::size_t index)
     auto const closed = tabs[index].pane;
     tabs.erase(tabs.begin() + std::ptrdiff_t(index));
     active = std::min(active, tabs.size() - 1);
+    closed->endRename(PaneController::NameEnd::committed); // a name that was typed is not lost with its tab
     closed->callbacks = {};
     closed->setActive(false);
 }

@@ -172,6 +172,25 @@ TEST_F(PaneContainerTest, aClosedTabIsGone)
     EXPECT_TRUE(closed.expired());
 }
 
+TEST_F(PaneContainerTest, aNameThatIsEditedIsNotLostWithItsTab)
+{
+    openTabs({"/a", "/b"});
+    auto const pane = container.activePane();
+    RecordingDisplay display;
+    pane->attach(display);
+    std::vector<std::string> requests;
+    pane->callbacks.onRenameRequested = [&](std::string const &from, std::string const &to) {
+        requests.push_back(from + " -> " + to);
+    };
+    pane->rowClicked(1);
+    pane->beginRename();
+    ASSERT_TRUE(display.nameField);
+    display.nameField->text = "new";
+    container.closeTab(1);
+    EXPECT_THAT(requests, ElementsAre("a -> new"));
+    pane->detach(display);
+}
+
 TEST_F(PaneContainerTest, theOthersCanBeClosedAtOnce)
 {
     openTabs({"/a", "/b", "/c"});
