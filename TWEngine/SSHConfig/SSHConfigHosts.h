@@ -29,8 +29,8 @@ struct Line {
     friend bool operator==(Line const &, Line const &) = default;
 };
 
-/// These lines of a configuration, in their order. An `Include` inside a `Host` or `Match` block that leaves out hosts
-/// is none of them: what such a file says of a host counts for that host only together with the block around it.
+/// These lines of a configuration, in their order. An `Include` inside a block that does not match every host is left
+/// out: ssh reads such a file for the hosts of its block only.
 std::vector<Line> linesIn(std::string_view text);
 
 /// Every name in the file and in the files that it includes, in the order in which ssh reads them, without duplicates.

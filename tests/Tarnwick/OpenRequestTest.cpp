@@ -10,7 +10,7 @@ using testing::ElementsAre;
 
 OpenRequest from(std::vector<char const *> const &arguments)
 {
-    return OpenRequest::from(arguments, "/work");
+    return OpenRequest::from(arguments, "/home/me");
 }
 
 OpenRequest::Place on(std::optional<PaneSide> side, std::string const &connection, std::string const &path,
@@ -33,8 +33,9 @@ TEST(OpenRequestTest, otherArgumentsArePlacesForTheActiveSide)
 
 TEST(OpenRequestTest, aRelativePathBeginsInTheFolderOfTheStart)
 {
-    EXPECT_THAT(from({"src", ".", "a/b:c"}).places,
-                ElementsAre(on({}, "local", "/work/src"), on({}, "local", "/work"), on({}, "local", "/work/a/b:c")));
+    EXPECT_THAT(
+        from({"src", ".", "a/b:c"}).places,
+        ElementsAre(on({}, "local", "/home/me/src"), on({}, "local", "/home/me"), on({}, "local", "/home/me/a/b:c")));
     char const *const word = "src";
     EXPECT_THAT(OpenRequest::from({&word, 1}, "/").places, ElementsAre(on({}, "local", "/src")));
 }

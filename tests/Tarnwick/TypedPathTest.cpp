@@ -18,7 +18,7 @@ TypedPath::Context here()
             .isLocal = true,
             .variable = [](std::string const &name) -> std::optional<std::string> {
                 if (name == "PROJECTS")
-                    return "/work/projects";
+                    return "/srv/projects";
                 if (name == "USER")
                     return "ann";
                 return std::nullopt;
@@ -109,8 +109,8 @@ TEST(TypedPathTest, bytesAreKept)
 
 TEST(TypedPathTest, variablesOfTheEnvironmentHaveTheirValue)
 {
-    EXPECT_EQ(typed("$PROJECTS/x"), "/work/projects/x");
-    EXPECT_EQ(typed("${PROJECTS}"), "/work/projects");
+    EXPECT_EQ(typed("$PROJECTS/x"), "/srv/projects/x");
+    EXPECT_EQ(typed("${PROJECTS}"), "/srv/projects");
     EXPECT_EQ(typed("/mnt/${USER}s/$USER"), "/mnt/anns/ann");
     EXPECT_EQ(typed("$HOME/docs"), "/home/ann/docs");
 }
