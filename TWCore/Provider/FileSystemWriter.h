@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/FileSystemProvider.h"
+#include "TWCore/Provider/FolderFacts.h"
+#include "TWCore/Provider/Survey.h"
 
 #include <vector>
 
@@ -20,6 +23,27 @@ public:
 
     /// Renames, or moves within this provider. An existing target is an error, and stays as it is.
     virtual Task<void> rename(std::string from, std::string to) = 0;
+
+    struct Move {
+        std::string from;
+        std::string to;
+    };
+
+    /// Moves within this provider, in order and in as few requests as possible. Stops at the first failure and throws
+    /// it; earlier moves stay done. An existing target is an error, as with `rename`.
+    virtual Task<void> moveAll(std::vector<Move> moves);
+
+    /// Deletes each of the paths, and nothing can bring them back.
+    virtual Task<void> removePermanently(std::vector<std::string> paths);
+
+    /// What is in the way of writing `names` into `folder`.
+    virtual Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names);
+
+    /// What is below `names` in `folder`.
+    virtual Task<Survey> survey(std::string folder, std::vector<std::string> names);
+
+    /// Ends when what was written in `folder` is on its disk.
+    virtual Task<void> sync(std::string folder);
 };
 
 } // namespace tw

@@ -6,6 +6,11 @@
 
 namespace tw {
 
+Task<std::optional<std::vector<NameConflict::Answer>>> Dialogs::resolve(Conflicts /*question*/)
+{
+    co_return std::nullopt;
+}
+
 std::string Dialogs::describe(std::span<std::string const> names, std::size_t limit)
 {
     if (names.size() == 1)

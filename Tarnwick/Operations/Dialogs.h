@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Task.h"
 #include "TWCore/Model/Text.h"
+#include "Tarnwick/Operations/NameConflict.h"
 #include "Tarnwick/Operations/Progress.h"
 
 #include <functional>
@@ -58,6 +59,15 @@ public:
     virtual Task<std::optional<std::string>> prompt(Prompt question) = 0;
 
     virtual Task<Answer> confirm(Confirmation question) = 0;
+
+    struct Conflicts {
+        std::string title;
+        std::string message;
+        std::vector<NameConflict> names; ///< at least one
+    };
+
+    /// What to do with each of the names, in their order; nothing if the user cancels. Return never means to replace.
+    virtual Task<std::optional<std::vector<NameConflict::Answer>>> resolve(Conflicts question);
 
     /// Shows work under way until the handle goes. `onCancel` runs once, if the user calls the work off. A question
     /// goes before it.

@@ -13,6 +13,9 @@ public:
     virtual ~Progress() = default;
 
     virtual void update(ProgressState const &state) = 0;
+
+    /// How the work has ended, in a sentence, for a user who looks at something else by now.
+    virtual void conclude(std::string words) { static_cast<void>(words); }
 };
 
 } // namespace tw
