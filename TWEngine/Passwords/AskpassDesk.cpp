@@ -6,6 +6,7 @@
 #include "TWEngine/Runtime/EngineRuntime.h"
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 
 #include <sys/random.h>
@@ -17,6 +18,9 @@ namespace {
 
 /// Nobody guesses it in the minutes of a login.
 constexpr std::size_t tokenBytes = 16;
+
+/// Removing a few files takes much less. A quitting program waits no longer.
+constexpr std::chrono::milliseconds timeToEnd{200};
 
 /// For the name of a socket, which is no secret.
 constexpr std::size_t nameBytes = 4;
@@ -96,15 +100,18 @@ Task<std::unique_ptr<LoginDesk::Login>> AskpassDesk::beginHere(Self self, std::s
 
 void AskpassDesk::endAll()
 {
-    spawn({strand.executor(), {}}, endHere(shared_from_this()));
+    auto const done = std::make_shared<std::binary_semaphore>(0);
+    spawn({strand.executor(), {}}, endHere(shared_from_this(), done));
+    (void)done->try_acquire_for(timeToEnd);
 }
 
-Task<void> AskpassDesk::endHere(Self self)
+Task<void> AskpassDesk::endHere(Self self, std::shared_ptr<std::binary_semaphore> done)
 {
     for (auto const &each : std::exchange(self->logins, {})) {
         if (auto const login = each.lock())
             login->end();
     }
+    done->release();
     co_return;
 }
 

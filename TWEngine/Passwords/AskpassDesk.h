@@ -7,6 +7,7 @@
 #include "TWEngine/Runtime/Strand.h"
 
 #include <optional>
+#include <semaphore>
 #include <vector>
 
 #include <sys/types.h>
@@ -43,7 +44,8 @@ public:
 
     Task<std::unique_ptr<Login>> begin(std::string host, Reports reports) override;
 
-    /// Ends every login soon, so that no socket file stays behind. For the end of the program.
+    /// Ends every login, so that no socket file stays behind. For the end of the program: blocks for a moment, and is
+    /// called after our clients were ended, since an ssh without an answer sends its host an empty password.
     void endAll();
 
     static AskpassGuard::Caller callerBelowUs(pid_t caller);
@@ -52,7 +54,7 @@ private:
     using Self = std::shared_ptr<AskpassDesk>;
 
     static Task<std::unique_ptr<Login>> beginHere(Self self, std::string host, Reports reports);
-    static Task<void> endHere(Self self);
+    static Task<void> endHere(Self self, std::shared_ptr<std::binary_semaphore> done);
 
     // Constant after construction.
     Collaborators const with;

@@ -45,6 +45,9 @@ Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Take
     auto const errors = ChildTask<std::string>::start(context, beginningOf(child, ChildOutput::error, hasErrors, kept));
     auto output = co_await outcomeOf(taker ? handAll(child, std::move(taker))
                                            : beginningOf(child, ChildOutput::standard, hasOutput, kept));
+    // Before the caller hears of it: what an ssh still waits for may end with the caller.
+    if (output.failure)
+        child->terminate();
     Result result;
     result.output = output.take();
     result.errors = co_await errors.join();

@@ -24,7 +24,7 @@ struct Result {
 /// the program never blocks on a full pipe.
 ///
 /// Lifetime: the I/O thread outlives the task.
-/// Cancellation: terminates the program.
+/// Cancellation: the program has got its signal before the caller resumes.
 /// Errors: SpawnError.
 Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept);
 

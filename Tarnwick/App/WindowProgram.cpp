@@ -147,9 +147,9 @@ std::function<std::function<void()>(std::string_view)> openerOf(AppDelegate &del
     delegate.applicationDidFinishLaunching(PaneSpec::fromCommandLine(arguments), besides);
     auto const status = QApplication::exec();
     desk.reset();
-    logins->endAll();
     delegate.applicationWillTerminate();
     runtime.io().childSessions().kill();
+    logins->endAll();
     // As it is: to destroy the engine is to wait for its threads, and a call on a dead network mount does not return.
     endProcess(status);
 }
