@@ -164,6 +164,10 @@ public:
     /// Reads the folder of a host again if the pane rests there: what is on show may have changed while nobody looked.
     void revalidate();
 
+    /// Has the folder on show read again behind the rows if the pane rests there: another program may have changed it.
+    /// Of a host, only a listing that is old, and none while the strip says something.
+    void checkForChanges();
+
     void openSelection();
     void goUp();
 
@@ -288,6 +292,7 @@ private:
     void showFailure(PaneNotices::Failure what);
     void repeat(Navigation navigation);
     void leavePlace();
+    bool restsOnListing() const;
     std::optional<std::string> wayOutOfDeadEnd() const;
     void rememberPlace();
     void followUpRefresh();

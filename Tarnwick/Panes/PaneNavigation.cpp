@@ -1,10 +1,21 @@
 // How a pane gets from one folder to the next, and keeps up with the folder on show.
 
+#include "TWCore/Async/Outcome.h"
 #include "Tarnwick/Panes/HostArrival.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 namespace tw {
+
+namespace {
+
+/// What is found to have changed reaches the pane as an update. A failure is nothing that the user has asked about.
+Task<void> readIfOld(std::shared_ptr<Browser> source, std::string path)
+{
+    co_await outcomeOf(source->open(std::move(path)));
+}
+
+} // namespace
 
 void PaneController::makeNavigator()
 {
@@ -290,13 +301,26 @@ void PaneController::refresh()
                      .isReread = true});
 }
 
+bool PaneController::restsOnListing() const
+{
+    return rows.snapshot() && heading == browser && !navigator->isUnderWay() && !hostArrival;
+}
+
 void PaneController::revalidate()
 {
-    auto const rests = rows.snapshot() && heading == browser && !navigator->isUnderWay() && !hostArrival;
-    if (connection == localConnection || !rests)
+    if (connection == localConnection || !restsOnListing())
         return;
     refresh();
     wasTouched = true; // nobody has asked for it, so nobody is to be led to the strip
+}
+
+void PaneController::checkForChanges()
+{
+    if (!restsOnListing() || notices.onShow())
+        return;
+    auto const path = pathOnShow();
+    spawn({collaborators.mainContext, {}},
+          connection == localConnection ? browser->refresh(path) : readIfOld(browser, path));
 }
 
 /// A navigation that began meanwhile is no refresh any more.

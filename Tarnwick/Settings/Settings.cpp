@@ -130,6 +130,7 @@ Setting<double> const paneFontSize{"tw.paneFontSize", 12, fontSizeFrom, fontSize
 Setting<FolderPlacement> const folderPlacement = oneOf<placements>("tw.folderPlacement", FolderPlacement::top);
 Setting<PaneSide> const activeSide = oneOf<sides>("tw.activeSide", PaneSide::left);
 Setting<std::string> const columns{"tw.columns", {}, sameText, text};
+Setting<bool> const autoRefresh = oneOf<answers>("TWAutoRefresh", true);
 Setting<std::string> const windowGeometry{"TarnwickMain", {}, sameText, text};
 Setting<std::optional<int>> const leftShare{"tw.split", std::nullopt, shareFrom, shareText};
 Setting<bool> const welcomeShown = oneOf<answers>("tw.welcomeShown", false);

@@ -19,8 +19,12 @@ extern Setting<FolderPlacement> const folderPlacement;
 /// The side that had the keyboard last.
 extern Setting<PaneSide> const activeSide;
 
-/// The widths that the user gave to columns, which both panes share. ColumnLayout writes and reads them.
+/// The columns of the panes, which both share, with the widths that the user gave them. ColumnLayout writes and reads
+/// them.
 extern Setting<std::string> const columns;
+
+/// Whether folders on show are read again without being asked for.
+extern Setting<bool> const autoRefresh;
 
 /// The place of the window on the screen, in the toolkit's own notation.
 extern Setting<std::string> const windowGeometry;

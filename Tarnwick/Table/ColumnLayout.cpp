@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <ranges>
+#include <vector>
 
 namespace tw {
 
@@ -12,6 +14,8 @@ constexpr int leastWidth = 24;
 
 /// Wider than any text of the columns that this holds for; a stored number beyond is a mistake.
 constexpr int mostWidth = 1000;
+
+constexpr std::string_view orderPrefix = "order=";
 
 /// Which column is given up first. The extension is a part of the name, and stays.
 constexpr std::array givenUpInOrder{PaneColumn::attr, PaneColumn::date, PaneColumn::size};
@@ -32,6 +36,25 @@ std::optional<PaneColumn> columnOf(std::string_view identifier)
 void append(std::string &choices, std::string const &choice)
 {
     choices += (choices.empty() ? "" : " ") + choice;
+}
+
+/// Takes the part before the next separator off the text.
+std::string_view takePart(std::string_view &text, char separator)
+{
+    auto const end = std::min(text.find(separator), text.size());
+    auto const part = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return part;
+}
+
+std::vector<PaneColumn> columnsIn(std::string_view list)
+{
+    std::vector<PaneColumn> columns;
+    while (!list.empty()) {
+        if (auto const column = columnOf(takePart(list, ',')))
+            columns.push_back(*column);
+    }
+    return columns;
 }
 
 std::optional<int> numberIn(std::string_view text)
@@ -85,7 +108,7 @@ void ColumnLayout::reset(PaneColumn column)
 
 bool ColumnLayout::canBeHidden(PaneColumn column)
 {
-    return column != PaneColumn::name && column != PaneColumn::ext;
+    return column != PaneColumn::name;
 }
 
 bool ColumnLayout::isWanted(PaneColumn column) const
@@ -98,6 +121,18 @@ void ColumnLayout::want(PaneColumn column, bool wanted)
     isHidden[indexOf(column)] = !wanted && canBeHidden(column);
 }
 
+void ColumnLayout::arrange(std::span<PaneColumn const> wanted)
+{
+    std::vector columns{PaneColumn::name};
+    columns.insert(columns.end(), wanted.begin(), wanted.end());
+    columns.insert(columns.end(), paneColumns.begin(), paneColumns.end());
+    auto end = ordered.begin();
+    for (auto const column : columns) {
+        if (std::find(ordered.begin(), end, column) == end)
+            *end++ = column;
+    }
+}
+
 std::string ColumnLayout::text() const
 {
     std::string result;
@@ -108,6 +143,12 @@ std::string ColumnLayout::text() const
         if (!isWanted(column))
             append(result, "-" + identifier);
     }
+    if (ordered == paneColumns)
+        return result;
+    std::string list;
+    for (auto const column : ordered | std::views::drop(1))
+        list += (list.empty() ? "" : ",") + std::string(paneColumnIdentifier(column));
+    append(result, std::string(orderPrefix) + list);
     return result;
 }
 
@@ -115,23 +156,27 @@ void ColumnLayout::adopt(std::string_view stored)
 {
     chosen = {};
     isHidden = {};
-    while (!stored.empty()) {
-        auto const end = std::min(stored.find(' '), stored.size());
-        auto const part = stored.substr(0, end);
-        stored.remove_prefix(std::min(end + 1, stored.size()));
-        if (part.starts_with('-')) {
-            if (auto const column = columnOf(part.substr(1)))
-                want(*column, false);
-            continue;
-        }
-        auto const colon = part.find(':');
-        if (colon == std::string_view::npos)
-            continue;
-        auto const column = columnOf(part.substr(0, colon));
-        auto const number = numberIn(part.substr(colon + 1));
-        if (column && *column != PaneColumn::name && number && *number >= leastWidth && *number <= mostWidth)
-            chosen[indexOf(*column)] = number;
+    ordered = paneColumns;
+    while (!stored.empty())
+        adoptChoice(takePart(stored, ' '));
+}
+
+void ColumnLayout::adoptChoice(std::string_view choice)
+{
+    if (choice.starts_with(orderPrefix))
+        return arrange(columnsIn(choice.substr(orderPrefix.size())));
+    if (choice.starts_with('-')) {
+        if (auto const column = columnOf(choice.substr(1)))
+            want(*column, false);
+        return;
     }
+    auto const colon = choice.find(':');
+    if (colon == std::string_view::npos)
+        return;
+    auto const column = columnOf(choice.substr(0, colon));
+    auto const number = numberIn(choice.substr(colon + 1));
+    if (column && *column != PaneColumn::name && number && *number >= leastWidth && *number <= mostWidth)
+        chosen[indexOf(*column)] = number;
 }
 
 } // namespace tw

@@ -4,20 +4,23 @@
 
 #include <array>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace tw {
 
-/// Which columns a pane has, and how wide they are. The name takes what the others leave.
+/// Which columns a pane has, in which order, and how wide they are. The name takes what the others leave.
 ///
 /// A column is as wide as the view proposes for its font until the user gives it a width. In a pane that is too
-/// narrow the least important columns go, so that names stay readable; they come back with the room.
+/// narrow the least important columns go, so that names stay readable; they come back with the room. The name stands
+/// first: its icon and its cursor begin the row.
 ///
 /// Widths are in device-independent pixels, in the order of `paneColumns`.
 class ColumnLayout {
 public:
     using Widths = std::array<int, paneColumns.size()>;
+    using Order = std::array<PaneColumn, paneColumns.size()>;
 
     /// `proposed` are the widths of the columns; for the name it is the least that it is left with.
     explicit ColumnLayout(Widths const &proposed) : widths(proposed) {}
@@ -35,13 +38,20 @@ public:
     /// Forgets the user's choice for a column.
     void reset(PaneColumn column);
 
-    /// Whether the user wants a column. Name and extension are one name, and always there.
+    /// Whether the user may do without a column. Names are always there: without the column of extensions, whole.
     static bool canBeHidden(PaneColumn column);
 
     bool isWanted(PaneColumn column) const;
     void want(PaneColumn column, bool wanted);
 
-    /// The user's choices as they are stored: "ext:60 date:140 -attr".
+    /// From left to right, with the hidden columns.
+    Order const &order() const noexcept { return ordered; }
+
+    /// Takes over an order. The name goes first, a column counts where it comes first, and those that are left out
+    /// follow in their usual order.
+    void arrange(std::span<PaneColumn const> wanted);
+
+    /// The user's choices as they are stored: "ext:60 date:140 -attr order=date,size,ext,attr".
     std::string text() const;
 
     /// Takes over stored choices; what makes no sense in them is left out.
@@ -49,10 +59,12 @@ public:
 
 private:
     int width(PaneColumn column) const;
+    void adoptChoice(std::string_view choice);
 
     Widths widths;
     std::array<std::optional<int>, paneColumns.size()> chosen;
     std::array<bool, paneColumns.size()> isHidden{}; ///< by the user
+    Order ordered = paneColumns;
 };
 
 } // namespace tw

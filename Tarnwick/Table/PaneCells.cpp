@@ -41,6 +41,23 @@ std::string_view paneColumnIdentifier(PaneColumn column)
     return {};
 }
 
+std::string_view paneColumnTitle(PaneColumn column)
+{
+    switch (column) {
+    case PaneColumn::name:
+        return "Name";
+    case PaneColumn::ext:
+        return "Ext";
+    case PaneColumn::size:
+        return "Size";
+    case PaneColumn::date:
+        return "Date";
+    case PaneColumn::attr:
+        return "Attr";
+    }
+    return {};
+}
+
 std::optional<SortKey> sortKeyOf(PaneColumn column)
 {
     switch (column) {

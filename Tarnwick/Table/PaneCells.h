@@ -8,7 +8,7 @@
 
 namespace tw {
 
-/// The columns of a pane's table, in their order.
+/// The columns of a pane's table, in their usual order.
 enum class PaneColumn { name, ext, size, date, attr };
 
 inline constexpr std::array paneColumns{PaneColumn::name, PaneColumn::ext, PaneColumn::size, PaneColumn::date,
@@ -16,6 +16,9 @@ inline constexpr std::array paneColumns{PaneColumn::name, PaneColumn::ext, PaneC
 
 /// The stored identifier of a column: "name", "ext", "size", "date", "attr".
 std::string_view paneColumnIdentifier(PaneColumn column);
+
+/// The title of a column, which is its translation key too.
+std::string_view paneColumnTitle(PaneColumn column);
 
 /// The sort key that a click on the column's title toggles; none for the attributes.
 std::optional<SortKey> sortKeyOf(PaneColumn column);

@@ -40,8 +40,10 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::closeTab:
     case Command::closeOtherTabs:
     case Command::nextTab:
+    case Command::previousTab:
     case Command::minimizeWindow:
     case Command::customizeToolBar:
+    case Command::customizeColumns:
     case Command::openSelection:
     case Command::refresh:
     case Command::targetIsSource:
@@ -84,10 +86,14 @@ void MainWindowCommands::perform(Command command)
         return window.cmdCloseOtherTabs();
     case Command::nextTab:
         return window.cmdNextTab();
+    case Command::previousTab:
+        return window.cmdPreviousTab();
     case Command::minimizeWindow:
         return window.cmdMinimizeWindow();
     case Command::customizeToolBar:
         return window.cmdCustomizeToolBar();
+    case Command::customizeColumns:
+        return window.cmdCustomizeColumns();
     case Command::openSelection:
         return window.activePane().openSelection();
     case Command::refresh:

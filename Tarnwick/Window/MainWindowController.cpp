@@ -142,6 +142,14 @@ void MainWindowController::revalidateAfterWake()
         each->revalidateAfterWake();
 }
 
+void MainWindowController::checkForChanges()
+{
+    if (!Settings::autoRefresh.read(collaborators.defaults))
+        return;
+    for (auto const side : {PaneSide::left, PaneSide::right})
+        pane(side)->checkForChanges();
+}
+
 void MainWindowController::openConnectionMenu(PaneSide side)
 {
     auto const &target = pane(side);
@@ -250,6 +258,12 @@ void MainWindowController::cmdCustomizeToolBar()
         window->customizeToolBar();
 }
 
+void MainWindowController::cmdCustomizeColumns()
+{
+    if (window)
+        window->customizeColumns();
+}
+
 void MainWindowController::cmdToggleHidden()
 {
     activePane().toggleHidden();
@@ -297,6 +311,11 @@ void MainWindowController::cmdCloseOtherTabs()
 void MainWindowController::cmdNextTab()
 {
     container(active).selectNext();
+}
+
+void MainWindowController::cmdPreviousTab()
+{
+    container(active).selectPrevious();
 }
 
 void MainWindowController::selectTabByNumber(int number)

@@ -58,6 +58,9 @@ public:
     /// The machine has slept: folders of hosts that are on show are read again, others when they are shown.
     void revalidateAfterWake();
 
+    /// The program has come to the front: the folders on show may have been changed by another one meanwhile.
+    void checkForChanges();
+
     /// Lists the connections to choose from beside a pane, which becomes the active one.
     ///
     /// The menu is there at once with the hosts that were known last, so that the keys that follow are its own and a
@@ -78,6 +81,7 @@ public:
     void cmdSwapPanes();
     void cmdEqualizePanes();
     void cmdCustomizeToolBar();
+    void cmdCustomizeColumns();
     void cmdToggleHidden();
     void cmdNewTab();
 
@@ -85,6 +89,7 @@ public:
     void cmdCloseTab();
     void cmdCloseOtherTabs();
     void cmdNextTab();
+    void cmdPreviousTab();
 
     /// Counted from 1. A number without a tab changes nothing.
     void selectTabByNumber(int number);

@@ -117,6 +117,11 @@ void PaneContainer::selectNext()
     select((active + 1) % tabs.size());
 }
 
+void PaneContainer::selectPrevious()
+{
+    select((active + tabs.size() - 1) % tabs.size());
+}
+
 void PaneContainer::show(std::size_t index)
 {
     auto const before = activePane();

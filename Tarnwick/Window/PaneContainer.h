@@ -62,6 +62,7 @@ public:
     /// An index outside changes nothing, here and below.
     void select(std::size_t index);
     void selectNext();
+    void selectPrevious();
 
     /// The only tab stays. The one that then has the active index shows, or the last one.
     void closeTab(std::size_t index);

@@ -86,14 +86,40 @@ TEST_F(ColumnLayoutTest, aColumnThatIsNotWantedLeavesItsRoomToTheName)
     EXPECT_THAT(layout.fitted(600), ElementsAre(290, 50, 60, 120, 80));
 }
 
-TEST_F(ColumnLayoutTest, aNameIsAlwaysThereWithItsExtension)
+TEST_F(ColumnLayoutTest, theNameIsAlwaysThere)
 {
-    for (auto const column : {PaneColumn::name, PaneColumn::ext}) {
-        layout.want(column, false);
-        EXPECT_TRUE(layout.isWanted(column));
-    }
+    layout.want(PaneColumn::name, false);
+    EXPECT_TRUE(layout.isWanted(PaneColumn::name));
     layout.adopt("-name -ext");
-    EXPECT_THAT(layout.fitted(600), ElementsAre(290, 50, 60, 120, 80));
+    EXPECT_THAT(layout.fitted(600), ElementsAre(340, 0, 60, 120, 80));
+}
+
+TEST_F(ColumnLayoutTest, theNameStandsBeforeAllOtherColumns)
+{
+    layout.arrange(std::array{PaneColumn::date, PaneColumn::name, PaneColumn::ext});
+    EXPECT_THAT(layout.order(),
+                ElementsAre(PaneColumn::name, PaneColumn::date, PaneColumn::ext, PaneColumn::size, PaneColumn::attr));
+}
+
+TEST_F(ColumnLayoutTest, anOrderIsStoredAndTakenOver)
+{
+    layout.want(PaneColumn::ext, false);
+    layout.arrange(std::array{PaneColumn::attr, PaneColumn::size, PaneColumn::date, PaneColumn::ext});
+    EXPECT_EQ(layout.text(), "-ext order=attr,size,date,ext");
+    ColumnLayout other({150, 50, 60, 120, 80});
+    other.adopt(layout.text());
+    EXPECT_EQ(other.order(), layout.order());
+    other.adopt("");
+    EXPECT_EQ(other.order(), paneColumns);
+}
+
+TEST_F(ColumnLayoutTest, aStoredOrderWithMistakesHasEveryColumnOnce)
+{
+    layout.adopt("order=date,,what,date,name,attr,");
+    EXPECT_THAT(layout.order(),
+                ElementsAre(PaneColumn::name, PaneColumn::date, PaneColumn::attr, PaneColumn::ext, PaneColumn::size));
+    layout.adopt("order=");
+    EXPECT_EQ(layout.order(), paneColumns);
 }
 
 TEST_F(ColumnLayoutTest, whatIsNotWantedIsStoredWithItsWidth)

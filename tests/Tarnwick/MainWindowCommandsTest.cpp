@@ -94,6 +94,8 @@ TEST_F(MainWindowCommandsTest, theCommandsOfTabsActOnTheActiveSide)
     EXPECT_EQ(tabs.activeIndex(), 2U);
     perform(Command::nextTab);
     EXPECT_EQ(tabs.activeIndex(), 0U);
+    perform(Command::previousTab);
+    EXPECT_EQ(tabs.activeIndex(), 2U);
     perform(Command::tab2);
     EXPECT_EQ(tabs.activeIndex(), 1U);
     perform(Command::tab9);
@@ -112,10 +114,12 @@ TEST_F(MainWindowCommandsTest, theWindowsOwnCommandsReachIt)
     perform(Command::closeTab);
     perform(Command::minimizeWindow);
     perform(Command::customizeToolBar);
+    perform(Command::customizeColumns);
     EXPECT_EQ(window.equalized, 1);
     EXPECT_EQ(window.closed, 1);
     EXPECT_EQ(window.minimized, 1);
     EXPECT_EQ(window.customized, 1);
+    EXPECT_EQ(window.columnsCustomized, 1);
 }
 
 TEST_F(MainWindowCommandsTest, theOrderOfTheActivePaneIsCheckedAndCanBeTurnedRound)

@@ -557,5 +557,29 @@ TEST_F(MainWindowControllerTest, commandsOfTheWindowReachIt)
     EXPECT_EQ(window.closed, 1);
 }
 
+TEST_F(MainWindowControllerTest, whoComesBackSeesBothFoldersAsTheyAreUnlessNothingIsToBeReadUnasked)
+{
+    provider->answersAtOnce = [this](std::string const &path) {
+        return Listings{{path, listing(path, {file("a")}, clock->now())}};
+    };
+    start({PaneSpec{"local", "/left", true}, PaneSpec{"local", "/right", true}});
+    provider->answersAtOnce = nullptr;
+    defaults.setText("TWAutoRefresh", "false");
+    controller.checkForChanges();
+    loop.drain();
+    EXPECT_TRUE(provider->waiting.empty());
+    defaults.setText("TWAutoRefresh", "true");
+    controller.checkForChanges();
+    loop.drain();
+    std::vector<std::string> asked;
+    while (!provider->waiting.empty()) {
+        auto const request = provider->takeOldest();
+        asked.push_back(request.path);
+        request.answer->succeed({{request.path, listing(request.path, {file("a")}, clock->now())}});
+        loop.drain();
+    }
+    EXPECT_THAT(asked, testing::UnorderedElementsAre("/left", "/right"));
+}
+
 } // namespace
 } // namespace tw::test

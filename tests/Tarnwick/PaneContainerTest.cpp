@@ -241,6 +241,16 @@ TEST_F(PaneContainerTest, theNextTabBehindTheLastIsTheFirst)
     EXPECT_EQ(container.activeIndex(), 1U);
 }
 
+TEST_F(PaneContainerTest, theTabBeforeTheFirstIsTheLast)
+{
+    openTabs({"/a", "/b", "/c"});
+    container.selectPrevious();
+    EXPECT_EQ(container.activeIndex(), 1U);
+    container.selectPrevious();
+    container.selectPrevious();
+    EXPECT_EQ(container.activeIndex(), 2U);
+}
+
 TEST_F(PaneContainerTest, allTabsOfASideShowTheirRowsInTheSameWay)
 {
     openTabs({"/a", "/b"});

@@ -19,6 +19,7 @@ public:
     int closed = 0;
     int minimized = 0;
     int customized = 0;
+    int columnsCustomized = 0;
     std::string clipboard;
     std::shared_ptr<FakeDialogs> questions = std::make_shared<FakeDialogs>();
 
@@ -29,6 +30,8 @@ public:
     void minimizeWindow() override { ++minimized; }
 
     void customizeToolBar() override { ++customized; }
+
+    void customizeColumns() override { ++columnsCustomized; }
 
     void copyText(std::string const &text) override { clipboard = text; }
 

@@ -49,6 +49,22 @@ protected:
         QTest::mouseRelease(titles, Qt::LeftButton, Qt::NoModifier, line + QPoint(distance, 0));
     }
 
+    /// Drags the title of a column over the left half of another one's.
+    void dragTitle(PaneColumn column, PaneColumn onto)
+    {
+        auto &titles = table(PaneSide::left).titles();
+        auto const middle = [&](PaneColumn of, int part) {
+            auto const section = static_cast<int>(of);
+            return QPoint(titles.sectionViewportPosition(section) + titles.sectionSize(section) / part, 5);
+        };
+        auto const from = middle(column, 2);
+        auto const to = middle(onto, 4);
+        QTest::mousePress(titles.viewport(), Qt::LeftButton, Qt::NoModifier, from);
+        QTest::mouseMove(titles.viewport(), (from + to) / 2);
+        QTest::mouseMove(titles.viewport(), to);
+        QTest::mouseRelease(titles.viewport(), Qt::LeftButton, Qt::NoModifier, to);
+    }
+
     int width(PaneSide side, PaneColumn column) { return table(side).columnWidth(static_cast<int>(column)); }
 
     int sortedColumn() { return table(PaneSide::left).titles().sortIndicatorSection(); }
@@ -262,6 +278,46 @@ TEST_F(PaneMouseTest, theMenuOfTheTitlesChoosesColumnsAndTheirUsualWidths)
     choose(QStringLiteral("Attr"));
     EXPECT_FALSE(table(PaneSide::left).isColumnHidden(static_cast<int>(PaneColumn::attr)));
     EXPECT_EQ(defaults.text("tw.columns"), "");
+}
+
+TEST_F(PaneMouseTest, aTitleIsDraggedToMoveItsColumnInBothPanesAndForTheNextStart)
+{
+    open();
+    window->resize(1180, 720);
+    auto const shownOrder = [this](PaneSide side) {
+        std::vector<int> columns;
+        for (int place = 0; place < 5; ++place)
+            columns.push_back(table(side).titles().logicalIndex(place));
+        return columns;
+    };
+    dragTitle(PaneColumn::date, PaneColumn::ext);
+    EXPECT_THAT(shownOrder(PaneSide::left), ElementsAre(0, 3, 1, 2, 4));
+    EXPECT_THAT(shownOrder(PaneSide::right), ElementsAre(0, 3, 1, 2, 4));
+    EXPECT_EQ(sortedColumn(), static_cast<int>(PaneColumn::name)) << "a drag is no click";
+    close();
+    open();
+    EXPECT_THAT(shownOrder(PaneSide::left), ElementsAre(0, 3, 1, 2, 4));
+}
+
+TEST_F(PaneMouseTest, noColumnIsDraggedBeforeTheName)
+{
+    open();
+    dragTitle(PaneColumn::size, PaneColumn::name);
+    EXPECT_EQ(table(PaneSide::left).titles().logicalIndex(0), static_cast<int>(PaneColumn::name));
+    dragTitle(PaneColumn::name, PaneColumn::date);
+    EXPECT_EQ(table(PaneSide::left).titles().logicalIndex(0), static_cast<int>(PaneColumn::name));
+}
+
+TEST_F(PaneMouseTest, theLineBeforeAColumnFollowsThePointerInAnyOrder)
+{
+    defaults.setText("tw.columns", "order=attr,date,size,ext");
+    open();
+    window->resize(1180, 720);
+    auto const date = width(PaneSide::left, PaneColumn::date);
+    auto const name = width(PaneSide::left, PaneColumn::name);
+    dragLineBefore(PaneColumn::date, -30);
+    EXPECT_EQ(width(PaneSide::left, PaneColumn::date), date + 30);
+    EXPECT_EQ(width(PaneSide::left, PaneColumn::name), name - 30);
 }
 
 TEST_F(PaneMouseTest, draggingALineDoesNotSort)

@@ -229,6 +229,20 @@ TEST_F(PaneTableTest, usualTextsFitTheirColumns)
     EXPECT_LE(QFontMetricsF(fonts.digits).horizontalAdvance(QStringLiteral("<DIR>")), room(PaneColumn::size));
 }
 
+TEST_F(PaneTableTest, withoutTheColumnOfExtensionsTheNamesAreWhole)
+{
+    show({file("same.qqa"), file("same.qqb"), file("same.qqc")});
+    auto const pictureOfName = [this](int row) { return picture(cell(row, PaneColumn::name)); };
+    EXPECT_EQ(pictureOfName(1), pictureOfName(3));
+    view.titles().adoptChoices("-ext");
+    processPosted();
+    EXPECT_TRUE(view.isColumnHidden(static_cast<int>(PaneColumn::ext)));
+    EXPECT_NE(pictureOfName(1), pictureOfName(3));
+    view.titles().adoptChoices("");
+    processPosted();
+    EXPECT_EQ(pictureOfName(1), pictureOfName(3));
+}
+
 TEST_F(PaneTableTest, theColumnsFillTheView)
 {
     showFiles(1000);

@@ -97,6 +97,8 @@ TEST_F(TabsTest, keysOpenGoToAndCloseTabs)
     EXPECT_EQ(strip().currentIndex(), 2);
     press(Qt::Key_Tab, Qt::ControlModifier);
     EXPECT_EQ(strip().currentIndex(), 0);
+    press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(strip().currentIndex(), 2);
     press(Qt::Key_2, Qt::ControlModifier);
     EXPECT_EQ(strip().currentIndex(), 1);
     press(Qt::Key_W, Qt::ControlModifier);

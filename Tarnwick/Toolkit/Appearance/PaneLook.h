@@ -12,7 +12,8 @@ struct PaneLook {
     PaneFonts fonts;
     PaneColors colors;
     std::optional<int> cursorRow;
-    bool isActive = false; ///< the cursor of the active pane is filled, the other one's an outline
+    bool hasWholeNames = false; ///< there is no column of extensions, so that the names are shown with theirs
+    bool isActive = false;      ///< the cursor of the active pane is filled, the other one's an outline
 };
 
 } // namespace tw

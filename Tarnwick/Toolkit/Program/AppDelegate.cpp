@@ -62,6 +62,10 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         if (!isAskedToQuit)
             applicationShouldTerminateAfterLastWindowClosed();
     });
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state == Qt::ApplicationActive && controller)
+            controller->checkForChanges();
+    });
     signals =
         std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
 

@@ -16,6 +16,13 @@ Qt::TextElideMode elisionOf(PaneColumn column)
 
 } // namespace
 
+QString PaneDelegate::textOf(PaneLook const &look, QModelIndex const &cell)
+{
+    auto const isWholeName = look.hasWholeNames && static_cast<PaneColumn>(cell.column()) == PaneColumn::name;
+    return cell.data(isWholeName ? static_cast<int>(PaneTableModel::wholeNameRole) : static_cast<int>(Qt::DisplayRole))
+        .toString();
+}
+
 QFont const &PaneDelegate::fontOf(PaneFonts const &fonts, PaneColumn column)
 {
     switch (column) {
@@ -72,8 +79,7 @@ void PaneDelegate::paint(QPainter *painter, QStyleOptionViewItem const &option, 
         paintIcon(*painter, option.rect, index);
     auto const cell = textRect(look.fonts, option.rect, column);
     auto const &font = fontOf(look.fonts, column);
-    auto const text =
-        QFontMetrics(font).elidedText(index.data(Qt::DisplayRole).toString(), elisionOf(column), cell.width());
+    auto const text = QFontMetrics(font).elidedText(textOf(look, index), elisionOf(column), cell.width());
     painter->setFont(font);
     painter->setPen(textColor(index));
     // Piled up accents reach far beyond the line of their name.

@@ -17,6 +17,9 @@ public:
     void paint(QPainter *painter, QStyleOptionViewItem const &option, QModelIndex const &index) const override;
     QSize sizeHint(QStyleOptionViewItem const &option, QModelIndex const &index) const override;
 
+    /// What stands in a cell.
+    static QString textOf(PaneLook const &look, QModelIndex const &cell);
+
     static QFont const &fontOf(PaneFonts const &fonts, PaneColumn column);
 
     /// Where the text of a cell stands.

@@ -53,6 +53,9 @@ PaneHeaderView::PaneHeaderView(QWidget *parent) : QHeaderView(Qt::Horizontal, pa
     setSortIndicatorShown(true);
     setMinimumSectionSize(0);
     setMouseTracking(true);
+    setSectionsMovable(true);
+    setFirstSectionMovable(false); // the name
+    connect(this, &QHeaderView::sectionMoved, this, [this] { takeOverOrder(); });
     connect(this, &QHeaderView::sectionClicked, this, [this](int section) {
         if (onTitleClicked)
             onTitleClicked(static_cast<PaneColumn>(section));
@@ -68,7 +71,28 @@ void PaneHeaderView::propose(ColumnLayout::Widths const &widths)
 void PaneHeaderView::adoptChoices(std::string_view stored)
 {
     layout.adopt(stored);
+    arrange();
     fit();
+}
+
+void PaneHeaderView::arrange()
+{
+    isArranging = true;
+    for (int place = 0; place < count(); ++place)
+        moveSection(visualIndex(static_cast<int>(layout.order()[static_cast<std::size_t>(place)])), place);
+    isArranging = false;
+}
+
+void PaneHeaderView::takeOverOrder()
+{
+    if (isArranging)
+        return;
+    std::vector<PaneColumn> columns;
+    for (int place = 0; place < count(); ++place)
+        columns.push_back(static_cast<PaneColumn>(logicalIndex(place)));
+    layout.arrange(columns);
+    arrange(); // one that was dropped before the name goes behind it
+    choicesChanged();
 }
 
 int PaneHeaderView::room() const
@@ -79,7 +103,7 @@ int PaneHeaderView::room() const
 void PaneHeaderView::fit()
 {
     if (count() < static_cast<int>(paneColumns.size()))
-        return;
+        return; // without a model
     auto const widths = layout.fitted(room());
     for (int section = 0; section < count(); ++section) {
         auto const width = widths[static_cast<std::size_t>(section)];
@@ -87,6 +111,8 @@ void PaneHeaderView::fit()
         if (width != 0)
             resizeSection(section, width);
     }
+    if (onFitted)
+        onFitted();
 }
 
 std::optional<PaneColumn> PaneHeaderView::columnBehindLineAt(int x) const

@@ -8,8 +8,8 @@
 
 namespace tw {
 
-/// The column titles of a pane. A click on one sorts; the line before a column is dragged to make it wider or
-/// narrower, and clicked twice to fit it to its contents. Its menu chooses the columns.
+/// The column titles of a pane. A click on one sorts; a title is dragged to move its column, and the line before a
+/// column to make it wider or narrower; two clicks on the line fit it to its contents. The menu chooses the columns.
 ///
 /// The name stretches and stands first, so the line follows the pointer: what a column gains, the name loses.
 class PaneHeaderView final : public QHeaderView {
@@ -29,7 +29,10 @@ public:
     /// The width that the contents of a column need, as far as they are on screen.
     std::function<int(PaneColumn column)> onContentsMeasured;
 
-    /// The user has given a column another width, or other columns to the pane.
+    /// The columns have got other widths, or are other ones.
+    std::function<void()> onFitted;
+
+    /// The user has given a column another width or place, or other columns to the pane.
     std::function<void()> onChoicesChanged;
 
 protected:
@@ -47,6 +50,10 @@ private:
     /// Lays the columns out in the width that there is.
     void fit();
 
+    /// Puts the columns into the order of the layout.
+    void arrange();
+    void takeOverOrder();
+
     std::optional<PaneColumn> columnBehindLineAt(int x) const;
     void fillMenu(QMenu &menu);
     void choicesChanged();
@@ -54,7 +61,8 @@ private:
 
     ColumnLayout layout;
     std::optional<PaneColumn> dragged;
-    int grabOffset = 0; ///< from the pointer to the line when it was grabbed
+    int grabOffset = 0;       ///< from the pointer to the line when it was grabbed
+    bool isArranging = false; ///< the columns are moved by the program and not by the user
 };
 
 } // namespace tw

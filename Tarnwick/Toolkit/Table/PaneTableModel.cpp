@@ -2,29 +2,9 @@
 
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Table/IconKind.h"
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
 
 namespace tw {
-
-namespace {
-
-QString titleOf(PaneColumn column)
-{
-    switch (column) {
-    case PaneColumn::name:
-        return QStringLiteral("Name");
-    case PaneColumn::ext:
-        return QStringLiteral("Ext");
-    case PaneColumn::size:
-        return QStringLiteral("Size");
-    case PaneColumn::date:
-        return QStringLiteral("Date");
-    case PaneColumn::attr:
-        return QStringLiteral("Attr");
-    }
-    return {};
-}
-
-} // namespace
 
 int PaneTableModel::rowCount(QModelIndex const &parent) const
 {
@@ -95,7 +75,7 @@ QVariant PaneTableModel::headerData(int section, Qt::Orientation orientation, in
     auto const column = static_cast<PaneColumn>(section);
     switch (role) {
     case Qt::DisplayRole:
-        return titleOf(column);
+        return Wording::shown(paneColumnTitle(column));
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(alignment(column));
     default:

@@ -33,6 +33,10 @@ PaneTableView::PaneTableView(PaneTableModel &rows, QWidget *parent)
     setModel(&rows);
     setAccessibleName(QStringLiteral("Files"));
     header->onContentsMeasured = [this](PaneColumn column) { return widthOfContents(column); };
+    header->onFitted = [this] {
+        look.hasWholeNames = header->isSectionHidden(static_cast<int>(PaneColumn::ext));
+        viewport()->update();
+    };
     setItemDelegate(new PaneDelegate(look, this));
 
     setShowGrid(false);
@@ -97,7 +101,9 @@ bool PaneTableView::showNameTip(QHelpEvent const &event)
     auto const isCut = [&](PaneColumn part) {
         auto const cell = index.siblingAtColumn(static_cast<int>(part));
         auto const room = PaneDelegate::textRect(look.fonts, visualRect(cell), part).width();
-        return ColumnWidths::ofText(PaneDelegate::fontOf(look.fonts, part), cell.data().toString()) - 1 > room;
+        auto const text = PaneDelegate::textOf(look, cell);
+        return !isColumnHidden(cell.column()) &&
+               ColumnWidths::ofText(PaneDelegate::fontOf(look.fonts, part), text) - 1 > room;
     };
     if (!isOfName || !(isCut(PaneColumn::name) || isCut(PaneColumn::ext))) {
         QToolTip::hideText();

@@ -7,6 +7,7 @@
 #include "Tarnwick/Toolkit/Commands/ToolBarDialog.h"
 #include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
+#include "Tarnwick/Toolkit/Table/ColumnsDialog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/PaneContainerView.h"
@@ -221,6 +222,14 @@ void MainWindow::customizeToolBar()
     auto *const dialog = new ToolBarDialog(ToolBarLayout::stored(Settings::toolBar.read(settings)), this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->onAccepted = [this](ToolBarLayout const &layout) { Settings::toolBar.write(settings, layout.text()); };
+    dialog->open();
+}
+
+void MainWindow::customizeColumns()
+{
+    auto *const dialog = new ColumnsDialog(Settings::columns.read(settings), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->onAccepted = [this](std::string const &choices) { Settings::columns.write(settings, choices); };
     dialog->open();
 }
 

@@ -46,6 +46,7 @@ private:
     void closeWindow() override;
     void minimizeWindow() override;
     void customizeToolBar() override;
+    void customizeColumns() override;
     void copyText(std::string const &text) override;
     std::shared_ptr<Dialogs> dialogs() override;
 
