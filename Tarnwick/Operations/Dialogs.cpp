@@ -6,7 +6,7 @@
 
 namespace tw {
 
-Task<std::optional<std::vector<NameConflict::Answer>>> Dialogs::resolve(Conflicts /*question*/)
+Task<Dialogs::Resolution> Dialogs::resolve(Conflicts /*question*/)
 {
     co_return std::nullopt;
 }

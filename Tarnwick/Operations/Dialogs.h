@@ -49,8 +49,9 @@ public:
 
     virtual ~Dialogs() = default;
 
-    /// Says that something has failed, and ends when the user has seen it.
-    virtual Task<void> error(Text message) = 0;
+    /// Says that something has failed, and ends when the user has seen it. `words` are the last lines of the program
+    /// that failed, of any bytes; if there are any, the user can look at them there.
+    virtual Task<void> error(Text message, std::string words = {}) = 0;
 
     /// Shows the words of a program or a host whole, to read and to copy. Ends when the user closes them.
     virtual Task<void> details(Text title, std::string words) = 0;
@@ -66,8 +67,11 @@ public:
         std::vector<NameConflict> names; ///< at least one
     };
 
-    /// What to do with each of the names, in their order; nothing if the user cancels. Return never means to replace.
-    virtual Task<std::optional<std::vector<NameConflict::Answer>>> resolve(Conflicts question);
+    /// One for each of the names, in their order; nothing if the user cancels.
+    using Resolution = std::optional<std::vector<NameConflict::Answer>>;
+
+    /// What to do with each of the names. Return never means to replace.
+    virtual Task<Resolution> resolve(Conflicts question);
 
     /// Shows work under way until the handle goes. `onCancel` runs once, if the user calls the work off. A question
     /// goes before it.

@@ -3,7 +3,6 @@
 #include "TWEngine/Runtime/Completion.h"
 #include "Tarnwick/Operations/Dialogs.h"
 
-#include <stdexcept>
 #include <vector>
 
 namespace tw::test {
@@ -22,7 +21,11 @@ public:
         void cancel() const { end->fail(std::make_exception_ptr(Cancelled())); }
     };
 
-    Task<void> error(Text message) override { return seen(note(errors, message.english())); }
+    Task<void> error(Text message, std::string words = {}) override
+    {
+        wordsOfErrors.push_back(std::move(words));
+        return seen(note(errors, message.english()));
+    }
 
     Task<void> details(Text title, std::string words) override
     {
@@ -39,10 +42,25 @@ public:
         return Completion<Answer>::wait(note(confirmations, std::move(question)));
     }
 
-    std::unique_ptr<Progress> progress(std::string /*title*/, std::function<void()> /*onCancel*/) override
+    Task<Resolution> resolve(Conflicts question) override
     {
-        throw std::logic_error("no operation under test shows progress yet");
+        return Completion<Resolution>::wait(note(conflicts, std::move(question)));
     }
+
+    std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) override
+    {
+        works.push_back(std::make_shared<Work>(Work{.title = std::move(title), .cancel = std::move(onCancel)}));
+        return std::make_unique<Shown>(works.back());
+    }
+
+    /// What the user has seen of some work.
+    struct Work {
+        std::string title;
+        std::function<void()> cancel; ///< the user calls the work off
+        std::vector<ProgressState> states = {};
+        std::string conclusion = {};
+        bool isUnderWay = true;
+    };
 
     struct Details {
         std::string title;
@@ -56,6 +74,8 @@ public:
             each.cancel();
         for (auto const &each : confirmations)
             each.cancel();
+        for (auto const &each : conflicts)
+            each.cancel();
         for (auto const &each : errors)
             each.cancel();
         for (auto const &each : detailsShown)
@@ -65,10 +85,30 @@ public:
     // Those asked so far, answered or not.
     std::vector<Asked<Prompt, std::optional<std::string>>> prompts;
     std::vector<Asked<Confirmation, Answer>> confirmations;
+    std::vector<Asked<Conflicts, Resolution>> conflicts;
     std::vector<Asked<std::string, Done>> errors;
+    std::vector<std::string> wordsOfErrors; ///< behind "Details", one for each error; empty: none were offered
     std::vector<Asked<Details, Done>> detailsShown;
+    std::vector<std::shared_ptr<Work>> works;
 
 private:
+    class Shown final : public Progress {
+    public:
+        explicit Shown(std::shared_ptr<Work> shown) : work(std::move(shown)) {}
+
+        Shown(Shown const &) = delete;
+        Shown &operator=(Shown const &) = delete;
+
+        ~Shown() override { work->isUnderWay = false; }
+
+        void update(ProgressState const &state) override { work->states.push_back(state); }
+
+        void conclude(std::string words) override { work->conclusion = std::move(words); }
+
+    private:
+        std::shared_ptr<Work> const work;
+    };
+
     template <class Question, class Value>
     static std::shared_ptr<Completion<Value>> note(std::vector<Asked<Question, Value>> &asked, Question question)
     {

@@ -6,6 +6,7 @@
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetText.h"
+#include "Tarnwick/Toolkit/Dialogs/WordsView.h"
 #include "Tarnwick/Toolkit/Program/QtMainContext.h"
 #include "tests/ui/QtLoop.h"
 
@@ -240,6 +241,26 @@ TEST_F(SheetDialogsTest, anErrorGoesWithReturnAndWithEscape)
         EXPECT_TRUE(asked.isDone());
         EXPECT_FALSE(asked.outcome->failure);
     }
+}
+
+TEST_F(SheetDialogsTest, theWordsOfAProgramThatHasFailedComeUpWithAButton)
+{
+    auto const asked = ask(dialogs->error("Copying failed.", "tar: a: Cannot open\ntar: Exiting"));
+    auto &words = *sheet().findChild<WordsView *>();
+    EXPECT_FALSE(words.isVisible());
+    button(QStringLiteral("Details")).click();
+    EXPECT_TRUE(words.isVisible());
+    EXPECT_EQ(words.toPlainText(), QStringLiteral("tar: a: Cannot open\ntar: Exiting"));
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(asked.isDone());
+}
+
+TEST_F(SheetDialogsTest, anErrorWithoutSuchWordsOffersNone)
+{
+    auto const asked = ask(dialogs->error("Copying failed."));
+    EXPECT_EQ(sheet().findChildren<QPushButton *>().size(), 1);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(asked.isDone());
 }
 
 TEST_F(SheetDialogsTest, aMessageOfAnyLengthStaysOnTheScreen)

@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
+#include "Tarnwick/Toolkit/Dialogs/WordsView.h"
 
 #include <QPushButton>
 
@@ -48,9 +49,24 @@ QuestionSheet::QuestionSheet(Failure failure, QWidget *window)
     ok->setFocus();
 }
 
-QuestionSheet *QuestionSheet::ofError(Text const &message, QWidget *window)
+QuestionSheet *QuestionSheet::ofError(Text const &message, std::string const &words, QWidget *window)
 {
-    return new QuestionSheet(Failure{message}, window);
+    auto *const sheet = new QuestionSheet(Failure{message}, window);
+    if (!words.empty())
+        sheet->offerDetails(words);
+    return sheet;
+}
+
+void QuestionSheet::offerDetails(std::string const &words)
+{
+    auto *const view = new WordsView(words, this);
+    view->setAccessibleName(Wording::shown("Details"));
+    view->hide();
+    addContent(view);
+    auto *const details = buttons().addButton(Wording::shown("Details"), QDialogButtonBox::ActionRole);
+    details->setAutoDefault(false);
+    details->setCheckable(true);
+    connect(details, &QPushButton::toggled, view, &QWidget::setVisible);
 }
 
 } // namespace tw

@@ -10,8 +10,8 @@ class QuestionSheet final : public Sheet {
 public:
     QuestionSheet(Dialogs::Confirmation const &question, QWidget *window);
 
-    /// "Operation failed".
-    static QuestionSheet *ofError(Text const &message, QWidget *window);
+    /// "Operation failed". `words`, if there are any, come up with a button.
+    static QuestionSheet *ofError(Text const &message, std::string const &words, QWidget *window);
 
 private:
     struct Failure {
@@ -19,6 +19,7 @@ private:
     };
 
     QuestionSheet(Failure failure, QWidget *window);
+    void offerDetails(std::string const &words);
 };
 
 } // namespace tw

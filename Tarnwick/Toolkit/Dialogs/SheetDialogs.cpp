@@ -57,10 +57,10 @@ std::shared_ptr<Finished> endOf(Sheet &sheet)
     return end;
 }
 
-Task<void> tell(Queue queue, Text message)
+Task<void> tell(Queue queue, Text message, std::string words)
 {
     auto *const window = windowOf(queue);
-    ShownSheet const sheet(queue, QuestionSheet::ofError(message, window), SheetQueue::Kind::question);
+    ShownSheet const sheet(queue, QuestionSheet::ofError(message, words, window), SheetQueue::Kind::question);
     auto const end = endOf(*sheet());
     co_await Finished::wait(end);
 }
@@ -130,9 +130,9 @@ public:
 
 } // namespace
 
-Task<void> SheetDialogs::error(Text message)
+Task<void> SheetDialogs::error(Text message, std::string words)
 {
-    return tell(queue, std::move(message));
+    return tell(queue, std::move(message), std::move(words));
 }
 
 Task<void> SheetDialogs::details(Text title, std::string words)

@@ -11,7 +11,7 @@ class SheetDialogs final : public Dialogs, public LoginPrompter {
 public:
     explicit SheetDialogs(QWidget &window) : queue(std::make_shared<SheetQueue>(window)) {}
 
-    Task<void> error(Text message) override;
+    Task<void> error(Text message, std::string words = {}) override;
     Task<void> details(Text title, std::string words) override;
     Task<std::optional<std::string>> prompt(Prompt question) override;
     Task<Answer> confirm(Confirmation question) override;

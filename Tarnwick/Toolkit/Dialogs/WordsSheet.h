@@ -5,9 +5,9 @@
 
 #include <string>
 
-class QPlainTextEdit;
-
 namespace tw {
+
+class WordsView;
 
 /// The words of a program or a host, whole, to read, select and copy.
 class WordsSheet final : public Sheet {
@@ -17,12 +17,12 @@ public:
     /// `words` are several lines of any bytes. Characters that cannot be seen have a sign in their place.
     WordsSheet(Text const &title, std::string const &words, QWidget *window);
 
-    QPlainTextEdit &text() const { return *wordsView; }
+    WordsView &text() const { return *wordsView; }
 
 private:
     void copyAll();
 
-    QPlainTextEdit *const wordsView;
+    WordsView *const wordsView;
 };
 
 } // namespace tw
