@@ -6,11 +6,6 @@
 
 namespace tw {
 
-Task<Dialogs::Resolution> Dialogs::resolve(Conflicts /*question*/)
-{
-    co_return std::nullopt;
-}
-
 std::string Dialogs::describe(std::span<std::string const> names, std::size_t limit)
 {
     if (names.size() == 1)

@@ -71,7 +71,7 @@ public:
     using Resolution = std::optional<std::vector<NameConflict::Answer>>;
 
     /// What to do with each of the names. Return never means to replace.
-    virtual Task<Resolution> resolve(Conflicts question);
+    virtual Task<Resolution> resolve(Conflicts question) = 0;
 
     /// Shows work under way until the handle goes. `onCancel` runs once, if the user calls the work off. A question
     /// goes before it.

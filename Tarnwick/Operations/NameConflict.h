@@ -11,8 +11,20 @@ namespace tw {
 struct NameConflict {
     enum class Answer { replace, keepBoth, skip };
 
+    /// What the source is, seen from the target.
+    enum class Comparison {
+        same, ///< in size and date; nothing is read
+        newer,
+        older,
+        differs, ///< of one date
+        unlike,  ///< a folder and a file, or another pair of kinds
+        folders, ///< merged on replace; a date of a folder says nothing about what is in it
+    };
+
     FolderFacts::Occupant source;
     FolderFacts::Occupant target;
+
+    Comparison comparison() const noexcept;
 };
 
 } // namespace tw

@@ -1,5 +1,6 @@
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
 #include "Tarnwick/Toolkit/Dialogs/WordsSheet.h"
+#include "Tarnwick/Toolkit/Dialogs/WordsView.h"
 #include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 #include "Tarnwick/Toolkit/Widgets/PathField.h"
 #include "tests/ui/QtLoop.h"

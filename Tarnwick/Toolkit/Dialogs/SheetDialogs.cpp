@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWEngine/Runtime/Completion.h"
+#include "Tarnwick/Toolkit/Dialogs/ConflictSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/LoginSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/ProgressSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
@@ -95,6 +96,17 @@ Task<Dialogs::Answer> confirmIn(Queue queue, Dialogs::Confirmation question)
     co_return code == QDialog::Accepted ? Dialogs::Answer::ok : Dialogs::Answer::cancel;
 }
 
+Task<Dialogs::Resolution> resolveIn(Queue queue, Dialogs::Conflicts question)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new ConflictSheet(std::move(question), window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    auto const code = co_await Finished::wait(end);
+    if (!sheet())
+        throw Cancelled();
+    co_return code == QDialog::Accepted ? std::optional(sheet()->answers()) : std::nullopt;
+}
+
 Task<std::optional<LoginAnswer>> askIn(Queue queue, LoginQuestion question)
 {
     auto *const window = windowOf(queue);
@@ -148,6 +160,11 @@ Task<std::optional<std::string>> SheetDialogs::prompt(Prompt question)
 Task<Dialogs::Answer> SheetDialogs::confirm(Confirmation question)
 {
     return confirmIn(queue, std::move(question));
+}
+
+Task<Dialogs::Resolution> SheetDialogs::resolve(Conflicts question)
+{
+    return resolveIn(queue, std::move(question));
 }
 
 Task<std::optional<LoginAnswer>> SheetDialogs::ask(LoginQuestion question)

@@ -15,6 +15,7 @@ public:
     Task<void> details(Text title, std::string words) override;
     Task<std::optional<std::string>> prompt(Prompt question) override;
     Task<Answer> confirm(Confirmation question) override;
+    Task<Resolution> resolve(Conflicts question) override;
     std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) override;
 
     Task<std::optional<LoginAnswer>> ask(LoginQuestion question) override;

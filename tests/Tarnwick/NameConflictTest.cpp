@@ -1,0 +1,94 @@
+#include "Tarnwick/Operations/ConflictAnswers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using testing::ElementsAre;
+using Answer = NameConflict::Answer;
+using Comparison = NameConflict::Comparison;
+using Occupant = FolderFacts::Occupant;
+
+Occupant file(std::int64_t size, std::int64_t mtime)
+{
+    return {.name = "a", .kind = EntryKind::file, .size = size, .mtime = mtime};
+}
+
+Occupant folder(std::int64_t mtime)
+{
+    return {.name = "a", .kind = EntryKind::directory, .size = 0, .mtime = mtime};
+}
+
+Comparison compared(Occupant source, Occupant target)
+{
+    return NameConflict{std::move(source), std::move(target)}.comparison();
+}
+
+TEST(NameConflictTest, theDateSaysWhichFileIsTheNewerOne)
+{
+    EXPECT_EQ(compared(file(1, 20), file(1, 10)), Comparison::newer);
+    EXPECT_EQ(compared(file(1, 10), file(9, 20)), Comparison::older);
+    EXPECT_EQ(compared(file(1, -5), file(1, -9)), Comparison::newer) << "before 1970 too";
+}
+
+TEST(NameConflictTest, filesOfOneDateAreTheSameIfTheirSizesAre)
+{
+    EXPECT_EQ(compared(file(1, 10), file(1, 10)), Comparison::same);
+    EXPECT_EQ(compared(file(1, 10), file(2, 10)), Comparison::differs);
+}
+
+TEST(NameConflictTest, nothingIsSaidAboutTheDatesOfFolders)
+{
+    EXPECT_EQ(compared(folder(20), folder(10)), Comparison::folders);
+    EXPECT_EQ(compared(folder(10), folder(10)), Comparison::folders);
+}
+
+TEST(NameConflictTest, aFolderIsNotComparedWithAFile)
+{
+    EXPECT_EQ(compared(folder(20), file(0, 10)), Comparison::unlike);
+}
+
+ConflictAnswers threeNames()
+{
+    NameConflict const any{file(1, 1), file(1, 1)};
+    return ConflictAnswers({any, any, any});
+}
+
+TEST(ConflictAnswersTest, atFirstNoNameHasAnAnswer)
+{
+    EXPECT_EQ(threeNames().openCount(), 3U);
+    EXPECT_EQ(threeNames().answer(1), std::nullopt);
+}
+
+TEST(ConflictAnswersTest, theRestGetsOneAnswerAndSingleAnswersStay)
+{
+    auto answers = threeNames();
+    answers.setAnswer(1, Answer::replace);
+    answers.answerRest(Answer::skip);
+    EXPECT_THAT(answers.all(), ElementsAre(Answer::skip, Answer::replace, Answer::skip));
+    EXPECT_EQ(answers.openCount(), 0U);
+}
+
+TEST(ConflictAnswersTest, anAnswerCanBeTakenBack)
+{
+    auto answers = threeNames();
+    answers.setAnswer(1, Answer::replace);
+    answers.setAnswer(1, std::nullopt);
+    EXPECT_EQ(answers.openCount(), 3U);
+}
+
+TEST(ConflictAnswersTest, theNextNameWithoutAnAnswerIsLookedForRoundTheEnd)
+{
+    auto answers = threeNames();
+    EXPECT_EQ(answers.nextOpen(0), 1U);
+    answers.setAnswer(1, Answer::skip);
+    EXPECT_EQ(answers.nextOpen(0), 2U);
+    EXPECT_EQ(answers.nextOpen(2), 0U);
+    answers.answerRest(Answer::skip);
+    EXPECT_EQ(answers.nextOpen(0), std::nullopt);
+}
+
+} // namespace
+} // namespace tw::test
