@@ -42,6 +42,7 @@ enum class Command {
     contextMenu,
     rename,
     newFolder,
+    deleteFiles,
     copyName,
     copyNameWithoutExtension,
     copyFullPath,

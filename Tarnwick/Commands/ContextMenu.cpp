@@ -18,6 +18,9 @@ void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subjec
           subject.isLocal ? Command::copyRelativePath : Command::copyHostAndPath,
           subject.isLocal ? Command::copyHomePath : Command::copyRelativePath, Command::copyEnclosingFolder})
         items.push_back({.kind = Kind::inCopyMenu, .command = command});
+    items.push_back(
+        {.command = Command::deleteFiles,
+         .title = subject.marked > 0 ? "Delete " + std::to_string(subject.marked) + " Marked…" : "Delete…"});
     items.push_back({.kind = Kind::separator});
 }
 

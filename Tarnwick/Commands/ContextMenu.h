@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Commands/Command.h"
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,7 @@ struct ContextSubject {
 
     Row row = Row::none; ///< none for the parent row and below the rows
     bool isLocal = true; ///< the pane shows folders of this machine
+    int marked = 0;      ///< names, on show
 };
 
 struct ContextItem {
@@ -20,7 +22,7 @@ struct ContextItem {
 
     Kind kind = Kind::item;
     Command command = {};
-    std::string_view title = {}; ///< empty: that of the command
+    std::string title = {}; ///< empty: that of the command
 
     friend bool operator==(ContextItem const &, ContextItem const &) = default;
 };

@@ -12,6 +12,7 @@ constexpr ToolBarItem items[] = {
     {"tw.connect", "Connect", Command::connect, "network-server", "connect"},
     {"tw.refresh", "Refresh", Command::refresh, "view-refresh", "refresh"},
     {"tw.newFolder", "New Folder", Command::newFolder, "folder-new", "new-folder"},
+    {"tw.delete", "Delete", Command::deleteFiles, "edit-delete", "delete"},
     {"tw.sameFolder", "Same Folder", Command::targetIsSource, "object-flip-horizontal", "same-folder"},
     {"tw.hidden", "Hidden", Command::toggleHidden, "view-reveal", "hidden"},
     {"tw.swap", "Other Pane", Command::otherPane, "view-dual", "other-pane"},

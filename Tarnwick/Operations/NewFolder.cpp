@@ -27,7 +27,7 @@ Task<void> newFolder(OperationContext context)
     if (!name)
         co_return;
     if (!where.browser->writer()) {
-        context.warn(where.connection + " is read-only");
+        context.warn({"%@ is read-only", {where.connection}});
         co_return;
     }
     auto work = context.beginWork();

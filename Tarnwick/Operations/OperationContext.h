@@ -21,7 +21,10 @@ struct OperationContext {
     std::shared_ptr<Dialogs> dialogs;
 
     /// Shows what kept the operation from beginning on the pane's status line.
-    void warn(std::string const &text) const;
+    void warn(Text const &text) const;
+
+    /// Says that there is nothing to work on.
+    void refuse() const;
 
     /// Keeps the pane's spinner turning until the handle goes, once that takes longer than a moment.
     [[nodiscard]] PaneSpinner::Work beginWork() const;
@@ -29,6 +32,16 @@ struct OperationContext {
     /// Every pane that still shows the folder of the operands reads it again. In the pane of the key press the cursor
     /// goes to `select`, if that is not empty.
     void rereadFolder(std::string const &select) const;
+
+    /// Where the cursor of the pane of the key press goes when the operands have gone.
+    std::string nameSurviving() const;
+
+    /// Every pane that still shows the folder of the operands reads it again, without `gone`. The cursor goes to the
+    /// name that survives them if it is on one of them, and in the pane of the key press to `survivor`.
+    void rereadWithout(std::vector<std::string> const &gone, std::string const &survivor) const;
+
+    /// Removes the marks on the operands wherever they are on show.
+    void unmarkOperands() const;
 };
 
 /// A command that takes its time, as a coroutine: it asks, works, shows what has failed, and reads again what it

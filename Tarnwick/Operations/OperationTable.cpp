@@ -1,5 +1,6 @@
 #include "Tarnwick/Operations/OperationTable.h"
 
+#include "Tarnwick/Operations/Delete.h"
 #include "Tarnwick/Operations/MarkByMask.h"
 #include "Tarnwick/Operations/NewFolder.h"
 
@@ -10,6 +11,8 @@ Operation operationOf(Command command)
     switch (command) {
     case Command::newFolder:
         return newFolder;
+    case Command::deleteFiles:
+        return deleteOperands;
     case Command::markByMask:
         return markByMask;
     case Command::unmarkByMask:

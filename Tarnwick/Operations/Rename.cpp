@@ -23,7 +23,7 @@ Task<void> performRename(OperationContext context, std::string from, std::string
 {
     auto const where = context.operands;
     if (!where.browser->writer()) {
-        context.warn(where.connection + " is read-only");
+        context.warn({"%@ is read-only", {where.connection}});
         co_return;
     }
     auto work = context.beginWork();

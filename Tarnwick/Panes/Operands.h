@@ -18,6 +18,16 @@ struct Operands {
 
     /// The full path of one of the names.
     std::string pathOf(std::string const &name) const { return path == "/" ? path + name : path + "/" + name; }
+
+    /// The full paths of all names, in their order.
+    std::vector<std::string> paths() const
+    {
+        std::vector<std::string> all;
+        all.reserve(names.size());
+        for (auto const &name : names)
+            all.push_back(pathOf(name));
+        return all;
+    }
 };
 
 } // namespace tw

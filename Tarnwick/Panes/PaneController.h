@@ -115,6 +115,9 @@ public:
     /// What an operation that begins now works on.
     Operands operands() const;
 
+    /// Whether there is a name in the operands. Costs the same for any number of marks.
+    bool hasOperands() const { return !cursorName().empty() || rows.markedSummary().count > 0; }
+
     /// True if the rows are whole. Otherwise beeps and says that the folder is being read: marking all rows and
     /// operations wait, since they would work on a part.
     bool hasAllRows();
@@ -146,6 +149,9 @@ public:
     /// Reads the folder of `where` anew if it is on show and the pane is not on its way elsewhere. The cursor goes to
     /// `select`, or stays if that is empty; the marks that still apply stay.
     void rereadIfAt(Operands const &where, std::string select);
+
+    /// Removes the marks on the names of `where` if its folder is on show.
+    void unmarkIfAt(Operands const &where);
 
     /// Ends what the pane waits for, and takes the strip away. The pane shows the place of its rows again, or goes home
     /// if it has shown nothing yet. False if there is neither a wait nor a strip.

@@ -108,4 +108,10 @@ void PaneCursor::unmarkAll()
     rangeEnd.reset();
 }
 
+void PaneCursor::unmark(std::span<std::string const> names)
+{
+    rows.unmark(names);
+    rangeEnd.reset();
+}
+
 } // namespace tw

@@ -48,6 +48,7 @@ public:
     void invertMarks();
     void markAll();
     void unmarkAll();
+    void unmark(std::span<std::string const> names);
 
     /// Marks or unmarks the rows that a `NameMask` matches; answers how many.
     int markMatching(std::string_view mask, PaneModel::Marks change);

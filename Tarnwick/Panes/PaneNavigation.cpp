@@ -286,6 +286,14 @@ void PaneController::rereadIfAt(Operands const &where, std::string select)
     wasTouched = true; // an operation wants it, not a person who looks at this pane
 }
 
+void PaneController::unmarkIfAt(Operands const &where)
+{
+    if (!rows.snapshot() || browser != where.browser || pathOnShow() != where.path)
+        return;
+    cursor.unmark(where.names);
+    marksChanged();
+}
+
 void PaneController::refresh()
 {
     if (navigator->isRereading()) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <unordered_set>
 #include <utility>
 
 namespace tw {
@@ -192,6 +193,15 @@ void PaneModel::unmarkWhatIsNotOnShow()
     for (std::uint32_t index = 0; index < isOnShow.size(); ++index) {
         if (!isOnShow[index])
             marks.set(index, false);
+    }
+}
+
+void PaneModel::unmark(std::span<std::string const> names)
+{
+    std::unordered_set<std::string_view> const wanted(names.begin(), names.end());
+    for (auto const index : visible) {
+        if (marks.contains(index) && wanted.contains(nameAt(index)))
+            mark(index, false);
     }
 }
 

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -72,6 +73,9 @@ public:
 
     /// Marks or unmarks the rows that a `NameMask` matches; answers how many.
     int markMatching(std::string_view mask, Marks change);
+
+    /// Removes the marks on those of the names that are on show.
+    void unmark(std::span<std::string const> names);
 
     /// False with a mark on any name, on show or not.
     bool isUnmarked() const noexcept { return marks.isEmpty(); }

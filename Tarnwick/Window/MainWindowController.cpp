@@ -1,6 +1,7 @@
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Operations/Delete.h"
 #include "Tarnwick/Operations/MarkByMask.h"
 #include "Tarnwick/Operations/Rename.h"
 #include "Tarnwick/Settings/Settings.h"
@@ -63,6 +64,10 @@ void MainWindowController::wire(PaneController &pane, PaneSide side)
         if (window)
             spawn({collaborators.mainContext, {}},
                   performRename(contextOf(pane.shared_from_this()), std::move(from), std::move(to)));
+    };
+    callbacks.onDeleteRequested = [this, side] {
+        setActive(side);
+        start(deleteOperands);
     };
     callbacks.onMaskWanted = [this](PaneModel::Marks change) {
         start(change == PaneModel::Marks::insert ? markByMask : unmarkByMask);

@@ -16,9 +16,9 @@ std::vector<std::string> titles(ContextSubject const &subject)
 {
     std::vector<std::string> all;
     for (auto const &item : contextMenuItems(subject)) {
-        auto const title = item.kind == ContextItem::Kind::separator ? "-"
-                           : item.title.empty()                      ? rowOf(item.command).title
-                                                                     : item.title;
+        std::string_view const title = item.kind == ContextItem::Kind::separator ? "-"
+                                       : item.title.empty()                      ? rowOf(item.command).title
+                                                                                 : item.title;
         auto const isInside = item.kind == ContextItem::Kind::inCopyMenu;
         all.push_back((isInside ? std::string(copyMenuTitle) + "/" : std::string()) + std::string(title));
     }
@@ -29,16 +29,21 @@ TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 {
     EXPECT_THAT(titles({.row = Row::folder}),
                 ElementsAre("Open Folder", "-", "Rename…", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
-                            "Copy/Relative to Other Pane", "Copy/Relative to Home", "Copy/Enclosing Folder", "-",
-                            "New Folder…", "Refresh", "Show Hidden Files"));
+                            "Copy/Relative to Other Pane", "Copy/Relative to Home", "Copy/Enclosing Folder", "Delete…",
+                            "-", "New Folder…", "Refresh", "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 {
     EXPECT_THAT(titles({.row = Row::file, .isLocal = false}),
                 ElementsAre("Rename…", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
-                            "Copy/Host and Path", "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "-",
-                            "New Folder…", "Refresh", "Show Hidden Files"));
+                            "Copy/Host and Path", "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…",
+                            "-", "New Folder…", "Refresh", "Show Hidden Files"));
+}
+
+TEST(ContextMenuTest, whatIsDeletedAreTheMarkedFiles)
+{
+    EXPECT_THAT(titles({.row = Row::file, .marked = 3}), ::testing::Contains("Delete 3 Marked…"));
 }
 
 TEST(ContextMenuTest, besideTheFilesItIsAboutTheFolderOnShow)

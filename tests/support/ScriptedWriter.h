@@ -17,7 +17,7 @@ public:
         void fail(std::exception_ptr why) const { end->fail(std::move(why)); }
     };
 
-    bool deleteIsReversible() const override { return true; }
+    bool deleteIsReversible() const override { return isReversible; }
 
     Task<void> makeDirectory(std::string path) override { return note(this, "makeDirectory " + path); }
 
@@ -30,6 +30,8 @@ public:
     }
 
     Task<void> rename(std::string from, std::string to) override { return note(this, "rename " + from + " " + to); }
+
+    bool isReversible = true;
 
     /// Those asked for so far, ended or not.
     std::vector<Write> writes;

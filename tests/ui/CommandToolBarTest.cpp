@@ -71,6 +71,7 @@ TEST_F(CommandToolBarTest, aNewUserHasTheUsualItems)
                                      QStringLiteral("Refresh"),
                                      {},
                                      QStringLiteral("New Folder"),
+                                     QStringLiteral("Delete"),
                                      {},
                                      QStringLiteral("Same Folder"),
                                      QStringLiteral("Hidden")}));

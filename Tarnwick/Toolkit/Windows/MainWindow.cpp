@@ -41,7 +41,8 @@ ContextSubject subjectAt(PaneController const &pane, std::optional<int> row)
     return {.row = !entry                 ? Row::none
                    : entry->isDirectory() ? Row::folder
                                           : Row::file,
-            .isLocal = pane.connectionName() == localConnection};
+            .isLocal = pane.connectionName() == localConnection,
+            .marked = pane.model().markedSummary().count};
 }
 
 std::optional<int> rowAt(PaneTableView const &table, QPoint onScreen)

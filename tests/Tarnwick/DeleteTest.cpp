@@ -1,0 +1,163 @@
+#include "Tarnwick/Operations/Delete.h"
+
+#include "TWCore/Model/FileOperationError.h"
+#include "tests/support/FakeDialogs.h"
+#include "tests/support/PaneTest.h"
+
+#include <gmock/gmock.h>
+
+namespace tw::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class DeleteTest : public PaneTest {
+protected:
+    DeleteTest() { show({"a", "b", "c", "d"}); }
+
+    ~DeleteTest() override
+    {
+        dialogs->close();
+        loop.drain();
+    }
+
+    void begin()
+    {
+        OperationContext context{.operands = pane->operands(), .pane = pane, .panes = {pane}, .dialogs = dialogs};
+        operation = loop.start(deleteOperands(std::move(context)));
+        loop.drain();
+    }
+
+    void agree()
+    {
+        dialogs->confirmations.back().answer(Dialogs::Answer::ok);
+        loop.drain();
+    }
+
+    void endWrite()
+    {
+        provider->writes.back().succeed();
+        loop.drain();
+    }
+
+    void failWrite(std::string const &path)
+    {
+        provider->writes.back().fail(
+            std::make_exception_ptr(FileOperationError::Failed("delete", path, "Permission denied")));
+        loop.drain();
+    }
+
+    Dialogs::Confirmation const &question() const { return dialogs->confirmations.back().question; }
+
+    std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();
+    std::optional<Started<void>> operation;
+};
+
+TEST_F(DeleteTest, whereThereIsATrashItAsksToMoveThere)
+{
+    begin();
+    EXPECT_EQ(question().title, "Move 1 item to the Trash?");
+    EXPECT_EQ(question().message, "/x:\na");
+    EXPECT_EQ(question().okTitle, "Move to Trash");
+    EXPECT_EQ(question().danger, Dialogs::Danger::harmless);
+}
+
+TEST_F(DeleteTest, onAHostItSaysThatNothingBringsTheFilesBack)
+{
+    provider->isReversible = false;
+    press(Key::insert);
+    press(Key::insert);
+    begin();
+    EXPECT_EQ(question().title, "Delete 2 items on web1?");
+    EXPECT_EQ(question().message, "There is no Trash on a remote host. This deletes permanently and cannot be undone."
+                                  "\n\n/x:\na\nb");
+    EXPECT_EQ(question().okTitle, "Delete Permanently");
+    EXPECT_EQ(question().danger, Dialogs::Danger::destructive);
+}
+
+TEST_F(DeleteTest, nothingIsDeletedUnasked)
+{
+    begin();
+    dialogs->confirmations.back().answer(Dialogs::Answer::cancel);
+    loop.drain();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_THAT(provider->writes, IsEmpty());
+}
+
+TEST_F(DeleteTest, theCursorGoesToTheNameBelowTheLastThatHasGone)
+{
+    press(Key::insert);
+    press(Key::down);
+    press(Key::insert);
+    press(Key::home);
+    begin();
+    agree();
+    ASSERT_THAT(provider->writes, SizeIs(1));
+    EXPECT_EQ(provider->writes.front().what, "remove /x/a /x/c");
+    endWrite();
+    answer({"b", "d"});
+    EXPECT_EQ(cursorName(), "d");
+    EXPECT_THAT(marked(), IsEmpty());
+    EXPECT_TRUE(operation->isDone());
+}
+
+TEST_F(DeleteTest, afterAFailureTheRestStaysMarked)
+{
+    press(Key::insert);
+    press(Key::insert);
+    begin();
+    agree();
+    failWrite("/x/b");
+    ASSERT_THAT(dialogs->errors, SizeIs(1));
+    EXPECT_EQ(dialogs->errors.front().question, "delete failed on /x/b: Permission denied");
+    answer({"b", "c", "d"});
+    EXPECT_THAT(marked(), ElementsAre("b"));
+    EXPECT_EQ(cursorName(), "c");
+}
+
+TEST_F(DeleteTest, thereIsNothingToDeleteOnTheRowOfTheFolderAbove)
+{
+    press(Key::home);
+    begin();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(display.beeps, 1);
+    EXPECT_THAT(dialogs->confirmations, IsEmpty());
+}
+
+TEST_F(DeleteTest, whatThePaneDoesDuringTheQuestionChangesNothing)
+{
+    begin();
+    pane->navigate("/y");
+    answer({"other"});
+    agree();
+    EXPECT_EQ(provider->writes.front().what, "remove /x/a");
+    endWrite();
+    EXPECT_EQ(pane->pathOnShow(), "/y");
+    EXPECT_THAT(provider->waiting, IsEmpty());
+}
+
+TEST_F(DeleteTest, anotherPaneOnTheFolderKeepsItsCursor)
+{
+    RecordingDisplay otherDisplay;
+    auto const other =
+        PaneController::create({.mainContext = loop.context(), .clock = clock, .defaults = defaults}, browser, "web1");
+    other->attach(otherDisplay);
+    other->navigate("/x", "d");
+    loop.drain();
+    ASSERT_EQ(other->cursorName(), "d");
+    OperationContext context{.operands = pane->operands(), .pane = pane, .panes = {pane, other}, .dialogs = dialogs};
+    operation = loop.start(deleteOperands(std::move(context)));
+    loop.drain();
+    agree();
+    endWrite();
+    answer({"b", "c", "d"});
+    EXPECT_EQ(cursorName(), "b");
+    EXPECT_EQ(other->cursorName(), "d");
+    EXPECT_EQ(other->model().visibleNames(), (std::vector<std::string>{"b", "c", "d"}));
+    other->detach(otherDisplay);
+}
+
+} // namespace
+} // namespace tw::test
