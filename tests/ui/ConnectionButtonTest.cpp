@@ -274,6 +274,8 @@ TEST_F(ConnectionButtonTest, aVeryLongNameIsShortenedAndItsWholeIsTheToolTip)
 TEST_F(ConnectionButtonTest, aNameTakesThePathNoMoreThanItsShare)
 {
     open();
+    window->resize(1180, 720); // room for a share in letters of any font
+    processPosted();
     auto &one = button(PaneSide::left);
     auto const usual = one.width();
     one.showConnection("a");
