@@ -1,13 +1,7 @@
 #include "Tarnwick/Table/FoldedNames.h"
 
-#include "TWCore/Check.h"
-#include "TWCore/Model/DisplayText.h"
+#include "Tarnwick/Table/FoldedName.h"
 
-#include <unicode/bytestream.h>
-#include <unicode/casemap.h>
-#include <unicode/normalizer2.h>
-
-#include <algorithm>
 #include <cstring>
 
 namespace tw {
@@ -16,96 +10,80 @@ namespace {
 
 constexpr char separator = '\0';
 
-/// Stands for a zero byte in a name, which a host may claim. No one types it.
-constexpr char notTyped = '\1';
-
-bool isAscii(std::string_view bytes)
-{
-    unsigned char all = 0;
-    for (auto const byte : bytes)
-        all |= static_cast<unsigned char>(byte);
-    return all < 0x80;
-}
-
-char foldedAscii(char letter)
-{
-    if (letter >= 'A' && letter <= 'Z')
-        return static_cast<char>(letter - 'A' + 'a');
-    return letter == separator ? notTyped : letter;
-}
-
-/// Folded by all of Unicode, and composed: some file systems hand out names in pieces of letters.
-void appendFolded(std::string &text, std::string_view name)
-{
-    if (isAscii(name)) {
-        auto const start = text.size();
-        text.append(name);
-        std::transform(text.begin() + static_cast<std::ptrdiff_t>(start), text.end(),
-                       text.begin() + static_cast<std::ptrdiff_t>(start), foldedAscii);
-        return;
-    }
-    auto status = U_ZERO_ERROR;
-    auto const readable = repaired(name);
-    std::string folded;
-    icu::StringByteSink<std::string> intoFolded(&folded);
-    icu::CaseMap::utf8Fold(0, readable, intoFolded, nullptr, status);
-    std::string composed;
-    icu::StringByteSink<std::string> intoComposed(&composed);
-    icu::Normalizer2::getNFCInstance(status)->normalizeUTF8(0, folded, intoComposed, nullptr, status);
-    check(U_SUCCESS(status) != 0, "ICU came without its data for letters");
-    std::ranges::replace(composed, separator, notTyped);
-    text += composed;
-}
-
 /// glibc's own search, which is several times as fast as that of std::string for a needle with a frequent first byte.
-std::size_t positionOf(std::string_view needle, std::string_view text)
+std::size_t positionOf(std::string_view needle, std::string_view text, std::size_t from)
 {
-    auto const *const found = memmem(text.data(), text.size(), needle.data(), needle.size());
+    auto const rest = text.substr(from);
+    auto const *const found = memmem(rest.data(), rest.size(), needle.data(), needle.size());
     return found ? static_cast<std::size_t>(static_cast<char const *>(found) - text.data()) : std::string_view::npos;
 }
 
+/// The nearest of some places, counted from one of them on and round.
+class Nearest {
+public:
+    explicit Nearest(std::uint32_t place) : from(place) {}
+
+    void take(std::uint32_t place)
+    {
+        // Wraps, so that what is before `from` comes after all that is behind.
+        if (!found || place - from < *found - from)
+            found = place;
+    }
+
+    std::optional<std::size_t> place() const { return found; }
+
+private:
+    std::uint32_t const from;
+    std::optional<std::uint32_t> found;
+};
+
 } // namespace
 
-FoldedNames::FoldedNames(DirectorySnapshot const &listing, std::span<std::uint32_t const> rows)
+FoldedNames::FoldedNames(DirectorySnapshot const &listing)
 {
-    starts.reserve(rows.size());
+    auto const entries = listing.entries();
+    starts.reserve(entries.size() + 1);
     std::size_t bytes = 1;
-    for (auto const row : rows)
-        bytes += 1 + listing.entries()[row].nameLength;
+    for (auto const &entry : entries)
+        bytes += 1 + entry.nameLength;
     text.reserve(bytes);
-    for (auto const row : rows) {
+    for (auto const &entry : entries) {
         starts.push_back(static_cast<std::uint32_t>(text.size()));
         text += separator;
-        appendFolded(text, listing.nameBytes(listing.entries()[row]));
+        appendFolded(text, listing.nameBytes(entry));
     }
+    starts.push_back(static_cast<std::uint32_t>(text.size()));
     text += separator;
 }
 
-std::optional<std::size_t> FoldedNames::find(std::string_view typed, std::size_t from) const
+std::vector<std::uint32_t> FoldedNames::placesOf(std::span<std::uint32_t const> rows, std::size_t count)
 {
-    if (from >= starts.size())
-        from = 0;
-    if (starts.empty() || typed.empty())
-        return std::nullopt;
-    std::string wanted(1, separator);
-    appendFolded(wanted, typed);
-    auto const beginning = findRound(wanted, from);
-    return beginning ? beginning : findRound(std::string_view(wanted).substr(1), from);
+    std::vector<std::uint32_t> places(count, notOnShow);
+    for (std::uint32_t place = 0; place < rows.size(); ++place)
+        places[rows[place]] = place;
+    return places;
 }
 
-std::optional<std::size_t> FoldedNames::findRound(std::string_view wanted, std::size_t from) const
+std::optional<std::size_t> FoldedNames::find(std::string_view typed, std::size_t from,
+                                             std::span<std::uint32_t const> places) const
 {
-    auto const start = starts[from];
-    auto const all = std::string_view(text);
-    auto position = positionOf(wanted, all.substr(start));
-    if (position != std::string_view::npos)
-        position += start;
-    else
-        position = positionOf(wanted, all.substr(0, start));
-    if (position == std::string_view::npos)
+    if (typed.empty())
         return std::nullopt;
-    auto const next = std::ranges::upper_bound(starts, position);
-    return static_cast<std::size_t>(next - starts.begin()) - 1;
+    std::string wanted;
+    appendFolded(wanted, typed);
+    // A place from which there is no row leads to the first one.
+    Nearest beginning(static_cast<std::uint32_t>(from));
+    Nearest part(static_cast<std::uint32_t>(from));
+    std::size_t name = 0;
+    auto position = positionOf(wanted, text, 0);
+    while (position != std::string_view::npos) {
+        while (starts[name + 1] <= position)
+            ++name;
+        if (places[name] != notOnShow)
+            (position == starts[name] + 1 ? beginning : part).take(places[name]);
+        position = positionOf(wanted, text, starts[name + 1]);
+    }
+    return beginning.place() ? beginning.place() : part.place();
 }
 
 } // namespace tw

@@ -3,6 +3,7 @@
 #include "TWCore/Model/DirectorySnapshot.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -11,24 +12,30 @@
 
 namespace tw {
 
-/// The names of some rows in a form that does not care about case or composition, to be searched as one text.
+/// The names of a listing in a form that does not care about case or composition, to be searched as one text.
 ///
-/// Made once for a search: to fold the names costs more than to look through them. In one block of memory they are
-/// looked through as fast as memory is read.
+/// In one block of memory, in the order of the listing, they are made and looked through as fast as memory is read.
+/// They do not depend on how the rows are sorted and filtered.
+///
+/// Threads: may be made and used anywhere.
 class FoldedNames {
 public:
-    /// `rows` are indexes of the listing's entries.
-    FoldedNames(DirectorySnapshot const &listing, std::span<std::uint32_t const> rows);
+    /// The place of an entry that is not on show.
+    static constexpr auto notOnShow = std::numeric_limits<std::uint32_t>::max();
 
-    /// The place among the rows of the first name, from the place `from` on and round, that begins with `typed`. If
-    /// none does, of the first that contains it.
-    std::optional<std::size_t> find(std::string_view typed, std::size_t from) const;
+    explicit FoldedNames(DirectorySnapshot const &listing);
+
+    /// For each entry of a listing of `count` entries its place among `rows`.
+    static std::vector<std::uint32_t> placesOf(std::span<std::uint32_t const> rows, std::size_t count);
+
+    /// The place of the first name, from the place `from` on and round, that begins with `typed`. If none does, of the
+    /// first that contains it. `places` are those of the entries.
+    std::optional<std::size_t> find(std::string_view typed, std::size_t from,
+                                    std::span<std::uint32_t const> places) const;
 
 private:
-    std::optional<std::size_t> findRound(std::string_view wanted, std::size_t from) const;
-
     std::string text;                  ///< every name, with a zero byte before it, and one at the end
-    std::vector<std::uint32_t> starts; ///< of each name's zero byte
+    std::vector<std::uint32_t> starts; ///< of each name's zero byte, and of the one at the end
 };
 
 } // namespace tw

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <string>
+#include "Tarnwick/Table/NamePattern.h"
+
 #include <string_view>
 #include <vector>
 
@@ -16,18 +17,10 @@ public:
     explicit NameMask(std::string_view text);
 
     /// Whether one of the patterns matches the whole name. The name holds no zero byte.
-    bool matches(std::string const &name) const;
+    bool matches(std::string_view name) const;
 
 private:
-    struct Pattern {
-        std::string text;
-        /// What stands between the stars; empty for a pattern with other signs in it.
-        std::vector<std::string> literals;
-    };
-
-    static bool matchesLiterals(Pattern const &pattern, std::string_view name);
-
-    std::vector<Pattern> patterns;
+    std::vector<NamePattern> patterns;
 };
 
 } // namespace tw

@@ -35,6 +35,7 @@ void PaneModel::setSnapshot(DirectorySnapshot snapshot)
     marks.carryOver(listing.value_or(DirectorySnapshot()), snapshot);
     collation = Collation(snapshot);
     listing = std::move(snapshot);
+    endFinding();
     rebuild();
 }
 
@@ -53,7 +54,7 @@ void PaneModel::setFolderPlacement(FolderPlacement wanted)
 void PaneModel::rebuild()
 {
     visible.clear();
-    foldedNames.reset();
+    places.clear();
     shown = {};
     shownMarked = {};
     if (!listing)
@@ -63,7 +64,7 @@ void PaneModel::rebuild()
     for (std::uint32_t index = 0; index < entries.size(); ++index) {
         auto const bytes = listing->nameBytes(entries[index]);
         check(!bytes.empty(), "a listing holds an entry without a name");
-        if (bytes.front() == '.' && !options.showHidden)
+        if (!isOnShow(bytes))
             continue;
         visible.push_back(index);
         shown.count(entries[index], 1);
@@ -86,6 +87,11 @@ std::string_view PaneModel::nameAt(std::uint32_t index) const
 {
     auto const &entry = entryAt(index);
     return listing->nameBytes(entry);
+}
+
+bool PaneModel::isOnShow(std::string_view name) const
+{
+    return options.showHidden || name.front() != '.';
 }
 
 void PaneModel::mark(std::uint32_t index, bool marked)
@@ -137,10 +143,18 @@ std::optional<int> PaneModel::findRow(std::string_view typed, int from)
     if (!listing)
         return std::nullopt;
     if (!foldedNames)
-        foldedNames.emplace(*listing, visible);
+        foldedNames.emplace(*listing);
+    if (places.empty())
+        places = FoldedNames::placesOf(visible, listing->count());
     auto const firstRow = hasParentRow() ? 1 : 0;
-    auto const place = foldedNames->find(typed, static_cast<std::size_t>(std::max(from - firstRow, 0)));
+    auto const place = foldedNames->find(typed, static_cast<std::size_t>(std::max(from - firstRow, 0)), places);
     return place ? std::optional(static_cast<int>(*place) + firstRow) : std::nullopt;
+}
+
+void PaneModel::endFinding()
+{
+    foldedNames.reset();
+    places = {};
 }
 
 bool PaneModel::isMarked(int row) const
@@ -207,12 +221,14 @@ void PaneModel::unmark(std::span<std::string const> names)
 
 int PaneModel::markMatching(std::string_view mask, Marks change)
 {
+    if (!listing)
+        return 0;
     NameMask const pattern(mask);
     int count = 0;
-    std::string name; // one for all, so that a large folder costs no allocation a row
-    for (auto const index : visible) {
-        name = nameAt(index);
-        if (!pattern.matches(name))
+    // In the order of the listing, in which the names lie in memory.
+    for (std::uint32_t index = 0; index < listing->count(); ++index) {
+        auto const name = nameAt(index);
+        if (!isOnShow(name) || !pattern.matches(name))
             continue;
         ++count;
         mark(index, change == Marks::insert);

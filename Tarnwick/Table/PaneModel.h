@@ -56,10 +56,10 @@ public:
     std::optional<int> rowForName(std::string_view name) const;
 
     /// The row of the first name, from row `from` on and round, that begins with `typed`, or else contains it, whatever
-    /// the case. The names are kept in the form for this until the rows change or `endFinding`.
+    /// the case. The names are kept in the form for this until another listing is on show or `endFinding`.
     std::optional<int> findRow(std::string_view typed, int from);
 
-    void endFinding() { foldedNames.reset(); }
+    void endFinding();
 
     bool isMarked(int row) const;
     void toggleMark(int row);
@@ -134,6 +134,7 @@ private:
     void rebuild();
     Entry const &entryAt(std::uint32_t index) const;
     std::string_view nameAt(std::uint32_t index) const;
+    bool isOnShow(std::string_view name) const;
     void mark(std::uint32_t index, bool marked);
 
     std::optional<DirectorySnapshot> listing;
@@ -145,7 +146,10 @@ private:
     MarkSet marks; ///< of entries on show and of hidden ones
     Sums shown;
     Sums shownMarked;
-    std::optional<FoldedNames> foldedNames; ///< of `visible`, during a search
+
+    // During a search.
+    std::optional<FoldedNames> foldedNames; ///< of the listing
+    std::vector<std::uint32_t> places;      ///< of its entries among `visible`
 };
 
 } // namespace tw

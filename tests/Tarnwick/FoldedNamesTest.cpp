@@ -9,14 +9,32 @@
 namespace tw::test {
 namespace {
 
-FoldedNames namesOf(std::vector<std::string> const &names)
+/// The names of some rows, with all of them on show in their order.
+class Names {
+public:
+    explicit Names(DirectorySnapshot const &listing, std::vector<std::uint32_t> const &rows)
+        : folded(listing), places(FoldedNames::placesOf(rows, listing.count()))
+    {
+    }
+
+    std::optional<std::size_t> find(std::string_view typed, std::size_t from) const
+    {
+        return folded.find(typed, from, places);
+    }
+
+private:
+    FoldedNames const folded;
+    std::vector<std::uint32_t> const places;
+};
+
+Names namesOf(std::vector<std::string> const &names)
 {
     std::vector<ListedEntry> entries;
     for (auto const &name : names)
         entries.push_back(file(name));
     std::vector<std::uint32_t> rows(names.size());
     std::iota(rows.begin(), rows.end(), 0U);
-    return {listing("/x", entries), rows};
+    return Names(listing("/x", entries), rows);
 }
 
 TEST(FoldedNamesTest, aBeginningGoesBeforeAPartWhereverTheyAre)
@@ -75,7 +93,7 @@ TEST(FoldedNamesTest, onlyTheRowsThatAreGivenAreSearchedInTheirOrder)
 {
     auto const all = listing("/x", {file("a1"), file("b"), file("a2"), file("a3")});
     std::vector<std::uint32_t> const rows{3, 1, 0};
-    FoldedNames const names(all, rows);
+    Names const names(all, rows);
     EXPECT_EQ(names.find("a", 0), 0U);
     EXPECT_EQ(names.find("a", 1), 2U);
     EXPECT_EQ(names.find("a2", 0), std::nullopt);
