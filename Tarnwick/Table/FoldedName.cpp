@@ -10,7 +10,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <span>
 #include <utility>
 
@@ -21,6 +24,9 @@ namespace {
 /// The letters of two bytes in UTF-8.
 constexpr char32_t firstOfTwo = 0x80;
 constexpr char32_t afterTwo = 0x800;
+
+/// No one types it.
+constexpr char zeroByteInName = '\1';
 
 using FoldedPairs = std::array<char16_t, afterTwo>;
 
@@ -34,12 +40,42 @@ constexpr std::array<std::pair<char32_t, char32_t>, 6> unchanging{{
     {0xAC00, 0xD7A3} // Hangul syllables
 }};
 
-bool isAscii(std::string_view bytes)
+using Word = std::uint64_t;
+
+Word wordAt(char const *bytes)
 {
-    unsigned char all = 0;
-    for (auto const byte : bytes)
-        all |= static_cast<unsigned char>(byte);
-    return all < 0x80;
+    Word word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+constexpr Word highBits = 0x8080'8080'8080'8080U;
+constexpr Word lowBits = 0x0101'0101'0101'0101U;
+
+/// Its lowest bit is in the first byte that is beyond ASCII or zero. No bit if there is no such byte.
+Word unusualIn(Word word)
+{
+    return (word | (word - lowBits)) & highBits;
+}
+
+/// Copies `name`. True if it has ASCII characters only, and no zero byte.
+bool copyPlain(std::string_view name, char *to)
+{
+    if (name.size() < sizeof(Word)) {
+        std::ranges::copy(name, to);
+        return std::ranges::all_of(name, [](char byte) { return static_cast<signed char>(byte) > 0; });
+    }
+    Word unusual = 0;
+    auto const copyWord = [&](std::size_t at) {
+        auto const word = wordAt(&name[at]);
+        unusual |= unusualIn(word);
+        std::memcpy(to + at, &word, sizeof word);
+    };
+    auto const last = name.size() - sizeof(Word); // overlaps the word before
+    for (std::size_t at = 0; at < last; at += sizeof(Word))
+        copyWord(at);
+    copyWord(last);
+    return unusual == 0;
 }
 
 char foldedAscii(char letter)
@@ -110,15 +146,23 @@ std::size_t foldLetter(char *at, std::size_t left, FoldedPairs const &pairs)
     return 0;
 }
 
-/// False if there is another letter among them; the bytes are spoilt then.
+/// The place of the first byte, from `at` on, beyond ASCII or zero; the end if there is none.
+std::size_t nextUnusual(std::span<char const> name, std::size_t at)
+{
+    for (; at + sizeof(Word) <= name.size(); at += sizeof(Word)) {
+        if (auto const unusual = unusualIn(wordAt(&name[at])))
+            return at + static_cast<std::size_t>(std::countr_zero(unusual)) / 8;
+    }
+    while (at < name.size() && static_cast<signed char>(name[at]) > 0)
+        ++at;
+    return at;
+}
+
+/// False if there is another letter among them, or a zero byte; the bytes are spoilt then.
 bool foldUsualLetters(std::span<char> name)
 {
     auto const &pairs = foldedPairs();
-    for (std::size_t at = 0; at < name.size();) {
-        if (static_cast<unsigned char>(name[at]) < firstOfTwo) {
-            ++at;
-            continue;
-        }
+    for (auto at = nextUnusual(name, 0); at < name.size(); at = nextUnusual(name, at)) {
         auto const bytes = foldLetter(&name[at], name.size() - at, pairs);
         if (bytes == 0)
             return false;
@@ -127,31 +171,44 @@ bool foldUsualLetters(std::span<char> name)
     return true;
 }
 
-void appendFoldedByICU(std::string &text, std::string_view name)
+std::string foldedByICU(std::string_view name)
 {
     auto status = U_ZERO_ERROR;
     auto const readable = repaired(name);
     std::string folded;
     icu::StringByteSink<std::string> intoFolded(&folded);
     icu::CaseMap::utf8Fold(0, readable, intoFolded, nullptr, status);
-    icu::StringByteSink<std::string> intoText(&text);
-    composer().normalizeUTF8(0, folded, intoText, nullptr, status);
+    std::string composed;
+    icu::StringByteSink<std::string> intoComposed(&composed);
+    composer().normalizeUTF8(0, folded, intoComposed, nullptr, status);
     check(U_SUCCESS(status) != 0, "ICU cannot fold a name");
+    std::ranges::replace(composed, '\0', zeroByteInName);
+    return composed;
 }
 
 } // namespace
 
-void appendFolded(std::string &text, std::string_view name)
+namespace FoldedName {
+
+std::string of(std::string_view name)
 {
-    auto const start = text.size();
-    text.append(name);
-    if (!isAscii(name) && !foldUsualLetters(std::span(text).subspan(start))) {
-        text.resize(start);
-        appendFoldedByICU(text, name);
-    }
-    auto const appended = std::span(text).subspan(start);
-    std::ranges::transform(appended, appended.begin(), foldedAscii);
-    std::ranges::replace(appended, '\0', zeroByteInName);
+    std::string text(name.size(), '\0');
+    if (!copyUsual(name, text.data()))
+        text = foldedByICU(name);
+    foldAscii(text);
+    return text;
 }
+
+bool copyUsual(std::string_view name, char *to)
+{
+    return copyPlain(name, to) || foldUsualLetters({to, name.size()});
+}
+
+void foldAscii(std::string &text)
+{
+    std::ranges::transform(text, text.begin(), foldedAscii);
+}
+
+} // namespace FoldedName
 
 } // namespace tw

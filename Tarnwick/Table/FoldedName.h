@@ -5,13 +5,22 @@
 
 namespace tw {
 
-/// Stands for a zero byte in a folded name: a host may claim one. No one types it.
-inline constexpr char zeroByteInName = '\1';
+/// A name in the form in which neither case nor composition counts: folded by all of Unicode, then composed, since some
+/// file systems hand out names in pieces of letters. The bytes need not be UTF-8. A zero byte, which a host may claim,
+/// becomes a byte that no one types.
+namespace FoldedName {
 
-/// Appends a name in the form in which neither case nor composition counts: folded by all of Unicode, then composed,
-/// since some file systems hand out names in pieces of letters. The bytes need not be UTF-8.
-///
-/// Names of usual letters cost little more than their copying. Others go through ICU, which takes twenty times as long.
-void appendFolded(std::string &text, std::string_view name);
+/// The whole form.
+std::string of(std::string_view name);
+
+/// Writes the form of a name of usual letters to `to`, in as many bytes, but for the ASCII characters, which stay as
+/// they are. False for other names, such as those with letters in pieces: `of` has their form, which takes twenty times
+/// as long.
+bool copyUsual(std::string_view name, char *to);
+
+/// Brings all ASCII letters of `text` into lower case: much faster for many names at once.
+void foldAscii(std::string &text);
+
+} // namespace FoldedName
 
 } // namespace tw

@@ -50,10 +50,25 @@ FoldedNames::FoldedNames(DirectorySnapshot const &listing)
     for (auto const &entry : entries) {
         starts.push_back(static_cast<std::uint32_t>(text.size()));
         text += separator;
-        appendFolded(text, listing.nameBytes(entry));
+        append(listing.nameBytes(entry));
     }
     starts.push_back(static_cast<std::uint32_t>(text.size()));
     text += separator;
+    FoldedName::foldAscii(text);
+}
+
+void FoldedNames::append(std::string_view name)
+{
+    auto const start = text.size();
+    auto isUsual = false;
+    text.resize_and_overwrite(start + name.size(), [&](char *bytes, std::size_t size) {
+        isUsual = FoldedName::copyUsual(name, bytes + start);
+        return size;
+    });
+    if (isUsual)
+        return;
+    text.resize(start);
+    text += FoldedName::of(name);
 }
 
 std::vector<std::uint32_t> FoldedNames::placesOf(std::span<std::uint32_t const> rows, std::size_t count)
@@ -69,8 +84,7 @@ std::optional<std::size_t> FoldedNames::find(std::string_view typed, std::size_t
 {
     if (typed.empty())
         return std::nullopt;
-    std::string wanted;
-    appendFolded(wanted, typed);
+    auto const wanted = FoldedName::of(typed);
     // A place from which there is no row leads to the first one.
     Nearest beginning(static_cast<std::uint32_t>(from));
     Nearest part(static_cast<std::uint32_t>(from));

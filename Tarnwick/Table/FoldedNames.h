@@ -34,6 +34,9 @@ public:
                                     std::span<std::uint32_t const> places) const;
 
 private:
+    /// All of the form but the case of ASCII letters.
+    void append(std::string_view name);
+
     std::string text;                  ///< every name, with a zero byte before it, and one at the end
     std::vector<std::uint32_t> starts; ///< of each name's zero byte, and of the one at the end
 };

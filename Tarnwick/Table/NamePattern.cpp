@@ -72,6 +72,14 @@ NamePattern::NamePattern(std::string pattern) : text(std::move(pattern)), parts(
     hasLetters = std::ranges::any_of(*parts, [](Part const &part) {
         return part.kind == Part::Kind::anyLetter || part.kind == Part::Kind::letterOf;
     });
+    for (std::size_t place = 0; place < parts->size(); ++place) {
+        auto const kind = (*parts)[place].kind;
+        tailBytes += kind == Part::Kind::text ? (*parts)[place].text.size() : 1;
+        if (kind == Part::Kind::anyText) {
+            lastStar = place;
+            tailBytes = 0;
+        }
+    }
     // fnmatch matches by bytes then.
     if (hasLetters && !isAscii(text) && !(isUtf8 && isUtf8Text(text)))
         parts.reset();
@@ -161,13 +169,28 @@ std::size_t NamePattern::placeOf(Part const &part, std::string_view name, std::s
     return at;
 }
 
-/// Only the last star is tried at several places: what stands before it has been found as early as it can be.
 bool NamePattern::partsMatch(std::string_view name, Unit unit) const
 {
-    auto const &all = *parts;
-    // Most masks are for the ends of names, and most names have another.
-    if (!all.empty() && all.back().kind == Part::Kind::text && !name.ends_with(all.back().text))
+    if (unit == Unit::letter || !lastStar)
+        return headMatches(*parts, name, unit);
+    // In bytes, what follows the last star has one length, and so a place that is known.
+    auto const all = std::span(*parts);
+    if (name.size() < tailBytes)
         return false;
+    auto const head = name.substr(0, name.size() - tailBytes);
+    name.remove_prefix(head.size());
+    for (auto const &part : all.subspan(*lastStar + 1)) {
+        auto const length = lengthOf(part, name, unit);
+        if (!length)
+            return false;
+        name.remove_prefix(*length);
+    }
+    return headMatches(all.first(*lastStar + 1), head, unit);
+}
+
+/// Only the last star is tried at several places: what stands before it has been found as early as it can be.
+bool NamePattern::headMatches(std::span<Part const> all, std::string_view name, Unit unit)
+{
     std::optional<std::size_t> afterStar;
     std::size_t tried = 0; // where the part after the star begins
     std::size_t at = 0;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,10 +53,13 @@ private:
     /// The place, from `at` on, of the next beginning of what the part stands for; the end if there is none.
     static std::size_t placeOf(Part const &part, std::string_view name, std::size_t at, Unit unit);
     bool partsMatch(std::string_view name, Unit unit) const;
+    static bool headMatches(std::span<Part const> all, std::string_view name, Unit unit);
 
     // Constant after construction.
     std::string text;
     std::optional<std::vector<Part>> parts; ///< nothing: only fnmatch knows
+    std::optional<std::size_t> lastStar;    ///< the place of the last `anyText`
+    std::size_t tailBytes = 0;              ///< what follows it stands for, with letters of one byte
     bool hasLetters = false;                ///< there is a part that stands for one letter, so that letters matter
     bool isUtf8 = false;                    ///< the locale has letters of several bytes, encoded like this
 };

@@ -9,13 +9,6 @@
 namespace tw::test {
 namespace {
 
-std::string folded(std::string_view name)
-{
-    std::string text;
-    appendFolded(text, name);
-    return text;
-}
-
 /// By ICU alone.
 std::string expected(std::string const &name)
 {
@@ -43,7 +36,7 @@ TEST(FoldedNameTest, everyLetterIsFoldedAndComposedAsUnicodeHasIt)
         // What stands before may merge with it: a letter, and a syllable without its end.
         for (auto const *const before : {"E", "\xEA\xB0\x80"}) {
             auto const name = before + utf8(letter) + "X";
-            ASSERT_EQ(folded(name), expected(name)) << std::hex << static_cast<unsigned>(letter);
+            ASSERT_EQ(FoldedName::of(name), expected(name)) << std::hex << static_cast<unsigned>(letter);
         }
     }
 }
@@ -53,21 +46,24 @@ TEST(FoldedNameTest, bytesThatAreNoTextAreRepaired)
     for (auto const *const name : {"a\xFF"
                                    "B",
                                    "\xC3", "\xC3\xC3\xA9", "\xC0\x80", "\xED\xA0\x80", "\xE4\xB8", "\xC3\xA9\xE4"})
-        EXPECT_EQ(folded(name), expected(name)) << name;
+        EXPECT_EQ(FoldedName::of(name), expected(name)) << name;
 }
 
 TEST(FoldedNameTest, aZeroByteIsReplaced)
 {
-    EXPECT_EQ(folded(std::string_view("A\0\xC3\x89", 4)), "a\1\xC3\xA9");
-    EXPECT_EQ(folded(std::string_view("A\0e\xCC\x81", 5)), "a\1\xC3\xA9");
+    EXPECT_EQ(FoldedName::of(std::string_view("A\0\xC3\x89", 4)), "a\1\xC3\xA9");
+    EXPECT_EQ(FoldedName::of(std::string_view("A\0e\xCC\x81", 5)), "a\1\xC3\xA9");
 }
 
-TEST(FoldedNameTest, itIsAppended)
+TEST(FoldedNameTest, usualLettersAreFoldedWhereTheyAreCopied)
 {
-    std::string text = "Before";
-    appendFolded(text, "AF");
-    appendFolded(text, "E\xCC\x81");
-    EXPECT_EQ(text, "Beforeaf\xC3\xA9");
+    std::string text(16, '-');
+    EXPECT_TRUE(FoldedName::copyUsual("\xC3\x89 and ABCDEF", text.data()));
+    EXPECT_EQ(text, "\xC3\xA9 and ABCDEF---");
+    FoldedName::foldAscii(text);
+    EXPECT_EQ(text, "\xC3\xA9 and abcdef---");
+    for (auto const name : {std::string_view("e\xCC\x81"), std::string_view("A\0B", 3), std::string_view("\xFF")})
+        EXPECT_FALSE(FoldedName::copyUsual(name, text.data())) << name;
 }
 
 } // namespace
