@@ -20,6 +20,7 @@ enum class Command {
     tab7,
     tab8,
     tab9,
+    backgroundWork,
     minimizeWindow,
     customizeToolBar,
     customizeColumns,

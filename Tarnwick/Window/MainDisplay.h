@@ -17,6 +17,8 @@ public:
     virtual void closeWindow() = 0;
     virtual void minimizeWindow() = 0;
     virtual void customizeToolBar() = 0;
+    virtual bool hasBackgroundWork() const = 0;
+    virtual void goToBackgroundWork() = 0;
     virtual void customizeColumns() = 0;
 
     /// Puts a text on the clipboard; the names in it may hold any bytes.

@@ -59,6 +59,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::invertMarks:
     case Command::rename:
         return CommandState{};
+    case Command::backgroundWork:
+        return CommandState{.isEnabled = window.hasBackgroundWork()};
     case Command::back:
         return CommandState{.isEnabled = window.activePane().canGoBack()};
     case Command::forward:
@@ -94,6 +96,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdMinimizeWindow();
     case Command::customizeToolBar:
         return window.cmdCustomizeToolBar();
+    case Command::backgroundWork:
+        return window.cmdBackgroundWork();
     case Command::customizeColumns:
         return window.cmdCustomizeColumns();
     case Command::openSelection:

@@ -257,6 +257,17 @@ void MainWindowController::cmdEqualizePanes()
         window->equalizePanes();
 }
 
+bool MainWindowController::hasBackgroundWork() const
+{
+    return window && window->hasBackgroundWork();
+}
+
+void MainWindowController::cmdBackgroundWork()
+{
+    if (window)
+        window->goToBackgroundWork();
+}
+
 void MainWindowController::cmdCustomizeToolBar()
 {
     if (window)

@@ -81,6 +81,8 @@ public:
     void cmdSwapPanes();
     void cmdEqualizePanes();
     void cmdCustomizeToolBar();
+    bool hasBackgroundWork() const;
+    void cmdBackgroundWork();
     void cmdCustomizeColumns();
     void cmdToggleHidden();
     void cmdNewTab();

@@ -48,6 +48,15 @@ TEST_F(MainWindowCommandsTest, theCheckMarkOfHiddenFilesFollowsTheActivePane)
     EXPECT_FALSE(commands.stateOf(Command::toggleHidden)->isChecked);
 }
 
+TEST_F(MainWindowCommandsTest, backgroundWorkCanBeGoneToWhileThereIsAny)
+{
+    EXPECT_FALSE(commands.stateOf(Command::backgroundWork)->isEnabled);
+    window.isWorking = true;
+    EXPECT_TRUE(commands.stateOf(Command::backgroundWork)->isEnabled);
+    perform(Command::backgroundWork);
+    EXPECT_EQ(window.visitsToWork, 1);
+}
+
 TEST_F(MainWindowCommandsTest, backAndForwardAreOfferedWhereTheyLeadSomewhere)
 {
     startOn("/left", "/right");

@@ -19,6 +19,8 @@ public:
     int closed = 0;
     int minimized = 0;
     int customized = 0;
+    bool isWorking = false;
+    int visitsToWork = 0;
     int columnsCustomized = 0;
     std::string clipboard;
     std::shared_ptr<FakeDialogs> questions = std::make_shared<FakeDialogs>();
@@ -30,6 +32,10 @@ public:
     void minimizeWindow() override { ++minimized; }
 
     void customizeToolBar() override { ++customized; }
+
+    bool hasBackgroundWork() const override { return isWorking; }
+
+    void goToBackgroundWork() override { ++visitsToWork; }
 
     void customizeColumns() override { ++columnsCustomized; }
 

@@ -3,6 +3,14 @@
 #include <QDBusMessage>
 #include <QVariantMap>
 
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
 namespace tw::test {
 
 namespace {
@@ -25,6 +33,29 @@ QDBusObjectPath FakeLogind::GetSession(QString const &id)
 {
     ++asked;
     return QDBusObjectPath(id == known ? ourSession : anotherSession);
+}
+
+QDBusUnixFileDescriptor FakeLogind::Inhibit(QString const &what, QString const & /*who*/, QString const & /*why*/,
+                                            QString const &mode)
+{
+    inhibited << what + QLatin1Char(' ') + mode;
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
+        throw std::runtime_error("no pipe");
+    QDBusUnixFileDescriptor watchedEnd;
+    watchedEnd.giveFileDescriptor(ends[0]);
+    watched.push_back(watchedEnd);
+    QDBusUnixFileDescriptor given;
+    given.giveFileDescriptor(ends[1]);
+    return given;
+}
+
+int FakeLogind::heldLocks() const
+{
+    return static_cast<int>(std::ranges::count_if(watched, [](QDBusUnixFileDescriptor const &end) {
+        pollfd state{.fd = end.fileDescriptor(), .events = 0, .revents = 0};
+        return ::poll(&state, 1, 0) == 0; // otherwise nobody has the other end any more
+    }));
 }
 
 void FakeLogind::prepareForSleep(bool begins)

@@ -2,7 +2,11 @@
 
 #include <QDBusConnection>
 #include <QDBusObjectPath>
+#include <QDBusUnixFileDescriptor>
 #include <QObject>
+#include <QStringList>
+
+#include <vector>
 
 namespace tw::test {
 
@@ -26,8 +30,15 @@ public:
 
     std::size_t questions() const noexcept { return asked; }
 
+    /// What has been asked for, as "what mode".
+    QStringList const &locks() const noexcept { return inhibited; }
+
+    /// Of all locks that were given, those that are still held.
+    int heldLocks() const;
+
 public Q_SLOTS:
     QDBusObjectPath GetSession(QString const &id);
+    QDBusUnixFileDescriptor Inhibit(QString const &what, QString const &who, QString const &why, QString const &mode);
 
 private:
     void send(QString const &name, bool begins);
@@ -36,6 +47,8 @@ private:
     QDBusConnection bus;
     QString const known;
     std::size_t asked = 0;
+    QStringList inhibited;
+    std::vector<QDBusUnixFileDescriptor> watched; ///< the ends of pipes whose other ends were given away
 };
 
 } // namespace tw::test

@@ -132,7 +132,7 @@ protected:
 
     QtMainContext mainContext;
     std::unique_ptr<QWidget> window = std::make_unique<QWidget>();
-    std::shared_ptr<SheetDialogs> dialogs = std::make_shared<SheetDialogs>(*window);
+    std::shared_ptr<SheetDialogs> dialogs = std::make_shared<SheetDialogs>(*window, std::make_shared<JobList>());
     WindowLoginPrompter prompter;
     std::shared_ptr<Outcome<Answer>> outcome;
     std::stop_source stop;

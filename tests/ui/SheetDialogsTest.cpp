@@ -12,12 +12,15 @@
 
 #include <QAction>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace tw::test {
 namespace {
@@ -129,6 +132,15 @@ protected:
         processPosted();
     }
 
+    /// Work whose sheet is on show.
+    std::unique_ptr<Progress> showWork(std::string const &title, std::function<void()> onCancel = [] {})
+    {
+        auto const before = shown().size();
+        auto progress = dialogs->progress(title, std::move(onCancel));
+        processUntil([&] { return shown().size() > before; });
+        return progress;
+    }
+
     QPushButton &button(QString const &text)
     {
         for (auto *const each : sheet().findChildren<QPushButton *>()) {
@@ -140,7 +152,8 @@ protected:
 
     QtMainContext mainContext;
     std::unique_ptr<QWidget> window = std::make_unique<QWidget>();
-    std::shared_ptr<SheetDialogs> dialogs = std::make_shared<SheetDialogs>(*window);
+    std::shared_ptr<JobList> works = std::make_shared<JobList>();
+    std::shared_ptr<SheetDialogs> dialogs = std::make_shared<SheetDialogs>(*window, works);
 };
 
 TEST_F(SheetDialogsTest, aPromptTakesTheKeyboardAndAnswersWithTheTrimmedText)
@@ -360,19 +373,51 @@ TEST_F(SheetDialogsTest, actionsOfTheWholeProgramWorkInASheet)
 
 TEST_F(SheetDialogsTest, progressIsShownUntilItsHandleGoes)
 {
-    auto progress = dialogs->progress("Copy 2 items…", [] {});
+    auto progress = showWork("Copy 2 items…");
     auto &bar = *sheet<ProgressSheet>().findChild<QProgressBar *>();
     EXPECT_EQ(bar.maximum(), 0);
     progress->update({.bytes = 1, .total = 4, .item = "a.txt"});
+    processUntil([&] { return bar.maximum() > 0; });
     EXPECT_EQ(bar.value() * 4, bar.maximum());
     progress.reset();
     EXPECT_TRUE(shown().empty());
 }
 
+TEST_F(SheetDialogsTest, progressSaysHowFarTheWorkIs)
+{
+    auto const progress = showWork("Copy 2 items…");
+    progress->update({.bytes = 1024, .total = 4096, .item = "a.txt", .files = 412, .totalFiles = 10'000});
+    auto const says = [&](char const *words) {
+        auto const labels = sheet().findChildren<QLabel *>();
+        return std::ranges::find(labels, QString::fromUtf8(words), &QLabel::text) != labels.end();
+    };
+    processUntil([&] { return says("a.txt"); });
+    EXPECT_TRUE(says("412 of 10,000 files"));
+    EXPECT_TRUE(says("1.0K of 4.0K"));
+}
+
+TEST_F(SheetDialogsTest, aLongNameDoesNotChangeTheSheet)
+{
+    auto const progress = showWork("Copy 2 items…");
+    auto const size = sheet().size();
+    progress->update({.bytes = 1, .total = 4, .item = std::string(255, 'x'), .files = 1, .totalFiles = 1'000'000'000});
+    auto const *const bar = sheet().findChild<QProgressBar *>();
+    processUntil([&] { return bar->maximum() > 0; });
+    processPosted();
+    EXPECT_EQ(sheet().size(), size);
+}
+
+TEST_F(SheetDialogsTest, workThatIsOverSoonHasNoSheet)
+{
+    dialogs->progress("Copy 1 item…", [] {}).reset();
+    auto const later = showWork("Copy 2 items…");
+    EXPECT_EQ(title(), "Copy 2 items…");
+}
+
 TEST_F(SheetDialogsTest, cancelIsReportedOnceAndTheSheetStaysUntilTheWorkHasEnded)
 {
     auto cancels = 0;
-    auto const progress = dialogs->progress("Copy 2 items…", [&] { ++cancels; });
+    auto const progress = showWork("Copy 2 items…", [&] { ++cancels; });
     press(Qt::Key_Escape);
     press(Qt::Key_Escape);
     EXPECT_EQ(cancels, 1);
@@ -381,7 +426,7 @@ TEST_F(SheetDialogsTest, cancelIsReportedOnceAndTheSheetStaysUntilTheWorkHasEnde
 
 TEST_F(SheetDialogsTest, aQuestionGoesBeforeProgressWhichThenComesBack)
 {
-    auto const progress = dialogs->progress("Copy 2 items…", [] {});
+    auto const progress = showWork("Copy 2 items…");
     auto const asked = askForName();
     EXPECT_EQ(title(), "New folder");
     press(Qt::Key_Escape);
@@ -392,9 +437,34 @@ TEST_F(SheetDialogsTest, aQuestionGoesBeforeProgressWhichThenComesBack)
 TEST_F(SheetDialogsTest, aProgressSheetDoesNotKeepAProgramFromQuitting)
 {
     auto cancels = 0;
-    auto const progress = dialogs->progress("Copy 2 items…", [&] { ++cancels; });
+    auto const progress = showWork("Copy 2 items…", [&] { ++cancels; });
     EXPECT_TRUE(sheet().close());
     EXPECT_EQ(cancels, 1);
+}
+
+TEST_F(SheetDialogsTest, workInTheBackgroundLeavesTheWindowFreeAndComesBackWhenItIsWanted)
+{
+    auto const progress = showWork("Copy 2 items…");
+    button(QStringLiteral("Run in &Background")).click();
+    EXPECT_TRUE(shown().empty());
+    ASSERT_EQ(works->inBackground().size(), 1U);
+    works->move(works->inBackground().front(), Job::Place::sheet);
+    processUntil([&] { return !shown().empty(); });
+    EXPECT_EQ(title(), "Copy 2 items…");
+}
+
+TEST_F(SheetDialogsTest, theQuestionOfASecondWorkComesUpOverTheFirstOne)
+{
+    auto const first = showWork("Copy 2 items…");
+    button(QStringLiteral("Run in &Background")).click();
+    auto second = showWork("Move 1 item…");
+    auto const asked = askForName("A name is taken");
+    EXPECT_EQ(title(), "A name is taken");
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(asked.isDone());
+    EXPECT_EQ(title(), "Move 1 item…");
+    second.reset();
+    EXPECT_TRUE(shown().empty());
 }
 
 } // namespace

@@ -70,10 +70,10 @@ void ConflictSheet::showCount()
 {
     auto const open = model->answers().openCount();
     auto const isDone = open == 0;
-    auto const number = QLocale::c().toString(static_cast<qulonglong>(open));
-    count->setText(isDone ? Wording::shown("Every name has its answer.")
-                          : Wording::shown("R, K and S answer for the selected names, the buttons for all others: ") +
-                                number + QLatin1Char('.'));
+    auto const number = QLocale(QLocale::English).toString(static_cast<qulonglong>(open)).toStdString();
+    count->setText(Wording::shown(
+        isDone ? Text("Every name has its answer.")
+               : Text("R, K and S answer for the selected names, the buttons for the rest (%@).", {number})));
     proceed->setEnabled(isDone);
     for (auto *const each : {replace, keepBoth, skip})
         each->setEnabled(!isDone);

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Tarnwick/Operations/ProgressState.h"
 #include "Tarnwick/Toolkit/Dialogs/Sheet.h"
+#include "Tarnwick/Transfers/JobList.h"
 
-#include <functional>
+#include <QBasicTimer>
 
 class QLabel;
 class QProgressBar;
@@ -12,12 +12,12 @@ class QPushButton;
 namespace tw {
 
 /// Shows how far some work is, until it is dismissed. Cancel and Escape call the work off, once; the sheet stays until
-/// the work has ended.
+/// the work has ended. A button sends it to the background.
 class ProgressSheet final : public Sheet {
-public:
-    ProgressSheet(std::string const &title, std::function<void()> onCancel, QWidget *window);
+    Q_OBJECT
 
-    void update(ProgressState const &state);
+public:
+    ProgressSheet(std::shared_ptr<JobList> list, std::shared_ptr<Job> work, QWidget *window);
 
     void reject() override;
 
@@ -25,12 +25,23 @@ protected:
     /// Agrees, since quitting closes every window and waits for none.
     void closeEvent(QCloseEvent *event) override;
 
+    void showEvent(QShowEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
 private:
-    std::function<void()> cancelled;
-    QLabel *const amount;
-    QLabel *const detail;
+    QLabel *makeLabel(Qt::Alignment alignment);
+    void refresh();
+
+    std::shared_ptr<JobList> const works;
+    std::shared_ptr<Job> const work;
     QProgressBar *const bar;
+    QLabel *const files;
+    QLabel *const amount;
+    QLabel *const speed;
+    QLabel *const left;
+    QLabel *const item;
     QPushButton *const cancel;
+    QBasicTimer beat;
 };
 
 } // namespace tw

@@ -4,7 +4,6 @@
 #include "TWEngine/Runtime/Completion.h"
 #include "Tarnwick/Toolkit/Dialogs/ConflictSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/LoginSheet.h"
-#include "Tarnwick/Toolkit/Dialogs/ProgressSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/WordsSheet.h"
@@ -120,24 +119,26 @@ Task<std::optional<LoginAnswer>> askIn(Queue queue, LoginQuestion question)
     co_return sheet()->answer();
 }
 
-class SheetProgress final : public Progress {
+/// Work goes on when the window has closed, and is then seen nowhere.
+class ShownWork final : public Progress {
 public:
-    SheetProgress(Queue const &queue, ProgressSheet *made) : sheet(queue, made, SheetQueue::Kind::progress) {}
-
-    void update(ProgressState const &state) override
+    ShownWork(std::shared_ptr<JobList> list, std::string title, std::function<void()> onCancel)
+        : works(std::move(list)), work(works->begin(std::move(title), std::move(onCancel)))
     {
-        if (sheet())
-            sheet()->update(state);
     }
 
-private:
-    ShownSheet<ProgressSheet> const sheet;
-};
+    ShownWork(ShownWork const &) = delete;
+    ShownWork &operator=(ShownWork const &) = delete;
 
-/// Of work that goes on when the window has closed.
-class UnseenProgress final : public Progress {
-public:
-    void update(ProgressState const & /*state*/) override {}
+    ~ShownWork() override { works->end(work); }
+
+    void update(ProgressState const &state) override { works->update(*work, state); }
+
+    void conclude(std::string words) override { work->conclusion = std::move(words); }
+
+private:
+    std::shared_ptr<JobList> const works;
+    std::shared_ptr<Job> const work;
 };
 
 } // namespace
@@ -174,10 +175,7 @@ Task<std::optional<LoginAnswer>> SheetDialogs::ask(LoginQuestion question)
 
 std::unique_ptr<Progress> SheetDialogs::progress(std::string title, std::function<void()> onCancel)
 {
-    auto *const window = queue->window();
-    if (!window)
-        return std::make_unique<UnseenProgress>();
-    return std::make_unique<SheetProgress>(queue, new ProgressSheet(title, std::move(onCancel), window));
+    return std::make_unique<ShownWork>(works, std::move(title), std::move(onCancel));
 }
 
 } // namespace tw

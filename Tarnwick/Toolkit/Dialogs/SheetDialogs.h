@@ -2,14 +2,19 @@
 
 #include "TWEngine/Passwords/LoginPrompter.h"
 #include "Tarnwick/Operations/Dialogs.h"
+#include "Tarnwick/Toolkit/Dialogs/JobSheets.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetQueue.h"
 
 namespace tw {
 
-/// Dialogs, and the questions of logins, as sheets over a window.
+/// Dialogs, and the questions of logins, as sheets over a window. Work under way is in a list that other views show
+/// too.
 class SheetDialogs final : public Dialogs, public LoginPrompter {
 public:
-    explicit SheetDialogs(QWidget &window) : queue(std::make_shared<SheetQueue>(window)) {}
+    SheetDialogs(QWidget &window, std::shared_ptr<JobList> list)
+        : queue(std::make_shared<SheetQueue>(window)), works(std::move(list)), jobSheets(queue, works)
+    {
+    }
 
     Task<void> error(Text message, std::string words = {}) override;
     Task<void> details(Text title, std::string words) override;
@@ -24,6 +29,8 @@ public:
 
 private:
     std::shared_ptr<SheetQueue> const queue;
+    std::shared_ptr<JobList> const works;
+    JobSheets const jobSheets;
 };
 
 } // namespace tw

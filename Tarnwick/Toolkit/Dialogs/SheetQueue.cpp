@@ -50,9 +50,7 @@ void SheetQueue::forget(Sheet const *sheet)
 
 Sheet *SheetQueue::next() const
 {
-    auto found = std::ranges::find(sheets, Kind::question, &Waiting::kind);
-    if (found == sheets.end())
-        found = sheets.begin();
+    auto const found = std::ranges::min_element(sheets, {}, &Waiting::kind);
     return found == sheets.end() ? nullptr : found->sheet.data();
 }
 

@@ -10,7 +10,7 @@
 namespace tw {
 
 /// The sheets over one window: one is on show, and the others wait for it. Questions go before progress, since work
-/// that is under way may itself have something to ask.
+/// that is under way may itself have something to ask. A question about the window itself goes before all others.
 ///
 /// Threads: main context only.
 /// Lifetime: the sheets are the window's children, and go with it.
@@ -21,7 +21,8 @@ public:
     /// Null when the window has closed or is gone: there is nothing to show a sheet over.
     QWidget *window() const { return isClosed ? nullptr : owner.data(); }
 
-    enum class Kind { question, progress };
+    /// In the order in which they come up.
+    enum class Kind { urgent, question, progress };
 
     /// Shows a sheet as soon as it is its turn. The actions of the whole program work in it too.
     void add(Sheet &sheet, Kind kind);

@@ -6,6 +6,7 @@
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
+#include "Tarnwick/Toolkit/Program/JobWatch.h"
 #include "Tarnwick/Toolkit/Program/SessionWatch.h"
 #include "Tarnwick/Toolkit/Program/WindowLoginPrompter.h"
 #include "Tarnwick/Toolkit/Windows/AboutDialog.h"
@@ -75,6 +76,7 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
             SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
                                          [this](std::string_view line) { lifeLog.note(line); }}));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
+    jobWatch = std::make_unique<JobWatch>(window->works(), &ColorScheme::sessionBus);
     if (with.logins)
         with.logins->askOver(window->loginPrompter());
     colorScheme = std::make_unique<ColorScheme>(ColorScheme::sessionBus());
@@ -114,23 +116,28 @@ void AppDelegate::perform(Command command)
 {
     if (command == Command::showAbout)
         showAbout();
-    else if (command == Command::quit)
-        quit();
+    else if (command == Command::quit && window)
+        window->askToQuit([this] { quit(); });
 }
 
 void AppDelegate::quit()
 {
     isAskedToQuit = true;
+    if (window)
+        window->letClose();
     QApplication::quit();
 }
 
 void AppDelegate::watchSession()
 {
     spawn({with.mainContext, {}}, passOn(systemBus(&with.engine), [self = QPointer(this)](QDBusConnection const &bus) {
-              if (self)
-                  self->session =
-                      std::make_unique<SessionWatch>(bus, SessionWatch::sessionOfThisProcess(),
-                                                     [self](SessionEvent event) { self->sessionChanged(event); });
+              if (!self)
+                  return;
+              self->session =
+                  std::make_unique<SessionWatch>(bus, SessionWatch::sessionOfThisProcess(),
+                                                 [self](SessionEvent event) { self->sessionChanged(event); });
+              if (self->jobWatch)
+                  self->jobWatch->setSystemBus(bus);
           }));
 }
 
@@ -153,6 +160,7 @@ void AppDelegate::applicationWillTerminate()
     lifeLog.note("quit");
     signals.reset();
     session.reset();
+    jobWatch.reset();
     colorScheme.reset();
     if (controller)
         controller->rememberAll();

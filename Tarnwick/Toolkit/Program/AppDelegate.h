@@ -24,6 +24,7 @@ class ConnectionRegistry;
 class EngineRuntime;
 class SessionWatch;
 class WindowLoginPrompter;
+class JobWatch;
 
 /// The first and the last minute of the program: what is made in which order, what ends it, and what it does then.
 ///
@@ -77,6 +78,7 @@ public:
     MainWindow *mainWindow() const noexcept { return window.get(); }
 
 private:
+    /// Without a question.
     void quit();
     void watchSession();
     void sessionChanged(SessionEvent event);
@@ -90,6 +92,7 @@ private:
     QPointer<AboutDialog> about; ///< owned by the window; null when it is closed
     std::unique_ptr<ColorScheme> colorScheme;
     std::unique_ptr<SessionWatch> session;
+    std::unique_ptr<JobWatch> jobWatch;
     std::unique_ptr<TerminationSignals> signals;
 };
 

@@ -6,6 +6,8 @@
 #include "Tarnwick/Toolkit/Commands/FunctionBar.h"
 #include "Tarnwick/Toolkit/Commands/ToolBarDialog.h"
 #include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
+#include "Tarnwick/Toolkit/Dialogs/JobStrip.h"
+#include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
 #include "Tarnwick/Toolkit/Table/ColumnsDialog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
@@ -30,6 +32,9 @@ constexpr QSize usualSize(1180, 720);
 
 /// In the menu of the back button.
 constexpr std::size_t mostVisitsInMenu = 15;
+
+/// In the question before quitting.
+constexpr std::size_t mostTitles = 8;
 
 /// Two panes of the least width, and little more than a page of rows.
 constexpr QSize leastSize(2 * PaneSplitter::leastSide + 1, 300);
@@ -67,7 +72,8 @@ MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, Com
       commands(controller),
       settings(defaults),
       actions(new CommandActions(*this, CommandScope::mainWindow, program)),
-      sheets(std::make_shared<SheetDialogs>(*this)),
+      workList(std::make_shared<JobList>()),
+      sheets(std::make_shared<SheetDialogs>(*this, workList)),
       splitter(new PaneSplitter(this))
 {
     setWindowTitle(QStringLiteral("Tarnwick"));
@@ -102,6 +108,9 @@ void MainWindow::buildCommands()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(splitter, 1);
+    strip = new JobStrip(workList, all);
+    strip->onLeave = [this] { panes.activePane().takeKeyboardFocus(); };
+    column->addWidget(strip);
     column->addWidget(new FunctionBar(*actions, all));
     setCentralWidget(all);
     sheets->sheets().setActions(actions->everywhere());
@@ -153,9 +162,40 @@ void MainWindow::showEvent(QShowEvent *event)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    if (!mayClose && !workList->underWay().empty()) {
+        event->ignore();
+        askToQuit([this] { close(); });
+        return;
+    }
+    workList->cancelAll();
     sheets->sheets().close();
     rememberPlace();
     QMainWindow::closeEvent(event);
+}
+
+void MainWindow::askToQuit(std::function<void()> quit)
+{
+    if (mayClose || workList->underWay().empty())
+        return quit();
+    if (quitQuestion)
+        return;
+    std::vector<std::string> titles;
+    for (auto const &each : workList->underWay())
+        titles.push_back(each->title);
+    quitQuestion = new QuestionSheet(
+        {.title = "Quit Tarnwick?",
+         .message = "This is still under way, and quitting ends it:\n\n" + Dialogs::describe(titles, mostTitles),
+         .okTitle = "Quit",
+         .danger = Dialogs::Danger::destructive},
+        this);
+    connect(quitQuestion, &QDialog::finished, this, [this, quit = std::move(quit)](int code) {
+        sheets->sheets().remove(*quitQuestion);
+        if (code != QDialog::Accepted)
+            return;
+        letClose();
+        quit();
+    });
+    sheets->sheets().add(*quitQuestion, SheetQueue::Kind::urgent);
 }
 
 void MainWindow::changeEvent(QEvent *event)
@@ -232,6 +272,16 @@ void MainWindow::customizeColumns()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->onAccepted = [this](std::string const &choices) { Settings::columns.write(settings, choices); };
     dialog->open();
+}
+
+bool MainWindow::hasBackgroundWork() const
+{
+    return !workList->inBackground().empty();
+}
+
+void MainWindow::goToBackgroundWork()
+{
+    strip->takeKeyboard();
 }
 
 void MainWindow::minimizeWindow()

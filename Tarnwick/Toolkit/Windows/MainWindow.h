@@ -5,6 +5,9 @@
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include <QMainWindow>
+#include <QPointer>
+
+#include <functional>
 
 namespace tw {
 
@@ -13,7 +16,10 @@ class LoginPrompter;
 class PaneContainerView;
 class PaneSplitter;
 class PaneView;
+class Sheet;
 class SheetDialogs;
+class JobList;
+class JobStrip;
 
 /// The window: two panes side by side, and the menus, buttons and keys of the commands.
 ///
@@ -32,6 +38,18 @@ public:
     /// Asks over this window.
     std::shared_ptr<LoginPrompter> loginPrompter() const;
 
+    /// Work that was begun in this window.
+    std::shared_ptr<JobList> const &works() const noexcept { return workList; }
+
+    JobStrip &jobStrip() const { return *strip; }
+
+    /// Goes on with `quit` at once, or once the user agrees that it ends the work under way. Asked again meanwhile, it
+    /// changes nothing.
+    void askToQuit(std::function<void()> quit);
+
+    /// From now on the window closes without a question.
+    void letClose() { mayClose = true; }
+
     std::optional<CommandState> stateOf(Command command) const override;
     void perform(Command command) override;
 
@@ -46,6 +64,8 @@ private:
     void closeWindow() override;
     void minimizeWindow() override;
     void customizeToolBar() override;
+    bool hasBackgroundWork() const override;
+    void goToBackgroundWork() override;
     void customizeColumns() override;
     void copyText(std::string const &text) override;
     std::shared_ptr<Dialogs> dialogs() override;
@@ -62,9 +82,13 @@ private:
     MainWindowCommands commands;
     Defaults &settings;
     CommandActions *const actions;
+    std::shared_ptr<JobList> const workList;
     std::shared_ptr<SheetDialogs> const sheets;
     PaneIcons icons;
     PaneSplitter *const splitter;
+    JobStrip *strip = nullptr;
+    QPointer<Sheet> quitQuestion;
+    bool mayClose = false; ///< whatever is under way
     PaneContainerView *left = nullptr;
     PaneContainerView *right = nullptr;
     bool isDividerPlaced = false;
