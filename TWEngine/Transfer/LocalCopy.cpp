@@ -1,0 +1,215 @@
+#include "TWEngine/Transfer/LocalCopy.h"
+
+#include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Transfer/ArrivedNames.h"
+#include "TWEngine/Transfer/CopiedLines.h"
+#include "TWEngine/Transfer/CopyingChild.h"
+#include "TWEngine/Transfer/Measuring.h"
+#include "TWEngine/Transfer/TransferChild.h"
+
+#include <sys/stat.h>
+
+namespace tw::LocalCopy {
+
+namespace {
+
+/// As often as a person can read it.
+constexpr std::chrono::milliseconds timeBetweenLooks{100};
+
+constexpr std::chrono::milliseconds noPatience{0};
+
+/// A person sees the whole of a small copy from its beginning; a large one does not wait for it.
+constexpr std::chrono::milliseconds timeToMeasure{5};
+
+struct Running {
+    TransferWork::Shared work;
+    Step step;
+    TransferChild::Shared child;
+    CopiedLines lines = {};
+    std::int64_t bytes = 0; ///< of this step
+};
+
+using Run = std::shared_ptr<Running>;
+
+struct Look {
+    std::vector<bool> isFolder;
+    std::vector<Measure> measures; ///< of each; fewer if there was no time
+};
+
+Look lookAt(std::vector<std::string> const &paths)
+{
+    Look found;
+    auto const until = Measure::Clock::now() + timeToMeasure;
+    bool isInTime = true;
+    for (auto const &path : paths) {
+        struct stat status;
+        found.isFolder.push_back(::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode));
+        auto const measure = isInTime ? Measure::here(path, {}, until) : std::nullopt;
+        isInTime = measure.has_value();
+        if (isInTime)
+            found.measures.push_back(*measure);
+    }
+    return found;
+}
+
+std::vector<std::string> namesOf(TransferWork const &work, Step const &step)
+{
+    auto const first = work.names.begin() + static_cast<std::ptrdiff_t>(step.first);
+    return {first, first + static_cast<std::ptrdiff_t>(step.count)};
+}
+
+Task<void> readLines(Run run)
+{
+    std::string buffer;
+    for (;;) {
+        buffer = co_await run->child->process().read(ChildOutput::standard, std::move(buffer));
+        if (buffer.empty())
+            co_return;
+        run->lines.take(buffer);
+    }
+}
+
+Task<void> watch(Run run)
+{
+    auto const &work = *run->work;
+    std::string item = work.names[run->step.first];
+    for (;;) {
+        co_await work.engine.clock()->sleep(timeBetweenLooks);
+        auto look = CopyingChild::look(run->child->process().processId(), work.from.path(), work.to.path());
+        if (!look.item.empty())
+            item = std::move(look.item);
+        run->bytes = std::max(run->bytes, look.written - run->lines.printed());
+        work.reportStep(run->bytes, run->lines.files(), item);
+    }
+}
+
+/// The exit of cp. It is reported on meanwhile.
+Task<ExitStatus> untilExit(Run run)
+{
+    auto const context = co_await currentContext();
+    auto const watching = ChildTask<void>::start(context, watch(run));
+    co_await readLines(run);
+    auto const status = co_await TransferChild::end(run->child);
+    co_return status;
+}
+
+/// What of a step that was not finished has arrived goes into the summary. Returns the name that was under way.
+Task<std::string> account(Run run)
+{
+    auto const names = namesOf(*run->work, run->step);
+    auto &summary = run->work->summary;
+    if (run->step.isFolder) {
+        summary.partial.push_back(names.front());
+        summary.files += run->lines.files();
+        co_return names.front();
+    }
+    auto arrived = co_await ArrivedNames::find(run->work->engine, run->work->from.path(), run->work->to.path(), names);
+    auto first = arrived.firstMissing.value_or(run->work->label);
+    summary.files += static_cast<std::int64_t>(arrived.complete.size());
+    std::ranges::move(arrived.complete, std::back_inserter(summary.complete));
+    std::ranges::move(arrived.partial, std::back_inserter(summary.partial));
+    std::ranges::move(arrived.untouched, std::back_inserter(summary.untouched));
+    co_return first;
+}
+
+void addUntouched(TransferWork &work, std::size_t from)
+{
+    work.summary.untouched.insert(work.summary.untouched.end(), work.names.begin() + static_cast<std::ptrdiff_t>(from),
+                                  work.names.end());
+}
+
+/// A step that ends before the measuring has come to it is small, or was no work.
+Task<std::vector<Measure>> measuresOf(Run run)
+{
+    auto const &work = *run->work;
+    auto const first = static_cast<std::ptrdiff_t>(run->step.first);
+    auto const last = first + static_cast<std::ptrdiff_t>(run->step.count);
+    if (!work.measures.empty())
+        co_return std::vector(work.measures.begin() + first, work.measures.begin() + last);
+    auto const all = work.sources();
+    std::vector<std::string> const paths(all.begin() + first, all.begin() + last);
+    auto look =
+        co_await work.engine.files().run(work.from.path(), FileLanes::LastLink::follow, WorkPriority::interactive,
+                                         [paths](std::string const & /*place*/) {
+                                             std::vector<Measure> measures;
+                                             for (auto const &path : paths)
+                                                 measures.push_back(Measure::here(path, {}).value_or(Measure()));
+                                             return measures;
+                                         });
+    co_return look;
+}
+
+Task<void> addComplete(Run run)
+{
+    auto const measures = co_await measuresOf(run);
+    auto &work = *run->work;
+    auto const names = namesOf(work, run->step);
+    work.summary.complete.insert(work.summary.complete.end(), names.begin(), names.end());
+    for (auto const &each : measures) {
+        work.bytesBefore += each.bytes;
+        work.filesBefore += each.files.value_or(0);
+    }
+    work.summary.files = work.filesBefore;
+    work.reportStep(0, 0, names.back());
+}
+
+Task<void> runStep(TransferWork::Shared work, Step step)
+{
+    work->reportStep(0, 0, work->names[step.first]);
+    auto const run = std::make_shared<Running>(Running{.work = work, .step = step, .child = nullptr});
+    auto const names = namesOf(*work, step);
+    run->child = co_await TransferChild::start(
+        work->engine, TransferCommands::copyHere(work->tools, work->from.path(), names, work->to.path()));
+    auto const exit = co_await outcomeOf(untilExit(run));
+    if (exit.value && exit.value->isSuccess()) {
+        co_await addComplete(run).withStop({});
+        co_return;
+    }
+
+    if (!exit.value)
+        co_await TransferChild::endSoon(run->child, noPatience).withStop({});
+    auto const failing = co_await account(run).withStop({});
+    addUntouched(*work, step.first + step.count);
+    work->summary.words = run->child->words();
+    if (!exit.value)
+        std::rethrow_exception(exit.failure);
+    throw FileOperationError::Failed("copy", failing, work->summary.words);
+}
+
+} // namespace
+
+std::vector<Step> steps(std::string_view from, std::span<std::string const> names, std::vector<bool> const &isFolder)
+{
+    std::vector<Step> steps;
+    std::size_t first = 0;
+    while (first < names.size()) {
+        std::size_t files = 0;
+        while (first + files < names.size() && !isFolder[first + files])
+            ++files;
+        // A folder that fails in the middle ends the copy as a whole.
+        Step step{.first = first, .count = 1, .isFolder = isFolder[first]};
+        if (files > 0)
+            step.count = TransferCommands::fittingFrontHere(from, names.subspan(first, files)).size();
+        steps.push_back(step);
+        first += step.count;
+    }
+    return steps;
+}
+
+Task<void> run(TransferWork::Shared work)
+{
+    auto look = co_await work->engine.files().run(
+        work->from.path(), FileLanes::LastLink::follow, WorkPriority::interactive,
+        [paths = work->sources()](std::string const & /*place*/) { return lookAt(paths); });
+    auto const context = co_await currentContext();
+    std::optional<ChildTask<void>> measuring;
+    if (look.measures.size() == work->names.size())
+        work->setMeasures(std::move(look.measures));
+    else
+        measuring.emplace(ChildTask<void>::start(context, Measuring::run(work)));
+    auto const all = steps(work->from.path(), work->names, look.isFolder);
+    for (auto const &step : all)
+        co_await runStep(work, step);
+}
+
+} // namespace tw::LocalCopy

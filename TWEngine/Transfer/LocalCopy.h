@@ -1,0 +1,30 @@
+#pragma once
+
+#include "TWEngine/Transfer/TransferWork.h"
+
+#include <span>
+
+namespace tw {
+
+/// Copies names from one folder of this machine into another with cp.
+namespace LocalCopy {
+
+/// Names that one cp copies: a folder alone, or files.
+struct Step {
+    std::size_t first = 0;
+    std::size_t count = 0;
+    bool isFolder = false;
+};
+
+/// Divides names into steps, in order. `isFolder` has a value for each name.
+std::vector<Step> steps(std::string_view from, std::span<std::string const> names, std::vector<bool> const &isFolder);
+
+/// Copies in order and stops at the first name that fails. What was copied before stays.
+///
+/// Cancellation: ends cp within 0.2 s and throws Cancelled.
+/// Errors: FileOperationError::Failed, SpawnError.
+Task<void> run(TransferWork::Shared work);
+
+} // namespace LocalCopy
+
+} // namespace tw

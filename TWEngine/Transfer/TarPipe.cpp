@@ -1,0 +1,185 @@
+#include "TWEngine/Transfer/TarPipe.h"
+
+#include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Transfer/TarError.h"
+#include "TWEngine/Transfer/TarReader.h"
+#include "TWEngine/Transfer/TransferChild.h"
+#include "TWEngine/Transfer/TransferLog.h"
+
+namespace tw::TarPipe {
+
+namespace {
+
+/// What is read at once. More than the cache of a core holds is slower.
+constexpr std::size_t pieceBytes = std::size_t{256} * 1024;
+
+/// For what has arrived already to be unpacked after a cancel.
+constexpr std::chrono::milliseconds patienceWithConsumer{60};
+
+/// What ssh itself says with its exit status: the host's program has another one.
+constexpr int lostConnection = 255;
+
+struct Running {
+    Running(TransferWork::Shared of, Stream const &stream)
+        : work(std::move(of)),
+          guard(stream.guard),
+          log(stream.names),
+          reader([this](TarMember const &member) { begin(member); })
+    {
+    }
+
+    Running(Running const &) = delete;
+    Running &operator=(Running const &) = delete;
+
+    void begin(TarMember const &member)
+    {
+        if (guard)
+            guard->check(member);
+        log.begin(member.name, reader.position());
+        item = member.name;
+    }
+
+    TransferWork::Shared const work;
+    std::optional<MemberGuard> const guard;
+    TransferLog log;
+    TarReader reader;
+    std::string item;
+    TransferChild::Shared producer;
+    TransferChild::Shared consumer;
+    PipeEnding ending;
+};
+
+using Run = std::shared_ptr<Running>;
+
+/// The rest of the producer's output means nothing to a consumer that has the whole archive.
+Task<void> drop(Run run)
+{
+    std::string buffer;
+    do {
+        buffer = co_await run->producer->process().read(ChildOutput::standard, std::move(buffer));
+    } while (!buffer.empty());
+}
+
+/// The memory of `bytes` for the next piece; nothing if the consumer does not read any more.
+Task<std::optional<std::string>> pass(Run run, std::string bytes)
+{
+    try {
+        auto memory = co_await run->consumer->process().write(std::move(bytes));
+        co_return memory;
+    } catch (PipeError const &) {
+        co_return std::nullopt;
+    }
+}
+
+Task<void> pump(Run run)
+{
+    std::string buffer;
+    buffer.reserve(pieceBytes);
+    for (;;) {
+        buffer = co_await run->producer->process().read(ChildOutput::standard, std::move(buffer));
+        if (buffer.empty())
+            break;
+        run->reader.take(buffer); // before the bytes are passed on
+        auto memory = co_await pass(run, std::move(buffer));
+        if (!memory) {
+            run->ending.couldNotWrite = true;
+            break;
+        }
+        buffer = std::move(*memory);
+        run->log.passed(run->reader.position(), run->reader.files());
+        run->work->reportStep(run->reader.position(), run->reader.files(),
+                              run->item.empty() ? run->work->label : run->item);
+    }
+    run->ending.isWhole = run->reader.isAtEnd();
+    run->consumer->process().closeInput();
+    if (run->ending.couldNotWrite && run->ending.isWhole)
+        co_await drop(run);
+}
+
+/// Fills in how the two programs ended, after the pump has.
+Task<void> awaitPrograms(Run run)
+{
+    bool const isInVain = !run->ending.refusal.empty() || (run->ending.couldNotWrite && !run->ending.isWhole);
+    if (!run->ending.refusal.empty())
+        run->consumer->process().terminate();
+    if (isInVain)
+        run->producer->process().terminate();
+    run->ending.producer.status = co_await TransferChild::end(run->producer);
+    run->ending.consumer.status = co_await TransferChild::end(run->consumer);
+    run->ending.producer.words = run->producer->words();
+    run->ending.consumer.words = run->consumer->words();
+}
+
+Task<void> carry(Run run)
+{
+    auto pumped = co_await outcomeOf(pump(run));
+    try {
+        pumped.take();
+    } catch (TarError const &refusal) {
+        run->ending.refusal = refusal.what();
+    }
+    co_await awaitPrograms(run);
+}
+
+/// The consumer gets the chance to unpack what it has.
+Task<void> callOff(Run run)
+{
+    run->producer->process().terminate();
+    run->consumer->process().closeInput();
+    run->ending.consumer.status = co_await TransferChild::endSoon(run->consumer, patienceWithConsumer);
+    run->ending.producer.status = co_await TransferChild::endSoon(run->producer, std::chrono::milliseconds(0));
+    run->ending.consumer.words = run->consumer->words();
+}
+
+/// A consumer that has ended by itself has unpacked all that it was given, or says what it could not unpack.
+bool hasUnpackedAll(PipeEnding const &ending)
+{
+    auto const &status = ending.consumer.status;
+    return status.cause == ExitStatus::Cause::exited && status.number != lostConnection && !ending.couldNotWrite &&
+           ending.refusal.empty();
+}
+
+void addTo(TransferSummary &summary, TransferSummary part)
+{
+    summary.files += part.files;
+    std::ranges::move(part.complete, std::back_inserter(summary.complete));
+    std::ranges::move(part.partial, std::back_inserter(summary.partial));
+    std::ranges::move(part.untouched, std::back_inserter(summary.untouched));
+}
+
+void conclude(Run const &run)
+{
+    auto const arrival =
+        hasUnpackedAll(run->ending) ? TransferLog::Arrival::everything : TransferLog::Arrival::allButInFlight;
+    addTo(run->work->summary, run->log.summary(arrival));
+    run->work->summary.words =
+        run->ending.consumer.words.empty() ? run->ending.producer.words : run->ending.consumer.words;
+    run->work->bytesBefore += run->reader.position();
+    run->work->filesBefore += run->reader.files();
+}
+
+} // namespace
+
+Task<void> run(TransferWork::Shared work, Stream stream)
+{
+    auto const run = std::make_shared<Running>(work, stream);
+    run->ending.producer.isHere = !work->from.host();
+    run->ending.consumer.isHere = !work->to.host();
+    run->producer = co_await TransferChild::start(work->engine, std::move(stream.producer));
+    run->consumer = co_await TransferChild::start(work->engine, std::move(stream.consumer));
+
+    auto const carried = co_await outcomeOf(carry(run));
+    if (carried.failure) {
+        co_await callOff(run).withStop({});
+        conclude(run);
+        std::rethrow_exception(carried.failure);
+    }
+    auto const failure = run->ending.failure();
+    if (!failure)
+        run->log.end();
+    conclude(run);
+    if (failure)
+        throw FileOperationError::Failed(failure->operation, work->label, failure->detail);
+}
+
+} // namespace tw::TarPipe

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "TWCore/Async/ChildTask.h"
+#include "TWEngine/Runtime/ChildProcess.h"
+#include "TWEngine/Transfer/KeptWords.h"
+
+#include <chrono>
+
+namespace tw {
+
+class EngineRuntime;
+
+/// A program of a transfer that runs, and what it writes to its standard error.
+///
+/// Threads: those of the strand that has started it.
+class TransferChild {
+public:
+    using Shared = std::shared_ptr<TransferChild>;
+
+    /// Starts `command` and reads its standard error from then on. Throws SpawnError.
+    static Task<Shared> start(EngineRuntime &engine, ChildCommand command);
+
+    ChildProcess const &process() const noexcept { return *child; }
+
+    /// Waits for its end and for its last words.
+    static Task<ExitStatus> end(Shared self);
+
+    /// Lets it end by itself for as long, then asks it, then kills it. Ends when it is gone. Takes no stop.
+    static Task<ExitStatus> endSoon(Shared self, std::chrono::milliseconds patience);
+
+    std::string words() const { return kept.text(); }
+
+    TransferChild(EngineRuntime &engine, std::shared_ptr<ChildProcess> child);
+
+private:
+    static Task<void> hear(Shared self);
+
+    // Constant after construction.
+    EngineRuntime &engine;
+    std::shared_ptr<ChildProcess> const child;
+
+    KeptWords kept;
+    std::optional<ChildTask<void>> hearing;
+};
+
+} // namespace tw

@@ -1,0 +1,230 @@
+#include "TWEngine/Transfer/TransferCommands.h"
+
+#include "TWCore/Model/WindowsPath.h"
+#include "TWCore/Shell/FileCommands.h"
+#include "TWCore/Shell/ShellLiteral.h"
+
+#include <algorithm>
+
+namespace tw::TransferCommands {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+/// The smallest limit of a Windows shell is 8191 characters for a command line. A byte of a name costs up to eight of
+/// them: two of a quote, in UTF-16, in Base64.
+constexpr std::size_t maxWindowsBytes = 900;
+
+/// Linux takes a quarter of the stack's limit for arguments and environment, usually 2 MiB.
+constexpr std::size_t maxArgumentBytes = std::size_t{512} * 1024;
+
+/// The tar of the BSDs takes "@name" for an archive whose members it adds.
+std::string argumentOf(std::string const &name)
+{
+    return name.starts_with('@') ? "./" + name : name;
+}
+
+Arguments packArguments(std::string folder, Names names)
+{
+    Arguments arguments{"-cf", "-", "-C", std::move(folder), "--"};
+    std::ranges::transform(names, std::back_inserter(arguments), argumentOf);
+    return arguments;
+}
+
+ChildCommand programOfOurs(std::string path, Arguments arguments)
+{
+    return {.program = std::move(path),
+            .arguments = std::move(arguments),
+            .error = PipeEnd{},
+            .session = ChildCommand::Session::own,
+            .end = ChildCommand::End::withProgram};
+}
+
+std::string octalEscapes(std::string_view text)
+{
+    std::string escaped;
+    for (auto const character : text) {
+        auto const byte = static_cast<unsigned char>(character);
+        escaped += '\\';
+        for (auto const shift : {6U, 3U, 0U})
+            escaped += static_cast<char>('0' + ((byte >> shift) & 7U));
+    }
+    return escaped;
+}
+
+/// The call of a program by a shell of our own in the login shell. The words of a login shell lose the line ends at
+/// their end; here a sign stands behind each word, and is taken off again.
+std::string callWithLineEnds(std::string_view program, Arguments const &arguments)
+{
+    std::string script = "set --; ";
+    for (auto const &argument : arguments)
+        script += "w=$(printf '" + octalEscapes(argument) + ".'); set -- \"$@\" \"${w%.}\"; ";
+    return "sh -c " + ShellLiteral::posix(script + "exec " + std::string(program) + " \"$@\"");
+}
+
+bool endsWithLineEnd(std::string_view text)
+{
+    return text.ends_with('\n');
+}
+
+std::string pidFile(std::string_view token)
+{
+    return "\"${TMPDIR:-/tmp}\"/.tarnwick-copy-" + std::string(token);
+}
+
+std::string quotedPaths(ShellDialect dialect, std::span<std::string const> paths)
+{
+    std::string list;
+    for (auto const &path : paths)
+        list += (list.empty() ? "" : " ") + quotePath(dialect, path);
+    return list;
+}
+
+template <class SizeOf>
+Names fitting(Names names, std::size_t limit, SizeOf sizeOf)
+{
+    std::size_t bytes = 0;
+    std::size_t count = 0;
+    while (count < names.size()) {
+        bytes += sizeOf(names[count]);
+        if (count > 0 && bytes > limit)
+            break;
+        ++count;
+    }
+    return names.first(count);
+}
+
+} // namespace
+
+std::string pathOf(std::string_view folder, std::string_view name)
+{
+    std::string path(folder);
+    if (!path.ends_with('/'))
+        path += '/';
+    return path += name;
+}
+
+std::string label(Names names)
+{
+    return names.size() == 1 ? names.front() : std::to_string(names.size()) + " items";
+}
+
+Names fittingFront(ShellDialect dialect, Names names)
+{
+    if (dialect == ShellDialect::powershell)
+        return fitting(names, maxWindowsBytes, [](std::string const &name) { return name.size() + 3; });
+    return fitting(names, FileCommands::maxPathBytes,
+                   [](std::string const &name) { return ShellLiteral::posix(name).size() + 1; });
+}
+
+Names fittingFrontHere(std::string_view folder, Names names)
+{
+    // The system counts the pointer to each argument too.
+    return fitting(names, maxArgumentBytes,
+                   [folder](std::string const &name) { return folder.size() + name.size() + 2 + sizeof(char *); });
+}
+
+Environment tarEnvironment(Environment inherited)
+{
+    inherited.insert_or_assign("COPYFILE_DISABLE", "1");
+    inherited.erase("TAR_OPTIONS");
+    return inherited;
+}
+
+ChildCommand copyHere(TransferTools const &tools, std::string_view from, Names names, std::string const &to)
+{
+    // One cp for many names: to start a program takes longer than to copy a small file. With the folder as the target,
+    // a folder is merged with the one that has its name there, and never put into it.
+    Arguments arguments{"-av", "--target-directory=" + to, "--"};
+    for (auto const &name : names)
+        arguments.push_back(pathOf(from, name));
+    auto command = programOfOurs(tools.cp, std::move(arguments));
+    command.output = PipeEnd{};
+    return command;
+}
+
+ChildCommand pack(TransferTools const &tools, std::string const &folder, Names names)
+{
+    auto command = programOfOurs(tools.tar, packArguments(folder, names));
+    command.environment = tarEnvironment(inheritedEnvironment());
+    command.output = PipeEnd{};
+    return command;
+}
+
+ChildCommand unpack(TransferTools const &tools, std::string const &folder)
+{
+    auto command = programOfOurs(tools.tar, {"-xpf", "-", "-C", folder});
+    command.environment = tarEnvironment(inheritedEnvironment());
+    command.input = PipeEnd{};
+    return command;
+}
+
+std::string packThere(ShellDialect dialect, std::string_view folder, Names names)
+{
+    if (dialect == ShellDialect::powershell)
+        return windowsTar(packArguments(WindowsPath::toNative(folder), names));
+    auto const arguments = packArguments(std::string(folder), names);
+    if (std::ranges::any_of(arguments, endsWithLineEnd))
+        return callWithLineEnds("tar", arguments);
+    auto command = "tar -cf - -C " + ShellLiteral::posix(folder) + " --";
+    for (auto const &name : names)
+        command += " " + ShellLiteral::posix(argumentOf(name));
+    return command;
+}
+
+std::string unpackThere(ShellDialect dialect, std::string_view folder)
+{
+    if (dialect == ShellDialect::powershell) {
+        Arguments const arguments{"-xf", "-", "-C", WindowsPath::toNative(folder)};
+        return windowsTar(arguments);
+    }
+    if (endsWithLineEnd(folder))
+        return callWithLineEnds("tar", {"-xpf", "-", "-C", std::string(folder)});
+    return "tar -xpf - -C " + ShellLiteral::posix(folder);
+}
+
+std::string windowsTar(std::span<std::string const> arguments)
+{
+    return ShellLiteral::powerShellEncoded(ShellLiteral::powerShellInvoke("tar", arguments));
+}
+
+ChildCommand overSSH(TransferTools const &tools, std::vector<std::string> transportOptions, std::string const &host,
+                     std::string command)
+{
+    auto arguments = std::move(transportOptions);
+    arguments.insert(arguments.end(), {"--", host, std::move(command)});
+    auto client = programOfOurs(tools.ssh, std::move(arguments));
+    client.environment = tarEnvironment(inheritedEnvironment());
+    return client;
+}
+
+std::string copyThere(ShellDialect dialect, std::span<std::string const> from, std::string_view to,
+                      std::string_view token)
+{
+    if (dialect == ShellDialect::powershell)
+        return FileCommands::copy(dialect, from, to);
+    // The shell that becomes cp leaves its number, so that cp alone is ended and the session goes on. Where no file can
+    // be written, the copy cannot be ended and is made all the same.
+    auto const file = pidFile(token);
+    return "sh -c 'u=$(umask); umask 077; set -C; (echo $$ >\"$0\") 2>/dev/null; umask $u; "
+           "if [ -e \"$0\".end ]; then exit 143; fi; exec cp -a -- \"$@\"' " +
+           file + " " + quotedPaths(dialect, from) + " " + quotePath(dialect, to) + "/; s=$?; rm -f " + file + " " +
+           file + ".end; (exit $s)";
+}
+
+std::string endCopyThere(std::string_view token)
+{
+    auto const file = pidFile(token);
+    return "(umask 077; : >" + file + ".end); p=$(cat " + file + " 2>/dev/null) && kill \"$p\"";
+}
+
+std::string measureThere(ShellDialect dialect, std::span<std::string const> paths)
+{
+    auto const size = FileCommands::measure(dialect, paths);
+    if (dialect == ShellDialect::powershell)
+        return size;
+    return size + "; find " + quotedPaths(dialect, paths) + " ! -type d -print0 2>/dev/null | tr -dc '\\000' | wc -c";
+}
+
+} // namespace tw::TransferCommands

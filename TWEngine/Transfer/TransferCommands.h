@@ -1,0 +1,66 @@
+#pragma once
+
+#include "TWCore/Shell/ShellDialect.h"
+#include "TWEngine/Runtime/ChildCommand.h"
+#include "TWEngine/Transfer/TransferTools.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The command lines of a transfer. Names are plain names in a folder; each reaches its program as it is.
+namespace tw::TransferCommands {
+
+using Names = std::span<std::string const>;
+
+/// "/name" in the folder "/", and not "//name".
+std::string pathOf(std::string_view folder, std::string_view name);
+
+/// What a tar pipe is called: the one name, or "2 items".
+std::string label(Names names);
+
+/// The first of `names` that fit into one command line for that shell, at least one; none only if there are none.
+Names fittingFront(ShellDialect dialect, Names names);
+
+/// The same for a program of this machine that gets their paths.
+Names fittingFrontHere(std::string_view folder, Names names);
+
+/// The environment of the programs: `inherited`, with COPYFILE_DISABLE so that no tar of a Mac adds "._" files, and
+/// without the options that a user may have set for tar at a terminal.
+Environment tarEnvironment(Environment inherited);
+
+/// Copies `names` of one folder of this machine into another, and prints a line for each entry.
+ChildCommand copyHere(TransferTools const &tools, std::string_view from, Names names, std::string const &to);
+
+/// Writes an archive of `names` to its output.
+ChildCommand pack(TransferTools const &tools, std::string const &folder, Names names);
+
+/// Unpacks the archive at its input into `folder`.
+ChildCommand unpack(TransferTools const &tools, std::string const &folder);
+
+/// Both as a command line for the login shell of a host.
+std::string packThere(ShellDialect dialect, std::string_view folder, Names names);
+std::string unpackThere(ShellDialect dialect, std::string_view folder);
+
+/// The call of tar on a Windows host with exactly these arguments.
+std::string windowsTar(std::span<std::string const> arguments);
+
+/// An ssh client that runs `command` on the host. Its input and output are those of the command.
+ChildCommand overSSH(TransferTools const &tools, std::vector<std::string> transportOptions, std::string const &host,
+                     std::string command);
+
+/// Copies each path into the folder `to` of the same host, for its resident shell. `token` names the copy for
+/// `endCopyThere`: letters and digits that nobody can guess, since a file of that name is made in a shared folder.
+std::string copyThere(ShellDialect dialect, std::span<std::string const> from, std::string_view to,
+                      std::string_view token);
+
+/// Ends that copy, from another session. A copy that has not begun yet will end when it begins.
+std::string endCopyThere(std::string_view token);
+
+/// Prints what `Measure::parse` reads.
+std::string measureThere(ShellDialect dialect, std::span<std::string const> paths);
+
+} // namespace tw::TransferCommands

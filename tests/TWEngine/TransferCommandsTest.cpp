@@ -1,0 +1,117 @@
+#include "TWEngine/Transfer/TransferCommands.h"
+
+#include "TWCore/Shell/Base64.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using enum ShellDialect;
+using testing::ElementsAre;
+using Names = std::vector<std::string>;
+
+TransferTools const tools{.cp = "/bin/cp", .tar = "/bin/tar", .ssh = "/bin/ssh"};
+
+/// The script of a Windows command line, which is ASCII here.
+std::string scriptOf(std::string const &command)
+{
+    constexpr std::string_view call = "powershell -NoProfile -NoLogo -EncodedCommand ";
+    EXPECT_TRUE(command.starts_with(call));
+    auto const wide = Base64::decode(command.substr(call.size())).value_or("");
+    std::string script;
+    for (std::size_t at = 0; at + 1 < wide.size(); at += 2) {
+        EXPECT_EQ(wide[at + 1], '\0');
+        script += wide[at];
+    }
+    return script;
+}
+
+TEST(TransferCommandsTest, theRootHasNoSecondSlash)
+{
+    EXPECT_EQ(TransferCommands::pathOf("/", "name"), "/name");
+    EXPECT_EQ(TransferCommands::pathOf("/a", "name"), "/a/name");
+}
+
+TEST(TransferCommandsTest, theLabelIsTheNameOrTheirNumber)
+{
+    EXPECT_EQ(TransferCommands::label(Names{"one"}), "one");
+    EXPECT_EQ(TransferCommands::label(Names{"one", "two"}), "2 items");
+}
+
+TEST(TransferCommandsTest, theProgramsOfThisMachine)
+{
+    auto const copy = TransferCommands::copyHere(tools, "/from", Names{"-a", "b"}, "/to");
+    EXPECT_EQ(copy.program, "/bin/cp");
+    EXPECT_THAT(copy.arguments, ElementsAre("-av", "--target-directory=/to", "--", "/from/-a", "/from/b"));
+
+    auto const pack = TransferCommands::pack(tools, "/from", Names{"-a", "@b"});
+    EXPECT_EQ(pack.program, "/bin/tar");
+    EXPECT_THAT(pack.arguments, ElementsAre("-cf", "-", "-C", "/from", "--", "-a", "./@b"));
+    EXPECT_EQ(pack.environment.value().at("COPYFILE_DISABLE"), "1");
+
+    auto const unpack = TransferCommands::unpack(tools, "/to");
+    EXPECT_THAT(unpack.arguments, ElementsAre("-xpf", "-", "-C", "/to"));
+}
+
+TEST(TransferCommandsTest, theClientHasOptionsHostAndOneCommand)
+{
+    auto const client = TransferCommands::overSSH(tools, {"-o", "BatchMode=yes"}, "-host", "tar -cf -");
+    EXPECT_EQ(client.program, "/bin/ssh");
+    EXPECT_THAT(client.arguments, ElementsAre("-o", "BatchMode=yes", "--", "-host", "tar -cf -"));
+    EXPECT_EQ(client.environment.value().at("COPYFILE_DISABLE"), "1");
+    EXPECT_EQ(client.end, ChildCommand::End::withProgram);
+}
+
+TEST(TransferCommandsTest, theEnvironmentHasNoOptionsForTar)
+{
+    EXPECT_EQ(TransferCommands::tarEnvironment({{"TAR_OPTIONS", "--exclude=*"}, {"A", "b"}}),
+              (Environment{{"A", "b"}, {"COPYFILE_DISABLE", "1"}}));
+}
+
+TEST(TransferCommandsTest, theCommandsOfAPosixHost)
+{
+    EXPECT_EQ(TransferCommands::packThere(posix, "/a b", Names{"-n", "it's"}),
+              "tar -cf - -C '/a b' -- '-n' 'it'\\''s'");
+    EXPECT_EQ(TransferCommands::unpackThere(posix, "/a b"), "tar -xpf - -C '/a b'");
+}
+
+TEST(TransferCommandsTest, theCommandsOfAWindowsHost)
+{
+    EXPECT_EQ(scriptOf(TransferCommands::packThere(powershell, "/C:/Users/x", Names{"-n", "it's"})),
+              "& tar @('-cf','-','-C','C:/Users/x','--','-n','it''s')");
+    EXPECT_EQ(scriptOf(TransferCommands::unpackThere(powershell, "/C:/x")), "& tar @('-xf','-','-C','C:/x')");
+    EXPECT_EQ(scriptOf(TransferCommands::unpackThere(powershell, "/")), "& tar @('-xf','-','-C','')");
+    EXPECT_EQ(scriptOf(TransferCommands::packThere(powershell, "/", Names{"a"})),
+              "& tar @('-cf','-','-C','','--','a')");
+}
+
+TEST(TransferCommandsTest, aWindowsCommandIsPlainAsciiWhateverTheName)
+{
+    auto const command = TransferCommands::packThere(powershell, "/C:/", Names{"\xC3\xA4 '\"$x"});
+    EXPECT_THAT(command, testing::MatchesRegex("powershell -NoProfile -NoLogo -EncodedCommand [A-Za-z0-9+/=]+"));
+}
+
+TEST(TransferCommandsTest, aCommandLineHoldsSoManyNames)
+{
+    Names const many(3000, std::string(200, 'n'));
+    EXPECT_LT(TransferCommands::fittingFront(posix, many).size(), 500U);
+    EXPECT_LT(TransferCommands::windowsTar(Names(TransferCommands::fittingFront(powershell, many).begin(),
+                                                 TransferCommands::fittingFront(powershell, many).end()))
+                  .size(),
+              8000U);
+    EXPECT_LT(TransferCommands::fittingFrontHere("/folder", many).size(), 2600U);
+    Names const one{std::string(200'000, 'n')};
+    EXPECT_EQ(TransferCommands::fittingFront(posix, one).size(), 1U);
+    EXPECT_EQ(TransferCommands::fittingFront(posix, Names{}).size(), 0U);
+}
+
+TEST(TransferCommandsTest, aCopyOnAWindowsHostIsItsOwn)
+{
+    EXPECT_EQ(TransferCommands::copyThere(powershell, Names{"/C:/a"}, "/C:/to", "token"),
+              "Copy-Item -LiteralPath 'C:/a' -Destination 'C:/to' -Recurse -Force -ErrorAction Stop");
+}
+
+} // namespace
+} // namespace tw::test

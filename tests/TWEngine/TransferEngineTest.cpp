@@ -1,0 +1,311 @@
+#include "TWEngine/Transfer/TransferEngine.h"
+
+#include "tests/support/TransferTest.h"
+
+namespace tw::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Route = TransferEngine::Route;
+
+/// Copies between folders of this machine.
+class LocalTransferTest : public TransferTest {};
+
+/// Copies from and to a host, which is this machine.
+class TransferEngineTest : public TransferTest {};
+
+TEST_F(LocalTransferTest, noNamesAreNoWork)
+{
+    EXPECT_EQ(copy({}, sourceHere(), targetHere()), "done");
+    EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(LocalTransferTest, aTreeArrivesAsItIs)
+{
+    makeTree("tree");
+    EXPECT_EQ(copy({"tree"}, sourceHere(), targetHere()), "done");
+    expectSame("tree");
+    auto const last = reports().back();
+    EXPECT_EQ(last.item, "tree");
+    EXPECT_EQ(last.bytes, last.total);
+    EXPECT_EQ(last.files, 7);
+    EXPECT_EQ(last.totalFiles, 7);
+    EXPECT_EQ(reports().front().bytes, 0);
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("tree"));
+    EXPECT_EQ(transfer->summary().files, 7);
+}
+
+TEST_F(LocalTransferTest, aFolderIsMergedWithTheOneThatIsThere)
+{
+    folder.folder("tree");
+    folder.file("tree/new", "new");
+    folder.file("tree/both", "new");
+    local.folder("tree");
+    local.file("tree/both", "old");
+    local.file("tree/old", "old");
+    EXPECT_EQ(copy({"tree"}, sourceHere(), targetHere()), "done");
+    EXPECT_EQ(namesIn(local.path("tree")), (std::set<std::string>{"both", "new", "old"}));
+    EXPECT_EQ(contentOf(local.path("tree/both")), "new");
+}
+
+TEST_F(LocalTransferTest, namesAreTakenAsTheyAre)
+{
+    Names const names{"-rf", "a b", "it's", "\xFF\n", "--target-directory=x", std::string(255, 'n'), "@a"};
+    for (auto const &name : names)
+        folder.file(name, name);
+    EXPECT_EQ(copy(names, sourceHere(), targetHere()), "done");
+    for (auto const &name : names)
+        expectSame(name);
+    EXPECT_EQ(transfer->summary().complete, names);
+    EXPECT_EQ(reports().back().files, static_cast<std::int64_t>(names.size()));
+}
+
+TEST_F(LocalTransferTest, theFirstNameThatFailsEndsTheCopy)
+{
+    folder.file("a", "a");
+    folder.file("b", "b");
+    folder.folder("d");
+    local.folder("b"); // a file cannot take the place of a folder
+    EXPECT_THAT(copy({"a", "b", "d"}, sourceHere(), targetHere()), HasSubstr("copy failed on b: "));
+    expectSame("a");
+    auto const summary = transfer->summary();
+    EXPECT_THAT(summary.complete, ElementsAre("a"));
+    EXPECT_THAT(summary.partial, ElementsAre("b"));
+    EXPECT_THAT(summary.untouched, ElementsAre("d"));
+    EXPECT_EQ(summary.files, 1);
+    EXPECT_THAT(summary.words, HasSubstr("cannot overwrite directory"));
+}
+
+TEST_F(LocalTransferTest, aNameThatIsGoneIsSaid)
+{
+    EXPECT_THAT(copy({"none"}, sourceHere(), targetHere()), HasSubstr("No such file or directory"));
+    EXPECT_THAT(transfer->summary().untouched, ElementsAre("none"));
+}
+
+TEST_F(LocalTransferTest, aCancelEndsIt)
+{
+    for (auto const *const name : {"a", "stuck", "c"})
+        folder.file(name, name);
+    setTime("a", -1000);
+    // cp waits at a target that takes nothing.
+    ASSERT_EQ(::mkfifo(local.path("stuck").c_str(), 0600), 0);
+    auto const copying = start({"a", "stuck", "c"}, sourceHere(), targetHere());
+    waitUntil([this] {
+        struct stat status;
+        return ::stat(local.path("a").c_str(), &status) == 0 && status.st_mtime == -1000;
+    });
+    transfer->cancel();
+    EXPECT_EQ(outcomeOf(copying), "cancelled");
+    auto const summary = transfer->summary();
+    EXPECT_THAT(summary.complete, ElementsAre("a"));
+    EXPECT_THAT(summary.partial, ElementsAre("stuck"));
+    EXPECT_THAT(summary.untouched, ElementsAre("c"));
+    EXPECT_EQ(summary.files, 1);
+}
+
+TEST_F(LocalTransferTest, aCancelBeforeTheBeginningIsForgotten)
+{
+    folder.file("a", "a");
+    transfer = makeTransfer();
+    transfer->cancel();
+    loop.run(transfer->copy({"a"}, sourceHere(), targetHere(), [](TransferProgress const &) {}));
+    expectSame("a");
+}
+
+TEST_F(LocalTransferTest, aCancelRightBehindTheBeginningCounts)
+{
+    folder.file("a", "a");
+    auto const copying = start({"a"}, sourceHere(), targetHere());
+    transfer->cancel();
+    EXPECT_EQ(outcomeOf(copying), "cancelled");
+}
+
+TEST_F(TransferEngineTest, theRouteFollowsFromTheEndpoints)
+{
+    auto const one = makeProvider("one");
+    auto const sameOne = makeProvider("one");
+    auto const other = makeProvider("other");
+    EXPECT_EQ(TransferEngine::routeOf(sourceHere(), targetHere()), Route::onThisMachine);
+    EXPECT_EQ(TransferEngine::routeOf(sourceOn(one), targetOn(sameOne)), Route::withinOneHost);
+    EXPECT_EQ(TransferEngine::routeOf(sourceOn(one), targetOn(other)), Route::tarPipe);
+    EXPECT_EQ(TransferEngine::routeOf(sourceHere(), targetOn(one)), Route::tarPipe);
+    EXPECT_EQ(TransferEngine::routeOf(sourceOn(one), targetHere()), Route::tarPipe);
+}
+
+TEST_F(TransferEngineTest, aTreeGoesUpAndDown)
+{
+    reach();
+    auto const provider = connected();
+    makeTree("tree");
+    EXPECT_EQ(copy({"tree"}, sourceHere(), targetOn(provider)), "done");
+    expectSame("tree");
+    EXPECT_EQ(reports().front().item, "tree");
+    EXPECT_EQ(reports().back().files, 7);
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("tree"));
+    std::filesystem::remove_all(local.path("tree"));
+    EXPECT_EQ(copy({"tree"}, sourceOn(provider), targetHere()), "done");
+    expectSame("tree");
+    EXPECT_EQ(transfer->summary().files, 7);
+}
+
+TEST_F(TransferEngineTest, aTreeGoesFromHostToHost)
+{
+    reach();
+    client.add("other", host->address());
+    auto const provider = connected();
+    auto const other = makeProvider("other");
+    loop.run(other->connect());
+    makeTree("tree");
+    EXPECT_EQ(copy({"tree"}, sourceOn(provider), targetOn(other)), "done");
+    expectSame("tree");
+}
+
+TEST_F(TransferEngineTest, aTreeIsCopiedOnItsHost)
+{
+    reach();
+    auto const provider = connected();
+    makeTree("tree");
+    folder.file("-n\n", "odd");
+    EXPECT_EQ(copy({"tree", "-n\n"}, sourceOn(provider), targetOn(provider)), "done");
+    expectSame("tree");
+    expectSame("-n\n");
+    ASSERT_EQ(reports().size(), 1U);
+    EXPECT_EQ(reports().front().item, "2 item(s) — server-side copy");
+    EXPECT_FALSE(reports().front().total);
+    EXPECT_EQ(run(provider, "ls -a \"${TMPDIR:-/tmp}\" | grep tarnwick-copy"), "");
+}
+
+TEST_F(TransferEngineTest, aCopyOnAHostFailsInTheWordsOfTheHost)
+{
+    reach();
+    auto const provider = connected();
+    EXPECT_THAT(copy({"none"}, sourceOn(provider), targetOn(provider)),
+                HasSubstr("copy failed on " + folder.path("none") + ": cp: "));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("none"));
+}
+
+TEST_F(TransferEngineTest, aCancelledCopyOnAHostEndsThere)
+{
+    reach();
+    auto const provider = connected();
+    auto const shell = shellOf(provider, CommandSession::work);
+    folder.file("huge");
+    std::filesystem::resize_file(folder.path("huge"), 1);
+    // cp waits at a target that takes nothing.
+    ASSERT_EQ(::mkfifo(local.path("huge").c_str(), 0600), 0);
+    auto const copying = start({"huge"}, sourceOn(provider), targetOn(provider));
+    waitUntil([&] { return !run(provider, "pgrep -f '^cp -a -- .*huge'").empty(); });
+    transfer->cancel();
+    EXPECT_EQ(outcomeOf(copying), "cancelled");
+    waitUntil([&] { return run(provider, "pgrep -f '^cp -a -- .*huge'").empty(); });
+    EXPECT_EQ(shellOf(provider, CommandSession::work), shell);
+    EXPECT_EQ(run(provider, "ls -a \"${TMPDIR:-/tmp}\" | grep tarnwick-copy"), "");
+}
+
+TEST_F(TransferEngineTest, namesCrossAsTheyAre)
+{
+    reach();
+    auto const provider = connected();
+    std::string everyByte;
+    for (int byte = 1; byte < 256; ++byte)
+        if (byte != '/')
+            everyByte += static_cast<char>(byte);
+    Names const names{"-rf",     "a b", "it's", "\xC3\xA4", "ends\n", "\xFF\n\n",
+                      "$(true)", "*",   "@a",   everyByte,  "...",    "\\x41"};
+    for (auto const &name : names)
+        folder.file(name, name);
+    EXPECT_EQ(copy(names, sourceHere(), targetOn(provider)), "done");
+    for (auto const &name : names)
+        expectSame(name);
+    std::filesystem::remove_all(local.path());
+    std::filesystem::create_directory(local.path());
+    EXPECT_EQ(copy(names, sourceOn(provider), targetHere()), "done");
+    for (auto const &name : names)
+        expectSame(name);
+    EXPECT_EQ(reports().front().item, "12 items");
+}
+
+TEST_F(TransferEngineTest, aTargetWhoseNameEndsWithALineEndIsReached)
+{
+    reach();
+    auto const provider = connected();
+    folder.file("a", "a");
+    auto const target = local.folder("odd\n");
+    EXPECT_EQ(copy({"a"}, sourceHere(), TransferEndpoint::remote(provider, target)), "done");
+    EXPECT_EQ(contentOf(target + "/a"), "a");
+}
+
+TEST_F(TransferEngineTest, moreNamesThanACommandHoldsGoInSeveralStreams)
+{
+    reach();
+    auto const provider = connected();
+    Names names;
+    for (int index = 0; index < 1200; ++index) {
+        names.push_back(std::string(150, 'n') + std::to_string(index));
+        folder.file(names.back());
+    }
+    EXPECT_EQ(copy(names, sourceOn(provider), targetHere()), "done");
+    EXPECT_EQ(namesIn(local.path()).size(), names.size());
+    EXPECT_EQ(transfer->summary().complete, names);
+    EXPECT_EQ(transfer->summary().files, 1200);
+    EXPECT_EQ(reports().back().files, 1200);
+}
+
+TEST_F(TransferEngineTest, aMissingNameIsSaidByTheSideThatReads)
+{
+    reach();
+    auto const provider = connected();
+    EXPECT_THAT(copy({"none"}, sourceOn(provider), targetHere()),
+                testing::AllOf(HasSubstr("read from remote failed on none: "), HasSubstr("No such file")));
+    EXPECT_THAT(copy({"none", "two"}, sourceHere(), targetOn(provider)),
+                HasSubstr("read from this Mac failed on 2 items: "));
+}
+
+TEST_F(TransferEngineTest, aMissingTargetIsSaidByTheSideThatWrites)
+{
+    reach();
+    auto const provider = connected();
+    folder.file("a", std::string(5'000'000, 'x'));
+    EXPECT_THAT(copy({"a"}, sourceHere(), TransferEndpoint::remote(provider, local.path("none"))),
+                testing::AllOf(HasSubstr("write to remote failed on a: "), HasSubstr("No such file")));
+    EXPECT_THAT(copy({"a"}, sourceOn(provider), TransferEndpoint::local(local.path("none"))),
+                testing::AllOf(HasSubstr("write to this Mac failed on a: "), HasSubstr("No such file")));
+}
+
+TEST_F(TransferEngineTest, aCancelEndsBothSides)
+{
+    reach();
+    auto const provider = connected();
+    folder.file("large", std::string(1, 'x'));
+    std::filesystem::resize_file(folder.path("large"), std::int64_t{20} << 30U);
+    for (bool const isUp : {true, false}) {
+        auto const before = reports().size();
+        auto const copying = isUp ? start({"large"}, sourceHere(), targetOn(provider))
+                                  : start({"large"}, sourceOn(provider), targetHere());
+        waitUntil([&] { return reports().size() > before + 20; });
+        transfer->cancel();
+        EXPECT_EQ(outcomeOf(copying), "cancelled");
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
+        waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + folder.path() + "'").empty(); });
+        waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + local.path() + "'").empty(); });
+        std::filesystem::remove(local.path("large"));
+    }
+}
+
+TEST_F(TransferEngineTest, aStoppedCallerIsNoCancelOfTheUser)
+{
+    reach();
+    auto const provider = connected();
+    folder.file("large");
+    std::filesystem::resize_file(folder.path("large"), std::int64_t{20} << 30U);
+    auto const copying = start({"large"}, sourceHere(), targetOn(provider));
+    waitUntil([&] { return reports().size() > 20; });
+    copying.stop();
+    finish(copying);
+    EXPECT_THROW(copying.value(), Cancelled);
+}
+
+} // namespace
+} // namespace tw::test
