@@ -22,6 +22,7 @@ constexpr int lostConnection = 255;
 struct Running {
     Running(TransferWork::Shared of, Stream const &stream)
         : work(std::move(of)),
+          names(stream.names),
           guard(stream.guard),
           log(stream.names),
           reader([this](TarMember const &member) { begin(member); })
@@ -35,11 +36,12 @@ struct Running {
     {
         if (guard)
             guard->check(member);
-        log.begin(member.name, reader.position());
+        log.begin(member.name, reader.position(), reader.files());
         item = member.name;
     }
 
     TransferWork::Shared const work;
+    std::vector<std::string> const names;
     std::optional<MemberGuard> const guard;
     TransferLog log;
     TarReader reader;
@@ -129,6 +131,7 @@ Task<void> callOff(Run run)
     run->ending.consumer.status = co_await TransferChild::endSoon(run->consumer, patienceWithConsumer);
     run->ending.producer.status = co_await TransferChild::endSoon(run->producer, std::chrono::milliseconds(0));
     run->ending.consumer.words = run->consumer->words();
+    run->ending.producer.words = run->producer->words();
 }
 
 /// A consumer that has ended by itself has unpacked all that it was given, or says what it could not unpack.
@@ -147,8 +150,23 @@ void addTo(TransferSummary &summary, TransferSummary part)
     std::ranges::move(part.untouched, std::back_inserter(summary.untouched));
 }
 
+/// What a program of ours or of ssh says about its own end is no complaint about a name.
+Blamed blamedBy(PipeEnding::Program const &program, std::vector<std::string> const &names)
+{
+    auto const &status = program.status;
+    if (status.isSuccess())
+        return {};
+    bool const endedByItself = status.cause == ExitStatus::Cause::exited && status.number != lostConnection;
+    return Blamed::in(program.words, names,
+                      endedByItself ? Blamed::Unreadable::meansEverything : Blamed::Unreadable::meansNothing);
+}
+
 void conclude(Run const &run)
 {
+    if (run->reader.isAtEnd())
+        run->log.end();
+    run->log.blame(blamedBy(run->ending.producer, run->names));
+    run->log.blame(blamedBy(run->ending.consumer, run->names));
     auto const arrival =
         hasUnpackedAll(run->ending) ? TransferLog::Arrival::everything : TransferLog::Arrival::allButInFlight;
     addTo(run->work->summary, run->log.summary(arrival));
@@ -175,8 +193,6 @@ Task<void> run(TransferWork::Shared work, Stream stream)
         std::rethrow_exception(carried.failure);
     }
     auto const failure = run->ending.failure();
-    if (!failure)
-        run->log.end();
     conclude(run);
     if (failure)
         throw FileOperationError::Failed(failure->operation, work->label, failure->detail);

@@ -11,22 +11,31 @@ TransferLog::TransferLog(std::vector<std::string> carried)
     }
 }
 
-void TransferLog::begin(std::string_view member, std::int64_t position)
+void TransferLog::begin(std::string_view member, std::int64_t position, std::int64_t files)
 {
     while (member.starts_with("./"))
         member.remove_prefix(2);
     auto const top = member.substr(0, member.find('/'));
     if (current && names[*current].name == top)
         return;
-    if (current)
-        names[*current].ended = position;
-    current.reset();
+    endCurrent(position, files);
     auto const found = places.find(std::string(top));
     if (found == places.end())
         return;
     current = found->second;
     names[*current].begun = position;
     names[*current].ended = -1;
+    names[*current].filesBefore = files;
+}
+
+void TransferLog::endCurrent(std::int64_t position, std::int64_t files)
+{
+    if (!current)
+        return;
+    auto &name = names[*current];
+    name.ended = position;
+    name.files = files - name.filesBefore;
+    current.reset();
 }
 
 void TransferLog::passed(std::int64_t position, std::int64_t files)
@@ -38,22 +47,30 @@ void TransferLog::passed(std::int64_t position, std::int64_t files)
 
 void TransferLog::end()
 {
-    if (current)
-        names[*current].ended = marks.back().position;
+    endCurrent(marks.back().position, marks.back().files);
+}
+
+void TransferLog::blame(Blamed const &blamed)
+{
+    isAnyBlamed = isAnyBlamed || blamed.isEverything || !blamed.names.empty();
+    for (auto &each : names)
+        each.isBlamed = each.isBlamed || blamed.isEverything || blamed.names.contains(each.name);
 }
 
 TransferSummary TransferLog::summary(Arrival arrival) const
 {
     auto const &arrived = arrival == Arrival::everything ? marks.back() : marks.front();
-    TransferSummary summary{.files = arrived.files};
+    TransferSummary summary;
+    std::int64_t filesOfComplete = 0;
     for (auto const &each : names) {
-        if (each.begun < 0)
-            summary.untouched.push_back(each.name);
-        else if (each.ended >= 0 && each.ended <= arrived.position)
+        bool const isComplete = each.ended >= 0 && each.ended <= arrived.position && !each.isBlamed;
+        filesOfComplete += isComplete ? each.files : 0;
+        if (isComplete)
             summary.complete.push_back(each.name);
         else
-            summary.partial.push_back(each.name);
+            (each.begun < 0 ? summary.untouched : summary.partial).push_back(each.name);
     }
+    summary.files = isAnyBlamed ? filesOfComplete : arrived.files;
     return summary;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWEngine/Transfer/Blamed.h"
 #include "TWEngine/Transfer/Transfer.h"
 
 #include <deque>
@@ -18,14 +19,17 @@ public:
 
     explicit TransferLog(std::vector<std::string> names);
 
-    /// A member begins at this byte of the stream.
-    void begin(std::string_view member, std::int64_t position);
+    /// A member begins at this byte of the stream, and so many files are whole by then.
+    void begin(std::string_view member, std::int64_t position, std::int64_t files);
 
     /// The stream has passed that byte, and so many files are whole by then.
     void passed(std::int64_t position, std::int64_t files);
 
     /// The stream has passed to its end.
     void end();
+
+    /// These names are not complete, whatever has passed of them.
+    void blame(Blamed const &blamed);
 
     enum class Arrival {
         everything,    ///< what has passed has been unpacked
@@ -39,6 +43,9 @@ private:
         std::string name;
         std::int64_t begun = -1; ///< in bytes of the stream; negative: not begun
         std::int64_t ended = -1;
+        std::int64_t filesBefore = 0; ///< of the stream
+        std::int64_t files = 0;       ///< of this name, once it has ended
+        bool isBlamed = false;
     };
 
     struct Mark {
@@ -46,7 +53,10 @@ private:
         std::int64_t files = 0;
     };
 
+    void endCurrent(std::int64_t position, std::int64_t files);
+
     std::vector<Name> names;
+    bool isAnyBlamed = false;
     std::unordered_map<std::string, std::size_t> places;
     std::optional<std::size_t> current; ///< the name whose members pass
     std::deque<Mark> marks{{}};         ///< the oldest first; the first is arrived for certain

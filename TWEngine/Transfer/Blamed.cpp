@@ -1,0 +1,63 @@
+#include "TWEngine/Transfer/Blamed.h"
+
+#include "TWCore/Model/Trimmed.h"
+
+#include <array>
+#include <unordered_set>
+
+namespace tw {
+
+namespace {
+
+/// Complaints about the archive as a whole, which say nothing about a name.
+constexpr std::array<std::string_view, 6> aboutTheWhole{
+    "Unexpected EOF in archive",   "Error is not recoverable: exiting now",
+    "Exiting with failure status", "Error exit delayed from previous errors",
+    "A lone zero block",           "Truncated tar archive",
+};
+
+bool isAboutTheWhole(std::string_view line)
+{
+    for (auto const words : aboutTheWhole)
+        if (line.contains(words))
+            return true;
+    return false;
+}
+
+/// The name of a path that stands at the beginning of the text, before a colon.
+std::string_view nameIn(std::string_view text)
+{
+    if (text.starts_with("./"))
+        text.remove_prefix(2);
+    return text.substr(0, text.find_first_of("/:"));
+}
+
+/// GNU tar puts the name before the path that it was called by; others put nothing there.
+std::string_view withoutProgram(std::string_view line)
+{
+    auto const program = line.substr(0, line.find(": "));
+    bool const isNamed = program == "tar" || program.ends_with("/tar");
+    return isNamed && program.size() < line.size() ? line.substr(program.size() + 2) : line;
+}
+
+} // namespace
+
+Blamed Blamed::in(std::string_view words, std::vector<std::string> const &given, Unreadable unreadable)
+{
+    std::unordered_set<std::string> const known(given.begin(), given.end());
+    Blamed blamed;
+    while (!words.empty()) {
+        auto const line = trimmed(words.substr(0, words.find('\n')));
+        words.remove_prefix(std::min(words.find('\n'), words.size() - 1) + 1);
+        if (line.empty() || isAboutTheWhole(line))
+            continue;
+        std::string const name(nameIn(withoutProgram(line)));
+        if (known.contains(name))
+            blamed.names.insert(name);
+        else if (unreadable == Unreadable::meansEverything)
+            blamed.isEverything = true;
+    }
+    return blamed;
+}
+
+} // namespace tw

@@ -1,0 +1,51 @@
+#include "TWEngine/Transfer/Blamed.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using enum Blamed::Unreadable;
+
+std::vector<std::string> const names{"a", "b", "c d"};
+
+TEST(BlamedTest, theNameOfAPathIsBlamed)
+{
+    auto const blamed = Blamed::in("tar: a/x: Cannot open: Permission denied\n"
+                                   "/usr/bin/tar: c d: file changed as we read it\n"
+                                   "tar: Exiting with failure status due to previous errors",
+                                   names, meansEverything);
+    EXPECT_THAT(blamed.names, ElementsAre("a", "c d"));
+    EXPECT_FALSE(blamed.isEverything);
+}
+
+TEST(BlamedTest, otherProgramsPutThePathFirst)
+{
+    auto const blamed =
+        Blamed::in("./b/x: Can't create 'b/x'\ntar: Error exit delayed from previous errors.", names, meansEverything);
+    EXPECT_THAT(blamed.names, ElementsAre("b"));
+    EXPECT_FALSE(blamed.isEverything);
+}
+
+TEST(BlamedTest, aComplaintThatCannotBeReadMayMeanAnything)
+{
+    EXPECT_TRUE(Blamed::in("tar: can't open 'a': Permission denied", names, meansEverything).isEverything);
+    auto const ofSSH = Blamed::in("client_loop: send disconnect: Broken pipe\n", names, meansNothing);
+    EXPECT_FALSE(ofSSH.isEverything);
+    EXPECT_THAT(ofSSH.names, IsEmpty());
+}
+
+TEST(BlamedTest, theEndOfAStreamIsNobodysFault)
+{
+    auto const blamed = Blamed::in("tar: Unexpected EOF in archive\ntar: Error is not recoverable: exiting now", names,
+                                   meansEverything);
+    EXPECT_FALSE(blamed.isEverything);
+    EXPECT_THAT(blamed.names, IsEmpty());
+    EXPECT_FALSE(Blamed::in("", names, meansEverything).isEverything);
+}
+
+} // namespace
+} // namespace tw::test

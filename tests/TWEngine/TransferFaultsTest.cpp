@@ -1,0 +1,216 @@
+#include "tests/support/TransferFaultsTest.h"
+
+#include "tests/support/TarArchive.h"
+
+namespace tw::test {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+constexpr std::size_t cuts[] = {0, 1, 511, 512, 513, 5000, 10'240, 24'000, 60'000, 143'359, 140'000, 122'880};
+
+TEST_F(TransferFaultsTest, theArchiveIsAsLongAsTheCutsAssume)
+{
+    auto const names = makeItems();
+    std::int64_t bytes = 0;
+    EXPECT_EQ(
+        carry(names, sourceHere(), targetThere(), [&](TransferProgress const &progress) { bytes = progress.bytes; }),
+        "done");
+    EXPECT_EQ(bytes, static_cast<std::int64_t>(archiveBytes));
+    EXPECT_EQ(transfer->summary().files, 12);
+}
+
+TEST_F(TransferFaultsTest, aDownloadThatIsCutSaysWhatHasArrived)
+{
+    auto const names = makeItems();
+    for (auto const cut : cuts) {
+        emptyTarget();
+        cutAfter(cut);
+        EXPECT_THAT(carry(names, sourceThere(), targetHere()), StartsWith("read from remote failed on 4 items: "));
+        expectTruth(names);
+    }
+    // The local tar unpacked all that had come.
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("a", "b", "c"));
+}
+
+TEST_F(TransferFaultsTest, anUploadThatIsCutSaysWhatHasArrived)
+{
+    auto const names = makeItems();
+    for (auto const cut : cuts) {
+        emptyTarget();
+        cutAfter(cut);
+        EXPECT_THAT(carry(names, sourceHere(), targetThere()), StartsWith("write to remote failed on 4 items: "));
+        expectTruth(names);
+    }
+    // What was on its way cannot be known here.
+    EXPECT_THAT(transfer->summary().complete, IsEmpty());
+}
+
+TEST_F(TransferFaultsTest, aStreamBetweenTwoHostsThatIsCutSaysWhatHasArrived)
+{
+    auto const names = makeItems();
+    for (auto const cut : cuts) {
+        emptyTarget();
+        cutAfter(cut);
+        EXPECT_THAT(carry(names, sourceThere(), targetThere()), StartsWith("read from remote failed on 4 items: "));
+        expectTruth(names);
+    }
+}
+
+TEST_F(TransferFaultsTest, aKilledProgramIsNamedByItsEnd)
+{
+    auto const names = makeItems();
+    cutAfter(50'000, "kill -9 $$");
+    EXPECT_EQ(carry(names, sourceThere(), targetHere()), "read from remote failed on 4 items: ended by signal 9");
+    expectTruth(names);
+    emptyTarget();
+    EXPECT_THAT(carry(names, sourceHere(), targetThere()), StartsWith("write to remote failed on 4 items: "));
+    expectTruth(names);
+}
+
+TEST_F(TransferFaultsTest, aStreamWithoutItsEndIsAFailureWhateverTheProgramSays)
+{
+    auto const names = makeItems();
+    programs.ssh = script("ssh", "for word; do :; done; sh -c \"$word\" | head -c 122880");
+    programs.tar = tarOf("cat >/dev/null");
+    EXPECT_EQ(carry(names, sourceThere(), targetHere()),
+              "read from remote failed on 4 items: the archive ended too early");
+}
+
+TEST_F(TransferFaultsTest, aConsumerThatStopsReadingIsHeard)
+{
+    folder.file("large");
+    std::filesystem::resize_file(folder.path("large"), 100'000'000);
+    programs.ssh = script("ssh", "head -c 100000 >/dev/null; echo 'No space left on device' >&2; exit 1");
+    EXPECT_EQ(carry({"large"}, sourceHere(), targetThere()),
+              "write to remote failed on large: No space left on device");
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
+}
+
+TEST_F(TransferFaultsTest, aTargetThatTakesNoMoreIsSaid)
+{
+    auto const names = makeItems();
+    auto const little = std::string("trap '' XFSZ; ulimit -f 16"); // units of 512 bytes
+    programs.tar = tarOf(whenUnpacking(little));
+    EXPECT_THAT(carry(names, sourceThere(), targetHere()),
+                StartsWith("write to this Mac failed on 4 items: tar: b: Wrote only "));
+    expectTruth(names);
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("a", "c", "d"));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("b"));
+    EXPECT_EQ(transfer->summary().files, 11);
+
+    emptyTarget();
+    programs.cp = script("cp", little + "; exec cp \"$@\"");
+    EXPECT_THAT(carry(names, sourceHere(), targetHere()),
+                AllOf(StartsWith("copy failed on b: "), HasSubstr("File too large")));
+    expectTruth(names);
+}
+
+TEST_F(TransferFaultsTest, manyWarningsDoNotStopATransfer)
+{
+    auto const names = makeItems();
+    auto const warnings = std::string("i=0; while [ $i -lt 4000 ]; do echo \"warning $i of a usual length\" >&2; "
+                                      "i=$((i+1)); done");
+    programs.tar = tarOf(warnings + "; exec tar \"$@\"");
+    EXPECT_EQ(carry(names, sourceThere(), targetHere()), "done");
+    expectTruth(names);
+    emptyTarget();
+    EXPECT_EQ(carry(names, sourceHere(), targetThere()), "done");
+
+    programs.tar = tarOf(warnings + "; echo the last word >&2; exit 3");
+    auto const failure = carry(names, sourceHere(), targetThere());
+    EXPECT_THAT(failure, AllOf(StartsWith("read from this Mac failed on 4 items: warning 0 of"), HasSubstr("\n…\n"),
+                               testing::EndsWith("the last word")));
+    EXPECT_LT(failure.size(), 80'000U);
+}
+
+TEST_F(TransferFaultsTest, aNameThatIsGoneLeavesTheOthersWhole)
+{
+    auto names = makeItems();
+    auto const all = names;
+    names.insert(names.begin() + 1, "none");
+    EXPECT_THAT(carry(names, sourceThere(), targetHere()), HasSubstr("tar: none: "));
+    EXPECT_EQ(transfer->summary().complete, all);
+    EXPECT_THAT(transfer->summary().untouched, ElementsAre("none"));
+    EXPECT_EQ(transfer->summary().files, 12);
+}
+
+TEST_F(TransferFaultsTest, aSourceThatShrinksMeanwhileIsNotComplete)
+{
+    folder.file("large");
+    std::filesystem::resize_file(folder.path("large"), 200'000'000);
+    folder.file("small", "x");
+    auto const shrink = [path = folder.path("large")](TransferProgress const &progress) {
+        if (progress.bytes > 0)
+            std::filesystem::resize_file(path, 1000);
+    };
+    EXPECT_THAT(carry({"large", "small"}, sourceHere(), targetThere(), shrink), HasSubstr("shrank"));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("large")) << transfer->summary().words;
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("small"));
+}
+
+TEST_F(TransferFaultsTest, aSourceThatGrowsMeanwhileIsNotComplete)
+{
+    folder.file("large");
+    std::filesystem::resize_file(folder.path("large"), 200'000'000);
+    auto const grow = [path = folder.path("large")](TransferProgress const &progress) {
+        if (progress.bytes > 0)
+            std::ofstream(path, std::ios::app) << "more";
+    };
+    EXPECT_THAT(carry({"large"}, sourceHere(), targetThere(), grow), HasSubstr("changed"));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
+}
+
+TEST_F(TransferFaultsTest, aHostThatSendsWhatWasNotAskedForWritesNothingOfIt)
+{
+    auto const good = TarArchive::member({.name = "a/good", .data = "good"});
+
+    struct Attack {
+        TarArchive::Member member;
+        std::string answer;
+    };
+
+    Attack const attacks[] = {
+        {{.name = ".bashrc", .data = "evil"}, "the host sent what was not asked for: .bashrc"},
+        {{.name = "a/../evil", .data = "evil"}, "the host sent what was not asked for: a/../evil"},
+        {{.name = local.path("evil"), .data = "evil"}, "the host sent what was not asked for: " + local.path("evil")},
+        {{.name = "a/link", .kind = '1', .link = "/etc/passwd"},
+         "the host sent a link to what was not asked for: /etc/passwd"},
+    };
+    for (auto const &attack : attacks) {
+        emptyTarget();
+        auto const archive = scripts.file("archive", good + TarArchive::member(attack.member) + TarArchive::end());
+        programs.ssh = script("ssh", "cat " + archive);
+        EXPECT_EQ(carry({"a"}, sourceThere(), targetHere()), "read from remote failed on a: " + attack.answer);
+        EXPECT_FALSE(std::filesystem::exists(local.path("evil")));
+        EXPECT_FALSE(std::filesystem::exists(local.path(".bashrc")));
+        EXPECT_FALSE(std::filesystem::exists(local.path("a/link")));
+        EXPECT_THAT(carry({"a"}, sourceThere(), targetThere()), HasSubstr(attack.answer));
+    }
+}
+
+TEST_F(TransferFaultsTest, aGreetingOfTheLoginShellIsNotUnpacked)
+{
+    makeItems();
+    programs.ssh = script("ssh", "for word; do :; done; echo 'Welcome!'; exec sh -c \"$word\"");
+    EXPECT_EQ(carry({"a"}, sourceThere(), targetHere()),
+              "read from remote failed on a: the stream is not a tar archive");
+    EXPECT_THAT(namesIn(local.path()), IsEmpty());
+}
+
+TEST_F(TransferFaultsTest, aProgramThatIsMissingIsAnErrorOfThePlatform)
+{
+    folder.file("a", "a");
+    programs.tar = "/none/tar";
+    programs.cp = "/none/cp";
+    EXPECT_NE(carry({"a"}, sourceHere(), targetThere()), "done");
+    EXPECT_NE(carry({"a"}, sourceHere(), targetHere()), "done");
+    EXPECT_THAT(namesIn(local.path()), IsEmpty());
+}
+
+} // namespace
+} // namespace tw::test
