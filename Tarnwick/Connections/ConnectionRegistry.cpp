@@ -90,6 +90,7 @@ struct ConnectionRegistry::Shared {
     static Task<BrowserRef> ssh(std::shared_ptr<Shared> self, std::string host);
     static Task<BrowserRef> logIn(std::shared_ptr<Shared> self, std::string host);
     static Task<BrowserRef> reach(std::shared_ptr<Shared> self, std::string host);
+    static Task<KnownConnection> hostAsItIs(std::shared_ptr<Shared> self, std::string host);
     bool isClosing = false; ///< nothing is begun any more
 
     static Task<void> giveUpAttempts(std::shared_ptr<Shared> self);
@@ -209,6 +210,24 @@ Task<BrowserRef> ConnectionRegistry::Shared::reach(std::shared_ptr<Shared> self,
 {
     auto const begun = co_await attempt(self, host, Way::quiet);
     co_return lend(self, keyOf(host), begun.browser);
+}
+
+Task<KnownConnection> ConnectionRegistry::known(std::string host)
+{
+    return Shared::hostAsItIs(shared, std::move(host));
+}
+
+Task<KnownConnection> ConnectionRegistry::Shared::hostAsItIs(std::shared_ptr<Shared> self, std::string host)
+{
+    Store opened;
+    if (auto const store = self->store)
+        opened = co_await store->opened();
+    if (self->isClosing)
+        throw Cancelled();
+    auto const up = self->browsers.find(keyOf(host));
+    if (up != self->browsers.end())
+        co_return KnownConnection{lend(self, keyOf(host), up->second), true};
+    co_return KnownConnection{self->browserOf(host, opened), false};
 }
 
 Task<ConnectionRegistry::Shared::Attempt> ConnectionRegistry::Shared::attempt(std::shared_ptr<Shared> self,

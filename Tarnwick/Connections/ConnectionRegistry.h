@@ -54,6 +54,8 @@ public:
 
     Task<std::shared_ptr<Browser>> reach(std::string host) override;
 
+    Task<KnownConnection> known(std::string host) override;
+
     Task<std::vector<std::string>> hosts() override;
 
     /// Cancels the attempts in flight, and returns when all their callers have their answer. No new attempt begins from

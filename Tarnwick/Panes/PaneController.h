@@ -30,6 +30,7 @@ namespace tw {
 
 class CommandHost;
 class Connections;
+struct KnownConnection;
 class HostArrival;
 enum class HostLogin;
 
@@ -138,7 +139,8 @@ public:
     /// line or the strip says why.
     void goToTyped(std::string text);
 
-    /// Has a typed path completed, from a listing that is cached if there is one. A later call supersedes it.
+    /// Has a typed path completed, from a listing that is cached if there is one. No connection begins for it. A later
+    /// call supersedes it.
     void completePath(std::string text);
 
     /// Goes to the folder above that so many components of the path lead to. The cursor is on the next component.
@@ -285,7 +287,8 @@ private:
                                         std::string text);
     TypedPath::Context typedContext(std::string home) const;
     void followTyped(std::string const &text, std::string home);
-    std::optional<std::string> folderToComplete(std::string const &text, std::string home) const;
+    std::optional<TypedPath> placeToComplete(std::string const &text, std::string home) const;
+    Task<KnownConnection> connectionToComplete(TypedPath const &place, std::shared_ptr<Browser> own) const;
     static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
     static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
 

@@ -3,6 +3,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Provider/CommandHost.h"
+#include "Tarnwick/Connections/Connections.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
@@ -25,6 +26,33 @@ std::string withBytesOf(std::string const &path, std::string_view text)
     auto const shown = onOneLine(path);
     auto const goesOn = shown != path && text.starts_with(shown);
     return goesOn ? path + std::string(text.substr(shown.size())) : std::string(text);
+}
+
+Task<KnownConnection> itself(KnownConnection known)
+{
+    co_return known;
+}
+
+/// The names in a folder, which may be given from the home folder of its host. Of a host that is not up, what is
+/// remembered: a key that completes begins no connection.
+Task<DirectorySnapshot> namesToComplete(Task<KnownConnection> finding, std::string folder)
+{
+    auto const from = co_await std::move(finding);
+    if (!from.browser)
+        co_return DirectorySnapshot();
+    if (!from.isUp) {
+        auto const kept = co_await from.browser->remembered(folder);
+        co_return kept.value_or(DirectorySnapshot());
+    }
+    if (!folder.starts_with('/')) {
+        auto const host = std::dynamic_pointer_cast<CommandHost>(from.browser->providerRef());
+        if (!host)
+            co_return DirectorySnapshot();
+        auto const home = co_await host->defaultDirectory();
+        folder = fromHome(folder, home);
+    }
+    auto const opened = co_await from.browser->open(folder);
+    co_return opened.snapshot;
 }
 
 } // namespace
@@ -115,35 +143,44 @@ Task<void> PaneController::performCompletion(std::weak_ptr<PaneController> weak,
     auto self = weak.lock();
     if (!self || context.stop.stop_requested())
         co_return;
-    auto const folder = self->folderToComplete(text, home);
-    if (!folder) {
+    auto const place = self->placeToComplete(text, home);
+    if (!place) {
         self->display->beep();
         co_return;
     }
+    auto finding = self->connectionToComplete(*place, source);
     auto const work = self->beginWork();
     self.reset();
-    auto const opened = co_await outcomeOf(source->open(*folder));
+    auto const names = co_await outcomeOf(namesToComplete(std::move(finding), place->path));
     self = weak.lock();
     if (!self || context.stop.stop_requested())
         co_return;
-    auto const names = opened.value ? opened.value->snapshot : DirectorySnapshot();
-    PathCompletion const completion(text, names);
+    PathCompletion const completion(text, names.value.value_or(DirectorySnapshot()));
     if (completion.isEmpty())
         self->display->beep();
     else
         self->display->showCompletion(completion);
 }
 
-/// Nothing if the text leads to another connection, which a key that completes must not bring up.
-std::optional<std::string> PaneController::folderToComplete(std::string const &text, std::string home) const
+/// The folder in which a text that is typed goes on; nothing if the text leads nowhere.
+std::optional<TypedPath> PaneController::placeToComplete(std::string const &text, std::string home) const
 {
     auto const head = PathCompletion::headOf(text);
     if (head.empty())
-        return pathOnShow();
+        return TypedPath{.path = pathOnShow()};
     auto const typed = typedPath(withBytesOf(requested, head), typedContext(std::move(home)));
-    auto const isHere = typed && typed->problem.isEmpty() && typed->path.starts_with('/') &&
-                        (typed->connection.empty() || typed->connection == connection);
-    return isHere ? std::optional(typed->path) : std::nullopt;
+    return typed && typed->problem.isEmpty() ? typed : std::nullopt;
+}
+
+Task<KnownConnection> PaneController::connectionToComplete(TypedPath const &place, std::shared_ptr<Browser> own) const
+{
+    if (place.connection.empty() || place.connection == connection)
+        return itself({std::move(own), true});
+    if (!connections)
+        return itself({});
+    if (place.connection == localConnection)
+        return itself({connections->local(), true});
+    return connections->known(place.connection);
 }
 
 void PaneController::goToPart(int components)

@@ -61,14 +61,18 @@ void PathCompletion::turn(Turn direction)
 {
     if (names.size() < 2)
         return;
-    if (!hasTurned)
-        next = direction == Turn::forward ? 0 : names.size() - 1;
-    else if (direction == Turn::forward)
-        next = (next + 1) % names.size();
+    auto const last = names.size() - 1;
+    if (direction == Turn::forward)
+        choose(hasTurned && next < last ? next + 1 : 0);
     else
-        next = (next + names.size() - 1) % names.size();
+        choose(hasTurned && next > 0 ? next - 1 : last);
+}
+
+void PathCompletion::choose(std::size_t which)
+{
+    next = which;
     hasTurned = true;
-    current = std::string(headOf(typed)) + names[next];
+    current = std::string(headOf(typed)) + names.at(which);
 }
 
 } // namespace tw

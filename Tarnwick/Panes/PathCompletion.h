@@ -2,6 +2,7 @@
 
 #include "TWCore/Model/DirectorySnapshot.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,18 @@ public:
 
     /// The text now.
     std::string const &text() const noexcept { return current; }
+
+    /// What the text may become, each a name behind what was typed before it; sorted.
+    std::vector<std::string> const &choices() const noexcept { return names; }
+
+    /// Which of them stands in the text, if one does.
+    std::optional<std::size_t> chosen() const noexcept
+    {
+        return hasTurned || names.size() == 1 ? std::optional(next) : std::nullopt;
+    }
+
+    /// Puts one of them into the text.
+    void choose(std::size_t which);
 
     enum class Turn { forward, backward };
 

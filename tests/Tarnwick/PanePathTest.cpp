@@ -216,6 +216,40 @@ TEST_F(PanePathTest, theHomeFolderOfAHostIsCompletedToo)
     EXPECT_EQ(display.completed, "box:/srv/docs/");
 }
 
+TEST_F(PanePathTest, aPathOnAnotherHostIsCompletedFromWhatIsRememberedWithoutConnecting)
+{
+    start();
+    loop.start(boxBrowser->open("/srv"));
+    loop.drain();
+    auto const fetches = host->fetches;
+    complete("box:/srv/d");
+    EXPECT_EQ(display.completed, "box:/srv/docs/");
+    EXPECT_EQ(host->fetches, fetches);
+    complete("box:/never/seen/d");
+    EXPECT_EQ(display.beeps, 1);
+    EXPECT_EQ(host->fetches, fetches);
+    EXPECT_TRUE(connections.waiting.empty());
+}
+
+TEST_F(PanePathTest, anotherHostThatIsUpIsAskedForACompletion)
+{
+    start();
+    connections.up.insert("box");
+    complete("sftp://box/new/d");
+    EXPECT_EQ(display.completed, "sftp://box/new/docs/");
+    complete("box:~/d");
+    EXPECT_EQ(display.completed, "box:~/docs/");
+    EXPECT_TRUE(connections.waiting.empty());
+}
+
+TEST_F(PanePathTest, aPathOfThisMachineIsCompletedOnAHostToo)
+{
+    start();
+    goToBox();
+    complete("file:///srv/da");
+    EXPECT_EQ(display.completed, "file:///srv/dat");
+}
+
 TEST_F(PanePathTest, aPartOfThePathLeadsThereWithTheCursorOnTheNextOne)
 {
     start();

@@ -50,6 +50,19 @@ TEST(PathCompletionTest, thenTheNamesComeOneAfterTheOtherInBothDirections)
     EXPECT_EQ(completion.text(), "/srv/dc");
 }
 
+TEST(PathCompletionTest, oneOfTheNamesIsChosenAndTurningGoesOnFromIt)
+{
+    auto completion = completed("/srv/x", {directory("xya"), directory("xyb"), directory("xyc")});
+    EXPECT_EQ(completion.text(), "/srv/xy");
+    EXPECT_EQ(completion.chosen(), std::nullopt);
+    completion.choose(1);
+    EXPECT_EQ(completion.text(), "/srv/xyb");
+    EXPECT_EQ(completion.chosen(), 1U);
+    completion.turn(Turn::forward);
+    EXPECT_EQ(completion.text(), "/srv/xyc");
+    EXPECT_EQ(completion.choices(), (std::vector<std::string>{"xya", "xyb", "xyc"}));
+}
+
 TEST(PathCompletionTest, backwardsFromWhatIsCommonTheLastNameComesFirst)
 {
     auto completion = completed("/srv/", {directory("xa"), directory("xb")});

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,11 @@ public:
         co_return browser->second;
     }
 
+    Task<KnownConnection> known(std::string host) override
+    {
+        co_return KnownConnection{browsers.at(host), up.contains(host)};
+    }
+
     Task<std::vector<std::string>> hosts() override
     {
         auto const answer = std::make_shared<HostsAnswer>();
@@ -59,6 +65,8 @@ public:
 
     std::vector<Request> waiting;
     std::map<std::string, std::shared_ptr<Browser>> browsers; ///< of hosts, also of those that are not connected
+
+    std::set<std::string> up;
 
     std::vector<std::string> saved;
     bool isConfigSlow = false; ///< reading the saved hosts waits for the test

@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Widgets/PathField.h"
 
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
+#include "Tarnwick/Toolkit/Widgets/CompletionList.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "tests/support/Listings.h"
 #include "tests/ui/QtLoop.h"
@@ -114,6 +115,101 @@ TEST_F(PathFieldTest, tabCompletesTheNameAndGoesThroughWhatThereIs)
     EXPECT_EQ(shown(), left.path("other-1"));
     press(Qt::Key_Return);
     waitForPath(PaneSide::left, left.path("other-1"));
+}
+
+TEST_F(PathFieldTest, severalNamesAreListedBelowTheFieldAndTheArrowsGoThroughThem)
+{
+    left.folder("other-1");
+    left.folder("other-2");
+    open();
+    type(left.path("o"));
+    EXPECT_EQ(field().completions(), nullptr);
+    press(Qt::Key_Tab);
+    processUntil([this] { return field().completions() != nullptr; });
+    auto &list = *field().completions();
+    EXPECT_EQ(list.count(), 2);
+    EXPECT_EQ(list.currentRow(), -1) << "what they have in common is none of them";
+    EXPECT_EQ(list.mapTo(window.get(), QPoint()).y(), field().mapTo(window.get(), QPoint(0, field().height())).y());
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    EXPECT_EQ(shown(), left.path("other-2"));
+    EXPECT_EQ(list.currentItem()->text(), QStringLiteral("other-2"));
+    press(Qt::Key_Up);
+    EXPECT_EQ(shown(), left.path("other-1"));
+    EXPECT_TRUE(field().hasFocus());
+    press(Qt::Key_Return);
+    EXPECT_EQ(field().completions(), nullptr);
+    waitForPath(PaneSide::left, left.path("other-1"));
+}
+
+TEST_F(PathFieldTest, escapeClosesTheListAndBringsBackWhatWasTypedAndAnotherOneGivesUp)
+{
+    left.folder("other-1");
+    left.folder("other-2");
+    open();
+    type(left.path("o"));
+    press(Qt::Key_Tab);
+    processUntil([this] { return field().completions() != nullptr; });
+    press(Qt::Key_Escape);
+    EXPECT_EQ(field().completions(), nullptr);
+    EXPECT_EQ(shown(), left.path("o"));
+    EXPECT_TRUE(field().hasFocus());
+    press(Qt::Key_Escape);
+    EXPECT_EQ(shown(), left.path());
+    EXPECT_TRUE(table(PaneSide::left).hasFocus());
+}
+
+TEST_F(PathFieldTest, aClickInTheListTakesTheName)
+{
+    left.folder("other-1");
+    left.folder("other-2");
+    open();
+    type(left.path("o"));
+    press(Qt::Key_Tab);
+    processUntil([this] { return field().completions() != nullptr; });
+    auto &list = *field().completions();
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualItemRect(list.item(1)).center());
+    EXPECT_EQ(field().completions(), nullptr);
+    EXPECT_EQ(shown(), left.path("other-2"));
+    EXPECT_TRUE(field().hasFocus());
+}
+
+TEST_F(PathFieldTest, whatIsTypedOnClosesTheList)
+{
+    left.folder("other-1");
+    left.folder("other-2");
+    open();
+    type(left.path("o"));
+    press(Qt::Key_Tab);
+    processUntil([this] { return field().completions() != nullptr; });
+    QTest::keyClicks(&field(), QStringLiteral("2"));
+    EXPECT_EQ(field().completions(), nullptr);
+    EXPECT_EQ(shown(), left.path("other-2"));
+}
+
+TEST_F(PathFieldTest, whatLeavesTheFieldClosesTheList)
+{
+    left.folder("other-1");
+    left.folder("other-2");
+    open();
+    type(left.path("o"));
+    press(Qt::Key_Tab);
+    processUntil([this] { return field().completions() != nullptr; });
+    QTest::mouseClick(table(PaneSide::right).viewport(), Qt::LeftButton);
+    EXPECT_EQ(field().completions(), nullptr);
+}
+
+TEST_F(PathFieldTest, aLongListOfNamesStaysInTheWindow)
+{
+    for (int number = 100; number < 200; ++number)
+        left.folder("other-" + std::to_string(number));
+    open();
+    type(left.path("o"));
+    press(Qt::Key_Tab);
+    processUntil([this] { return field().completions() != nullptr; });
+    EXPECT_EQ(field().completions()->count(), 100);
+    EXPECT_TRUE(window->rect().contains(field().completions()->geometry()));
+    EXPECT_LT(field().completions()->height(), table(PaneSide::left).height());
 }
 
 TEST_F(PathFieldTest, aCompletionCanBeUndone)

@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
+#include "Tarnwick/Toolkit/Widgets/CompletionList.h"
 #include "Tarnwick/Toolkit/Widgets/PathStrip.h"
 
 #include <QEvent>
@@ -10,6 +11,7 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QStyleOptionFrame>
 #include <QToolTip>
 
@@ -36,6 +38,10 @@ PathField::PathField(QWidget *parent) : QLineEdit(parent), busy(new BusySpinner(
     setLayoutDirection(Qt::LeftToRight); // a path begins at the left, whatever names are in it
     setMouseTracking(true);
     setAccessibleName(Wording::shown("Path"));
+    connect(this, &QLineEdit::textChanged, this, [this] {
+        if (!isReplacing)
+            closeCompletions(); // what is typed now is something else
+    });
     updateColors();
 }
 
@@ -75,11 +81,68 @@ void PathField::showCompletion(PathCompletion found)
         return;
     completion.emplace(std::move(found));
     replaceText(completion->text());
+    listCompletions();
+}
+
+CompletionList *PathField::completions() const
+{
+    return list && list->isVisible() ? list.data() : nullptr;
+}
+
+void PathField::listCompletions()
+{
+    if (completion->choices().size() < 2) {
+        closeCompletions();
+        return;
+    }
+    if (!list) {
+        list = new CompletionList(*this);
+        list->onPicked = [this](int row) {
+            completion->choose(static_cast<std::size_t>(row));
+            replaceText(completion->text());
+            closeCompletions();
+        };
+    }
+    QStringList names;
+    for (auto const &name : completion->choices())
+        names += QString::fromStdString(name);
+    list->showNames(names);
+    list->showCurrent(completion->chosen());
+}
+
+/// True if there was something to close.
+bool PathField::closeCompletions()
+{
+    auto const wasOpen = completions() != nullptr;
+    if (wasOpen)
+        list->hide();
+    return wasOpen;
+}
+
+bool PathField::isOnCompletion() const
+{
+    return completion && text().toStdString() == completion->text();
+}
+
+/// False if there is no other name to go to.
+bool PathField::turnCompletion(PathCompletion::Turn direction)
+{
+    if (!isOnCompletion())
+        return false;
+    auto const before = completion->text();
+    completion->turn(direction);
+    if (completion->text() == before)
+        return false;
+    replaceText(completion->text());
+    if (completions())
+        list->showCurrent(completion->chosen());
+    return true;
 }
 
 /// As if it had been typed: it can be undone.
 void PathField::replaceText(std::string const &text)
 {
+    QScopedValueRollback const replacing(isReplacing, true); // selected text goes before the new one comes
     selectAll();
     insert(QString::fromStdString(text));
 }
@@ -97,7 +160,20 @@ void PathField::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Enter:
         submit();
         return;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        if (completions())
+            turnCompletion(event->key() == Qt::Key_Down ? PathCompletion::Turn::forward
+                                                        : PathCompletion::Turn::backward);
+        else
+            QLineEdit::keyPressEvent(event);
+        return;
     case Qt::Key_Escape:
+        if (completions()) {
+            replaceText(completion->asked());
+            closeCompletions();
+            return;
+        }
         giveUp();
         if (onLeave)
             onLeave();
@@ -124,21 +200,14 @@ void PathField::submit()
 /// Tab completes, and goes on to the next name; Shift+Tab to the one before.
 bool PathField::focusNextPrevChild(bool next)
 {
-    if (completion && text().toStdString() == completion->text()) {
-        auto const before = completion->text();
-        completion->turn(next ? PathCompletion::Turn::forward : PathCompletion::Turn::backward);
-        if (completion->text() != before) {
-            replaceText(completion->text());
-            return true;
-        }
-    }
-    if (onCompletionWanted)
+    if (!turnCompletion(next ? PathCompletion::Turn::forward : PathCompletion::Turn::backward) && onCompletionWanted)
         onCompletionWanted(text().toStdString());
     return true;
 }
 
 void PathField::giveUp()
 {
+    closeCompletions();
     completion.reset();
     setText(QString::fromStdString(shown));
     // The end of a path tells more than its beginning.
@@ -161,6 +230,8 @@ void PathField::focusOutEvent(QFocusEvent *event)
     // A menu or another window borrows the keyboard and brings it back.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
         giveUp();
+    else
+        closeCompletions();
     update();
 }
 
@@ -274,6 +345,7 @@ void PathField::arrangeParts()
 void PathField::resizeEvent(QResizeEvent *event)
 {
     QLineEdit::resizeEvent(event);
+    closeCompletions(); // which stand where the field was
     busy->move(width() - busy->width() - PathStrip::sideMargin,
                (height() - PathStrip::lineHeight - busy->height()) / 2);
     arrangeParts();

@@ -4,6 +4,7 @@
 #include "Tarnwick/Toolkit/Widgets/PathCrumbs.h"
 
 #include <QLineEdit>
+#include <QPointer>
 
 #include <functional>
 #include <optional>
@@ -12,6 +13,7 @@
 namespace tw {
 
 class BusySpinner;
+class CompletionList;
 
 /// Shows a path whose parts can be clicked, and takes another path that is typed. Whatever ends the typing without
 /// Return gives up on it.
@@ -28,8 +30,12 @@ public:
     /// Takes the keyboard, with a text that was typed before. Another text that is being typed meanwhile stays.
     void resumeEditing(std::string const &typed);
 
-    /// For a text that has changed meanwhile, nothing happens.
+    /// For a text that has changed meanwhile, nothing happens. Several names are shown in a list, which the arrows and
+    /// Tab go through, and which Escape and further typing close.
     void showCompletion(PathCompletion found);
+
+    /// Null if there is none on screen.
+    CompletionList *completions() const;
 
     /// A field of the pane that is not the active one steps back.
     void showActive(bool active);
@@ -78,6 +84,10 @@ private:
     void giveUp();
     void submit();
     void replaceText(std::string const &text);
+    bool isOnCompletion() const;
+    bool turnCompletion(PathCompletion::Turn direction);
+    bool closeCompletions();
+    void listCompletions();
     void arrangeParts();
     void hover(std::optional<int> components);
     void updateColors();
@@ -88,6 +98,8 @@ private:
     std::optional<int> hovered; ///< the components of the part under the mouse
     std::optional<int> pressed;
     std::optional<PathCompletion> completion; ///< as it stands in the field
+    QPointer<CompletionList> list;            ///< null before it is needed
+    bool isReplacing = false;                 ///< the text is changed by the field itself
     bool isActive = false;
 };
 
