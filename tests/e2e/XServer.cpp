@@ -70,6 +70,11 @@ void XServer::press(std::string const &chord) const
     outputOf({"xdotool", "key", chord}, {{"DISPLAY", name}});
 }
 
+void XServer::pressUnderPointer(std::string const &chord) const
+{
+    outputOf({"xdotool", "key", chord}, {{"DISPLAY", name}});
+}
+
 void XServer::pressIn(std::string const &title, std::string const &chord) const
 {
     focus({"--sync", "--onlyvisible", "--name", title});

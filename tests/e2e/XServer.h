@@ -36,6 +36,9 @@ public:
     /// Types a key or a chord into the visible window, as a keyboard does: "Return", "ctrl+q".
     void press(std::string const &chord) const;
 
+    /// The same into the window under the pointer, which need not have a title.
+    void pressUnderPointer(std::string const &chord) const;
+
     /// The same into the window of a title, as soon as it is visible.
     void pressIn(std::string const &title, std::string const &chord) const;
 

@@ -141,9 +141,10 @@ void PaneTableView::redrawRows()
     viewport()->update();
     if (!QAccessible::isActive() || !look.cursorRow)
         return;
-    // The name of a row tells whether it is marked.
+    // The name of a row tells whether it is marked. The titles are a row before the others, and the hidden numbers of
+    // the rows a column.
     QAccessibleEvent changed(this, QAccessible::NameChanged);
-    changed.setChild(*look.cursorRow * model()->columnCount() + model()->columnCount()); // behind the titles
+    changed.setChild((*look.cursorRow + 1) * (model()->columnCount() + 1) + 1);
     QAccessible::updateAccessibility(&changed);
 }
 
