@@ -69,17 +69,26 @@ Task<void> readLines(Run run)
     }
 }
 
+/// In the lane of both folders, since it asks for the size of a file there.
+Task<CopyingChild> lookAtChild(TransferWork::Shared work, pid_t process)
+{
+    auto const from = work->from.path();
+    auto const to = work->to.path();
+    return work->engine.files().runBetween(from, to, FileLanes::LastLink::follow, WorkPriority::background,
+                                           [process, from, to] { return CopyingChild::look(process, from, to); });
+}
+
 Task<void> watch(Run run)
 {
-    auto const &work = *run->work;
-    std::string item = work.names[run->step.first];
+    auto const work = run->work;
+    std::string item = work->names[run->step.first];
     for (;;) {
-        co_await work.engine.clock()->sleep(timeBetweenLooks);
-        auto look = CopyingChild::look(run->child->process().processId(), work.from.path(), work.to.path());
+        co_await work->engine.clock()->sleep(timeBetweenLooks);
+        auto look = co_await lookAtChild(work, run->child->process().processId());
         if (!look.item.empty())
             item = std::move(look.item);
         run->bytes = std::max(run->bytes, look.written - run->lines.printed());
-        work.reportStep(run->bytes, run->lines.files(), item);
+        work->reportStep(run->bytes, run->lines.files(), item);
     }
 }
 
@@ -126,8 +135,9 @@ Task<std::vector<Measure>> measuresOf(Run run)
     auto const last = first + static_cast<std::ptrdiff_t>(run->step.count);
     if (!work.measures.empty())
         co_return std::vector(work.measures.begin() + first, work.measures.begin() + last);
-    auto const all = work.sources();
-    std::vector<std::string> const paths(all.begin() + first, all.begin() + last);
+    std::vector<std::string> paths;
+    for (auto const &name : namesOf(work, run->step))
+        paths.push_back(TransferCommands::pathOf(work.from.path(), name));
     auto look =
         co_await work.engine.files().run(work.from.path(), FileLanes::LastLink::follow, WorkPriority::interactive,
                                          [paths](std::string const & /*place*/) {
@@ -158,8 +168,10 @@ Task<void> runStep(TransferWork::Shared work, Step step)
     work->reportStep(0, 0, work->names[step.first]);
     auto const run = std::make_shared<Running>(Running{.work = work, .step = step, .child = nullptr});
     auto const names = namesOf(*work, step);
+    // A cp of many names would go on behind one that fails, and on a full disk leave an empty file for each.
+    auto const atFirstWord = step.count > 1 ? TransferChild::AtFirstWord::end : TransferChild::AtFirstWord::goOn;
     run->child = co_await TransferChild::start(
-        work->engine, TransferCommands::copyHere(work->tools, work->from.path(), names, work->to.path()));
+        work->engine, TransferCommands::copyHere(work->tools, work->from.path(), names, work->to.path()), atFirstWord);
     auto const exit = co_await outcomeOf(untilExit(run));
     if (exit.value && exit.value->isSuccess()) {
         co_await addComplete(run).withStop({});

@@ -19,25 +19,25 @@ TransferChild::TransferChild(EngineRuntime &runtime, std::shared_ptr<ChildProces
 {
 }
 
-Task<TransferChild::Shared> TransferChild::start(EngineRuntime &engine, ChildCommand command)
+Task<TransferChild::Shared> TransferChild::start(EngineRuntime &engine, ChildCommand command, AtFirstWord atFirstWord)
 {
     struct Starting {
-        static Task<Shared> run(EngineRuntime *engine, ChildCommand command)
+        static Task<Shared> run(EngineRuntime *engine, ChildCommand command, AtFirstWord atFirstWord)
         {
             auto const started = ChildProcess::start(engine->io(), command);
             if (!started)
                 throw started.error();
             auto const self = std::make_shared<TransferChild>(*engine, *started);
             auto const context = co_await currentContext();
-            self->hearing.emplace(ChildTask<void>::start({context.executor, {}}, hear(self)));
+            self->hearing.emplace(ChildTask<void>::start({context.executor, {}}, hear(self, atFirstWord)));
             co_return self;
         }
     };
 
-    return Starting::run(&engine, std::move(command));
+    return Starting::run(&engine, std::move(command), atFirstWord);
 }
 
-Task<void> TransferChild::hear(Shared self)
+Task<void> TransferChild::hear(Shared self, AtFirstWord atFirstWord)
 {
     // Only the pipe is held: the words go with the child.
     auto const child = self->child;
@@ -49,6 +49,8 @@ Task<void> TransferChild::hear(Shared self)
         if (buffer.empty() || !listener)
             co_return;
         listener->kept.hear(buffer);
+        if (atFirstWord == AtFirstWord::end)
+            child->terminate();
     }
 }
 

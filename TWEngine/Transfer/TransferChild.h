@@ -17,8 +17,13 @@ class TransferChild {
 public:
     using Shared = std::shared_ptr<TransferChild>;
 
+    enum class AtFirstWord {
+        goOn,
+        end ///< the program is asked to end as soon as it writes to its standard error
+    };
+
     /// Starts `command` and reads its standard error from then on. Throws SpawnError.
-    static Task<Shared> start(EngineRuntime &engine, ChildCommand command);
+    static Task<Shared> start(EngineRuntime &engine, ChildCommand command, AtFirstWord atFirstWord = AtFirstWord::goOn);
 
     ChildProcess const &process() const noexcept { return *child; }
 
@@ -33,7 +38,7 @@ public:
     TransferChild(EngineRuntime &engine, std::shared_ptr<ChildProcess> child);
 
 private:
-    static Task<void> hear(Shared self);
+    static Task<void> hear(Shared self, AtFirstWord atFirstWord);
 
     // Constant after construction.
     EngineRuntime &engine;

@@ -130,11 +130,15 @@ Task<void> TransferEngine::copyHere(Self self, TransferWork::Shared work, std::s
     auto const context = co_await currentContext();
     std::stop_callback const passOn(context.stop, [own]() mutable { own.request_stop(); });
     auto outcome = co_await outcomeOf(perform(work).withStop(own.get_token()));
+    auto &summary = work->summary;
     if (work->measure)
-        work->summary.totalFiles = work->measure->files;
+        summary.totalFiles = work->measure->files;
+    // A copy may fail before it comes to a name.
+    if (summary.complete.empty() && summary.partial.empty() && summary.untouched.empty())
+        summary.untouched = work->names;
     {
         std::lock_guard const lock(self->mutex);
-        self->last = work->summary;
+        self->last = summary;
     }
     if (context.stop.stop_requested())
         throw Cancelled();

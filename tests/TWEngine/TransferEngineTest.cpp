@@ -105,6 +105,29 @@ TEST_F(LocalTransferTest, aCancelEndsIt)
     EXPECT_EQ(summary.files, 1);
 }
 
+TEST_F(LocalTransferTest, aLargeFileIsSeenToGrow)
+{
+    folder.folder("tree");
+    auto const path = folder.file("tree/large", std::string(1'000'000, 'x'));
+    // In place of cp: it stays at the middle of the file until that was reported.
+    auto programs = tools();
+    programs.cp = local.file("cp", "#!/bin/sh\n"
+                                   "exec 3<'" +
+                                       path + "' 4>'" + local.path("tree-large") +
+                                       "'\n"
+                                       "head -c 500000 <&3 >&4\n"
+                                       "while ! [ -e '" +
+                                       local.path("seen") + "' ]; do sleep 0.01; done\n");
+    ASSERT_EQ(::chmod(programs.cp.c_str(), 0755), 0);
+    transfer = std::make_shared<TransferEngine>(engine, programs);
+    auto const copying =
+        loop.start(transfer->copy({"tree"}, sourceHere(), targetHere(), [this](TransferProgress const &progress) {
+            if (progress.item == "tree/large" && progress.bytes >= 500'000 && progress.bytes < 1'000'000)
+                local.file("seen");
+        }));
+    EXPECT_EQ(outcomeOf(copying), "done");
+}
+
 TEST_F(LocalTransferTest, aCancelBeforeTheBeginningIsForgotten)
 {
     folder.file("a", "a");

@@ -110,6 +110,19 @@ TEST_F(TransferFaultsTest, aTargetThatTakesNoMoreIsSaid)
     expectTruth(names);
 }
 
+TEST_F(TransferFaultsTest, afterAFailureNoFurtherNameIsBegun)
+{
+    Names const names{"a", "b", "c"};
+    for (auto const &name : names)
+        folder.file(name, name);
+    // In place of cp: it copies the first name, complains, and would go on when it is not stopped.
+    programs.cp = script("cp", "cp -a " + folder.path("a") + " " + local.path() +
+                                   "; echo 'cp: no space' >&2; while :; do :; done");
+    EXPECT_EQ(carry(names, sourceHere(), targetHere()), "copy failed on b: cp: no space");
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("a"));
+    EXPECT_THAT(transfer->summary().untouched, ElementsAre("b", "c"));
+}
+
 TEST_F(TransferFaultsTest, manyWarningsDoNotStopATransfer)
 {
     auto const names = makeItems();
@@ -209,6 +222,7 @@ TEST_F(TransferFaultsTest, aProgramThatIsMissingIsAnErrorOfThePlatform)
     programs.cp = "/none/cp";
     EXPECT_NE(carry({"a"}, sourceHere(), targetThere()), "done");
     EXPECT_NE(carry({"a"}, sourceHere(), targetHere()), "done");
+    EXPECT_THAT(transfer->summary().untouched, ElementsAre("a"));
     EXPECT_THAT(namesIn(local.path()), IsEmpty());
 }
 

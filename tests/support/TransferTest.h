@@ -83,7 +83,7 @@ protected:
         folder.folder(name);
         folder.folder(name + "/empty");
         folder.file(name + "/file", "content");
-        folder.file(name + "/large", std::string(3'000'000, 'x'));
+        folder.file(name + "/large", std::string(300'000, 'x'));
         folder.file(name + "/-n it's \"\xFF\xC3\xA4\" \n", "odd");
         folder.link(name + "/broken", "/none");
         folder.link(name + "/link", "file");

@@ -1,0 +1,350 @@
+// What moving bytes costs beside the same programs called by hand, in one run.
+
+#include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/SSHProvider.h"
+#include "TWEngine/Transfer/TarPipe.h"
+#include "TWEngine/Transfer/TransferEngine.h"
+#include "bench/BenchLoop.h"
+#include "bench/Figure.h"
+#include "tests/hosts/DelayProxy.h"
+#include "tests/hosts/SSHClient.h"
+#include "tests/hosts/TestHost.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+#include <unistd.h>
+
+namespace tw::bench {
+namespace {
+
+using test::DelayProxy;
+using test::SSHClient;
+using test::TemporaryFolder;
+using test::TestHost;
+using Names = std::vector<std::string>;
+
+/// A part of the sizes, as 1 in N, for a machine that has other work: TARNWICK_BENCH_PART=16.
+std::int64_t part()
+{
+    auto const *const text = std::getenv("TARNWICK_BENCH_PART");
+    return text ? std::max(1L, std::strtol(text, nullptr, 10)) : 1;
+}
+
+constexpr int runs = 5;
+constexpr std::int64_t gibibyte = std::int64_t{1} << 30U;
+constexpr int manyFiles = 10'000;
+constexpr std::chrono::milliseconds farAway{50};
+
+/// Beside the same pipe by hand: what we do before the first byte and behind the last one.
+constexpr double largestOfAStream = 1.05;
+constexpr double largestOfManyFiles = 1.1;
+constexpr double largestHere = 1.05;
+constexpr double largestPump = 1.1;
+/// Beside cp on the host and one round trip.
+constexpr double serverSideOverhead = 10;
+constexpr double cancelLimit = 200;
+/// Buffers are as large as a pipe, however much passes.
+constexpr double mostMemory = 4;
+
+double commandTime(std::string const &command)
+{
+    return millisecondsOf([&] {
+        if (std::system(command.c_str()) != 0)
+            throw std::runtime_error("failed: " + command);
+    });
+}
+
+/// Bytes that no file system leaves out.
+void writeFile(std::string const &path, std::int64_t bytes)
+{
+    std::ofstream file(path, std::ios::binary);
+    std::string piece(std::size_t{1} << 20U, 'x');
+    std::uint32_t state = 1;
+    for (auto &byte : piece)
+        byte = static_cast<char>((state = state * 1'664'525 + 1'013'904'223) >> 24U);
+    for (; bytes > 0; bytes -= std::ssize(piece))
+        file.write(piece.data(), std::min<std::int64_t>(bytes, std::ssize(piece)));
+}
+
+std::int64_t residentKiB()
+{
+    std::ifstream lines("/proc/self/status");
+    std::string word;
+    std::int64_t value = 0;
+    while (lines >> word)
+        if (word == "VmRSS:")
+            lines >> value;
+    return value;
+}
+
+/// Two hosts, which are this machine, and what lies on them.
+class Bench {
+public:
+    Bench()
+    {
+        writeFile(source.path("large"), gibibyte / part());
+        std::filesystem::create_directory(source.path("many"));
+        for (int index = 0; index < manyFiles / part(); ++index)
+            writeFile(source.path("many/file " + std::to_string(index)), 4096);
+        client.add("near", host.address().through(line.port()));
+        client.add("other", host.address());
+        near = connect("near");
+        other = connect("other");
+    }
+
+    ~Bench()
+    {
+        loop.run(near->disconnect());
+        loop.run(other->disconnect());
+    }
+
+    Bench(Bench const &) = delete;
+    Bench &operator=(Bench const &) = delete;
+
+    TransferEndpoint here(TemporaryFolder const &folder) const { return TransferEndpoint::local(folder.path()); }
+
+    TransferEndpoint on(std::shared_ptr<SSHProvider> const &provider, TemporaryFolder const &folder) const
+    {
+        return TransferEndpoint::remote(provider, folder.path());
+    }
+
+    /// The time of one copy into an empty folder.
+    double copyTime(Names const &names, TransferEndpoint const &from, TransferEndpoint const &to)
+    {
+        clear();
+        auto tools = TransferTools::find();
+        tools.ssh = client.program();
+        auto const transfer = std::make_shared<TransferEngine>(engine, tools);
+        return millisecondsOf([&] {
+            loop.run(transfer->copy(names, from, to, [](TransferProgress const &progress) { keep(progress); }));
+        });
+    }
+
+    double handTime(std::string const &command)
+    {
+        clear();
+        return commandTime(command);
+    }
+
+    /// The ssh client of `provider`, which shares its connection, as a piece of a shell command.
+    std::string ssh(std::shared_ptr<SSHProvider> const &provider)
+    {
+        auto command = client.program();
+        for (auto const &option : loop.run(provider->transportOptions()))
+            command += " '" + option + "'";
+        return command + " -- " + provider->host() + " ";
+    }
+
+    void clear() const
+    {
+        for (auto const &entry : std::filesystem::directory_iterator(target.path()))
+            std::filesystem::remove_all(entry.path());
+    }
+
+    EngineRuntime engine;
+    TestHost host{engine};
+    DelayProxy line{host.address().port, {}};
+    SSHClient client;
+    BenchLoop loop;
+    TemporaryFolder source;
+    TemporaryFolder target;
+    std::shared_ptr<SSHProvider> near;
+    std::shared_ptr<SSHProvider> other;
+
+private:
+    std::shared_ptr<SSHProvider> connect(std::string const &name)
+    {
+        auto const provider = std::make_shared<SSHProvider>(
+            SSHProvider::Collaborators{.engine = engine,
+                                       .sshProgram = client.program(),
+                                       .sockets = {.base = sockets.path(), .user = ::getuid()}},
+            name);
+        loop.run(provider->connect());
+        return provider;
+    }
+
+    TemporaryFolder sockets;
+};
+
+std::string pack(Bench const &bench, std::string const &name)
+{
+    return "tar -cf - -C " + bench.source.path() + " -- " + name;
+}
+
+std::string unpack(Bench const &bench)
+{
+    return "tar -xpf - -C " + bench.target.path();
+}
+
+void measureStreams(Figures &figures, Bench &bench, std::string const &name, std::string const &what, double largest)
+{
+    auto const &near = bench.near;
+    auto const &other = bench.other;
+    auto const measure = [&](std::string const &title, TransferEndpoint const &from, TransferEndpoint const &to,
+                             std::string const &byHand) {
+        auto const medians =
+            takeTurns(runs, [&] { return bench.copyTime({name}, from, to); }, [&] { return bench.handTime(byHand); });
+        figures.report(what + " " + title + ", beside the same pipe by hand", medians.subject, Figures::Yardstick::peer,
+                       medians.peer, "ms", largest);
+    };
+    measure("up", bench.here(bench.source), bench.on(near, bench.target),
+            pack(bench, name) + " | " + bench.ssh(near) + "'" + unpack(bench) + "'");
+    measure("down", bench.on(near, bench.source), bench.here(bench.target),
+            bench.ssh(near) + "'" + pack(bench, name) + "' | " + unpack(bench));
+    measure("from host to host", bench.on(near, bench.source), bench.on(other, bench.target),
+            bench.ssh(near) + "'" + pack(bench, name) + "' | " + bench.ssh(other) + "'" + unpack(bench) + "'");
+}
+
+void measureHere(Figures &figures, Bench &bench)
+{
+    auto const measure = [&](std::string const &title, Names const &names, std::string const &byHand) {
+        auto const medians = takeTurns(
+            runs, [&] { return bench.copyTime(names, bench.here(bench.source), bench.here(bench.target)); },
+            [&] { return bench.handTime(byHand); });
+        figures.report("local copy of " + title + ", beside cp -a", medians.subject, Figures::Yardstick::peer,
+                       medians.peer, "ms", largestHere);
+    };
+    auto const from = bench.source.path();
+    auto const to = bench.target.path();
+    measure("1 GiB", {"large"}, "cp -a " + from + "/large " + to);
+    measure("10,000 files in a folder", {"many"}, "cp -a " + from + "/many " + to);
+
+    Names names;
+    for (auto const &entry : std::filesystem::directory_iterator(bench.source.path("many")))
+        names.push_back(entry.path().filename());
+    auto const medians = takeTurns(
+        runs,
+        [&] {
+            return bench.copyTime(names, TransferEndpoint::local(bench.source.path("many")), bench.here(bench.target));
+        },
+        [&] { return bench.handTime("cp -a " + from + "/many " + to); });
+    figures.report("local copy of 10,000 names, beside cp -a of their folder", medians.subject,
+                   Figures::Yardstick::peer, medians.peer, "ms", largestHere);
+}
+
+void measureOnHost(Figures &figures, Bench &bench)
+{
+    auto const medians = takeTurns(
+        runs,
+        [&] {
+            return bench.copyTime({"large"}, bench.on(bench.near, bench.source), bench.on(bench.near, bench.target));
+        },
+        [&] { return bench.handTime("cp -a " + bench.source.path() + "/large " + bench.target.path()); });
+    auto const limit = medians.peer + std::chrono::duration<double, std::milli>(farAway).count() + serverSideOverhead;
+    figures.report("server-side copy of 1 GiB, 50 ms away, beside cp -a there, a round trip and 10 ms", medians.subject,
+                   Figures::Yardstick::limit, limit, "ms", 1.0);
+}
+
+void measureMemory(Figures &figures, Bench &bench)
+{
+    bench.copyTime({"large"}, bench.here(bench.source), bench.on(bench.near, bench.target));
+    auto const idle = residentKiB();
+    std::int64_t most = 0;
+    std::atomic<bool> isOver = false;
+    std::thread watcher([&] {
+        while (!isOver) {
+            most = std::max(most, residentKiB());
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
+    bench.copyTime({"large"}, bench.here(bench.source), bench.on(bench.near, bench.target));
+    isOver = true;
+    watcher.join();
+    figures.report("memory of a transfer of 1 GiB over that of an idle engine",
+                   static_cast<double>(std::max<std::int64_t>(most - idle, 0)) / 1024, Figures::Yardstick::limit,
+                   mostMemory, "MiB", 1.0);
+}
+
+/// The pump alone, between two programs that do hardly anything.
+void measurePump(Figures &figures, Bench &bench)
+{
+    TemporaryFolder const folder;
+    auto const archive = folder.path("archive");
+    commandTime(pack(bench, "large") + " > " + archive + " && " + pack(bench, "many") + " >> " + archive + ".many");
+    for (auto const &file : {archive, archive + ".many"}) {
+        auto const ours = [&] {
+            auto const work = std::make_shared<TransferWork>(
+                bench.engine, TransferTools(), Names{"large", "many"}, bench.here(bench.source),
+                bench.here(bench.target), [](TransferProgress const &progress) { keep(progress); }, "archive");
+            TarPipe::Stream stream{
+                .names = work->names,
+                .producer = {.program = "/usr/bin/cat", .arguments = {file}, .output = PipeEnd{}, .error = PipeEnd{}},
+                .consumer = {.program = "/usr/bin/cat", .input = PipeEnd{}, .error = PipeEnd{}},
+                .guard = MemberGuard(work->names, ShellDialect::posix)};
+            auto const strand = bench.engine.makeStrand();
+            return millisecondsOf([&] { bench.loop.run(onStrand(strand, TarPipe::run(work, std::move(stream)))); });
+        };
+        auto const medians =
+            takeTurns(runs, ours, [&] { return commandTime("cat " + file + " | cat | cat >/dev/null"); });
+        figures.report("pump of " + std::string(file == archive ? "1 GiB" : "10,000 files of 4 KiB") +
+                           ", headers read, beside cat",
+                       medians.subject, Figures::Yardstick::peer, medians.peer, "ms", largestPump);
+    }
+}
+
+Task<void> cancelSoon(EngineRuntime *engine, std::shared_ptr<TransferEngine> transfer, std::chrono::nanoseconds *at)
+{
+    co_await engine->clock()->sleep(std::chrono::milliseconds(300));
+    *at = engine->clock()->steadyNow().time_since_epoch();
+    transfer->cancel();
+}
+
+void measureCancel(Figures &figures, Bench &bench, std::string const &title, TransferEndpoint const &from,
+                   TransferEndpoint const &to)
+{
+    std::vector<double> times;
+    for (int run = 0; run < runs; ++run) {
+        bench.clear();
+        auto tools = TransferTools::find();
+        tools.ssh = bench.client.program();
+        auto const transfer = std::make_shared<TransferEngine>(bench.engine, tools);
+        std::chrono::nanoseconds at{};
+        auto const strand = bench.engine.makeStrand();
+        spawn({strand.executor(), {}}, cancelSoon(&bench.engine, transfer, &at));
+        try {
+            bench.loop.run(transfer->copy({"endless"}, from, to, [](TransferProgress const &) {}));
+            throw std::runtime_error("the copy was over before its cancel");
+        } catch (FileOperationError::Cancelled const &) {
+        }
+        auto const now = bench.engine.clock()->steadyNow().time_since_epoch();
+        times.push_back(std::chrono::duration<double, std::milli>(now - at).count());
+    }
+    figures.report("cancel of a copy " + title, median(times), Figures::Yardstick::limit, cancelLimit, "ms", 1.0);
+}
+
+void measureCancels(Figures &figures, Bench &bench)
+{
+    std::filesystem::resize_file(bench.source.file("endless"), 64 * gibibyte);
+    measureCancel(figures, bench, "up", bench.here(bench.source), bench.on(bench.near, bench.target));
+    measureCancel(figures, bench, "down", bench.on(bench.near, bench.source), bench.here(bench.target));
+    measureCancel(figures, bench, "from host to host", bench.on(bench.near, bench.source),
+                  bench.on(bench.other, bench.target));
+    bench.clear();
+}
+
+} // namespace
+} // namespace tw::bench
+
+int main()
+{
+    using namespace tw::bench;
+    Figures figures;
+    Bench bench;
+    measureHere(figures, bench);
+    measureStreams(figures, bench, "large", "1 GiB", largestOfAStream);
+    measureStreams(figures, bench, "many", "10,000 files of 4 KiB", largestOfManyFiles);
+    measureMemory(figures, bench);
+    measurePump(figures, bench);
+    measureCancels(figures, bench);
+    bench.line.setRoundTrip(farAway);
+    measureStreams(figures, bench, "many", "10,000 files of 4 KiB, 50 ms away,", largestOfManyFiles);
+    measureOnHost(figures, bench);
+    return figures.exitCode();
+}
