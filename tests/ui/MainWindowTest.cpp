@@ -30,11 +30,14 @@ protected:
     }
 };
 
-TEST_F(MainWindowTest, isTitledAndAsLargeAsTheScreenLets)
+TEST_F(MainWindowTest, isTitledAndAsLargeAsTheScreenLetsWithAFrameAround)
 {
     open();
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Tarnwick"));
-    EXPECT_EQ(window->size(), QSize(1180, 720).boundedTo(window->screen()->availableGeometry().size()));
+    auto const free = window->screen()->availableGeometry();
+    EXPECT_EQ(window->size(), QSize(1180, 720).boundedTo(free.size() - QSize(16, 48)));
+    // With the most that a window manager puts above, below and beside it.
+    EXPECT_TRUE(free.contains(QRect(window->pos(), window->size() + QSize(16, 48))));
 }
 
 TEST_F(MainWindowTest, itsKeysAskForWhatIsTheProgramsToDo)

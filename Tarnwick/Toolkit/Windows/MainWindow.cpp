@@ -30,6 +30,9 @@ namespace {
 
 constexpr QSize usualSize(1180, 720);
 
+/// What a window manager puts around a window, at most. It is not known before the window is shown.
+constexpr QSize roomForFrame(16, 48);
+
 /// In the menu of the back button.
 constexpr std::size_t mostVisitsInMenu = 15;
 
@@ -131,8 +134,8 @@ void MainWindow::place()
     if (restoreGeometry(QByteArray::fromBase64(stored)))
         return;
     auto const free = screen()->availableGeometry();
-    resize(usualSize.boundedTo(free.size()));
-    move(free.center() - rect().center());
+    resize(usualSize.boundedTo(free.size() - roomForFrame));
+    move(free.center() - QRect({}, size() + roomForFrame).center());
 }
 
 void MainWindow::placeDivider()
