@@ -24,6 +24,28 @@ EntryKind entryKind(std::uint8_t byte) noexcept
     return entryKindFromRaw(byte).value_or(EntryKind::unknown);
 }
 
+EntryKind entryKindOfMode(std::uint32_t mode) noexcept
+{
+    switch (mode & 0170000U) {
+    case 0100000U:
+        return EntryKind::file;
+    case 0040000U:
+        return EntryKind::directory;
+    case 0120000U:
+        return EntryKind::symlink;
+    case 0060000U:
+        return EntryKind::blockDev;
+    case 0020000U:
+        return EntryKind::charDev;
+    case 0010000U:
+        return EntryKind::fifo;
+    case 0140000U:
+        return EntryKind::socket;
+    default:
+        return EntryKind::unknown;
+    }
+}
+
 } // namespace tw
 
 std::size_t std::hash<tw::Entry>::operator()(tw::Entry const &entry) const noexcept

@@ -25,6 +25,9 @@ std::optional<EntryKind> entryKindFromRaw(std::uint8_t raw) noexcept;
 /// The kind of a type letter, or `unknown` for any other byte. For parsers, since a host may send anything.
 EntryKind entryKind(std::uint8_t byte) noexcept;
 
+/// The kind in the bits of a file's mode, which every POSIX system numbers in the same way.
+EntryKind entryKindOfMode(std::uint32_t mode) noexcept;
+
 /// One row of a listing: a flat record that points into the snapshot's shared name storage.
 ///
 /// Kept free of references so that a listing of 100,000 files is one block of memory.

@@ -10,6 +10,13 @@ FileOperationError::Failed::Failed(std::string attempted, std::string target, st
 {
 }
 
+FileOperationError::NoTrash::NoTrash(std::string target, std::string reason)
+    : FileOperationError("move to Trash failed on " + target + ": " + reason),
+      path(std::move(target)),
+      detail(std::move(reason))
+{
+}
+
 FileOperationError::Unsupported::Unsupported(std::string wanted)
     : FileOperationError("not supported: " + wanted), detail(std::move(wanted))
 {

@@ -9,6 +9,7 @@ namespace tw {
 class FileOperationError : public std::exception {
 public:
     class Failed;
+    class NoTrash;
     class Unsupported;
     class Cancelled;
 
@@ -27,6 +28,15 @@ public:
 
     std::string const operation;
     std::string const path;
+    std::string const detail;
+};
+
+/// The place of `path` has no Trash, or a file is too far from it. Deleting for good may still work.
+class FileOperationError::NoTrash final : public FileOperationError {
+public:
+    NoTrash(std::string path, std::string detail);
+
+    std::string const path; ///< the first that could not be moved; those before it are in the Trash
     std::string const detail;
 };
 

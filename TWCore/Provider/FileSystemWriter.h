@@ -29,8 +29,9 @@ public:
         std::string to;
     };
 
-    /// Moves within this provider, in order and in as few requests as possible. Stops at the first failure and throws
-    /// it; earlier moves stay done. An existing target is an error, as with `rename`.
+    /// Moves within this provider, in order and in as few requests as possible. Throws the first failure; earlier moves
+    /// stay done, and on a host some of the next ones may be done too. An existing target is an error, as with
+    /// `rename`.
     virtual Task<void> moveAll(std::vector<Move> moves);
 
     /// Deletes each of the paths, and nothing can bring them back.

@@ -13,28 +13,6 @@ namespace tw {
 
 namespace {
 
-EntryKind kindOfMode(mode_t mode)
-{
-    switch (mode & S_IFMT) {
-    case S_IFDIR:
-        return EntryKind::directory;
-    case S_IFLNK:
-        return EntryKind::symlink;
-    case S_IFREG:
-        return EntryKind::file;
-    case S_IFIFO:
-        return EntryKind::fifo;
-    case S_IFSOCK:
-        return EntryKind::socket;
-    case S_IFBLK:
-        return EntryKind::blockDev;
-    case S_IFCHR:
-        return EntryKind::charDev;
-    default:
-        return EntryKind::unknown;
-    }
-}
-
 /// All but the name.
 void takeAttributes(Entry &entry, Entry const &from)
 {
@@ -52,7 +30,7 @@ bool setLocalAttributes(Entry &entry, int directory, std::string const &name)
     struct stat status;
     if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return false;
-    entry.kind = kindOfMode(status.st_mode);
+    entry.kind = entryKindOfMode(status.st_mode);
     entry.size = status.st_size;
     entry.mtime = status.st_mtim.tv_sec;
     entry.mode = static_cast<std::uint16_t>(status.st_mode & permissionBits);

@@ -31,6 +31,22 @@ public:
 
     Task<void> rename(std::string from, std::string to) override { return note(this, "rename " + from + " " + to); }
 
+    Task<void> moveAll(std::vector<Move> moves) override
+    {
+        std::string what = "moveAll";
+        for (auto const &move : moves)
+            what += " " + move.from + " " + move.to;
+        return note(this, what);
+    }
+
+    Task<void> removePermanently(std::vector<std::string> paths) override
+    {
+        std::string what = "removePermanently";
+        for (auto const &path : paths)
+            what += " " + path;
+        return note(this, what);
+    }
+
     bool isReversible = true;
 
     /// Those asked for so far, ended or not.

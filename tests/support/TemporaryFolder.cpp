@@ -3,15 +3,20 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
+
+#include <sys/stat.h>
 
 namespace tw::test {
 
 namespace fs = std::filesystem;
 
-TemporaryFolder::TemporaryFolder()
+TemporaryFolder::TemporaryFolder() : TemporaryFolder(fs::temp_directory_path().string()) {}
+
+TemporaryFolder::TemporaryFolder(std::string const &base)
 {
-    root = (fs::temp_directory_path() / "tarnwick-test-XXXXXX").string();
+    root = (fs::path(base) / "tarnwick-test-XXXXXX").string();
     if (!mkdtemp(root.data()))
         throw std::runtime_error("no temporary folder could be made");
 }
@@ -49,6 +54,20 @@ std::string TemporaryFolder::link(std::string_view name, std::string const &targ
     auto made = path(name);
     fs::create_symlink(target, made);
     return made;
+}
+
+std::string anotherFileSystem(std::string const &path)
+{
+    auto const deviceOf = [](std::string const &where) -> std::optional<dev_t> {
+        struct stat status;
+        return ::stat(where.c_str(), &status) == 0 ? std::optional(status.st_dev) : std::nullopt;
+    };
+    for (auto const *const other : {"/dev/shm", "/tmp", "/var/tmp"}) {
+        auto const device = deviceOf(other);
+        if (device && device != deviceOf(path))
+            return other;
+    }
+    throw std::runtime_error("there is no second file system for " + path);
 }
 
 std::string contentOf(std::string const &path)

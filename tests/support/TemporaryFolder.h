@@ -10,6 +10,10 @@ namespace tw::test {
 class TemporaryFolder {
 public:
     TemporaryFolder();
+
+    /// In the folder `base`.
+    explicit TemporaryFolder(std::string const &base);
+
     ~TemporaryFolder();
 
     TemporaryFolder(TemporaryFolder const &) = delete;
@@ -28,6 +32,9 @@ public:
 private:
     std::string root;
 };
+
+/// A folder for temporary files that does not lie on the file system of `path`. Throws if this machine has none.
+std::string anotherFileSystem(std::string const &path);
 
 /// The whole content of a file.
 std::string contentOf(std::string const &path);

@@ -1,0 +1,179 @@
+#include "TWCore/Shell/MoveCommand.h"
+
+#include "TWCore/Model/LowerCased.h"
+#include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/FileCommands.h"
+
+#include <charconv>
+
+namespace tw::MoveCommand {
+
+namespace {
+
+using Move = FileSystemWriter::Move;
+
+/// The functions of a POSIX request. The first form of stat is that of GNU and busybox, the second that of BSD. A
+/// failure prints its words and, in a line of its own, how many moves were done before it.
+constexpr std::string_view functions = R"sh(tw_n=0
+tw_end() { printf '%s\n%s\n' "${1:-it was not moved}" "$tw_n"; exit 1; }
+tw_there() { [ -e "$1" ] || [ -L "$1" ]; }
+tw_id() { stat -c %d:%i -- "$@" 2>/dev/null || stat -f %d:%i -- "$@" 2>/dev/null; }
+tw_same() { [ "$1" = "$2" ] || [ "${1%%:*}" != "${2%%:*}" ] || tw_end 'another file has taken the name'; }
+tw_help=$(mv --help 2>&1)
+case $tw_help in *' -n'*) tw_keep=-n ;; *) tw_keep= ;; esac
+case $tw_help in *' -T'*) tw_plain=-T ;; *) tw_plain= ;; esac
+tw_into() {
+  local from=$1 to=$2 name words= said i=0
+  shift 2
+  local old=() new=() before after
+  for name do
+    tw_there "$from/$name" || { words='No such file or directory'; break; }
+    tw_there "$to/$name" && { words='File exists'; break; }
+    old+=("$from/$name")
+    new+=("$to/$name")
+  done
+  if [ ${#old[@]} -gt 0 ]; then
+    before=($(tw_id "${old[@]}"))
+    said=$(mv $tw_keep -- "${old[@]}" "$to/" 2>&1)
+    after=($(tw_id "${new[@]}"))
+    while [ $i -lt ${#old[@]} ]; do
+      if tw_there "${old[i]}" || ! tw_there "${new[i]}"; then tw_end "$said"; fi
+      tw_same "${before[i]}" "${after[i]}"
+      i=$((i + 1)) tw_n=$((tw_n + 1))
+    done
+  fi
+  [ -z "$words" ] || tw_end "$words"
+}
+tw_as() {
+  local before said
+  tw_there "$1" || tw_end 'No such file or directory'
+  tw_there "$2" && tw_end 'File exists'
+  before=$(tw_id "$1")
+  said=$(mv $tw_plain $tw_keep -- "$1" "$2" 2>&1)
+  if tw_there "$1" || ! tw_there "$2"; then tw_end "$said"; fi
+  tw_same "$before" "$(tw_id "$2")"
+  tw_n=$((tw_n + 1))
+}
+tw_recase() {
+  local said
+  if tw_there "$2" && { [ -L "$1" ] || [ -L "$2" ] || ! [ "$1" -ef "$2" ]; }; then tw_end 'File exists'; fi
+  said=$(mv -- "$1" "$2" 2>&1) || tw_end "$said"
+  tw_n=$((tw_n + 1))
+}
+)sh";
+
+struct Place {
+    std::string_view folder;
+    std::string_view name;
+};
+
+Place placeOf(std::string_view path)
+{
+    auto const slash = path.rfind('/');
+    if (slash == std::string_view::npos)
+        return {".", path};
+    return {path.substr(0, slash), path.substr(slash + 1)};
+}
+
+/// Whether the second move can be part of the program call of the first.
+bool goTogether(Move const &first, Move const &second)
+{
+    auto const from = placeOf(first.from);
+    auto const to = placeOf(first.to);
+    auto const otherFrom = placeOf(second.from);
+    auto const otherTo = placeOf(second.to);
+    return from.name == to.name && otherFrom.name == otherTo.name && from.folder == otherFrom.folder &&
+           to.folder == otherTo.folder && from.folder != to.folder;
+}
+
+std::size_t bytesOf(ShellDialect dialect, Move const &move)
+{
+    return quotePath(dialect, move.from).size() + quotePath(dialect, move.to).size() + 2;
+}
+
+std::string single(Move const &move)
+{
+    auto const onlyCase = lowerCased(move.from) == lowerCased(move.to);
+    return (onlyCase ? "tw_recase " : "tw_as ") + quotePath(ShellDialect::posix, move.from) + ' ' +
+           quotePath(ShellDialect::posix, move.to) + '\n';
+}
+
+/// The line for the first of `moves`, and as many of the next ones as go with it.
+std::pair<std::string, std::size_t> line(Moves moves)
+{
+    auto const &first = moves.front();
+    if (!goTogether(first, first))
+        return {single(first), 1};
+    auto const dialect = ShellDialect::posix;
+    auto text = "tw_into " + quotePath(dialect, placeOf(first.from).folder) + ' ' +
+                quotePath(dialect, placeOf(first.to).folder);
+    std::size_t bytes = 0;
+    std::size_t count = 0;
+    for (auto const &move : moves) {
+        bytes += bytesOf(dialect, move);
+        if (count > 0 && (bytes > FileCommands::maxPathBytes || !goTogether(first, move)))
+            break;
+        text += ' ' + quotePath(dialect, placeOf(move.from).name);
+        ++count;
+    }
+    return {text + '\n', count};
+}
+
+std::string powerShellMove(Move const &move)
+{
+    auto const dialect = ShellDialect::powershell;
+    auto const target = quotePath(dialect, move.to);
+    // Windows takes both cases for one.
+    auto const refusal = lowerCased(move.from) == lowerCased(move.to)
+                             ? ""
+                             : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
+    return refusal + "Move-Item -LiteralPath " + quotePath(dialect, move.from) + " -Destination " + target +
+           " -Force -ErrorAction Stop";
+}
+
+} // namespace
+
+Moves fittingFront(ShellDialect dialect, Moves moves)
+{
+    std::size_t bytes = 0;
+    std::size_t count = 0;
+    while (count < moves.size()) {
+        bytes += bytesOf(dialect, moves[count]);
+        if (count > 0 && bytes > FileCommands::maxRequestBytes)
+            break;
+        ++count;
+    }
+    return moves.first(count);
+}
+
+std::string text(ShellDialect dialect, Moves moves)
+{
+    if (dialect == ShellDialect::powershell) {
+        std::string request = "$tw=0; try {\n";
+        for (auto const &move : moves)
+            request += powerShellMove(move) + "; $tw++\n";
+        return request + "} catch { throw ($_.Exception.Message + \"`n$tw\") }";
+    }
+    std::string request(functions);
+    while (!moves.empty()) {
+        auto const [words, count] = line(moves);
+        request += words;
+        moves = moves.subspan(count);
+    }
+    return request;
+}
+
+Failure failure(std::string_view output, std::size_t count)
+{
+    auto const said = trimmed(output);
+    auto const lineEnd = said.rfind('\n');
+    auto const last = lineEnd == std::string_view::npos ? said : said.substr(lineEnd + 1);
+    auto const *const end = last.data() + last.size();
+    std::size_t index = 0;
+    auto const parsed = std::from_chars(last.data(), end, index);
+    if (parsed.ec != std::errc() || parsed.ptr != end || index >= count)
+        return {0, std::string(said)};
+    return {index, std::string(trimmed(said.substr(0, said.size() - last.size())))};
+}
+
+} // namespace tw::MoveCommand

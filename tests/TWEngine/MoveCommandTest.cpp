@@ -1,0 +1,210 @@
+#include "TWCore/Shell/MoveCommand.h"
+
+#include "tests/support/DiskRows.h"
+#include "tests/support/HostShell.h"
+
+#include <gmock/gmock.h>
+
+namespace tw::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using enum ShellDialect;
+using Move = FileSystemWriter::Move;
+
+class MoveCommandTest : public HostShellTest {
+protected:
+    MoveCommandTest()
+    {
+        folder.folder("from");
+        folder.folder("to");
+    }
+
+    Move move(std::string const &name) const { return {folder.path("from/" + name), folder.path("to/" + name)}; }
+
+    /// Nothing if the request succeeds.
+    std::optional<MoveCommand::Failure> perform(std::vector<Move> const &moves)
+    {
+        auto const answer = run(MoveCommand::text(posix, moves));
+        if (answer.status == 0)
+            return std::nullopt;
+        return MoveCommand::failure(answer.output, moves.size());
+    }
+
+    std::vector<std::string> left() const { return namesOnDisk(folder.path("from")); }
+
+    std::vector<std::string> arrived() const { return namesOnDisk(folder.path("to")); }
+
+    void expectHostileNamesToMove()
+    {
+        auto const hostile = hostileNames();
+        std::set<std::string> unique(hostile.begin(), hostile.end());
+        unique.insert({"-n", "--", "a\n", "a\n\n", std::string(255, '\'')});
+        std::vector<std::string> const names(unique.begin(), unique.end());
+        std::vector<Move> moves;
+        for (auto const &name : names) {
+            folder.file("from/" + name, name);
+            moves.push_back(move(name));
+        }
+        EXPECT_FALSE(perform(moves));
+        EXPECT_THAT(left(), IsEmpty());
+        for (auto const &name : names)
+            EXPECT_EQ(contentOf(folder.path("to/" + name)), name);
+        // And back, each with another name.
+        std::vector<Move> back;
+        for (std::size_t index = 0; index < names.size(); ++index)
+            back.push_back({folder.path("to/" + names[index]), folder.path("from/" + std::to_string(index))});
+        EXPECT_FALSE(perform(back));
+        EXPECT_THAT(arrived(), IsEmpty());
+        EXPECT_THAT(left(), SizeIs(names.size()));
+    }
+};
+
+TEST_F(MoveCommandTest, namesOfAllBytesMove)
+{
+    expectHostileNamesToMove();
+}
+
+TEST_F(MoveCommandTest, namesOfAllBytesMoveWithBusybox)
+{
+    useBusybox();
+    expectHostileNamesToMove();
+}
+
+TEST_F(MoveCommandTest, namesOfAllBytesMoveWithTheToolsOfBSD)
+{
+    useStatOfBSD();
+    replaceTool("mv", R"sh(
+[ "$1" != --help ] || { echo "usage: mv [-f | -i | -n] [-hv] source target" >&2; exit 64; }
+exec /bin/mv "$@"
+)sh");
+    expectHostileNamesToMove();
+}
+
+TEST_F(MoveCommandTest, aTakenNameStopsAndBothStay)
+{
+    for (std::string const name : {"a", "b", "c"})
+        folder.file("from/" + name, name);
+    folder.folder("to/b");
+    auto const failure = perform({move("a"), move("b"), move("c")});
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->index, 1U);
+    EXPECT_EQ(failure->words, "File exists");
+    EXPECT_THAT(left(), ElementsAre("b", "c"));
+    EXPECT_THAT(arrived(), ElementsAre("a", "b"));
+    EXPECT_THAT(namesOnDisk(folder.path("to/b")), IsEmpty());
+}
+
+TEST_F(MoveCommandTest, aMissingNameStops)
+{
+    folder.file("from/a");
+    folder.file("from/c");
+    auto const failure = perform({move("a"), move("b"), move("c")});
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->index, 1U);
+    EXPECT_EQ(failure->words, "No such file or directory");
+    EXPECT_THAT(arrived(), ElementsAre("a"));
+}
+
+TEST_F(MoveCommandTest, theFailureIsThatOfTheRequestAndNotOfItsGroup)
+{
+    auto const first = folder.file("first");
+    folder.file("from/a");
+    auto const failure = perform({{first, folder.path("renamed")}, move("a"), move("b")});
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->index, 2U);
+    EXPECT_TRUE(std::filesystem::exists(folder.path("renamed")));
+}
+
+TEST_F(MoveCommandTest, aProgramThatSkipsAFileAndReportsSuccessIsNotBelieved)
+{
+    replaceTool("mv", "exit 0");
+    folder.file("from/a");
+    for (auto const &target : {folder.path("to/a"), folder.path("to/b")}) {
+        auto const failure = perform({{folder.path("from/a"), target}});
+        ASSERT_TRUE(failure);
+        EXPECT_EQ(failure->words, "it was not moved");
+    }
+}
+
+TEST_F(MoveCommandTest, aFolderThatAppearsUnderTheTargetsNameIsNoSuccess)
+{
+    replaceTool("mv", R"sh(
+[ "$1" != --help ] || exit 0
+for target; do :; done
+mkdir -p "$target/a"
+exec /bin/mv "$@"
+)sh");
+    folder.file("from/a");
+    for (auto const &target : {folder.path("to/a"), folder.path("to/b")})
+        EXPECT_TRUE(perform({{folder.path("from/a"), target}})) << target;
+}
+
+TEST_F(MoveCommandTest, anotherFileUnderTheNewNameIsNoSuccess)
+{
+    replaceTool("mv", "for target; do :; done; rm \"$4\"; echo x > \"$target/a\"");
+    folder.file("from/a");
+    auto const failure = perform({move("a")});
+    ASSERT_TRUE(failure);
+}
+
+TEST_F(MoveCommandTest, whatTheHostSaysIsPassedOn)
+{
+    replaceTool("mv", "echo 'mv: Permission denied' >&2; exit 1");
+    folder.file("from/a");
+    EXPECT_EQ(perform({move("a")})->words, "mv: Permission denied");
+}
+
+TEST_F(MoveCommandTest, aFileThatGoesToAnotherDiskHasMoved)
+{
+    TemporaryFolder const other(anotherFileSystem(folder.path()));
+    folder.file("from/a", "content");
+    EXPECT_FALSE(perform({{folder.path("from/a"), other.path("a")}}));
+    EXPECT_EQ(contentOf(other.path("a")), "content");
+    EXPECT_THAT(left(), IsEmpty());
+}
+
+TEST_F(MoveCommandTest, tenThousandNamesAreAFewRequests)
+{
+    std::vector<Move> moves;
+    for (int index = 0; index < 10'000; ++index)
+        moves.push_back({"/srv/data/from/a name of some length " + std::to_string(index),
+                         "/srv/data/to/a name of some length " + std::to_string(index)});
+    EXPECT_THAT(MoveCommand::fittingFront(posix, moves), SizeIs(moves.size()));
+}
+
+TEST(MoveCommandTextTest, aRequestTakesAsManyMovesAsFit)
+{
+    std::string const deep = "/" + std::string(900'000, 'x');
+    std::vector<Move> const moves(3, Move{deep, deep});
+    EXPECT_THAT(MoveCommand::fittingFront(posix, moves), SizeIs(1));
+    std::vector<Move> const tooLong(2, Move{deep + deep, deep + deep});
+    EXPECT_THAT(MoveCommand::fittingFront(posix, tooLong), SizeIs(1));
+    EXPECT_THAT(MoveCommand::fittingFront(posix, {}), IsEmpty());
+}
+
+TEST(MoveCommandTextTest, onAWindowsHostEachMoveRefusesATargetThatExists)
+{
+    std::vector<Move> const moves{{"/C:/it's", "/D:/b"}, {"/C:/a", "/C:/A"}};
+    EXPECT_EQ(MoveCommand::text(powershell, moves),
+              "$tw=0; try {\n"
+              "if(Test-Path -LiteralPath 'D:/b'){ throw 'File exists' }; "
+              "Move-Item -LiteralPath 'C:/it''s' -Destination 'D:/b' -Force -ErrorAction Stop; $tw++\n"
+              "Move-Item -LiteralPath 'C:/a' -Destination 'C:/A' -Force -ErrorAction Stop; $tw++\n"
+              "} catch { throw ($_.Exception.Message + \"`n$tw\") }");
+}
+
+TEST(MoveCommandTextTest, theFailureIsReadFromTheLastLine)
+{
+    auto const failure = MoveCommand::failure("mv: no\nmv: never\n7\n", 10);
+    EXPECT_EQ(failure.index, 7U);
+    EXPECT_EQ(failure.words, "mv: no\nmv: never");
+    for (auto const *output : {"mv: no\n", "12\n", "-1\n", ""})
+        EXPECT_EQ(MoveCommand::failure(output, 10).index, 0U) << output;
+}
+
+} // namespace
+} // namespace tw::test
