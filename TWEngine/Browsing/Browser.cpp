@@ -4,6 +4,8 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/ListingParser.h"
 
+#include <set>
+
 namespace tw {
 
 Browser::Browser(std::shared_ptr<FileSystemProvider> source, Collaborators collaborators, Config settings)
@@ -238,17 +240,92 @@ Task<void> Browser::rename(std::string from, std::string to)
                               [from, to](FileSystemWriter &writer) { return writer.rename(from, to); }, {from, to}));
 }
 
+Task<void> Browser::removePermanently(std::vector<std::string> paths)
+{
+    for (auto &path : paths)
+        path = ListingParser::normalize(path);
+    return onStrand(strand, writeHere(
+                                shared_from_this(),
+                                [paths](FileSystemWriter &writer) { return writer.removePermanently(paths); }, paths));
+}
+
+Task<void> Browser::moveAll(std::vector<FileSystemWriter::Move> moves)
+{
+    std::vector<std::string> touched;
+    for (auto &move : moves) {
+        move = {ListingParser::normalize(move.from), ListingParser::normalize(move.to)};
+        touched.push_back(move.from);
+        touched.push_back(move.to);
+    }
+    return onStrand(strand, writeHere(
+                                shared_from_this(), [moves](FileSystemWriter &writer) { return writer.moveAll(moves); },
+                                std::move(touched)));
+}
+
+Task<void> Browser::wroteInto(std::string folder, std::vector<std::string> names)
+{
+    auto const place = ListingParser::normalize(folder);
+    for (auto &name : names)
+        name = (place == "/" ? place : place + '/') + name;
+    return onOwnStrand([self = shared_from_this(), paths = std::move(names)] { self->forgetWritten(paths); });
+}
+
+template <class T>
+Task<T> Browser::asking(std::shared_ptr<Browser> self, std::function<Task<T>(FileSystemWriter &)> question)
+{
+    auto const writer = self->requireWriter();
+    co_return co_await question(*writer);
+}
+
+Task<FolderFacts> Browser::factsAbout(std::string folder, std::vector<std::string> names)
+{
+    return asking<FolderFacts>(shared_from_this(),
+                               [folder = ListingParser::normalize(folder), names](FileSystemWriter &writer) {
+                                   return writer.factsAbout(folder, names);
+                               });
+}
+
+Task<Survey> Browser::survey(std::string folder, std::vector<std::string> names)
+{
+    return asking<Survey>(shared_from_this(), [folder = ListingParser::normalize(folder), names](
+                                                  FileSystemWriter &writer) { return writer.survey(folder, names); });
+}
+
+Task<void> Browser::sync(std::string folder)
+{
+    return asking<void>(shared_from_this(), [folder = ListingParser::normalize(folder)](FileSystemWriter &writer) {
+        return writer.sync(folder);
+    });
+}
+
+std::shared_ptr<FileSystemWriter> Browser::requireWriter() const
+{
+    auto found = writer();
+    if (!found)
+        throw FileOperationError::Unsupported("that destination is read-only");
+    return found;
+}
+
 Task<void> Browser::writeHere(std::shared_ptr<Browser> self, Write write, std::vector<std::string> touched)
 {
-    auto const writer = self->writer();
-    if (!writer)
-        throw FileOperationError::Unsupported("that destination is read-only");
+    auto const writer = self->requireWriter();
     auto outcome = co_await outcomeOf(write(*writer));
-    for (auto const &path : touched) {
-        self->forget(path, ForgottenPaths::Reach::tree);
-        self->forget(parentOf(path), ForgottenPaths::Reach::path);
-    }
+    self->forgetWritten(touched);
     outcome.take();
+}
+
+void Browser::forgetWritten(std::vector<std::string> const &touched)
+{
+    using Reach = ForgottenPaths::Reach;
+    std::set<std::string> parents;
+    for (auto const &path : touched)
+        parents.insert(parentOf(path));
+    if (touched.size() <= mostForgottenOneByOne) {
+        for (auto const &path : touched)
+            forget(path, Reach::tree);
+    }
+    for (auto const &parent : parents)
+        forget(parent, touched.size() <= mostForgottenOneByOne ? Reach::path : Reach::tree);
 }
 
 Task<void> Browser::invalidateAll()

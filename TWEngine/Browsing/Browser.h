@@ -122,6 +122,9 @@ public:
     /// Empties the memory. Running fetches and the store stay as they are.
     Task<void> invalidateAll();
 
+    /// The most paths that a write forgets one by one; beyond, all below their folders is forgotten.
+    static constexpr std::size_t mostForgottenOneByOne = 256;
+
     /// Creates one directory, and forgets what was known of it and of its parent.
     ///
     /// This and the other writes go through the provider's FileSystemWriter. Afterwards, also after a failure, since
@@ -133,8 +136,20 @@ public:
     /// Deletes each of the paths.
     Task<void> remove(std::vector<std::string> paths);
 
+    /// Deletes each of the paths, and nothing can bring them back.
+    Task<void> removePermanently(std::vector<std::string> paths);
+
     /// Renames, or moves within the provider.
     Task<void> rename(std::string from, std::string to);
+    Task<void> moveAll(std::vector<FileSystemWriter::Move> moves);
+
+    /// Forgets as after a write what something else has written, or deleted, under `names` in `folder`: a transfer.
+    Task<void> wroteInto(std::string folder, std::vector<std::string> names);
+
+    /// See FileSystemWriter; these change nothing. Throw as the writes do.
+    Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names);
+    Task<Survey> survey(std::string folder, std::vector<std::string> names);
+    Task<void> sync(std::string folder);
 
     /// Every listing that a later fetch finds to differ from the one it replaces, from now on until either side ends.
     Task<UpdateStream<DirectorySnapshot>> updates();
@@ -168,6 +183,12 @@ private:
     static Task<std::optional<DirectorySnapshot>> rememberedHere(std::shared_ptr<Browser> self, std::string path);
     static Task<void> shutdownHere(std::shared_ptr<Browser> self);
     void forget(std::string const &path, ForgottenPaths::Reach reach);
+
+    void forgetWritten(std::vector<std::string> const &touched);
+    std::shared_ptr<FileSystemWriter> requireWriter() const;
+
+    template <class T>
+    static Task<T> asking(std::shared_ptr<Browser> self, std::function<Task<T>(FileSystemWriter &)> question);
 
     using Write = std::function<Task<void>(FileSystemWriter &)>;
     static Task<void> writeHere(std::shared_ptr<Browser> self, Write write, std::vector<std::string> touched);

@@ -1,10 +1,15 @@
 #include "TWEngine/Browsing/LocalProvider.h"
 
+#include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Async/WhenAll.h"
 #include "TWCore/Model/ListingParser.h"
+#include "TWEngine/Browsing/LocalFacts.h"
 #include "TWEngine/Browsing/LocalFiles.h"
 #include "TWEngine/Browsing/LocalListing.h"
+#include "TWEngine/Browsing/LocalMove.h"
+#include "TWEngine/Browsing/LocalRemoval.h"
+#include "TWEngine/Browsing/LocalSurvey.h"
 #include "TWEngine/Browsing/LocalWrites.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/TimeOut.h"
@@ -120,9 +125,75 @@ Task<void> moveToTrash(FileLanes *lanes, std::vector<std::string> paths)
                             [path](std::string const & /*place*/) { LocalWrites::moveToTrash(path); });
 }
 
+Task<void> removeAllForGood(FileLanes *lanes, std::vector<std::string> paths)
+{
+    auto const context = co_await currentContext();
+    for (auto const &path : paths)
+        co_await lanes->run(path, LastLink::keep, WorkPriority::interactive,
+                            [path, stop = context.stop](std::string const & /*place*/) { removeForGood(path, stop); });
+}
+
+using Moves = std::shared_ptr<std::vector<FileSystemWriter::Move> const>;
+
+std::string folderOf(std::string const &path)
+{
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+/// Behind the last of the moves from `first` on that go from the same folder to the same folder.
+std::size_t endOfRun(Moves const &moves, std::size_t first)
+{
+    auto end = first;
+    while (end < moves->size() && folderOf((*moves)[end].from) == folderOf((*moves)[first].from) &&
+           folderOf((*moves)[end].to) == folderOf((*moves)[first].to))
+        ++end;
+    return end;
+}
+
+/// The moves from `first` up to `end` as one piece of work. Returns the first that leads to another file system, or
+/// `end`.
+Task<std::size_t> moveInOneLane(FileLanes *lanes, Moves moves, std::size_t first, std::size_t end)
+{
+    auto const context = co_await currentContext();
+    auto const &[from, to] = (*moves)[first];
+    auto const done = co_await lanes->runBetween(
+        from, to, LastLink::keep, WorkPriority::interactive, [moves, first, end, stop = context.stop] {
+            for (auto index = first; index < end; ++index) {
+                if (stop.stop_requested())
+                    throw Cancelled();
+                auto const &move = (*moves)[index];
+                if (LocalWrites::rename(move.from, move.to) == LocalWrites::Renamed::isOnAnotherFileSystem)
+                    return index;
+            }
+            return end;
+        });
+    co_return done;
+}
+
+Task<void> moveAllInLanes(EngineRuntime *engine, Moves moves)
+{
+    for (std::size_t first = 0; first < moves->size();) {
+        auto const end = endOfRun(moves, first);
+        auto const done = co_await moveInOneLane(&engine->files(), moves, first, end);
+        if (done < end)
+            co_await moveToOtherFileSystem(*engine, (*moves)[done]);
+        first = done < end ? done + 1 : end;
+    }
+}
+
+Task<Survey> surveyInLane(FileLanes *lanes, std::string folder, std::vector<std::string> names)
+{
+    auto const context = co_await currentContext();
+    auto survey = co_await lanes->run(folder, LastLink::follow, WorkPriority::interactive,
+                                      [folder, names, stop = context.stop](std::string const & /*place*/) {
+                                          return localSurvey(folder, names, stop);
+                                      });
+    co_return survey;
+}
+
 } // namespace
 
-LocalProvider::LocalProvider(EngineRuntime &engine) : lanes(engine.files()), clock(engine.clock()) {}
+LocalProvider::LocalProvider(EngineRuntime &runtime) : engine(runtime), lanes(engine.files()), clock(engine.clock()) {}
 
 Task<Listings> LocalProvider::fetch(std::string path, int /*depth*/, FetchPriority priority)
 {
@@ -169,8 +240,35 @@ Task<void> LocalProvider::remove(std::vector<std::string> paths)
 
 Task<void> LocalProvider::rename(std::string from, std::string to)
 {
-    return lanes.runBetween(from, to, LastLink::keep, WorkPriority::interactive,
-                            [from, to] { LocalWrites::rename(from, to); });
+    return moveAll({Move{std::move(from), std::move(to)}});
+}
+
+Task<void> LocalProvider::moveAll(std::vector<Move> moves)
+{
+    return moveAllInLanes(&engine, std::make_shared<std::vector<Move> const>(std::move(moves)));
+}
+
+Task<void> LocalProvider::removePermanently(std::vector<std::string> paths)
+{
+    return removeAllForGood(&lanes, std::move(paths));
+}
+
+Task<FolderFacts> LocalProvider::factsAbout(std::string folder, std::vector<std::string> names)
+{
+    return lanes.run(
+        folder, LastLink::follow, WorkPriority::interactive,
+        [folder, names = std::move(names)](std::string const & /*place*/) { return localFactsAbout(folder, names); });
+}
+
+Task<Survey> LocalProvider::survey(std::string folder, std::vector<std::string> names)
+{
+    return surveyInLane(&lanes, std::move(folder), std::move(names));
+}
+
+Task<void> LocalProvider::sync(std::string folder)
+{
+    return lanes.run(folder, LastLink::follow, WorkPriority::interactive,
+                     [folder](std::string const & /*place*/) { LocalWrites::sync(folder); });
 }
 
 } // namespace tw

@@ -20,7 +20,7 @@ class EngineRuntime;
 /// from the other writes.
 class LocalProvider final : public FileSystemReader, public FileSystemWriter {
 public:
-    explicit LocalProvider(EngineRuntime &engine);
+    explicit LocalProvider(EngineRuntime &runtime);
 
     std::string identifier() const override { return "local"; }
 
@@ -46,13 +46,23 @@ public:
     /// Makes missing folders above it too. An existing folder is a success.
     Task<void> makeDirectory(std::string path) override;
 
-    /// In order, up to the first failure: earlier paths stay in the Trash.
+    /// In order, up to the first failure: earlier paths stay in the Trash. Throws FileOperationError::NoTrash where a
+    /// path has none.
     Task<void> remove(std::vector<std::string> paths) override;
 
-    /// An existing target is an error. Fails between two file systems.
+    /// Between two file systems this copies, and deletes the original last; see moveToOtherFileSystem.
     Task<void> rename(std::string from, std::string to) override;
+    Task<void> moveAll(std::vector<Move> moves) override;
+
+    /// In order, up to the first failure.
+    Task<void> removePermanently(std::vector<std::string> paths) override;
+
+    Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
+    Task<Survey> survey(std::string folder, std::vector<std::string> names) override;
+    Task<void> sync(std::string folder) override;
 
 private:
+    EngineRuntime &engine;
     FileLanes &lanes;
     std::shared_ptr<Clock> const clock;
 };

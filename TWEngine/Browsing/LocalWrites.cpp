@@ -2,6 +2,7 @@
 
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Runtime/FileDescriptor.h"
 
 #include <gio/gio.h>
 
@@ -11,6 +12,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tw::LocalWrites {
 
@@ -19,6 +21,7 @@ namespace {
 constexpr auto makingFolder = "create folder";
 constexpr auto trashing = "move to Trash";
 constexpr auto renaming = "rename";
+constexpr auto writing = "writing";
 
 struct Unreference {
     void operator()(gpointer object) const { g_object_unref(object); }
@@ -66,19 +69,25 @@ void moveToTrash(std::string const &path)
     if (g_file_trash(file.get(), nullptr, &failure))
         return;
     std::unique_ptr<GError, FreeError> const error(failure);
+    if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_NOT_SUPPORTED) != 0)
+        throw FileOperationError::NoTrash(path, error->message);
     throw FileOperationError::Failed(trashing, path, error->message);
 }
 
-void rename(std::string const &from, std::string const &to)
+Renamed rename(std::string const &from, std::string const &to)
 {
     requireNameable(renaming, from);
     if (to.contains('\0'))
         throw FileOperationError::Failed(renaming, from, systemText(ENOENT));
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
-        return;
-    if (!isUnknownFlag(errno))
-        throw FileOperationError::Failed(renaming, from, systemText(errno));
+        return Renamed::done;
+    auto const error = errno;
+    if (error == EXDEV)
+        return Renamed::isOnAnotherFileSystem;
+    if (!isUnknownFlag(error))
+        throw FileOperationError::Failed(renaming, from, systemText(error));
     renameAfterLooking(from, to);
+    return Renamed::done;
 }
 
 void renameAfterLooking(std::string const &from, std::string const &to)
@@ -88,6 +97,14 @@ void renameAfterLooking(std::string const &from, std::string const &to)
         throw FileOperationError::Failed(renaming, from, systemText(EEXIST));
     if (errno != ENOENT || ::rename(from.c_str(), to.c_str()) != 0)
         throw FileOperationError::Failed(renaming, from, systemText(errno));
+}
+
+void sync(std::string const &folder)
+{
+    requireNameable(writing, folder);
+    FileDescriptor const opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened || ::syncfs(opened.get()) != 0)
+        throw FileOperationError::Failed(writing, folder, systemText(errno));
 }
 
 } // namespace tw::LocalWrites

@@ -24,6 +24,24 @@ public:
 
     Task<void> rename(std::string from, std::string to) override { return note(this, "rename " + from + " " + to); }
 
+    Task<void> moveAll(std::vector<Move> moves) override
+    {
+        std::string text = "moveAll";
+        for (auto const &move : moves)
+            text += " " + move.from + " " + move.to;
+        return note(this, text);
+    }
+
+    Task<void> removePermanently(std::vector<std::string> paths) override
+    {
+        return note(this, "removePermanently " + paths.front());
+    }
+
+    Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override
+    {
+        co_return FolderFacts{.realPath = folder, .taken = {{.name = names.front()}}};
+    }
+
     std::vector<std::string> writes;
     std::shared_ptr<Completion<bool>> const end = std::make_shared<Completion<bool>>();
 
@@ -118,6 +136,56 @@ TEST_F(BrowserWritesTest, aRenamedFolderIsForgottenAtBothOfItsPlaces)
     renamed.value();
     EXPECT_THAT(remembered(paths), ElementsAre("/c"));
     EXPECT_THAT(stored(), ElementsAre("/c"));
+}
+
+TEST_F(BrowserWritesTest, movedFoldersAreForgottenAtAllTheirPlaces)
+{
+    std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep", "/b", "/b/x", "/c"};
+    know(paths);
+    auto const moved = begin(browser->moveAll({{"/a/x/", "/b/x"}}));
+    EXPECT_THAT(writer->writes, ElementsAre("moveAll /a/x /b/x"));
+    succeed();
+    moved.value();
+    EXPECT_THAT(remembered(paths), ElementsAre("/c"));
+    EXPECT_THAT(stored(), ElementsAre("/c"));
+}
+
+TEST_F(BrowserWritesTest, whatIsDeletedForGoodIsForgotten)
+{
+    know({"/a", "/a/x", "/c"});
+    begin(browser->removePermanently({"/a/x"}));
+    EXPECT_THAT(writer->writes, ElementsAre("removePermanently /a/x"));
+    succeed();
+    EXPECT_THAT(remembered({"/a", "/a/x", "/c"}), ElementsAre("/c"));
+}
+
+TEST_F(BrowserWritesTest, whatATransferHasWrittenIsForgotten)
+{
+    std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep", "/a/y"};
+    know(paths);
+    get(browser->wroteInto("/a/", {"x"}));
+    EXPECT_THAT(remembered(paths), ElementsAre("/a/y"));
+    EXPECT_THAT(stored(), ElementsAre("/a/y"));
+}
+
+TEST_F(BrowserWritesTest, thousandsOfNamesAreForgottenWithAllBelowTheirFolder)
+{
+    know({"/a", "/a/other", "/c"});
+    std::vector<std::string> names;
+    for (int index = 0; index < 5000; ++index)
+        names.push_back(std::to_string(index));
+    get(browser->wroteInto("/a", names));
+    EXPECT_THAT(remembered({"/a", "/a/other", "/c"}), ElementsAre("/c"));
+    EXPECT_THAT(stored(), ElementsAre("/c"));
+}
+
+TEST_F(BrowserWritesTest, theFactsAboutAFolderAreThoseOfThePlaceItself)
+{
+    know({"/a"});
+    auto const facts = get(browser->factsAbout("/a/", {"x"}));
+    EXPECT_EQ(facts.realPath, "/a");
+    EXPECT_EQ(facts.taken.front().name, "x");
+    EXPECT_THAT(remembered({"/a"}), ElementsAre("/a"));
 }
 
 TEST_F(BrowserWritesTest, whatIsWrittenInTheRootIsForgottenThere)

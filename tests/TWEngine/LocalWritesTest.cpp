@@ -3,7 +3,9 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProvider.h"
+#include "TWEngine/Browsing/LocalSurvey.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "tests/support/SurveyTree.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestLoop.h"
 
@@ -13,6 +15,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tw::test {
@@ -173,6 +176,90 @@ TEST_F(LocalWritesTest, renamingThatFailsSaysWhy)
     auto const parent = folder.folder("parent");
     EXPECT_EQ(failureOf(provider.rename(parent, parent + "/child")),
               "rename failed on " + parent + ": Invalid argument");
+}
+
+TEST_F(LocalWritesTest, thousandsOfNamesMoveUntilOneIsTaken)
+{
+    folder.folder("from");
+    folder.folder("to");
+    std::vector<FileSystemWriter::Move> moves;
+    for (int index = 0; index < 2000; ++index) {
+        auto const name = std::to_string(index);
+        moves.push_back({folder.file("from/" + name), folder.path("to/" + name)});
+    }
+    auto const taken = folder.file("to/1500", "kept");
+    EXPECT_EQ(failureOf(provider.moveAll(moves)), "rename failed on " + folder.path("from/1500") + ": File exists");
+    EXPECT_TRUE(fs::exists(folder.path("to/1499")));
+    EXPECT_TRUE(fs::exists(folder.path("from/1501")));
+    EXPECT_EQ(contentOf(taken), "kept");
+}
+
+TEST_F(LocalWritesTest, aMoveToAnotherFileSystemIsACopyAndTheOriginalGoes)
+{
+    TemporaryFolder const other(anotherFileSystem(folder.path()));
+    fillTree(folder);
+    ASSERT_EQ(::mkfifo(folder.path("tree/pipe").c_str(), 0600), 0);
+    auto const before = localSurvey(folder.path(), {"tree", "-"}, {});
+    loop.run(
+        provider.moveAll({{folder.path("tree"), other.path("tree")}, {folder.path("-"), other.path("renamed\n")}}));
+    EXPECT_EQ(localSurvey(other.path(), {"tree"}, {}).parts.at("tree").shape, before.parts.at("tree").shape);
+    EXPECT_EQ(contentOf(other.path("renamed\n")), "12345");
+    EXPECT_FALSE(fs::exists(folder.path("tree")));
+    EXPECT_FALSE(fs::exists(folder.path("-")));
+    EXPECT_EQ(namesOnDisk(other.path()), (std::vector<std::string>{"renamed\n", "tree"})) << "nothing else is left";
+}
+
+TEST_F(LocalWritesTest, aMoveToAnotherFileSystemKeepsWhatIsThere)
+{
+    TemporaryFolder const other(anotherFileSystem(folder.path()));
+    auto const from = folder.file("file", "new");
+    auto const to = other.file("file", "kept");
+    EXPECT_EQ(failureOf(provider.rename(from, to)), "rename failed on " + from + ": File exists");
+    EXPECT_EQ(contentOf(from), "new");
+    EXPECT_EQ(contentOf(to), "kept");
+    EXPECT_EQ(namesOnDisk(other.path()), std::vector<std::string>{"file"});
+}
+
+TEST_F(LocalWritesTest, aCopyThatFailsLeavesTheOriginalAndNothingElse)
+{
+    auto const from = folder.file("file", "kept");
+    auto const failure = failureOf(provider.rename(from, "/dev/shm/none at all/file"));
+    EXPECT_EQ(contentOf(from), "kept");
+    EXPECT_NE(failure, "no failure");
+}
+
+TEST_F(LocalWritesTest, aMoveToAnotherFileSystemThatIsStoppedLeavesTheOriginal)
+{
+    TemporaryFolder const other(anotherFileSystem(folder.path()));
+    auto const from = folder.file("file", "kept");
+    auto const moving = loop.start(provider.rename(from, other.path("file")));
+    moving.stop();
+    loop.runUntil([&] { return moving.isDone(); });
+    EXPECT_THROW(moving.value(), Cancelled);
+    EXPECT_EQ(contentOf(from), "kept");
+    EXPECT_TRUE(fs::is_empty(other.path()));
+}
+
+TEST_F(LocalWritesTest, aPlaceWithoutATrashSaysSoAndKeepsTheFile)
+{
+    // The kernel's own files belong to nobody's Trash.
+    try {
+        loop.run(provider.remove({"/proc/self/status"}));
+        FAIL() << "a file of the kernel went to the Trash";
+    } catch (FileOperationError::NoTrash const &failure) {
+        EXPECT_EQ(failure.path, "/proc/self/status");
+        EXPECT_EQ(std::string(failure.what()), "move to Trash failed on /proc/self/status: " + failure.detail);
+    }
+}
+
+TEST_F(LocalWritesTest, whatIsDeletedForGoodIsNotInTheTrash)
+{
+    auto const file = folder.file("deleted for good", "content");
+    auto const full = folder.folder("full");
+    folder.file("full/inner", "deep");
+    loop.run(provider.removePermanently({file, full}));
+    EXPECT_TRUE(fs::is_empty(folder.path()));
+    EXPECT_EQ(trash->contentOf("deleted for good"), "");
 }
 
 TEST_F(LocalWritesTest, aPathWithANulChangesNoOtherFile)

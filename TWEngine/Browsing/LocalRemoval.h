@@ -1,0 +1,15 @@
+#pragma once
+
+#include <stop_token>
+#include <string>
+
+namespace tw {
+
+/// Deletes a path of this machine for good, with everything below it, however deep. A link is deleted, and not what it
+/// leads to. Blocks: for a worker thread.
+///
+/// Stops at the first failure. What is mounted below the path is such a failure, and stays whole.
+/// Errors: FileOperationError::Failed with the path that could not be deleted; Cancelled.
+void removeForGood(std::string const &path, std::stop_token const &stop);
+
+} // namespace tw
