@@ -5,8 +5,6 @@
 #include "TWCore/Provider/HostCommand.h"
 #include "TWCore/Shell/ShellDialect.h"
 
-#include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,11 +32,6 @@ public:
     /// The arguments with which an ssh client of one's own shares the connection in use, before "--" and the host.
     virtual Task<std::vector<std::string>> transportOptions() = 0;
 
-    /// Permission to run `count` ssh clients of one's own, until the result is destroyed. Waits while too many run for
-    /// this host; its sshd may refuse more. Ask for all that one piece of work needs at once, or two pieces may wait
-    /// for each other.
-    virtual Task<std::shared_ptr<void>> reserveClients(std::size_t count);
-
     /// True if a connection that was let go can come back without a question to the user.
     virtual Task<bool> logsInByItself() = 0;
 
@@ -47,10 +40,5 @@ public:
     /// Cancellation: a command that was sent is waited for.
     virtual Task<CommandResult> runCommand(HostCommand command) = 0;
 };
-
-inline Task<std::shared_ptr<void>> CommandHost::reserveClients(std::size_t /*count*/)
-{
-    co_return nullptr;
-}
 
 } // namespace tw

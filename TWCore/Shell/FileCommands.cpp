@@ -1,6 +1,5 @@
 #include "TWCore/Shell/FileCommands.h"
 
-#include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/Trimmed.h"
 
 #include <charconv>
@@ -24,19 +23,36 @@ std::string quotedPaths(ShellDialect dialect, Paths paths)
     return list;
 }
 
-} // namespace
-
-Paths fittingFront(ShellDialect dialect, Paths paths)
+Paths front(ShellDialect dialect, Paths paths, std::size_t mostBytes)
 {
     std::size_t bytes = 0;
     std::size_t count = 0;
     while (count < paths.size()) {
         bytes += quotePath(dialect, paths[count]).size() + 1;
-        if (count > 0 && bytes > maxPathBytes)
+        if (count > 0 && bytes > mostBytes)
             break;
         ++count;
     }
     return paths.first(count);
+}
+
+std::string removeAtOnce(ShellDialect dialect, Paths paths)
+{
+    if (dialect == ShellDialect::posix)
+        return "rm -rf -- " + quotedPaths(dialect, paths);
+    return "Remove-Item -LiteralPath " + quotedPaths(dialect, paths) + " -Recurse -Force -ErrorAction Stop";
+}
+
+} // namespace
+
+Paths fittingFront(ShellDialect dialect, Paths paths)
+{
+    return front(dialect, paths, maxPathBytes);
+}
+
+Paths fittingRequest(ShellDialect dialect, Paths paths)
+{
+    return front(dialect, paths, maxRequestBytes);
 }
 
 std::string makeDirectory(ShellDialect dialect, std::string_view path)
@@ -48,27 +64,17 @@ std::string makeDirectory(ShellDialect dialect, std::string_view path)
 
 std::string remove(ShellDialect dialect, Paths paths)
 {
-    if (dialect == ShellDialect::posix)
-        return "rm -rf -- " + quotedPaths(dialect, paths);
-    return "Remove-Item -LiteralPath " + quotedPaths(dialect, paths) + " -Recurse -Force -ErrorAction Stop";
-}
-
-std::string rename(ShellDialect dialect, std::string_view from, std::string_view to)
-{
-    auto const source = quotePath(dialect, from);
-    auto const target = quotePath(dialect, to);
-    auto const differsInCaseOnly = lowerCased(from) == lowerCased(to);
-    if (dialect == ShellDialect::posix) {
-        auto isTaken = "[ -e " + target + " ] || [ -L " + target + " ]";
-        // A link and what it leads to are one file to -ef, and to be kept apart.
-        if (differsInCaseOnly)
-            isTaken = "{ " + isTaken + "; } && { [ -L " + source + " ] || [ -L " + target + " ] || ! [ " + source +
-                      " -ef " + target + " ]; }";
-        return "if " + isTaken + "; then echo 'File exists' >&2; false; else mv -- " + source + " " + target + "; fi";
+    auto const first = fittingFront(dialect, paths);
+    if (first.size() == paths.size())
+        return removeAtOnce(dialect, paths);
+    // Not by xargs, which not every host has with -0.
+    std::string commands = dialect == ShellDialect::posix ? "tw=0\n" : "";
+    while (!paths.empty()) {
+        auto const some = fittingFront(dialect, paths);
+        commands += removeAtOnce(dialect, some) + (dialect == ShellDialect::posix ? " || tw=1\n" : "\n");
+        paths = paths.subspan(some.size());
     }
-    // Windows takes both cases for one.
-    auto const refusal = differsInCaseOnly ? "" : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
-    return refusal + "Move-Item -LiteralPath " + source + " -Destination " + target + " -Force -ErrorAction Stop";
+    return commands += dialect == ShellDialect::posix ? "exit $tw" : "";
 }
 
 std::string copy(ShellDialect dialect, Paths from, std::string_view to)
@@ -77,6 +83,13 @@ std::string copy(ShellDialect dialect, Paths from, std::string_view to)
         return "cp -a -- " + quotedPaths(dialect, from) + " " + quotePath(dialect, to) + "/";
     return "Copy-Item -LiteralPath " + quotedPaths(dialect, from) + " -Destination " + quotePath(dialect, to) +
            " -Recurse -Force -ErrorAction Stop";
+}
+
+std::string sync(ShellDialect dialect, std::string_view folder)
+{
+    if (dialect == ShellDialect::powershell)
+        return {};
+    return "sync -f -- " + quotePath(dialect, folder) + " 2>/dev/null || sync";
 }
 
 std::string measure(ShellDialect dialect, Paths paths)

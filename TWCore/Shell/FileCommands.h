@@ -27,19 +27,25 @@ inline constexpr std::size_t maxPathBytes = 100'000;
 /// The first of `paths` that fit into one command, at least one; none only if there are none.
 Paths fittingFront(ShellDialect dialect, Paths paths);
 
+/// As many bytes of paths as one request has at most: the shell of a host reads a request byte by byte, and keeps it.
+inline constexpr std::size_t maxRequestBytes = 2'000'000;
+
+/// The first of `paths` that fit into one request of several commands; at least one as well.
+Paths fittingRequest(ShellDialect dialect, Paths paths);
+
 /// Creates one folder. Fails on a POSIX host if the name exists.
 std::string makeDirectory(ShellDialect dialect, std::string_view path);
 
-/// Deletes each path with everything below it.
+/// Deletes each path with everything below it. More paths than one command takes are several commands, of which a later
+/// one runs although an earlier one has failed.
 std::string remove(ShellDialect dialect, Paths paths);
-
-/// Renames or moves. Fails if the target exists, and leaves both as they are. What another program makes in the same
-/// moment may be replaced: no host can be relied on to refuse it. The other case of the same name is no target on a
-/// file system that takes both for one.
-std::string rename(ShellDialect dialect, std::string_view from, std::string_view to);
 
 /// Copies each path into the folder `to`, with times and permissions where the host keeps them.
 std::string copy(ShellDialect dialect, Paths from, std::string_view to);
+
+/// Ends when what was written on the disk of `folder` is there. GNU sync knows disks; others write all of them. Windows
+/// has no such command, and the text is empty.
+std::string sync(ShellDialect dialect, std::string_view folder);
 
 /// Prints the size of all paths together, as `totalSize` reads it.
 std::string measure(ShellDialect dialect, Paths paths);

@@ -1,15 +1,12 @@
 #include "TWEngine/Passwords/AskpassDesk.h"
 
-#include "TWCore/Check.h"
 #include "TWEngine/Passwords/Askpass.h"
 #include "TWEngine/Passwords/AskpassLogin.h"
+#include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 
-#include <array>
 #include <chrono>
-#include <cstdio>
 
-#include <sys/random.h>
 #include <unistd.h>
 
 namespace tw {
@@ -24,20 +21,6 @@ constexpr std::chrono::milliseconds timeToEnd{200};
 
 /// For the name of a socket, which is no secret.
 constexpr std::size_t nameBytes = 4;
-
-/// In hexadecimal digits.
-std::string randomText(std::size_t count)
-{
-    std::array<unsigned char, tokenBytes> bytes{};
-    check(::getrandom(bytes.data(), count, 0) == static_cast<ssize_t>(count), "the system has no random numbers");
-    std::string text;
-    for (std::size_t at = 0; at < count; ++at) {
-        std::array<char, 3> digits{};
-        std::snprintf(digits.data(), digits.size(), "%02x", bytes[at]);
-        text += digits.data();
-    }
-    return text;
-}
 
 /// The owner's end of a login.
 class Handle final : public LoginDesk::Login {
@@ -73,11 +56,11 @@ Task<std::unique_ptr<LoginDesk::Login>> AskpassDesk::beginHere(Self self, std::s
     auto const folder = self->with.helper ? self->with.folder() : std::nullopt;
     if (!folder)
         co_return nullptr;
-    auto const path = *folder + "/tarnwick-" + std::to_string(::getpid()) + '-' + randomText(nameBytes);
+    auto const path = *folder + "/tarnwick-" + std::to_string(::getpid()) + '-' + randomDigits(nameBytes);
     auto listener = LocalListener::create(self->with.engine.io(), path);
     if (!listener)
         co_return nullptr;
-    auto const token = randomText(tokenBytes);
+    auto const token = randomDigits(tokenBytes);
     auto const login =
         std::make_shared<AskpassLogin>(AskpassLogin::Collaborators{.engine = self->with.engine,
                                                                    .strand = self->strand,

@@ -1,8 +1,17 @@
 #include "TWEngine/SSH/HostFiles.h"
 
+#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Shell/FileCommands.h"
+#include "TWCore/Shell/FolderQuestion.h"
+#include "TWCore/Shell/MoveCommand.h"
+#include "TWEngine/Browsing/ForgottenPaths.h"
+#include "TWEngine/Shell/RemoteShellError.h"
+
+#include <map>
+#include <set>
 
 namespace tw::HostFiles {
 
@@ -16,26 +25,86 @@ struct Change {
     std::optional<std::chrono::duration<double>> limit = {};
 };
 
-Task<void> perform(Host host, Change change)
+[[noreturn]] void fail(Change const &change, CommandResult const &result)
 {
-    auto const result = co_await host->runCommand({.text = std::move(change.command),
-                                                   .session = CommandSession::work,
-                                                   .effect = CommandEffect::changes,
-                                                   .limit = change.limit});
-    if (result.status == 0)
-        co_return;
     auto const words = trimmed(result.output);
     throw FileOperationError::Failed(change.operation, change.path,
                                      words.empty() ? "exit " + std::to_string(result.status) : std::string(words));
 }
 
+Task<CommandResult> send(Host host, Change change)
+{
+    return host->runCommand({.text = std::move(change.command),
+                             .session = CommandSession::work,
+                             .effect = CommandEffect::changes,
+                             .limit = change.limit});
+}
+
+/// What follows from a command with an effect: its result, or nothing if the connection was lost meanwhile.
+Task<std::optional<CommandResult>> resultIfKnown(Host host, Change change)
+{
+    auto outcome = co_await outcomeOf(send(host, std::move(change)));
+    try {
+        co_return outcome.take();
+    } catch (RemoteShellError::OutcomeUnknown const &) {
+    }
+    co_return std::nullopt;
+}
+
+std::string nameOf(std::string const &path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+/// Those of `paths` that exist, as the host sees it now. Throws OutcomeUnknown if it cannot be asked: it is asked after
+/// a change that the connection was lost over.
+Task<std::set<std::string>> existing(Host host, Paths paths)
+{
+    std::map<std::string, Paths> namesByFolder;
+    for (auto const &path : paths)
+        namesByFolder[parentOf(path)].push_back(nameOf(path));
+    std::set<std::string> found;
+    for (auto const &[folder, names] : namesByFolder) {
+        auto outcome = co_await outcomeOf(factsAbout(host, folder, names));
+        if (outcome.failure)
+            throw RemoteShellError::OutcomeUnknown(host->host());
+        for (auto const &taken : outcome.value->taken)
+            found.insert((folder == "/" ? folder : folder + '/') + taken.name);
+    }
+    co_return found;
+}
+
+/// Takes `count` items off the front of `items`.
+template <class Item>
+std::vector<Item> takeFront(std::vector<Item> &items, std::size_t count)
+{
+    auto const end = items.begin() + static_cast<std::ptrdiff_t>(count);
+    std::vector<Item> taken(std::make_move_iterator(items.begin()), std::make_move_iterator(end));
+    items.erase(items.begin(), end);
+    return taken;
+}
+
 /// The paths for the next command, taken off the front of `paths`.
 Paths takeFitting(ShellDialect dialect, Paths &paths)
 {
-    auto const count = static_cast<std::ptrdiff_t>(FileCommands::fittingFront(dialect, paths).size());
-    Paths taken(std::make_move_iterator(paths.begin()), std::make_move_iterator(paths.begin() + count));
-    paths.erase(paths.begin(), paths.begin() + count);
-    return taken;
+    return takeFront(paths, FileCommands::fittingFront(dialect, paths).size());
+}
+
+/// Throws for the first of the moves that the host has not made, after the connection was lost meanwhile.
+Task<void> requireMoved(Host host, std::vector<FileSystemWriter::Move> moves)
+{
+    Paths paths;
+    for (auto const &move : moves) {
+        paths.push_back(move.from);
+        paths.push_back(move.to);
+    }
+    auto const there = co_await existing(host, std::move(paths));
+    for (auto const &move : moves) {
+        // Where both cases are one name, the old one is there as long as the new one.
+        auto const isGone = !there.contains(move.from) || lowerCased(move.from) == lowerCased(move.to);
+        if (!isGone || !there.contains(move.to))
+            throw FileOperationError::Failed("rename", move.from, "the connection was lost before it was moved");
+    }
 }
 
 } // namespace
@@ -43,7 +112,15 @@ Paths takeFitting(ShellDialect dialect, Paths &paths)
 Task<void> makeDirectory(Host host, std::string path)
 {
     auto const dialect = co_await host->dialect();
-    co_await perform(host, {"create folder", path, FileCommands::makeDirectory(dialect, path)});
+    Change const change{"create folder", path, FileCommands::makeDirectory(dialect, path)};
+    auto const result = co_await resultIfKnown(host, change);
+    if (result && result->status != 0)
+        fail(change, *result);
+    if (result)
+        co_return;
+    auto const there = co_await existing(host, {path});
+    if (there.empty())
+        fail(change, {.output = "the connection was lost before the folder was made", .status = 0});
 }
 
 Task<void> remove(Host host, Paths paths)
@@ -52,16 +129,57 @@ Task<void> remove(Host host, Paths paths)
         co_return;
     auto const dialect = co_await host->dialect();
     while (!paths.empty()) {
-        auto const some = takeFitting(dialect, paths);
-        co_await perform(host,
-                         {"delete", some.front(), FileCommands::remove(dialect, some), FileCommands::changeLimit});
+        auto const some = takeFront(paths, FileCommands::fittingRequest(dialect, paths).size());
+        Change change{"delete", some.front(), FileCommands::remove(dialect, some), FileCommands::changeLimit};
+        auto const result = co_await resultIfKnown(host, change);
+        if (result && result->status != 0)
+            fail(change, *result);
+        if (result)
+            continue;
+        auto const left = co_await existing(host, some);
+        if (left.empty())
+            continue;
+        change.path = *std::ranges::find_if(some, [&](auto const &path) { return left.contains(path); });
+        fail(change, {.output = "the connection was lost, and " + std::to_string(left.size()) + " of " +
+                                std::to_string(some.size()) + " were still there afterwards",
+                      .status = 0});
     }
 }
 
-Task<void> rename(Host host, std::string from, std::string to)
+Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves)
 {
     auto const dialect = co_await host->dialect();
-    co_await perform(host, {"rename", from, FileCommands::rename(dialect, from, to), FileCommands::changeLimit});
+    while (!moves.empty()) {
+        auto const some = takeFront(moves, MoveCommand::fittingFront(dialect, moves).size());
+        Change change{"rename", some.front().from, MoveCommand::text(dialect, some), FileCommands::changeLimit};
+        auto const result = co_await resultIfKnown(host, change);
+        if (result && result->status == 0)
+            continue;
+        if (!result) {
+            co_await requireMoved(host, some);
+            continue;
+        }
+        auto const failure = MoveCommand::failure(result->output, some.size());
+        change.path = some[failure.index].from;
+        fail(change, {.output = failure.words, .status = result->status});
+    }
+}
+
+Task<FolderFacts> factsAbout(Host host, std::string folder, std::vector<std::string> names)
+{
+    auto const dialect = co_await host->dialect();
+    std::optional<FolderFacts> all;
+    do {
+        auto const some = takeFront(names, FolderQuestion::fittingFront(dialect, names).size());
+        auto const result = co_await host->runCommand({.text = FolderQuestion::text(dialect, folder, some)});
+        auto facts = FolderQuestion::facts(dialect, result.output, some);
+        if (result.status != 0 || !facts)
+            fail({.operation = "reading", .path = folder, .command = {}}, result);
+        if (all)
+            facts->taken.insert(facts->taken.begin(), all->taken.begin(), all->taken.end());
+        all = std::move(facts);
+    } while (!names.empty());
+    co_return *std::move(all);
 }
 
 Task<void> copy(Host host, Paths from, std::string to, std::chrono::duration<double> limit)
@@ -71,8 +189,23 @@ Task<void> copy(Host host, Paths from, std::string to, std::chrono::duration<dou
     auto const dialect = co_await host->dialect();
     while (!from.empty()) {
         auto const some = takeFitting(dialect, from);
-        co_await perform(host, {"copy", some.front(), FileCommands::copy(dialect, some, to), limit});
+        Change const change{"copy", some.front(), FileCommands::copy(dialect, some, to), limit};
+        auto const result = co_await send(host, change);
+        if (result.status != 0)
+            fail(change, result);
     }
+}
+
+Task<void> sync(Host host, std::string folder)
+{
+    auto const dialect = co_await host->dialect();
+    auto command = FileCommands::sync(dialect, folder);
+    if (command.empty())
+        co_return;
+    auto const result = co_await host->runCommand(
+        {.text = std::move(command), .session = CommandSession::work, .limit = FileCommands::changeLimit});
+    if (result.status != 0)
+        fail({.operation = "writing", .path = folder, .command = {}}, result);
 }
 
 Task<std::int64_t> totalSize(Host host, Paths paths)

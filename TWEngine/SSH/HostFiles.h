@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Provider/CommandHost.h"
+#include "TWCore/Provider/FileSystemWriter.h"
 
 #include <cstdint>
 #include <memory>
@@ -9,8 +10,11 @@
 
 /// What changes and measures the files of a host, by commands in its work session.
 ///
-/// A list that does not fit into one command is sent in several, one after the other, up to the first that fails. An
+/// A list that does not fit into one request is sent in several, one after the other, up to the first that fails. An
 /// empty list sends nothing.
+///
+/// If the connection is lost during a change, the host is asked afterwards whether it was made: the change succeeds, or
+/// fails with how far it came. Only if the host cannot be asked either, OutcomeUnknown is thrown.
 ///
 /// Cancellation: a command that was sent is waited for.
 /// Errors: FileOperationError::Failed if the command fails, with what it printed; what `runCommand` throws for a host
@@ -26,11 +30,17 @@ Task<void> makeDirectory(Host host, std::string path);
 /// Deletes each path with everything below it. A failure may leave any part deleted.
 Task<void> remove(Host host, Paths paths);
 
-/// Renames or moves on the host.
-Task<void> rename(Host host, std::string from, std::string to);
+/// Renames or moves on the host, see MoveCommand.
+Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves);
+
+/// What is in the way of writing `names` into `folder`, asked in the interactive session: a person waits for it.
+Task<FolderFacts> factsAbout(Host host, std::string folder, std::vector<std::string> names);
 
 /// Copies into the folder `to` on the host, within `limit` for each command.
 Task<void> copy(Host host, Paths from, std::string to, std::chrono::duration<double> limit);
+
+/// Ends when what was written in `folder` is on its disk.
+Task<void> sync(Host host, std::string folder);
 
 /// Bytes of all paths together, as far as the host can read them; see FileCommands::totalSize.
 Task<std::int64_t> totalSize(Host host, Paths paths);

@@ -32,7 +32,16 @@ Task<std::string> handAll(std::shared_ptr<ChildProcess> child, Taker taker)
     }
 }
 
-Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Taker taker)
+Task<std::string> feed(std::shared_ptr<ChildProcess> child, std::string input)
+{
+    if (!input.empty()) {
+        co_await outcomeOf(child->write(std::move(input)));
+        child->closeInput();
+    }
+    co_return std::string();
+}
+
+Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Taker taker, std::string input)
 {
     auto const started = ChildProcess::start(*io, command);
     if (!started)
@@ -43,6 +52,8 @@ Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Take
     auto const hasErrors = std::holds_alternative<PipeEnd>(command.error);
     // Both at once: a program that fills one pipe while only the other is read would hang.
     auto const errors = ChildTask<std::string>::start(context, beginningOf(child, ChildOutput::error, hasErrors, kept));
+    // Not awaited: what the program has not read at its end is of no use.
+    auto const feeding = ChildTask<std::string>::start(context, feed(child, std::move(input)));
     auto output = co_await outcomeOf(taker ? handAll(child, std::move(taker))
                                            : beginningOf(child, ChildOutput::standard, hasOutput, kept));
     // Before the caller hears of it: what an ssh still waits for may end with the caller.
@@ -59,12 +70,17 @@ Task<Result> runChild(IoThread *io, ChildCommand command, std::size_t kept, Take
 
 Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept)
 {
-    return runChild(&io, std::move(command), kept, nullptr);
+    return runChild(&io, std::move(command), kept, nullptr, {});
 }
 
 Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept, Taker taker)
 {
-    return runChild(&io, std::move(command), kept, std::move(taker));
+    return runChild(&io, std::move(command), kept, std::move(taker), {});
+}
+
+Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept, Taker taker, std::string input)
+{
+    return runChild(&io, std::move(command), kept, std::move(taker), std::move(input));
 }
 
 } // namespace tw::OneShotCommand

@@ -34,6 +34,9 @@ using Taker = std::function<Task<std::string>(std::string)>;
 /// The same, with all of standard output, which is a pipe, passed to `taker`. An exception of `taker` ends the program.
 Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept, Taker taker);
 
+/// The same, with `input` written to standard input, which is a pipe. A program that does not read it all is no error.
+Task<Result> run(IoThread &io, ChildCommand command, std::size_t kept, Taker taker, std::string input);
+
 } // namespace OneShotCommand
 
 } // namespace tw

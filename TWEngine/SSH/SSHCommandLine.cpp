@@ -1,6 +1,7 @@
 #include "TWEngine/SSH/SSHCommandLine.h"
 
 #include "TWCore/Shell/ShellLiteral.h"
+#include "TWEngine/SSH/DownloadEnd.h"
 
 namespace tw::SSHCommandLine {
 
@@ -81,7 +82,8 @@ std::string quotedNative(std::string_view path)
 std::string downloadCommand(ShellDialect dialect, std::string_view path)
 {
     if (dialect == ShellDialect::posix)
-        return "cat -- " + ShellLiteral::posix(path);
+        return "cat -- " + ShellLiteral::posix(path) + " && echo " +
+               std::string(DownloadEnd::words.substr(0, DownloadEnd::words.size() - 1));
     return ShellLiteral::powerShellEncoded("$f=[IO.File]::OpenRead(" + quotedNative(path) +
                                            ")\n"
                                            "$o=[Console]::OpenStandardOutput()\n"
@@ -188,6 +190,11 @@ Arguments transportOptions(RemoteShellOptions const &options, std::optional<std:
         addSharing(arguments, options.sharing, *controlPath, RemoteShellOptions().controlPersist);
     addCleanSession(arguments, options);
     return arguments;
+}
+
+Arguments script(Arguments transportOptions, std::string const &host)
+{
+    return withCommand(std::move(transportOptions), host, std::string(remoteCommand(ShellDialect::posix)));
 }
 
 Arguments download(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path)

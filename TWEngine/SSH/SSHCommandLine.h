@@ -49,7 +49,10 @@ Arguments stopSharing(std::string const &controlPath, std::string const &host);
 /// sessions do, or a dead line would never be noticed.
 Arguments transportOptions(RemoteShellOptions const &options, std::optional<std::string> const &controlPath);
 
-/// Prints the file at `path`.
+/// A shell of its own, that reads what it runs from its standard input. For POSIX hosts.
+Arguments script(Arguments transportOptions, std::string const &host);
+
+/// Prints the file at `path`, see DownloadEnd.
 Arguments download(Arguments transportOptions, std::string const &host, ShellDialect dialect, std::string_view path);
 
 /// Writes standard input to the file at `path`. An existing file keeps its mode and owner, and keeps its bytes until

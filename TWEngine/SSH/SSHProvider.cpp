@@ -58,53 +58,6 @@ SSHProvider::SSHProvider(Collaborators with, std::string toHost, RemoteShellOpti
 {
 }
 
-template <class T>
-Task<T> SSHProvider::inTurn(Task<T> work)
-{
-    return onStrand(strand, afterTransfers(shared_from_this(), std::move(work)));
-}
-
-template <class T>
-Task<T> SSHProvider::afterTransfers(Self self, Task<T> work)
-{
-    auto const endedBefore = self->sessions->disconnections();
-    while (self->transfer && !self->transfer->isDone()) {
-        auto const running = *self->transfer;
-        co_await outcomeOf(running.wait());
-        auto const context = co_await currentContext();
-        if (context.stop.stop_requested())
-            throw Cancelled();
-    }
-    if (self->sessions->disconnections() != endedBefore)
-        HostSessions::failAsShutDown();
-    auto outcome = co_await outcomeOf(std::move(work));
-    co_return outcome.take();
-}
-
-Task<void> SSHProvider::alone(Task<void> work)
-{
-    return inTurn(aloneHere(shared_from_this(), std::move(work)));
-}
-
-Task<void> SSHProvider::aloneHere(Self self, Task<void> work)
-{
-    auto const context = co_await currentContext();
-    auto const running = SharedTask<void>::start(context.executor, std::move(work));
-    self->transfer = running;
-    std::stop_callback const passOn(context.stop, [running] { running.cancel(); });
-    auto outcome = co_await outcomeOf(running.wait().withStop({}));
-    // The next one may have begun between the end of this one and here.
-    if (self->transfer == running)
-        self->transfer.reset();
-    try {
-        outcome.take();
-    } catch (Cancelled const &) {
-        if (context.stop.stop_requested())
-            throw;
-        HostSessions::failAsShutDown();
-    }
-}
-
 SSHCommandLine::Arguments SSHProvider::sharingOptions() const
 {
     auto const &inUse = sessions->optionsInUse();
@@ -133,38 +86,37 @@ Task<UpdateStream<HostStatus>> SSHProvider::statusesHere(Self self)
 
 Task<void> SSHProvider::logIn()
 {
-    return inTurn(sessions->logIn());
+    return onStrand(strand, sessions->logIn());
 }
 
 Task<void> SSHProvider::connect()
 {
-    return inTurn(sessions->connect());
+    return onStrand(strand, sessions->connect());
 }
 
 Task<void> SSHProvider::reconnect()
 {
-    return inTurn(sessions->reconnect());
+    return onStrand(strand, sessions->reconnect());
 }
 
 Task<void> SSHProvider::disconnect()
 {
-    // Not in turn: it is what ends a transfer that does not end by itself.
     return onStrand(strand, disconnectHere(shared_from_this()));
 }
 
 Task<void> SSHProvider::disconnectHere(Self self)
 {
-    auto const running = self->transfer;
-    if (running)
-        running->cancel();
+    auto const running = self->workBeside;
+    for (auto const &work : running)
+        work.cancel();
     co_await self->sessions->disconnect();
-    if (running)
-        co_await outcomeOf(running->wait());
+    for (auto const &work : running)
+        co_await outcomeOf(work.wait());
 }
 
 Task<Listings> SSHProvider::fetch(std::string path, int depth, FetchPriority priority)
 {
-    return inTurn(fetchHere(shared_from_this(), std::move(path), depth, priority));
+    return onStrand(strand, fetchHere(shared_from_this(), std::move(path), depth, priority));
 }
 
 Task<Listings> SSHProvider::fetchHere(Self self, std::string path, int depth, FetchPriority priority)
@@ -195,7 +147,7 @@ Task<ListingResponse> SSHProvider::list(Self self, Choice choice, std::string pa
 
 Task<Listings> SSHProvider::fetchWhole(std::string path, PartTaker onPart)
 {
-    return inTurn(fetchWholeHere(shared_from_this(), std::move(path), std::move(onPart)));
+    return onStrand(strand, fetchWholeHere(shared_from_this(), std::move(path), std::move(onPart)));
 }
 
 Task<Listings> SSHProvider::fetchWholeHere(Self self, std::string path, PartTaker onPart)
@@ -226,7 +178,7 @@ Listings SSHProvider::read(ListingResponse response, std::string const &path, in
 
 Task<std::string> SSHProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)
 {
-    return inTurn(readChunkHere(sessions, std::move(path), offset, length));
+    return onStrand(strand, readChunkHere(sessions, std::move(path), offset, length));
 }
 
 Task<std::string> SSHProvider::readChunkHere(std::shared_ptr<HostSessions> sessions, std::string path,
@@ -250,17 +202,22 @@ Task<std::string> SSHProvider::readChunkHere(std::shared_ptr<HostSessions> sessi
 
 Task<std::int64_t> SSHProvider::fileSize(std::string path)
 {
-    return inTurn(sessions->asking<std::int64_t>(
-        Choice::interactive, [path = std::move(path)](RemoteShell &shell) { return shell.fileSize(path); }));
+    return onStrand(strand,
+                    sessions->asking<std::int64_t>(Choice::interactive, [path = std::move(path)](RemoteShell &shell) {
+                        return shell.fileSize(path);
+                    }));
 }
 
 Task<CommandResult> SSHProvider::runCommand(HostCommand command)
 {
     auto const choice = choiceOf(command.session);
     auto const effect = command.effect;
-    return inTurn(sessions->asking<CommandResult>(
-        choice, [command = std::move(command)](RemoteShell &shell) { return shell.run(command.text, command.limit); },
-        effect));
+    return onStrand(strand, sessions->asking<CommandResult>(
+                                choice,
+                                [command = std::move(command)](RemoteShell &shell) {
+                                    return shell.run(command.text, command.limit);
+                                },
+                                effect));
 }
 
 Task<void> SSHProvider::makeDirectory(std::string path)
@@ -275,7 +232,27 @@ Task<void> SSHProvider::remove(std::vector<std::string> paths)
 
 Task<void> SSHProvider::rename(std::string from, std::string to)
 {
-    return HostFiles::rename(shared_from_this(), std::move(from), std::move(to));
+    return HostFiles::moveAll(shared_from_this(), {Move{std::move(from), std::move(to)}});
+}
+
+Task<void> SSHProvider::moveAll(std::vector<Move> moves)
+{
+    return HostFiles::moveAll(shared_from_this(), std::move(moves));
+}
+
+Task<void> SSHProvider::removePermanently(std::vector<std::string> paths)
+{
+    return remove(std::move(paths));
+}
+
+Task<FolderFacts> SSHProvider::factsAbout(std::string folder, std::vector<std::string> names)
+{
+    return HostFiles::factsAbout(shared_from_this(), std::move(folder), std::move(names));
+}
+
+Task<void> SSHProvider::sync(std::string folder)
+{
+    return HostFiles::sync(shared_from_this(), std::move(folder));
 }
 
 Task<void> SSHProvider::copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit)

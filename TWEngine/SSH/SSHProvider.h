@@ -68,8 +68,7 @@ public:
     Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length) override;
     Task<std::int64_t> fileSize(std::string path) override;
 
-    /// Uses an ssh client of its own, so that a large file occupies no session. Every other operation of this provider
-    /// waits meanwhile; long copies go through a transfer.
+    /// Uses an ssh client of its own, see HostSlots, so that a large file holds nothing else up.
     Task<void> download(std::string path, std::string localPath) override;
     Task<void> upload(std::string localPath, std::string path) override;
 
@@ -88,6 +87,14 @@ public:
     Task<void> makeDirectory(std::string path) override;
     Task<void> remove(std::vector<std::string> paths) override;
     Task<void> rename(std::string from, std::string to) override;
+    Task<void> moveAll(std::vector<Move> moves) override;
+    Task<void> removePermanently(std::vector<std::string> paths) override;
+    Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
+    Task<void> sync(std::string folder) override;
+
+    /// Uses an ssh client of its own, since the list of a large tree is more than a session keeps. For POSIX hosts.
+    Task<Survey> survey(std::string folder, std::vector<std::string> names) override;
+
     Task<void> copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit);
     Task<std::int64_t> totalSize(std::vector<std::string> paths);
 
@@ -125,14 +132,13 @@ private:
     static Task<bool> isLiveHere(Self self);
     static Task<std::string> remoteImplementationHere(Self self);
 
-    /// Runs `work` on the strand when no transfer of a whole file is under way.
-    template <class T>
-    Task<T> inTurn(Task<T> work);
-    template <class T>
-    static Task<T> afterTransfers(Self self, Task<T> work);
-    /// The same for a transfer, which the others then wait for.
-    Task<void> alone(Task<void> transfer);
-    static Task<void> aloneHere(Self self, Task<void> transfer);
+    /// Runs `work`, which needs an ssh client of its own, on the strand. A disconnect ends it.
+    Task<void> beside(Task<void> work);
+    static Task<void> besideHere(Self self, Task<void> work);
+    static Task<void> withClient(Self self, Task<void> work);
+    static Task<Survey> surveyBeside(Self self, std::string folder, std::vector<std::string> names);
+    static Task<void> surveyHere(Self self, std::string folder, std::vector<std::string> names,
+                                 std::shared_ptr<Survey> result);
 
     // Constant after construction.
     EngineRuntime &engine;
@@ -143,7 +149,7 @@ private:
     std::shared_ptr<HostSessions> const sessions;
 
     // On the strand.
-    std::optional<SharedTask<void>> transfer;
+    std::vector<SharedTask<void>> workBeside; ///< at most HostSlots::atOnce of them run
     LineSpeed line;
 };
 

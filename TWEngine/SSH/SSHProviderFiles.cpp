@@ -1,13 +1,17 @@
-// How a file of a host is transferred whole, over an ssh client of its own.
+// What is done over ssh clients of its own: files are transferred whole, and trees are surveyed.
 
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/ReadError.h"
 #include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/SurveyQuestion.h"
+#include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/DownloadEnd.h"
 #include "TWEngine/SSH/OneShotCommand.h"
 #include "TWEngine/SSH/SSHProvider.h"
 #include "TWEngine/SSH/TransferFile.h"
+#include "TWEngine/Transfer/HostSlots.h"
 
 namespace tw {
 
@@ -29,6 +33,23 @@ bool canBeNamedInACommand(ShellDialect dialect, std::string const &path)
 
 constexpr auto unnameable = "a name that ends with a line end cannot be transferred";
 
+/// What a login shell that runs no command may report as success.
+constexpr auto notRun = "the host has not sent all of the file";
+
+Task<std::string> passOn(std::shared_ptr<DownloadEnd> end, OneShotCommand::Taker writer, std::string bytes)
+{
+    auto content = end->contentOf(bytes);
+    if (!content.empty())
+        co_await writer(std::move(content));
+    co_return bytes;
+}
+
+Task<std::string> readSurvey(std::shared_ptr<SurveyReader> reader, std::string bytes)
+{
+    reader->read(bytes);
+    co_return bytes;
+}
+
 Task<void> asBestItCan(Task<CommandResult> work)
 {
     co_await outcomeOf(std::move(work));
@@ -36,9 +57,72 @@ Task<void> asBestItCan(Task<CommandResult> work)
 
 } // namespace
 
+Task<void> SSHProvider::beside(Task<void> work)
+{
+    return onStrand(strand, besideHere(shared_from_this(), std::move(work)));
+}
+
+Task<void> SSHProvider::besideHere(Self self, Task<void> work)
+{
+    auto const context = co_await currentContext();
+    auto const running = SharedTask<void>::start(context.executor, withClient(self, std::move(work)));
+    self->workBeside.push_back(running);
+    std::stop_callback const passOn(context.stop, [running] { running.cancel(); });
+    auto outcome = co_await outcomeOf(running.wait().withStop({}));
+    std::erase(self->workBeside, running);
+    try {
+        outcome.take();
+    } catch (Cancelled const &) {
+        if (context.stop.stop_requested())
+            throw;
+        HostSessions::failAsShutDown();
+    }
+}
+
+Task<void> SSHProvider::withClient(Self self, Task<void> work)
+{
+    auto const slot = co_await HostSlots::shared()->take(self->destination);
+    co_await std::move(work);
+}
+
+Task<Survey> SSHProvider::survey(std::string folder, std::vector<std::string> names)
+{
+    return surveyBeside(shared_from_this(), std::move(folder), std::move(names));
+}
+
+Task<Survey> SSHProvider::surveyBeside(Self self, std::string folder, std::vector<std::string> names)
+{
+    auto const result = std::make_shared<Survey>();
+    co_await self->beside(surveyHere(self, std::move(folder), std::move(names), result));
+    co_return *result;
+}
+
+Task<void> SSHProvider::surveyHere(Self self, std::string folder, std::vector<std::string> names,
+                                   std::shared_ptr<Survey> result)
+{
+    if (self->sessions->speaks() != ShellDialect::posix)
+        throw FileOperationError::Unsupported("comparing on " + self->destination);
+    auto const mark = "tw" + randomDigits(8);
+    auto const reader = std::make_shared<SurveyReader>(mark);
+    auto client = SSHCommandLine::transferClient(self->sshProgram,
+                                                 SSHCommandLine::script(self->sharingOptions(), self->destination));
+    client.input = PipeEnd{};
+    client.output = PipeEnd{};
+    client.error = PipeEnd{};
+    auto const ended = co_await OneShotCommand::run(
+        self->engine.io(), std::move(client), keptBytes,
+        [reader](std::string bytes) { return readSurvey(reader, std::move(bytes)); },
+        surveyScript(mark, folder, names));
+    if (!reader->isComplete()) {
+        auto const words = lastWords(ended);
+        throw FileOperationError::Failed("reading", folder, words.empty() ? "not all of it can be read" : words);
+    }
+    *result = reader->survey();
+}
+
 Task<void> SSHProvider::download(std::string path, std::string localPath)
 {
-    return alone(downloadHere(shared_from_this(), std::move(path), std::move(localPath)));
+    return beside(downloadHere(shared_from_this(), std::move(path), std::move(localPath)));
 }
 
 Task<void> SSHProvider::downloadHere(Self self, std::string path, std::string localPath)
@@ -53,16 +137,19 @@ Task<void> SSHProvider::downloadHere(Self self, std::string path, std::string lo
         SSHCommandLine::download(self->sharingOptions(), self->destination, self->sessions->speaks(), path));
     client.output = PipeEnd{};
     client.error = PipeEnd{};
-    auto const result = co_await OneShotCommand::run(self->engine.io(), std::move(client), keptBytes,
-                                                     TransferFile::writer(self->engine, file, localPath));
-    if (!result.status.isSuccess())
-        throw ReadError::NotReadable(path, lastWords(result));
+    auto const end = std::make_shared<DownloadEnd>(self->sessions->speaks());
+    auto const result =
+        co_await OneShotCommand::run(self->engine.io(), std::move(client), keptBytes,
+                                     [end, writer = TransferFile::writer(self->engine, file, localPath)](
+                                         std::string bytes) { return passOn(end, writer, std::move(bytes)); });
+    if (!result.status.isSuccess() || !end->hasCome())
+        throw ReadError::NotReadable(path, result.status.isSuccess() ? notRun : lastWords(result));
     co_await TransferFile::finish(self->engine, file, localPath);
 }
 
 Task<void> SSHProvider::upload(std::string localPath, std::string path)
 {
-    return alone(uploadHere(shared_from_this(), std::move(localPath), std::move(path)));
+    return beside(uploadHere(shared_from_this(), std::move(localPath), std::move(path)));
 }
 
 Task<void> SSHProvider::uploadHere(Self self, std::string localPath, std::string path)

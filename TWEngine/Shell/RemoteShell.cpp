@@ -4,6 +4,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Check.h"
 #include "TWCore/Model/DisplayText.h"
+#include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Runtime/ChildProcess.h"
 #include "TWEngine/Shell/LastWords.h"
 #include "TWEngine/Shell/OtherShell.h"
@@ -14,25 +15,12 @@
 #include <array>
 #include <cstdio>
 
-#include <sys/random.h>
-
 namespace tw {
 
 namespace {
 
-std::string randomNonce()
-{
-    // The system's: this is what tells data from the end of data.
-    std::array<std::uint8_t, 8> bytes{};
-    check(::getrandom(bytes.data(), bytes.size(), 0) == std::ssize(bytes), "the system has no random numbers");
-    std::string digits;
-    for (auto const byte : bytes) {
-        char pair[3];
-        std::snprintf(pair, sizeof pair, "%02x", byte);
-        digits += pair;
-    }
-    return digits;
-}
+/// Random: the nonce tells data from the end of data.
+constexpr std::size_t nonceBytes = 8;
 
 ChildCommand withPipes(ChildCommand command)
 {
@@ -54,7 +42,7 @@ RemoteShell::RemoteShell(Collaborators with, std::string toHost, RemoteShellOpti
       dialect(speaks),
       words(std::move(with.words)),
       events(std::move(with.events)),
-      nonce(randomNonce())
+      nonce(randomDigits(nonceBytes))
 {
 }
 

@@ -1,6 +1,5 @@
 #include "TWCore/Shell/FileCommands.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tw::test {
@@ -24,22 +23,18 @@ TEST(FileCommandsTest, pathsAreDeletedInOneCommand)
               "Remove-Item -LiteralPath 'C:/a b','C:/it''s' -Recurse -Force -ErrorAction Stop");
 }
 
-TEST(FileCommandsTest, aPathIsRenamed)
+TEST(FileCommandsTest, morePathsThanACommandTakesAreDeletedByOneRequest)
 {
-    EXPECT_EQ(FileCommands::rename(posix, "/a", "/b"),
-              "if [ -e '/b' ] || [ -L '/b' ]; then echo 'File exists' >&2; false; else mv -- '/a' '/b'; fi");
-    EXPECT_EQ(FileCommands::rename(powershell, "/C:/a", "/D:/b"),
-              "if(Test-Path -LiteralPath 'D:/b'){ throw 'File exists' }; "
-              "Move-Item -LiteralPath 'C:/a' -Destination 'D:/b' -Force -ErrorAction Stop");
-}
-
-TEST(FileCommandsTest, theOtherCaseOfANameIsNoTargetWhereBothAreOneFile)
-{
-    EXPECT_EQ(FileCommands::rename(posix, "/a", "/A"),
-              "if { [ -e '/A' ] || [ -L '/A' ]; } && { [ -L '/a' ] || [ -L '/A' ] || ! [ '/a' -ef '/A' ]; }; "
-              "then echo 'File exists' >&2; false; else mv -- '/a' '/A'; fi");
-    EXPECT_EQ(FileCommands::rename(powershell, "/C:/a", "/C:/A"),
-              "Move-Item -LiteralPath 'C:/a' -Destination 'C:/A' -Force -ErrorAction Stop");
+    std::vector<std::string> const long60(2, "/" + std::string(60'000, 'x'));
+    auto const one = "'" + long60.front() + "'";
+    EXPECT_EQ(FileCommands::remove(posix, long60),
+              "tw=0\nrm -rf -- " + one + " || tw=1\nrm -rf -- " + one + " || tw=1\nexit $tw");
+    auto const native =
+        "Remove-Item -LiteralPath '" + long60.front().substr(1) + "' -Recurse -Force -ErrorAction Stop\n";
+    EXPECT_EQ(FileCommands::remove(powershell, long60), native + native);
+    EXPECT_EQ(FileCommands::fittingRequest(posix, long60).size(), 2U);
+    std::vector<std::string> const many(40, long60.front());
+    EXPECT_EQ(FileCommands::fittingRequest(posix, many).size(), 33U);
 }
 
 TEST(FileCommandsTest, pathsAreCopiedIntoAFolder)
@@ -63,7 +58,6 @@ TEST(FileCommandsTest, aNameIsNeverAnOptionAndKeepsItsLineFeed)
 {
     std::vector<std::string> const odd{"-rf", "/a\nb"};
     EXPECT_EQ(FileCommands::remove(posix, odd), "rm -rf -- '-rf' '/a\nb'");
-    EXPECT_THAT(FileCommands::rename(posix, "-a", "-b"), testing::HasSubstr("mv -- '-a' '-b'"));
 }
 
 TEST(FileCommandsTest, theRootOfAWindowsHostIsNoPathThere)

@@ -1,6 +1,7 @@
 #include "TWEngine/SSH/HostFiles.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Shell/RemoteShellError.h"
 #include "tests/support/FakeCommandHost.h"
 #include "tests/support/TestLoop.h"
 
@@ -63,8 +64,8 @@ TEST_F(HostFilesTest, deletingRenamingAndCopyingHaveTheirLimits)
     auto const deleting = commandOf(HostFiles::remove(host, {"/a", "/b"}));
     EXPECT_EQ(deleting.text, "rm -rf -- '/a' '/b'");
     EXPECT_EQ(deleting.limit, 300s);
-    auto const renaming = commandOf(HostFiles::rename(host, "/a", "/b"));
-    EXPECT_THAT(renaming.text, testing::HasSubstr("mv -- '/a' '/b'"));
+    auto const renaming = commandOf(HostFiles::moveAll(host, {{"/a", "/b"}}));
+    EXPECT_THAT(renaming.text, testing::EndsWith("tw_as '/a' '/b'\n"));
     EXPECT_EQ(renaming.limit, 300s);
     auto const copying = commandOf(HostFiles::copy(host, {"/a"}, "/b", 3600s));
     EXPECT_EQ(copying.text, "cp -a -- '/a' '/b'/");
@@ -91,6 +92,7 @@ TEST_F(HostFilesTest, aWindowsHostIsAskedInItsOwnLanguage)
 TEST_F(HostFilesTest, anEmptyListSendsNothing)
 {
     loop.run(HostFiles::remove(host, {}));
+    loop.run(HostFiles::moveAll(host, {}));
     loop.run(HostFiles::copy(host, {}, "/b", 1s));
     EXPECT_EQ(loop.run(HostFiles::totalSize(host, {})), 0);
     EXPECT_TRUE(host->runs.empty());
@@ -98,7 +100,7 @@ TEST_F(HostFilesTest, anEmptyListSendsNothing)
 
 TEST_F(HostFilesTest, aLongListIsSentInSeveralCommandsUntilOneFails)
 {
-    auto const deleting = loop.start(HostFiles::remove(host, std::vector<std::string>(5, std::string(40'000, 'x'))));
+    auto const deleting = loop.start(HostFiles::remove(host, std::vector<std::string>(5, std::string(900'000, 'x'))));
     for (std::size_t count = 1; count <= 2; ++count) {
         loop.runUntil([&] { return host->runs.size() == count; });
         host->runs.back().answer->succeed({.output = "no", .status = count == 2 ? 1 : 0});
@@ -112,10 +114,125 @@ TEST_F(HostFilesTest, aFailureHasTheWordsOfTheHost)
 {
     EXPECT_EQ(failureFor(HostFiles::makeDirectory(host, "/x"), {.output = "mkdir: File exists\n", .status = 1}),
               "create folder failed on /x: mkdir: File exists");
-    EXPECT_EQ(failureFor(HostFiles::rename(host, "/x", "/y"), {.output = "mv: no\n", .status = 1}),
-              "rename failed on /x: mv: no");
+    EXPECT_EQ(
+        failureFor(HostFiles::moveAll(host, {{"/w", "/z"}, {"/x", "/y"}}), {.output = "mv: no\n1\n", .status = 1}),
+        "rename failed on /x: mv: no");
     EXPECT_EQ(failureFor(HostFiles::copy(host, {"/x", "/y"}, "/z", 1s), {.output = "cp: no", .status = 1}),
               "copy failed on /x: cp: no");
+}
+
+TEST_F(HostFilesTest, aPersonWaitsForTheFactsAboutAFolder)
+{
+    auto const asking = loop.start(HostFiles::factsAbout(host, "/srv", {"a"}));
+    loop.runUntil([&] { return !host->runs.empty(); });
+    EXPECT_EQ(host->runs.front().command.session, CommandSession::interactive);
+    EXPECT_EQ(host->runs.front().command.effect, CommandEffect::none);
+    host->runs.front().answer->succeed({.output = "folder\n2f7372760a\n1:2 \ntwo\ntaken 0\n1:3 81a4 5 6\n.\n"});
+    loop.runUntil([&] { return asking.isDone(); });
+    EXPECT_EQ(asking.value().realPath, "/srv");
+    ASSERT_EQ(asking.value().taken.size(), 1U);
+    EXPECT_EQ(asking.value().taken[0].name, "a");
+}
+
+TEST_F(HostFilesTest, moreNamesThanARequestTakesAreAskedAboutInSeveral)
+{
+    std::vector<std::string> const names(5, std::string(900'000, 'x'));
+    auto const asking = loop.start(HostFiles::factsAbout(host, "/srv", names));
+    for (std::size_t count = 1; count <= 3; ++count) {
+        loop.runUntil([&] { return host->runs.size() == count; });
+        host->runs.back().answer->succeed({.output = "folder\n2f0a\n\ntwo\ntaken 0\n- 8000 5 6\n.\n"});
+    }
+    loop.runUntil([&] { return asking.isDone(); });
+    EXPECT_EQ(asking.value().taken.size(), 3U);
+}
+
+TEST_F(HostFilesTest, aQuestionThatFailsIsNoAnswer)
+{
+    for (auto const &result : {CommandResult{.output = "cd: Permission denied\n", .status = 1},
+                               CommandResult{.output = "folder\n2f0a\n", .status = 0}}) {
+        auto const asking = loop.start(HostFiles::factsAbout(host, "/srv", {}));
+        auto const before = host->runs.size();
+        loop.runUntil([&] { return host->runs.size() > before; });
+        host->runs.back().answer->succeed(result);
+        loop.runUntil([&] { return asking.isDone(); });
+        EXPECT_THROW(asking.value(), FileOperationError::Failed);
+    }
+}
+
+/// A change over which the connection is lost, and the host's answer to the question afterwards.
+class LostHostFilesTest : public HostFilesTest {
+protected:
+    /// Nothing if the change succeeds.
+    std::string failureOf(Task<void> change, std::vector<std::string> const &answers)
+    {
+        auto const changing = loop.start(std::move(change));
+        loop.runUntil([&] { return host->runs.size() == 1; });
+        host->runs.back().answer->fail(std::make_exception_ptr(RemoteShellError::OutcomeUnknown("box")));
+        for (auto const &answer : answers) {
+            auto const before = host->runs.size();
+            loop.runUntil([&] { return host->runs.size() > before; });
+            host->runs.back().answer->succeed({.output = answer});
+        }
+        loop.runUntil([&] { return changing.isDone(); });
+        try {
+            changing.value();
+        } catch (FileOperationError const &failure) {
+            return failure.what();
+        }
+        return "";
+    }
+
+    static std::string taken(std::string const &numbers)
+    {
+        auto answer = "folder\n2f0a\n1:2 \ntwo\ntaken" + numbers + "\n";
+        for (auto const byte : numbers)
+            answer += byte == ' ' ? "1:3 81a4 5 6\n" : "";
+        return answer + ".\n";
+    }
+};
+
+TEST_F(LostHostFilesTest, aFolderThatIsThereWasMade)
+{
+    EXPECT_EQ(failureOf(HostFiles::makeDirectory(host, "/srv/new"), {taken(" 0")}), "");
+}
+
+TEST_F(LostHostFilesTest, aFolderThatIsNotThereWasNotMade)
+{
+    EXPECT_EQ(failureOf(HostFiles::makeDirectory(host, "/srv/new"), {taken("")}),
+              "create folder failed on /srv/new: the connection was lost before the folder was made");
+}
+
+TEST_F(LostHostFilesTest, whatIsGoneWasDeleted)
+{
+    EXPECT_EQ(failureOf(HostFiles::remove(host, {"/a/x", "/b/y"}), {taken(""), "none\n"}), "");
+}
+
+TEST_F(LostHostFilesTest, whatIsStillThereWasNotDeleted)
+{
+    EXPECT_EQ(failureOf(HostFiles::remove(host, {"/a/x", "/a/y", "/a/z"}), {taken(" 1 2")}),
+              "delete failed on /a/y: the connection was lost, and 2 of 3 were still there afterwards");
+}
+
+TEST_F(LostHostFilesTest, whatHasLeftItsPlaceAndIsAtTheOtherHasMoved)
+{
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/b/x"}}), {taken(""), taken(" 0")}), "");
+}
+
+TEST_F(LostHostFilesTest, theFirstThatHasNotMovedIsNamed)
+{
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/b/x"}, {"/a/y", "/b/y"}}), {taken(" 1"), taken(" 0")}),
+              "rename failed on /a/y: the connection was lost before it was moved");
+}
+
+TEST_F(LostHostFilesTest, aHostThatCannotBeAskedLeavesTheOutcomeUnknown)
+{
+    auto const changing = loop.start(HostFiles::makeDirectory(host, "/srv/new"));
+    loop.runUntil([&] { return host->runs.size() == 1; });
+    host->runs.back().answer->fail(std::make_exception_ptr(RemoteShellError::OutcomeUnknown("box")));
+    loop.runUntil([&] { return host->runs.size() == 2; });
+    host->runs.back().answer->fail(std::make_exception_ptr(RemoteShellError::NotConnected()));
+    loop.runUntil([&] { return changing.isDone(); });
+    EXPECT_THROW(changing.value(), RemoteShellError::OutcomeUnknown);
 }
 
 TEST_F(HostFilesTest, aFailureWithoutWordsHasItsStatus)

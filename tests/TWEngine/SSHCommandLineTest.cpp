@@ -194,12 +194,18 @@ TEST(SSHCommandLineTest, otherCallsAskNobodyAndShareTheConnectionIfTheyCan)
 TEST(SSHCommandLineTest, aDownloadPrintsTheFile)
 {
     EXPECT_THAT(SSHCommandLine::download(bare, "box", posix, "/srv/it's"),
-                ElementsAre("-o", "BatchMode=yes", "--", "box", "cat -- '/srv/it'\\''s'"));
-    EXPECT_EQ(SSHCommandLine::download(bare, "box", posix, "/\xFF").back(), "cat -- \"$(printf '\\057\\377')\"");
+                ElementsAre("-o", "BatchMode=yes", "--", "box", "cat -- '/srv/it'\\''s' && echo tw-end-of-file"));
+    EXPECT_EQ(SSHCommandLine::download(bare, "box", posix, "/\xFF").back(),
+              "cat -- \"$(printf '\\057\\377')\" && echo tw-end-of-file");
     EXPECT_EQ(SSHCommandLine::download(bare, "box", powershell, "/C:/it's").back(),
               ShellLiteral::powerShellEncoded("$f=[IO.File]::OpenRead('C:/it''s')\n"
                                               "$o=[Console]::OpenStandardOutput()\n"
                                               "$f.CopyTo($o); $f.Close(); $o.Flush()"));
+}
+
+TEST(SSHCommandLineTest, aScriptIsReadFromStandardInput)
+{
+    EXPECT_THAT(SSHCommandLine::script(bare, "box"), ElementsAre("-o", "BatchMode=yes", "--", "box", "bash -s"));
 }
 
 TEST(SSHCommandLineTest, anUploadGoesThroughAFileBesideTheTarget)

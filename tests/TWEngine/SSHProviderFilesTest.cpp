@@ -1,6 +1,8 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/ReadError.h"
+#include "TWEngine/SSH/DownloadEnd.h"
+#include "TWEngine/Transfer/HostSlots.h"
 #include "tests/support/DiskRows.h"
 #include "tests/support/SSHProviderTest.h"
 
@@ -49,6 +51,17 @@ TEST_F(SSHProviderFilesTest, aDownloadIsTheFile)
         auto const target = local.file("target", "what was there");
         loop.run(provider->download(path, target));
         EXPECT_EQ(contentOf(target), bytes);
+    }
+}
+
+TEST_F(SSHProviderFilesTest, whatLooksLikeTheEndOfAFileIsPartOfIt)
+{
+    reach();
+    auto const provider = connected();
+    for (std::string const &bytes :
+         {std::string(DownloadEnd::words), "x" + std::string(DownloadEnd::words) + std::string(DownloadEnd::words)}) {
+        loop.run(provider->download(folder.file("file", bytes), local.path("target")));
+        EXPECT_EQ(contentOf(local.path("target")), bytes);
     }
 }
 
@@ -213,46 +226,76 @@ TEST_F(SSHProviderFilesTest, aClientThatDoesNotStartIsToldInTheWordsOfTheSystem)
                 HasSubstr("No such file or directory"));
 }
 
-TEST_F(SSHProviderFilesTest, aTransferMakesTheOthersWait)
+TEST_F(SSHProviderFilesTest, aTransferHoldsNobodyUpAndEndsWithTheConnection)
 {
     reach();
     auto const provider = connected();
     EndlessFile const endless(folder.path("pipe"));
     auto const download = loop.start(provider->download(endless.path, local.path("target")));
-    loop.drain();
-    auto const command = loop.start(provider->runCommand({.text = "echo behind"}));
-    auto const second = loop.start(provider->download(folder.file("file", "second"), local.path("second")));
     loop.runUntil([&] {
         loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
         return std::filesystem::exists(local.path("target"));
     });
-    EXPECT_FALSE(command.isDone());
-    EXPECT_FALSE(second.isDone());
+    EXPECT_EQ(run(provider, "echo beside"), "beside\n");
+    loop.run(provider->download(folder.file("file", "second"), local.path("second")));
+    EXPECT_EQ(contentOf(local.path("second")), "second");
+    EXPECT_FALSE(download.isDone());
 
     loop.run(provider->disconnect());
     EXPECT_EQ(failureOf(download), "disconnected: shut down");
-    EXPECT_EQ(failureOf(command), "disconnected: shut down");
-    EXPECT_EQ(failureOf(second), "disconnected: shut down");
     EXPECT_FALSE(loop.run(provider->isLive()));
-    EXPECT_FALSE(std::filesystem::exists(local.path("second")));
 }
 
-TEST_F(SSHProviderFilesTest, whoStopsATransferIsNotHeldUpAndTheOthersGoOn)
+TEST_F(SSHProviderFilesTest, fourClientsRunAtOnceAndTheFifthWaits)
+{
+    reach();
+    auto const provider = connected();
+    std::vector<std::unique_ptr<EndlessFile>> pipes;
+    std::vector<Started<void>> downloads;
+    for (std::size_t index = 0; index <= HostSlots::atOnce; ++index) {
+        pipes.push_back(std::make_unique<EndlessFile>(folder.path("pipe " + std::to_string(index))));
+        downloads.push_back(loop.start(provider->download(pipes.back()->path, local.path(std::to_string(index)))));
+    }
+    loop.runUntil([&] {
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+        return namesOnDisk(local.path()).size() == HostSlots::atOnce;
+    });
+    EXPECT_EQ(namesOnDisk(local.path()).size(), HostSlots::atOnce);
+    downloads.front().stop();
+    loop.runUntil([&] {
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+        return namesOnDisk(local.path()).size() > HostSlots::atOnce;
+    });
+    loop.run(provider->disconnect());
+    for (std::size_t index = 1; index < downloads.size(); ++index)
+        EXPECT_EQ(failureOf(downloads[index]), "disconnected: shut down");
+    finish(downloads.front());
+}
+
+TEST_F(SSHProviderFilesTest, aStoppedTransferEnds)
 {
     reach();
     auto const provider = connected();
     EndlessFile const endless(folder.path("pipe"));
     auto const download = loop.start(provider->download(endless.path, local.path("target")));
-    auto const command = loop.start(provider->runCommand({.text = "echo behind"}));
     loop.drain();
     download.stop();
     finish(download);
     EXPECT_THROW(download.value(), Cancelled);
-    finish(command);
-    EXPECT_EQ(command.value().output, "behind\n");
+    EXPECT_EQ(run(provider, "echo behind"), "behind\n");
 }
 
-TEST_F(SSHProviderFilesTest, manyTransfersInTurn)
+TEST_F(SSHProviderFilesTest, aShellThatRunsNoCommandBringsNoFile)
+{
+    // As with `exec zsh` in a start file: the command is dropped, and it all ends with success.
+    reach({.loginScript = "#!/bin/sh\ncase $SSH_ORIGINAL_COMMAND in\n'cat '*) exec /bin/true;;\nesac\nexec /bin/sh -c "
+                          "\"$SSH_ORIGINAL_COMMAND\"\n"});
+    auto const provider = connected();
+    auto const download = loop.start(provider->download(folder.file("file", "content"), local.path("target")));
+    EXPECT_THAT(failureOf(download), HasSubstr("the host has not sent all of the file"));
+}
+
+TEST_F(SSHProviderFilesTest, manyTransfers)
 {
     reach();
     auto const provider = connected();
@@ -303,7 +346,9 @@ TEST_F(SSHProviderFilesTest, aLineThatBreaksInTheMiddleOfADownloadIsTold)
     reach();
     auto const provider = connected();
     EndlessFile const endless(folder.path("pipe"));
-    ASSERT_EQ(::write(endless.end.get(), "half", 4), 4);
+    // The last bytes are held back: they may be the words behind a file.
+    auto const half = "half" + std::string(DownloadEnd::words.size(), 'x');
+    ASSERT_EQ(::write(endless.end.get(), half.data(), half.size()), std::ssize(half));
     auto const download = loop.start(provider->download(endless.path, local.path("target")));
     loop.runUntil([&] {
         loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));

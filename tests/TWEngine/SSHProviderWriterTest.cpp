@@ -1,5 +1,8 @@
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Browsing/LocalSurvey.h"
+#include "tests/support/DiskRows.h"
 #include "tests/support/SSHProviderTest.h"
+#include "tests/support/SurveyTree.h"
 
 namespace tw::test {
 namespace {
@@ -79,6 +82,56 @@ TEST_F(SSHProviderWriterTest, theOtherCaseOfANameIsANameOfItsOwnHere)
     loop.run(provider->rename(from, folder.path("nAME")));
     EXPECT_EQ(run(provider, "cat '" + folder.path("nAME") + "'"), "content");
     EXPECT_EQ(run(provider, "cat '" + taken + "'"), "other");
+}
+
+TEST_F(SSHProviderWriterTest, thousandsOfNamesMoveInOneRoundTrip)
+{
+    folder.folder("from");
+    folder.folder("to");
+    std::vector<FileSystemWriter::Move> moves;
+    for (int index = 0; index < 3000; ++index) {
+        auto const name = "name " + std::to_string(index);
+        moves.push_back({folder.file("from/" + name), folder.path("to/" + name)});
+    }
+    loop.run(provider->moveAll(moves));
+    EXPECT_EQ(run(provider, "ls '" + folder.path("to") + "' | wc -l"), "3000\n");
+    EXPECT_EQ(run(provider, "ls -A '" + folder.path("from") + "'"), "");
+}
+
+TEST_F(SSHProviderWriterTest, theHostItselfSaysWhichNamesAreTaken)
+{
+    auto const odd = folder.folder("\xFF it's\n");
+    folder.file("\xFF it's\n/there\n", "12345");
+    auto const facts = loop.run(provider->factsAbout(folder.link("link", odd), {"there", "there\n"}));
+    EXPECT_EQ(facts.realPath, std::filesystem::canonical(odd));
+    ASSERT_EQ(facts.taken.size(), 1U);
+    EXPECT_EQ(facts.taken[0].name, "there\n");
+    EXPECT_EQ(facts.taken[0].size, 5);
+}
+
+TEST_F(SSHProviderWriterTest, aTreeOnTheHostIsTheSameAsItsCopyHere)
+{
+    fillTree(folder);
+    TemporaryFolder copy;
+    std::filesystem::copy(folder.path(), copy.path(),
+                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
+    auto names = namesOnDisk(folder.path());
+    names.push_back("none");
+    auto const there = loop.run(provider->survey(folder.path(), names));
+    auto const here = localSurvey(copy.path(), names, {});
+    EXPECT_EQ(shapes(there), shapes(here));
+    EXPECT_EQ(there.parts.size(), names.size() - 1);
+}
+
+TEST_F(SSHProviderWriterTest, aFolderThatIsNotThereIsNoSurvey)
+{
+    EXPECT_THAT(failureOf(loop.start(provider->survey(folder.path("none"), {"a"}))),
+                HasSubstr("No such file or directory"));
+}
+
+TEST_F(SSHProviderWriterTest, whatWasWrittenIsPutOnTheDisk)
+{
+    EXPECT_NO_THROW(loop.run(provider->sync(folder.path())));
 }
 
 TEST_F(SSHProviderWriterTest, pathsAreCopiedOnTheHost)
