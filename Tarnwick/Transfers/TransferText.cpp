@@ -1,20 +1,13 @@
 #include "Tarnwick/Transfers/TransferText.h"
 
 #include "Tarnwick/Format/Fmt.h"
+#include "Tarnwick/Operations/CountPhrase.h"
 
 namespace tw::TransferText {
 
 namespace {
 
 using namespace std::chrono_literals;
-
-std::string grouped(std::int64_t number)
-{
-    auto text = std::to_string(number);
-    for (auto place = static_cast<std::ptrdiff_t>(text.size()) - 3; place > 0; place -= 3)
-        text.insert(static_cast<std::size_t>(place), 1, ',');
-    return text;
-}
 
 std::int64_t roundedUp(std::int64_t number, std::int64_t step)
 {

@@ -116,6 +116,18 @@ TEST_F(BackgroundWorkTest, ofManyWorksTheOldestThreeAreShown)
     EXPECT_EQ(lines(), (Titles{"two", "three", "four", "and 1 more"}));
 }
 
+TEST_F(BackgroundWorkTest, workThatComesBackFromItsSheetHasItsLineAgain)
+{
+    auto const first = beginInBackground("one");
+    auto const second = beginInBackground("two");
+    works().move(first, Job::Place::sheet);
+    EXPECT_EQ(lines(), Titles{"two"});
+    works().move(first, Job::Place::background);
+    EXPECT_EQ(lines().size(), 2U);
+    works().end(second);
+    EXPECT_EQ(lines(), Titles{"one"});
+}
+
 TEST_F(BackgroundWorkTest, thePanesKeepTheKeyboardWhenALineComesAndGoes)
 {
     auto const work = beginInBackground("one");

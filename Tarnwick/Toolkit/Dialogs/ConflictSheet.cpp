@@ -1,11 +1,11 @@
 #include "Tarnwick/Toolkit/Dialogs/ConflictSheet.h"
 
+#include "Tarnwick/Operations/CountPhrase.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Dialogs/ConflictTable.h"
 
 #include <QKeyEvent>
 #include <QLabel>
-#include <QLocale>
 #include <QPushButton>
 
 #include <algorithm>
@@ -70,10 +70,10 @@ void ConflictSheet::showCount()
 {
     auto const open = model->answers().openCount();
     auto const isDone = open == 0;
-    auto const number = QLocale(QLocale::English).toString(static_cast<qulonglong>(open)).toStdString();
-    count->setText(Wording::shown(
-        isDone ? Text("Every name has its answer.")
-               : Text("R, K and S answer for the selected names, the buttons for the rest (%@).", {number})));
+    count->setText(Wording::shown(isDone
+                                      ? Text("Every name has its answer.")
+                                      : Text("R, K and S answer for the selected names, the buttons for the rest (%@).",
+                                             {grouped(static_cast<std::int64_t>(open))})));
     proceed->setEnabled(isDone);
     for (auto *const each : {replace, keepBoth, skip})
         each->setEnabled(!isDone);

@@ -12,7 +12,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <span>
+#include <utility>
 
 namespace tw {
 
@@ -54,19 +54,9 @@ void JobStrip::sync()
     auto const all = works->inBackground();
     auto const count = std::min(all.size(), mostLines);
     auto const shown = std::span(all).first(count);
-    auto const isOld = [&](JobLine const *line) { return std::ranges::find(shown, line->work()) == shown.end(); };
     auto const *const focused = window()->focusWidget();
     auto const hadKeyboard = focused && isAncestorOf(focused);
-    for (auto *const line : lines) {
-        if (!isOld(line))
-            continue;
-        line->hide();
-        line->deleteLater(); // its button may be the one that was just pressed
-    }
-    std::erase_if(lines, isOld);
-    // What is shown keeps its order, so that new lines are the last.
-    for (auto const &work : shown.subspan(lines.size()))
-        lines.push_back(newLine(work));
+    showLines(shown);
     more->setVisible(all.size() > count);
     more->setText(Wording::shown(Text("and %@ more", {std::to_string(all.size() - count)})));
     setVisible(!lines.empty());
@@ -80,13 +70,29 @@ void JobStrip::sync()
         leave();
 }
 
-JobLine *JobStrip::newLine(std::shared_ptr<Job> const &work)
+void JobStrip::showLines(std::span<std::shared_ptr<Job> const> jobs)
 {
-    auto *const line = new JobLine(works, work, this);
+    auto old = std::exchange(lines, {});
+    for (auto const &job : jobs) {
+        auto const known = std::ranges::find(old, job, &JobLine::work);
+        auto *const line = known == old.end() ? newLine(job) : *known;
+        if (known != old.end())
+            old.erase(known);
+        column->insertWidget(static_cast<int>(lines.size()), line);
+        line->show();
+        lines.push_back(line);
+    }
+    for (auto *const line : old) {
+        line->hide();
+        line->deleteLater(); // its button may be the one that was just pressed
+    }
+}
+
+JobLine *JobStrip::newLine(std::shared_ptr<Job> const &job)
+{
+    auto *const line = new JobLine(works, job, this);
     for (auto *const button : line->buttons())
         button->installEventFilter(this);
-    column->insertWidget(static_cast<int>(lines.size()), line);
-    line->show();
     return line;
 }
 

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <vector>
 
 class QLabel;
@@ -44,7 +45,8 @@ protected:
 private:
     void sync();
     void refresh();
-    JobLine *newLine(std::shared_ptr<Job> const &work);
+    void showLines(std::span<std::shared_ptr<Job> const> jobs);
+    JobLine *newLine(std::shared_ptr<Job> const &job);
     bool handleKey(QWidget &button, int key);
     void leave() const;
 

@@ -30,7 +30,7 @@ public:
 private:
     std::shared_ptr<SheetQueue> const queue;
     std::shared_ptr<JobList> const works;
-    JobSheets const jobSheets;
+    JobSheets jobSheets;
 };
 
 } // namespace tw
