@@ -23,23 +23,25 @@ tw_help=$(mv --help 2>&1)
 case $tw_help in *' -n'*) tw_keep=-n ;; *) tw_keep= ;; esac
 case $tw_help in *' -T'*) tw_plain=-T ;; *) tw_plain= ;; esac
 tw_into() {
-  local from=$1 to=$2 name words= said i=0
+  local from=$1/ to=$2/ name words= said before after count=0
   shift 2
-  local old=() new=() before after
+  cd -- "$from" || tw_end 'No such file or directory'
   for name do
-    tw_there "$from/$name" || { words='No such file or directory'; break; }
-    tw_there "$to/$name" && { words='File exists'; break; }
-    old+=("$from/$name")
-    new+=("$to/$name")
+    if ! [[ -e $name || -L $name ]]; then words='No such file or directory'; break; fi
+    if [[ -e $to$name || -L $to$name ]]; then words='File exists'; break; fi
+    count=$((count + 1))
   done
-  if [ ${#old[@]} -gt 0 ]; then
-    before=($(tw_id "${old[@]}"))
-    said=$(mv $tw_keep -- "${old[@]}" "$to/" 2>&1)
-    after=($(tw_id "${new[@]}"))
-    while [ $i -lt ${#old[@]} ]; do
-      if tw_there "${old[i]}" || ! tw_there "${new[i]}"; then tw_end "$said"; fi
-      tw_same "${before[i]}" "${after[i]}"
-      i=$((i + 1)) tw_n=$((tw_n + 1))
+  [ $count -eq $# ] || set -- "${@:1:count}"
+  if [ $# -gt 0 ]; then
+    before=$(tw_id "$@")
+    said=$(mv $tw_keep -- "$@" "$to" 2>&1)
+    after=$(cd -- "$to" && tw_id "$@")
+    local old=() new=() at=0
+    [ "$before" = "$after" ] || old=($before) new=($after)
+    for name do
+      if [[ -e $name || -L $name ]] || ! [[ -e $to$name || -L $to$name ]]; then tw_end "$said"; fi
+      [ ${#old[@]} -eq 0 ] || tw_same "${old[at]}" "${new[at]}"
+      at=$((at + 1)) tw_n=$((tw_n + 1))
     done
   fi
   [ -z "$words" ] || tw_end "$words"
@@ -76,14 +78,16 @@ Place placeOf(std::string_view path)
 }
 
 /// Whether the second move can be part of the program call of the first.
+///
+/// To stat, a dash means its standard input.
 bool goTogether(Move const &first, Move const &second)
 {
     auto const from = placeOf(first.from);
     auto const to = placeOf(first.to);
     auto const otherFrom = placeOf(second.from);
     auto const otherTo = placeOf(second.to);
-    return from.name == to.name && otherFrom.name == otherTo.name && from.folder == otherFrom.folder &&
-           to.folder == otherTo.folder && from.folder != to.folder;
+    return from.name == to.name && otherFrom.name == otherTo.name && otherFrom.name != "-" &&
+           from.folder == otherFrom.folder && to.folder == otherTo.folder && from.folder != to.folder;
 }
 
 std::size_t bytesOf(ShellDialect dialect, Move const &move)

@@ -145,10 +145,18 @@ exec /bin/mv "$@"
 
 TEST_F(MoveCommandTest, anotherFileUnderTheNewNameIsNoSuccess)
 {
-    replaceTool("mv", "for target; do :; done; rm \"$4\"; echo x > \"$target/a\"");
+    replaceTool("mv", "[ \"$1\" != --help ] || exit 0; echo x > \"$3/a\"; rm -- \"$2\"");
     folder.file("from/a");
     auto const failure = perform({move("a")});
     ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->words, "another file has taken the name");
+}
+
+TEST_F(MoveCommandTest, aDashIsAName)
+{
+    folder.file("from/-", "content");
+    EXPECT_FALSE(perform({move("-")}));
+    EXPECT_EQ(contentOf(folder.path("to/-")), "content");
 }
 
 TEST_F(MoveCommandTest, whatTheHostSaysIsPassedOn)
