@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,20 @@ double millisecondsOf(Work const &work)
     auto const start = std::chrono::steady_clock::now();
     work();
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// How long `work` keeps this thread busy, in milliseconds: without what other programs do meanwhile.
+template <class Work>
+double busyMillisecondsOf(Work const &work)
+{
+    auto const now = [] {
+        timespec time{};
+        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    auto const start = now();
+    work();
+    return std::chrono::duration<double, std::milli>(now() - start).count();
 }
 
 /// Makes the compiler believe that `value` is looked at, so that what computed it is not left out.

@@ -1,32 +1,20 @@
 // What it costs to list folders of a host for certain: the question beside each listing, folders that a person has
 // left, and folders of half a million files.
 
-#include "TWEngine/Browsing/Browser.h"
-#include "TWEngine/Runtime/EngineRuntime.h"
-#include "TWEngine/SSH/SSHProvider.h"
 #include "TWEngine/Shell/PathQuestion.h"
 #include "TWEngine/Shell/ResidentScript.h"
 #include "TWEngine/Shell/ShellRequest.h"
-#include "bench/BenchLoop.h"
+#include "bench/FarHost.h"
 #include "bench/Figure.h"
 #include "bench/ManyFiles.h"
-#include "tests/hosts/DelayProxy.h"
-#include "tests/hosts/SSHClient.h"
-#include "tests/hosts/TestHost.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <mutex>
 #include <stdexcept>
 
-#include <unistd.h>
-
 namespace tw::bench {
 namespace {
 
-using test::DelayProxy;
-using test::SSHClient;
 using test::TemporaryFolder;
-using test::TestHost;
 using Milliseconds = std::chrono::milliseconds;
 using enum Figures::Yardstick;
 
@@ -84,45 +72,10 @@ void measureQuestion(Figures &figures)
                    questionLimit, "ms", 1.0);
 }
 
-/// The host and the line to it.
-class FarHost {
-public:
-    explicit FarHost(double bytesPerSecond)
-    {
-        line.setSpeed(bytesPerSecond);
-        client.add("far", host.address().through(line.port()));
-    }
-
-    /// Not connected yet, and not sharing anything with an earlier one.
-    std::shared_ptr<SSHProvider> provider()
-    {
-        sockets.push_back(std::make_unique<TemporaryFolder>());
-        return std::make_shared<SSHProvider>(
-            SSHProvider::Collaborators{.engine = engine,
-                                       .sshProgram = client.program(),
-                                       .sockets = {.base = sockets.back()->path(), .user = ::getuid()}},
-            "far");
-    }
-
-    std::shared_ptr<Browser> browser()
-    {
-        return std::make_shared<Browser>(
-            provider(),
-            Browser::Collaborators{.strand = engine.makeStrand(), .clock = engine.clock(), .store = nullptr},
-            Browser::Config{.prefetchDepth = 1});
-    }
-
-    void sleep(Milliseconds time) { loop.run(engine.clock()->sleep(time)); }
-
-    EngineRuntime engine;
-    TestHost host{engine};
-    DelayProxy line{host.address().port, roundTrip};
-    SSHClient client;
-    BenchLoop loop;
-
-private:
-    std::vector<std::unique_ptr<TemporaryFolder>> sockets;
-};
+std::shared_ptr<Browser> shallowBrowser(FarHost &far)
+{
+    return far.browser(far.provider(), {.prefetchDepth = 1});
+}
 
 Task<void> openUntilStopped(std::shared_ptr<Browser> browser, std::string path)
 {
@@ -134,12 +87,12 @@ double nextFolderTime(FarHost &far, std::string const &leftFolder, Milliseconds 
 {
     TemporaryFolder const next;
     next.file("file");
-    auto const browser = far.browser();
+    auto const browser = shallowBrowser(far);
     far.loop.run(browser->connect());
     std::stop_source leave;
     auto const pane = far.engine.makeStrand();
     spawn({pane.executor(), leave.get_token()}, openUntilStopped(browser, leftFolder));
-    far.sleep(stay);
+    far.loop.run(far.engine.clock()->sleep(stay));
     leave.request_stop();
     auto const time = millisecondsOf([&] {
         if (far.loop.run(browser->open(next.path())).snapshot.count() != 1)
@@ -152,7 +105,8 @@ double nextFolderTime(FarHost &far, std::string const &leftFolder, Milliseconds 
 void measureLeftFolder(Figures &figures)
 {
     ManyFiles const left(leftFiles);
-    FarHost far(narrowBytesPerSecond);
+    FarHost far(roundTrip);
+    far.line.setSpeed(narrowBytesPerSecond);
     for (auto const stay : {Milliseconds(200), Milliseconds(1000), Milliseconds(3000)}) {
         std::vector<double> times;
         for (int run = 0; run < runs; ++run)
@@ -186,7 +140,7 @@ double findTime(FarHost &far, std::string const &path)
 void measureWholeFolder(Figures &figures)
 {
     ManyFiles const many(wholeFiles);
-    FarHost far(0);
+    FarHost far(roundTrip);
     std::vector<double> firstRows;
     auto const whole = [&] {
         auto const provider = far.provider();

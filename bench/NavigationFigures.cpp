@@ -1,11 +1,8 @@
 // How long a folder that is in memory takes from the wish to the rows on screen, in the program's own window.
 
-#include "TWEngine/Runtime/EngineRuntime.h"
-#include "Tarnwick/Connections/ConnectionRegistry.h"
-#include "Tarnwick/Toolkit/Program/QtMainContext.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
-#include "Tarnwick/Toolkit/Windows/MainWindow.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
+#include "bench/BenchWindow.h"
 #include "bench/Figure.h"
 #include "bench/ManyFiles.h"
 
@@ -35,16 +32,34 @@ public:
     double navigate(PaneController &pane, std::string const &path)
     {
         wanted = path;
-        isPainting = false;
-        return millisecondsOf([&] {
-            pane.navigate(path);
-            // The painting is over when the events that it was among have been handled.
-            while (!isPainting)
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        });
+        return millisecondsToPaint([&] { pane.navigate(path); });
+    }
+
+    /// Milliseconds of `work` in the folder on show, to the end of the painting that follows.
+    template <class Work>
+    double millisecondsToPaint(Work const &work)
+    {
+        return millisecondsOf([&] { paintAfter(work); });
+    }
+
+    /// The same, but only the time in which this thread works: the screen is another process.
+    template <class Work>
+    double busyMillisecondsToPaint(Work const &work)
+    {
+        return busyMillisecondsOf([&] { paintAfter(work); });
     }
 
 private:
+    template <class Work>
+    void paintAfter(Work const &work)
+    {
+        isPainting = false;
+        work();
+        // The painting is over when the events that it was among have been handled.
+        while (!isPainting)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
     PaneController const &shown;
     std::string wanted;
     bool isPainting = false;
@@ -80,29 +95,50 @@ void measureKeys(Figures &figures, PaneController &pane)
            millisecondsOfKey(pane, {.key = Key::insert, .text = {}}));
 }
 
-/// A program without commands of its own.
-class NoCommands final : public CommandTarget {
-public:
-    std::optional<CommandState> stateOf(Command /*command*/) const override { return std::nullopt; }
+/// A key and the row that it moves the cursor to: most of a frame is left for what the desktop does with it.
+constexpr double paintedKeyMilliseconds = 2.0;
 
-    void perform(Command /*command*/) override {}
-};
+void measurePaintedKey(Figures &figures, PaneController &pane, PaintWatch &watch)
+{
+    pane.handleKey({.key = Key::home, .text = {}});
+    std::vector<double> times;
+    for (int press = 0; press < 500; ++press)
+        times.push_back(watch.busyMillisecondsToPaint([&] { pane.handleKey({.key = Key::down, .text = {}}); }));
+    figures.report("work for an arrow key to painted row, 100,000 entries", median(std::move(times)),
+                   Figures::Yardstick::limit, paintedKeyMilliseconds, "ms", 1.0);
+}
+
+/// A click on the title of a column: four pictures of a screen of 60 Hz.
+constexpr double sortMilliseconds = 60.0;
+
+void measureSort(Figures &figures, PaneController &pane, PaintWatch &watch)
+{
+    struct Column {
+        SortKey key;
+        char const *name;
+    };
+
+    for (auto const &column :
+         {Column{SortKey::size, "size"}, Column{SortKey::date, "date"}, Column{SortKey::ext, "extension"}}) {
+        auto const sortBy = [&](SortKey key) {
+            auto options = pane.model().viewOptions();
+            options.sortKey = key;
+            return watch.millisecondsToPaint([&] { pane.adoptViewOptions(options); });
+        };
+        auto const turns = takeTurns(7, [&] { return sortBy(column.key); }, [&] { return sortBy(SortKey::name); });
+        figures.report("100,000 entries sorted by " + std::string(column.name) + " instead of by name, to painted rows",
+                       turns.subject, Figures::Yardstick::limit, sortMilliseconds, "ms", 1.0);
+    }
+}
 
 int run()
 {
     ManyFiles const veryMany(100'000);
     ManyFiles const many(10'000);
     ManyFiles const few(10);
-    EngineRuntime runtime;
-    QtMainContext mainContext;
-    ConnectionRegistry connections({.engine = runtime, .mainContext = mainContext.context()});
-    MemoryDefaults defaults;
-    MainWindowController controller({mainContext.context(), runtime.clock(), defaults}, connections);
-    NoCommands program;
-    MainWindow window(controller, defaults, program);
-    window.show();
-    auto &pane = *controller.pane(PaneSide::left);
-    PaintWatch watch(*window.pane(PaneSide::left).table().viewport(), pane);
+    BenchWindow bench;
+    auto &pane = bench.leftPane();
+    PaintWatch watch(*bench.window.pane(PaneSide::left).table().viewport(), pane);
 
     watch.navigate(pane, many.path()); // cold
     Figures figures;
@@ -114,6 +150,8 @@ int run()
                    frameMilliseconds, "ms", 1.0);
     watch.navigate(pane, veryMany.path());
     measureKeys(figures, pane);
+    measurePaintedKey(figures, pane, watch);
+    measureSort(figures, pane, watch);
     return figures.exitCode();
 }
 

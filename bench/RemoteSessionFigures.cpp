@@ -1,14 +1,7 @@
 // What a host at the end of a long line costs a person who waits: a real sshd, the ssh client, and a line that delays.
 
-#include "TWEngine/Browsing/Browser.h"
-#include "TWEngine/Runtime/EngineRuntime.h"
-#include "TWEngine/SSH/SSHProvider.h"
-#include "bench/BenchLoop.h"
+#include "bench/FarHost.h"
 #include "bench/Figure.h"
-#include "tests/hosts/DelayProxy.h"
-#include "tests/hosts/SSHClient.h"
-#include "tests/hosts/TestHost.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -19,10 +12,7 @@
 namespace tw::bench {
 namespace {
 
-using test::DelayProxy;
-using test::SSHClient;
 using test::TemporaryFolder;
-using test::TestHost;
 using Milliseconds = std::chrono::milliseconds;
 
 constexpr int manyFiles = 1000;
@@ -38,12 +28,12 @@ constexpr double enteringLimit = 5;
 constexpr double firstListingRoundTrips = 2;
 constexpr double firstListingOverhead = 30;
 
-/// The host, the line to it and what lies on it.
-class FarHost {
+/// What lies on the host.
+class Tree {
 public:
-    FarHost()
+    Tree()
     {
-        std::filesystem::create_directory(tree.path("many"));
+        std::filesystem::create_directory(folder.path("many"));
         for (int index = 0; index < manyFiles; ++index)
             std::ofstream(many() + "/a file of a usual length " + std::to_string(index) + ".txt") << index;
         for (int index = 0; index < subfolders; ++index) {
@@ -51,43 +41,24 @@ public:
             for (int file = 0; file < 30; ++file)
                 std::ofstream(subfolder(index) + "/file " + std::to_string(file)) << file;
         }
-        client.add("far", host.address().through(line.port()));
     }
 
-    std::string many() const { return tree.path("many"); }
+    std::string many() const { return folder.path("many"); }
 
-    std::string top() const { return tree.path("top"); }
+    std::string top() const { return folder.path("top"); }
 
     std::string subfolder(int index) const { return top() + "/folder " + std::to_string(index); }
 
-    /// Not connected yet, and not sharing anything with an earlier one.
-    std::shared_ptr<SSHProvider> provider()
-    {
-        sockets.push_back(std::make_unique<TemporaryFolder>());
-        return std::make_shared<SSHProvider>(
-            SSHProvider::Collaborators{.engine = engine,
-                                       .sshProgram = client.program(),
-                                       .sockets = {.base = sockets.back()->path(), .user = ::getuid()}},
-            "far");
-    }
-
-    std::shared_ptr<Browser> browser(std::shared_ptr<SSHProvider> provider)
-    {
-        return std::make_shared<Browser>(
-            std::move(provider),
-            Browser::Collaborators{.strand = engine.makeStrand(), .clock = engine.clock(), .store = nullptr},
-            Browser::Config{});
-    }
-
-    EngineRuntime engine;
-    TestHost host{engine};
-    DelayProxy line{host.address().port, {}};
-    SSHClient client;
-    BenchLoop loop;
-
 private:
-    TemporaryFolder tree;
-    std::vector<std::unique_ptr<TemporaryFolder>> sockets;
+    TemporaryFolder folder;
+};
+
+/// A far host with that tree on it.
+class FarHostWithTree : public FarHost {
+public:
+    FarHostWithTree() : FarHost(Milliseconds(0)) {}
+
+    Tree const tree;
 };
 
 /// Runs a shell command to its end, in milliseconds.
@@ -108,41 +79,41 @@ double medianOf(int count, auto const &measure)
 }
 
 /// What the host itself takes to find the files of a folder.
-double findTime(FarHost &far)
+double findTime(FarHostWithTree &far)
 {
     return medianOf(runs, [&] {
-        return commandTime("find -H '" + far.many() +
+        return commandTime("find -H '" + far.tree.many() +
                            "' -maxdepth 1 -mindepth 1 -printf '%y\\t%s\\t%T@\\t%m\\t%P\\0' >/dev/null");
     });
 }
 
 /// What a client takes that is started, logs in and asks for nothing.
-double bareClientTime(FarHost &far)
+double bareClientTime(FarHostWithTree &far)
 {
     return medianOf(runs, [&] { return commandTime(far.client.program() + " far true </dev/null"); });
 }
 
-double firstListingTime(FarHost &far)
+double firstListingTime(FarHostWithTree &far)
 {
     return medianOf(runs, [&] {
         auto const provider = far.provider();
         auto const time = millisecondsOf([&] {
             far.loop.run(provider->connect());
-            keep(far.loop.run(provider->fetch(far.many(), 1, FetchPriority::interactive)).size());
+            keep(far.loop.run(provider->fetch(far.tree.many(), 1, FetchPriority::interactive)).size());
         });
         far.loop.run(provider->disconnect());
         return time;
     });
 }
 
-double listingTime(FarHost &far)
+double listingTime(FarHostWithTree &far)
 {
     auto const provider = far.provider();
     far.loop.run(provider->connect());
     auto const time = medianOf(2 * runs, [&] {
         return millisecondsOf([&] {
-            auto const listings = far.loop.run(provider->fetch(far.many(), 1, FetchPriority::interactive));
-            if (listings.at(far.many()).count() != manyFiles)
+            auto const listings = far.loop.run(provider->fetch(far.tree.many(), 1, FetchPriority::interactive));
+            if (listings.at(far.tree.many()).count() != manyFiles)
                 throw std::runtime_error("the listing is not whole");
         });
     });
@@ -151,17 +122,17 @@ double listingTime(FarHost &far)
 }
 
 /// The slowest of ten folders, entered one after the other once the first listing is there.
-double enteringTime(FarHost &far)
+double enteringTime(FarHostWithTree &far)
 {
     auto const browser = far.browser(far.provider());
     far.loop.run(browser->connect());
-    keep(far.loop.run(browser->open(far.top())).snapshot.count());
-    while (!far.loop.run(browser->cached(far.subfolder(subfolders - 1))))
+    keep(far.loop.run(browser->open(far.tree.top())).snapshot.count());
+    while (!far.loop.run(browser->cached(far.tree.subfolder(subfolders - 1))))
         far.loop.run(far.engine.clock()->sleep(Milliseconds(1)));
     double slowest = 0;
     for (int index = 0; index < subfolders; ++index) {
         slowest = std::max(slowest, millisecondsOf([&] {
-                               auto const opened = far.loop.run(browser->open(far.subfolder(index)));
+                               auto const opened = far.loop.run(browser->open(far.tree.subfolder(index)));
                                if (opened.wasCold || opened.snapshot.count() == 0)
                                    throw std::runtime_error("a folder was not scanned ahead");
                            }));
@@ -171,17 +142,17 @@ double enteringTime(FarHost &far)
 }
 
 /// How many connections it takes to open a folder again after the line was cut. Throws what the user would see.
-double reopeningConnections(FarHost &far)
+double reopeningConnections(FarHostWithTree &far)
 {
     auto const provider = far.provider();
     auto const browser = far.browser(provider);
     far.loop.run(browser->connect());
-    keep(far.loop.run(browser->open(far.many())).snapshot.count());
+    keep(far.loop.run(browser->open(far.tree.many())).snapshot.count());
     far.loop.run(provider->runCommand({.text = "true", .session = CommandSession::background})); // both sessions are up
     auto const before = far.line.traffic().connections;
     far.line.cut();
     far.loop.run(browser->invalidateAll());
-    if (far.loop.run(browser->open(far.many())).snapshot.count() != manyFiles)
+    if (far.loop.run(browser->open(far.tree.many())).snapshot.count() != manyFiles)
         throw std::runtime_error("the listing is not whole");
     auto const made = far.line.traffic().connections - before;
     far.loop.run(browser->shutdown());
@@ -195,11 +166,11 @@ bool hasMounts()
 }
 
 /// The same listing through a mounted folder that has not been looked at yet.
-double mountedListingTime(FarHost &far)
+double mountedListingTime(FarHostWithTree &far)
 {
     TemporaryFolder const mount;
     return medianOf(3, [&] {
-        commandTime("sshfs -o ssh_command=" + far.client.program() + " 'far:" + far.many() + "' '" + mount.path() +
+        commandTime("sshfs -o ssh_command=" + far.client.program() + " 'far:" + far.tree.many() + "' '" + mount.path() +
                     "'");
         auto const time = commandTime("ls -la '" + mount.path() + "' >/dev/null");
         commandTime("fusermount3 -u '" + mount.path() + "'");
@@ -207,7 +178,7 @@ double mountedListingTime(FarHost &far)
     });
 }
 
-void measureAt(FarHost &far, Figures &figures, Milliseconds roundTrip, double &firstListingAtOnce)
+void measureAt(FarHostWithTree &far, Figures &figures, Milliseconds roundTrip, double &firstListingAtOnce)
 {
     far.line.setRoundTrip(roundTrip);
     auto const distance = static_cast<double>(roundTrip.count());
@@ -235,7 +206,7 @@ void measureAt(FarHost &far, Figures &figures, Milliseconds roundTrip, double &f
 
 int measureAll()
 {
-    FarHost far;
+    FarHostWithTree far;
     Figures figures;
     double firstListingAtOnce = 0;
     for (auto const roundTrip : {Milliseconds(0), Milliseconds(50), Milliseconds(150)})

@@ -1,9 +1,6 @@
 // What a tab costs in memory beside the listing that all tabs on a folder share, in the program's own window.
 
-#include "TWEngine/Runtime/EngineRuntime.h"
-#include "Tarnwick/Connections/ConnectionRegistry.h"
-#include "Tarnwick/Toolkit/Program/QtMainContext.h"
-#include "Tarnwick/Toolkit/Windows/MainWindow.h"
+#include "bench/BenchWindow.h"
 #include "bench/Figure.h"
 #include "bench/ManyFiles.h"
 
@@ -17,14 +14,6 @@ namespace {
 constexpr double mostKibibytes = 1024;
 
 constexpr int measuredTabs = 20;
-
-/// A program without commands of its own.
-class NoCommands final : public CommandTarget {
-public:
-    std::optional<CommandState> stateOf(Command /*command*/) const override { return std::nullopt; }
-
-    void perform(Command /*command*/) override {}
-};
 
 double kibibytesInUse()
 {
@@ -42,19 +31,13 @@ void waitForListing(PaneController const &pane, std::string const &path)
 int run()
 {
     ManyFiles const many(10'000);
-    EngineRuntime runtime;
-    QtMainContext mainContext;
-    ConnectionRegistry connections({.engine = runtime, .mainContext = mainContext.context()});
-    MemoryDefaults defaults;
-    MainWindowController controller({mainContext.context(), runtime.clock(), defaults}, connections);
-    NoCommands program;
-    MainWindow window(controller, defaults, program);
-    window.show();
+    BenchWindow bench;
+    auto &controller = bench.controller;
     controller.start({.left = PaneSpec{"local", many.path(), true}, .right = {}});
-    waitForListing(*controller.pane(PaneSide::left), many.path());
+    waitForListing(bench.leftPane(), many.path());
     auto const openTab = [&] {
         controller.cmdNewTab();
-        waitForListing(*controller.pane(PaneSide::left), many.path());
+        waitForListing(bench.leftPane(), many.path());
     };
     openTab(); // what the first one needs is not for each
     auto const before = kibibytesInUse();

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Toolkit/Program/QtMainContext.h"
+#include "Tarnwick/Toolkit/Windows/MainWindow.h"
+
+namespace tw::bench {
+
+/// The program's own window, on show, with settings that nobody has changed.
+class BenchWindow {
+public:
+    BenchWindow() { window.show(); }
+
+    BenchWindow(BenchWindow const &) = delete;
+    BenchWindow &operator=(BenchWindow const &) = delete;
+
+    PaneController &leftPane() { return *controller.pane(PaneSide::left); }
+
+private:
+    /// A program without commands of its own.
+    class NoCommands final : public CommandTarget {
+    public:
+        std::optional<CommandState> stateOf(Command /*command*/) const override { return std::nullopt; }
+
+        void perform(Command /*command*/) override {}
+    };
+
+    EngineRuntime runtime;
+    QtMainContext mainContext;
+    ConnectionRegistry connections{{.engine = runtime, .mainContext = mainContext.context()}};
+    MemoryDefaults defaults;
+    NoCommands program;
+
+public:
+    MainWindowController controller{{mainContext.context(), runtime.clock(), defaults}, connections};
+    MainWindow window{controller, defaults, program};
+};
+
+} // namespace tw::bench
