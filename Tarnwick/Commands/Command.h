@@ -42,6 +42,8 @@ enum class Command {
     connect,
     contextMenu,
     rename,
+    copyFiles,
+    moveFiles,
     newFolder,
     deleteFiles,
     copyName,

@@ -12,6 +12,8 @@ void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subjec
         items.push_back({.command = Command::openSelection, .title = "Open Folder"});
         items.push_back({.kind = Kind::separator});
     }
+    items.push_back({.command = Command::copyFiles, .title = "Copy to Other Pane…"});
+    items.push_back({.command = Command::moveFiles, .title = "Move to Other Pane…"});
     items.push_back({.command = Command::rename, .title = "Rename…"});
     for (auto const command :
          {Command::copyName, Command::copyNameWithoutExtension, Command::copyFullPath,

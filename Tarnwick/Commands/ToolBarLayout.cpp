@@ -32,8 +32,8 @@ bool contains(std::vector<std::string_view> const &items, std::string_view ident
 
 ToolBarLayout ToolBarLayout::usual()
 {
-    return {.items = {"tw.back", "tw.forward", "tw.connect", "tw.refresh", flexibleSpace, "tw.newFolder", "tw.delete",
-                      flexibleSpace, "tw.sameFolder", "tw.hidden"}};
+    return {.items = {"tw.back", "tw.forward", "tw.connect", "tw.refresh", flexibleSpace, "tw.newFolder", "tw.copy",
+                      "tw.move", "tw.rename", "tw.delete", flexibleSpace, "tw.sameFolder", "tw.hidden"}};
 }
 
 std::optional<ToolBarLayout> ToolBarLayout::fromText(std::string const &stored)

@@ -1,10 +1,27 @@
 #include "Tarnwick/Operations/OperationContext.h"
 
+#include "TWCore/Async/Cancelled.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 #include <algorithm>
 
 namespace tw {
+
+namespace {
+
+Task<void> show(std::shared_ptr<Dialogs> dialogs, std::exception_ptr failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (Cancelled const &) {
+        throw;
+    } catch (...) {
+        // Shown outside of the handler: nothing may be awaited in one.
+    }
+    co_await dialogs->error(PaneStatus::describe(failure));
+}
+
+} // namespace
 
 void OperationContext::warn(Text const &text) const
 {
@@ -18,10 +35,15 @@ void OperationContext::refuse() const
         asked->refuse();
 }
 
+Task<void> OperationContext::showFailure(std::exception_ptr failure) const
+{
+    return show(dialogs, std::move(failure));
+}
+
 PaneSpinner::Work OperationContext::beginWork() const
 {
     auto const asked = pane.lock();
-    return asked ? asked->beginWork() : nullptr;
+    return asked ? asked->beginChange(operands.browser) : nullptr;
 }
 
 void OperationContext::rereadFolder(std::string const &select) const
@@ -39,7 +61,8 @@ std::string OperationContext::nameSurviving() const
     return asked ? asked->nameSurviving(operands.names) : std::string();
 }
 
-void OperationContext::rereadWithout(std::vector<std::string> const &gone, std::string const &survivor) const
+void OperationContext::rereadWithout(Operands const &where, std::vector<std::string> const &gone,
+                                     std::string const &survivor) const
 {
     auto const asked = pane.lock();
     for (auto const &weak : panes) {
@@ -47,8 +70,10 @@ void OperationContext::rereadWithout(std::vector<std::string> const &gone, std::
         if (!each)
             continue;
         auto const goes = std::ranges::find(gone, each->cursorName()) != gone.end();
-        auto const select = each == asked ? survivor : goes ? each->nameSurviving(gone) : std::string();
-        each->rereadIfAt(operands, select);
+        auto select = goes ? each->nameSurviving(gone) : std::string();
+        if (each == asked && !survivor.empty())
+            select = survivor;
+        each->rereadIfAt(where, std::move(select));
     }
 }
 

@@ -3,11 +3,15 @@
 #include "Tarnwick/Operations/Dialogs.h"
 #include "Tarnwick/Panes/PaneController.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tw {
+
+class Connections;
+class Transfer;
 
 /// What an operation is given when its key is pressed. What the pane does afterwards changes nothing about it.
 ///
@@ -19,12 +23,18 @@ struct OperationContext {
     /// All of the window, that one too: any of them may show what the operation changes.
     std::vector<std::weak_ptr<PaneController>> panes;
     std::shared_ptr<Dialogs> dialogs;
+    Operands target = {};               ///< the folder in the other pane, where copies go; no names
+    Connections *connections = nullptr; ///< outlives the operation
+    std::function<std::shared_ptr<Transfer>()> makeTransfer = {}; ///< one for each operation
 
     /// Shows what kept the operation from beginning on the pane's status line.
     void warn(Text const &text) const;
 
     /// Says that there is nothing to work on.
     void refuse() const;
+
+    /// Shows why the operation has failed, and ends when the user has seen it. Throws Cancelled if it was called off.
+    Task<void> showFailure(std::exception_ptr failure) const;
 
     /// Keeps the pane's spinner turning until the handle goes, once that takes longer than a moment.
     [[nodiscard]] PaneSpinner::Work beginWork() const;
@@ -36,9 +46,9 @@ struct OperationContext {
     /// Where the cursor of the pane of the key press goes when the operands have gone.
     std::string nameSurviving() const;
 
-    /// Every pane that still shows the folder of the operands reads it again, without `gone`. The cursor goes to the
-    /// name that survives them if it is on one of them, and in the pane of the key press to `survivor`.
-    void rereadWithout(std::vector<std::string> const &gone, std::string const &survivor) const;
+    /// Every pane that still shows the folder of `where` reads it again, without `gone`. A cursor on one of these goes
+    /// to the name that survives them, and in the pane of the key press to `survivor`, if that is not empty.
+    void rereadWithout(Operands const &where, std::vector<std::string> const &gone, std::string const &survivor) const;
 
     /// Removes the marks on the operands wherever they are on show.
     void unmarkOperands() const;

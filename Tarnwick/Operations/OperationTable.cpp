@@ -1,5 +1,6 @@
 #include "Tarnwick/Operations/OperationTable.h"
 
+#include "Tarnwick/Operations/CopyMove.h"
 #include "Tarnwick/Operations/Delete.h"
 #include "Tarnwick/Operations/MarkByMask.h"
 #include "Tarnwick/Operations/NewFolder.h"
@@ -9,6 +10,10 @@ namespace tw {
 Operation operationOf(Command command)
 {
     switch (command) {
+    case Command::copyFiles:
+        return copyOperands;
+    case Command::moveFiles:
+        return moveOperands;
     case Command::newFolder:
         return newFolder;
     case Command::deleteFiles:

@@ -1,6 +1,8 @@
 #include "Tarnwick/Panes/PaneController.h"
 
+#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/WindowsPath.h"
+#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Panes/HostArrival.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Settings/Settings.h"
@@ -237,8 +239,38 @@ void PaneController::showWaiting()
         notices.waitFor(hostArrival->host(), hostArrival->browser()->providerRef());
     else if (navigator->isUnderWay() && heading && spinner.isSpinning())
         notices.waitFor(shownConnection, heading->providerRef());
+    else if (spinner.isSpinning())
+        notices.waitFor(connection, browser->providerRef()); // an operation does
     else
         notices.stopWaiting();
+}
+
+PaneSpinner::Work PaneController::beginChange(std::shared_ptr<Browser> const &place) const
+{
+    auto host = std::dynamic_pointer_cast<CommandHost>(place->providerRef());
+    if (!host)
+        return spinner.begin();
+
+    struct Change {
+        PaneSpinner::Work turning;
+        std::stop_source probing = {};
+
+        ~Change() { probing.request_stop(); }
+    };
+
+    auto const change = std::make_shared<Change>(spinner.begin());
+    spawn({collaborators.mainContext, change->probing.get_token()}, probe(std::move(host), collaborators.clock));
+    return change;
+}
+
+/// A change may take long without a word from the host, so that it is no sign of a dead one. An answer to something
+/// small is one of a live one, and its absence is noticed as with any question of a person.
+Task<void> PaneController::probe(std::shared_ptr<CommandHost> host, std::shared_ptr<Clock> clock)
+{
+    for (;;) {
+        co_await clock->sleep(std::chrono::seconds(1));
+        co_await outcomeOf(host->runCommand({.text = ":"}));
+    }
 }
 
 void PaneController::showNotice()

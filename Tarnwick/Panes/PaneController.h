@@ -165,6 +165,9 @@ public:
     /// Something that the user waits for beside the pane's own listings, until the handle goes.
     [[nodiscard]] PaneSpinner::Work beginWork() const { return spinner.begin(); }
 
+    /// The same for a change at `place`. A host that is silent meanwhile is named in the strip.
+    [[nodiscard]] PaneSpinner::Work beginChange(std::shared_ptr<Browser> const &place) const;
+
     /// Forgets what is cached of the folder on show and reads it again. The marks that still apply stay. Repeats while
     /// the folder is being read have it read once more.
     void refresh();
@@ -289,6 +292,7 @@ private:
     void followTyped(std::string const &text, std::string home);
     std::optional<TypedPath> placeToComplete(std::string const &text, std::string home) const;
     Task<KnownConnection> connectionToComplete(TypedPath const &place, std::shared_ptr<Browser> own) const;
+    static Task<void> probe(std::shared_ptr<CommandHost> host, std::shared_ptr<Clock> clock);
     static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
     static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
 

@@ -198,6 +198,7 @@ bool PaneController::giveUp()
         return false;
     notices.clear();
     missed.reset();
+    notices.stopWaiting();
     if (!isWaiting) {
         showPath(shownPath); // it is the pane's place from now on
         return true;

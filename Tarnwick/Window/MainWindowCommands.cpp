@@ -65,6 +65,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
         return CommandState{.isEnabled = window.activePane().canGoBack()};
     case Command::forward:
         return CommandState{.isEnabled = window.activePane().canGoForward()};
+    case Command::copyFiles:
+    case Command::moveFiles:
     case Command::deleteFiles:
         return CommandState{.isEnabled = window.activePane().hasOperands()};
     case Command::toggleHidden:

@@ -31,8 +31,11 @@ std::vector<ConnectionItem> menuFor(PaneController const &pane, std::optional<st
 } // namespace
 
 MainWindowController::MainWindowController(PaneController::Collaborators with, Connections &connections,
-                                           std::shared_ptr<SessionMemory> session)
-    : collaborators(std::move(with)), sources(connections), memory(std::move(session))
+                                           std::shared_ptr<SessionMemory> session, MakeTransfer transfers)
+    : collaborators(std::move(with)),
+      sources(connections),
+      memory(std::move(session)),
+      makeTransfer(std::move(transfers))
 {
     for (auto const side : bothSides)
         containers[indexOf(side)] = makeContainer(side);
@@ -212,7 +215,15 @@ void MainWindowController::start(Operation operation)
 
 OperationContext MainWindowController::contextOf(std::shared_ptr<PaneController> const &of) const
 {
-    OperationContext context{.operands = of->operands(), .pane = of, .panes = {}, .dialogs = window->dialogs()};
+    auto const isLeft = of == pane(PaneSide::left);
+    OperationContext context{.operands = of->operands(),
+                             .pane = of,
+                             .panes = {},
+                             .dialogs = window->dialogs(),
+                             .target = pane(isLeft ? PaneSide::right : PaneSide::left)->operands(),
+                             .connections = &sources,
+                             .makeTransfer = makeTransfer};
+    context.target.names.clear();
     for (auto const &each : containers) {
         for (auto const &one : each->panes())
             context.panes.push_back(one);

@@ -11,6 +11,7 @@
 #include "Tarnwick/Window/PaneContainer.h"
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,9 +25,11 @@ namespace tw {
 /// Lifetime: outlives its display and the panes' views; the connections outlive it.
 class MainWindowController {
 public:
-    /// `memory` may be null: nothing is remembered.
+    using MakeTransfer = std::function<std::shared_ptr<Transfer>()>;
+
+    /// `memory` may be null: nothing is remembered. `makeTransfer` gives each copy and each move what moves its bytes.
     MainWindowController(PaneController::Collaborators collaborators, Connections &connections,
-                         std::shared_ptr<SessionMemory> memory = nullptr);
+                         std::shared_ptr<SessionMemory> memory = nullptr, MakeTransfer makeTransfer = {});
 
     /// Opens the tabs of both sides: what the command line asked for, else what was open last time, else the home
     /// directory.
@@ -129,6 +132,7 @@ private:
     PaneController::Collaborators collaborators;
     Connections &sources;
     std::shared_ptr<SessionMemory> const memory;
+    MakeTransfer const makeTransfer;
     /// The saved hosts between two openings of a menu, shared with the tasks that read them.
     std::shared_ptr<KnownHosts> const knownHosts = std::make_shared<KnownHosts>();
     std::array<std::unique_ptr<PaneContainer>, 2> containers; ///< both exist, but for the time of construction

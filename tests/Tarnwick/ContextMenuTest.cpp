@@ -28,17 +28,19 @@ std::vector<std::string> titles(ContextSubject const &subject)
 TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 {
     EXPECT_THAT(titles({.row = Row::folder}),
-                ElementsAre("Open Folder", "-", "Rename…", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
-                            "Copy/Relative to Other Pane", "Copy/Relative to Home", "Copy/Enclosing Folder", "Delete…",
-                            "-", "New Folder…", "Refresh", "Show Hidden Files"));
+                ElementsAre("Open Folder", "-", "Copy to Other Pane…", "Move to Other Pane…", "Rename…", "Copy/Name",
+                            "Copy/Name Without Extension", "Copy/Full Path", "Copy/Relative to Other Pane",
+                            "Copy/Relative to Home", "Copy/Enclosing Folder", "Delete…", "-", "New Folder…", "Refresh",
+                            "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 {
     EXPECT_THAT(titles({.row = Row::file, .isLocal = false}),
-                ElementsAre("Rename…", "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path",
-                            "Copy/Host and Path", "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…",
-                            "-", "New Folder…", "Refresh", "Show Hidden Files"));
+                ElementsAre("Copy to Other Pane…", "Move to Other Pane…", "Rename…", "Copy/Name",
+                            "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
+                            "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…", "-", "New Folder…",
+                            "Refresh", "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, whatIsDeletedAreTheMarkedFiles)

@@ -117,6 +117,41 @@ TEST_F(DeleteTest, afterAFailureTheRestStaysMarked)
     EXPECT_EQ(cursorName(), "c");
 }
 
+TEST_F(DeleteTest, whatTheTrashRefusesIsDeletedForGoodIfTheUserWantsThat)
+{
+    press(Key::insert);
+    press(Key::insert);
+    begin();
+    agree();
+    provider->writes.back().fail(std::make_exception_ptr(FileOperationError::NoTrash("/x/b", "no Trash here")));
+    loop.drain();
+    answer({"b", "c", "d"});
+    ASSERT_THAT(dialogs->confirmations, SizeIs(2));
+    EXPECT_EQ(question().title, "Delete 2 items permanently?") << "this place does not say what is left";
+    EXPECT_THAT(question().message, ::testing::HasSubstr("The Trash does not take /x/b: no Trash here"));
+    EXPECT_EQ(question().okTitle, "Delete Permanently");
+    EXPECT_EQ(question().danger, Dialogs::Danger::destructive);
+    EXPECT_THAT(provider->writes, SizeIs(1)) << "not before the answer";
+    agree();
+    EXPECT_EQ(provider->writes.back().what, "removePermanently /x/a /x/b");
+    endWrite();
+    answer({"c", "d"});
+    EXPECT_TRUE(operation->isDone());
+}
+
+TEST_F(DeleteTest, whatTheTrashRefusesStaysIfTheUserDoesNotWantThat)
+{
+    begin();
+    agree();
+    provider->writes.back().fail(std::make_exception_ptr(FileOperationError::NoTrash("/x/a", "no Trash here")));
+    loop.drain();
+    dialogs->confirmations.back().answer(Dialogs::Answer::cancel);
+    loop.drain();
+    EXPECT_THAT(provider->writes, SizeIs(1));
+    EXPECT_TRUE(operation->isDone());
+    answer({"a", "b", "c", "d"});
+}
+
 TEST_F(DeleteTest, thereIsNothingToDeleteOnTheRowOfTheFolderAbove)
 {
     press(Key::home);

@@ -85,6 +85,39 @@ TEST_F(MainWindowCommandsTest, anOperationWorksOnWhatTheActivePaneShowsWhenItsKe
     EXPECT_EQ(window.questions->prompts.front().question.message, "Create in local:/right");
 }
 
+TEST_F(MainWindowCommandsTest, whatWorksOnFilesIsOfferedWhereThereAreSome)
+{
+    startOn("/left/below", "/right");
+    for (auto const command : {Command::copyFiles, Command::moveFiles, Command::deleteFiles}) {
+        controller.activePane().moveCursorTo(0);
+        EXPECT_FALSE(commands.stateOf(command)->isEnabled) << "the folder above";
+        controller.activePane().moveCursorTo(1);
+        EXPECT_TRUE(commands.stateOf(command)->isEnabled);
+    }
+}
+
+TEST_F(MainWindowCommandsTest, aCopyGoesToTheFolderInTheOtherPane)
+{
+    startOn("/left", "/right");
+    controller.setActive(PaneSide::right);
+    controller.activePane().moveCursorTo(1);
+    perform(Command::copyFiles);
+    ASSERT_THAT(window.questions->prompts, SizeIs(1));
+    EXPECT_EQ(window.questions->prompts.front().question.initial, "/left");
+    EXPECT_EQ(window.questions->prompts.front().question.message, "a\n\nfrom local:/right\nto local:");
+}
+
+TEST_F(MainWindowCommandsTest, theKeyOfAPaneDeletesInThatPane)
+{
+    startOn("/left", "/right");
+    auto const &right = controller.pane(PaneSide::right);
+    right->moveCursorTo(1);
+    right->handleKey({.key = Key::forwardDelete, .text = {}});
+    loop.drain();
+    EXPECT_EQ(controller.activeSide(), PaneSide::right);
+    EXPECT_EQ(this->right.status, "⚠︎ local is read-only");
+}
+
 TEST_F(MainWindowCommandsTest, aPaneThatShowsNothingYetHasNothingToWorkOn)
 {
     perform(Command::newFolder);

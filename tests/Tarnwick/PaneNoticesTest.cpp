@@ -346,6 +346,23 @@ TEST_F(PaneNoticesTest, aHostThatFallsSilentIsSaidToBeSilentWhileThePaneWaits)
     EXPECT_EQ(host->statusReaders, 0) << "nobody waits for it any more";
 }
 
+TEST_F(PaneNoticesTest, aHostThatFallsSilentDuringAChangeIsSaidToBeSilent)
+{
+    showHost();
+    auto work = pane->beginChange(there);
+    pass(milliseconds(120));
+    pass(seconds(1));
+    ASSERT_EQ(host->runs.size(), 1U) << "a change may be long and silent, a question has an answer";
+    become(Phase::silent, milliseconds(5000));
+    EXPECT_THAT(display.noticeText(), HasSubstr("5 s"));
+    press(Key::escape);
+    EXPECT_FALSE(display.notice) << "the change goes on without the words";
+    work.reset();
+    host->runs.front().answer->succeed({});
+    pass(seconds(1));
+    EXPECT_EQ(host->runs.size(), 1U);
+}
+
 TEST_F(PaneNoticesTest, escapeGivesUpAHostAndEndsItsAttempt)
 {
     showHere("/usr");

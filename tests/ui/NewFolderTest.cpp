@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QTest>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace tw::test {
@@ -64,10 +65,10 @@ TEST_F(NewFolderTest, theNewFolderIsThereAndUnderTheCursorAndThePaneHasTheKeyboa
 TEST_F(NewFolderTest, theFunctionButtonAsksToo)
 {
     open();
-    auto *const button = window->findChild<FunctionKeyButton *>();
-    ASSERT_NE(button, nullptr);
-    EXPECT_EQ(button->text(), QStringLiteral("F7 NewDir"));
-    QTest::mouseClick(button, Qt::LeftButton);
+    auto const buttons = window->findChildren<FunctionKeyButton *>();
+    auto const button = std::ranges::find(buttons, QStringLiteral("F7 NewDir"), &FunctionKeyButton::text);
+    ASSERT_NE(button, buttons.end());
+    QTest::mouseClick(*button, Qt::LeftButton);
     EXPECT_EQ(waitForSheet<PromptSheet>().windowTitle(), QStringLiteral("New folder"));
     press(Qt::Key_Escape);
     EXPECT_EQ(shownSheet<PromptSheet>(), nullptr);

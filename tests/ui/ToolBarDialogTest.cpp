@@ -43,7 +43,8 @@ TEST_F(ToolBarDialogTest, showsTheBarAndOffersTheRest)
     EXPECT_EQ(titles(dialog.chosen()), (QStringList{QStringLiteral("Refresh"), QStringLiteral("Hidden")}));
     EXPECT_EQ(titles(dialog.offered()),
               (QStringList{QStringLiteral("Back"), QStringLiteral("Forward"), QStringLiteral("Connect"),
-                           QStringLiteral("New Folder"), QStringLiteral("Delete"), QStringLiteral("Same Folder"),
+                           QStringLiteral("New Folder"), QStringLiteral("Copy"), QStringLiteral("Move"),
+                           QStringLiteral("Rename"), QStringLiteral("Delete"), QStringLiteral("Same Folder"),
                            QStringLiteral("Other Pane"), QStringLiteral("Space"), QStringLiteral("Flexible Space")}));
 }
 

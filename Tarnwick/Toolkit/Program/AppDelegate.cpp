@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Transfer/TransferEngine.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
@@ -74,7 +75,10 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections,
         std::make_shared<SessionMemory>(
             SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
-                                         [this](std::string_view line) { lifeLog.note(line); }}));
+                                         [this](std::string_view line) { lifeLog.note(line); }}),
+        [&engine = with.engine, tools = TransferTools::find()] {
+            return std::make_shared<TransferEngine>(engine, tools);
+        });
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
     jobWatch = std::make_unique<JobWatch>(window->works(), &ColorScheme::sessionBus);
     if (with.logins)

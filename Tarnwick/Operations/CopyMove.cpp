@@ -1,0 +1,83 @@
+#include "Tarnwick/Operations/CopyMove.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Operations/TargetFolder.h"
+#include "Tarnwick/Operations/TransferSteps.h"
+#include "Tarnwick/Operations/TransferWords.h"
+#include "Tarnwick/Panes/PaneStatus.h"
+
+namespace tw {
+
+namespace {
+
+/// The connection that would have to be written to and cannot be; empty if there is none.
+std::string readOnlyOf(TransferJob const &job)
+{
+    if (!job.target.browser->writer())
+        return job.target.connection;
+    return job.isRename() && !job.source.browser->writer() ? job.source.connection : std::string();
+}
+
+/// The answers of the user about taken names; nothing if the user calls it off.
+Task<Dialogs::Resolution> resolve(OperationContext context, TransferJob job, std::vector<NameConflict> taken)
+{
+    if (taken.empty())
+        co_return Dialogs::Resolution(std::in_place);
+    auto question = TransferWords::conflicts(job.kind, job.target, std::move(taken));
+    auto answers = co_await context.dialogs->resolve(std::move(question));
+    co_return answers;
+}
+
+Task<void> transferTo(OperationContext context, TransferKind kind, std::string where)
+{
+    auto work = context.beginWork();
+    TransferJob job{.kind = kind, .source = context.operands};
+    auto target = co_await targetFolder(context, std::move(where));
+    job.target = std::move(target);
+    if (auto const readOnly = readOnlyOf(job); !readOnly.empty()) {
+        context.warn({"%@ is read-only", {readOnly}});
+        co_return;
+    }
+    auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::kept);
+    auto const taken = TakenNames::conflicts(job.source.names, facts);
+    work.reset();
+    auto const answers = co_await resolve(context, job, taken);
+    if (!answers)
+        co_return;
+    auto plan = TransferPlan::of(job.source.names, taken, *answers);
+    auto named = co_await TransferSteps::withFreeNames(std::move(plan), job.target, facts.target.takesCasesForOne);
+    job.plan = std::move(named);
+    if (!job.plan.isEmpty())
+        co_await TransferSteps::carryOut(context, job, {.atSource = context.nameSurviving()});
+}
+
+Task<void> transferOperands(OperationContext context, TransferKind kind)
+{
+    if (context.operands.names.empty()) {
+        context.refuse();
+        co_return;
+    }
+    auto question = TransferWords::question(kind, context.operands, context.target);
+    question.objection = objectionToTarget;
+    auto const where = co_await context.dialogs->prompt(std::move(question));
+    if (!where)
+        co_return;
+    auto const outcome = co_await outcomeOf(transferTo(context, kind, *where));
+    if (outcome.failure)
+        co_await context.showFailure(outcome.failure);
+}
+
+} // namespace
+
+Task<void> copyOperands(OperationContext context)
+{
+    return transferOperands(std::move(context), TransferKind::copy);
+}
+
+Task<void> moveOperands(OperationContext context)
+{
+    return transferOperands(std::move(context), TransferKind::move);
+}
+
+} // namespace tw

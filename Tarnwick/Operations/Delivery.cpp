@@ -1,0 +1,117 @@
+#include "Tarnwick/Operations/Delivery.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Connections/ConnectionItem.h"
+#include "Tarnwick/Connections/Connections.h"
+#include "Tarnwick/Operations/TransferSteps.h"
+
+#include <algorithm>
+
+namespace tw {
+
+namespace {
+
+/// That of a pane which has the connection open, or a new one.
+Task<std::shared_ptr<Browser>> browserOf(OperationContext context, std::string connection)
+{
+    for (auto const &weak : context.panes) {
+        auto const pane = weak.lock();
+        if (pane && pane->connectionName() == connection)
+            co_return pane->operands().browser;
+    }
+    if (connection == localConnection)
+        co_return context.connections->local();
+    auto browser = co_await context.connections->ssh(std::move(connection));
+    co_return browser;
+}
+
+/// Every name that is taken is written under another one.
+std::vector<NameConflict::Answer> keepAll(std::vector<NameConflict> const &taken)
+{
+    return std::vector(taken.size(), NameConflict::Answer::keepBoth);
+}
+
+std::string firstNameOf(TransferPlan const &plan)
+{
+    if (!plan.renamed.empty())
+        return plan.renamed.front().newName;
+    return plan.free.empty() ? std::string() : plan.free.front();
+}
+
+Task<void> run(OperationContext context, TransferJob job, std::function<void()> onMoved)
+{
+    auto work = context.beginWork();
+    auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::renamed);
+    auto const taken = TakenNames::conflicts(job.source.names, facts);
+    auto plan = TransferPlan::of(job.source.names, taken, keepAll(taken));
+    auto named = co_await TransferSteps::withFreeNames(std::move(plan), job.target, facts.target.takesCasesForOne);
+    job.plan = std::move(named);
+    work.reset();
+    auto const end = co_await TransferSteps::carryOut(context, job, {.atTarget = firstNameOf(job.plan)});
+    if (job.kind == TransferKind::move && !end.failure && onMoved)
+        onMoved();
+}
+
+Task<void> deliverFrom(OperationContext context, Delivery what)
+{
+    TransferJob job{.kind = what.drag.isMove ? TransferKind::move : TransferKind::copy};
+    job.target = context.operands;
+    job.target.names.clear();
+    if (!job.target.browser->writer()) {
+        context.warn({"%@ is read-only", {job.target.connection}});
+        co_return;
+    }
+    auto source = co_await browserOf(context, what.drag.connection);
+    job.source = {.browser = std::move(source),
+                  .connection = what.drag.connection,
+                  .path = what.drag.directory,
+                  .names = what.drag.names};
+    co_await run(std::move(context), std::move(job), std::move(what.onMoved));
+}
+
+std::string folderOf(std::string const &path)
+{
+    auto const slash = path.rfind('/');
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+} // namespace
+
+Task<void> deliver(OperationContext context, Delivery what)
+{
+    if (what.drag.names.empty())
+        co_return;
+    auto const isSame =
+        what.drag.connection == context.operands.connection && what.drag.directory == context.operands.path;
+    if (isSame && what.sameFolder == SameFolder::refuse) {
+        if (auto const pane = context.pane.lock())
+            pane->showStatus("already here");
+        co_return;
+    }
+    auto const outcome = co_await outcomeOf(deliverFrom(context, std::move(what)));
+    if (outcome.failure)
+        co_await context.showFailure(outcome.failure);
+}
+
+Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind)
+{
+    std::vector<FileDrag> drags;
+    for (auto const &path : paths) {
+        auto const slash = path.rfind('/');
+        if (slash == std::string::npos || slash + 1 == path.size())
+            continue; // not a file in a folder
+        auto found = std::ranges::find(drags, folderOf(path), &FileDrag::directory);
+        if (found == drags.end()) {
+            drags.push_back({.connection = std::string(localConnection),
+                             .directory = folderOf(path),
+                             .names = {},
+                             .isMove = kind == TransferKind::move});
+            found = std::prev(drags.end());
+        }
+        found->names.push_back(path.substr(slash + 1));
+    }
+    for (auto &drag : drags)
+        co_await deliver(context, {.drag = std::move(drag)});
+}
+
+} // namespace tw

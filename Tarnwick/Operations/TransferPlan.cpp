@@ -1,0 +1,41 @@
+#include "Tarnwick/Operations/TransferPlan.h"
+
+#include <unordered_map>
+
+namespace tw {
+
+TransferPlan TransferPlan::of(std::vector<std::string> const &names, std::vector<NameConflict> const &conflicts,
+                              std::vector<NameConflict::Answer> const &answers)
+{
+    std::unordered_map<std::string, std::size_t> places;
+    for (std::size_t place = 0; place < conflicts.size(); ++place)
+        places.emplace(conflicts[place].source.name, place);
+    TransferPlan plan;
+    for (auto const &name : names) {
+        auto const found = places.find(name);
+        if (found == places.end())
+            plan.free.push_back(name);
+        else if (answers[found->second] == NameConflict::Answer::replace)
+            plan.replace.push_back(conflicts[found->second]);
+        else if (answers[found->second] == NameConflict::Answer::keepBoth)
+            plan.keepBoth.push_back(name);
+    }
+    return plan;
+}
+
+std::vector<std::string> TransferPlan::keptNames() const
+{
+    auto all = free;
+    for (auto const &each : replace)
+        all.push_back(each.source.name);
+    return all;
+}
+
+std::vector<std::string> TransferPlan::allNames() const
+{
+    auto all = keptNames();
+    all.insert(all.end(), keepBoth.begin(), keepBoth.end());
+    return all;
+}
+
+} // namespace tw

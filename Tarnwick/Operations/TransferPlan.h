@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Tarnwick/Operations/NameConflict.h"
+
+#include <string>
+#include <vector>
+
+namespace tw {
+
+/// Under which names a copy or a move writes, once the user has answered for those that are taken.
+struct TransferPlan {
+    struct Renamed {
+        std::string name; ///< at the source
+        std::string newName;
+
+        friend bool operator==(Renamed const &, Renamed const &) = default;
+    };
+
+    std::vector<std::string> free;     ///< written under their own names, which nothing has at the target
+    std::vector<NameConflict> replace; ///< written over what has their names
+    std::vector<std::string> keepBoth; ///< to be written under names that are free
+    std::vector<Renamed> renamed;      ///< `keepBoth`, with the names found for them
+
+    /// `answers` has one for each of `conflicts`. A name to be skipped is left out.
+    static TransferPlan of(std::vector<std::string> const &names, std::vector<NameConflict> const &conflicts,
+                           std::vector<NameConflict::Answer> const &answers);
+
+    bool isEmpty() const { return free.empty() && replace.empty() && keepBoth.empty(); }
+
+    /// All that are written under their own names, with or without something in the way.
+    std::vector<std::string> keptNames() const;
+
+    /// All names of the source that are copied.
+    std::vector<std::string> allNames() const;
+};
+
+} // namespace tw

@@ -1,0 +1,259 @@
+#include "Tarnwick/Operations/TransferRun.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Provider/CommandHost.h"
+#include "TWEngine/Runtime/Completion.h"
+#include "Tarnwick/Operations/MoveWithin.h"
+#include "Tarnwick/Operations/StagingName.h"
+
+#include <unordered_set>
+
+namespace tw {
+
+namespace {
+
+void append(std::vector<std::string> &to, std::vector<std::string> const &names)
+{
+    to.insert(to.end(), names.begin(), names.end());
+}
+
+TransferEndpoint endpointOf(Operands const &place)
+{
+    auto host = std::dynamic_pointer_cast<CommandHost>(place.browser->providerRef());
+    return host ? TransferEndpoint::remote(std::move(host), place.path) : TransferEndpoint::local(place.path);
+}
+
+Task<void> answer(std::shared_ptr<Completion<Survey>> answered, Task<Survey> asking)
+{
+    auto outcome = co_await outcomeOf(std::move(asking));
+    if (outcome.failure)
+        answered->fail(outcome.failure);
+    else
+        answered->succeed(*std::move(outcome.value));
+}
+
+/// Without those that are in `gone`.
+std::vector<std::string> rest(std::vector<std::string> const &names, std::vector<std::string> const &gone)
+{
+    std::unordered_set<std::string_view> const without(gone.begin(), gone.end());
+    std::vector<std::string> left;
+    for (auto const &name : names) {
+        if (!without.contains(name))
+            left.push_back(name);
+    }
+    return left;
+}
+
+} // namespace
+
+TransferRun::TransferRun(TransferJob what, std::shared_ptr<Transfer> with, Transfer::Reporter reporter)
+    : job(std::make_shared<TransferJob const>(std::move(what))),
+      transfer(std::move(with)),
+      onProgress(std::move(reporter))
+{
+}
+
+Task<TransferEnd> TransferRun::perform()
+{
+    return performHere(shared_from_this());
+}
+
+void TransferRun::cancel()
+{
+    stop.request_stop();
+    transfer->cancel();
+}
+
+void TransferRun::throwIfCancelled() const
+{
+    if (stop.stop_requested())
+        throw FileOperationError::Cancelled();
+}
+
+Task<TransferEnd> TransferRun::performHere(Self self)
+{
+    auto const outcome = co_await outcomeOf(performSteps(self));
+    auto end = *self->end;
+    end.failure = outcome.failure;
+    if (end.failure && self->stop.stop_requested())
+        end.failure = std::make_exception_ptr(FileOperationError::Cancelled());
+    auto begun = end.summary.complete;
+    append(begun, end.summary.partial);
+    end.summary.untouched = rest(self->job->plan.allNames(), begun);
+    co_return end;
+}
+
+Task<void> TransferRun::performSteps(Self self)
+{
+    if (!self->job->isRename()) {
+        co_await copyAndRemove(self, self->job->plan);
+        co_return;
+    }
+    co_await moveWithin(self->job, self->end);
+    TransferPlan merged;
+    for (auto const &each : self->job->plan.replace) {
+        if (!isFileOverFile(each))
+            merged.replace.push_back(each);
+    }
+    if (!merged.isEmpty())
+        co_await copyAndRemove(self, std::move(merged));
+}
+
+Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
+{
+    auto const removes = self->job->kind == TransferKind::move && self->job->source.browser->writer();
+    Survey before;
+    if (removes) {
+        auto surveyed = co_await survey(self, self->job->source, plan.allNames());
+        before = std::move(surveyed);
+    }
+    auto const kept = plan.keptNames();
+    if (!kept.empty())
+        co_await copyNames(self, kept, self->job->target);
+    Survey arrived;
+    if (!plan.renamed.empty()) {
+        auto surveyed = co_await copyRenamed(self, plan.renamed);
+        arrived = std::move(surveyed);
+    }
+    if (!removes)
+        co_return;
+    auto target = co_await survey(self, self->job->target, kept);
+    arrived.parts.merge(target.parts);
+    co_await removeArrived(self, plan.allNames(), std::move(before), std::move(arrived));
+}
+
+/// The result is what has arrived, if it is a move.
+Task<Survey> TransferRun::copyRenamed(Self self, std::vector<TransferPlan::Renamed> renamed)
+{
+    auto staging = self->job->target;
+    staging.path = staging.pathOf(stagingName());
+    co_await staging.browser->makeDirectory(staging.path);
+    auto renaming = renameStaged(self, staging, std::move(renamed));
+    auto arrived = co_await outcomeOf(std::move(renaming));
+    auto const cleared = co_await outcomeOf(staging.browser->removePermanently({staging.path}));
+    if (!arrived.failure && cleared.failure)
+        std::rethrow_exception(cleared.failure);
+    co_return arrived.take();
+}
+
+Task<Survey> TransferRun::renameStaged(Self self, Operands staging, std::vector<TransferPlan::Renamed> renamed)
+{
+    Names names;
+    std::vector<FileSystemWriter::Move> moves;
+    for (auto const &each : renamed) {
+        names.push_back(each.name);
+        moves.push_back({staging.pathOf(each.name), self->job->target.pathOf(each.newName)});
+    }
+    auto const copied = co_await outcomeOf(copyNames(self, names, staging));
+    if (copied.failure) {
+        self->forgetArrivals(names); // the staging folder goes, with all that is in it
+        std::rethrow_exception(copied.failure);
+    }
+    Survey arrived;
+    if (self->job->kind == TransferKind::move) {
+        auto surveyed = co_await survey(self, staging, names);
+        arrived = std::move(surveyed);
+    }
+    auto const moved = co_await outcomeOf(staging.browser->moveAll(moves));
+    if (moved.failure) {
+        // Some may have their names, and the others go with the staging folder.
+        self->forgetArrivals(names);
+        append(self->end->summary.partial, names);
+        std::rethrow_exception(moved.failure);
+    }
+    co_return arrived;
+}
+
+Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
+{
+    self->throwIfCancelled();
+    auto const source = endpointOf(self->job->source);
+    auto const there = endpointOf(target);
+    auto copying = self->transfer->copy(names, source, there, self->reporterOfNextCopy());
+    auto const copied = co_await outcomeOf(std::move(copying));
+    co_await target.browser->wroteInto(target.path, names);
+    auto summary = self->transfer->summary();
+    if (!copied.failure) {
+        summary.complete = names;
+        summary.partial.clear();
+    }
+    self->add(summary);
+    if (copied.failure)
+        std::rethrow_exception(copied.failure);
+    self->throwIfCancelled();
+}
+
+/// A question that is called off goes on until it is answered, but nobody waits for the answer.
+Task<Survey> TransferRun::survey(Self self, Operands where, Names names)
+{
+    if (names.empty())
+        co_return Survey();
+    self->throwIfCancelled();
+    auto const context = co_await currentContext();
+    auto const answered = std::make_shared<Completion<Survey>>();
+    auto const token = self->stop.get_token();
+    spawn({context.executor, token}, answer(answered, where.browser->survey(where.path, std::move(names))));
+    auto survey = co_await Completion<Survey>::wait(answered).withStop(token);
+    co_return survey;
+}
+
+Task<void> TransferRun::removeArrived(Self self, Names names, Survey before, Survey arrived)
+{
+    auto const after = co_await survey(self, self->job->source, names);
+    auto check = MoveCheck::of(names, before, after, arrived);
+    co_await self->job->target.browser->sync(self->job->target.path);
+    self->throwIfCancelled();
+    auto const going = check.arrived;
+    self->end->kept = std::move(check);
+    if (going.empty())
+        co_return;
+    auto source = self->job->source;
+    source.names = going;
+    auto const removed = co_await outcomeOf(source.browser->remove(source.paths()));
+    if (!removed.failure) {
+        append(self->end->gone, going);
+        co_return;
+    }
+    self->end->sourceFailure = removed.failure;
+    auto const left = co_await outcomeOf(source.browser->factsAbout(source.path, going));
+    if (!left.value)
+        co_return;
+    Names still;
+    for (auto const &each : left.value->taken)
+        still.push_back(each.name);
+    append(self->end->gone, rest(going, still));
+}
+
+/// The numbers of a copy go on where those of the copies before it ended.
+Transfer::Reporter TransferRun::reporterOfNextCopy() const
+{
+    return [report = onProgress, files = end->summary.files](TransferProgress progress) {
+        progress.files += files;
+        if (progress.totalFiles)
+            *progress.totalFiles += files;
+        report(progress);
+    };
+}
+
+void TransferRun::add(TransferSummary const &part)
+{
+    auto &sum = end->summary;
+    sum.files += part.files;
+    if (part.totalFiles)
+        sum.totalFiles = sum.totalFiles.value_or(sum.files - part.files) + *part.totalFiles;
+    append(sum.complete, part.complete);
+    append(sum.partial, part.partial);
+    if (!part.words.empty())
+        sum.words = part.words;
+}
+
+void TransferRun::forgetArrivals(Names const &names)
+{
+    auto &sum = end->summary;
+    sum.complete = rest(sum.complete, names);
+    sum.partial = rest(sum.partial, names);
+}
+
+} // namespace tw

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "TWCore/Provider/TransferRefusal.h"
+#include "Tarnwick/Operations/OperationContext.h"
+#include "Tarnwick/Operations/TakenNames.h"
+#include "Tarnwick/Operations/TransferJob.h"
+
+#include <string>
+
+/// The steps that copying, moving, pasting and dropping have in common.
+namespace tw::TransferSteps {
+
+/// Asks both places about the names, and refuses what would be nonsense before it begins. Throws what the places throw,
+/// and FileOperationError::Failed for nonsense. A folder that is missing at the target is offered to be made; Cancelled
+/// if the user does not want that.
+Task<TakenNames::Facts> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming);
+
+/// The plan with a free name for each that is to be kept beside the one that is there.
+Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, bool takesCasesForOne);
+
+/// Where cursors go afterwards in the pane of the key press.
+struct Cursor {
+    std::string atSource = {}; ///< if everything has gone from there; empty: it stays
+    std::string atTarget = {}; ///< empty: it stays
+};
+
+/// Performs the job, with progress if bytes move, says how it has ended, and has all panes read again what has changed.
+/// Throws Cancelled if the window goes. The result is what was reported.
+Task<TransferEnd> carryOut(OperationContext context, TransferJob job, Cursor cursor);
+
+} // namespace tw::TransferSteps

@@ -1,0 +1,107 @@
+#include "Tarnwick/Operations/TransferWords.h"
+
+#include "TWCore/Model/DisplayText.h"
+#include "TWCore/Model/LowerCased.h"
+#include "TWCore/Model/WindowsPath.h"
+#include "Tarnwick/Operations/CountPhrase.h"
+#include "Tarnwick/Panes/PaneStatus.h"
+
+namespace tw::TransferWords {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+std::string pathOf(Operands const &where)
+{
+    return onOneLine(WindowsPath::display(where.path));
+}
+
+/// "\n\nComplete (2 items):\na\nb"; nothing without names.
+void addList(std::vector<Text> &lines, char const *heading, Names const &names)
+{
+    if (names.empty())
+        return;
+    lines.emplace_back("\n\n");
+    lines.push_back({heading, {countPhrase(names.size())}});
+    lines.emplace_back("\n" + Dialogs::describe(names, mostNames));
+}
+
+} // namespace
+
+std::string place(Operands const &where)
+{
+    return withNothingHidden(where.connection) + ":" + pathOf(where);
+}
+
+std::string title(TransferKind kind, std::size_t count)
+{
+    return (kind == TransferKind::copy ? "Copy " : "Move ") + countPhrase(count);
+}
+
+Dialogs::Prompt question(TransferKind kind, Operands const &source, Operands const &target)
+{
+    return {.title = title(kind, source.names.size()),
+            .message = Dialogs::describe(source.names, mostNames) + "\n\nfrom " + place(source) + "\nto " +
+                       withNothingHidden(target.connection) + ":",
+            .initial = pathOf(target),
+            .okTitle = kind == TransferKind::copy ? "Copy" : "Move"};
+}
+
+Dialogs::Confirmation offerToCreate(Operands const &target)
+{
+    return {.title = "Create this folder?",
+            .message = "There is no folder " + place(target) + " yet.",
+            .okTitle = "Create"};
+}
+
+Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vector<NameConflict> taken)
+{
+    auto const count = countPhrase(taken.size());
+    return {.title = kind == TransferKind::copy ? "Copy over what is there?" : "Move over what is there?",
+            .message = count + (taken.size() == 1 ? " has a name" : " have names") + " that " + place(target) +
+                       " has already.",
+            .names = std::move(taken)};
+}
+
+Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summary)
+{
+    auto const what = lowerCased(title(kind, count));
+    auto const files = grouped(summary.files);
+    if (!summary.totalFiles)
+        return {"%@ cancelled: %@ files copied", {what, files}};
+    return {"%@ cancelled: %@ of %@ files copied", {what, files, grouped(*summary.totalFiles)}};
+}
+
+Text failed(TransferEnd const &end)
+{
+    std::vector<Text> lines{PaneStatus::describe(end.failure)};
+    addList(lines, "Complete (%@):", end.summary.complete);
+    addList(lines, "Perhaps there in part (%@):", end.summary.partial);
+    addList(lines, "Not begun (%@):", end.summary.untouched);
+    return Text::sequence(std::move(lines));
+}
+
+Text kept(TransferEnd const &end)
+{
+    if (!end.sourceFailure && end.kept.changed.empty() && end.kept.unequal.empty())
+        return {};
+    std::vector<Text> lines{"Everything was copied, but not everything was deleted where it came from."};
+    if (end.sourceFailure) {
+        lines.emplace_back("\n\n");
+        lines.push_back(PaneStatus::describe(end.sourceFailure));
+    }
+    addList(lines, "Changed during the copy (%@):", end.kept.changed);
+    addList(lines, "Not the same at the target (%@):", end.kept.unequal);
+    return Text::sequence(std::move(lines));
+}
+
+Text done(TransferJob const &job)
+{
+    auto const count = countPhrase(job.plan.allNames().size());
+    if (job.kind == TransferKind::copy)
+        return {"Copied %@ to %@.", {count, place(job.target)}};
+    return {"Moved %@ to %@.", {count, place(job.target)}};
+}
+
+} // namespace tw::TransferWords

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Tarnwick/Operations/Dialogs.h"
+#include "Tarnwick/Operations/TransferJob.h"
+
+/// What a copy or a move says.
+namespace tw::TransferWords {
+
+/// More names than that in a list do not help to decide.
+inline constexpr std::size_t mostNames = 8;
+
+/// "Copy 3 items".
+std::string title(TransferKind kind, std::size_t count);
+
+/// Where to? The answer is a path on the target's connection, or any other that can be typed.
+Dialogs::Prompt question(TransferKind kind, Operands const &source, Operands const &target);
+
+Dialogs::Confirmation offerToCreate(Operands const &target);
+
+Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vector<NameConflict> taken);
+
+/// "copy 3 items cancelled: 412 of 10,000 files copied".
+Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summary);
+
+/// Why it failed, what is complete, what may be there in part, and what was not begun.
+Text failed(TransferEnd const &end);
+
+/// What a move has copied and did not take from the source, and why; empty if all has gone.
+Text kept(TransferEnd const &end);
+
+/// "Copied 3 items to web1:/srv."
+Text done(TransferJob const &job);
+
+/// "web1:/srv".
+std::string place(Operands const &where);
+
+} // namespace tw::TransferWords

@@ -1,0 +1,461 @@
+#include "Tarnwick/Operations/CopyMove.h"
+
+#include "tests/support/TransferPanesTest.h"
+
+#include <gmock/gmock.h>
+
+namespace tw::test {
+namespace {
+
+using Answer = NameConflict::Answer;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+class CopyMoveTest : public TransferPanesTest {
+protected:
+    CopyMoveTest() { mark({"a", "b"}); }
+
+    void beginToCopy() { begin(copyOperands(context())); }
+
+    void beginToMove() { begin(moveOperands(context())); }
+
+    void copy()
+    {
+        beginToCopy();
+        answerPrompt();
+    }
+
+    void move()
+    {
+        beginToMove();
+        answerPrompt();
+    }
+
+    std::string status() const { return source.display.status; }
+
+    static std::exception_ptr failed(std::string const &why)
+    {
+        return std::make_exception_ptr(FileOperationError::Failed("write to remote", "b", why));
+    }
+};
+
+TEST_F(CopyMoveTest, asksWhereTo)
+{
+    beginToCopy();
+    ASSERT_THAT(dialogs->prompts, SizeIs(1));
+    auto const &question = dialogs->prompts.front().question;
+    EXPECT_EQ(question.title, "Copy 2 items");
+    EXPECT_EQ(question.message, "a\nb\n\nfrom local:/src\nto web1:");
+    EXPECT_EQ(question.initial, "/dst");
+    EXPECT_EQ(question.okTitle, "Copy");
+    beginToMove();
+    EXPECT_EQ(dialogs->prompts.back().question.title, "Move 2 items");
+    EXPECT_EQ(dialogs->prompts.back().question.okTitle, "Move");
+}
+
+TEST_F(CopyMoveTest, withNothingToWorkOnItBeeps)
+{
+    source.pane->handleKey({.key = Key::escape, .text = {}});
+    source.pane->moveCursorTo(0);
+    beginToCopy();
+    EXPECT_EQ(source.display.beeps, 1);
+    EXPECT_THAT(dialogs->prompts, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, aCopyIsShownInBothPanes)
+{
+    copy();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_TRUE(here->has("/src/a"));
+    EXPECT_THAT(target.pane->model().visibleNames(), ElementsAre("a", "b"));
+    EXPECT_THAT(source.pane->model().markedNames(), IsEmpty());
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, progressIsShownWhileBytesMove)
+{
+    transfer->pausesBefore = "b";
+    copy();
+    ASSERT_THAT(dialogs->works, SizeIs(1));
+    auto const work = dialogs->works.front();
+    EXPECT_EQ(work->title, "Copy 2 items…");
+    ASSERT_THAT(work->states, SizeIs(2));
+    EXPECT_EQ(work->states.back().item, "b");
+    EXPECT_EQ(work->states.back().files, 1);
+    EXPECT_TRUE(work->isUnderWay);
+    transfer->pause->succeed({});
+    loop.drain();
+    EXPECT_FALSE(work->isUnderWay);
+    EXPECT_EQ(work->conclusion, "Copied 2 items to web1:/dst.");
+}
+
+TEST_F(CopyMoveTest, theAnswerCountsAndNotThePane)
+{
+    there->folder("/other");
+    beginToCopy();
+    answerPrompt("/other");
+    EXPECT_TRUE(there->has("/other/a"));
+    EXPECT_FALSE(there->has("/dst/a"));
+}
+
+TEST_F(CopyMoveTest, theAnswerMayNameAConnectionAHomeOrARelativePath)
+{
+    here->folder("/tmp");
+    there->folder("/home");
+    there->folder("/home/ann");
+    there->folder("/dst/sub");
+    for (auto const &[typed, path] : {std::pair("~", "/home/ann/a"), {"sub", "/dst/sub/a"}}) {
+        mark({"a"});
+        beginToCopy();
+        answerPrompt(typed);
+        EXPECT_TRUE(there->has(path)) << typed;
+    }
+    mark({"a"});
+    beginToCopy();
+    answerPrompt("local:/tmp");
+    EXPECT_TRUE(here->has("/tmp/a"));
+}
+
+TEST_F(CopyMoveTest, whatLeadsNowhereStaysToBeCorrected)
+{
+    beginToCopy();
+    auto const &objection = dialogs->prompts.front().question.objection;
+    EXPECT_EQ(objection("/any"), std::nullopt);
+    EXPECT_NE(objection("ftp://host/x"), std::nullopt);
+}
+
+TEST_F(CopyMoveTest, aTargetThatIsMissingIsOfferedToBeMade)
+{
+    beginToCopy();
+    answerPrompt("/new");
+    ASSERT_THAT(dialogs->confirmations, SizeIs(1));
+    EXPECT_EQ(dialogs->confirmations.front().question.message, "There is no folder web1:/new yet.");
+    confirm(Dialogs::Answer::ok);
+    EXPECT_TRUE(there->has("/new/a"));
+}
+
+TEST_F(CopyMoveTest, aTargetThatIsMissingStaysSoIfTheUserDoesNotWantIt)
+{
+    beginToCopy();
+    answerPrompt("/new");
+    confirm(Dialogs::Answer::cancel);
+    EXPECT_FALSE(there->has("/new"));
+    EXPECT_THAT(transfer->copies, IsEmpty());
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, aTargetThatIsAFileIsRefused)
+{
+    there->file("/dst/file", "x");
+    beginToCopy();
+    answerPrompt("/dst/file");
+    EXPECT_EQ(lastError(), "copy failed on /dst/file: this is a file, and no folder");
+    EXPECT_THAT(transfer->copies, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, aFolderIsNotCopiedBelowItself)
+{
+    here->folder("/src/f");
+    here->folder("/src/f/deep");
+    mark({"f"});
+    beginToMove();
+    answerPrompt("local:/src/f/deep");
+    EXPECT_EQ(lastError(), "move failed on /src/f: a folder cannot go into itself");
+    EXPECT_TRUE(here->has("/src/f/deep"));
+}
+
+TEST_F(CopyMoveTest, aFileIsNotCopiedOntoItself)
+{
+    beginToCopy();
+    answerPrompt("local:/src");
+    EXPECT_THAT(lastError(), HasSubstr("source and target are the same"));
+    EXPECT_THAT(transfer->copies, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, aQuestionThatFailsStopsTheOperation)
+{
+    there->before = [](std::string const &request) {
+        if (request.starts_with("factsAbout"))
+            throw FileOperationError::Failed("look", "/dst", "no way");
+    };
+    copy();
+    EXPECT_EQ(lastError(), "look failed on /dst: no way");
+    EXPECT_THAT(transfer->copies, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, takenNamesAreAskedAboutWithWhatIsThere)
+{
+    there->file("/dst/a", "another");
+    copy();
+    ASSERT_THAT(dialogs->conflicts, SizeIs(1));
+    auto const &question = dialogs->conflicts.front().question;
+    ASSERT_THAT(question.names, SizeIs(1));
+    EXPECT_EQ(question.names.front().source.size, 4);
+    EXPECT_EQ(question.names.front().target.size, 7);
+    EXPECT_THAT(transfer->copies, IsEmpty()) << "nothing begins before the answer";
+}
+
+TEST_F(CopyMoveTest, nothingIsWrittenIfTheUserCancelsTheQuestion)
+{
+    there->file("/dst/a", "another");
+    copy();
+    dialogs->conflicts.front().answer(std::nullopt);
+    loop.drain();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(there->content("/dst/a"), "another");
+    EXPECT_FALSE(there->has("/dst/b"));
+}
+
+TEST_F(CopyMoveTest, eachTakenNameGetsItsAnswer)
+{
+    here->file("/src/c", "cc");
+    mark({"a", "b", "c"});
+    for (auto const *name : {"a", "b", "c"})
+        there->file(std::string("/dst/") + name, "old");
+    copy();
+    resolve({Answer::replace, Answer::keepBoth, Answer::skip});
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_EQ(there->content("/dst/b"), "old");
+    EXPECT_EQ(there->content("/dst/b(2)"), "bb");
+    EXPECT_EQ(there->content("/dst/c"), "old");
+    EXPECT_FALSE(there->has("/dst/c(2)"));
+}
+
+TEST_F(CopyMoveTest, aNameThatIsFoundForOneIsFreeAtTheTarget)
+{
+    there->file("/dst/a", "old");
+    for (int number = 2; number <= 30; ++number)
+        there->file("/dst/a(" + std::to_string(number) + ")", "old");
+    mark({"a"});
+    copy();
+    resolve({Answer::keepBoth});
+    EXPECT_EQ(there->content("/dst/a(31)"), "aaaa");
+}
+
+TEST_F(CopyMoveTest, namesThatAreOneNameThereAreTaken)
+{
+    there->takesCasesForOne = true;
+    here->file("/src/A", "capital");
+    mark({"A", "a"});
+    copy();
+    ASSERT_THAT(dialogs->conflicts, SizeIs(1));
+    EXPECT_EQ(dialogs->conflicts.front().question.names.size(), 1U);
+    resolve({Answer::keepBoth});
+    EXPECT_THAT(there->below("/dst"), SizeIs(2));
+}
+
+TEST_F(CopyMoveTest, nothingOfTheStagingFolderIsLeft)
+{
+    there->file("/dst/a", "old");
+    mark({"a"});
+    copy();
+    resolve({Answer::keepBoth});
+    ASSERT_THAT(transfer->copies, SizeIs(1));
+    EXPECT_THAT(transfer->copies.front(), StartsWith("/src -> /dst/.tw-paste-"));
+    EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a", "/dst/a(2)"));
+}
+
+TEST_F(CopyMoveTest, aFailureOfTheStagedCopyLeavesNothingOfItToo)
+{
+    there->file("/dst/a", "old");
+    mark({"a"});
+    transfer->before = [](auto const &) { throw FileOperationError::Failed("write to remote", "a", "no space"); };
+    copy();
+    resolve({Answer::keepBoth});
+    EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a"));
+    EXPECT_THAT(lastError(), HasSubstr("Not begun (1 item):\na"));
+}
+
+TEST_F(CopyMoveTest, theSourceOfAMoveGoesWhenAllHasArrived)
+{
+    move();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_THAT(here->below("/src"), IsEmpty());
+    EXPECT_THAT(requestsOf(*here, "remove"), ElementsAre("remove /src/a /src/b")) << "to the Trash";
+    EXPECT_EQ(there->requests.back(), "sync /dst");
+    EXPECT_THAT(source.pane->model().visibleNames(), IsEmpty());
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, whatChangedDuringTheCopyStaysAndIsNamed)
+{
+    transfer->before = [this](std::string const &name) {
+        if (name == "b")
+            here->nodes.at("/src/b").mtime += 1;
+    };
+    move();
+    EXPECT_FALSE(here->has("/src/a"));
+    EXPECT_TRUE(here->has("/src/b"));
+    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\nb"));
+}
+
+TEST_F(CopyMoveTest, whatIsNotTheSameAtTheTargetStaysAndIsNamed)
+{
+    auto const cut = [this](std::string const &request) {
+        if (request.starts_with("survey"))
+            there->nodes.at("/dst/b").content = "";
+    };
+    there->before = cut;
+    move();
+    EXPECT_FALSE(here->has("/src/a"));
+    EXPECT_TRUE(here->has("/src/b"));
+    EXPECT_THAT(lastError(), HasSubstr("Not the same at the target (1 item):\nb"));
+}
+
+TEST_F(CopyMoveTest, afterAFailureNothingIsDeletedAndTheUserKnowsWhatIsWhere)
+{
+    here->file("/src/c", "cc");
+    mark({"a", "b", "c"});
+    transfer->before = [](std::string const &name) {
+        if (name == "b")
+            std::rethrow_exception(failed("No space left on device"));
+    };
+    move();
+    EXPECT_THAT(here->below("/src"), SizeIs(3));
+    EXPECT_EQ(lastError(), "write to remote failed on b: No space left on device\n\n"
+                           "Complete (1 item):\na\n\nPerhaps there in part (1 item):\nb\n\nNot begun (1 item):\nc");
+    EXPECT_THAT(dialogs->wordsOfErrors, ElementsAre("the last words about b"));
+    EXPECT_THAT(source.pane->model().markedNames(), SizeIs(3)) << "to be tried again";
+    EXPECT_THAT(target.pane->model().visibleNames(), ElementsAre("a"));
+}
+
+TEST_F(CopyMoveTest, aMoveThatIsCancelledDeletesNothingAndSaysWhatHasArrived)
+{
+    transfer->pausesBefore = "b";
+    move();
+    dialogs->works.front()->cancel();
+    loop.drain();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: 1 of 2 files copied");
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    EXPECT_TRUE(there->has("/dst/a"));
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, aCancelAfterTheCopyStillKeepsTheSource)
+{
+    there->before = [this](std::string const &request) {
+        if (request.starts_with("survey"))
+            dialogs->works.front()->cancel();
+    };
+    move();
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    EXPECT_THAT(status(), HasSubstr("move 2 items cancelled: 2 of 2 files copied"));
+}
+
+TEST_F(CopyMoveTest, ifTheTrashRefusesTheCopyIsCompleteAndTheSourceStays)
+{
+    here->before = [](std::string const &request) {
+        if (request.starts_with("remove"))
+            throw FileOperationError::NoTrash("/src/a", "no Trash here");
+    };
+    move();
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    EXPECT_TRUE(there->has("/dst/b"));
+    EXPECT_THAT(lastError(), HasSubstr("Everything was copied"));
+    EXPECT_THAT(lastError(), HasSubstr("no Trash here"));
+}
+
+class MoveWithinTest : public CopyMoveTest {
+protected:
+    MoveWithinTest()
+    {
+        here->folder("/dst");
+        show(target, hereBrowser, "local", "/dst");
+        mark({"a", "b"});
+    }
+};
+
+TEST_F(MoveWithinTest, aMoveWithinOnePlaceRenamesAndShowsNoProgress)
+{
+    move();
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+    EXPECT_THAT(requestsOf(*here, "move"), ElementsAre("move /src/a /dst/a", "move /src/b /dst/b"));
+    EXPECT_THAT(transfer->copies, IsEmpty());
+    EXPECT_THAT(dialogs->works, IsEmpty());
+    EXPECT_THAT(target.pane->model().visibleNames(), ElementsAre("a", "b"));
+}
+
+TEST_F(MoveWithinTest, whatHasMovedBeforeAFailureStaysMoved)
+{
+    here->before = [](std::string const &request) {
+        if (request == "move /src/b /dst/b")
+            throw FileOperationError::Failed("rename", "/src/b", "no way");
+    };
+    move();
+    EXPECT_TRUE(here->has("/dst/a"));
+    EXPECT_TRUE(here->has("/src/b"));
+    EXPECT_THAT(lastError(), HasSubstr("rename failed on /src/b: no way"));
+    EXPECT_THAT(lastError(), HasSubstr("Complete (1 item):\na"));
+    EXPECT_THAT(source.pane->model().visibleNames(), ElementsAre("b"));
+}
+
+TEST_F(MoveWithinTest, aFileIsReplacedWhenTheNewOneIsThere)
+{
+    here->file("/dst/a", "old");
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "aaaa");
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+    EXPECT_THAT(here->below("/src"), IsEmpty());
+}
+
+TEST_F(MoveWithinTest, aFileThatCannotBeReplacedComesBack)
+{
+    here->file("/dst/a", "old");
+    here->before = [](std::string const &request) {
+        if (request == "move /src/a /dst/a")
+            throw FileOperationError::Failed("rename", "/src/a", "no way");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "old");
+    EXPECT_EQ(here->content("/src/a"), "aaaa");
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+}
+
+TEST_F(MoveWithinTest, aFileThatCannotComeBackStaysInTheStagingFolder)
+{
+    here->file("/dst/a", "old");
+    here->before = [](std::string const &request) {
+        if (request.starts_with("move") && request.ends_with("/dst/a"))
+            throw FileOperationError::Failed("rename", "/dst/a", "no way");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/src/a"), "aaaa");
+    EXPECT_THAT(requestsOf(*here, "removePermanently"), IsEmpty()) << "the old file is in it";
+}
+
+TEST_F(MoveWithinTest, foldersAreMergedByACopyAndTheSourceOfAMergeStays)
+{
+    here->folder("/src/f");
+    here->file("/src/f/new", "new");
+    here->folder("/dst/f");
+    here->file("/dst/f/old", "old");
+    mark({"f"});
+    move();
+    resolve({Answer::replace});
+    EXPECT_TRUE(here->has("/dst/f/old"));
+    EXPECT_TRUE(here->has("/dst/f/new"));
+    EXPECT_THAT(lastError(), HasSubstr("Everything was copied"));
+    EXPECT_TRUE(here->has("/src/f/new"));
+}
+
+TEST_F(MoveWithinTest, bothAreKeptUnderTheirNames)
+{
+    here->file("/dst/a", "old");
+    move();
+    resolve({Answer::keepBoth});
+    EXPECT_EQ(here->content("/dst/a"), "old");
+    EXPECT_EQ(here->content("/dst/a(2)"), "aaaa");
+    EXPECT_THAT(transfer->copies, IsEmpty());
+}
+
+} // namespace
+} // namespace tw::test

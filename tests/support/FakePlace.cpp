@@ -1,0 +1,210 @@
+#include "tests/support/FakePlace.h"
+
+#include "tests/support/Listings.h"
+
+#include <algorithm>
+#include <cctype>
+#include <functional>
+
+namespace tw::test {
+
+namespace {
+
+using Failed = FileOperationError::Failed;
+
+std::string joined(std::string what, std::vector<std::string> const &parts)
+{
+    for (auto const &part : parts)
+        what += " " + part;
+    return what;
+}
+
+std::string pathIn(std::string const &folder, std::string const &name)
+{
+    return folder == "/" ? folder + name : folder + "/" + name;
+}
+
+std::string folded(std::string text)
+{
+    std::ranges::transform(text, text.begin(), [](unsigned char sign) { return std::tolower(sign); });
+    return text;
+}
+
+bool isBelow(std::string const &path, std::string const &folder)
+{
+    return folder == "/" ? path != "/" : path.starts_with(folder + "/");
+}
+
+} // namespace
+
+std::vector<std::string> FakePlace::below(std::string const &folder) const
+{
+    std::vector<std::string> paths;
+    for (auto const &[path, node] : nodes) {
+        if (isBelow(path, folder))
+            paths.push_back(path);
+    }
+    return paths;
+}
+
+void FakePlace::copyFrom(FakePlace const &source, std::string const &path, std::string const &folder)
+{
+    auto const target = pathIn(folder, path.substr(path.rfind('/') + 1));
+    auto const nodesThere = source.nodes; // the place may be this one
+    for (auto const &[each, node] : nodesThere) {
+        if (each != path && !isBelow(each, path))
+            continue;
+        auto copy = node;
+        copy.inode = ++inodes;
+        nodes[target + each.substr(path.size())] = copy;
+    }
+}
+
+void FakePlace::request(std::string what)
+{
+    requests.push_back(what);
+    before(what);
+}
+
+void FakePlace::erase(std::string const &path)
+{
+    std::erase_if(nodes, [&](auto const &each) { return each.first == path || isBelow(each.first, path); });
+}
+
+void FakePlace::moveTree(std::string const &from, std::string const &to)
+{
+    if (!has(from))
+        throw Failed("rename", from, "No such file or directory");
+    if (has(to))
+        throw Failed("rename", from, "File exists");
+    auto const moving = nodes;
+    for (auto const &[path, node] : moving) {
+        if (path != from && !isBelow(path, from))
+            continue;
+        nodes.erase(path);
+        nodes[to + path.substr(from.size())] = node;
+    }
+}
+
+/// The path of a node here that the place takes for `path`.
+std::string FakePlace::spelledHere(std::string const &path) const
+{
+    for (auto const &[each, node] : nodes) {
+        if (takesCasesForOne && folded(each) == folded(path))
+            return each;
+    }
+    return path;
+}
+
+Task<Listings> FakePlace::fetch(std::string path, int /*depth*/, FetchPriority /*priority*/)
+{
+    std::vector<ListedEntry> rows;
+    for (auto const &[each, node] : nodes) {
+        if (!isBelow(each, path) || each.find('/', path == "/" ? 1 : path.size() + 1) != std::string::npos)
+            continue;
+        auto const name = each.substr(each.rfind('/') + 1);
+        rows.push_back(node.content ? test::file(name, static_cast<std::int64_t>(node.content->size()))
+                                    : directory(name));
+    }
+    co_return Listings{{path, listing(path, rows)}};
+}
+
+Task<void> FakePlace::makeDirectory(std::string path)
+{
+    request("makeDirectory " + path);
+    if (has(path))
+        throw Failed("create folder", path, "File exists");
+    folder(path);
+    co_return;
+}
+
+Task<void> FakePlace::remove(std::vector<std::string> paths)
+{
+    request(joined("remove", paths));
+    for (auto const &path : paths)
+        erase(path);
+    co_return;
+}
+
+Task<void> FakePlace::removePermanently(std::vector<std::string> paths)
+{
+    request(joined("removePermanently", paths));
+    for (auto const &path : paths)
+        erase(path);
+    co_return;
+}
+
+Task<void> FakePlace::rename(std::string from, std::string to)
+{
+    return moveAll({{std::move(from), std::move(to)}});
+}
+
+Task<void> FakePlace::moveAll(std::vector<Move> moves)
+{
+    for (auto const &[from, to] : moves) {
+        request("move " + from + " " + to);
+        moveTree(from, to);
+    }
+    co_return;
+}
+
+Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::string> names)
+{
+    request(joined("factsAbout " + folder, names));
+    FolderFacts facts;
+    facts.takesCasesForOne = takesCasesForOne;
+    if (!has(folder))
+        co_return facts;
+    facts.state = nodes.at(folder).content ? FolderFacts::State::notAFolder : FolderFacts::State::present;
+    facts.realPath = folder;
+    for (auto above = folder;; above = above.substr(0, above.rfind('/'))) {
+        auto const path = above.empty() ? "/" : above;
+        facts.way.push_back({.device = 1, .inode = nodes.at(path).inode});
+        if (path == "/")
+            break;
+    }
+    for (auto const &name : names) {
+        auto const found = nodes.find(spelledHere(pathIn(folder, name)));
+        if (found == nodes.end())
+            continue;
+        auto const &node = found->second;
+        facts.taken.push_back({.name = name,
+                               .kind = node.content ? EntryKind::file : EntryKind::directory,
+                               .size = node.content ? static_cast<std::int64_t>(node.content->size()) : 0,
+                               .mtime = node.mtime,
+                               .identity = FileIdentity{.device = 1, .inode = node.inode}});
+    }
+    co_return facts;
+}
+
+Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> names)
+{
+    request(joined("survey " + folder, names));
+    Survey survey;
+    for (auto const &name : names) {
+        auto const root = pathIn(folder, name);
+        if (!has(root))
+            continue;
+        auto &part = survey.parts[name];
+        for (auto const &[path, node] : nodes) {
+            if (path != root && !isBelow(path, root))
+                continue;
+            auto const relative = path.substr(root.size());
+            auto const size = node.content ? node.content->size() : 0;
+            part.files += node.content ? 1 : 0;
+            part.folders += node.content ? 0 : 1;
+            part.bytes += static_cast<std::int64_t>(size);
+            part.shape += std::hash<std::string>()(relative + (node.content ? "f" : "d") + std::to_string(size));
+            part.times += std::hash<std::string>()(relative + std::to_string(node.mtime));
+        }
+    }
+    co_return survey;
+}
+
+Task<void> FakePlace::sync(std::string folder)
+{
+    request("sync " + folder);
+    co_return;
+}
+
+} // namespace tw::test
