@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 
 namespace tw::test {
@@ -83,6 +84,16 @@ TEST(CommandTableTest, everyMenuStandsInTheMenuBarOrInAnotherMenu)
     for (auto const menu : submenus) {
         EXPECT_NE(titleOf(menu), "");
         EXPECT_NE(menuAbove(menu), Menu::none);
+    }
+}
+
+TEST(CommandTableTest, theGroupsOfAMenuFollowOneAnother)
+{
+    std::map<Menu, int> last;
+    for (auto const &row : commandTable()) {
+        auto const [menu, group] = row.place;
+        EXPECT_GE(group, last[menu]) << row.title << " comes behind a later group";
+        last[menu] = group;
     }
 }
 

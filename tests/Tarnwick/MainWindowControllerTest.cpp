@@ -557,7 +557,7 @@ TEST_F(MainWindowControllerTest, commandsOfTheWindowReachIt)
     EXPECT_EQ(window.closed, 1);
 }
 
-TEST_F(MainWindowControllerTest, whoComesBackSeesBothFoldersAsTheyAreUnlessNothingIsToBeReadUnasked)
+TEST_F(MainWindowControllerTest, bothFoldersOnShowAreReadWhenTheProgramComesToTheFrontAndAutoRefreshIsOn)
 {
     provider->answersAtOnce = [this](std::string const &path) {
         return Listings{{path, listing(path, {file("a")}, clock->now())}};
