@@ -118,11 +118,30 @@ Task<Listings> fetchInLanes(FileLanes *lanes, std::shared_ptr<Clock> clock, std:
     co_return listings;
 }
 
+std::string folderOf(std::string const &path)
+{
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+/// The paths in one folder and on one mount are one piece of work: a hop to its thread costs more than a renaming.
 Task<void> moveToTrash(FileLanes *lanes, std::vector<std::string> paths)
 {
-    for (auto const &path : paths)
-        co_await lanes->run(path, LastLink::keep, WorkPriority::interactive,
-                            [path](std::string const & /*place*/) { LocalWrites::moveToTrash(path); });
+    auto const context = co_await currentContext();
+    for (auto first = paths.begin(); first != paths.end();) {
+        auto const mounts = lanes->mounts();
+        auto const end = std::find_if(first, paths.end(), [&](std::string const &path) {
+            return folderOf(path) != folderOf(*first) || mounts->mountOf(path) != mounts->mountOf(*first);
+        });
+        co_await lanes->run(*first, LastLink::keep, WorkPriority::interactive,
+                            [some = std::vector(first, end), stop = context.stop](std::string const & /*place*/) {
+                                for (auto const &path : some) {
+                                    if (stop.stop_requested())
+                                        throw Cancelled();
+                                    LocalWrites::moveToTrash(path);
+                                }
+                            });
+        first = end;
+    }
 }
 
 Task<void> removeAllForGood(FileLanes *lanes, std::vector<std::string> paths)
@@ -134,11 +153,6 @@ Task<void> removeAllForGood(FileLanes *lanes, std::vector<std::string> paths)
 }
 
 using Moves = std::shared_ptr<std::vector<FileSystemWriter::Move> const>;
-
-std::string folderOf(std::string const &path)
-{
-    return path.substr(0, path.rfind('/') + 1);
-}
 
 /// Behind the last of the moves from `first` on that go from the same folder to the same folder.
 std::size_t endOfRun(Moves const &moves, std::size_t first)
