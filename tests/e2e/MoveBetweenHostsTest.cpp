@@ -1,0 +1,175 @@
+// Moves of real files between real hosts, with what can go wrong on the way.
+
+#include "Tarnwick/Operations/CopyMove.h"
+#include "Tarnwick/Operations/TransferRun.h"
+#include "tests/support/FakeDialogs.h"
+#include "tests/support/RecordingDisplay.h"
+#include "tests/support/TransferTest.h"
+
+namespace tw::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Two panes, one on `folder` of a host and one on `local` of another host, which is the same machine.
+class MoveBetweenHostsTest : public TransferTest {
+protected:
+    MoveBetweenHostsTest()
+    {
+        reach();
+        client.add("other", host->address());
+        programs = tools();
+    }
+
+    ~MoveBetweenHostsTest() override
+    {
+        dialogs->close();
+        if (moving)
+            finish(*moving);
+        for (auto *side : {&source, &target}) {
+            side->pane->detach(side->display);
+            side->pane.reset();
+            loop.run(side->browser->shutdown());
+        }
+    }
+
+    struct Side {
+        std::shared_ptr<Browser> browser;
+        std::shared_ptr<PaneController> pane;
+        RecordingDisplay display;
+    };
+
+    void show(Side &side, std::string const &name, std::string const &path)
+    {
+        auto const provider = makeProvider(name);
+        loop.run(provider->connect());
+        side.browser = std::make_shared<Browser>(
+            provider,
+            Browser::Collaborators{.strand = Strand(loop.context()), .clock = engine.clock(), .store = nullptr},
+            Browser::Config{});
+        side.pane = PaneController::create(
+            {.mainContext = loop.context(), .clock = engine.clock(), .defaults = defaults}, side.browser, name);
+        side.pane->attach(side.display);
+        side.pane->navigate(path);
+        loop.runUntil([&] { return side.pane->model().snapshot().has_value(); });
+    }
+
+    void showBoth()
+    {
+        show(source, "host", folder.path());
+        show(target, "other", local.path());
+    }
+
+    /// Many small files in a folder, and a name besides.
+    void makeFiles(int count)
+    {
+        folder.folder("many");
+        for (int number = 0; number < count; ++number)
+            folder.file("many/file " + std::to_string(number), std::string(1000, 'x'));
+        folder.file("z", "the last");
+    }
+
+    /// The client of the transfer loses its connection after so many bytes that come from the source.
+    void cutAfter(std::size_t bytes)
+    {
+        auto const path =
+            scripts.file("ssh", "#!/bin/sh\nfor word; do :; done\ncase $word in *-cf*) sh -c \"$word\" | head -c " +
+                                    std::to_string(bytes) + "; exit 255;; *) exec sh -c \"$word\";; esac\n");
+        ::chmod(path.c_str(), 0755);
+        programs.ssh = path;
+    }
+
+    void moveAll()
+    {
+        source.pane->markAll(PaneModel::Marks::insert);
+        OperationContext context{.operands = source.pane->operands(),
+                                 .pane = source.pane,
+                                 .panes = {source.pane, target.pane},
+                                 .dialogs = dialogs,
+                                 .target = target.pane->operands(),
+                                 .makeTransfer = [this] { return std::make_shared<TransferEngine>(engine, programs); }};
+        context.target.names.clear();
+        auto const asked = dialogs->prompts.size();
+        moving.emplace(loop.start(moveOperands(std::move(context))));
+        loop.runUntil([&] { return dialogs->prompts.size() > asked; });
+        dialogs->prompts.back().answer(local.path());
+    }
+
+    std::set<std::string> filesIn(std::string const &path) const { return namesIn(path); }
+
+    MemoryDefaults defaults;
+    TransferTools programs;
+    TemporaryFolder scripts;
+    std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();
+    Side source;
+    Side target;
+    std::optional<Started<void>> moving;
+};
+
+TEST_F(MoveBetweenHostsTest, aFolderOfManyFilesArrivesWholeAndGoesFromItsSource)
+{
+    makeFiles(500);
+    showBoth();
+    moveAll();
+    finish(*moving);
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+    EXPECT_EQ(filesIn(local.path("many")).size(), 500U);
+    EXPECT_EQ(contentOf(local.path("z")), "the last");
+    EXPECT_THAT(filesIn(folder.path()), IsEmpty());
+    loop.runUntil([&] { return source.pane->model().visibleNames().empty(); });
+}
+
+TEST_F(MoveBetweenHostsTest, aMoveThatIsCutInTheMiddleLosesNothingAndSaysSo)
+{
+    makeFiles(500);
+    showBoth();
+    cutAfter(400'000);
+    moveAll();
+    loop.runUntil([&] { return !dialogs->errors.empty(); });
+    auto const &said = dialogs->errors.front().question;
+    EXPECT_THAT(said, HasSubstr("read from remote failed"));
+    EXPECT_THAT(said, HasSubstr("Perhaps there in part (1 item):\nmany"));
+    EXPECT_THAT(said, HasSubstr("Not begun (1 item):\nz"));
+    EXPECT_EQ(filesIn(folder.path("many")).size(), 500U) << "the source is whole";
+    EXPECT_TRUE(std::filesystem::exists(folder.path("z")));
+    EXPECT_FALSE(filesIn(local.path("many")).empty()) << "what has arrived stays";
+}
+
+TEST_F(MoveBetweenHostsTest, aMoveThatIsCutIsDoneByTheNextOne)
+{
+    makeFiles(200);
+    showBoth();
+    auto const usual = programs;
+    cutAfter(100'000);
+    moveAll();
+    loop.runUntil([&] { return !dialogs->errors.empty(); });
+    dialogs->errors.front().answer({});
+    finish(*moving);
+    std::filesystem::remove_all(local.path("many"));
+    programs = usual;
+    moveAll();
+    finish(*moving);
+    EXPECT_EQ(filesIn(local.path("many")).size(), 200U);
+    EXPECT_THAT(filesIn(folder.path()), IsEmpty());
+}
+
+TEST_F(MoveBetweenHostsTest, aTakenNameIsKeptBesideTheOneThatIsThere)
+{
+    folder.file("z", "mine");
+    local.file("z", "theirs");
+    showBoth();
+    moveAll();
+    loop.runUntil([&] { return !dialogs->conflicts.empty(); });
+    dialogs->conflicts.front().answer(std::vector{NameConflict::Answer::keepBoth});
+    finish(*moving);
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+    EXPECT_EQ(contentOf(local.path("z")), "theirs");
+    EXPECT_EQ(contentOf(local.path("z(2)")), "mine");
+    EXPECT_THAT(filesIn(local.path()), ElementsAre("z", "z(2)")) << "nothing of the staging folder";
+    EXPECT_THAT(filesIn(folder.path()), IsEmpty());
+}
+
+} // namespace
+} // namespace tw::test
