@@ -1,3 +1,4 @@
+#include "TWEngine/SSH/DownloadEnd.h"
 #include "TWEngine/SSH/SSHCommandLine.h"
 #include "tests/support/ChildProcessTest.h"
 #include "tests/support/DiskRows.h"
@@ -42,9 +43,16 @@ TEST_F(OneShotCommandTest, aDownloadIsTheBytesOfTheFileThatIsMeant)
     for (auto const &name : tellableNames()) {
         auto const path = folder.file(name, "the bytes of " + name);
         auto const cat = runOnHost(SSHCommandLine::download({}, "host", posix, path), NullEnd{});
-        EXPECT_EQ(readAll(cat), "the bytes of " + name);
+        EXPECT_EQ(readAll(cat), "the bytes of " + name + std::string(DownloadEnd::words));
         EXPECT_EQ(wait(cat), exited(0));
     }
+}
+
+TEST_F(OneShotCommandTest, aDownloadThatFailsHasNoEnd)
+{
+    auto const cat = runOnHost(SSHCommandLine::download({}, "host", posix, folder.path("missing")), NullEnd{});
+    EXPECT_EQ(readAll(cat), "");
+    EXPECT_NE(wait(cat), exited(0));
 }
 
 TEST_F(OneShotCommandTest, anUploadMakesTheFileThatIsMeantAndNoOther)
