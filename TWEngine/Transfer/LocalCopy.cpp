@@ -169,9 +169,9 @@ Task<void> runStep(TransferWork::Shared work, Step step)
     auto const run = std::make_shared<Running>(Running{.work = work, .step = step, .child = nullptr});
     auto const names = namesOf(*work, step);
     // A cp of many names would go on behind one that fails, and on a full disk leave an empty file for each.
-    auto const atFirstWord = step.count > 1 ? TransferChild::AtFirstWord::end : TransferChild::AtFirstWord::goOn;
+    auto const atFirstLine = step.count > 1 ? TransferChild::AtFirstLine::end : TransferChild::AtFirstLine::goOn;
     run->child = co_await TransferChild::start(
-        work->engine, TransferCommands::copyHere(work->tools, work->from.path(), names, work->to.path()), atFirstWord);
+        work->engine, TransferCommands::copyHere(work->tools, work->from.path(), names, work->to.path()), atFirstLine);
     auto const exit = co_await outcomeOf(untilExit(run));
     if (exit.value && exit.value->isSuccess()) {
         co_await addComplete(run).withStop({});

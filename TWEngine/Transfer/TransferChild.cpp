@@ -19,25 +19,25 @@ TransferChild::TransferChild(EngineRuntime &runtime, std::shared_ptr<ChildProces
 {
 }
 
-Task<TransferChild::Shared> TransferChild::start(EngineRuntime &engine, ChildCommand command, AtFirstWord atFirstWord)
+Task<TransferChild::Shared> TransferChild::start(EngineRuntime &engine, ChildCommand command, AtFirstLine atFirstLine)
 {
     struct Starting {
-        static Task<Shared> run(EngineRuntime *engine, ChildCommand command, AtFirstWord atFirstWord)
+        static Task<Shared> run(EngineRuntime *engine, ChildCommand command, AtFirstLine atFirstLine)
         {
             auto const started = ChildProcess::start(engine->io(), command);
             if (!started)
                 throw started.error();
             auto const self = std::make_shared<TransferChild>(*engine, *started);
             auto const context = co_await currentContext();
-            self->hearing.emplace(ChildTask<void>::start({context.executor, {}}, hear(self, atFirstWord)));
+            self->hearing.emplace(ChildTask<void>::start({context.executor, {}}, hear(self, atFirstLine)));
             co_return self;
         }
     };
 
-    return Starting::run(&engine, std::move(command), atFirstWord);
+    return Starting::run(&engine, std::move(command), atFirstLine);
 }
 
-Task<void> TransferChild::hear(Shared self, AtFirstWord atFirstWord)
+Task<void> TransferChild::hear(Shared self, AtFirstLine atFirstLine)
 {
     // Only the pipe is held: the words go with the child.
     auto const child = self->child;
@@ -49,7 +49,8 @@ Task<void> TransferChild::hear(Shared self, AtFirstWord atFirstWord)
         if (buffer.empty() || !listener)
             co_return;
         listener->kept.hear(buffer);
-        if (atFirstWord == AtFirstWord::end)
+        // cp writes a line in pieces, and the first of them is its own name.
+        if (atFirstLine == AtFirstLine::end && buffer.contains('\n'))
             child->terminate();
     }
 }

@@ -17,13 +17,13 @@ class TransferChild {
 public:
     using Shared = std::shared_ptr<TransferChild>;
 
-    enum class AtFirstWord {
+    enum class AtFirstLine {
         goOn,
-        end ///< the program is asked to end as soon as it writes to its standard error
+        end ///< the program is asked to end as soon as it has written a line to its standard error
     };
 
     /// Starts `command` and reads its standard error from then on. Throws SpawnError.
-    static Task<Shared> start(EngineRuntime &engine, ChildCommand command, AtFirstWord atFirstWord = AtFirstWord::goOn);
+    static Task<Shared> start(EngineRuntime &engine, ChildCommand command, AtFirstLine atFirstLine = AtFirstLine::goOn);
 
     ChildProcess const &process() const noexcept { return *child; }
 
@@ -38,7 +38,7 @@ public:
     TransferChild(EngineRuntime &engine, std::shared_ptr<ChildProcess> child);
 
 private:
-    static Task<void> hear(Shared self, AtFirstWord atFirstWord);
+    static Task<void> hear(Shared self, AtFirstLine atFirstLine);
 
     // Constant after construction.
     EngineRuntime &engine;
