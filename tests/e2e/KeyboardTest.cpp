@@ -108,7 +108,7 @@ TEST_F(KeyboardTest, theKeysThatOnlyMarkSortOrLayOutDoNotEndTheProgram)
     auto program = startOnBothFolders();
     expectBothFoldersPainted(program);
     press({"Insert", "shift+Down", "shift+End", "shift+space", "KP_Multiply", "Escape", "ctrl+backslash", "Prior",
-           "Next", "ctrl+Left", "F5", "alt+F1", "Home", "Down", "Return"});
+           "Next", "ctrl+Left", "alt+F1", "Home", "Down", "Return"});
     expectPainted(program, at("left/alpha"));
     expectQuits(program);
 }
