@@ -1,4 +1,5 @@
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
+#include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
 #include <QApplication>
@@ -219,6 +220,8 @@ TEST_F(PaneMouseTest, aClickOnATitleLeavesTheCursorAlone)
 TEST_F(PaneMouseTest, theLineBeforeAColumnFollowsThePointerAndTheNamePays)
 {
     open();
+    window->resize(1180, 720); // in which the name has something to pay with, in letters of any font
+    processPosted();
     auto const date = width(PaneSide::left, PaneColumn::date);
     auto const name = width(PaneSide::left, PaneColumn::name);
     dragLineBefore(PaneColumn::date, -30);
