@@ -19,7 +19,8 @@ UserPaths UserPaths::from(Environment const &environment)
     auto const home = HomeFolder::in(environment);
     auto const caches = absoluteOr(environment, "XDG_CACHE_HOME", home + "/.cache") + "/com.velmora.Tarnwick";
     auto const state = absoluteOr(environment, "XDG_STATE_HOME", home + "/.local/state") + "/Tarnwick";
-    return {.caches = caches, .edits = caches + "/edits", .lifeLog = state + "/life.log"};
+    return {
+        .caches = caches, .edits = caches + "/edits", .scratch = caches + "/scratch", .lifeLog = state + "/life.log"};
 }
 
 UserPaths UserPaths::ofThisUser()

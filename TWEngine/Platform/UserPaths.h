@@ -12,6 +12,7 @@ namespace tw {
 struct UserPaths {
     std::string caches;  ///< a folder; its content may be deleted at any time
     std::string edits;   ///< a folder: remote files while they are edited here
+    std::string scratch; ///< a folder: local copies of files that lie elsewhere, see Scratch
     std::string lifeLog; ///< a file
 
     /// A variable that is empty or not absolute counts as unset, as XDG demands: a relative path would name another

@@ -19,6 +19,7 @@ TEST(UserPathsTest, theEnvironmentMayPutThemElsewhere)
         UserPaths::from({{"HOME", "/home/ann"}, {"XDG_CACHE_HOME", "/fast/c"}, {"XDG_STATE_HOME", "/safe/s"}});
     EXPECT_EQ(paths.caches, "/fast/c/com.velmora.Tarnwick");
     EXPECT_EQ(paths.edits, "/fast/c/com.velmora.Tarnwick/edits");
+    EXPECT_EQ(paths.scratch, "/fast/c/com.velmora.Tarnwick/scratch");
     EXPECT_EQ(paths.lifeLog, "/safe/s/Tarnwick/life.log");
 }
 

@@ -26,12 +26,15 @@ TEST(QuittingTest, itWaitsOnceForTwoSecondsAfterItsLastNote)
     std::vector<std::chrono::nanoseconds> waits;
     std::string logged;
     auto isShutDown = false;
+    Scratch::Place const scratch{.base = folder.path("scratch")};
+    auto const copies = Scratch::directory("open", scratch);
     AppDelegate delegate({.engine = engine,
                           .mainContext = mainContext.context(),
                           .defaults = defaults,
                           .connections = connections,
                           .lifeLog = folder.path("life.log"),
                           .version = "1",
+                          .scratch = scratch,
                           .waitForShutdown = [&](std::binary_semaphore &done, std::chrono::nanoseconds limit) {
                               waits.push_back(limit);
                               logged = contentOf(folder.path("life.log"));
@@ -40,6 +43,8 @@ TEST(QuittingTest, itWaitsOnceForTwoSecondsAfterItsLastNote)
     delegate.applicationWillTerminate();
     EXPECT_THAT(waits, ElementsAre(2s)) << "neither more nor less, and not twice";
     EXPECT_THAT(logged, EndsWith("quit\n"));
+    engine.workers().waitUntilIdle();
+    EXPECT_FALSE(std::filesystem::exists(copies)) << "local copies end with the program";
     EXPECT_FALSE(isShutDown) << "the shutdown needs the thread that waits, so a host cannot make it longer";
     mainContext.context()->close(); // with the shutdown in it, which a real end of the program leaves as it is
 }

@@ -58,6 +58,7 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
     lifeLog.begin(with.version.empty() ? std::nullopt : std::optional(with.version));
     if (!with.settingsSetAside.empty())
         lifeLog.note("settings cannot be read whole; kept as " + with.settingsSetAside);
+    removeScratch([](auto const &place) { Scratch::remove(place); });
     QApplication::setStyle(new ToolTipDelay(Settings::toolTipDelay.read(with.defaults)));
     // Quitting closes the windows as well, and is then not their doing.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {
@@ -171,6 +172,7 @@ void AppDelegate::applicationWillTerminate()
     window.reset();
     controller.reset();
     with.defaults.flush();
+    removeScratch([](auto const &place) { Scratch::remove(place.process, place); });
     QGuiApplication::sync(); // the window is gone from the screen before the wait
     awaitShutdown();
 }
@@ -185,6 +187,14 @@ void AppDelegate::awaitShutdown()
     spawn({with.mainContext, {}}, shutDown(&with.connections, done));
     // The time-out is the usual outcome and needs no handling.
     with.waitForShutdown(*done, timeToEnd);
+}
+
+/// On a worker: the folder may lie on a mount that does not answer.
+void AppDelegate::removeScratch(std::function<void(Scratch::Place const &)> removal) const
+{
+    with.engine.workers()
+        .executor(WorkPriority::background)
+        ->post([removal = std::move(removal), place = with.scratch] { removal(place); });
 }
 
 void AppDelegate::showAbout()

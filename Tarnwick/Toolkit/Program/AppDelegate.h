@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWEngine/Platform/Scratch.h"
 #include "TWEngine/Runtime/MainContext.h"
 #include "TWEngine/Runtime/TerminationSignals.h"
 #include "Tarnwick/Commands/CommandTarget.h"
@@ -41,6 +42,7 @@ public:
         std::shared_ptr<WindowLoginPrompter> logins = nullptr;
         std::string lifeLog; ///< the file
         std::string version;
+        Scratch::Place scratch = {};       ///< emptied at launch and at the end
         std::string settingsSetAside = {}; ///< the copy of a file that could not be read; empty: there is none
         /// Waits on this thread for the end of all connections, and for no longer than the limit. A test need not wait.
         std::function<void(std::binary_semaphore &, std::chrono::nanoseconds limit)> waitForShutdown =
@@ -83,6 +85,7 @@ private:
     void watchSession();
     void sessionChanged(SessionEvent event);
     void awaitShutdown();
+    void removeScratch(std::function<void(Scratch::Place const &)> removal) const;
 
     Collaborators const with;
     LifeLog lifeLog;
