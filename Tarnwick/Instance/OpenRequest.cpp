@@ -1,7 +1,8 @@
 #include "Tarnwick/Instance/OpenRequest.h"
 
+#include "TWCore/Model/PercentCoding.h"
+
 #include <algorithm>
-#include <charconv>
 
 namespace tw {
 
@@ -22,27 +23,12 @@ std::string_view wordOf(std::optional<PaneSide> side)
     return *side == PaneSide::left ? left : right;
 }
 
-/// "%20" and the like as bytes; other signs as they are.
-std::string withoutPercents(std::string_view text)
-{
-    std::string bytes;
-    while (!text.empty()) {
-        unsigned value = 0;
-        auto const code = text.substr(1, 2);
-        auto const isCode = text.front() == '%' && code.size() == 2 &&
-                            std::from_chars(code.data(), code.data() + 2, value, 16).ptr == code.data() + 2;
-        bytes += isCode ? static_cast<char>(value) : text.front();
-        text.remove_prefix(isCode ? 3 : 1);
-    }
-    return bytes;
-}
-
 std::optional<PaneSpec> placeOf(std::string_view argument, std::string_view workingDirectory)
 {
     constexpr std::string_view file = "file://";
     if (argument.starts_with(file)) {
         argument.remove_prefix(std::min(argument.find('/', file.size()), argument.size()));
-        return PaneSpec::parse(withoutPercents(argument));
+        return PaneSpec::parse(PercentCoding::decoded(argument));
     }
     auto const colon = argument.find(':');
     if (argument.starts_with('/') || (colon != std::string_view::npos && colon < argument.find('/')))

@@ -1,5 +1,6 @@
 #include "Tarnwick/Panes/TypedPath.h"
 
+#include "TWCore/Model/PercentCoding.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
@@ -95,34 +96,6 @@ TypedPath onHost(std::string_view host, std::string_view path)
     return {.connection = std::string(host), .path = fromRoot == "/" ? "~" : "~" + fromRoot};
 }
 
-std::optional<unsigned> hexDigit(char sign)
-{
-    if (isDigit(sign))
-        return static_cast<unsigned>(sign - '0');
-    auto const letter = small(sign);
-    if (letter < 'a' || letter > 'f')
-        return std::nullopt;
-    return static_cast<unsigned>(letter - 'a' + 10);
-}
-
-/// A "%" without two digits stays, as people write it who do not know that it should be "%25".
-std::string percentDecoded(std::string_view text)
-{
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        auto const hasDigits = text[i] == '%' && i + 2 < text.size();
-        auto const high = hasDigits ? hexDigit(text[i + 1]) : std::nullopt;
-        auto const low = hasDigits ? hexDigit(text[i + 2]) : std::nullopt;
-        if (high && low) {
-            bytes += static_cast<char>(*high * 16 + *low);
-            i += 2;
-        } else {
-            bytes += text[i];
-        }
-    }
-    return bytes;
-}
-
 /// What stands between "//" and the path of an address.
 struct Authority {
     std::string user; ///< with the password, if there is one
@@ -134,14 +107,14 @@ Authority authorityOf(std::string_view text)
 {
     Authority authority;
     if (auto const at = text.rfind('@'); at != std::string_view::npos) {
-        authority.user = percentDecoded(text.substr(0, at));
+        authority.user = PercentCoding::decoded(text.substr(0, at));
         text.remove_prefix(at + 1);
     }
     // The colons of an IPv6 address stand in brackets.
     auto const bracket = text.starts_with('[') ? text.find(']') : std::string_view::npos;
     auto const colon = text.find(':', bracket == std::string_view::npos ? 0 : bracket);
     auto const host = text.substr(0, colon);
-    authority.host = percentDecoded(bracket == std::string_view::npos ? host : host.substr(1, bracket - 1));
+    authority.host = PercentCoding::decoded(bracket == std::string_view::npos ? host : host.substr(1, bracket - 1));
     if (colon != std::string_view::npos)
         authority.port = text.substr(colon + 1);
     return authority;
@@ -155,17 +128,18 @@ TypedPath ofHostAddress(std::string_view rest)
         return refused("an address must not contain a password");
     if (!authority.port.empty() && authority.port != "22")
         return refused({"give %@ a name with its port in ~/.ssh/config, and use that name", {authority.host}});
-    auto const path = percentDecoded(rest.substr(slash));
+    auto const path = PercentCoding::decoded(rest.substr(slash));
     return onHost(authority.user.empty() ? authority.host : authority.user + "@" + authority.host, path);
 }
 
 TypedPath ofFileAddress(std::string_view rest)
 {
     auto const slash = std::min(rest.find('/'), rest.size());
-    auto const host = percentDecoded(rest.substr(0, slash));
+    auto const host = PercentCoding::decoded(rest.substr(0, slash));
     if (!host.empty() && host != "localhost")
         return refused({"this address names a file of %@; files of hosts are opened as sftp://%@/path", {host, host}});
-    return {.connection = std::string(localConnection), .path = absolute(percentDecoded(rest.substr(slash)), "/")};
+    return {.connection = std::string(localConnection),
+            .path = absolute(PercentCoding::decoded(rest.substr(slash)), "/")};
 }
 
 /// Nothing for a text that is no address.
