@@ -21,7 +21,10 @@ set(TARNWICK_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them: add
 # What every target of ours compiles and links with; imported targets stay as they are.
 add_library(tarnwick_flags INTERFACE)
 target_compile_options(tarnwick_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+    -Wall -Wextra -Wpedantic -Wconversion
+    # Of files that are compiled as one it would blame parameters for names of the other files.
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>
+    -Werror
     -fno-omit-frame-pointer)
 target_include_directories(tarnwick_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_link_options(tarnwick_flags INTERFACE -fuse-ld=lld)

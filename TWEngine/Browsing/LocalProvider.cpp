@@ -118,7 +118,7 @@ Task<Listings> fetchInLanes(FileLanes *lanes, std::shared_ptr<Clock> clock, std:
     co_return listings;
 }
 
-std::string folderOf(std::string const &path)
+std::string startOf(std::string const &path)
 {
     return path.substr(0, path.rfind('/') + 1);
 }
@@ -130,7 +130,7 @@ Task<void> moveToTrash(FileLanes *lanes, std::vector<std::string> paths)
     for (auto first = paths.begin(); first != paths.end();) {
         auto const mounts = lanes->mounts();
         auto const end = std::find_if(first, paths.end(), [&](std::string const &path) {
-            return folderOf(path) != folderOf(*first) || mounts->mountOf(path) != mounts->mountOf(*first);
+            return startOf(path) != startOf(*first) || mounts->mountOf(path) != mounts->mountOf(*first);
         });
         co_await lanes->run(*first, LastLink::keep, WorkPriority::interactive,
                             [some = std::vector(first, end), stop = context.stop](std::string const & /*place*/) {
@@ -158,8 +158,8 @@ using Moves = std::shared_ptr<std::vector<FileSystemWriter::Move> const>;
 std::size_t endOfRun(Moves const &moves, std::size_t first)
 {
     auto end = first;
-    while (end < moves->size() && folderOf((*moves)[end].from) == folderOf((*moves)[first].from) &&
-           folderOf((*moves)[end].to) == folderOf((*moves)[first].to))
+    while (end < moves->size() && startOf((*moves)[end].from) == startOf((*moves)[first].from) &&
+           startOf((*moves)[end].to) == startOf((*moves)[first].to))
         ++end;
     return end;
 }

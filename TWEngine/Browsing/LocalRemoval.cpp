@@ -3,6 +3,7 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Browsing/OpenFolder.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 
 #include <cerrno>
@@ -17,12 +18,6 @@
 namespace tw {
 
 namespace {
-
-struct CloseFolder {
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
-
-using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
 
 /// A walk that goes down into folders and comes up again behind them. It holds one open folder, and not one for each
 /// level, since a tree may be deeper than a process can have files open.

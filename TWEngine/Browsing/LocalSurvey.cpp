@@ -4,6 +4,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/SurveyDigest.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Browsing/OpenFolder.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 
 #include <cerrno>
@@ -18,10 +19,6 @@
 namespace tw {
 
 namespace {
-
-struct CloseFolder {
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
 
 constexpr auto folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
@@ -102,7 +99,7 @@ private:
         levels.push_back({.pathBytes = path.size(), .device = status.st_dev, .inode = status.st_ino});
         here = std::move(opened);
         FileDescriptor copy(::openat(here.get(), ".", folderFlags));
-        std::unique_ptr<DIR, CloseFolder> const names(copy ? ::fdopendir(copy.get()) : nullptr);
+        OpenFolder const names(copy ? ::fdopendir(copy.get()) : nullptr);
         if (!names)
             fail(errno);
         static_cast<void>(copy.release());

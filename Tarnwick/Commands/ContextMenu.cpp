@@ -4,13 +4,11 @@ namespace tw {
 
 namespace {
 
-using Kind = ContextItem::Kind;
-
 void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subject)
 {
     if (subject.row == ContextSubject::Row::folder) {
         items.push_back({.command = Command::openSelection, .title = "Open Folder"});
-        items.push_back({.kind = Kind::separator});
+        items.push_back({.kind = ContextItem::Kind::separator});
     }
     items.push_back({.command = Command::copyFiles, .title = "Copy to Other Pane…"});
     items.push_back({.command = Command::moveFiles, .title = "Move to Other Pane…"});
@@ -19,11 +17,11 @@ void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subjec
          {Command::copyName, Command::copyNameWithoutExtension, Command::copyFullPath,
           subject.isLocal ? Command::copyRelativePath : Command::copyHostAndPath,
           subject.isLocal ? Command::copyHomePath : Command::copyRelativePath, Command::copyEnclosingFolder})
-        items.push_back({.kind = Kind::inCopyMenu, .command = command});
+        items.push_back({.kind = ContextItem::Kind::inCopyMenu, .command = command});
     items.push_back(
         {.command = Command::deleteFiles,
          .title = subject.marked > 0 ? "Delete " + std::to_string(subject.marked) + " Marked…" : "Delete…"});
-    items.push_back({.kind = Kind::separator});
+    items.push_back({.kind = ContextItem::Kind::separator});
 }
 
 } // namespace

@@ -10,7 +10,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using enum Blamed::Unreadable;
 
-std::vector<std::string> const names{"a", "b", "c d"};
+std::vector<std::string> const copied{"a", "b", "c d"};
 
 TEST(BlamedTest, theNameOfAPathIsBlamed)
 {
@@ -25,26 +25,26 @@ TEST(BlamedTest, theNameOfAPathIsBlamed)
 TEST(BlamedTest, otherProgramsPutThePathFirst)
 {
     auto const blamed =
-        Blamed::in("./b/x: Can't create 'b/x'\ntar: Error exit delayed from previous errors.", names, meansEverything);
+        Blamed::in("./b/x: Can't create 'b/x'\ntar: Error exit delayed from previous errors.", copied, meansEverything);
     EXPECT_THAT(blamed.names, ElementsAre("b"));
     EXPECT_FALSE(blamed.isEverything);
 }
 
 TEST(BlamedTest, aComplaintThatCannotBeReadMayMeanAnything)
 {
-    EXPECT_TRUE(Blamed::in("tar: can't open 'a': Permission denied", names, meansEverything).isEverything);
-    auto const ofSSH = Blamed::in("client_loop: send disconnect: Broken pipe\n", names, meansNothing);
+    EXPECT_TRUE(Blamed::in("tar: can't open 'a': Permission denied", copied, meansEverything).isEverything);
+    auto const ofSSH = Blamed::in("client_loop: send disconnect: Broken pipe\n", copied, meansNothing);
     EXPECT_FALSE(ofSSH.isEverything);
     EXPECT_THAT(ofSSH.names, IsEmpty());
 }
 
 TEST(BlamedTest, theEndOfAStreamIsNobodysFault)
 {
-    auto const blamed = Blamed::in("tar: Unexpected EOF in archive\ntar: Error is not recoverable: exiting now", names,
+    auto const blamed = Blamed::in("tar: Unexpected EOF in archive\ntar: Error is not recoverable: exiting now", copied,
                                    meansEverything);
     EXPECT_FALSE(blamed.isEverything);
     EXPECT_THAT(blamed.names, IsEmpty());
-    EXPECT_FALSE(Blamed::in("", names, meansEverything).isEverything);
+    EXPECT_FALSE(Blamed::in("", copied, meansEverything).isEverything);
 }
 
 } // namespace

@@ -5,8 +5,6 @@
 namespace tw::test {
 namespace {
 
-using enum FetchPriority;
-
 /// A host at the end of a long line, as a pane sees it.
 class BrowserOverSSHTest : public SSHProviderTest {
 protected:

@@ -18,13 +18,13 @@
 namespace tw::test {
 namespace {
 
-constexpr int races = 100;
+constexpr int exitRaces = 100;
 
 /// How a child ends, who is told, and that nothing is left of it.
 class ChildProcessExitTest : public ChildProcessTest {
 protected:
     /// A child that ends when it is told to, and not before.
-    Child startSleeper()
+    ChildHandle startSleeper()
     {
         auto const child = startShell("echo ready; exec cat");
         EXPECT_EQ(read(child), "ready\n");
@@ -32,7 +32,7 @@ protected:
     }
 
     /// A child that does not end when it is asked to.
-    Child startDeaf()
+    ChildHandle startDeaf()
     {
         auto const child = startShell("trap '' TERM; echo ready; exec sleep 1000"); // what is ignored stays so
         EXPECT_EQ(read(child), "ready\n");
@@ -146,7 +146,7 @@ TEST_F(ChildProcessExitTest, aSessionOfItsOwnIsTerminatedAsAWhole)
 TEST_F(ChildProcessExitTest, aChildThatEndsWithTheProgramIsKilledWithTheThreadThatHasStartedIt)
 {
     // The threads of a process that is killed end as this one does. A child that is stopped does not end by itself.
-    Child child;
+    ChildHandle child;
     std::latch isStarted(1);
     std::latch mayEnd(1);
     std::thread starter([&] {
@@ -167,7 +167,7 @@ TEST_F(ChildProcessExitTest, aChildThatEndsWithTheProgramIsKilledWithTheThreadTh
 TEST_F(ChildProcessExitTest, aThreadOfTheRuntimeStaysForTheChildrenThatItHasStarted)
 {
     EngineRuntime engine;
-    auto const startThere = [](EngineRuntime *runtime) -> Task<Child> {
+    auto const startThere = [](EngineRuntime *runtime) -> Task<ChildHandle> {
         co_return ChildProcess::start(
             runtime->io(),
             {.program = "/bin/cat", .input = PipeEnd{}, .output = PipeEnd{}, .end = ChildCommand::End::withProgram})
@@ -293,7 +293,7 @@ TEST_F(ChildProcessExitTest, manyChildrenInARowLeaveNothingBehind)
 
 TEST_F(ChildProcessExitTest, manyChildrenAtOnceAreEachToldTheirOwnEnd)
 {
-    std::vector<Child> children;
+    std::vector<ChildHandle> children;
     std::vector<Started<ExitStatus>> ends;
     for (int number = 0; number < 50; ++number) {
         children.push_back(startShell("read line; exit " + std::to_string(number)));
@@ -323,7 +323,7 @@ TEST_F(ChildProcessExitTest, anEndThatSomebodyElseCollectedIsLost)
 TEST_F(ChildProcessExitTest, aSignalAStopAndTheEndMayRace)
 {
     WorkerPool const pool({.interactive = 2, .background = 1});
-    for (int round = 0; round < races; ++round) {
+    for (int round = 0; round < exitRaces; ++round) {
         auto const child = startCat();
         auto const leaving = loop.start(onExecutor(pool.executor(WorkPriority::interactive), child->wait()));
         auto const staying = loop.start(child->wait());

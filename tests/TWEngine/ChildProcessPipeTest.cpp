@@ -14,7 +14,7 @@
 namespace tw::test {
 namespace {
 
-constexpr int races = 300;
+constexpr int pipeRaces = 300;
 
 /// More than any pipe holds, so that a writer has to wait for its reader.
 constexpr std::size_t severalMiB = std::size_t{5} * 1024 * 1024;
@@ -31,7 +31,7 @@ std::string someBytes(std::size_t count)
     return bytes;
 }
 
-Task<void> writeAndClose(Child child, std::string bytes)
+Task<void> writeAndClose(ChildHandle child, std::string bytes)
 {
     co_await child->write(std::move(bytes));
     child->closeInput();
@@ -51,7 +51,7 @@ protected:
         return 0;
     }
 
-    void endOf(Child const &cat)
+    void endOf(ChildHandle const &cat)
     {
         cat->closeInput();
         EXPECT_EQ(readAll(cat), "");
@@ -258,7 +258,7 @@ TEST_F(ChildProcessPipeTest, aStopMayComeAtAnyMomentOfARead)
     WorkerPool const pool({.interactive = 2, .background = 1});
     Strand const reader{pool.executor(WorkPriority::interactive)};
     auto const cat = startCat();
-    for (int round = 0; round < races; ++round) {
+    for (int round = 0; round < pipeRaces; ++round) {
         auto const reading = loop.start(onStrand(reader, cat->read(ChildOutput::standard)));
         std::latch ready(2);
         std::jthread const stopper([&] {

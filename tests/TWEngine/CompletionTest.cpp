@@ -14,7 +14,7 @@ namespace tw::test {
 namespace {
 
 /// Rounds of a race; each of them starts its threads anew.
-constexpr int races = 500;
+constexpr int completionRaces = 500;
 
 class CompletionTest : public ::testing::Test {
 protected:
@@ -128,7 +128,7 @@ TEST_F(CompletionTest, exactlyOneOfResultFailureAndStopWinsARace)
 {
     WorkerPool const pool({.interactive = 2, .background = 1});
     auto const elsewhere = pool.executor(WorkPriority::interactive);
-    for (int round = 0; round < races; ++round) {
+    for (int round = 0; round < completionRaces; ++round) {
         auto const raced = std::make_shared<Answer>();
         auto const waiter = loop.start(waitOn(elsewhere, raced));
         bool succeeded = false;

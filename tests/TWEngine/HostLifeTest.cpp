@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Choice = HostLife::Choice;
-using Kind = HostLife::Order::Kind;
+using OrderKind = HostLife::Order::Kind;
 using Order = HostLife::Order;
 using Orders = HostLife::Orders;
 using Phase = HostStatus::Phase;
@@ -21,15 +21,15 @@ using Why = HostLife::Order::Why;
 
 Order begin(std::uint64_t number, Way way = Way::quiet)
 {
-    return {.kind = Kind::beginAttempt, .number = number, .way = way};
+    return {.kind = OrderKind::beginAttempt, .number = number, .way = way};
 }
 
 Order end(std::uint64_t number, Why why)
 {
-    return {.kind = Kind::endAttempt, .number = number, .why = why};
+    return {.kind = OrderKind::endAttempt, .number = number, .why = why};
 }
 
-Order replacing(Kind kind, std::uint64_t number)
+Order replacing(OrderKind kind, std::uint64_t number)
 {
     return {.kind = kind, .number = number};
 }
@@ -314,7 +314,7 @@ TEST_F(HostLifeTest, theSpareSessionBeginsWhenAnAnswerIsLate)
     ask(1);
     EXPECT_EQ(life.wakeAt(), now + HostLife::lateAnswer);
     EXPECT_THAT(after(399ms), IsEmpty());
-    EXPECT_THAT(after(1ms), ElementsAre(Order{.kind = Kind::beginSpare}));
+    EXPECT_THAT(after(1ms), ElementsAre(Order{.kind = OrderKind::beginSpare}));
     EXPECT_THAT(after(1s), IsEmpty()) << "once";
 }
 
@@ -336,7 +336,7 @@ TEST_F(HostLifeTest, aHostThatSendsNothingWhileAPersonWaitsIsSilentAndIsConnecte
     auto const asked = now;
     after(400ms);
     EXPECT_EQ(life.wakeAt(), asked + HostLife::silenceLimit);
-    EXPECT_THAT(after(4600ms), ElementsAre(replacing(Kind::beginReplacing, 1)));
+    EXPECT_THAT(after(4600ms), ElementsAre(replacing(OrderKind::beginReplacing, 1)));
     EXPECT_EQ(life.status(), (HostStatus{.phase = Phase::silent, .since = asked}));
     EXPECT_TRUE(life.isUp()) << "requests still go over it";
 }
@@ -357,13 +357,13 @@ TEST_F(HostLifeTest, aHostThatNobodyAsksIsNotSilent)
     EXPECT_THAT(after(1h), IsEmpty());
     ask(1);
     EXPECT_EQ(life.wakeAt(), now + HostLife::lateAnswer);
-    EXPECT_THAT(after(1s), ElementsAre(Order{.kind = Kind::beginSpare})) << "the hour before does not count";
+    EXPECT_THAT(after(1s), ElementsAre(Order{.kind = OrderKind::beginSpare})) << "the hour before does not count";
 }
 
 TEST_F(HostLifeTest, aSilentHostThatAnswersIsUp)
 {
     fallSilent();
-    EXPECT_THAT(life.heard(now), ElementsAre(replacing(Kind::endReplacing, 1)));
+    EXPECT_THAT(life.heard(now), ElementsAre(replacing(OrderKind::endReplacing, 1)));
     EXPECT_EQ(phase(), Phase::up);
     EXPECT_THAT(life.replacementUp(1, now), IsEmpty()) << "too late";
     EXPECT_EQ(life.generation(), 1U);
@@ -372,7 +372,7 @@ TEST_F(HostLifeTest, aSilentHostThatAnswersIsUp)
 TEST_F(HostLifeTest, theNewConnectionTakesThePlaceOfTheSilentOne)
 {
     fallSilent();
-    EXPECT_THAT(life.replacementUp(1, now), ElementsAre(replacing(Kind::replace, 1)));
+    EXPECT_THAT(life.replacementUp(1, now), ElementsAre(replacing(OrderKind::replace, 1)));
     EXPECT_EQ(phase(), Phase::up);
     EXPECT_EQ(life.generation(), 2U);
     EXPECT_EQ(life.route(Choice::work, false), (Route{Role::work, false}));
@@ -383,18 +383,19 @@ TEST_F(HostLifeTest, aConnectionBesideThatFailsIsTriedAgainAsLongAsSomebodyWaits
     fallSilent();
     life.replacementFailed(1, now);
     EXPECT_EQ(life.wakeAt(), now + HostLife::silenceLimit);
-    EXPECT_THAT(after(HostLife::silenceLimit), ElementsAre(replacing(Kind::beginReplacing, 2)));
+    EXPECT_THAT(after(HostLife::silenceLimit), ElementsAre(replacing(OrderKind::beginReplacing, 2)));
     life.replacementFailed(2, now);
     life.settled(1);
     EXPECT_EQ(life.wakeAt(), std::nullopt);
     EXPECT_THAT(after(1h), IsEmpty());
-    EXPECT_THAT(ask(2), ElementsAre(replacing(Kind::beginReplacing, 3))) << "the next who asks does not wait for it";
+    EXPECT_THAT(ask(2), ElementsAre(replacing(OrderKind::beginReplacing, 3)))
+        << "the next who asks does not wait for it";
 }
 
 TEST_F(HostLifeTest, aSilentHostThatIsLostEndsTheConnectionBeside)
 {
     fallSilent();
-    EXPECT_THAT(life.sessionLost(Role::first, 1, now), ElementsAre(replacing(Kind::endReplacing, 1)));
+    EXPECT_THAT(life.sessionLost(Role::first, 1, now), ElementsAre(replacing(OrderKind::endReplacing, 1)));
     EXPECT_EQ(phase(), Phase::lost);
 }
 
@@ -410,7 +411,7 @@ TEST_F(HostLifeTest, theEndEndsWhatIsUnderWay)
     EXPECT_EQ(life.endings(), 2U);
     EXPECT_FALSE(life.isUp());
     fallSilent();
-    EXPECT_THAT(life.end(now), ElementsAre(replacing(Kind::endReplacing, 1)));
+    EXPECT_THAT(life.end(now), ElementsAre(replacing(OrderKind::endReplacing, 1)));
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 namespace tw::test {
 namespace {
 
-using Kind = LoginQuestion::Kind;
+using QuestionKind = LoginQuestion::Kind;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -25,29 +25,29 @@ TEST(LoginPromptTest, promptsOfOpenSSHAreToldApart)
 {
     struct Row {
         char const *prompt;
-        Kind kind;
+        QuestionKind kind;
     };
 
     Row const rows[] = {
-        {"ann@box's password: ", Kind::password},
-        {"(ann@box) Password: ", Kind::password},
-        {"(ann@box) Password for ann@box: ", Kind::password},
-        {"(ann@box) ann@box's password: ", Kind::password},
-        {"Enter passphrase for key '/home/ann/.ssh/id_ed25519': ", Kind::passphrase},
-        {"Enter passphrase for key 'id_rsa': ", Kind::passphrase},
-        {unknownHost, Kind::hostKey},
-        {"(ann@box) Verification code: ", Kind::other},
-        {"(ann@box) One-time password (OATH) for `ann': ", Kind::other},
-        {"(ann@box) Duo two-factor login for ann\n\n 1. Duo Push\n\nPasscode or option (1-1): ", Kind::other},
-        {"Enter PIN for 'PIV Card': ", Kind::other},
-        {"Enter PIN for ED25519-SK key /home/ann/.ssh/id_ed25519_sk: ", Kind::other},
-        {"Enter ann@box's old password: ", Kind::other},
-        {"Enter ann@box's new password: ", Kind::other},
-        {"Retype ann@box's new password: ", Kind::other},
-        {"(ann@box) New password: ", Kind::other},
-        {"Accept updated hostkeys? (yes/no): ", Kind::confirm},
-        {"(ann@box) Do you accept the rules (yes/no)? ", Kind::other},
-        {"", Kind::other},
+        {"ann@box's password: ", QuestionKind::password},
+        {"(ann@box) Password: ", QuestionKind::password},
+        {"(ann@box) Password for ann@box: ", QuestionKind::password},
+        {"(ann@box) ann@box's password: ", QuestionKind::password},
+        {"Enter passphrase for key '/home/ann/.ssh/id_ed25519': ", QuestionKind::passphrase},
+        {"Enter passphrase for key 'id_rsa': ", QuestionKind::passphrase},
+        {unknownHost, QuestionKind::hostKey},
+        {"(ann@box) Verification code: ", QuestionKind::other},
+        {"(ann@box) One-time password (OATH) for `ann': ", QuestionKind::other},
+        {"(ann@box) Duo two-factor login for ann\n\n 1. Duo Push\n\nPasscode or option (1-1): ", QuestionKind::other},
+        {"Enter PIN for 'PIV Card': ", QuestionKind::other},
+        {"Enter PIN for ED25519-SK key /home/ann/.ssh/id_ed25519_sk: ", QuestionKind::other},
+        {"Enter ann@box's old password: ", QuestionKind::other},
+        {"Enter ann@box's new password: ", QuestionKind::other},
+        {"Retype ann@box's new password: ", QuestionKind::other},
+        {"(ann@box) New password: ", QuestionKind::other},
+        {"Accept updated hostkeys? (yes/no): ", QuestionKind::confirm},
+        {"(ann@box) Do you accept the rules (yes/no)? ", QuestionKind::other},
+        {"", QuestionKind::other},
     };
     for (auto const &row : rows)
         EXPECT_EQ(read(row.prompt).kind, row.kind) << row.prompt;
@@ -55,16 +55,16 @@ TEST(LoginPromptTest, promptsOfOpenSSHAreToldApart)
 
 TEST(LoginPromptTest, aHintSaysWhatTheWordsDoNot)
 {
-    EXPECT_EQ(read("Confirm user presence for key ED25519-SK SHA256:abc", "none").kind, Kind::notice);
-    EXPECT_EQ(read("Allow shared connection to box? ", "confirm").kind, Kind::confirm);
-    EXPECT_EQ(read("ann@box's password: ", "confirm").kind, Kind::confirm);
-    EXPECT_EQ(read("ann@box's password: ", "unheard of").kind, Kind::password);
+    EXPECT_EQ(read("Confirm user presence for key ED25519-SK SHA256:abc", "none").kind, QuestionKind::notice);
+    EXPECT_EQ(read("Allow shared connection to box? ", "confirm").kind, QuestionKind::confirm);
+    EXPECT_EQ(read("ann@box's password: ", "confirm").kind, QuestionKind::confirm);
+    EXPECT_EQ(read("ann@box's password: ", "unheard of").kind, QuestionKind::password);
 }
 
 TEST(LoginPromptTest, aHostCannotAskInTheNameOfSSH)
 {
-    EXPECT_EQ(read("(ann@box) Enter passphrase for key '/home/ann/.ssh/id_rsa': ").kind, Kind::other);
-    EXPECT_EQ(read(std::string("(ann@box) ") + unknownHost).kind, Kind::other);
+    EXPECT_EQ(read("(ann@box) Enter passphrase for key '/home/ann/.ssh/id_rsa': ").kind, QuestionKind::other);
+    EXPECT_EQ(read(std::string("(ann@box) ") + unknownHost).kind, QuestionKind::other);
 }
 
 TEST(LoginPromptTest, aHostKeyHasItsTypeAndFingerprint)
@@ -90,7 +90,7 @@ TEST(LoginPromptTest, aKeyWhoseNameMayBeCutOffIsNotRemembered)
 {
     auto const cut = "/" + std::string(99, 'x'); // ssh prints at most a hundred bytes
     EXPECT_FALSE(read("Enter passphrase for key '" + cut + "': ").canBeRemembered);
-    EXPECT_TRUE(read("Enter passphrase for key '" + cut.substr(1) + "': ").kind == Kind::passphrase);
+    EXPECT_TRUE(read("Enter passphrase for key '" + cut.substr(1) + "': ").kind == QuestionKind::passphrase);
     EXPECT_FALSE(read("Enter passphrase for key 'relative': ").canBeRemembered);
 }
 

@@ -7,7 +7,7 @@
 namespace tw::test {
 namespace {
 
-using Kind = TarHeader::Kind;
+using MemberKind = TarHeader::Kind;
 
 std::string answer(TarMember const &member, ShellDialect target = ShellDialect::posix)
 {
@@ -39,12 +39,12 @@ TEST(MemberGuardTest, whatWasNotAskedForIsRefused)
 
 TEST(MemberGuardTest, aHardLinkOutOfTheNamesIsRefused)
 {
-    EXPECT_EQ(answer({Kind::hardLink, "photos/a", "photos/b"}), "taken");
-    EXPECT_EQ(answer({Kind::hardLink, "photos/a", "/etc/passwd"}),
+    EXPECT_EQ(answer({MemberKind::hardLink, "photos/a", "photos/b"}), "taken");
+    EXPECT_EQ(answer({MemberKind::hardLink, "photos/a", "/etc/passwd"}),
               "the host sent a link to what was not asked for: /etc/passwd");
-    EXPECT_EQ(answer({Kind::hardLink, "photos/a", "photos/../../x"}),
+    EXPECT_EQ(answer({MemberKind::hardLink, "photos/a", "photos/../../x"}),
               "the host sent a link to what was not asked for: photos/../../x");
-    EXPECT_EQ(answer({Kind::symbolicLink, "photos/a", "/etc/passwd"}), "taken");
+    EXPECT_EQ(answer({MemberKind::symbolicLink, "photos/a", "/etc/passwd"}), "taken");
 }
 
 TEST(MemberGuardTest, windowsKnowsMoreWaysOut)

@@ -4,8 +4,6 @@
 namespace tw::test {
 namespace {
 
-using enum FetchPriority;
-
 constexpr int files = 20'000;
 
 /// A host behind a line of 4 Mbit/s with a folder of 4 MB of names.
@@ -44,7 +42,7 @@ TEST_F(NarrowLineTest, aListingThatIsLeftIsBrokenOffOnTheHost)
 TEST_F(NarrowLineTest, aScanInTheBackgroundTakesLittleOfIt)
 {
     auto const before = delivered();
-    auto const listings = loop.run(provider->fetch(folder.path(), 3, background));
+    auto const listings = loop.run(provider->fetch(folder.path(), 3, FetchPriority::background));
     EXPECT_TRUE(listings.at(folder.path()).truncated());
     EXPECT_LT(delivered() - before, 1U << 20U);
 }

@@ -20,7 +20,7 @@ using enum ShellDialect;
 class OneShotCommandTest : public ChildProcessTest {
 protected:
     /// What stands behind the host, which the host's login shell gets.
-    Child runOnHost(SSHCommandLine::Arguments const &arguments, ChildEnd input)
+    ChildHandle runOnHost(SSHCommandLine::Arguments const &arguments, ChildEnd input)
     {
         return start(
             {.program = "dash", .arguments = {"-c", arguments.back()}, .input = std::move(input), .output = PipeEnd{}});

@@ -14,7 +14,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
-using enum FetchPriority;
 
 /// A file of which no more comes until somebody writes to its other end.
 struct EndlessFile {

@@ -10,7 +10,6 @@ namespace {
 using testing::HasSubstr;
 using testing::SizeIs;
 using testing::StartsWith;
-using enum FetchPriority;
 
 /// Hosts that let nobody in, or that are not as one would like them.
 class SSHProviderRefusalTest : public SSHProviderTest {
@@ -23,7 +22,7 @@ TEST_F(SSHProviderRefusalTest, aRefusedKey)
     reach({.login = TestHost::Login::refused});
     auto const provider = makeProvider();
     EXPECT_THAT(connectFailure(provider), HasSubstr("Permission denied (publickey)"));
-    EXPECT_THROW(loop.run(provider->fetch("/", 1, interactive)), RemoteShellError::ConnectFailed);
+    EXPECT_THROW(loop.run(provider->fetch("/", 1, FetchPriority::interactive)), RemoteShellError::ConnectFailed);
 
     host->setLogin(TestHost::Login::accepted);
     EXPECT_EQ(run(provider, "echo in"), "in\n");
@@ -94,7 +93,7 @@ TEST_P(UnusualShellTest, isListedAndAskedLikeAnyOther)
 {
     auto const provider = connected();
     folder.file("caf\xC3\xA9 it's");
-    for (auto const priority : {interactive, background})
+    for (auto const priority : {FetchPriority::interactive, FetchPriority::background})
         EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, priority)).at(folder.path()).count(), 1U);
     EXPECT_EQ(run(provider, "echo $((6 * 7))"), "42\n") << "commands are for the resident shell";
 }
@@ -113,7 +112,7 @@ TEST_F(SSHProviderRefusalTest, aHostWhoseStartFilePutsAnotherShellInThePlaceOfBa
     reachThrough("#!/bin/sh\necho 'a start file may print'\nexec zsh\n");
     auto const provider = connected();
     folder.file("file");
-    for (auto const priority : {interactive, background})
+    for (auto const priority : {FetchPriority::interactive, FetchPriority::background})
         EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, priority)).at(folder.path()).count(), 1U);
 }
 
@@ -175,8 +174,8 @@ TEST_F(SSHProviderRefusalTest, withoutTheSecondSessionAllGoesOverTheFirst)
                  "' || exit 1;;\nesac\nexec /bin/sh -c \"$SSH_ORIGINAL_COMMAND\"\n");
     auto const provider = connected();
     folder.file("file");
-    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, background)).at(folder.path()).count(), 1U);
-    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, interactive)).at(folder.path()).count(), 1U);
+    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, FetchPriority::background)).at(folder.path()).count(), 1U);
+    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, FetchPriority::interactive)).at(folder.path()).count(), 1U);
 }
 
 } // namespace

@@ -13,7 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using enum FetchPriority;
 
 TEST_F(SSHProviderTest, itIsNamedByItsHost)
 {
@@ -32,7 +31,7 @@ TEST_F(SSHProviderTest, listingsAreWhatIsOnTheHost)
     folder.file("a/it's \xFF", "content");
     folder.link("link", "a");
     auto const provider = connected();
-    for (auto const priority : {interactive, background}) {
+    for (auto const priority : {FetchPriority::interactive, FetchPriority::background}) {
         for (int const depth : {1, 3})
             EXPECT_EQ(rowsOf(loop.run(provider->fetch(folder.path(), depth, priority)), folder.path()),
                       rowsOnDisk(folder.path(), depth));
@@ -122,7 +121,7 @@ TEST_F(SSHProviderTest, aScanAheadHasASmallerBudget)
     for (int index = 0; index < 100; ++index)
         folder.file("a file with a name of some length " + std::to_string(index));
     auto const provider = connected({.maxResponseBytes = 1000});
-    for (auto const priority : {interactive, background})
+    for (auto const priority : {FetchPriority::interactive, FetchPriority::background})
         EXPECT_TRUE(loop.run(provider->fetch(folder.path(), 1, priority)).at(folder.path()).truncated());
     EXPECT_EQ(run(provider, "echo $TW_MAX"), "1000\n");
     auto const large = makeProvider();
@@ -135,8 +134,8 @@ TEST_F(SSHProviderTest, beforeConnectingThereIsNothingToAsk)
 {
     reach();
     auto const provider = makeProvider();
-    EXPECT_THROW(loop.run(provider->fetch("/", 1, interactive)), RemoteShellError::NotConnected);
-    EXPECT_THROW(loop.run(provider->fetch("/", 1, background)), RemoteShellError::NotConnected);
+    EXPECT_THROW(loop.run(provider->fetch("/", 1, FetchPriority::interactive)), RemoteShellError::NotConnected);
+    EXPECT_THROW(loop.run(provider->fetch("/", 1, FetchPriority::background)), RemoteShellError::NotConnected);
     EXPECT_THROW(loop.run(provider->reconnect()), RemoteShellError::NotConnected);
     EXPECT_EQ(line->traffic().connections, 0U);
 }
@@ -150,10 +149,10 @@ TEST_F(SSHProviderTest, aCutIsMendedBehindTheCallersBack)
     // A second session that is still on its way when the line is cut would try the line by itself.
     run(provider, "true", CommandSession::background);
     line->cut();
-    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, interactive)).at(folder.path()).count(), 1U);
+    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, FetchPriority::interactive)).at(folder.path()).count(), 1U);
     EXPECT_EQ(line->traffic().connections, 2U);
     EXPECT_NE(shellOf(provider, CommandSession::interactive), shell);
-    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, background)).at(folder.path()).count(), 1U);
+    EXPECT_EQ(loop.run(provider->fetch(folder.path(), 1, FetchPriority::background)).at(folder.path()).count(), 1U);
     EXPECT_EQ(line->traffic().connections, 2U);
 }
 
@@ -208,7 +207,7 @@ TEST_F(SSHProviderTest, aReconnectionThatFailsIsTheFailureOfAll)
     run(provider, "true", CommandSession::background);
     host->stop();
     std::vector<Started<Listings>> fetches;
-    for (auto const priority : {interactive, background, interactive})
+    for (auto const priority : {FetchPriority::interactive, FetchPriority::background, FetchPriority::interactive})
         fetches.push_back(loop.start(provider->fetch(folder.path(), 1, priority)));
     for (auto const &fetch : fetches)
         EXPECT_NE(failureOf(fetch), "it succeeded");
@@ -222,7 +221,8 @@ TEST_F(SSHProviderTest, aCutIsMendedOnceForAll)
     run(provider, "true", CommandSession::background);
     line->cut(Ending::reset);
     std::vector<Started<Listings>> fetches;
-    for (auto const priority : {interactive, background, interactive, background})
+    for (auto const priority :
+         {FetchPriority::interactive, FetchPriority::background, FetchPriority::interactive, FetchPriority::background})
         fetches.push_back(loop.start(provider->fetch(folder.path(), 1, priority)));
     auto const size = loop.start(provider->fileSize(file));
     auto const chunk = loop.start(provider->readChunk(file, 0, 10));
@@ -284,7 +284,7 @@ TEST_F(SSHProviderTest, aHostThatIsGoneIsToldInTheWordsOfSSHUntilItIsBack)
     auto const provider = connected();
     host->stop();
     for (int attempt = 0; attempt < 2; ++attempt)
-        EXPECT_NE(failureOf(loop.start(provider->fetch("/", 1, interactive))), "it succeeded");
+        EXPECT_NE(failureOf(loop.start(provider->fetch("/", 1, FetchPriority::interactive))), "it succeeded");
     EXPECT_FALSE(loop.run(provider->isLive()));
     host->start();
     EXPECT_EQ(run(provider, "echo back"), "back\n");
@@ -306,8 +306,8 @@ TEST_F(SSHProviderTest, whatIsUnderWayAtADisconnectFails)
     Gate const gate;
     auto const provider = connected();
     auto const first = loop.start(provider->runCommand({.text = gate.waiting()}));
-    auto const second = loop.start(provider->fetch("/", 1, background));
-    auto const third = loop.start(provider->fetch("/", 1, interactive));
+    auto const second = loop.start(provider->fetch("/", 1, FetchPriority::background));
+    auto const third = loop.start(provider->fetch("/", 1, FetchPriority::interactive));
     loop.run(provider->disconnect());
     finish(second);
     EXPECT_EQ(failureOf(first), "disconnected: shut down");
@@ -435,13 +435,13 @@ done
 
 TEST_F(FailingListingsTest, withoutAnEntryItIsAFailure)
 {
-    EXPECT_THAT(failureOf(loop.start(provider->fetch("/none", 1, interactive))),
+    EXPECT_THAT(failureOf(loop.start(provider->fetch("/none", 1, FetchPriority::interactive))),
                 testing::EndsWith("host could not read that folder"));
 }
 
 TEST_F(FailingListingsTest, whatCouldBeReadIsAListing)
 {
-    auto const listings = loop.run(provider->fetch("/part", 1, interactive));
+    auto const listings = loop.run(provider->fetch("/part", 1, FetchPriority::interactive));
     EXPECT_THAT(names(listings.at("/part")), ElementsAre("name"));
 }
 

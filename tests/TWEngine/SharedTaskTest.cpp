@@ -14,7 +14,7 @@
 namespace tw::test {
 namespace {
 
-constexpr int races = 300;
+constexpr int taskRaces = 300;
 
 /// Everything on one loop, so that each step is seen by itself; the races alone have threads.
 class SharedTaskTest : public ::testing::Test {
@@ -200,7 +200,7 @@ TEST_F(SharedTaskTest, waitersStoppedAtTheMomentOfTheResultGetOneOrTheOther)
 {
     WorkerPool const pool({.interactive = 2, .background = 1});
     auto const elsewhere = pool.executor(WorkPriority::interactive);
-    for (int round = 0; round < races; ++round) {
+    for (int round = 0; round < taskRaces; ++round) {
         auto const raced = std::make_shared<Answer>();
         auto const shared = SharedTask<int>::start(elsewhere, Answer::wait(raced));
         auto const staying = loop.start(onExecutor(elsewhere, shared.wait()));

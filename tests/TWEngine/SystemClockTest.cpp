@@ -17,7 +17,7 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-constexpr int races = 300;
+constexpr int clockRaces = 300;
 
 class SystemClockTest : public ::testing::Test {
 protected:
@@ -93,7 +93,7 @@ TEST_F(SystemClockTest, timeGoesForward)
 
 TEST_F(SystemClockTest, aStopAtTheMomentOfItsEndEndsASleepOnce)
 {
-    for (int round = 0; round < races; ++round) {
+    for (int round = 0; round < clockRaces; ++round) {
         auto const sleep = loop.start(clock.sleep(microseconds(50)));
         std::latch ready(2);
         std::jthread const stopper([&] {

@@ -14,7 +14,7 @@ namespace tw::test {
 namespace {
 
 using testing::ElementsAre;
-using Kind = TarHeader::Kind;
+using MemberKind = TarHeader::Kind;
 
 struct Read {
     std::vector<std::string> names;
@@ -107,7 +107,7 @@ TEST(TarReaderTest, whatRealProgramsWriteIsReadInEveryFormat)
         EXPECT_EQ(read.names[0], "a");
         EXPECT_EQ(read.names[3], deep + "/file") << options;
         EXPECT_EQ(read.names[4], "a/hard");
-        EXPECT_EQ(read.members[4].kind, Kind::hardLink);
+        EXPECT_EQ(read.members[4].kind, MemberKind::hardLink);
         EXPECT_EQ(read.members[4].linkTarget, deep + "/file");
         EXPECT_EQ(read.members[5].linkTarget, std::string(200, 't'));
         EXPECT_EQ(read.names[6], "a/sparse") << options;

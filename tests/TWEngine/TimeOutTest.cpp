@@ -16,7 +16,7 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr int races = 300;
+constexpr int timeOutRaces = 300;
 
 /// Time stands still, and everything lives on the test's own loop.
 class TimeOutTest : public ::testing::Test {
@@ -172,7 +172,7 @@ TEST_F(TimeOutTest, aResultAStopAndTheTimeMayRace)
 {
     IoThread io;
     auto const machine = std::make_shared<SystemClock>(io);
-    for (int round = 0; round < races; ++round) {
+    for (int round = 0; round < timeOutRaces; ++round) {
         auto const raced = std::make_shared<Answer>();
         auto const limited = loop.start(
             withTimeOut(std::shared_ptr<Clock>(machine), std::chrono::microseconds(50), Answer::wait(raced)));

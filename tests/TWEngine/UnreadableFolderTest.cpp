@@ -8,7 +8,6 @@ namespace tw::test {
 namespace {
 
 using testing::IsEmpty;
-using enum FetchPriority;
 
 /// Folders of a host that cannot be listed, for a user to whom permissions apply.
 class UnreadableFolderTest : public SSHProviderTest {
@@ -67,7 +66,7 @@ protected:
 TEST_F(UnreadableFolderTest, isAnErrorWithItsReason)
 {
     loop.run(provider->connect());
-    for (auto const priority : {interactive, background}) {
+    for (auto const priority : {FetchPriority::interactive, FetchPriority::background}) {
         EXPECT_EQ(refusalOf("tree/locked", priority), "permission denied");
         EXPECT_EQ(refusalOf("none", priority), "no such folder");
         EXPECT_EQ(refusalOf("to a file", priority), "not a folder");

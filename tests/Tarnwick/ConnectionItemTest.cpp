@@ -8,26 +8,26 @@ namespace {
 
 using ::testing::ElementsAre;
 
-using Kind = ConnectionItem::Kind;
+using ItemKind = ConnectionItem::Kind;
 
 ConnectionItem separator()
 {
-    return {.kind = Kind::separator};
+    return {.kind = ItemKind::separator};
 }
 
 ConnectionItem thisMachine(bool isChecked)
 {
-    return {.kind = Kind::local, .title = "This Mac", .isChecked = isChecked, .isEnabled = true};
+    return {.kind = ItemKind::local, .title = "This Mac", .isChecked = isChecked, .isEnabled = true};
 }
 
 ConnectionItem host(std::string name, bool isChecked = false)
 {
-    return {.kind = Kind::host, .title = name, .host = name, .isChecked = isChecked, .isEnabled = true};
+    return {.kind = ItemKind::host, .title = name, .host = name, .isChecked = isChecked, .isEnabled = true};
 }
 
 ConnectionItem note(std::string text)
 {
-    return {.kind = Kind::note, .title = std::move(text), .isChecked = false, .isEnabled = false};
+    return {.kind = ItemKind::note, .title = std::move(text), .isChecked = false, .isEnabled = false};
 }
 
 using Hosts = std::vector<std::string>;
@@ -53,7 +53,7 @@ TEST(ConnectionItemTest, aConnectionThatIsNotSavedIsCheckedNowhere)
 TEST(ConnectionItemTest, aHeaderStandsFirstAndCannotBeChosen)
 {
     auto const items = connectionMenuItems("web", Hosts{"web"}, "web");
-    EXPECT_EQ(items.front(), (ConnectionItem{.kind = Kind::header, .title = "web"}));
+    EXPECT_EQ(items.front(), (ConnectionItem{.kind = ItemKind::header, .title = "web"}));
     EXPECT_FALSE(items.front().isEnabled);
     EXPECT_EQ(items.size(), connectionMenuItems({}, Hosts{"web"}, "web").size() + 1);
 }
@@ -74,7 +74,7 @@ TEST(ConnectionItemTest, aHostByTheNameOfThisMachineIsShownButCannotBeChosen)
 {
     EXPECT_THAT(connectionMenuItems({}, Hosts{"local"}, "local"),
                 ElementsAre(thisMachine(true), separator(),
-                            ConnectionItem{.kind = Kind::host, .title = "local", .host = "local"}));
+                            ConnectionItem{.kind = ItemKind::host, .title = "local", .host = "local"}));
 }
 
 TEST(ConnectionItemTest, namesAreTheBytesOfTheFile)
@@ -96,7 +96,7 @@ std::vector<std::string> titles(std::vector<ConnectionItem> const &items)
 {
     std::vector<std::string> all;
     for (auto const &item : items) {
-        if (item.kind == Kind::host || item.kind == Kind::note)
+        if (item.kind == ItemKind::host || item.kind == ItemKind::note)
             all.push_back(item.title.english());
     }
     return all;
@@ -133,7 +133,7 @@ TEST(ConnectionItemTest, aFilterFindsItsLettersAnywhereInANameInEitherCase)
 {
     auto const items = connectionMenuItems("web", Hosts{"web-one", "mail", "WEBTWO", "cobweb"}, "web");
     EXPECT_THAT(titles(shownItems(items, "wEb")), ElementsAre("web-one", "WEBTWO", "cobweb"));
-    EXPECT_EQ(shownItems(items, "wEb").front().kind, Kind::header);
+    EXPECT_EQ(shownItems(items, "wEb").front().kind, ItemKind::header);
     EXPECT_THAT(shownItems(items, "this m"), ElementsAre(items[0], thisMachine(false)));
     EXPECT_EQ(shownItems(items, ""), items);
 }

@@ -12,7 +12,7 @@ using ::testing::ElementsAre;
 using Row = ContextSubject::Row;
 
 /// What can be read in the menu; a submenu as "Copy/Name", a separator as "-".
-std::vector<std::string> titles(ContextSubject const &subject)
+std::vector<std::string> titlesFor(ContextSubject const &subject)
 {
     std::vector<std::string> all;
     for (auto const &item : contextMenuItems(subject)) {
@@ -27,7 +27,7 @@ std::vector<std::string> titles(ContextSubject const &subject)
 
 TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 {
-    EXPECT_THAT(titles({.row = Row::folder}),
+    EXPECT_THAT(titlesFor({.row = Row::folder}),
                 ElementsAre("Open Folder", "-", "Copy to Other Pane…", "Move to Other Pane…", "Rename…", "Copy/Name",
                             "Copy/Name Without Extension", "Copy/Full Path", "Copy/Relative to Other Pane",
                             "Copy/Relative to Home", "Copy/Enclosing Folder", "Delete…", "-", "New Folder…", "Refresh",
@@ -36,7 +36,7 @@ TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 
 TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 {
-    EXPECT_THAT(titles({.row = Row::file, .isLocal = false}),
+    EXPECT_THAT(titlesFor({.row = Row::file, .isLocal = false}),
                 ElementsAre("Copy to Other Pane…", "Move to Other Pane…", "Rename…", "Copy/Name",
                             "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
                             "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…", "-", "New Folder…",
@@ -45,12 +45,12 @@ TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 
 TEST(ContextMenuTest, whatIsDeletedAreTheMarkedFiles)
 {
-    EXPECT_THAT(titles({.row = Row::file, .marked = 3}), ::testing::Contains("Delete 3 Marked…"));
+    EXPECT_THAT(titlesFor({.row = Row::file, .marked = 3}), ::testing::Contains("Delete 3 Marked…"));
 }
 
 TEST(ContextMenuTest, besideTheFilesItIsAboutTheFolderOnShow)
 {
-    EXPECT_THAT(titles({}), ElementsAre("New Folder…", "Refresh", "Show Hidden Files"));
+    EXPECT_THAT(titlesFor({}), ElementsAre("New Folder…", "Refresh", "Show Hidden Files"));
 }
 
 } // namespace

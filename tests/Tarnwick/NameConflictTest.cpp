@@ -11,12 +11,12 @@ using Answer = NameConflict::Answer;
 using Comparison = NameConflict::Comparison;
 using Occupant = FolderFacts::Occupant;
 
-Occupant file(std::int64_t size, std::int64_t mtime)
+Occupant fileOf(std::int64_t size, std::int64_t mtime)
 {
     return {.name = "a", .kind = EntryKind::file, .size = size, .mtime = mtime};
 }
 
-Occupant folder(std::int64_t mtime)
+Occupant folderOf(std::int64_t mtime)
 {
     return {.name = "a", .kind = EntryKind::directory, .size = 0, .mtime = mtime};
 }
@@ -28,31 +28,31 @@ Comparison compared(Occupant source, Occupant target)
 
 TEST(NameConflictTest, theDateSaysWhichFileIsTheNewerOne)
 {
-    EXPECT_EQ(compared(file(1, 20), file(1, 10)), Comparison::newer);
-    EXPECT_EQ(compared(file(1, 10), file(9, 20)), Comparison::older);
-    EXPECT_EQ(compared(file(1, -5), file(1, -9)), Comparison::newer) << "before 1970 too";
+    EXPECT_EQ(compared(fileOf(1, 20), fileOf(1, 10)), Comparison::newer);
+    EXPECT_EQ(compared(fileOf(1, 10), fileOf(9, 20)), Comparison::older);
+    EXPECT_EQ(compared(fileOf(1, -5), fileOf(1, -9)), Comparison::newer) << "before 1970 too";
 }
 
 TEST(NameConflictTest, filesOfOneDateAreTheSameIfTheirSizesAre)
 {
-    EXPECT_EQ(compared(file(1, 10), file(1, 10)), Comparison::same);
-    EXPECT_EQ(compared(file(1, 10), file(2, 10)), Comparison::differs);
+    EXPECT_EQ(compared(fileOf(1, 10), fileOf(1, 10)), Comparison::same);
+    EXPECT_EQ(compared(fileOf(1, 10), fileOf(2, 10)), Comparison::differs);
 }
 
 TEST(NameConflictTest, nothingIsSaidAboutTheDatesOfFolders)
 {
-    EXPECT_EQ(compared(folder(20), folder(10)), Comparison::folders);
-    EXPECT_EQ(compared(folder(10), folder(10)), Comparison::folders);
+    EXPECT_EQ(compared(folderOf(20), folderOf(10)), Comparison::folders);
+    EXPECT_EQ(compared(folderOf(10), folderOf(10)), Comparison::folders);
 }
 
 TEST(NameConflictTest, aFolderIsNotComparedWithAFile)
 {
-    EXPECT_EQ(compared(folder(20), file(0, 10)), Comparison::unlike);
+    EXPECT_EQ(compared(folderOf(20), fileOf(0, 10)), Comparison::unlike);
 }
 
 ConflictAnswers threeNames()
 {
-    NameConflict const any{file(1, 1), file(1, 1)};
+    NameConflict const any{fileOf(1, 1), fileOf(1, 1)};
     return ConflictAnswers({any, any, any});
 }
 

@@ -20,7 +20,7 @@ using std::chrono::seconds;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using Action = PaneNotice::Action;
-using Kind = PaneNotice::Kind;
+using NoticeKind = PaneNotice::Kind;
 using Phase = HostStatus::Phase;
 
 /// A pane of this machine's files, and a host "box" that comes up when the test says so.
@@ -131,7 +131,7 @@ protected:
         loop.drain();
     }
 
-    bool isWaitingShown() const { return display.notice && display.notice->kind == Kind::waiting; }
+    bool isWaitingShown() const { return display.notice && display.notice->kind == NoticeKind::waiting; }
 
     TestLoop loop;
     std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
@@ -434,11 +434,11 @@ TEST_F(PaneNoticesTest, whatIsWaitedForComesBeforeTheFailureAndTheFailureComesBa
     openHost();
     refuseHost("no route to host");
     choose(Action::retry);
-    EXPECT_EQ(display.notice->kind, Kind::failure) << "the rows do not jump for a moment";
+    EXPECT_EQ(display.notice->kind, NoticeKind::failure) << "the rows do not jump for a moment";
     pass(seconds(1));
     EXPECT_TRUE(isWaitingShown());
     refuseHost("host is down");
-    EXPECT_EQ(display.notice->kind, Kind::failure);
+    EXPECT_EQ(display.notice->kind, NoticeKind::failure);
     EXPECT_THAT(display.notice->details, HasSubstr("host is down"));
 }
 

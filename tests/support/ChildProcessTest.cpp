@@ -10,7 +10,7 @@
 
 namespace tw::test {
 
-Task<std::string> restOf(Child child, ChildOutput output)
+Task<std::string> restOf(ChildHandle child, ChildOutput output)
 {
     std::string all;
     std::string buffer;
@@ -56,7 +56,7 @@ ChildProcessTest::~ChildProcessTest()
     EXPECT_FALSE(hasChildren());
 }
 
-Child ChildProcessTest::start(ChildCommand const &command)
+ChildHandle ChildProcessTest::start(ChildCommand const &command)
 {
     auto started = ChildProcess::start(*io, command);
     if (!started)
@@ -64,7 +64,7 @@ Child ChildProcessTest::start(ChildCommand const &command)
     return *started;
 }
 
-Child ChildProcessTest::startShell(std::string script)
+ChildHandle ChildProcessTest::startShell(std::string script)
 {
     return start({.program = "/bin/sh",
                   .arguments = {"-c", std::move(script)},
@@ -73,7 +73,7 @@ Child ChildProcessTest::startShell(std::string script)
                   .error = PipeEnd{}});
 }
 
-Child ChildProcessTest::startCat()
+ChildHandle ChildProcessTest::startCat()
 {
     return start({.program = "cat", .input = PipeEnd{}, .output = PipeEnd{}});
 }

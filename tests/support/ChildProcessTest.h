@@ -13,10 +13,10 @@
 
 namespace tw::test {
 
-using Child = std::shared_ptr<ChildProcess>;
+using ChildHandle = std::shared_ptr<ChildProcess>;
 
 /// The rest of the output of the child.
-Task<std::string> restOf(Child child, ChildOutput output);
+Task<std::string> restOf(ChildHandle child, ChildOutput output);
 
 /// The children of this process, dead or alive, that are not collected.
 std::set<pid_t> childrenOfOurs();
@@ -27,13 +27,13 @@ protected:
     ~ChildProcessTest() override;
 
     /// Starts a command. Fails the test if that fails.
-    Child start(ChildCommand const &command);
+    ChildHandle start(ChildCommand const &command);
 
     /// A shell that runs `script`, with pipes at all ends.
-    Child startShell(std::string script);
+    ChildHandle startShell(std::string script);
 
     /// `cat`, with pipes for input and output.
-    Child startCat();
+    ChildHandle startCat();
 
     /// The whole output of a command. Fails the test unless the command succeeds.
     std::string outputOf(ChildCommand command);
@@ -41,11 +41,11 @@ protected:
     /// The error of a command that cannot be started.
     SpawnError refusalOf(ChildCommand const &command);
 
-    std::string read(Child const &child) { return loop.run(child->read(ChildOutput::standard)); }
+    std::string read(ChildHandle const &child) { return loop.run(child->read(ChildOutput::standard)); }
 
-    std::string readAll(Child const &child) { return loop.run(restOf(child, ChildOutput::standard)); }
+    std::string readAll(ChildHandle const &child) { return loop.run(restOf(child, ChildOutput::standard)); }
 
-    ExitStatus wait(Child const &child) { return loop.run(child->wait()); }
+    ExitStatus wait(ChildHandle const &child) { return loop.run(child->wait()); }
 
     static ExitStatus exited(int code) { return {.cause = ExitStatus::Cause::exited, .number = code}; }
 

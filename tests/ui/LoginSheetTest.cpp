@@ -19,7 +19,7 @@
 namespace tw::test {
 namespace {
 
-using Kind = LoginQuestion::Kind;
+using QuestionKind = LoginQuestion::Kind;
 
 /// Questions of logins over a window.
 class LoginSheetTest : public testing::Test {
@@ -42,7 +42,7 @@ protected:
         }
     }
 
-    static LoginQuestion question(Kind kind, std::string prompt)
+    static LoginQuestion question(QuestionKind kind, std::string prompt)
     {
         LoginQuestion asked;
         asked.kind = kind;
@@ -51,13 +51,14 @@ protected:
         return asked;
     }
 
-    static LoginQuestion password() { return question(Kind::password, "ann@box's password:"); }
+    static LoginQuestion password() { return question(QuestionKind::password, "ann@box's password:"); }
 
     static LoginQuestion hostKey()
     {
-        auto asked = question(Kind::hostKey, "The authenticity of host 'box' can't be established.\n"
-                                             "ED25519 key fingerprint is SHA256:abc.\n"
-                                             "Are you sure you want to continue connecting (yes/no/[fingerprint])?");
+        auto asked =
+            question(QuestionKind::hostKey, "The authenticity of host 'box' can't be established.\n"
+                                            "ED25519 key fingerprint is SHA256:abc.\n"
+                                            "Are you sure you want to continue connecting (yes/no/[fingerprint])?");
         asked.fingerprint = "SHA256:abc";
         return asked;
     }
@@ -201,7 +202,7 @@ TEST_F(LoginSheetTest, anAnswerIsRememberedOnlyIfTheUserTicksIt)
 
 TEST_F(LoginSheetTest, aCodeCannotBeRemembered)
 {
-    ask(question(Kind::other, "(ann@box) Verification code:"));
+    ask(question(QuestionKind::other, "(ann@box) Verification code:"));
     EXPECT_FALSE(named<QCheckBox>("Remember in the key store"));
     press(Qt::Key_Escape);
 }
@@ -252,7 +253,7 @@ TEST_F(LoginSheetTest, returnDoesNotAcceptAHostKey)
 
 TEST_F(LoginSheetTest, aQuestionOfYesOrNoHasBoth)
 {
-    auto const allow = question(Kind::confirm, "Allow use of key work?");
+    auto const allow = question(QuestionKind::confirm, "Allow use of key work?");
     ask(allow);
     button("Yes").click();
     EXPECT_EQ(answer(), "yes");
@@ -269,7 +270,7 @@ TEST_F(LoginSheetTest, aQuestionOfYesOrNoHasBoth)
 
 TEST_F(LoginSheetTest, aNoticeGoesByItself)
 {
-    ask(question(Kind::notice, "Confirm user presence for key ED25519-SK SHA256:abc"));
+    ask(question(QuestionKind::notice, "Confirm user presence for key ED25519-SK SHA256:abc"));
     EXPECT_TRUE(sheet().findChildren<QLineEdit *>().empty());
     stop.request_stop();
     processUntil([&] { return isDone(); });
@@ -281,7 +282,7 @@ TEST_F(LoginSheetTest, oneQuestionStandsAtATime)
 {
     ask(password());
     auto const first = outcome;
-    ask(question(Kind::other, "Code:"));
+    ask(question(QuestionKind::other, "Code:"));
     EXPECT_EQ(sheet().findChild<SheetText *>()->toPlainText(), QStringLiteral("ann@box's password:"));
     press(Qt::Key_Escape);
     EXPECT_TRUE(first->value);
@@ -292,7 +293,7 @@ TEST_F(LoginSheetTest, oneQuestionStandsAtATime)
 
 TEST_F(LoginSheetTest, whatAHostSaysIsNotMarkupAndFitsOnTheScreen)
 {
-    ask(question(Kind::other, "<b>bold</b> " + std::string(2000, 'x')));
+    ask(question(QuestionKind::other, "<b>bold</b> " + std::string(2000, 'x')));
     EXPECT_TRUE(sheet().findChild<SheetText *>()->toPlainText().startsWith(QStringLiteral("<b>bold</b>")));
     EXPECT_LT(sheet().width(), 600);
     EXPECT_LT(sheet().height(), 600);
