@@ -17,7 +17,7 @@ TEST(BlamedTest, theNameOfAPathIsBlamed)
     auto const blamed = Blamed::in("tar: a/x: Cannot open: Permission denied\n"
                                    "/usr/bin/tar: c d: file changed as we read it\n"
                                    "tar: Exiting with failure status due to previous errors",
-                                   names, meansEverything);
+                                   copied, meansEverything);
     EXPECT_THAT(blamed.names, ElementsAre("a", "c d"));
     EXPECT_FALSE(blamed.isEverything);
 }

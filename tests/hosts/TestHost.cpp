@@ -34,7 +34,7 @@ bool ownAccountIsLocked()
     return entry != nullptr && entry->sp_pwdp != nullptr && entry->sp_pwdp[0] == '!';
 }
 
-std::string quoted(std::string const &text)
+std::string inQuotes(std::string const &text)
 {
     return '"' + text + '"';
 }
@@ -165,13 +165,13 @@ std::string TestHost::configuration() const
                 "\n"
                 "PidFile none\n"
                 "HostKey " +
-                quoted(hostKey.privateFile) +
+                inQuotes(hostKey.privateFile) +
                 "\n"
                 "AuthorizedKeysFile " +
-                quoted(folder.path("authorized_keys")) +
+                inQuotes(folder.path("authorized_keys")) +
                 "\n"
                 "SetEnv " +
-                quoted("HOME=" + home()) +
+                inQuotes("HOME=" + home()) +
                 "\n"
                 // The temporary folder need not be what sshd thinks is safe.
                 "StrictModes no\n"
@@ -188,7 +188,7 @@ std::string TestHost::configuration() const
                 "LogLevel VERBOSE\n";
     text += ownAccountIsLocked() ? "UsePAM yes\n" : "UsePAM no\n";
     if (!options.banner.empty())
-        text += "Banner " + quoted(folder.path("banner")) + '\n';
+        text += "Banner " + inQuotes(folder.path("banner")) + '\n';
     if (!options.loginScript.empty())
         text += "ForceCommand '" + folder.path("login_script") + "'\n";
     return text;
