@@ -37,7 +37,7 @@ PaneController::PaneController(Construction /*unused*/, Collaborators with, std:
       spinner(collaborators.mainContext, collaborators.clock, [this] { showWaiting(); }),
       heading(browser),
       notices(collaborators.mainContext, collaborators.clock, [this] { showNotice(); }),
-      searchExpiry(collaborators.mainContext, collaborators.clock, [this] { endSearch(); }),
+      search({collaborators.mainContext, collaborators.clock, collaborators.workers}, rows, cursor, searchEvents()),
       pendingRename(collaborators.mainContext, collaborators.clock, [this] { beginScheduledRename(); }),
       shownPath(requested),
       shownConnection(connection)
@@ -92,8 +92,9 @@ PaneSpec PaneController::place() const
     return missed ? *missed : PaneSpec{.connection = shownConnection, .path = requested, .pathWasExplicit = true};
 }
 
-Operands PaneController::operands() const
+Operands PaneController::operands()
 {
+    search.settle();
     return {.browser = browser, .connection = connection, .path = pathOnShow(), .names = rows.operands(cursor.row())};
 }
 
@@ -108,6 +109,7 @@ bool PaneController::hasAllRows()
 
 void PaneController::openSelection()
 {
+    search.settle();
     if (!cursor.row())
         return;
     auto const *const entry = rows.entry(*cursor.row());

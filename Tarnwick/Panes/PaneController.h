@@ -7,10 +7,12 @@
 #include "Tarnwick/Panes/NameSurviving.h"
 #include "Tarnwick/Panes/Navigator.h"
 #include "Tarnwick/Panes/Operands.h"
+#include "Tarnwick/Panes/PaneCallbacks.h"
 #include "Tarnwick/Panes/PaneCursor.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
 #include "Tarnwick/Panes/PaneHistory.h"
 #include "Tarnwick/Panes/PaneNotices.h"
+#include "Tarnwick/Panes/PaneSearch.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Panes/PaneSpinner.h"
 #include "Tarnwick/Panes/PlaceMemory.h"
@@ -19,7 +21,6 @@
 #include "Tarnwick/Table/KeyPress.h"
 #include "Tarnwick/Table/PaneModel.h"
 #include "Tarnwick/Table/RenameEdit.h"
-#include "Tarnwick/Table/SearchText.h"
 
 #include <functional>
 #include <memory>
@@ -49,33 +50,11 @@ public:
     struct Collaborators {
         std::shared_ptr<Executor> mainContext;
         std::shared_ptr<Clock> clock;
-        Defaults &defaults; ///< outlives the pane
+        Defaults &defaults;                          ///< outlives the pane
+        std::shared_ptr<Executor> workers = nullptr; ///< null: work that takes a core is done on the main context
     };
 
-    /// What a pane reports to its owner. Any of them may be empty.
-    struct Callbacks {
-        std::function<void()> onActivate;
-        std::function<void()> onSwitchSide;
-        std::function<void()> onNextTab;
-        std::function<void()> onDeleteRequested;
-        std::function<void()> onPreviewRequested;
-        std::function<void(PaneModel::Marks change)> onMaskWanted;
-        std::function<void(std::string from, std::string to)> onRenameRequested;
-        std::function<void()> onLocationChanged;
-        /// `place` answers something else, or may do so.
-        std::function<void()> onPlaceShown;
-        /// The user sorts by something else, or shows or hides files.
-        std::function<void()> onViewOptionsChanged;
-        /// The cursor stands in the folder on show, which is where the user is. No name: on the parent row.
-        std::function<void(std::optional<std::string> name)> onCursorMoved;
-        /// The place that was remembered of a connection is not there any more.
-        std::function<void(PaneSpec const &place)> onPlaceGone;
-        std::function<void(std::string path)> onOpenFile;
-        std::function<void()> onConnectionMenuWanted;
-        std::function<void(ConnectionItem const &item)> onConnectionPicked;
-        std::function<void(Text title, std::string words)> onDetailsWanted;
-    };
-
+    using Callbacks = PaneCallbacks;
     using MarksAfter = tw::MarksAfter;
     using Composition = PaneDisplay::Composition;
 
@@ -114,7 +93,7 @@ public:
     std::string_view cursorName() const { return cursor.name(); }
 
     /// What an operation that begins now works on.
-    Operands operands() const;
+    Operands operands();
 
     /// Whether there is a name in the operands. Costs the same for any number of marks.
     bool hasOperands() const { return !cursorName().empty() || rows.markedSummary().count > 0; }
@@ -250,10 +229,7 @@ public:
     bool isRenaming() const noexcept { return renaming.has_value(); }
 
     /// A name is being looked for by typing it.
-    bool isSearching() const noexcept { return !search.isEmpty(); }
-
-    /// Ends a search; the cursor stays.
-    void endSearch();
+    bool isSearching() const noexcept { return search.isUnderWay(); }
 
     /// The view's reports of what the mouse did.
     void rowClicked(int row, ClickModifiers held = {});
@@ -296,6 +272,7 @@ private:
     static Task<void> subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> browser);
     static Task<void> listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream);
 
+    PaneSearch::Events searchEvents();
     void makeNavigator();
     void startNavigation(Navigation navigation);
     void showPart(Navigation const &navigation, DirectorySnapshot part);
@@ -337,12 +314,8 @@ private:
     bool wantMask(PaneModel::Marks change);
     bool toggleMarkAndAdvance();
     bool typeToSearch(KeyPress const &key);
-    bool deleteFromSearch();
-    void takeComposition();
     void beginScheduledRename();
     void endTyping();
-    void applySearch();
-    void leaveSearch();
     std::optional<int> cursorTarget(Key key) const;
     void cursorMoved();
     void marksChanged();
@@ -383,8 +356,7 @@ private:
     bool wasTouched = false; ///< a key or a click came after the newest wish
     bool holdsRefreshes = false;
     std::optional<DirectorySnapshot> deferredRefresh; ///< of the folder on show
-    SearchText search;
-    Alarm searchExpiry;
+    PaneSearch search;
     std::optional<RenameEdit> renaming;
     Alarm pendingRename;
     std::string nameToEdit; ///< when `pendingRename` rings

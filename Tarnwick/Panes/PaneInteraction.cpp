@@ -8,6 +8,8 @@ bool PaneController::handleKey(KeyPress const &key)
 {
     wasTouched = true; // before the key makes a new wish
     pendingRename.cancel();
+    if (key.key != Key::character)
+        search.settle();
     if (key.isShiftAlone()) {
         if (auto const target = cursorTarget(key.key)) {
             cursor.markUpTo(*target);
@@ -64,7 +66,7 @@ bool PaneController::handlePlainKey(Key key)
         return handleSidewaysKey(key);
     case Key::up:
     case Key::down:
-        endSearch();
+        search.end();
         return moveCursor(key);
     default:
         return moveCursor(key);
@@ -74,9 +76,8 @@ bool PaneController::handlePlainKey(Key key)
 bool PaneController::handleSidewaysKey(Key key)
 {
     if (isSearching()) {
-        takeComposition();
+        search.takeComposition();
         search.moveCaret(key == Key::left ? SearchText::Step::back : SearchText::Step::forward);
-        applySearch();
         return true;
     }
     // The rows have no use for these keys, so they lead to the buttons of the strip.
@@ -90,10 +91,10 @@ bool PaneController::handleBackspace(KeyPress const &key)
 {
     if (key.control)
         return ask(callbacks.onDeleteRequested);
-    if (!key.isPlain() || !search.composing().empty())
+    if (!key.isPlain() || !search.text().composing().empty())
         return false;
-    if (!search.committed().empty())
-        return deleteFromSearch();
+    if (isSearching())
+        return search.deleteBeforeCaret();
     goUp();
     return true;
 }
@@ -106,15 +107,15 @@ bool PaneController::handleSpace(KeyPress const &key)
         return false;
     if (!isSearching())
         return ask(callbacks.onPreviewRequested);
-    takeComposition();
-    textTyped(" ");
+    search.takeComposition();
+    search.type(" ");
     return true;
 }
 
 bool PaneController::handleEscape()
 {
     if (isSearching()) {
-        endSearch();
+        search.end();
         return true;
     }
     if (giveUp())
@@ -161,6 +162,43 @@ bool PaneController::wantMask(PaneModel::Marks change)
     return true;
 }
 
+bool PaneController::typeToSearch(KeyPress const &key)
+{
+    auto const isPrintable =
+        !key.text.empty() && static_cast<unsigned char>(key.text.front()) >= ' ' && key.text.front() != '\x7F';
+    if (key.control || key.alt || key.meta || !isPrintable)
+        return false;
+    textTyped(key.text);
+    return true;
+}
+
+void PaneController::textTyped(std::string_view text)
+{
+    wasTouched = true;
+    search.type(text);
+}
+
+void PaneController::textComposed(std::string text)
+{
+    if (text.empty() && search.text().composing().empty())
+        return;
+    wasTouched = true;
+    search.compose(std::move(text));
+}
+
+PaneSearch::Events PaneController::searchEvents()
+{
+    return {.onFound =
+                [this](int row) {
+                    cursor.moveTo(row);
+                    cursorMoved();
+                },
+            .onText = [this](Text text) { showStatus(std::move(text)); },
+            .onNoMatch = [this] { display->beep(); },
+            .onCompositionEnd = [this](PaneDisplay::Composition how) { display->endComposition(how); },
+            .onEnded = [this] { refreshStatus(); }};
+}
+
 std::optional<int> PaneController::cursorTarget(Key key) const
 {
     return cursor.target(key, display->wholeVisibleRows());
@@ -168,10 +206,14 @@ std::optional<int> PaneController::cursorTarget(Key key) const
 
 bool PaneController::toggleMarkAndAdvance()
 {
-    if (!cursor.row())
+    auto const row = cursor.row();
+    if (!row)
         return false;
-    cursor.toggleMarkAndAdvance();
-    cursorAndMarksChanged();
+    cursor.toggleMark(*row);
+    display->redrawRows(); // while the cursor is there: a screen reader is told of the mark under the cursor
+    cursor.moveTo(*row + 1);
+    cursorMoved();
+    refreshStatus();
     return true;
 }
 
@@ -215,6 +257,7 @@ void PaneController::rowClicked(int row, ClickModifiers held)
 {
     wasTouched = true;
     pendingRename.cancel();
+    search.settle();
     if (row < 0 || row >= rows.rowCount())
         return;
     if (held.shift) {
@@ -238,6 +281,7 @@ void PaneController::rowDoubleClicked(int row)
 {
     wasTouched = true;
     pendingRename.cancel();
+    search.settle();
     if (row < 0 || row >= rows.rowCount())
         return;
     cursor.moveTo(row);
@@ -248,6 +292,7 @@ void PaneController::rowDoubleClicked(int row)
 void PaneController::moveCursorTo(int row)
 {
     wasTouched = true;
+    search.settle();
     if (row < 0 || row >= rows.rowCount())
         return;
     cursor.moveTo(row);

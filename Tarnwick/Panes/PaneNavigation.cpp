@@ -215,7 +215,7 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     auto &snapshot = arrival.result.snapshot;
     auto const isSameConnection = navigation.source == browser;
     if (isSameConnection && pathOnShow() == snapshot.path())
-        endSearch(); // a name that is edited stays under the user's hands
+        search.end(); // a name that is edited stays under the user's hands
     else
         endTyping();
     auto const wasReading = std::exchange(isReading, false);

@@ -10,6 +10,7 @@ void PaneController::beginRename()
 {
     if (isRenaming())
         return;
+    search.settle();
     auto const *const entry = cursor.row() ? rows.entry(*cursor.row()) : nullptr;
     if (!entry) {
         display->beep();
@@ -67,7 +68,7 @@ void PaneController::endTyping()
 {
     pendingRename.cancel();
     endRename(NameEnd::committed);
-    endSearch();
+    search.end();
 }
 
 } // namespace tw

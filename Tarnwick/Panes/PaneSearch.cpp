@@ -1,6 +1,6 @@
-// How a name is found by typing it.
+#include "Tarnwick/Panes/PaneSearch.h"
 
-#include "Tarnwick/Panes/PaneController.h"
+#include "TWCore/Async/OnExecutor.h"
 
 namespace tw {
 
@@ -9,85 +9,154 @@ namespace {
 /// A search that has rested for this long is over: the next letter begins another.
 constexpr std::chrono::seconds searchLasts{3};
 
+/// So many names are folded within two milliseconds in any alphabet, which nobody notices after a key.
+constexpr std::size_t namesFoldedAtOnce = 2000;
+
 } // namespace
 
-bool PaneController::typeToSearch(KeyPress const &key)
+PaneSearch::PaneSearch(Collaborators collaborators, PaneModel &model, PaneCursor const &of, Events toTell)
+    : with(std::move(collaborators)),
+      rows(model),
+      cursor(of),
+      events(std::move(toTell)),
+      expiry(with.mainContext, with.clock, [this] { end(); }),
+      taker(std::make_shared<Taker>([this](Folded folded) { take(std::move(folded)); }))
 {
-    auto const isPrintable =
-        !key.text.empty() && static_cast<unsigned char>(key.text.front()) >= ' ' && key.text.front() != '\x7F';
-    if (key.control || key.alt || key.meta || !isPrintable)
-        return false;
-    textTyped(key.text);
-    return true;
 }
 
-bool PaneController::deleteFromSearch()
+void PaneSearch::type(std::string_view text)
 {
-    if (!search.deleteBeforeCaret())
-        return false;
-    search.isEmpty() ? leaveSearch() : applySearch();
-    return true;
+    typed.compose({});
+    typed.insert(text);
+    apply();
 }
 
-void PaneController::textTyped(std::string_view text)
+void PaneSearch::compose(std::string text)
 {
-    wasTouched = true;
-    search.compose({});
-    search.insert(text);
-    applySearch();
-}
-
-void PaneController::textComposed(std::string text)
-{
-    if (text.empty() && search.composing().empty())
+    if (text.empty() && typed.composing().empty())
         return;
-    wasTouched = true;
-    search.compose(std::move(text));
+    typed.compose(std::move(text));
     // A text that the person has given up leaves nothing to search for.
-    search.isEmpty() ? leaveSearch() : applySearch();
+    typed.isEmpty() ? leave() : apply();
 }
 
-void PaneController::takeComposition()
+void PaneSearch::moveCaret(SearchText::Step step)
 {
-    display->endComposition(Composition::committed); // an input method reports what it had by textTyped
-    search.commitComposing();
+    typed.moveCaret(step);
+    apply();
 }
 
-void PaneController::applySearch()
+bool PaneSearch::deleteBeforeCaret()
 {
-    searchExpiry.set(searchLasts);
+    if (!typed.deleteBeforeCaret())
+        return false;
+    typed.isEmpty() ? leave() : apply();
+    return true;
+}
+
+void PaneSearch::takeComposition()
+{
+    // An input method reports what it had as typed text.
+    events.onCompositionEnd(PaneDisplay::Composition::committed);
+    typed.commitComposing();
+}
+
+void PaneSearch::settle()
+{
+    if (isWaiting)
+        find();
+}
+
+void PaneSearch::end()
+{
+    if (isUnderWay())
+        leave();
+}
+
+void PaneSearch::apply()
+{
+    expiry.set(searchLasts);
+    isWaiting = false;
     if (!rows.snapshot())
         return;
-    if (search.committed().empty()) {
-        showStatus({"search: %@", {search.composing()}});
-        return;
+    if (typed.committed().empty()) {
+        events.onText({"search: %@", {typed.composing()}});
+    } else if (mustWait()) {
+        isWaiting = true;
+        events.onText({"search: %@", {typed.shown()}});
+        beginFolding();
+    } else {
+        find();
     }
-    auto const found = rows.findRow(search.committed(), cursor.row().value_or(0));
+}
+
+bool PaneSearch::mustWait() const
+{
+    return with.workers && !rows.hasFoldedNames() && rows.snapshot()->count() > namesFoldedAtOnce;
+}
+
+void PaneSearch::find()
+{
+    isWaiting = false;
+    folding.request_stop();
+    auto const found = rows.findRow(typed.committed(), cursor.row().value_or(0));
     if (!found) {
-        display->beep();
-        showStatus({"search: %@   (no match)", {search.shown()}});
+        events.onNoMatch();
+        events.onText({"search: %@   (no match)", {typed.shown()}});
         return;
     }
-    cursor.moveTo(*found);
-    cursorMoved();
-    showStatus({"search: %@", {search.shown()}});
+    events.onFound(*found);
+    events.onText({"search: %@", {typed.shown()}});
 }
 
-void PaneController::endSearch()
+void PaneSearch::leave()
 {
-    if (isSearching())
-        leaveSearch();
-}
-
-void PaneController::leaveSearch()
-{
-    searchExpiry.cancel();
-    auto const wasComposing = !search.composing().empty();
-    search.clear();
+    expiry.cancel();
+    folding.request_stop();
+    isWaiting = false;
+    auto const wasComposing = !typed.composing().empty();
+    typed.clear();
     rows.endFinding();
     if (wasComposing)
-        display->endComposition(Composition::discarded);
-    refreshStatus();
+        events.onCompositionEnd(PaneDisplay::Composition::discarded);
+    events.onEnded();
+}
+
+void PaneSearch::beginFolding()
+{
+    if (isFolding)
+        return; // `take` looks for what is wanted then
+    isFolding = true;
+    folding = std::stop_source();
+    spawn({with.mainContext, {}}, performFolding(taker, with.workers, *rows.snapshot(), folding.get_token()));
+}
+
+void PaneSearch::take(Folded folded)
+{
+    isFolding = false;
+    if (!isWaiting)
+        return;
+    if (folded.names)
+        rows.takeFoldedNames(folded.listing, *std::move(folded.names));
+    if (rows.hasFoldedNames())
+        find();
+    else
+        apply(); // another listing is on show by now, or another search has begun
+}
+
+Task<PaneSearch::Folded> PaneSearch::fold(DirectorySnapshot listing, std::stop_token calledOff)
+{
+    auto names = FoldedNames::of(listing, calledOff);
+    co_return Folded{std::move(listing), std::move(names)};
+}
+
+/// Comes back also when it is called off, so that the next listing is not folded beside this one.
+Task<void> PaneSearch::performFolding(std::weak_ptr<Taker> weak, std::shared_ptr<Executor> workers,
+                                      DirectorySnapshot listing, std::stop_token calledOff)
+{
+    auto folded = co_await onExecutor(std::move(workers), fold(std::move(listing), std::move(calledOff)));
+    if (auto const taker = weak.lock())
+        (*taker)(std::move(folded));
 }
 
 } // namespace tw

@@ -10,6 +10,9 @@ namespace {
 
 constexpr char separator = '\0';
 
+/// Folded within two milliseconds in any alphabet.
+constexpr std::size_t namesBetweenLooks = 2000;
+
 /// glibc's own search, which is several times as fast as that of std::string for a needle with a frequent first byte.
 std::size_t positionOf(std::string_view needle, std::string_view text, std::size_t from)
 {
@@ -41,6 +44,17 @@ private:
 
 FoldedNames::FoldedNames(DirectorySnapshot const &listing)
 {
+    take(listing, {});
+}
+
+std::optional<FoldedNames> FoldedNames::of(DirectorySnapshot const &listing, std::stop_token const &calledOff)
+{
+    FoldedNames names;
+    return names.take(listing, calledOff) ? std::optional(std::move(names)) : std::nullopt;
+}
+
+bool FoldedNames::take(DirectorySnapshot const &listing, std::stop_token const &calledOff)
+{
     auto const entries = listing.entries();
     starts.reserve(entries.size() + 1);
     std::size_t bytes = 1;
@@ -48,6 +62,8 @@ FoldedNames::FoldedNames(DirectorySnapshot const &listing)
         bytes += 1 + entry.nameLength;
     text.reserve(bytes);
     for (auto const &entry : entries) {
+        if (starts.size() % namesBetweenLooks == 0 && calledOff.stop_requested())
+            return false;
         starts.push_back(static_cast<std::uint32_t>(text.size()));
         text += separator;
         append(listing.nameBytes(entry));
@@ -55,6 +71,7 @@ FoldedNames::FoldedNames(DirectorySnapshot const &listing)
     starts.push_back(static_cast<std::uint32_t>(text.size()));
     text += separator;
     FoldedName::foldAscii(text);
+    return true;
 }
 
 void FoldedNames::append(std::string_view name)

@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,9 @@ public:
 
     explicit FoldedNames(DirectorySnapshot const &listing);
 
+    /// The same, or nothing if it is called off meanwhile: a listing may have millions of names.
+    static std::optional<FoldedNames> of(DirectorySnapshot const &listing, std::stop_token const &calledOff);
+
     /// For each entry of a listing of `count` entries its place among `rows`.
     static std::vector<std::uint32_t> placesOf(std::span<std::uint32_t const> rows, std::size_t count);
 
@@ -34,6 +38,11 @@ public:
                                     std::span<std::uint32_t const> places) const;
 
 private:
+    FoldedNames() = default;
+
+    /// False if it is called off.
+    bool take(DirectorySnapshot const &listing, std::stop_token const &calledOff);
+
     /// All of the form but the case of ASCII letters.
     void append(std::string_view name);
 

@@ -151,6 +151,13 @@ std::optional<int> PaneModel::findRow(std::string_view typed, int from)
     return place ? std::optional(static_cast<int>(*place) + firstRow) : std::nullopt;
 }
 
+void PaneModel::takeFoldedNames(DirectorySnapshot const &of, FoldedNames names)
+{
+    // Two listings that live at the same time are one if they share their rows.
+    if (listing && listing->entries().data() == of.entries().data())
+        foldedNames = std::move(names);
+}
+
 void PaneModel::endFinding()
 {
     foldedNames.reset();

@@ -59,6 +59,12 @@ public:
     /// the case. The names are kept in the form for this until another listing is on show or `endFinding`.
     std::optional<int> findRow(std::string_view typed, int from);
 
+    /// True if `findRow` has the names in its form already.
+    bool hasFoldedNames() const noexcept { return foldedNames.has_value(); }
+
+    /// Names that were folded elsewhere. Does nothing if another listing than theirs is on show.
+    void takeFoldedNames(DirectorySnapshot const &of, FoldedNames names);
+
     void endFinding();
 
     bool isMarked(int row) const;

@@ -426,6 +426,18 @@ TEST_F(PaneModelTest, everySortKeyHasItsStoredText)
     EXPECT_EQ(sortKeyFromText("Name"), std::nullopt);
 }
 
+TEST_F(PaneModelTest, foldedNamesOfAnotherListingAreNotTaken)
+{
+    auto const older = listing("/", {file("A")});
+    auto const newer = listing("/", {file("a"), file("B")});
+    model.setSnapshot(newer);
+    model.takeFoldedNames(older, FoldedNames(older));
+    EXPECT_FALSE(model.hasFoldedNames());
+    model.takeFoldedNames(newer, FoldedNames(newer));
+    EXPECT_TRUE(model.hasFoldedNames());
+    EXPECT_EQ(model.findRow("b", 0), 1);
+}
+
 TEST(PaneModelDeathTest, anEntryWithoutANameStopsTheProcess)
 {
     PaneModel model;

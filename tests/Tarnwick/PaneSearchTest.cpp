@@ -227,6 +227,92 @@ TEST_F(PaneSearchTest, anEndedSearchDiscardsWhatIsComposed)
     EXPECT_THAT(display.compositionEnds, ElementsAre(Composition::discarded));
 }
 
+/// A folder with so many names that a worker folds them.
+class LongPaneSearchTest : public PaneTest {
+protected:
+    LongPaneSearchTest()
+    {
+        for (int number = 10000; number < 15000; ++number)
+            names.push_back("n" + std::to_string(number));
+        show(names);
+    }
+
+    void letTheWorkerFold()
+    {
+        workers.drain();
+        loop.drain();
+    }
+
+    std::vector<std::string> names;
+};
+
+TEST_F(LongPaneSearchTest, lettersThatAreTypedMeanwhileAreSearchedForWhenTheNamesAreFolded)
+{
+    type("n1234");
+    EXPECT_EQ(display.status, "search: n1234|");
+    EXPECT_EQ(cursorName(), "n10000");
+    letTheWorkerFold();
+    EXPECT_EQ(cursorName(), "n12340");
+    type("5");
+    EXPECT_EQ(cursorName(), "n12345") << "the names are folded once";
+    type("x");
+    EXPECT_EQ(display.status, "search: n12345x|   (no match)");
+    EXPECT_EQ(display.beeps, 1);
+}
+
+TEST_F(LongPaneSearchTest, whatActsOnTheRowThatIsTypedForDoesNotWait)
+{
+    type("n14999");
+    EXPECT_THAT(pane->operands().names, ElementsAre("n14999"));
+    press(Key::escape);
+    type("n12");
+    press(Key::insert);
+    EXPECT_THAT(marked(), ElementsAre("n12000"));
+    letTheWorkerFold();
+    EXPECT_EQ(cursorName(), "n12001") << "a late answer of the worker moves nothing";
+}
+
+TEST_F(LongPaneSearchTest, aClickIsNotUndoneByALateAnswer)
+{
+    type("n13");
+    pane->rowClicked(7);
+    letTheWorkerFold();
+    EXPECT_EQ(pane->cursorRow(), 7);
+}
+
+TEST_F(LongPaneSearchTest, aSearchThatHasEndedFindsNothingMore)
+{
+    type("n13");
+    press(Key::escape);
+    EXPECT_EQ(cursorName(), "n13000") << "the key came after the letters";
+    type("n11");
+    pass(3000ms);
+    letTheWorkerFold();
+    EXPECT_EQ(cursorName(), "n13000");
+    EXPECT_THAT(display.status, StartsWith("5000 files"));
+}
+
+TEST_F(LongPaneSearchTest, oneListingIsFoldedAtATimeAndTheNextSearchWaitsForItsTurn)
+{
+    for (int search = 0; search < 100; ++search) {
+        type("n13");
+        press(Key::escape);
+    }
+    type("n14");
+    letTheWorkerFold();
+    EXPECT_EQ(cursorName(), "n13000") << "the first work was called off";
+    letTheWorkerFold();
+    EXPECT_EQ(cursorName(), "n14000");
+}
+
+TEST_F(LongPaneSearchTest, aPaneMayCloseWhileItsNamesAreFolded)
+{
+    type("n13");
+    pane.reset();
+    letTheWorkerFold();
+    EXPECT_EQ(display.status, "search: n13|");
+}
+
 TEST_F(PaneSearchTest, aPaneThatIsClosedMeanwhileHearsNothingOfItsTimer)
 {
     type("r");

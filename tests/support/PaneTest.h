@@ -22,14 +22,16 @@ protected:
         browser = std::make_shared<Browser>(
             provider, Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock, .store = nullptr},
             Browser::Config{});
-        pane = PaneController::create({.mainContext = loop.context(), .clock = clock, .defaults = defaults}, browser,
-                                      "web1");
+        pane = PaneController::create(
+            {.mainContext = loop.context(), .clock = clock, .defaults = defaults, .workers = workers.context()},
+            browser, "web1");
         pane->attach(display);
     }
 
     ~PaneTest() override
     {
         pane.reset();
+        workers.drain();
         auto const ended = loop.start(browser->shutdown());
         loop.drain();
         pass(std::chrono::seconds(10)); // what was called off
@@ -86,6 +88,7 @@ protected:
     std::vector<std::string> marked() const { return pane->model().markedNames(); }
 
     TestLoop loop;
+    TestLoop workers; ///< work that takes a core waits here until the test runs it
     std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
     std::shared_ptr<ScriptedWriter> provider = std::make_shared<ScriptedWriter>();
     std::shared_ptr<Browser> browser;

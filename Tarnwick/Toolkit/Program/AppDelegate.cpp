@@ -73,7 +73,9 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
 
     controller = std::make_unique<MainWindowController>(
-        PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults}, with.connections,
+        PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
+                                      with.engine.workers().executor(WorkPriority::interactive)},
+        with.connections,
         std::make_shared<SessionMemory>(
             SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
                                          [this](std::string_view line) { lifeLog.note(line); }}),
