@@ -1,5 +1,7 @@
 #include "tests/support/BrowserTest.h"
 
+#include "tests/support/ScriptedWriter.h"
+
 namespace tw::test {
 namespace {
 
@@ -496,17 +498,6 @@ TEST_F(BrowserTest, aProviderThatCannotWriteHasNoWriter)
 {
     EXPECT_EQ(browser->writer(), nullptr);
 }
-
-class ScriptedWriter final : public ScriptedProvider, public FileSystemWriter {
-public:
-    bool deleteIsReversible() const override { return true; }
-
-    Task<void> makeDirectory(std::string /*path*/) override { return FileSystemProvider::nothingToDo(); }
-
-    Task<void> remove(std::vector<std::string> /*paths*/) override { return FileSystemProvider::nothingToDo(); }
-
-    Task<void> rename(std::string /*from*/, std::string /*to*/) override { return FileSystemProvider::nothingToDo(); }
-};
 
 TEST_F(BrowserTest, aProviderThatCanWriteIsFoundAsAWriterThroughTheOneContract)
 {

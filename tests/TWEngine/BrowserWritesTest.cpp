@@ -1,57 +1,12 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "tests/support/BrowserTest.h"
+#include "tests/support/ScriptedWriter.h"
 
 namespace tw::test {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-/// Each write waits until the test ends it.
-class WaitingWriter final : public ScriptedProvider, public FileSystemWriter {
-public:
-    bool deleteIsReversible() const override { return true; }
-
-    Task<void> makeDirectory(std::string path) override { return note(this, "makeDirectory " + path); }
-
-    Task<void> remove(std::vector<std::string> paths) override
-    {
-        std::string text = "remove";
-        for (auto const &path : paths)
-            text += " " + path;
-        return note(this, text);
-    }
-
-    Task<void> rename(std::string from, std::string to) override { return note(this, "rename " + from + " " + to); }
-
-    Task<void> moveAll(std::vector<Move> moves) override
-    {
-        std::string text = "moveAll";
-        for (auto const &move : moves)
-            text += " " + move.from + " " + move.to;
-        return note(this, text);
-    }
-
-    Task<void> removePermanently(std::vector<std::string> paths) override
-    {
-        return note(this, "removePermanently " + paths.front());
-    }
-
-    Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override
-    {
-        co_return FolderFacts{.realPath = folder, .taken = {{.name = names.front()}}};
-    }
-
-    std::vector<std::string> writes;
-    std::shared_ptr<Completion<bool>> const end = std::make_shared<Completion<bool>>();
-
-private:
-    static Task<void> note(WaitingWriter *self, std::string text)
-    {
-        self->writes.push_back(std::move(text));
-        co_await Completion<bool>::wait(self->end);
-    }
-};
 
 class BrowserWritesTest : public BrowserTest {
 protected:
@@ -77,7 +32,7 @@ protected:
 
     void succeed()
     {
-        writer->end->succeed(true);
+        writer->writes.back().succeed();
         loop.drain();
     }
 
@@ -99,14 +54,14 @@ protected:
         return result;
     }
 
-    std::shared_ptr<WaitingWriter> const writer = std::make_shared<WaitingWriter>();
+    std::shared_ptr<ScriptedWriter> const writer = std::make_shared<ScriptedWriter>();
 };
 
 TEST_F(BrowserWritesTest, aNewFolderMakesItsParentUnknown)
 {
     know({"/srv", "/other"});
     auto const made = begin(browser->makeDirectory("/srv/new/"));
-    EXPECT_THAT(writer->writes, ElementsAre("makeDirectory /srv/new"));
+    EXPECT_EQ(writer->writes.back().what, "makeDirectory /srv/new");
     EXPECT_THAT(remembered({"/srv"}), ElementsAre("/srv")) << "nothing has changed so far";
     succeed();
     made.value();
@@ -119,7 +74,7 @@ TEST_F(BrowserWritesTest, removedFoldersAreForgottenWithAllBelowThemAndTheirPare
     std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep/er", "/a/xy", "/b", "/b/y", "/c"};
     know(paths);
     auto const removed = begin(browser->remove({"/a/x", "/b/y"}));
-    EXPECT_THAT(writer->writes, ElementsAre("remove /a/x /b/y"));
+    EXPECT_EQ(writer->writes.back().what, "remove /a/x /b/y");
     succeed();
     removed.value();
     EXPECT_THAT(remembered(paths), ElementsAre("/a/xy", "/c"));
@@ -131,7 +86,7 @@ TEST_F(BrowserWritesTest, aRenamedFolderIsForgottenAtBothOfItsPlaces)
     std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep", "/b", "/b/y", "/b/y/old", "/c"};
     know(paths);
     auto const renamed = begin(browser->rename("/a/x", "/b/y"));
-    EXPECT_THAT(writer->writes, ElementsAre("rename /a/x /b/y"));
+    EXPECT_EQ(writer->writes.back().what, "rename /a/x /b/y");
     succeed();
     renamed.value();
     EXPECT_THAT(remembered(paths), ElementsAre("/c"));
@@ -143,7 +98,7 @@ TEST_F(BrowserWritesTest, movedFoldersAreForgottenAtAllTheirPlaces)
     std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep", "/b", "/b/x", "/c"};
     know(paths);
     auto const moved = begin(browser->moveAll({{"/a/x/", "/b/x"}}));
-    EXPECT_THAT(writer->writes, ElementsAre("moveAll /a/x /b/x"));
+    EXPECT_EQ(writer->writes.back().what, "moveAll /a/x /b/x");
     succeed();
     moved.value();
     EXPECT_THAT(remembered(paths), ElementsAre("/c"));
@@ -154,7 +109,7 @@ TEST_F(BrowserWritesTest, whatIsDeletedForGoodIsForgotten)
 {
     know({"/a", "/a/x", "/c"});
     begin(browser->removePermanently({"/a/x"}));
-    EXPECT_THAT(writer->writes, ElementsAre("removePermanently /a/x"));
+    EXPECT_EQ(writer->writes.back().what, "removePermanently /a/x");
     succeed();
     EXPECT_THAT(remembered({"/a", "/a/x", "/c"}), ElementsAre("/c"));
 }
@@ -200,7 +155,7 @@ TEST_F(BrowserWritesTest, aWriteThatFailedMayHaveDonePartOfItAndIsForgottenToo)
 {
     know({"/a", "/a/x"});
     auto const removed = begin(browser->remove({"/a/x", "/a/y"}));
-    writer->end->fail(std::make_exception_ptr(FileOperationError::Failed("delete", "/a/y", "denied")));
+    writer->writes.back().fail(std::make_exception_ptr(FileOperationError::Failed("delete", "/a/y", "denied")));
     loop.drain();
     EXPECT_THROW(removed.value(), FileOperationError::Failed);
     EXPECT_THAT(remembered({"/a", "/a/x"}), IsEmpty());

@@ -47,6 +47,14 @@ public:
         return note(this, what);
     }
 
+    Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override
+    {
+        FolderFacts facts{.realPath = std::move(folder)};
+        for (auto &name : names)
+            facts.taken.push_back({.name = std::move(name)});
+        co_return facts;
+    }
+
     bool isReversible = true;
 
     /// Those asked for so far, ended or not.
