@@ -29,6 +29,98 @@ TEST(CommandTableTest, noTwoCommandsHaveTheSameKey)
     }
 }
 
+struct LearntKey {
+    std::string_view key;
+    std::string_view menu;
+    std::string_view title;
+};
+
+/// The keys of the menus as people have learnt them. A command that is still to come finds its key free.
+constexpr LearntKey learntKeys[] = {
+    {"Ctrl+Q", "Tarnwick", "Quit Tarnwick"},
+    {"Ctrl+T", "File", "New Tab"},
+    {"Ctrl+W", "File", "Close Tab"},
+    {"Ctrl+R", "File", "Refresh"},
+    {"Ctrl+Shift+=", "File", "Target = Source"},
+    {"Ctrl++", "View", "Bigger Text"},
+    {"Ctrl+-", "View", "Smaller Text"},
+    {"Ctrl+0", "View", "Actual Size"},
+    {"Ctrl+[", "View", "Back"},
+    {"Alt+Left", "View", "Back"},
+    {"Ctrl+]", "View", "Forward"},
+    {"Alt+Right", "View", "Forward"},
+    {"Ctrl+Alt+R", "View", "Auto Refresh"},
+    {"Ctrl+Shift+.", "View", "Show Hidden Files"},
+    {"Tab", "View", "Other Pane"},
+    {"Ctrl+\\", "View", "Equalize Panes"},
+    {"Ctrl+Tab", "View", "Next Tab"},
+    {"Ctrl+1", "View", "Tab 1"},
+    {"Ctrl+2", "", "Tab 2"},
+    {"Ctrl+3", "", "Tab 3"},
+    {"Ctrl+4", "", "Tab 4"},
+    {"Ctrl+5", "", "Tab 5"},
+    {"Ctrl+6", "", "Tab 6"},
+    {"Ctrl+7", "", "Tab 7"},
+    {"Ctrl+8", "", "Tab 8"},
+    {"Ctrl+9", "", "Tab 9"},
+    {"Ctrl+F3", "Sort By", "Name"},
+    {"Ctrl+F4", "Sort By", "Extension"},
+    {"Ctrl+F5", "Sort By", "Date"},
+    {"Ctrl+F6", "Sort By", "Size"},
+    {"Ctrl+X", "Edit", "Cut"},
+    {"Ctrl+C", "Edit", "Copy"},
+    {"Ctrl+V", "Edit", "Paste"},
+    {"Ctrl+A", "Mark", "Select All"},
+    {"Ctrl+Shift+A", "Mark", "Unselect All"},
+    {"Ctrl+K", "Hosts", "Connect…"},
+    {"Ctrl+Shift+K", "Hosts", "Edit Hosts…"},
+    {"Ctrl+Shift+S", "Hosts", "Send To Hosts…"},
+    {"Ctrl+Shift+R", "Hosts", "Run Command on Hosts…"},
+    {"Ctrl+Shift+L", "Hosts", "Panes Follow Each Other"},
+    {"F2", "Commands", "Rename"},
+    {"F3", "Commands", "View"},
+    {"F4", "Commands", "Edit"},
+    {"F5", "Commands", "Copy"},
+    {"F6", "Commands", "Move"},
+    {"F7", "Commands", "New Folder"},
+    {"F8", "Commands", "Delete"},
+    {"Ctrl+Y", "Commands", "Quick Look"},
+    {"Ctrl+Shift+U", "Commands", "Compare Folders"},
+    {"Ctrl+Shift+D", "Commands", "Compare Files…"},
+    {"Alt+F7", "Commands", "Search…"},
+    {"Ctrl+F", "Commands", "Search in This Folder…"},
+    {"Alt+F5", "Commands", "Pack…"},
+    {"Alt+F9", "Commands", "Unpack"},
+    {"Ctrl+,", "Commands", "Weather & Settings…"},
+    {"Ctrl+M", "Window", "Minimize"},
+};
+
+TEST(CommandTableTest, everyCommandHasTheKeyThatPeopleHaveLearnt)
+{
+    for (auto const &[key, menu, title] : learntKeys) {
+        for (auto const &row : commandTable()) {
+            auto const hasKey = row.keys.main == key || row.keys.additional == key;
+            auto const isCommand = row.title == title && titleOf(row.place.menu) == menu;
+            EXPECT_EQ(hasKey, isCommand) << key << " of " << title << " is with " << row.title;
+        }
+    }
+}
+
+TEST(CommandTableTest, theListOfAPanesKeysIsWhole)
+{
+    std::string words;
+    for (auto const &row : commandTable()) {
+        if (row.keys.owner == KeyOwner::pane)
+            words += std::string(row.keys.main) + ", ";
+    }
+    for (std::string const key :
+         {"Up", "Down", "Home", "End", "Page Up", "Page Down", "Return", "Backspace", "Tab", "Insert", "Shift+Space",
+          "Escape", "Letters, digits, signs", "+ of the keypad", "- of the keypad", "* of the keypad"})
+        EXPECT_THAT(words, testing::HasSubstr(key + ", "));
+    EXPECT_THAT(rowOf(Command::moveCursor).help, testing::HasSubstr("Shift"));
+    EXPECT_THAT(rowOf(Command::deleteFiles).help, testing::HasSubstr("Delete and Ctrl+Backspace"));
+}
+
 /// What GNOME, KDE, Xfce or IBus takes before a program sees it, as they are installed.
 std::set<std::string> keysOfDesktops()
 {
