@@ -75,14 +75,6 @@ void PaneCursor::toggleMark(int row)
     moveTo(row);
 }
 
-void PaneCursor::toggleMarkAndAdvance()
-{
-    if (!current)
-        return;
-    rows.toggleMark(*current);
-    moveTo(std::min(*current + 1, lastRow()));
-}
-
 void PaneCursor::invertMarks()
 {
     rows.invertMarks();

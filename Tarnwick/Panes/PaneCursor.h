@@ -42,9 +42,6 @@ public:
     /// Turns the mark of a row round and puts the cursor there.
     void toggleMark(int row);
 
-    /// Turns the mark under the cursor round and goes on to the next row.
-    void toggleMarkAndAdvance();
-
     void invertMarks();
     void markAll();
     void unmarkAll();

@@ -42,7 +42,6 @@ TEST_F(PaneCursorTest, aKeyLeadsNowhereInAnEmptyTable)
     EXPECT_EQ(empty.row(), std::nullopt);
     EXPECT_EQ(empty.name(), "");
     EXPECT_EQ(empty.target(Key::down, 10), std::nullopt);
-    empty.toggleMarkAndAdvance();
     empty.markUpTo(0);
     empty.moveTo(0);
     EXPECT_EQ(empty.row(), std::nullopt);
@@ -146,17 +145,6 @@ TEST_F(PaneCursorTest, inATableThatGotShorterTheAnchorIsItsLastRow)
     show({1, 2, 3});
     cursor.markUpTo(2);
     EXPECT_THAT(marked(), ElementsAre("2", "3"));
-}
-
-TEST_F(PaneCursorTest, insertTurnsTheMarkRoundAndGoesOnToTheLastRow)
-{
-    cursor.moveTo(8);
-    cursor.toggleMarkAndAdvance();
-    cursor.toggleMarkAndAdvance();
-    EXPECT_EQ(cursor.row(), 9);
-    EXPECT_THAT(marked(), ElementsAre("8", "9"));
-    cursor.toggleMarkAndAdvance();
-    EXPECT_THAT(marked(), ElementsAre("8"));
 }
 
 TEST_F(PaneCursorTest, withoutMarksARangeStartsAtTheCursor)

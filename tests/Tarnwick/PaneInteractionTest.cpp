@@ -96,6 +96,11 @@ TEST_F(PaneInteractionTest, insertMarksWhateverIsHeldAndShiftWithSpaceDoesToo)
     shift(Key::space);
     EXPECT_THAT(marked(), ElementsAre("1", "2", "3"));
     EXPECT_EQ(cursorName(), "4");
+    press(Key::end);
+    press(Key::insert);
+    EXPECT_EQ(cursorName(), "7") << "no row follows";
+    press(Key::insert);
+    EXPECT_THAT(marked(), ElementsAre("1", "2", "3"));
 }
 
 TEST_F(PaneInteractionTest, allRowsAreMarkedUnmarkedAndTurnedRound)

@@ -68,6 +68,18 @@ TEST_F(AnnouncementTest, aMarkIsAnnounced)
     EXPECT_EQ(heard.namesAt(QAccessible::NameChanged, activeTable()).back(), "b.txt, marked");
 }
 
+TEST_F(AnnouncementTest, insertAnnouncesTheNameThatItMarksAndThenTheNextOne)
+{
+    open();
+    press(Qt::Key_Down);
+    press(Qt::Key_Insert);
+    EXPECT_EQ(heard.namesAt(QAccessible::NameChanged, activeTable()).back(), "a.txt, marked");
+    EXPECT_EQ(heard.namesAt(QAccessible::Focus, activeTable()).back(), "b.txt");
+    press(Qt::Key_Up);
+    press(Qt::Key_Insert);
+    EXPECT_EQ(heard.namesAt(QAccessible::NameChanged, activeTable()).back(), "a.txt");
+}
+
 TEST_F(AnnouncementTest, everyControlOfTheWindowHasAName)
 {
     open();

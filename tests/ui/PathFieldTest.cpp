@@ -128,7 +128,7 @@ TEST_F(PathFieldTest, severalNamesAreListedBelowTheFieldAndTheArrowsGoThroughThe
     processUntil([this] { return field().completions() != nullptr; });
     auto &list = *field().completions();
     EXPECT_EQ(list.count(), 2);
-    EXPECT_EQ(list.currentRow(), -1) << "what they have in common is none of them";
+    EXPECT_EQ(list.currentRow(), -1) << "the beginning that all names share is not one of the names";
     EXPECT_EQ(list.mapTo(window.get(), QPoint()).y(), field().mapTo(window.get(), QPoint(0, field().height())).y());
     press(Qt::Key_Down);
     press(Qt::Key_Down);
