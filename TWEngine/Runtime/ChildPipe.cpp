@@ -12,8 +12,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace tw {
@@ -34,6 +36,11 @@ constexpr std::size_t bytesATurn = std::size_t{8} * 1024 * 1024;
 } // namespace
 
 struct ChildPipe::Stream {
+    struct Waiting {
+        std::shared_ptr<Stream> pipe;
+        WaitType what;
+    };
+
     explicit Stream(boost::asio::io_context &context) : descriptor(context) {}
 
     /// Fills `buffer`, with nothing at the end of the stream. False if the pipe is empty but not at its end.
@@ -61,6 +68,28 @@ struct ChildPipe::Stream {
             return mustWait(errno);
         written += static_cast<std::size_t>(count);
         return served(static_cast<std::size_t>(count));
+    }
+
+    /// Advances `moved` by what went from one pipe into the other. Otherwise returns the end to be waited for: at the
+    /// end of `from` nothing is moved, and nobody is waited for.
+    static std::optional<Waiting> tryMove(std::shared_ptr<Stream> const &from, std::shared_ptr<Stream> const &to,
+                                          std::size_t most, std::size_t &moved)
+    {
+        std::scoped_lock const lock(from->mutex, to->mutex);
+        auto const source = from->openNumber();
+        auto const count =
+            ::splice(source, nullptr, to->openNumber(), nullptr, most, SPLICE_F_MOVE | SPLICE_F_NONBLOCK);
+        if (count >= 0) {
+            moved = static_cast<std::size_t>(count);
+            from->served(moved);
+            return std::nullopt;
+        }
+        mustWait(errno);
+        // It does not say which of the two is not ready.
+        pollfd state{.fd = source, .events = POLLIN, .revents = 0};
+        if (::poll(&state, 1, 0) == 0)
+            return Waiting{from, WaitType::wait_read};
+        return Waiting{to, WaitType::wait_write};
     }
 
     bool takeTurnIsOver()
@@ -140,6 +169,18 @@ struct ChildPipe::Stream {
         co_return bytes;
     }
 
+    static Task<std::size_t> move(std::shared_ptr<Stream> from, std::shared_ptr<Stream> to, std::size_t most)
+    {
+        std::size_t moved = 0;
+        for (;;) {
+            co_await keepInTurn(from);
+            auto const waiting = tryMove(from, to, most, moved);
+            if (!waiting)
+                co_return moved;
+            co_await untilReady(waiting->pipe, waiting->what);
+        }
+    }
+
     // Under the mutex.
     boost::asio::posix::stream_descriptor descriptor;
 
@@ -195,6 +236,11 @@ Task<std::string> ChildPipe::read(std::string buffer) const
 Task<std::string> ChildPipe::write(std::string bytes) const
 {
     return Stream::write(stream, std::move(bytes));
+}
+
+Task<std::size_t> ChildPipe::moveTo(ChildPipe const &target, std::size_t most) const
+{
+    return Stream::move(stream, target.stream, most);
 }
 
 void ChildPipe::close() const noexcept

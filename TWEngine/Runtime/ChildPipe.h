@@ -30,6 +30,9 @@ public:
     /// See ChildProcess::write.
     Task<std::string> write(std::string bytes) const;
 
+    /// See ChildProcess::moveOutput.
+    Task<std::size_t> moveTo(ChildPipe const &target, std::size_t most) const;
+
     /// Reads and writes in flight, and later ones, throw PipeError.
     void close() const noexcept;
 

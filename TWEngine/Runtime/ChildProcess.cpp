@@ -91,10 +91,11 @@ struct Connector {
     }
 };
 
-Task<std::string> notAPipe()
+template <class T>
+Task<T> notAPipe()
 {
     throw PipeError(EBADF);
-    co_return std::string();
+    co_return T();
 }
 
 } // namespace
@@ -136,12 +137,17 @@ ChildProcess::~ChildProcess()
 Task<std::string> ChildProcess::read(ChildOutput from, std::string buffer) const
 {
     auto const &pipe = from == ChildOutput::standard ? output : error;
-    return pipe ? pipe->read(std::move(buffer)) : notAPipe();
+    return pipe ? pipe->read(std::move(buffer)) : notAPipe<std::string>();
 }
 
 Task<std::string> ChildProcess::write(std::string bytes) const
 {
-    return input ? input->write(std::move(bytes)) : notAPipe();
+    return input ? input->write(std::move(bytes)) : notAPipe<std::string>();
+}
+
+Task<std::size_t> ChildProcess::moveOutput(ChildProcess const &target, std::size_t most) const
+{
+    return output && target.input ? output->moveTo(*target.input, most) : notAPipe<std::size_t>();
 }
 
 void ChildProcess::closeInput() const noexcept

@@ -46,6 +46,11 @@ public:
     /// does not read any more. After an error or a stop, a part may have been written.
     Task<std::string> write(std::string bytes) const;
 
+    /// Moves at least one byte and at most `most` of the standard output into the input of `target`, without reading
+    /// them; 0 means the end of the output. Uses both ends. Throws PipeError, EPIPE if `target` does not read any more.
+    /// A stopped task has moved nothing.
+    Task<std::size_t> moveOutput(ChildProcess const &target, std::size_t most) const;
+
     /// The child sees the end of its input after the bytes that were written. A write in flight fails. Does nothing on
     /// a closed input, or on an input that is no pipe.
     void closeInput() const noexcept;

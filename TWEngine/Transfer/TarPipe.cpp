@@ -1,6 +1,7 @@
 #include "TWEngine/Transfer/TarPipe.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Transfer/PumpRest.h"
 #include "TWEngine/Transfer/TarError.h"
 #include "TWEngine/Transfer/TarReader.h"
 #include "TWEngine/Transfer/TransferChild.h"
@@ -12,6 +13,9 @@ namespace {
 
 /// What is read at once. More than the cache of a core holds is slower.
 constexpr std::size_t pieceBytes = std::size_t{256} * 1024;
+
+/// What is moved at once of a member's data: all that a pipe holds.
+constexpr std::size_t movedBytes = std::size_t{1024} * 1024;
 
 /// For what has arrived already to be unpacked after a cancel.
 constexpr std::chrono::milliseconds patienceWithConsumer{60};
@@ -46,6 +50,7 @@ struct Running {
     TransferLog log;
     TarReader reader;
     std::string item;
+    std::string buffer = {}; ///< the memory of the last piece, for the next one
     TransferChild::Shared producer;
     TransferChild::Shared consumer;
     PipeEnding ending;
@@ -62,35 +67,59 @@ Task<void> drop(Run run)
     } while (!buffer.empty());
 }
 
-/// The memory of `bytes` for the next piece; nothing if the consumer does not read any more.
-Task<std::optional<std::string>> pass(Run run, std::string bytes)
+/// What was asked for of the stream, and what has passed of it: nothing at its end.
+struct Piece {
+    std::size_t most = 0;
+    std::size_t passed = 0;
+};
+
+/// Throws TarError before anything is passed on that must not be.
+Task<Piece> passRead(Run run)
 {
+    auto buffer = std::exchange(run->buffer, {});
+    buffer.reserve(pieceBytes);
+    buffer = co_await run->producer->process().read(ChildOutput::standard, std::move(buffer));
+    Piece const piece{.most = pieceBytes, .passed = buffer.size()};
+    if (piece.passed == 0)
+        co_return piece;
+    run->reader.take(buffer);
     try {
-        auto memory = co_await run->consumer->process().write(std::move(bytes));
-        co_return memory;
+        run->buffer = co_await run->consumer->process().write(std::move(buffer));
     } catch (PipeError const &) {
-        co_return std::nullopt;
+        run->ending.couldNotWrite = true;
     }
+    co_return piece;
+}
+
+/// The data of a large member goes from pipe to pipe, and not through this process.
+Task<Piece> passUnread(Run run)
+{
+    Piece piece{.most = std::min(movedBytes, static_cast<std::size_t>(run->reader.dataLeft()))};
+    try {
+        piece.passed = co_await run->producer->process().moveOutput(run->consumer->process(), piece.most);
+    } catch (PipeError const &) {
+        run->ending.couldNotWrite = true;
+    }
+    run->reader.skip(static_cast<std::int64_t>(piece.passed));
+    co_return piece;
 }
 
 Task<void> pump(Run run)
 {
-    std::string buffer;
-    buffer.reserve(pieceBytes);
+    auto const clock = run->work->engine.clock();
+    PumpRest rest;
     for (;;) {
-        buffer = co_await run->producer->process().read(ChildOutput::standard, std::move(buffer));
-        if (buffer.empty())
+        bool const isLarge = run->reader.dataLeft() >= static_cast<std::int64_t>(pieceBytes);
+        auto passing = isLarge ? passUnread(run) : passRead(run);
+        auto const piece = co_await std::move(passing);
+        if (piece.passed == 0 || run->ending.couldNotWrite)
             break;
-        run->reader.take(buffer); // before the bytes are passed on
-        auto memory = co_await pass(run, std::move(buffer));
-        if (!memory) {
-            run->ending.couldNotWrite = true;
-            break;
-        }
-        buffer = std::move(*memory);
         run->log.passed(run->reader.position(), run->reader.files());
         run->work->reportStep(run->reader.position(), run->reader.files(),
                               run->item.empty() ? run->work->label : run->item);
+        auto const time = rest.after(piece.passed, piece.most);
+        if (time > PumpRest::Time(0))
+            co_await clock->sleep(time);
     }
     run->ending.isWhole = run->reader.isAtEnd();
     run->consumer->process().closeInput();

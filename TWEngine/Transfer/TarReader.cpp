@@ -39,14 +39,11 @@ void setOnce(std::optional<T> &place, T value)
 
 void TarReader::take(std::string_view bytes)
 {
-    taken += static_cast<std::int64_t>(bytes.size());
     while (!bytes.empty()) {
         if (part == Part::data) {
             auto const passing = std::min(left, static_cast<std::int64_t>(bytes.size()));
             bytes.remove_prefix(static_cast<std::size_t>(passing));
-            left -= passing;
-            if (left == 0)
-                endMember();
+            skip(passing);
             continue;
         }
         auto const wanted =
@@ -57,9 +54,18 @@ void TarReader::take(std::string_view bytes)
     }
 }
 
+void TarReader::skip(std::int64_t bytes)
+{
+    taken += bytes;
+    left -= bytes;
+    if (left == 0)
+        endMember();
+}
+
 std::string_view TarReader::collect(std::string_view bytes, std::size_t wanted)
 {
     auto const some = bytes.substr(0, wanted - block.size());
+    taken += static_cast<std::int64_t>(some.size());
     block += some;
     return bytes.substr(some.size());
 }

@@ -33,6 +33,12 @@ public:
 
     void take(std::string_view bytes);
 
+    /// Bytes of a member's data, with their padding, that are still to come before the next header.
+    std::int64_t dataLeft() const noexcept { return part == Part::data ? left : 0; }
+
+    /// So many of `dataLeft` have passed, and need not be read.
+    void skip(std::int64_t bytes);
+
     /// True behind the two blocks of zeros that end an archive.
     bool isAtEnd() const noexcept { return zeroBlocks >= 2; }
 

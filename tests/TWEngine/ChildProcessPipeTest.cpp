@@ -293,5 +293,56 @@ TEST_F(ChildProcessPipeTest, aCloseMayComeAtAnyMomentOfAWrite)
     }
 }
 
+Task<void> moveAll(Child from, Child to)
+{
+    std::size_t moved = 0;
+    do {
+        moved = co_await from->moveOutput(*to, severalMiB);
+    } while (moved > 0);
+    to->closeInput();
+}
+
+TEST_F(ChildProcessPipeTest, bytesMoveFromOneChildToAnother)
+{
+    auto const bytes = someBytes(severalMiB);
+    auto const first = startCat();
+    auto const second = startCat();
+    auto const writing = loop.start(writeAndClose(first, bytes));
+    auto const moving = loop.start(moveAll(first, second));
+    EXPECT_TRUE(readAll(second) == bytes);
+    EXPECT_TRUE(loop.runUntil([&] { return writing.isDone() && moving.isDone(); }));
+    writing.value();
+    moving.value();
+    EXPECT_EQ(wait(first), exited(0));
+    EXPECT_EQ(wait(second), exited(0));
+}
+
+TEST_F(ChildProcessPipeTest, aMoveStopsWhileItWaitsForEitherChild)
+{
+    auto const source = startShell("exec cat /dev/zero");
+    auto const target = startShell("exec sleep 1000");
+    auto const silent = startCat();
+    auto const full = loop.start(moveAll(source, target));
+    auto const empty = loop.start(moveAll(silent, startCat()));
+    full.stop();
+    empty.stop();
+    EXPECT_TRUE(loop.runUntil([&] { return full.isDone() && empty.isDone(); }));
+    EXPECT_THROW(full.value(), Cancelled);
+    EXPECT_THROW(empty.value(), Cancelled);
+    target->kill();
+    wait(target);
+    auto const broken = loop.start(source->moveOutput(*target, 1));
+    EXPECT_TRUE(loop.runUntil([&] { return broken.isDone(); }));
+    try {
+        broken.value();
+        FAIL() << "nobody reads";
+    } catch (PipeError const &failure) {
+        EXPECT_EQ(failure.errorNumber(), EPIPE);
+    }
+    source->kill();
+    wait(source);
+    endOf(silent);
+}
+
 } // namespace
 } // namespace tw::test

@@ -64,6 +64,26 @@ std::string outputOf(std::string const &command)
     return output;
 }
 
+TEST(TarReaderTest, dataCanPassUnread)
+{
+    auto const archive = TarArchive::member({.name = "file", .data = std::string(1000, 'x')}) +
+                         TarArchive::member({.name = "next"}) + TarArchive::end();
+    std::vector<std::string> names;
+    TarReader reader([&](TarMember const &member) { names.push_back(member.name); });
+    EXPECT_EQ(reader.dataLeft(), 0);
+    reader.take(archive.substr(0, 600));
+    EXPECT_EQ(reader.dataLeft(), 1024 - (600 - 512));
+    reader.skip(36);
+    EXPECT_EQ(reader.files(), 0);
+    reader.skip(reader.dataLeft());
+    EXPECT_EQ(reader.files(), 1);
+    EXPECT_EQ(reader.dataLeft(), 0);
+    reader.take(archive.substr(512 + 1024));
+    EXPECT_THAT(names, ElementsAre("file", "next"));
+    EXPECT_TRUE(reader.isAtEnd());
+    EXPECT_EQ(reader.position(), std::ssize(archive));
+}
+
 TEST(TarReaderTest, headersAreFoundHoweverTheArchiveIsCut)
 {
     auto const archive = TarArchive::member({.name = "folder/", .kind = '5'}) +
