@@ -1,7 +1,9 @@
 #pragma once
 
 #include "TWCore/Async/Task.h"
+#include "TWEngine/Transfer/Blamed.h"
 
+#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,16 +12,24 @@ namespace tw {
 
 class EngineRuntime;
 
-/// Which of some files of this machine have their copy in another folder, as cp makes it: of the same kind, with the
-/// same size and time.
+/// Which of some names of this machine have their copy in another folder, as cp makes it: of the same kind, with the
+/// same time, and of the same size if it is a file.
 struct ArrivedNames {
+    /// A copy that has ended before its end.
+    struct Copying {
+        std::vector<std::string> names;
+        timespec begun;
+        Blamed blamed;
+    };
+
     std::vector<std::string> complete = {};
     std::vector<std::string> partial = {};        ///< something of that name is there
     std::vector<std::string> untouched = {};      ///< nothing is
     std::optional<std::string> firstMissing = {}; ///< the first that is not complete
 
-    static Task<ArrivedNames> find(EngineRuntime &engine, std::string from, std::string to,
-                                   std::vector<std::string> names);
+    /// cp gives a folder its time last, also if an entry in it has failed. So a folder is complete if its copy was
+    /// changed since the beginning and cp complains about nothing in it.
+    static Task<ArrivedNames> find(EngineRuntime &engine, std::string from, std::string to, Copying copying);
 };
 
 } // namespace tw

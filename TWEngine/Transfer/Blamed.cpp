@@ -40,21 +40,66 @@ std::string_view withoutProgram(std::string_view line)
     return isNamed && program.size() < line.size() ? line.substr(program.size() + 2) : line;
 }
 
+/// The lines of what a program wrote, without blank ones.
+std::vector<std::string_view> linesOf(std::string_view words)
+{
+    std::vector<std::string_view> lines;
+    while (!words.empty()) {
+        auto const line = trimmed(words.substr(0, words.find('\n')));
+        words.remove_prefix(std::min(words.find('\n'), words.size() - 1) + 1);
+        if (!line.empty())
+            lines.push_back(line);
+    }
+    return lines;
+}
+
+/// The name of the first path in quotes, in one of the two folders; empty if there is none, or if it has signs that are
+/// quoted in another way.
+std::string_view nameInQuotes(std::string_view line, std::string const &from, std::string const &to)
+{
+    auto const begin = std::min(line.find('\''), line.size());
+    auto const rest = line.substr(std::min(begin + 1, line.size()));
+    auto const path = rest.substr(0, rest.find('\''));
+    // Another quote follows where a sign in the path has one of its own.
+    auto const behind = rest.substr(std::min(path.size() + 1, rest.size()));
+    if (behind.starts_with('\\') || behind.starts_with('$') || behind.starts_with('\''))
+        return {};
+    for (auto const &folder : {from, to}) {
+        auto const content = folder.ends_with('/') ? folder : folder + '/';
+        if (path.starts_with(content))
+            return path.substr(content.size(), path.find('/', content.size()) - content.size());
+    }
+    return {};
+}
+
 } // namespace
 
 Blamed Blamed::in(std::string_view words, std::vector<std::string> const &given, Unreadable unreadable)
 {
     std::unordered_set<std::string> const known(given.begin(), given.end());
     Blamed blamed;
-    while (!words.empty()) {
-        auto const line = trimmed(words.substr(0, words.find('\n')));
-        words.remove_prefix(std::min(words.find('\n'), words.size() - 1) + 1);
-        if (line.empty() || isAboutTheWhole(line))
+    for (auto const line : linesOf(words)) {
+        if (isAboutTheWhole(line))
             continue;
         std::string const name(nameIn(withoutProgram(line)));
         if (known.contains(name))
             blamed.names.insert(name);
         else if (unreadable == Unreadable::meansEverything)
+            blamed.isEverything = true;
+    }
+    return blamed;
+}
+
+Blamed Blamed::inCopy(std::string_view words, std::vector<std::string> const &given, std::string const &from,
+                      std::string const &to)
+{
+    std::unordered_set<std::string> const known(given.begin(), given.end());
+    Blamed blamed;
+    for (auto const line : linesOf(words)) {
+        std::string const name(nameInQuotes(line, from, to));
+        if (known.contains(name))
+            blamed.names.insert(name);
+        else
             blamed.isEverything = true;
     }
     return blamed;

@@ -7,7 +7,7 @@
 
 namespace tw {
 
-/// Which names a tar that failed complains about.
+/// Which names a program that failed complains about.
 struct Blamed {
     std::set<std::string> names = {};
     bool isEverything = false; ///< a complaint could not be read: any name may be meant
@@ -17,8 +17,12 @@ struct Blamed {
         meansNothing ///< it is of ssh, or of a tar that was ended
     };
 
-    /// From what it wrote to its standard error, of names that it was given.
+    /// From what a tar wrote to its standard error, of names that it was given.
     static Blamed in(std::string_view words, std::vector<std::string> const &given, Unreadable unreadable);
+
+    /// From what a cp wrote that was given names of the folder `from`. It puts a path into quotes, there or below `to`.
+    static Blamed inCopy(std::string_view words, std::vector<std::string> const &given, std::string const &from,
+                         std::string const &to);
 };
 
 } // namespace tw

@@ -7,6 +7,8 @@
 #include "TWEngine/Transfer/Measuring.h"
 #include "TWEngine/Transfer/TransferChild.h"
 
+#include <ctime>
+
 #include <sys/stat.h>
 
 namespace tw::LocalCopy {
@@ -25,20 +27,27 @@ struct Running {
     TransferWork::Shared work;
     Step step;
     TransferChild::Shared child;
+    timespec begun = {}; ///< as files get their times
     CopiedLines lines = {};
     std::int64_t bytes = 0; ///< of this step
 };
 
 using Run = std::shared_ptr<Running>;
 
+/// So many folders have a cp each, so that one that fails is copied as far as it can be. To start a program takes some
+/// milliseconds, and for thousands of names that would be most of the time.
+constexpr std::size_t fewNames = 64;
+
 struct Look {
-    std::vector<bool> isFolder;
+    std::vector<bool> isFolder;    ///< of each; empty: there are too many
     std::vector<Measure> measures; ///< of each; fewer if there was no time
 };
 
 Look lookAt(std::vector<std::string> const &paths)
 {
     Look found;
+    if (paths.size() > fewNames)
+        return found;
     auto const until = Measure::Clock::now() + timeToMeasure;
     bool isInTime = true;
     for (auto const &path : paths) {
@@ -112,7 +121,12 @@ Task<std::string> account(Run run)
         summary.files += run->lines.files();
         co_return names.front();
     }
-    auto arrived = co_await ArrivedNames::find(run->work->engine, run->work->from.path(), run->work->to.path(), names);
+    auto const to = run->work->to.path();
+    ArrivedNames::Copying const copying{.names = names,
+                                        .begun = run->begun,
+                                        .blamed =
+                                            Blamed::inCopy(run->child->words(), names, run->work->from.path(), to)};
+    auto arrived = co_await ArrivedNames::find(run->work->engine, run->work->from.path(), to, copying);
     auto first = arrived.firstMissing.value_or(run->work->label);
     summary.files += static_cast<std::int64_t>(arrived.complete.size());
     std::ranges::move(arrived.complete, std::back_inserter(summary.complete));
@@ -170,6 +184,7 @@ Task<void> runStep(TransferWork::Shared work, Step step)
     auto const names = namesOf(*work, step);
     // A cp of many names would go on behind one that fails, and on a full disk leave an empty file for each.
     auto const atFirstLine = step.count > 1 ? TransferChild::AtFirstLine::end : TransferChild::AtFirstLine::goOn;
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &run->begun);
     run->child = co_await TransferChild::start(
         work->engine, TransferCommands::copyHere(work->tools, work->from.path(), names, work->to.path()), atFirstLine);
     auto const exit = co_await outcomeOf(untilExit(run));
@@ -192,16 +207,17 @@ Task<void> runStep(TransferWork::Shared work, Step step)
 
 std::vector<Step> steps(std::string_view from, std::span<std::string const> names, std::vector<bool> const &isFolder)
 {
+    auto const isAlone = [&isFolder](std::size_t index) { return !isFolder.empty() && isFolder[index]; };
     std::vector<Step> steps;
     std::size_t first = 0;
     while (first < names.size()) {
-        std::size_t files = 0;
-        while (first + files < names.size() && !isFolder[first + files])
-            ++files;
+        std::size_t together = 0;
+        while (first + together < names.size() && !isAlone(first + together))
+            ++together;
         // A folder that fails in the middle ends the copy as a whole.
-        Step step{.first = first, .count = 1, .isFolder = isFolder[first]};
-        if (files > 0)
-            step.count = TransferCommands::fittingFrontHere(from, names.subspan(first, files)).size();
+        Step step{.first = first, .count = 1, .isFolder = isAlone(first)};
+        if (together > 0)
+            step.count = TransferCommands::fittingFrontHere(from, names.subspan(first, together)).size();
         steps.push_back(step);
         first += step.count;
     }

@@ -47,5 +47,19 @@ TEST(BlamedTest, theEndOfAStreamIsNobodysFault)
     EXPECT_FALSE(Blamed::in("", copied, meansEverything).isEverything);
 }
 
+TEST(BlamedTest, aCopyComplainsAboutPathsInQuotes)
+{
+    auto const blamedBy = [](std::string const &line) { return Blamed::inCopy(line, names, "/from", "/to/"); };
+    auto const blamed = blamedBy("/bin/cp: cannot open '/from/c d/x' for reading: Permission denied\n"
+                                 "cp: error copying '/to/a' to '/from/b': No space left on device\n");
+    EXPECT_THAT(blamed.names, ElementsAre("a", "c d"));
+    EXPECT_FALSE(blamed.isEverything);
+    for (auto const *const line : {"cp: no space", "cp: cannot stat '/from/none'", "cp: cannot stat '/other/a'",
+                                   "cp: cannot stat '/from/a'\\''s'", "cp: cannot stat '/from/a'$'\\n'"}) {
+        EXPECT_TRUE(blamedBy(line).isEverything) << line;
+        EXPECT_THAT(blamedBy(line).names, IsEmpty()) << line;
+    }
+}
+
 } // namespace
 } // namespace tw::test

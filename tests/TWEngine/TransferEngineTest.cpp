@@ -78,6 +78,30 @@ TEST_F(LocalTransferTest, theFirstNameThatFailsEndsTheCopy)
     EXPECT_THAT(summary.words, HasSubstr("cannot overwrite directory"));
 }
 
+TEST_F(LocalTransferTest, manyFoldersGoTogetherAndTheOneThatFailsIsKnown)
+{
+    Names names;
+    for (int index = 0; index < 100; ++index) {
+        names.push_back("folder " + std::to_string(index));
+        folder.folder(names.back());
+        folder.file(names.back() + "/file", names.back());
+    }
+    EXPECT_EQ(copy(names, sourceHere(), targetHere()), "done");
+    for (auto const &name : names)
+        expectSame(name);
+    EXPECT_EQ(transfer->summary().complete, names);
+    EXPECT_EQ(transfer->summary().files, 100);
+
+    // What is there by now looks like the copy, but is that of another time.
+    std::filesystem::remove(local.path("folder 50/file"));
+    local.folder("folder 50/file");
+    EXPECT_THAT(copy(names, sourceHere(), targetHere()), HasSubstr("copy failed on folder 50: "));
+    auto const summary = transfer->summary();
+    EXPECT_THAT(summary.complete, testing::IsSupersetOf(Names(names.begin(), names.begin() + 50)));
+    EXPECT_THAT(summary.partial, testing::Contains("folder 50"));
+    EXPECT_THAT(summary.words, HasSubstr("cannot overwrite directory"));
+}
+
 TEST_F(LocalTransferTest, aNameThatIsGoneIsSaid)
 {
     EXPECT_THAT(copy({"none"}, sourceHere(), targetHere()), HasSubstr("No such file or directory"));
