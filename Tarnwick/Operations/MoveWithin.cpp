@@ -14,7 +14,7 @@ using End = std::shared_ptr<TransferEnd>;
 using Move = FileSystemWriter::Move;
 using Names = std::vector<std::string>;
 
-/// Those of the names that a folder has. Throws what the question throws.
+/// The names among `names` that a folder has. Throws what the question throws.
 Task<std::unordered_set<std::string>> presentIn(Operands folder, Names names)
 {
     auto const facts = co_await folder.browser->factsAbout(folder.path, std::move(names));
@@ -24,7 +24,7 @@ Task<std::unordered_set<std::string>> presentIn(Operands folder, Names names)
     co_return present;
 }
 
-/// After a failure it is asked which of the names have left the source, since the failure names one at most.
+/// A failure names one file at most, so the source is asked afterwards which names are gone.
 Task<void> moveNames(Job job, End end, std::vector<Move> moves, Names names)
 {
     if (moves.empty())
@@ -56,7 +56,7 @@ std::vector<Move> movesBetween(Operands const &from, Operands const &to, Names c
     return moves;
 }
 
-/// Gives files their places back that nothing else has taken.
+/// Moves files back whose places are still free.
 Task<void> putBack(Operands staging, Operands target, Names names)
 {
     auto const waiting = co_await presentIn(staging, names);
@@ -76,20 +76,38 @@ Task<void> moveOver(Job job, End end, Operands staging, Names names)
     co_await moveNames(job, end, movesBetween(job->source, job->target, names), names);
 }
 
-/// The old files are deleted when the new ones are there. If they cannot be put back, they stay in the staging folder.
+/// Moves back what was not replaced, and deletes what was. An old file that cannot be moved back stays in the staging
+/// folder, for example because another program has made a file of its name.
+Task<void> clearStaging(Job job, End end, Operands staging, Names names)
+{
+    std::unordered_set<std::string> const replaced(end->gone.begin(), end->gone.end());
+    Names unreplaced;
+    staging.names.clear();
+    for (auto const &name : names)
+        (replaced.contains(name) ? staging.names : unreplaced).push_back(name);
+    if (!unreplaced.empty()) {
+        co_await outcomeOf(putBack(staging, job->target, unreplaced));
+        auto const left = co_await outcomeOf(presentIn(staging, unreplaced));
+        if (left.value)
+            std::erase_if(unreplaced, [&](auto const &name) { return !left.value->contains(name); });
+    }
+    if (unreplaced.empty()) {
+        co_await outcomeOf(staging.browser->removePermanently({staging.path}));
+        co_return;
+    }
+    end->waiting = {.folder = staging.path, .names = std::move(unreplaced)};
+    if (!staging.names.empty())
+        co_await outcomeOf(staging.browser->removePermanently(staging.paths()));
+}
+
 Task<void> replaceFiles(Job job, End end, Names names)
 {
     auto staging = job->target;
     staging.path = job->target.pathOf(stagingName());
     co_await staging.browser->makeDirectory(staging.path);
     auto const replaced = co_await outcomeOf(moveOver(job, end, staging, names));
-    auto isOver = true;
-    if (replaced.failure) {
-        auto const back = co_await outcomeOf(putBack(staging, job->target, names));
-        isOver = !back.failure;
-    }
-    if (isOver)
-        co_await outcomeOf(staging.browser->removePermanently({staging.path}));
+    // Also after a stop: nobody would look for the old files in the staging folder.
+    co_await clearStaging(job, end, staging, names).withStop({});
     if (replaced.failure)
         std::rethrow_exception(replaced.failure);
 }

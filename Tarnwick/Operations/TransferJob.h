@@ -28,13 +28,21 @@ struct TransferJob {
     }
 };
 
-/// What has become of a copy or a move.
+/// The result of a copy or a move.
 struct TransferEnd {
-    TransferSummary summary = {};          ///< of the names of the source
-    std::vector<std::string> gone = {};    ///< from the source
-    MoveCheck kept = {};                   ///< of a move: copied, and what could not go is `changed` or `unequal`
+    TransferSummary summary = {};       ///< of the names of the source
+    std::vector<std::string> gone = {}; ///< from the source
+    MoveCheck kept = {};                ///< of a move: what was copied and stays is `changed` or `unequal`
+
+    /// Old files that were to be replaced and were not, and whose names are taken.
+    struct Waiting {
+        std::string folder = {}; ///< path
+        std::vector<std::string> names = {};
+    };
+
+    Waiting waiting = {};
     std::exception_ptr failure = {};       ///< of the copy or the renaming
-    std::exception_ptr sourceFailure = {}; ///< everything was copied, and something could not be deleted
+    std::exception_ptr sourceFailure = {}; ///< everything was copied, but not everything could be deleted
 };
 
 } // namespace tw

@@ -79,6 +79,12 @@ Text failed(TransferEnd const &end)
     addList(lines, "Complete (%@):", end.summary.complete);
     addList(lines, "Perhaps there in part (%@):", end.summary.partial);
     addList(lines, "Not begun (%@):", end.summary.untouched);
+    if (auto const &waiting = end.waiting; !waiting.names.empty()) {
+        lines.emplace_back("\n\n");
+        lines.push_back({"The old files are in %@, since their names were taken meanwhile (%@):",
+                         {onOneLine(WindowsPath::display(waiting.folder)), countPhrase(waiting.names.size())}});
+        lines.emplace_back("\n" + Dialogs::describe(waiting.names, mostNames));
+    }
     return Text::sequence(std::move(lines));
 }
 
