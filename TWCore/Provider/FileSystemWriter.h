@@ -19,6 +19,8 @@ public:
     virtual Task<void> makeDirectory(std::string path) = 0;
 
     /// Deletes each of the paths. (`delete` is a word of the language.)
+    ///
+    /// Cancellation: ends the work before its next file, where the place can; what was deleted stays deleted.
     virtual Task<void> remove(std::vector<std::string> paths) = 0;
 
     /// Renames, or moves within this provider. An existing target is an error, and stays as it is.
@@ -32,19 +34,19 @@ public:
     /// Moves within this provider, in order and in as few requests as possible. Throws the first failure; earlier moves
     /// stay done, and on a host some of the next ones may be done too. An existing target is an error, as with
     /// `rename`.
-    virtual Task<void> moveAll(std::vector<Move> moves);
+    virtual Task<void> moveAll(std::vector<Move> moves) = 0;
 
     /// Deletes each of the paths, and nothing can bring them back.
-    virtual Task<void> removePermanently(std::vector<std::string> paths);
+    virtual Task<void> removePermanently(std::vector<std::string> paths) = 0;
 
     /// What is in the way of writing `names` into `folder`.
-    virtual Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names);
+    virtual Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) = 0;
 
     /// What is below `names` in `folder`.
-    virtual Task<Survey> survey(std::string folder, std::vector<std::string> names);
+    virtual Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) = 0;
 
     /// Ends when what was written in `folder` is on its disk.
-    virtual Task<void> sync(std::string folder);
+    virtual Task<void> sync(std::string folder) = 0;
 };
 
 } // namespace tw

@@ -1,25 +1,50 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace tw {
 
 /// What there is below some names of a folder, to be compared with another time or another place.
 ///
-/// Constant in size for each name, since a tree of a million files is compared too: what is below a name is summed up
-/// in digests that do not depend on the order.
+/// What is below a name is summed up in digests that do not depend on the order, so that a tree of a million files can
+/// be compared too.
 struct Survey {
+    enum class Detail {
+        sums,  ///< constant in size for each name
+        nodes, ///< also the digest of each entry, to find one tree within another
+    };
+
     struct Part {
         std::int64_t files = 0; ///< everything that is not a folder
         std::int64_t folders = 0;
         std::int64_t bytes = 0;  ///< of regular files
         std::uint64_t shape = 0; ///< of relative paths, kinds, sizes of regular files and targets of links
         std::uint64_t times = 0; ///< of relative paths and modification times
+        /// With Detail::nodes what `shape` is the sum of, in no order; empty if there are more than `mostNodes`.
+        std::vector<std::uint64_t> nodes = {};
 
-        friend bool operator==(Part const &, Part const &) = default;
+        /// `shape` stands for the nodes, whose order has no meaning.
+        friend bool operator==(Part const &one, Part const &other)
+        {
+            return one.hasShapeOf(other) && one.times == other.times;
+        }
+
+        bool hasShapeOf(Part const &other) const
+        {
+            return files == other.files && folders == other.folders && bytes == other.bytes && shape == other.shape;
+        }
+
+        /// True if every entry of `other` is here too, under the same path and with the same shape. False if either
+        /// side does not know its nodes.
+        bool holds(Part const &other) const;
     };
+
+    /// Eight bytes each.
+    static constexpr std::size_t mostNodes = 4'000'000;
 
     std::map<std::string, Part> parts = {}; ///< by name; a name that does not exist is left out
 

@@ -37,7 +37,7 @@ private:
 
 } // namespace
 
-void addToSurvey(Survey::Part &part, SurveyNode const &node)
+void addToSurvey(Survey::Part &part, SurveyNode const &node, Survey::Detail detail)
 {
     auto const isFile = node.kind == EntryKind::file;
     ++(node.kind == EntryKind::directory ? part.folders : part.files);
@@ -50,6 +50,11 @@ void addToSurvey(Survey::Part &part, SurveyNode const &node)
     shape.add(static_cast<std::uint64_t>(isFile ? node.size : 0));
     shape.add(node.kind == EntryKind::symlink ? node.target : "");
     part.shape += shape.value();
+    auto const count = static_cast<std::size_t>(part.files + part.folders);
+    if (detail == Survey::Detail::nodes && count <= Survey::mostNodes)
+        part.nodes.push_back(shape.value());
+    else
+        part.nodes = {};
 
     Digest times;
     times.add(node.path);

@@ -17,10 +17,10 @@ struct SurveyNode {
     std::string_view target = {}; ///< of a link
 };
 
-/// Counts `node` in. The order of the nodes does not matter.
+/// Counts `node` in, in as much detail. The order of the nodes does not matter.
 ///
-/// Two trees that differ have different digests unless somebody has made them on purpose: it tells a copy that is cut
-/// or changed, and is no proof against an attacker.
-void addToSurvey(Survey::Part &part, SurveyNode const &node);
+/// Two trees that differ have different digests unless somebody has made them on purpose: this finds a copy that is
+/// cut or changed, and is no proof against an attacker.
+void addToSurvey(Survey::Part &part, SurveyNode const &node, Survey::Detail detail);
 
 } // namespace tw

@@ -133,7 +133,7 @@ void SurveyReader::addNode(std::string_view row)
     path.remove_prefix(2);
     auto const nameEnd = std::min(path.find('/'), path.size());
     node.path = path.substr(std::min(nameEnd + 1, path.size()));
-    addToSurvey(result.parts[std::string(path.substr(0, nameEnd))], node);
+    addToSurvey(result.parts[std::string(path.substr(0, nameEnd))], node, detail);
 }
 
 } // namespace tw

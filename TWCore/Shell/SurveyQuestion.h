@@ -21,7 +21,10 @@ public:
     /// A row has a path and a link's target, which no system lets grow beyond this.
     static constexpr std::size_t maxRowBytes = 64U << 10U;
 
-    explicit SurveyReader(std::string mark) : rowMark(std::move(mark) + ' ') {}
+    explicit SurveyReader(std::string mark, Survey::Detail kept = Survey::Detail::sums)
+        : rowMark(std::move(mark) + ' '), detail(kept)
+    {
+    }
 
     void read(std::string_view bytes);
 
@@ -40,6 +43,7 @@ private:
     void addNode(std::string_view row);
 
     std::string const rowMark;
+    Survey::Detail const detail;
     std::string pending; ///< the beginning of a row
     std::string stray;
     State state = State::reading;

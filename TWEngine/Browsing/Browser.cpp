@@ -285,10 +285,12 @@ Task<FolderFacts> Browser::factsAbout(std::string folder, std::vector<std::strin
                                });
 }
 
-Task<Survey> Browser::survey(std::string folder, std::vector<std::string> names)
+Task<Survey> Browser::survey(std::string folder, std::vector<std::string> names, Survey::Detail detail)
 {
-    return asking<Survey>(shared_from_this(), [folder = ListingParser::normalize(folder), names](
-                                                  FileSystemWriter &writer) { return writer.survey(folder, names); });
+    return asking<Survey>(shared_from_this(),
+                          [folder = ListingParser::normalize(folder), names, detail](FileSystemWriter &writer) {
+                              return writer.survey(folder, names, detail);
+                          });
 }
 
 Task<void> Browser::sync(std::string folder)

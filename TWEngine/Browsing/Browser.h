@@ -148,7 +148,8 @@ public:
 
     /// See FileSystemWriter; these change nothing. Throw as the writes do.
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names);
-    Task<Survey> survey(std::string folder, std::vector<std::string> names);
+    Task<Survey> survey(std::string folder, std::vector<std::string> names,
+                        Survey::Detail detail = Survey::Detail::sums);
     Task<void> sync(std::string folder);
 
     /// Every listing that a later fetch finds to differ from the one it replaces, from now on until either side ends.

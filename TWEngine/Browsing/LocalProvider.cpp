@@ -195,12 +195,12 @@ Task<void> moveAllInLanes(EngineRuntime *engine, Moves moves)
     }
 }
 
-Task<Survey> surveyInLane(FileLanes *lanes, std::string folder, std::vector<std::string> names)
+Task<Survey> surveyInLane(FileLanes *lanes, std::string folder, std::vector<std::string> names, Survey::Detail detail)
 {
     auto const context = co_await currentContext();
     auto survey = co_await lanes->run(folder, LastLink::follow, WorkPriority::interactive,
-                                      [folder, names, stop = context.stop](std::string const & /*place*/) {
-                                          return localSurvey(folder, names, stop);
+                                      [folder, names, detail, stop = context.stop](std::string const & /*place*/) {
+                                          return localSurvey(folder, names, stop, detail);
                                       });
     co_return survey;
 }
@@ -274,9 +274,9 @@ Task<FolderFacts> LocalProvider::factsAbout(std::string folder, std::vector<std:
         [folder, names = std::move(names)](std::string const & /*place*/) { return localFactsAbout(folder, names); });
 }
 
-Task<Survey> LocalProvider::survey(std::string folder, std::vector<std::string> names)
+Task<Survey> LocalProvider::survey(std::string folder, std::vector<std::string> names, Survey::Detail detail)
 {
-    return surveyInLane(&lanes, std::move(folder), std::move(names));
+    return surveyInLane(&lanes, std::move(folder), std::move(names), detail);
 }
 
 Task<void> LocalProvider::sync(std::string folder)

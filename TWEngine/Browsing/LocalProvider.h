@@ -58,7 +58,7 @@ public:
     Task<void> removePermanently(std::vector<std::string> paths) override;
 
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
-    Task<Survey> survey(std::string folder, std::vector<std::string> names) override;
+    Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;
     Task<void> sync(std::string folder) override;
 
 private:

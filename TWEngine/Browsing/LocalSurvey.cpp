@@ -26,7 +26,10 @@ constexpr auto folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 /// files open. On each level it remembers the folders that it has yet to enter.
 class Walk {
 public:
-    Walk(std::string const &topFolder, std::stop_token const &token) : top(topFolder), stop(token) {}
+    Walk(std::string const &topFolder, std::stop_token const &token, Survey::Detail kept)
+        : top(topFolder), stop(token), detail(kept)
+    {
+    }
 
     /// Adds `name` in the open folder, and all below it. False if there is no such name.
     bool add(int folder, std::string const &name, Survey::Part &into)
@@ -69,11 +72,13 @@ private:
         }
         auto const target = S_ISLNK(status.st_mode) ? targetOf(folder, name) : std::string();
         auto const mtime = std::to_string(status.st_mtim.tv_sec) + '.' + std::to_string(status.st_mtim.tv_nsec);
-        addToSurvey(*part, {.path = std::string_view(path).substr(std::min(below, path.size())),
-                            .kind = entryKindOfMode(status.st_mode),
-                            .size = status.st_size,
-                            .mtime = mtime,
-                            .target = target});
+        addToSurvey(*part,
+                    {.path = std::string_view(path).substr(std::min(below, path.size())),
+                     .kind = entryKindOfMode(status.st_mode),
+                     .size = status.st_size,
+                     .mtime = mtime,
+                     .target = target},
+                    detail);
         return true;
     }
 
@@ -157,6 +162,7 @@ private:
 
     std::string const &top;
     std::stop_token const &stop;
+    Survey::Detail const detail;
     Survey::Part *part = nullptr;
     std::string path;      ///< below `top`
     std::size_t below = 0; ///< where the part of `path` begins that is below the name
@@ -166,7 +172,8 @@ private:
 
 } // namespace
 
-Survey localSurvey(std::string const &folder, std::vector<std::string> const &names, std::stop_token const &stop)
+Survey localSurvey(std::string const &folder, std::vector<std::string> const &names, std::stop_token const &stop,
+                   Survey::Detail detail)
 {
     auto const isNameable = !folder.contains('\0');
     FileDescriptor const opened(isNameable ? ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1);
@@ -175,8 +182,8 @@ Survey localSurvey(std::string const &folder, std::vector<std::string> const &na
     Survey survey;
     for (auto const &name : names) {
         Survey::Part part;
-        if (!name.contains('\0') && Walk(folder, stop).add(opened.get(), name, part))
-            survey.parts.emplace(name, part);
+        if (!name.contains('\0') && Walk(folder, stop, detail).add(opened.get(), name, part))
+            survey.parts.emplace(name, std::move(part));
     }
     return survey;
 }

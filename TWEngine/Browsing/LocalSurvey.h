@@ -12,6 +12,7 @@ namespace tw {
 /// thread.
 ///
 /// Errors: FileOperationError::Failed with the path that cannot be read; Cancelled.
-Survey localSurvey(std::string const &folder, std::vector<std::string> const &names, std::stop_token const &stop);
+Survey localSurvey(std::string const &folder, std::vector<std::string> const &names, std::stop_token const &stop,
+                   Survey::Detail detail = Survey::Detail::sums);
 
 } // namespace tw

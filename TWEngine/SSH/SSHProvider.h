@@ -93,7 +93,7 @@ public:
     Task<void> sync(std::string folder) override;
 
     /// Uses an ssh client of its own, since the list of a large tree is more than a session keeps. For POSIX hosts.
-    Task<Survey> survey(std::string folder, std::vector<std::string> names) override;
+    Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;
 
     Task<void> copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit);
     Task<std::int64_t> totalSize(std::vector<std::string> paths);
@@ -136,8 +136,9 @@ private:
     Task<void> beside(Task<void> work);
     static Task<void> besideHere(Self self, Task<void> work);
     static Task<void> withClient(Self self, Task<void> work);
-    static Task<Survey> surveyBeside(Self self, std::string folder, std::vector<std::string> names);
-    static Task<void> surveyHere(Self self, std::string folder, std::vector<std::string> names,
+    static Task<Survey> surveyBeside(Self self, std::string folder, std::vector<std::string> names,
+                                     Survey::Detail detail);
+    static Task<void> surveyHere(Self self, std::string folder, std::vector<std::string> names, Survey::Detail detail,
                                  std::shared_ptr<Survey> result);
 
     // Constant after construction.

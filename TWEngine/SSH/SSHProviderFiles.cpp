@@ -85,25 +85,26 @@ Task<void> SSHProvider::withClient(Self self, Task<void> work)
     co_await std::move(work);
 }
 
-Task<Survey> SSHProvider::survey(std::string folder, std::vector<std::string> names)
+Task<Survey> SSHProvider::survey(std::string folder, std::vector<std::string> names, Survey::Detail detail)
 {
-    return surveyBeside(shared_from_this(), std::move(folder), std::move(names));
+    return surveyBeside(shared_from_this(), std::move(folder), std::move(names), detail);
 }
 
-Task<Survey> SSHProvider::surveyBeside(Self self, std::string folder, std::vector<std::string> names)
+Task<Survey> SSHProvider::surveyBeside(Self self, std::string folder, std::vector<std::string> names,
+                                       Survey::Detail detail)
 {
     auto const result = std::make_shared<Survey>();
-    co_await self->beside(surveyHere(self, std::move(folder), std::move(names), result));
+    co_await self->beside(surveyHere(self, std::move(folder), std::move(names), detail, result));
     co_return *result;
 }
 
-Task<void> SSHProvider::surveyHere(Self self, std::string folder, std::vector<std::string> names,
+Task<void> SSHProvider::surveyHere(Self self, std::string folder, std::vector<std::string> names, Survey::Detail detail,
                                    std::shared_ptr<Survey> result)
 {
     if (self->sessions->speaks() != ShellDialect::posix)
         throw FileOperationError::Unsupported("comparing on " + self->destination);
     auto const mark = "tw" + randomDigits(8);
-    auto const reader = std::make_shared<SurveyReader>(mark);
+    auto const reader = std::make_shared<SurveyReader>(mark, detail);
     auto client = SSHCommandLine::transferClient(self->sshProgram,
                                                  SSHCommandLine::script(self->sharingOptions(), self->destination));
     client.input = PipeEnd{};

@@ -34,7 +34,23 @@ Task<void> answer(std::shared_ptr<Completion<Survey>> answered, Task<Survey> ask
         answered->succeed(*std::move(outcome.value));
 }
 
-/// Without those that are in `gone`.
+/// The folders that go into a folder of their name.
+std::unordered_set<std::string> mergedBy(TransferPlan const &plan)
+{
+    std::unordered_set<std::string> merged;
+    for (auto const &each : plan.replace) {
+        if (each.comparison() == NameConflict::Comparison::folders)
+            merged.insert(each.source.name);
+    }
+    return merged;
+}
+
+Survey::Detail detailFor(TransferPlan const &plan)
+{
+    return mergedBy(plan).empty() ? Survey::Detail::sums : Survey::Detail::nodes;
+}
+
+/// Without the names in `gone`.
 std::vector<std::string> rest(std::vector<std::string> const &names, std::vector<std::string> const &gone)
 {
     std::unordered_set<std::string_view> const without(gone.begin(), gone.end());
@@ -106,7 +122,7 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
     auto const removes = self->job->kind == TransferKind::move && self->job->source.browser->writer();
     Survey before;
     if (removes) {
-        auto surveyed = co_await survey(self, self->job->source, plan.allNames());
+        auto surveyed = co_await survey(self, self->job->source, plan.allNames(), Survey::Detail::sums);
         before = std::move(surveyed);
     }
     auto const kept = plan.keptNames();
@@ -119,9 +135,10 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
     }
     if (!removes)
         co_return;
-    auto target = co_await survey(self, self->job->target, kept);
-    arrived.parts.merge(target.parts);
-    co_await removeArrived(self, plan.allNames(), std::move(before), std::move(arrived));
+    auto target = co_await survey(self, self->job->target, kept, detailFor(plan));
+    target.parts.merge(arrived.parts);
+    co_await removeArrived(self, std::move(plan),
+                           {.before = std::move(before), .after = {}, .target = std::move(target)});
 }
 
 /// The result is what has arrived, if it is a move.
@@ -153,7 +170,7 @@ Task<Survey> TransferRun::renameStaged(Self self, Operands staging, std::vector<
     }
     Survey arrived;
     if (self->job->kind == TransferKind::move) {
-        auto surveyed = co_await survey(self, staging, names);
+        auto surveyed = co_await survey(self, staging, names, Survey::Detail::sums);
         arrived = std::move(surveyed);
     }
     auto const moved = co_await outcomeOf(staging.browser->moveAll(moves));
@@ -186,7 +203,7 @@ Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
 }
 
 /// A question that is called off goes on until it is answered, but nobody waits for the answer.
-Task<Survey> TransferRun::survey(Self self, Operands where, Names names)
+Task<Survey> TransferRun::survey(Self self, Operands where, Names names, Survey::Detail detail)
 {
     if (names.empty())
         co_return Survey();
@@ -194,15 +211,16 @@ Task<Survey> TransferRun::survey(Self self, Operands where, Names names)
     auto const context = co_await currentContext();
     auto const answered = std::make_shared<Completion<Survey>>();
     auto const token = self->stop.get_token();
-    spawn({context.executor, token}, answer(answered, where.browser->survey(where.path, std::move(names))));
+    spawn({context.executor, token}, answer(answered, where.browser->survey(where.path, std::move(names), detail)));
     auto survey = co_await Completion<Survey>::wait(answered).withStop(token);
     co_return survey;
 }
 
-Task<void> TransferRun::removeArrived(Self self, Names names, Survey before, Survey arrived)
+Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys)
 {
-    auto const after = co_await survey(self, self->job->source, names);
-    auto check = MoveCheck::of(names, before, after, arrived);
+    auto after = co_await survey(self, self->job->source, plan.allNames(), detailFor(plan));
+    surveys.after = std::move(after);
+    auto check = MoveCheck::of(plan.allNames(), surveys, mergedBy(plan));
     co_await self->job->target.browser->sync(self->job->target.path);
     self->throwIfCancelled();
     auto const going = check.arrived;

@@ -37,8 +37,8 @@ private:
     static Task<Survey> copyRenamed(Self self, std::vector<TransferPlan::Renamed> renamed);
     static Task<Survey> renameStaged(Self self, Operands staging, std::vector<TransferPlan::Renamed> renamed);
     static Task<void> copyNames(Self self, Names names, Operands target);
-    static Task<Survey> survey(Self self, Operands where, Names names);
-    static Task<void> removeArrived(Self self, Names names, Survey before, Survey arrived);
+    static Task<Survey> survey(Self self, Operands where, Names names, Survey::Detail detail);
+    static Task<void> removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys);
 
     Transfer::Reporter reporterOfNextCopy() const;
     void add(TransferSummary const &part);

@@ -1,10 +1,10 @@
 #include "tests/support/FakePlace.h"
 
+#include "TWCore/Provider/SurveyDigest.h"
 #include "tests/support/Listings.h"
 
 #include <algorithm>
 #include <cctype>
-#include <functional>
 
 namespace tw::test {
 
@@ -177,7 +177,7 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
     co_return facts;
 }
 
-Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> names)
+Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> names, Survey::Detail detail)
 {
     request(joined("survey " + folder, names));
     Survey survey;
@@ -191,11 +191,13 @@ Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> name
                 continue;
             auto const relative = path.substr(root.size());
             auto const size = node.content ? node.content->size() : 0;
-            part.files += node.content ? 1 : 0;
-            part.folders += node.content ? 0 : 1;
-            part.bytes += static_cast<std::int64_t>(size);
-            part.shape += std::hash<std::string>()(relative + (node.content ? "f" : "d") + std::to_string(size));
-            part.times += std::hash<std::string>()(relative + std::to_string(node.mtime));
+            auto const mtime = std::to_string(node.mtime);
+            addToSurvey(part,
+                        {.path = relative,
+                         .kind = node.content ? EntryKind::file : EntryKind::directory,
+                         .size = static_cast<std::int64_t>(size),
+                         .mtime = mtime},
+                        detail);
         }
     }
     co_return survey;

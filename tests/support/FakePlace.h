@@ -62,7 +62,7 @@ public:
     Task<void> moveAll(std::vector<Move> moves) override;
     Task<void> removePermanently(std::vector<std::string> paths) override;
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
-    Task<Survey> survey(std::string folder, std::vector<std::string> names) override;
+    Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;
     Task<void> sync(std::string folder) override;
 
     std::map<std::string, Node> nodes;
@@ -108,7 +108,13 @@ public:
 
     Task<bool> logsInByItself() override { co_return true; }
 
-    Task<CommandResult> runCommand(HostCommand /*command*/) override { co_return CommandResult(); }
+    Task<CommandResult> runCommand(HostCommand /*command*/) override
+    {
+        ++commands;
+        co_return CommandResult();
+    }
+
+    int commands = 0; ///< that were run
 
 private:
     std::string const hostName;

@@ -55,6 +55,13 @@ public:
         co_return facts;
     }
 
+    Task<Survey> survey(std::string /*folder*/, std::vector<std::string> /*names*/, Survey::Detail /*detail*/) override
+    {
+        co_return Survey();
+    }
+
+    Task<void> sync(std::string folder) override { return note(this, "sync " + folder); }
+
     bool isReversible = true;
 
     /// Those asked for so far, ended or not.
