@@ -4,10 +4,13 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/EndableCommand.h"
 #include "TWCore/Shell/FileCommands.h"
 #include "TWCore/Shell/FolderQuestion.h"
 #include "TWCore/Shell/MoveCommand.h"
 #include "TWEngine/Browsing/ForgottenPaths.h"
+#include "TWEngine/Platform/RandomDigits.h"
+#include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 
 #include <map>
@@ -40,10 +43,38 @@ Task<CommandResult> send(Host host, Change change)
                              .limit = change.limit});
 }
 
-/// What follows from a command with an effect: its result, or nothing if the connection was lost meanwhile.
-Task<std::optional<CommandResult>> resultIfKnown(Host host, Change change)
+using Answer = std::shared_ptr<Completion<CommandResult>>;
+
+Task<void> passOn(Answer answer, Task<CommandResult> sending)
 {
-    auto outcome = co_await outcomeOf(send(host, std::move(change)));
+    auto outcome = co_await outcomeOf(std::move(sending));
+    if (outcome.failure)
+        answer->fail(outcome.failure);
+    else
+        answer->succeed(*std::move(outcome.value));
+}
+
+Task<void> endThere(Host host, std::string token)
+{
+    co_await outcomeOf(host->runCommand({.text = EndableCommand::end(token)}));
+}
+
+/// `send` for a command that may run for minutes: a stop ends it.
+Task<CommandResult> sendEndable(Host host, Change change, std::string token)
+{
+    auto const answer = std::make_shared<Completion<CommandResult>>();
+    auto const context = co_await currentContext();
+    spawn({context.executor, {}}, passOn(answer, send(host, std::move(change))));
+    auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
+    if (outcome.failure && context.stop.stop_requested())
+        spawn({context.executor, {}}, endThere(host, std::move(token)));
+    co_return outcome.take();
+}
+
+/// What follows from a command with an effect: its result, or nothing if the connection was lost meanwhile.
+Task<std::optional<CommandResult>> resultIfKnown(Task<CommandResult> sending)
+{
+    auto outcome = co_await outcomeOf(std::move(sending));
     try {
         co_return outcome.take();
     } catch (RemoteShellError::OutcomeUnknown const &) {
@@ -113,7 +144,7 @@ Task<void> makeDirectory(Host host, std::string path)
 {
     auto const dialect = co_await host->dialect();
     Change const change{"create folder", path, FileCommands::makeDirectory(dialect, path)};
-    auto const result = co_await resultIfKnown(host, change);
+    auto const result = co_await resultIfKnown(send(host, change));
     if (result && result->status != 0)
         fail(change, *result);
     if (result)
@@ -131,7 +162,12 @@ Task<void> remove(Host host, Paths paths)
     while (!paths.empty()) {
         auto const some = takeFront(paths, FileCommands::fittingRequest(dialect, paths).size());
         Change change{"delete", some.front(), FileCommands::remove(dialect, some), FileCommands::changeLimit};
-        auto const result = co_await resultIfKnown(host, change);
+        auto const token = randomDigits(16);
+        auto const isEndable = dialect == ShellDialect::posix;
+        if (isEndable)
+            change.command = EndableCommand::text(token, "rm", change.command);
+        auto sending = isEndable ? sendEndable(host, change, token) : send(host, change);
+        auto const result = co_await resultIfKnown(std::move(sending));
         if (result && result->status != 0)
             fail(change, *result);
         if (result)
@@ -152,7 +188,7 @@ Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves)
     while (!moves.empty()) {
         auto const some = takeFront(moves, MoveCommand::fittingFront(dialect, moves).size());
         Change change{"rename", some.front().from, MoveCommand::text(dialect, some), FileCommands::changeLimit};
-        auto const result = co_await resultIfKnown(host, change);
+        auto const result = co_await resultIfKnown(send(host, change));
         if (result && result->status == 0)
             continue;
         if (!result) {

@@ -28,6 +28,9 @@ using Paths = std::vector<std::string>;
 Task<void> makeDirectory(Host host, std::string path);
 
 /// Deletes each path with everything below it. A failure may leave any part deleted.
+///
+/// Cancellation: on a POSIX host the command is ended, and not waited for. A question in the interactive session is
+/// answered afterwards.
 Task<void> remove(Host host, Paths paths);
 
 /// Renames or moves on the host, see MoveCommand.

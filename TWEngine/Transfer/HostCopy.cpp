@@ -4,13 +4,11 @@
 #include "TWCore/Async/ChildTask.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/EndableCommand.h"
 #include "TWCore/Shell/FileCommands.h"
+#include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Runtime/TimeOut.h"
-
-#include <system_error>
-
-#include <unistd.h>
 
 namespace tw::HostCopy {
 
@@ -21,20 +19,6 @@ constexpr std::chrono::seconds limit{3600};
 
 /// A host that does not answer must not hold a cancel; its copy then goes on.
 constexpr std::chrono::seconds patienceWithEnd{5};
-
-std::string newToken()
-{
-    unsigned char bytes[16];
-    if (::getentropy(bytes, sizeof bytes) != 0)
-        throw std::system_error(errno, std::system_category(), "getentropy");
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string token;
-    for (auto const byte : bytes) {
-        token += digits[byte >> 4U];
-        token += digits[byte & 15U];
-    }
-    return token;
-}
 
 using Answer = std::shared_ptr<Completion<CommandResult>>;
 
@@ -54,7 +38,7 @@ Task<void> ask(std::shared_ptr<CommandHost> host, std::string text, Answer answe
 /// The answer is not waited for after a stop: the session gives it when the copy has ended.
 Task<CommandResult> copySome(TransferWork::Shared work, std::vector<std::string> paths, ShellDialect dialect)
 {
-    auto const token = newToken();
+    auto const token = randomDigits(16);
     auto const host = work->from.host();
     auto const answer = std::make_shared<Completion<CommandResult>>();
     auto const context = co_await currentContext();
@@ -62,7 +46,7 @@ Task<CommandResult> copySome(TransferWork::Shared work, std::vector<std::string>
     spawn({context.executor, {}}, ask(host, std::move(command), answer));
     auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
     if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix) {
-        auto ending = host->runCommand({.text = TransferCommands::endCopyThere(token)});
+        auto ending = host->runCommand({.text = EndableCommand::end(token)});
         co_await outcomeOf(withTimeOut(work->engine.clock(), patienceWithEnd, std::move(ending)).withStop({}));
     }
     co_return outcome.take();

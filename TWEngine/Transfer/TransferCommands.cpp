@@ -1,6 +1,7 @@
 #include "TWEngine/Transfer/TransferCommands.h"
 
 #include "TWCore/Model/WindowsPath.h"
+#include "TWCore/Shell/EndableCommand.h"
 #include "TWCore/Shell/FileCommands.h"
 #include "TWCore/Shell/ShellLiteral.h"
 
@@ -66,11 +67,6 @@ std::string callWithLineEnds(std::string_view program, Arguments const &argument
 bool endsWithLineEnd(std::string_view text)
 {
     return text.ends_with('\n');
-}
-
-std::string pidFile(std::string_view token)
-{
-    return "\"${TMPDIR:-/tmp}\"/.tarnwick-copy-" + std::string(token);
 }
 
 std::string quotedPaths(ShellDialect dialect, std::span<std::string const> paths)
@@ -204,19 +200,7 @@ std::string copyThere(ShellDialect dialect, std::span<std::string const> from, s
 {
     if (dialect == ShellDialect::powershell)
         return FileCommands::copy(dialect, from, to);
-    // The shell that becomes cp leaves its number, so that cp alone is ended and the session goes on. Where no file can
-    // be written, the copy cannot be ended and is made all the same.
-    auto const file = pidFile(token);
-    return "sh -c 'u=$(umask); umask 077; set -C; (echo $$ >\"$0\") 2>/dev/null; umask $u; "
-           "if [ -e \"$0\".end ]; then exit 143; fi; exec cp -a -- \"$@\"' " +
-           file + " " + quotedPaths(dialect, from) + " " + quotePath(dialect, to) + "/; s=$?; rm -f " + file + " " +
-           file + ".end; (exit $s)";
-}
-
-std::string endCopyThere(std::string_view token)
-{
-    auto const file = pidFile(token);
-    return "(umask 077; : >" + file + ".end); p=$(cat " + file + " 2>/dev/null) && kill \"$p\"";
+    return EndableCommand::text(token, "cp", FileCommands::copy(dialect, from, to));
 }
 
 std::string measureThere(ShellDialect dialect, std::span<std::string const> paths)

@@ -52,13 +52,10 @@ std::string windowsTar(std::span<std::string const> arguments);
 ChildCommand overSSH(TransferTools const &tools, std::vector<std::string> transportOptions, std::string const &host,
                      std::string command);
 
-/// Copies each path into the folder `to` of the same host, for its resident shell. `token` names the copy for
-/// `endCopyThere`: letters and digits that nobody can guess, since a file of that name is made in a shared folder.
+/// Copies each path into the folder `to` of the same host, for its resident shell. On a POSIX host the copy can be
+/// ended, see EndableCommand.
 std::string copyThere(ShellDialect dialect, std::span<std::string const> from, std::string_view to,
                       std::string_view token);
-
-/// Ends that copy, from another session. A copy that has not begun yet will end when it begins.
-std::string endCopyThere(std::string_view token);
 
 /// Prints what `Measure::parse` reads.
 std::string measureThere(ShellDialect dialect, std::span<std::string const> paths);

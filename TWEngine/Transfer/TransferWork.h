@@ -29,10 +29,10 @@ struct TransferWork {
     void reportStep(std::int64_t bytes, std::int64_t files, std::string item) const
     {
         TransferProgress progress{.bytes = bytesBefore + bytes, .item = std::move(item), .files = filesBefore + files};
-        if (measure) {
+        if (measure && measure->bytes > 0) // a host without the tools to measure says 0
             progress.total = measure->bytes;
+        if (measure && measure->files > 0)
             progress.totalFiles = measure->files;
-        }
         report(progress);
     }
 

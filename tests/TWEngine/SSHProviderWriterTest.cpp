@@ -1,3 +1,4 @@
+#include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalSurvey.h"
 #include "tests/support/DiskRows.h"
@@ -117,15 +118,17 @@ TEST_F(SSHProviderWriterTest, aTreeOnTheHostIsTheSameAsItsCopyHere)
                           std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
     auto names = namesOnDisk(folder.path());
     names.push_back("none");
-    auto const there = loop.run(provider->survey(folder.path(), names));
-    auto const here = localSurvey(copy.path(), names, {});
+    auto const there = loop.run(provider->survey(folder.path(), names, Survey::Detail::nodes));
+    auto const here = localSurvey(copy.path(), names, {}, Survey::Detail::nodes);
     EXPECT_EQ(shapes(there), shapes(here));
+    for (auto const &[name, part] : here.parts)
+        EXPECT_TRUE(part.holds(there.parts.at(name)) && there.parts.at(name).holds(part)) << name;
     EXPECT_EQ(there.parts.size(), names.size() - 1);
 }
 
 TEST_F(SSHProviderWriterTest, aFolderThatIsNotThereIsNoSurvey)
 {
-    EXPECT_THAT(failureOf(loop.start(provider->survey(folder.path("none"), {"a"}))),
+    EXPECT_THAT(failureOf(loop.start(provider->survey(folder.path("none"), {"a"}, Survey::Detail::sums))),
                 HasSubstr("No such file or directory"));
 }
 
@@ -149,6 +152,31 @@ TEST_F(SSHProviderWriterTest, aTotalIsThatOfAllThatIsThere)
     auto const file = folder.file("file", std::string(100'000, 'x'));
     EXPECT_GE(loop.run(provider->totalSize({file, folder.path("none")})), 100'000);
     EXPECT_EQ(loop.run(provider->totalSize({folder.path("none")})), 0);
+}
+
+TEST_F(SSHProviderTest, aDeletionThatIsStoppedEndsOnTheHostAndItsSessionGoesOn)
+{
+    // In place of rm: it says that it has begun, and does not come to its end.
+    TemporaryFolder tools;
+    auto const tool = tools.file("rm", "#!/bin/sh\ncase $* in *victim*) echo $$ >" + tools.path("began") +
+                                           "; exec sleep 1000;; esac\nexec /bin/rm \"$@\"\n");
+    ASSERT_EQ(::chmod(tool.c_str(), 0755), 0);
+    reach({.loginScript = "#!/bin/sh\nPATH=" + tools.path() + ":$PATH exec /bin/sh -c \"$SSH_ORIGINAL_COMMAND\"\n"});
+    auto const provider = connected();
+    auto const shell = shellOf(provider, CommandSession::work);
+    auto const removing = loop.start(provider->remove({folder.file("victim")}));
+    auto const waitFor = [&](std::string const &command, std::string const &answer) {
+        while (run(provider, command) != answer)
+            loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+    };
+    waitFor("test -s " + tools.path("began") + "; echo $?", "0\n");
+    removing.stop();
+    loop.runUntil([&] { return removing.isDone(); });
+    EXPECT_THROW(removing.value(), Cancelled);
+    waitFor("kill -0 $(cat " + tools.path("began") + ") 2>/dev/null; echo $?", "1\n");
+    EXPECT_EQ(shellOf(provider, CommandSession::work), shell);
+    EXPECT_EQ(run(provider, "ls -A \"${TMPDIR:-/tmp}\" | grep '^.tarnwick-'"), "");
+    EXPECT_TRUE(std::filesystem::exists(folder.path("victim")));
 }
 
 } // namespace
