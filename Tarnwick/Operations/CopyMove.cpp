@@ -35,6 +35,7 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
     TransferJob job{.kind = kind, .source = context.operands};
     auto target = co_await targetFolder(context, std::move(where));
     job.target = std::move(target);
+    work = context.beginWork(job.target.browser);
     if (auto const readOnly = readOnlyOf(job); !readOnly.empty()) {
         context.warn({"%@ is read-only", {readOnly}});
         co_return;

@@ -1,14 +1,20 @@
 #include "Tarnwick/Operations/Delete.h"
 
+#include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "Tarnwick/Operations/CountPhrase.h"
+#include "Tarnwick/Operations/RequestSize.h"
+#include "Tarnwick/Panes/PaneStatus.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <optional>
+#include <stop_token>
 #include <unordered_set>
 
 namespace tw {
@@ -47,6 +53,8 @@ Dialogs::Confirmation questionWithoutTrash(Operands const &left, FileOperationEr
 
 std::optional<FileOperationError::NoTrash> refusalOfTrash(std::exception_ptr const &failure)
 {
+    if (!failure)
+        return std::nullopt;
     try {
         std::rethrow_exception(failure);
     } catch (FileOperationError::NoTrash const &refusal) {
@@ -56,7 +64,7 @@ std::optional<FileOperationError::NoTrash> refusalOfTrash(std::exception_ptr con
     }
 }
 
-/// The operands that are still there. If the place does not say, all of them may be.
+/// The names that are still there; all of them if the place does not answer.
 Task<Operands> leftOf(Operands what)
 {
     auto const facts = co_await outcomeOf(what.browser->factsAbout(what.path, what.names));
@@ -76,32 +84,142 @@ std::vector<std::string> goneFrom(Operands const &what, Operands const &left)
     return gone;
 }
 
-/// Deletes, and for good what the Trash refuses, if the user wants that. Nothing is thrown but Cancelled.
-Task<std::exception_ptr> removeAll(OperationContext context)
-{
-    auto const what = context.operands;
-    auto const survivor = context.nameSurviving();
-    auto work = context.beginWork();
-    auto outcome = co_await outcomeOf(what.browser->remove(what.paths()));
-    if (!outcome.failure) {
-        context.rereadWithout(what, what.names, survivor);
-        co_return nullptr;
+enum class How { asThePlaceDoes, permanently };
+
+/// Some names under deletion, as the user sees it and can cancel it.
+struct Deletion {
+    OperationContext context;
+    Operands what;
+    How how = How::asThePlaceDoes;
+    bool isToTrash = false;
+    std::size_t done = 0;            ///< of the names, from the first one on
+    std::stop_source cancelled = {}; ///< by the user
+
+    std::string title() const
+    {
+        return (isToTrash ? "Move " : "Delete ") + countPhrase(what.names.size()) + (isToTrash ? " to the Trash" : "");
     }
-    auto const left = co_await leftOf(what);
-    work.reset();
-    context.rereadWithout(what, goneFrom(what, left), {});
-    auto const refusal = refusalOfTrash(outcome.failure);
-    if (!refusal || left.names.empty())
-        co_return outcome.failure;
-    auto const answer = co_await context.dialogs->confirm(questionWithoutTrash(left, *refusal));
+
+    ProgressState state() const
+    {
+        return {.item = what.names[done],
+                .files = static_cast<std::int64_t>(done),
+                .totalFiles = static_cast<std::int64_t>(what.names.size()),
+                .unit = ProgressState::Unit::items};
+    }
+
+    Task<void> request(std::vector<std::string> paths) const
+    {
+        return how == How::permanently ? what.browser->removePermanently(std::move(paths))
+                                       : what.browser->remove(std::move(paths));
+    }
+
+    Text cancelledWords(std::size_t gone) const
+    {
+        auto const all = grouped(static_cast<std::int64_t>(what.names.size()));
+        return {isToTrash ? "%@ cancelled: %@ of %@ items moved" : "%@ cancelled: %@ of %@ items deleted",
+                {lowerCased(title()), grouped(static_cast<std::int64_t>(gone)), all}};
+    }
+};
+
+using Work = std::shared_ptr<Deletion>;
+
+/// Deletes in requests of a moment each: between them the user sees how far it is.
+Task<void> removeInRequests(Work work, std::shared_ptr<Progress> shown)
+{
+    auto const paths = work->what.paths();
+    RequestSize size;
+    while (work->done < paths.size()) {
+        if (work->cancelled.stop_requested())
+            throw FileOperationError::Cancelled();
+        shown->update(work->state());
+        auto const first = paths.begin() + static_cast<std::ptrdiff_t>(work->done);
+        auto const count = std::min(size.items(), paths.size() - work->done);
+        auto const begin = std::chrono::steady_clock::now();
+        co_await work->request({first, first + static_cast<std::ptrdiff_t>(count)});
+        size.took(std::chrono::steady_clock::now() - begin);
+        work->done += count;
+    }
+}
+
+/// How a deletion has ended.
+struct End {
+    Operands left; ///< the names that are still there
+    std::exception_ptr failure;
+};
+
+bool isCancelled(Work const &work, End const &end)
+{
+    return end.failure && work->cancelled.stop_requested();
+}
+
+/// In one sentence.
+Text conclusionOf(Work const &work, End const &end)
+{
+    auto const count = work->what.names.size();
+    if (isCancelled(work, end))
+        return work->cancelledWords(count - end.left.names.size());
+    if (end.failure)
+        return PaneStatus::describe(end.failure);
+    return {work->isToTrash ? "Moved %@ to the Trash." : "Deleted %@.", {countPhrase(count)}};
+}
+
+/// Does not throw, unless the window goes: Cancelled.
+Task<End> perform(Work work)
+{
+    auto const here = co_await currentContext();
+    std::stop_callback const passOn(here.stop, [work] { work->cancelled.request_stop(); });
+    auto const spinning = work->context.beginWork();
+    std::shared_ptr<Progress> const shown = work->context.dialogs->progress(
+        work->title() + "…", [source = work->cancelled]() mutable { source.request_stop(); });
+    auto const outcome = co_await outcomeOf(removeInRequests(work, shown).withStop(work->cancelled.get_token()));
+    if (here.stop.stop_requested())
+        throw Cancelled();
+    End end{.left = work->what, .failure = outcome.failure};
+    end.left.names.erase(end.left.names.begin(), end.left.names.begin() + static_cast<std::ptrdiff_t>(work->done));
+    if (end.failure) {
+        auto left = co_await leftOf(end.left);
+        end.left = std::move(left);
+    }
+    shown->conclude(conclusionOf(work, end).english());
+    co_return end;
+}
+
+void rereadPanes(Work const &work, End const &end, std::string const &survivor)
+{
+    auto const &what = work->what;
+    work->context.rereadWithout(what, goneFrom(what, end.left), end.left.names.empty() ? survivor : std::string());
+}
+
+Task<void> tell(Work work, End end)
+{
+    if (isCancelled(work, end))
+        work->context.warn(conclusionOf(work, end));
+    else if (end.failure)
+        co_await work->context.showFailure(end.failure);
+}
+
+/// Deletes. What the Trash refuses is deleted permanently, if the user wants that.
+Task<void> removeAll(OperationContext context, bool isToTrash)
+{
+    auto const survivor = context.nameSurviving();
+    auto const work =
+        std::make_shared<Deletion>(Deletion{.context = context, .what = context.operands, .isToTrash = isToTrash});
+    auto end = co_await perform(work);
+    rereadPanes(work, end, survivor);
+    auto const refusal = refusalOfTrash(end.failure);
+    if (!refusal || end.left.names.empty()) {
+        co_await tell(work, end);
+        co_return;
+    }
+    auto const answer = co_await context.dialogs->confirm(questionWithoutTrash(end.left, *refusal));
     if (answer == Dialogs::Answer::cancel)
-        co_return nullptr;
-    work = context.beginWork();
-    auto const removed = co_await outcomeOf(what.browser->removePermanently(left.paths()));
-    work.reset();
-    auto const still = co_await leftOf(left);
-    context.rereadWithout(what, goneFrom(left, still), still.names.empty() ? survivor : std::string());
-    co_return removed.failure;
+        co_return;
+    auto const second =
+        std::make_shared<Deletion>(Deletion{.context = context, .what = end.left, .how = How::permanently});
+    end = co_await perform(second);
+    rereadPanes(second, end, survivor);
+    co_await tell(second, end);
 }
 
 } // namespace
@@ -121,9 +239,7 @@ Task<void> deleteOperands(OperationContext context)
     auto const answer = co_await context.dialogs->confirm(questionAbout(what, writer->deleteIsReversible()));
     if (answer == Dialogs::Answer::cancel)
         co_return;
-    auto const failure = co_await removeAll(context);
-    if (failure)
-        co_await context.showFailure(failure);
+    co_await removeAll(context, writer->deleteIsReversible());
 }
 
 } // namespace tw

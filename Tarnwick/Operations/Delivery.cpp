@@ -40,7 +40,7 @@ std::string firstNameOf(TransferPlan const &plan)
 
 Task<void> run(OperationContext context, TransferJob job, std::function<void()> onMoved)
 {
-    auto work = context.beginWork();
+    auto work = context.beginWork(job.source.browser);
     auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::renamed);
     auto const taken = TakenNames::conflicts(job.source.names, facts);
     auto plan = TransferPlan::of(job.source.names, taken, keepAll(taken));

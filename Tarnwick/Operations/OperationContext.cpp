@@ -4,6 +4,7 @@
 #include "Tarnwick/Panes/PaneStatus.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tw {
 
@@ -26,7 +27,7 @@ Task<void> show(std::shared_ptr<Dialogs> dialogs, std::exception_ptr failure)
 void OperationContext::warn(Text const &text) const
 {
     if (auto const asked = pane.lock())
-        asked->showStatus(PaneStatus::warning(text));
+        asked->showOutcome(PaneStatus::warning(text));
 }
 
 void OperationContext::refuse() const
@@ -40,10 +41,22 @@ Task<void> OperationContext::showFailure(std::exception_ptr failure) const
     return show(dialogs, std::move(failure));
 }
 
-PaneSpinner::Work OperationContext::beginWork() const
+PaneSpinner::Work OperationContext::beginWork(std::shared_ptr<Browser> const &other) const
 {
     auto const asked = pane.lock();
-    return asked ? asked->beginChange(operands.browser) : nullptr;
+    if (!asked)
+        return nullptr;
+    auto work = asked->beginChange(operands.browser);
+    if (!other || other == operands.browser)
+        return work;
+    auto const shows = std::ranges::find_if(panes, [&](auto const &weak) {
+        auto const each = weak.lock();
+        return each && each->operands().browser == other;
+    });
+    // The strip of a pane names the silent host that the pane shows, and no other one.
+    auto const second = shows != panes.end() ? shows->lock() : asked;
+    return std::make_shared<std::pair<PaneSpinner::Work, PaneSpinner::Work>>(std::move(work),
+                                                                             second->beginChange(other));
 }
 
 void OperationContext::rereadFolder(std::string const &select) const
@@ -52,6 +65,14 @@ void OperationContext::rereadFolder(std::string const &select) const
     for (auto const &weak : panes) {
         if (auto const each = weak.lock())
             each->rereadIfAt(operands, each == asked ? select : std::string());
+    }
+}
+
+void OperationContext::rereadAbove(Operands where) const
+{
+    while (where.path.size() > 1) {
+        where.path.resize(std::max<std::size_t>(where.path.find_last_of('/'), 1));
+        rereadWithout(where, {}, {});
     }
 }
 

@@ -27,7 +27,7 @@ struct OperationContext {
     Connections *connections = nullptr; ///< outlives the operation
     std::function<std::shared_ptr<Transfer>()> makeTransfer = {}; ///< one for each operation
 
-    /// Shows what kept the operation from beginning on the pane's status line.
+    /// Shows on the pane's status line what kept the operation from beginning, or that the user has cancelled it.
     void warn(Text const &text) const;
 
     /// Says that there is nothing to work on.
@@ -36,12 +36,17 @@ struct OperationContext {
     /// Shows why the operation has failed, and ends when the user has seen it. Throws Cancelled if it was called off.
     Task<void> showFailure(std::exception_ptr failure) const;
 
-    /// Keeps the pane's spinner turning until the handle goes, once that takes longer than a moment.
-    [[nodiscard]] PaneSpinner::Work beginWork() const;
+    /// Keeps the pane's spinner turning until the handle goes, once that takes longer than a moment. The hosts of the
+    /// operands and of `other` are asked meanwhile whether they still answer.
+    [[nodiscard]] PaneSpinner::Work beginWork(std::shared_ptr<Browser> const &other = nullptr) const;
 
     /// Every pane that still shows the folder of the operands reads it again. In the pane of the key press the cursor
     /// goes to `select`, if that is not empty.
     void rereadFolder(std::string const &select) const;
+
+    /// Every pane that still shows one of the folders above `path` on the connection of `where` reads it again: a
+    /// folder may have been made in it.
+    void rereadAbove(Operands where) const;
 
     /// Where the cursor of the pane of the key press goes when the operands have gone.
     std::string nameSurviving() const;

@@ -8,15 +8,18 @@ namespace tw {
 
 std::string ProgressState::text() const
 {
-    auto const done = Fmt::size(bytes, EntryKind::file);
-    return total ? done + " of " + Fmt::size(*total, EntryKind::file) : done;
+    if (unit == Unit::items)
+        return {};
+    auto const size = Fmt::size(bytes, EntryKind::file);
+    return total ? size + " of " + Fmt::size(*total, EntryKind::file) : size;
 }
 
 std::optional<double> ProgressState::share() const
 {
-    if (!total || *total < 1)
+    auto const all = whole();
+    if (!all || *all < (unit == Unit::items ? 2 : 1))
         return std::nullopt;
-    return std::clamp(static_cast<double>(bytes) / static_cast<double>(*total), 0.0, 1.0);
+    return std::clamp(static_cast<double>(done()) / static_cast<double>(*all), 0.0, 1.0);
 }
 
 } // namespace tw

@@ -6,6 +6,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/ProgressThrottle.h"
+#include "Tarnwick/Operations/StagingName.h"
 #include "Tarnwick/Operations/TransferRun.h"
 #include "Tarnwick/Operations/TransferWords.h"
 #include "Tarnwick/Panes/PaneStatus.h"
@@ -45,7 +46,32 @@ bool isCancelled(std::exception_ptr const &failure)
     }
 }
 
-/// Whether bytes move: all but what is only renamed.
+/// True if the target has everything that is to be written there, as if it were the source under another name. Two
+/// spellings of one host, or a host that is this machine, are two places.
+bool mayBeOneFolder(TakenNames::Facts const &facts)
+{
+    auto const &there = facts.target.taken; // both are in the order of the question
+    return !there.empty() && std::ranges::equal(facts.source.taken, there, [](auto const &one, auto const &other) {
+        return one.name == other.name && one.kind == other.kind && one.size == other.size && one.mtime == other.mtime;
+    });
+}
+
+/// Whether a folder that is made at the target appears at the source. A move onto itself would delete the only copy.
+Task<bool> isOneFolder(TransferJob job)
+{
+    if (!job.source.browser->writer())
+        co_return false;
+    auto probe = job.target;
+    probe.names = {stagingName()};
+    co_await probe.browser->makeDirectory(probe.pathOf(probe.names.front()));
+    auto const seen = co_await outcomeOf(job.source.browser->factsAbout(job.source.path, probe.names));
+    co_await outcomeOf(probe.browser->removePermanently(probe.paths())).withStop({});
+    if (seen.failure)
+        std::rethrow_exception(seen.failure);
+    co_return !seen.value->taken.empty();
+}
+
+/// True if bytes move: not for a renaming.
 bool copies(TransferJob const &job)
 {
     return !job.isRename() || !std::ranges::all_of(job.plan.replace, isFileOverFile);
@@ -126,11 +152,17 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
         if (wanted == Dialogs::Answer::cancel)
             throw Cancelled();
         co_await job.target.browser->makeDirectory(job.target.path);
+        context.rereadAbove(job.target);
         auto again = co_await TakenNames::ask(job.source, job.target);
         facts = std::move(again);
     }
     if (auto const refusal = TransferRefusal::of(facts.source, facts.target, places, naming))
         throw errorOf(*refusal, job);
+    if (!isOnePlace && naming == TransferRefusal::Naming::kept && mayBeOneFolder(facts)) {
+        auto const isOne = co_await isOneFolder(job);
+        if (isOne)
+            throw errorOf({Reason::ontoItself, job.source.names.front()}, job);
+    }
     co_return facts;
 }
 

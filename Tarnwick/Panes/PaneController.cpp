@@ -305,8 +305,22 @@ void PaneController::refreshStatus()
     showStatus(isReading ? PaneStatus::partSummary(rows) : PaneStatus::summary(rows, lastTiming));
 }
 
+/// The words of an operation stay, since the operation itself has the folder read again.
+void PaneController::refreshStatusAfterReread()
+{
+    if (!showsOutcome)
+        refreshStatus();
+}
+
+void PaneController::showOutcome(Text text)
+{
+    showStatus(std::move(text));
+    showsOutcome = true;
+}
+
 void PaneController::showStatus(Text text)
 {
+    showsOutcome = false;
     status = std::move(text);
     display->showStatus(status);
 }

@@ -257,6 +257,10 @@ public:
     /// Shows `text` until the next thing that writes the status line.
     void showStatus(Text text);
 
+    /// The same for what an operation says. It outlasts a folder that is read again although the user has not asked
+    /// for that.
+    void showOutcome(Text text);
+
 private:
     using Updates = UpdateStream<DirectorySnapshot>;
 
@@ -331,6 +335,7 @@ private:
     void showWaiting();
     void showNotice();
     void refreshStatus();
+    void refreshStatusAfterReread();
 
     Collaborators const collaborators;
     std::shared_ptr<Browser> browser;
@@ -369,6 +374,7 @@ private:
     Text shownPath;
     std::string shownConnection;
     Text status;
+    bool showsOutcome = false; ///< `status` is what an operation says
     bool isActive = false;
 };
 

@@ -242,7 +242,10 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     requested = pathOnShow();
     typedWish.clear();
     showRequestedPath();
-    refreshStatus();
+    if (isSameFolder && wasTouched)
+        refreshStatusAfterReread();
+    else
+        refreshStatus();
     history.recordVisit({connection, requested});
     if (navigation.notice == NoticeAfter::dropped)
         notices.clear();
@@ -376,7 +379,7 @@ void PaneController::applyRefresh(DirectorySnapshot snapshot)
     auto const firstRow = display->firstVisibleRow();
     changeRows([&] { rows.setSnapshot(std::move(snapshot)); });
     display->scrollToFirstVisibleRow(firstRow);
-    refreshStatus();
+    refreshStatusAfterReread();
 }
 
 void PaneController::applyDeferredRefresh()

@@ -9,15 +9,16 @@ void Job::update(Time now, ProgressState newState)
     if (newState.item.empty())
         newState.item = std::move(state.item);
     state = std::move(newState);
-    pace.note(now, state.bytes);
+    pace.note(now, state.done());
 }
 
 Job::Look Job::lookAt(Time now)
 {
-    pace.note(now, state.bytes);
+    pace.note(now, state.done());
+    auto const whole = state.whole();
     return {.state = state,
-            .speed = pace.speed(),
-            .left = state.total ? pace.timeLeft(*state.total) : std::nullopt,
+            .speed = state.unit == ProgressState::Unit::bytes ? pace.speed() : std::nullopt,
+            .left = whole ? pace.timeLeft(*whole) : std::nullopt,
             .isCancelled = isCancelled()};
 }
 

@@ -21,7 +21,7 @@ public:
     /// What the views show of it.
     struct Look {
         ProgressState state;
-        std::optional<double> speed = {};
+        std::optional<double> speed = {}; ///< bytes a second; nothing if no bytes are counted
         std::optional<std::chrono::seconds> left = {};
         bool isCancelled = false; ///< and has not ended yet
     };

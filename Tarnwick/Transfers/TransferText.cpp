@@ -18,10 +18,11 @@ std::int64_t roundedUp(std::int64_t number, std::int64_t step)
 
 std::string files(ProgressState const &state)
 {
+    std::string const noun = state.unit == ProgressState::Unit::items ? " item" : " file";
+    auto const ending = [](std::int64_t count) { return count == 1 ? "" : "s"; };
     if (!state.totalFiles)
-        return state.files > 0 ? grouped(state.files) + (state.files == 1 ? " file" : " files") : std::string();
-    auto const noun = *state.totalFiles == 1 ? " file" : " files";
-    return grouped(state.files) + " of " + grouped(*state.totalFiles) + noun;
+        return state.files > 0 ? grouped(state.files) + noun + ending(state.files) : std::string();
+    return grouped(state.files) + " of " + grouped(*state.totalFiles) + noun + ending(*state.totalFiles);
 }
 
 std::string speed(double bytesPerSecond)

@@ -138,6 +138,62 @@ TEST_F(CopyMoveTest, aTargetThatIsMissingIsOfferedToBeMade)
     EXPECT_TRUE(there->has("/new/a"));
 }
 
+TEST_F(CopyMoveTest, panesOnAFolderAboveANewTargetShowIt)
+{
+    here->folder("/src/deep");
+    show(target, hereBrowser, "local", "/src");
+    mark({"a"});
+    beginToCopy();
+    answerPrompt("/src/deep/new");
+    confirm(Dialogs::Answer::ok);
+    EXPECT_TRUE(here->has("/src/deep/new/a"));
+    here->file("/src/late", "");
+    show(target, thereBrowser, "web1", "/");
+    beginToCopy();
+    answerPrompt("/new");
+    confirm(Dialogs::Answer::ok);
+    EXPECT_THAT(target.pane->model().visibleNames(), ElementsAre("dst", "new"));
+}
+
+TEST_F(CopyMoveTest, theHostOfTheTargetIsAskedForASignOfLifeToo)
+{
+    beginToCopy();
+    answerPrompt("/new");
+    clock->advance(std::chrono::seconds(1));
+    loop.drain();
+    EXPECT_EQ(there->commands, 1);
+    confirm(Dialogs::Answer::ok);
+    clock->advance(std::chrono::seconds(2));
+    loop.drain();
+    EXPECT_EQ(there->commands, 1) << "nobody waits any more";
+}
+
+TEST_F(CopyMoveTest, aFolderIsNotMovedOntoItselfUnderAnotherNameOfItsHost)
+{
+    // Both names lead to one machine, which no identifier says.
+    there->nodes = here->nodes;
+    here->before = [this](std::string const &request) {
+        if (request.starts_with("factsAbout"))
+            here->nodes = there->nodes;
+    };
+    mark({"a"});
+    beginToMove();
+    answerPrompt("/src");
+    EXPECT_EQ(lastError(), "move failed on /src/a: it is there already: source and target are the same");
+    EXPECT_TRUE(here->has("/src/a"));
+    EXPECT_THAT(there->below("/src"), ElementsAre("/src/a", "/src/b")) << "nothing is left of the question";
+}
+
+TEST_F(CopyMoveTest, theSameFilesOnAnotherMachineAreNoSameFolder)
+{
+    there->file("/dst/a", "AAAA");
+    mark({"a"});
+    copy();
+    resolve({Answer::replace});
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a"));
+}
+
 TEST_F(CopyMoveTest, aTargetThatIsMissingStaysSoIfTheUserDoesNotWantIt)
 {
     beginToCopy();
@@ -432,19 +488,75 @@ TEST_F(MoveWithinTest, aFileThatCannotComeBackStaysInTheStagingFolder)
     EXPECT_THAT(requestsOf(*here, "removePermanently"), IsEmpty()) << "the old file is in it";
 }
 
-TEST_F(MoveWithinTest, foldersAreMergedByACopyAndTheSourceOfAMergeStays)
+TEST_F(MoveWithinTest, anOldFileWhoseNameAnotherProgramTakesIsKept)
 {
-    here->folder("/src/f");
-    here->file("/src/f/new", "new");
-    here->folder("/dst/f");
-    here->file("/dst/f/old", "old");
-    mark({"f"});
+    here->file("/dst/a", "old");
+    here->file("/dst/b", "old too");
+    here->before = [this](std::string const &request) {
+        if (request == "move /src/b /dst/b")
+            here->file("/dst/b", "of another program");
+    };
     move();
-    resolve({Answer::replace});
-    EXPECT_TRUE(here->has("/dst/f/old"));
-    EXPECT_TRUE(here->has("/dst/f/new"));
-    EXPECT_THAT(lastError(), HasSubstr("Everything was copied"));
-    EXPECT_TRUE(here->has("/src/f/new"));
+    resolve({Answer::replace, Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "aaaa");
+    EXPECT_EQ(here->content("/dst/b"), "of another program");
+    EXPECT_EQ(here->content("/src/b"), "bb");
+    auto const staging = here->below("/dst").front();
+    EXPECT_THAT(staging, StartsWith("/dst/.tw-paste-"));
+    EXPECT_THAT(here->below(staging), ElementsAre(staging + "/b"));
+    EXPECT_EQ(here->content(staging + "/b"), "old too");
+    EXPECT_THAT(lastError(),
+                HasSubstr("The old files are in " + staging + ", since their names were taken meanwhile (1 item):\nb"));
+}
+
+class MergeTest : public MoveWithinTest {
+protected:
+    MergeTest()
+    {
+        here->folder("/src/f");
+        here->folder("/src/f/sub");
+        here->file("/src/f/sub/new", "new");
+        here->file("/src/f/both", "newer");
+        here->folder("/dst/f");
+        here->folder("/dst/f/sub");
+        here->file("/dst/f/sub/old", "old");
+        here->file("/dst/f/both", "older one");
+        mark({"f"});
+    }
+
+    void merge()
+    {
+        move();
+        resolve({Answer::replace});
+    }
+};
+
+TEST_F(MergeTest, theSourceOfAFolderThatWasMergedGoesWhenAllOfItHasArrived)
+{
+    merge();
+    EXPECT_THAT(here->below("/dst/f"), ElementsAre("/dst/f/both", "/dst/f/sub", "/dst/f/sub/new", "/dst/f/sub/old"));
+    EXPECT_EQ(here->content("/dst/f/both"), "newer");
+    EXPECT_FALSE(here->has("/src/f"));
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MergeTest, theSourceStaysIfOneFileOfItHasNotArrived)
+{
+    here->before = [this](std::string const &request) {
+        if (request.starts_with("survey /dst"))
+            here->nodes.at("/dst/f/sub/new").content = "";
+    };
+    merge();
+    EXPECT_TRUE(here->has("/src/f/both") && here->has("/src/f/sub/new"));
+    EXPECT_THAT(lastError(), HasSubstr("Not the same at the target (1 item):\nf"));
+}
+
+TEST_F(MergeTest, theSourceStaysIfItChangedDuringTheCopy)
+{
+    transfer->before = [this](auto const &) { here->file("/src/f/sub/late", "late"); };
+    merge();
+    EXPECT_TRUE(here->has("/src/f/sub/late"));
+    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\nf"));
 }
 
 TEST_F(MoveWithinTest, bothAreKeptUnderTheirNames)

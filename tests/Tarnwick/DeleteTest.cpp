@@ -23,6 +23,17 @@ protected:
         loop.drain();
     }
 
+    /// Marks all of so many names.
+    void showMany(int count)
+    {
+        std::vector<std::string> names;
+        for (int number = 0; number < count; ++number)
+            names.push_back("name " + std::to_string(1000 + number));
+        pane->refresh();
+        answer(names);
+        pane->markAll(PaneModel::Marks::insert);
+    }
+
     void begin()
     {
         OperationContext context{.operands = pane->operands(), .pane = pane, .panes = {pane}, .dialogs = dialogs};
@@ -150,6 +161,43 @@ TEST_F(DeleteTest, whatTheTrashRefusesStaysIfTheUserDoesNotWantThat)
     EXPECT_THAT(provider->writes, SizeIs(1));
     EXPECT_TRUE(operation->isDone());
     answer({"a", "b", "c", "d"});
+}
+
+TEST_F(DeleteTest, manyNamesAreDeletedInRequestsAndProgressIsShown)
+{
+    showMany(250);
+    begin();
+    agree();
+    ASSERT_THAT(dialogs->works, SizeIs(1));
+    auto const work = dialogs->works.front();
+    EXPECT_EQ(work->title, "Move 250 items to the Trash…");
+    endWrite();
+    ASSERT_THAT(provider->writes, SizeIs(2));
+    ASSERT_THAT(work->states, SizeIs(2));
+    EXPECT_EQ(work->states.back().files, 100);
+    EXPECT_EQ(work->states.back().totalFiles, 250);
+    endWrite();
+    EXPECT_FALSE(work->isUnderWay);
+    EXPECT_EQ(work->conclusion, "Moved 250 items to the Trash.");
+    answer({});
+    EXPECT_TRUE(operation->isDone());
+}
+
+TEST_F(DeleteTest, aCancelSaysWhatWasDeletedAndTheWordsStay)
+{
+    provider->isReversible = false;
+    showMany(250);
+    begin();
+    agree();
+    endWrite();
+    dialogs->works.front()->cancel();
+    loop.drain();
+    answer({"a", "b"});
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(display.status, "⚠︎ delete 250 items cancelled: 100 of 250 items deleted");
+    EXPECT_EQ(dialogs->works.front()->conclusion, "delete 250 items cancelled: 100 of 250 items deleted");
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+    EXPECT_THAT(provider->writes, SizeIs(2));
 }
 
 TEST_F(DeleteTest, thereIsNothingToDeleteOnTheRowOfTheFolderAbove)

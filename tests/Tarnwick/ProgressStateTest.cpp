@@ -29,5 +29,14 @@ TEST(ProgressStateTest, ofATotalThatIsNotKnownThereIsNoShare)
     EXPECT_EQ((ProgressState{.bytes = 9, .total = -1}.share()), std::nullopt);
 }
 
+TEST(ProgressStateTest, workWithoutBytesIsSeenByItsItems)
+{
+    using enum ProgressState::Unit;
+    EXPECT_EQ((ProgressState{.files = 1, .totalFiles = 4, .unit = items}.share()), 0.25);
+    EXPECT_EQ((ProgressState{.files = 0, .totalFiles = 1, .unit = items}.share()), std::nullopt)
+        << "a single item is a folder that may take long";
+    EXPECT_EQ((ProgressState{.files = 1, .totalFiles = 4, .unit = items}.text()), "");
+}
+
 } // namespace
 } // namespace tw::test

@@ -12,6 +12,7 @@ TEST(TransferTextTest, filesAreCountedOfTheWhole)
     EXPECT_EQ(TransferText::files({.files = 412, .totalFiles = 10'000}), "412 of 10,000 files");
     EXPECT_EQ(TransferText::files({.files = 1'234'567, .totalFiles = 1'234'568}), "1,234,567 of 1,234,568 files");
     EXPECT_EQ(TransferText::files({.files = 0, .totalFiles = 1}), "0 of 1 file");
+    EXPECT_EQ(TransferText::files({.files = 1, .totalFiles = 20, .unit = ProgressState::Unit::items}), "1 of 20 items");
 }
 
 TEST(TransferTextTest, withoutAWholeOnlyWhatIsDoneIsCounted)

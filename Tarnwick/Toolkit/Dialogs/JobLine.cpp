@@ -77,7 +77,8 @@ void JobLine::refresh()
     auto const look = works->lookAt(*shownWork);
     JobBar::show(*bar, look.state);
     auto words = TransferText::files(look.state);
-    words += (words.empty() ? "" : " · ") + look.state.text();
+    auto const bytes = look.state.text();
+    words += (words.empty() || bytes.empty() ? "" : " · ") + bytes;
     amount->setText(QString::fromStdString(words));
     speed->setText(look.speed ? Wording::shown(TransferText::speed(*look.speed)) : QString());
     if (look.isCancelled)
