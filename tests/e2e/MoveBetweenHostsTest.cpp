@@ -110,12 +110,12 @@ protected:
 
 TEST_F(MoveBetweenHostsTest, aFolderOfManyFilesArrivesWholeAndGoesFromItsSource)
 {
-    makeFiles(500);
+    makeFiles(10'000);
     showBoth();
     moveAll();
     finish(*moving);
     EXPECT_THAT(dialogs->errors, IsEmpty());
-    EXPECT_EQ(filesIn(local.path("many")).size(), 500U);
+    EXPECT_EQ(filesIn(local.path("many")).size(), 10'000U);
     EXPECT_EQ(contentOf(local.path("z")), "the last");
     EXPECT_THAT(filesIn(folder.path()), IsEmpty());
     loop.runUntil([&] { return source.pane->model().visibleNames().empty(); });
@@ -147,10 +147,12 @@ TEST_F(MoveBetweenHostsTest, aMoveThatIsCutIsDoneByTheNextOne)
     loop.runUntil([&] { return !dialogs->errors.empty(); });
     dialogs->errors.front().answer({});
     finish(*moving);
-    std::filesystem::remove_all(local.path("many"));
     programs = usual;
     moveAll();
+    loop.runUntil([&] { return !dialogs->conflicts.empty(); });
+    dialogs->conflicts.front().answer(std::vector{NameConflict::Answer::replace});
     finish(*moving);
+    EXPECT_THAT(dialogs->errors, testing::SizeIs(1)) << "of the first move";
     EXPECT_EQ(filesIn(local.path("many")).size(), 200U);
     EXPECT_THAT(filesIn(folder.path()), IsEmpty());
 }

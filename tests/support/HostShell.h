@@ -17,11 +17,20 @@ protected:
     /// From now on the host has nothing but the tools of busybox.
     void useBusybox()
     {
+        for (auto const &entry : std::filesystem::directory_iterator(tools.path()))
+            std::filesystem::remove(entry.path());
         for (std::string const name :
              {"awk",    "cat",      "chmod", "cp", "cut",  "du",   "find", "head", "ls",  "mkdir", "mv", "od",
               "printf", "readlink", "rm",    "sh", "sort", "stat", "sync", "tail", "tar", "tr",    "wc", "xargs"})
             tools.link(name, "/bin/busybox");
         searchPath = tools.path();
+    }
+
+    /// The same, without one of them.
+    void useBusyboxWithout(std::string const &tool)
+    {
+        useBusybox();
+        std::filesystem::remove(tools.path(tool));
     }
 
     /// From now on the host has the tools of this machine, and this one in place of its namesake.

@@ -89,7 +89,8 @@ protected:
         folder.link(name + "/link", "file");
         std::filesystem::create_hard_link(folder.path(name + "/file"), folder.path(name + "/hard"));
         ASSERT_EQ(::mkfifo(folder.path(name + "/fifo").c_str(), 0640), 0);
-        ASSERT_EQ(::chmod(folder.path(name + "/large").c_str(), 0751), 0);
+        ASSERT_EQ(::chmod(folder.path(name + "/large").c_str(), 04751), 0);
+        ASSERT_EQ(::chmod(folder.path(name + "/empty").c_str(), 01700), 0);
         setTime(name + "/file", -1000);
         setTime(name + "/large", 4'000'000'000);
     }

@@ -1,0 +1,208 @@
+// Copies that meet an unusual machine: no permission, no room, missing or other tools, trees of an unusual shape.
+
+#include "TWEngine/Transfer/Measure.h"
+#include "tests/support/HostShell.h"
+#include "tests/support/TransferFaultsTest.h"
+
+#include <sys/xattr.h>
+
+namespace tw::test {
+namespace {
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+class TransferExtremesTest : public TransferFaultsTest {
+protected:
+    ~TransferExtremesTest() override
+    {
+        std::error_code none;
+        for (auto const &path : {folder.path("a/locked"), local.path("d")})
+            std::filesystem::permissions(path, std::filesystem::perms::owner_all, none);
+    }
+
+    /// The text of a script that runs `program` for a user to whom permissions apply.
+    static std::string withoutPrivileges(std::string const &program)
+    {
+        return "if [ $(id -u) = 0 ]; then r=-dac_override,-dac_read_search\n"
+               "exec setpriv --bounding-set $r --inh-caps $r -- " +
+               program + " \"$@\"; fi\nexec " + program + " \"$@\"";
+    }
+
+    /// The same on a really full disk: a small one that only the program sees at the target. What it has written there
+    /// is in the target's folder afterwards.
+    std::string onSmallDisk(std::string const &program) const
+    {
+        auto const &target = local.path();
+        auto const inside = "mount --bind " + target + " " + scripts.path("real") +
+                            " && mount -t tmpfs -o size=64k none " + target + " && { " + program +
+                            " \"$@\"; s=$?; cp -a " + target + "/. " + scripts.path("real") + "/; exit $s; }";
+        return "exec unshare --user --map-root-user --mount sh -c '" + inside + "' sh \"$@\"";
+    }
+};
+
+TEST_F(TransferExtremesTest, aFolderThatCannotBeReadIsNamedAndTheRestArrives)
+{
+    auto const names = makeItems();
+    folder.folder("a/locked");
+    folder.file("a/locked/secret", "x");
+    ASSERT_EQ(::chmod(folder.path("a/locked").c_str(), 0), 0);
+    programs.tar = tarOf(withoutPrivileges("tar"));
+    programs.cp = script("cp", withoutPrivileges("cp"));
+    EXPECT_THAT(carry(names, sourceHere(), targetThere()),
+                AllOf(HasSubstr("a/locked"), HasSubstr("Permission denied")));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("a"));
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("b", "c", "d"));
+    emptyTarget();
+    EXPECT_THAT(carry(names, sourceHere(), targetHere()), AllOf(HasSubstr("a/locked"), HasSubstr("Permission denied")));
+    expectTruth(names);
+}
+
+TEST_F(TransferExtremesTest, aFolderThatCannotBeWrittenIsNamedAndTheRestArrives)
+{
+    auto const names = makeItems();
+    programs.tar = tarOf(withoutPrivileges("tar"));
+    local.folder("d");
+    ASSERT_EQ(::chmod(local.path("d").c_str(), 0500), 0);
+    // The folder gets the mode of the one that comes at the end, so this one keeps others from writing too.
+    ASSERT_EQ(::chmod(folder.path("d").c_str(), 0500), 0);
+    EXPECT_THAT(carry(names, sourceThere(), targetHere()), AllOf(HasSubstr("d/file"), HasSubstr("Permission denied")));
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("a", "b", "c"));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("d"));
+}
+
+TEST_F(TransferExtremesTest, aDiskThatIsFullIsSaidByItsName)
+{
+    auto const names = makeItems();
+    scripts.folder("real");
+    programs.tar = tarOf(whenUnpacking(onSmallDisk("tar")));
+    EXPECT_THAT(carry(names, sourceThere(), targetHere()), HasSubstr("No space left on device"));
+    expectTruth(names);
+    EXPECT_THAT(transfer->summary().partial, testing::Contains("b"));
+    emptyTarget();
+    programs.cp = script("cp", onSmallDisk("cp"));
+    EXPECT_THAT(carry(names, sourceHere(), targetHere()), HasSubstr("No space left on device"));
+    expectTruth(names);
+}
+
+TEST_F(TransferExtremesTest, aQuotaThatIsUsedUpIsSaidByItsName)
+{
+    auto const names = makeItems();
+    auto const &target = local.path();
+    // A stand-in for a disk with quotas: it takes one name, and then no more.
+    programs.tar =
+        tarOf(whenUnpacking("tar -xpf - -C " + target +
+                            " a 2>/dev/null; cat >/dev/null; for n in b c d; do echo \"tar: $n: Cannot open: "
+                            "Disk quota exceeded\" >&2; done; exit 2"));
+    EXPECT_THAT(carry(names, sourceThere(), targetHere()), HasSubstr("b: Cannot open: Disk quota exceeded"));
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("a"));
+    expectTruth(names);
+}
+
+TEST_F(TransferExtremesTest, aTargetThatVanishesIsAFailureAndTheSourceStays)
+{
+    folder.file("large");
+    std::filesystem::resize_file(folder.path("large"), 100'000'000);
+    folder.file("small", "x");
+    auto const vanish = [path = local.path()](TransferProgress const &progress) {
+        if (progress.bytes > 1'000'000) // the other side has begun
+            std::filesystem::remove_all(path);
+    };
+    EXPECT_THAT(carry({"large", "small"}, sourceHere(), targetThere(), vanish),
+                HasSubstr("small: Cannot open: No such file or directory"));
+    EXPECT_THAT(transfer->summary().partial, testing::Contains("small"));
+    EXPECT_THAT(carry({"small"}, sourceHere(), targetHere()), HasSubstr("No such file or directory"));
+    EXPECT_EQ(namesIn(folder.path()), (std::set<std::string>{"large", "small"}));
+    std::filesystem::create_directory(local.path());
+}
+
+TEST_F(TransferExtremesTest, aTreeOfTwoHundredLevelsArrivesOnEachRoute)
+{
+    std::string path = "deep";
+    for (int level = 0; level < 200; ++level)
+        path += "/a level with a name";
+    folder.folder(path);
+    folder.file(path + "/file", "at the bottom");
+    for (auto const &[from, to] : {std::pair(sourceHere(), targetHere()),
+                                   {sourceHere(), targetThere()},
+                                   {sourceThere(), targetHere()},
+                                   {sourceThere(), targetThere()}}) {
+        emptyTarget();
+        EXPECT_EQ(carry({"deep"}, from, to), "done");
+        expectSame("deep");
+    }
+}
+
+TEST_F(TransferExtremesTest, onThisMachineExtendedAttributesAreKept)
+{
+    auto const source = folder.file("a", "a");
+    auto const isPossible = ::setxattr(source.c_str(), "user.tarnwick", "kept", 4, 0) == 0;
+    EXPECT_EQ(carry({"a"}, sourceHere(), targetHere()), "done");
+    char value[8];
+    EXPECT_EQ(::getxattr(local.path("a").c_str(), "user.tarnwick", value, sizeof value), isPossible ? 4 : -1);
+}
+
+TEST_F(TransferExtremesTest, hostsWithBusyboxUnderstandEachOther)
+{
+    TemporaryFolder tools;
+    for (std::string const name : {"sh", "tar"})
+        tools.link(name, "/bin/busybox");
+    programs.ssh = script("ssh", "for word; do :; done; PATH=" + tools.path() + " exec sh -c \"$word\"");
+    auto names = makeItems();
+    names.push_back("-n it's \"\xFF\xC3\xA4\" \n");
+    folder.file(names.back(), "odd");
+    for (auto const &[from, to] :
+         {std::pair(sourceHere(), targetThere()), {sourceThere(), targetHere()}, {sourceThere(), targetThere()}}) {
+        emptyTarget();
+        EXPECT_EQ(carry(names, from, to), "done");
+        EXPECT_EQ(transfer->summary().complete, names);
+        EXPECT_EQ(filesThatAreWhole(), 13);
+    }
+    EXPECT_THAT(carry({"none", "c"}, sourceThere(), targetHere()), HasSubstr("none: No such file or directory"));
+}
+
+class HostMeasureTest : public HostShellTest {
+protected:
+    Measure measure()
+    {
+        std::vector<std::string> const paths{folder.path()};
+        return Measure::parse(ShellDialect::posix,
+                              run(TransferCommands::measureThere(ShellDialect::posix, paths)).output);
+    }
+};
+
+TEST_F(HostMeasureTest, aHostWithoutAToolHasNoTotalAndItsFilesAreCounted)
+{
+    folder.file("a", std::string(5000, 'x'));
+    folder.file("b");
+    useBusybox();
+    EXPECT_GE(measure().bytes, 5000);
+    for (auto const *const tool : {"du", "awk"}) {
+        useBusyboxWithout(tool);
+        EXPECT_EQ(measure().bytes, 0) << tool;
+        EXPECT_EQ(measure().files, 2) << tool;
+    }
+}
+
+class HostCopyTest : public TransferTest {};
+
+TEST_F(HostCopyTest, aCopyOnAHostWhoseLineIsCutIsNotCalledDone)
+{
+    reach();
+    auto const provider = connected();
+    for (auto const *const name : {"a", "b"})
+        folder.file(name, name);
+    // cp waits at a target that takes nothing.
+    ASSERT_EQ(::mkfifo(local.path("a").c_str(), 0600), 0);
+    auto const copying = start({"a", "b"}, sourceOn(provider), targetOn(provider));
+    waitUntil([&] { return !run(provider, "pgrep -f '^cp -a -- .*" + folder.path("a") + "'").empty(); });
+    line->cut();
+    EXPECT_THAT(outcomeOf(copying), HasSubstr("connection"));
+    EXPECT_THAT(transfer->summary().complete, testing::IsEmpty());
+    EXPECT_THAT(transfer->summary().partial, UnorderedElementsAre("a", "b"));
+}
+
+} // namespace
+} // namespace tw::test
