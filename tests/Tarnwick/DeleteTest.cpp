@@ -138,7 +138,7 @@ TEST_F(DeleteTest, whatTheTrashRefusesIsDeletedForGoodIfTheUserWantsThat)
     loop.drain();
     answer({"b", "c", "d"});
     ASSERT_THAT(dialogs->confirmations, SizeIs(2));
-    EXPECT_EQ(question().title, "Delete 2 items permanently?") << "this place does not say what is left";
+    EXPECT_EQ(question().title, "Delete 2 items permanently?");
     EXPECT_THAT(question().message, ::testing::HasSubstr("The Trash does not take /x/b: no Trash here"));
     EXPECT_EQ(question().okTitle, "Delete Permanently");
     EXPECT_EQ(question().danger, Dialogs::Danger::destructive);
