@@ -9,11 +9,16 @@ namespace {
 /// Long enough for more than one read, short enough to find out about a fast line in two round trips.
 constexpr LineSpeed::Seconds measurePeriod{0.02};
 
+/// The client of ssh passes on pieces of up to 32 KiB, and several at once if it was held up. Over less than that, the
+/// speed would be what this machine needs to pass them on, and a narrow line would get seconds of names to carry.
+constexpr std::size_t measuredPiece = 32U << 10U;
+
 } // namespace
 
 Pace::Pace(LineSpeed const &line, Time now)
-    : speed(line.bytesPerSecond()), roundTrip(line.roundTrip()), granted(window()), measuredAt(now)
+    : speed(line.bytesPerSecond()), roundTrip(line.roundTrip()), granted(window())
 {
+    startMeasuring(0, now);
 }
 
 std::size_t Pace::arrived(std::size_t bytes, Time now)
@@ -25,15 +30,33 @@ std::size_t Pace::arrived(std::size_t bytes, Time now)
         return 0;
     auto const more = allowed - inFlight;
     granted += more;
+    if (inFlight == 0)
+        startMeasuring(bytes, now);
     return more;
+}
+
+/// The line is idle until the first bytes of a grant can be there: that is no slowness of the line.
+void Pace::startMeasuring(std::size_t bytes, Time now)
+{
+    measuredAt = now + std::chrono::duration_cast<Time::duration>(roundTrip);
+    measuredBytes = bytes;
 }
 
 void Pace::measure(std::size_t bytes, Time now)
 {
-    LineSpeed::Seconds const period = now - measuredAt;
-    if (period < measurePeriod || bytes < measuredBytes)
+    if (bytes <= measuredBytes)
         return;
-    auto const carried = static_cast<double>(bytes - measuredBytes) / period.count();
+    // The first bytes have the work of the host in their time, so it is not believed without a bound.
+    if (roundTrip == LineSpeed::Seconds(0) && bytes > 0) {
+        roundTrip = std::min<LineSpeed::Seconds>(now - measuredAt, LineSpeed::ahead);
+        measuredAt = now;
+    }
+    bool const isAllThere = bytes >= granted;
+    LineSpeed::Seconds const period = now - measuredAt;
+    bool const isEnough = period >= measurePeriod && bytes - measuredBytes >= measuredPiece;
+    if (!isEnough && !isAllThere)
+        return;
+    auto const carried = static_cast<double>(bytes - measuredBytes) / std::max(period, measurePeriod).count();
     speed = carried > speed ? carried : (speed + carried) / 2;
     measuredAt = now;
     measuredBytes = bytes;

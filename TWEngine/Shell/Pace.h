@@ -29,11 +29,12 @@ public:
     std::size_t arrived(std::size_t bytes, Time now);
 
 private:
+    void startMeasuring(std::size_t bytes, Time now);
     void measure(std::size_t bytes, Time now);
     std::size_t window() const;
 
     double speed;
-    LineSpeed::Seconds const roundTrip;
+    LineSpeed::Seconds roundTrip; ///< 0: not known
     std::size_t granted = 0;
 
     // The last measurement.

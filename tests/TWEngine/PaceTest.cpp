@@ -19,7 +19,14 @@ protected:
         double bytesPerSecond = 0;
     };
 
-    Outcome send(std::size_t total, double bytesPerSecond, std::chrono::milliseconds roundTrip, LineSpeed const &known)
+    /// How what has arrived is passed on to us.
+    struct Client {
+        std::size_t piece = 1;
+        std::chrono::milliseconds heldUp{0}; ///< after every third piece
+    };
+
+    Outcome send(std::size_t total, double bytesPerSecond, std::chrono::milliseconds roundTrip, LineSpeed const &known,
+                 Client client = {1, {}})
     {
         Pace pace(known, Pace::Time());
 
@@ -33,6 +40,9 @@ protected:
         std::size_t allowed = 0;
         std::size_t granted = pace.first();
         double carried = 0;
+        std::size_t passedOn = 0;
+        int pieces = 0;
+        auto heldUpUntil = 0ms;
         auto now = 0ms;
         for (; carried < static_cast<double>(total) && now < 1h; now += 1ms) {
             while (!onTheirWay.empty() && onTheirWay.front().at <= now) {
@@ -42,8 +52,13 @@ protected:
             carried =
                 std::min({carried + bytesPerSecond / 1000, static_cast<double>(allowed), static_cast<double>(total)});
             auto const arrived = static_cast<std::size_t>(carried);
+            auto const wholePieces = arrived == granted ? arrived : arrived / client.piece * client.piece;
+            if (now >= heldUpUntil && wholePieces > passedOn) {
+                passedOn = wholePieces;
+                heldUpUntil = ++pieces % 3 == 0 ? now + client.heldUp : now;
+            }
             outcome.mostInFlight = std::max(outcome.mostInFlight, granted - std::min(granted, arrived));
-            if (auto const more = pace.arrived(arrived, Pace::Time(now)); more > 0) {
+            if (auto const more = pace.arrived(passedOn, Pace::Time(now)); more > 0) {
                 granted += more;
                 onTheirWay.push_back({more, now + roundTrip});
                 ++outcome.grants;
@@ -67,6 +82,18 @@ TEST_F(PaceTest, aNarrowLineIsFilledAndNoMoreThanAQuarterOfASecondWaits)
     auto const outcome = send(6'000'000, speed, 50ms, lineWithRoundTrip(50ms));
     EXPECT_LT(static_cast<double>(outcome.mostInFlight), speed * 0.35);
     EXPECT_GT(outcome.bytesPerSecond, speed * 0.95);
+}
+
+TEST_F(PaceTest, piecesThatAreHeldUpMakeANarrowLineNoFasterOne)
+{
+    auto const speed = 250e3;
+    for (std::size_t const piece : {1'400, 16'384, 32'768}) {
+        for (auto const heldUp : {0ms, 45ms, 100ms}) {
+            auto const outcome = send(6'000'000, speed, 50ms, lineWithRoundTrip(50ms), {piece, heldUp});
+            EXPECT_LT(static_cast<double>(outcome.mostInFlight), speed * 0.4) << piece << " held up " << heldUp.count();
+            EXPECT_GT(outcome.bytesPerSecond, speed * 0.9) << piece << " held up " << heldUp.count();
+        }
+    }
 }
 
 TEST_F(PaceTest, aFastLineIsFilledSoonAndWithFewGrants)
