@@ -52,13 +52,18 @@ struct Medians {
 };
 
 /// The medians of several runs of two measurements, which take turns: whatever else the machine does meanwhile hits
-/// both alike. Each answers what it measured; a first turn only warms up.
+/// both alike. Each answers what it measured; a first turn only warms up. When they have taken `enough` time, three
+/// runs will do.
 template <class Subject, class Peer>
-Medians takeTurns(int runs, Subject subject, Peer peer)
+Medians takeTurns(int runs, Subject subject, Peer peer, std::chrono::seconds enough = std::chrono::hours(1))
 {
+    constexpr int leastRuns = 3;
+    auto const until = std::chrono::steady_clock::now() + enough;
     std::vector<double> ofSubject;
     std::vector<double> ofPeer;
     for (int run = -1; run < runs; ++run) {
+        if (run >= leastRuns && std::chrono::steady_clock::now() > until)
+            break;
         auto const subjectValue = subject();
         auto const peerValue = peer();
         if (run < 0)

@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
+#include "Tarnwick/Transfers/JobList.h"
 #include "bench/BenchWindow.h"
 #include "bench/Figure.h"
 #include "bench/ManyFiles.h"
@@ -9,6 +10,8 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QEvent>
+
+#include <thread>
 
 namespace tw::bench {
 namespace {
@@ -108,6 +111,66 @@ void measurePaintedKey(Figures &figures, PaneController &pane, PaintWatch &watch
                    Figures::Yardstick::limit, paintedKeyMilliseconds, "ms", 1.0);
 }
 
+/// Three works in the background strip that report all the time, as often as a pipe of 1 GB/s does.
+class ReportingWorks {
+public:
+    explicit ReportingWorks(std::shared_ptr<JobList> list) : jobs(std::move(list))
+    {
+        for (int count = 0; count < 3; ++count) {
+            works.push_back(jobs->begin("Copy 10,000 items…", [] {}));
+            jobs->move(works.back(), Job::Place::background);
+        }
+        thread = std::jthread([this](std::stop_token const &stop) { reportUntil(stop); });
+    }
+
+    ~ReportingWorks()
+    {
+        thread.request_stop();
+        thread.join();
+        QCoreApplication::sendPostedEvents();
+        for (auto const &work : works)
+            jobs->end(work);
+    }
+
+    ReportingWorks(ReportingWorks const &) = delete;
+    ReportingWorks &operator=(ReportingWorks const &) = delete;
+
+private:
+    void reportUntil(std::stop_token const &stop) const
+    {
+        for (std::int64_t count = 1; !stop.stop_requested(); ++count) {
+            ProgressState const state{.bytes = count << 19,
+                                      .total = std::int64_t{1} << 40,
+                                      .item = std::to_string(count),
+                                      .files = count,
+                                      .totalFiles = 10'000'000};
+            for (auto const &work : works)
+                QMetaObject::invokeMethod(
+                    qApp, [list = jobs, work, state] { list->update(*work, state); }, Qt::QueuedConnection);
+            std::this_thread::sleep_for(std::chrono::microseconds(500));
+        }
+    }
+
+    std::shared_ptr<JobList> const jobs;
+    std::vector<std::shared_ptr<Job>> works;
+    std::jthread thread;
+};
+
+/// A third of the time from one picture to the next.
+constexpr double keyBesideWorksMilliseconds = 5.0;
+
+void measureKeyBesideWorks(Figures &figures, BenchWindow &bench, PaintWatch &watch)
+{
+    auto &pane = bench.leftPane();
+    ReportingWorks const works(bench.window.works());
+    pane.handleKey({.key = Key::home, .text = {}});
+    std::vector<double> times;
+    for (int press = 0; press < 500; ++press)
+        times.push_back(watch.millisecondsToPaint([&] { pane.handleKey({.key = Key::down, .text = {}}); }));
+    figures.report("arrow key to painted row while three transfers report, 100,000 entries", median(std::move(times)),
+                   Figures::Yardstick::limit, keyBesideWorksMilliseconds, "ms", 1.0);
+}
+
 /// A click on the title of a column: four pictures of a screen of 60 Hz.
 constexpr double sortMilliseconds = 60.0;
 
@@ -151,6 +214,7 @@ int run()
     watch.navigate(pane, veryMany.path());
     measureKeys(figures, pane);
     measurePaintedKey(figures, pane, watch);
+    measureKeyBesideWorks(figures, bench, watch);
     measureSort(figures, pane, watch);
     return figures.exitCode();
 }

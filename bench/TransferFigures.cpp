@@ -1,4 +1,7 @@
 // What moving bytes costs beside the same programs called by hand, in one run.
+//
+//   TransferFigures [here|near|memory|pump|cancel|far...]    only these figures
+//   TARNWICK_BENCH_PART=8                                    an eighth of all sizes
 
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -12,13 +15,16 @@
 #include "tests/hosts/TestHost.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <span>
 #include <stdexcept>
 #include <thread>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace tw::bench {
@@ -38,6 +44,8 @@ std::int64_t part()
 }
 
 constexpr int runs = 5;
+/// For one figure, so that the whole table takes minutes.
+constexpr std::chrono::seconds enough{25};
 constexpr std::int64_t gibibyte = std::int64_t{1} << 30U;
 constexpr int manyFiles = 10'000;
 constexpr std::chrono::milliseconds farAway{50};
@@ -59,6 +67,28 @@ double commandTime(std::string const &command)
         if (std::system(command.c_str()) != 0)
             throw std::runtime_error("failed: " + command);
     });
+}
+
+/// What this process and its children have worked so far, in milliseconds: those that have ended and were awaited.
+double workedSoFar()
+{
+    double sum = 0;
+    for (auto const who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        rusage usage{};
+        ::getrusage(who, &usage);
+        for (auto const &time : {usage.ru_utime, usage.ru_stime})
+            sum += static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_usec) / 1000;
+    }
+    return sum;
+}
+
+/// How long all processors together are busy with `work`, without what other programs do meanwhile.
+template <class Work>
+double workOf(Work const &work)
+{
+    auto const before = workedSoFar();
+    work();
+    return workedSoFar() - before;
 }
 
 /// Bytes that no file system leaves out.
@@ -155,6 +185,7 @@ public:
     BenchLoop loop;
     TemporaryFolder source;
     TemporaryFolder target;
+    TemporaryFolder lists;
     std::shared_ptr<SSHProvider> near;
     std::shared_ptr<SSHProvider> other;
 
@@ -189,8 +220,8 @@ void measureStreams(Figures &figures, Bench &bench, std::string const &name, std
     auto const &other = bench.other;
     auto const measure = [&](std::string const &title, TransferEndpoint const &from, TransferEndpoint const &to,
                              std::string const &byHand) {
-        auto const medians =
-            takeTurns(runs, [&] { return bench.copyTime({name}, from, to); }, [&] { return bench.handTime(byHand); });
+        auto const medians = takeTurns(
+            runs, [&] { return bench.copyTime({name}, from, to); }, [&] { return bench.handTime(byHand); }, enough);
         figures.report(what + " " + title + ", beside the same pipe by hand", medians.subject, Figures::Yardstick::peer,
                        medians.peer, "ms", largest);
     };
@@ -202,12 +233,22 @@ void measureStreams(Figures &figures, Bench &bench, std::string const &name, std
             bench.ssh(near) + "'" + pack(bench, name) + "' | " + bench.ssh(other) + "'" + unpack(bench) + "'");
 }
 
+/// One cp for all names of a folder.
+std::string copyByHand(Bench &bench, std::string const &folder, Names const &names)
+{
+    std::string list;
+    for (auto const &name : names)
+        list += name + '\0';
+    return "cd " + folder + " && xargs -0 -s 1000000 -a " + bench.lists.file("names", list) + " cp -a -t " +
+           bench.target.path() + " --";
+}
+
 void measureHere(Figures &figures, Bench &bench)
 {
     auto const measure = [&](std::string const &title, Names const &names, std::string const &byHand) {
         auto const medians = takeTurns(
             runs, [&] { return bench.copyTime(names, bench.here(bench.source), bench.here(bench.target)); },
-            [&] { return bench.handTime(byHand); });
+            [&] { return bench.handTime(byHand); }, enough);
         figures.report("local copy of " + title + ", beside cp -a", medians.subject, Figures::Yardstick::peer,
                        medians.peer, "ms", largestHere);
     };
@@ -224,9 +265,48 @@ void measureHere(Figures &figures, Bench &bench)
         [&] {
             return bench.copyTime(names, TransferEndpoint::local(bench.source.path("many")), bench.here(bench.target));
         },
-        [&] { return bench.handTime("cp -a " + from + "/many " + to); });
-    figures.report("local copy of 10,000 names, beside cp -a of their folder", medians.subject,
-                   Figures::Yardstick::peer, medians.peer, "ms", largestHere);
+        [&] { return bench.handTime(copyByHand(bench, from + "/many", names)); }, enough);
+    figures.report("local copy of 10,000 names, beside cp -a of them", medians.subject, Figures::Yardstick::peer,
+                   medians.peer, "ms", largestHere);
+}
+
+/// 10,000 folders with a file in each.
+void measureFolders(Figures &figures, Bench &bench)
+{
+    TemporaryFolder const folders;
+    Names names;
+    for (int index = 0; index < manyFiles / part(); ++index) {
+        names.push_back("folder " + std::to_string(index));
+        folders.folder(names.back());
+        writeFile(folders.path(names.back() + "/file"), 4096);
+    }
+    auto const medians = takeTurns(
+        runs, [&] { return bench.copyTime(names, TransferEndpoint::local(folders.path()), bench.here(bench.target)); },
+        [&] { return bench.handTime(copyByHand(bench, folders.path(), names)); }, enough);
+    figures.report("local copy of 10,000 folders, beside cp -a of them", medians.subject, Figures::Yardstick::peer,
+                   medians.peer, "ms", largestHere);
+}
+
+/// Other programs that people use for it, for comparison only.
+void showOthers(Bench &bench)
+{
+    auto const client = bench.ssh(bench.near);
+    TemporaryFolder const scripts;
+    auto const ssh = scripts.file("ssh", "#!/bin/sh\nexec " + client.substr(0, client.rfind(" -- ")) + " \"$@\"\n");
+    std::filesystem::permissions(ssh, std::filesystem::perms::owner_all);
+    auto const show = [&](std::string const &title, std::string const &from, std::string const &to) {
+        std::vector<double> ofRsync;
+        std::vector<double> ofScp;
+        for (int run = 0; run < 3; ++run) {
+            ofRsync.push_back(bench.handTime("rsync -a -e " + ssh + " " + from + " " + to));
+            ofScp.push_back(bench.handTime("scp -q -r -S " + ssh + " " + from + " " + to));
+        }
+        std::printf("10,000 files of 4 KiB %s, by others: rsync -a %.3f ms, scp -r %.3f ms\n", title.c_str(),
+                    median(std::move(ofRsync)), median(std::move(ofScp)));
+        std::fflush(stdout);
+    };
+    show("up", bench.source.path("many"), "near:" + bench.target.path());
+    show("down", "near:" + bench.source.path("many"), bench.target.path());
 }
 
 void measureOnHost(Figures &figures, Bench &bench)
@@ -236,7 +316,7 @@ void measureOnHost(Figures &figures, Bench &bench)
         [&] {
             return bench.copyTime({"large"}, bench.on(bench.near, bench.source), bench.on(bench.near, bench.target));
         },
-        [&] { return bench.handTime("cp -a " + bench.source.path() + "/large " + bench.target.path()); });
+        [&] { return bench.handTime("cp -a " + bench.source.path() + "/large " + bench.target.path()); }, enough);
     auto const limit = medians.peer + std::chrono::duration<double, std::milli>(farAway).count() + serverSideOverhead;
     figures.report("server-side copy of 1 GiB, 50 ms away, beside cp -a there, a round trip and 10 ms", medians.subject,
                    Figures::Yardstick::limit, limit, "ms", 1.0);
@@ -262,7 +342,7 @@ void measureMemory(Figures &figures, Bench &bench)
                    mostMemory, "MiB", 1.0);
 }
 
-/// The pump alone, between two programs that do hardly anything.
+/// The pump alone, between two programs that do hardly anything. What all three work is what a transfer pays for it.
 void measurePump(Figures &figures, Bench &bench)
 {
     TemporaryFolder const folder;
@@ -279,12 +359,13 @@ void measurePump(Figures &figures, Bench &bench)
                 .consumer = {.program = "/usr/bin/cat", .input = PipeEnd{}, .error = PipeEnd{}},
                 .guard = MemberGuard(work->names, ShellDialect::posix)};
             auto const strand = bench.engine.makeStrand();
-            return millisecondsOf([&] { bench.loop.run(onStrand(strand, TarPipe::run(work, std::move(stream)))); });
+            return workOf([&] { bench.loop.run(onStrand(strand, TarPipe::run(work, std::move(stream)))); });
         };
-        auto const medians =
-            takeTurns(runs, ours, [&] { return commandTime("cat " + file + " | cat | cat >/dev/null"); });
+        auto const medians = takeTurns(
+            runs, ours, [&] { return workOf([&] { commandTime("cat " + file + " | cat | cat >/dev/null"); }); },
+            enough);
         figures.report("pump of " + std::string(file == archive ? "1 GiB" : "10,000 files of 4 KiB") +
-                           ", headers read, beside cat",
+                           ", headers read, work beside that of cat",
                        medians.subject, Figures::Yardstick::peer, medians.peer, "ms", largestPump);
     }
 }
@@ -329,22 +410,54 @@ void measureCancels(Figures &figures, Bench &bench)
     bench.clear();
 }
 
+struct Section {
+    std::string_view name;
+    void (*measure)(Figures &figures, Bench &bench);
+};
+
+constexpr std::array<Section, 6> sections{{
+    {"here",
+     [](Figures &figures, Bench &bench) {
+         measureHere(figures, bench);
+         measureFolders(figures, bench);
+     }},
+    {"near",
+     [](Figures &figures, Bench &bench) {
+         measureStreams(figures, bench, "large", "1 GiB", largestOfAStream);
+         measureStreams(figures, bench, "many", "10,000 files of 4 KiB", largestOfManyFiles);
+         showOthers(bench);
+     }},
+    {"memory", measureMemory},
+    {"pump", measurePump},
+    {"cancel", measureCancels},
+    {"far",
+     [](Figures &figures, Bench &bench) {
+         bench.line.setRoundTrip(farAway);
+         measureStreams(figures, bench, "many", "10,000 files of 4 KiB, 50 ms away,", largestOfManyFiles);
+         measureOnHost(figures, bench);
+         bench.line.setRoundTrip({});
+     }},
+}};
+
+int measure(std::span<char *const> wanted)
+{
+    for (auto const *const name : wanted)
+        if (std::ranges::find(sections, name, &Section::name) == sections.end()) {
+            std::fprintf(stderr, "there are no such figures: %s\n", name);
+            return 2;
+        }
+    Figures figures;
+    Bench bench;
+    for (auto const &section : sections)
+        if (wanted.empty() || std::ranges::find(wanted, section.name) != wanted.end())
+            section.measure(figures, bench);
+    return figures.exitCode();
+}
+
 } // namespace
 } // namespace tw::bench
 
-int main()
+int main(int argc, char **argv)
 {
-    using namespace tw::bench;
-    Figures figures;
-    Bench bench;
-    measureHere(figures, bench);
-    measureStreams(figures, bench, "large", "1 GiB", largestOfAStream);
-    measureStreams(figures, bench, "many", "10,000 files of 4 KiB", largestOfManyFiles);
-    measureMemory(figures, bench);
-    measurePump(figures, bench);
-    measureCancels(figures, bench);
-    bench.line.setRoundTrip(farAway);
-    measureStreams(figures, bench, "many", "10,000 files of 4 KiB, 50 ms away,", largestOfManyFiles);
-    measureOnHost(figures, bench);
-    return figures.exitCode();
+    return tw::bench::measure(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
 }
