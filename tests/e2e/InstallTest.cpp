@@ -31,9 +31,10 @@ TEST_F(InstallTest, theProgramFindsItsLibraryWhereverBothAre)
     EXPECT_EQ(outputOf({prefix.path("other/tarnwick"), "--version"}), version);
 }
 
-TEST_F(InstallTest, whatStartsClientsLiesWhereTheProgramLooksForIt)
+TEST_F(InstallTest, whatStartsClientsAndDecodesPicturesLiesWhereTheProgramLooksForIt)
 {
-    EXPECT_TRUE(fs::exists(fs::path(program).parent_path() / "../lib/tarnwick/starter"));
+    for (auto const *const each : {"starter", "decoder"})
+        EXPECT_TRUE(fs::exists(fs::path(program).parent_path() / "../lib/tarnwick" / each)) << each;
 }
 
 TEST_F(InstallTest, aLinkToTheProgramFindsItToo)

@@ -1,0 +1,209 @@
+// Decodes one picture in a process of its own, which nothing else depends on: a file may come from anywhere.
+//
+//   decoder FORMAT WIDTH HEIGHT < file > answer
+//
+// FORMAT is a name that Qt knows, or "pdf" for the first page of a document. The picture is made to fit into WIDTH and
+// HEIGHT; what is answered is described in TWEngine/Preview/PictureAnswer.h. Without the flags of other targets: what
+// the sanitizers reserve is more than the limits of this process allow.
+
+#include "TWEngine/Preview/PictureAnswer.h"
+#include "Tarnwick/App/Decoder/Confinement.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QImageReader>
+#include <QPainter>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include <fcntl.h>
+#include <sched.h>
+#include <spawn.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace tw;
+
+/// What Qt may take for one picture. It is less than the process may have, so that Qt says no before the system does.
+constexpr int mostMebibytes = 128;
+
+/// A picture whose header promises more is not begun: reading it would take longer than anybody waits for a preview.
+constexpr qint64 mostPixels = 256'000'000;
+
+void writeAll(char const *bytes, std::size_t count)
+{
+    while (count > 0) {
+        auto const written = ::write(STDOUT_FILENO, bytes, count);
+        if (written <= 0)
+            std::_Exit(EXIT_FAILURE); // nobody reads any more
+        bytes += written;
+        count -= static_cast<std::size_t>(written);
+    }
+}
+
+[[noreturn]] void answer(PictureFailure failure)
+{
+    auto const line = std::string(PictureAnswer::nothingWord) + ' ' + std::string(wordOf(failure)) + '\n';
+    writeAll(line.data(), line.size());
+    std::_Exit(EXIT_SUCCESS);
+}
+
+[[noreturn]] void answer(QImage picture, QSize whole)
+{
+    picture.convertTo(QImage::Format_RGBA8888);
+    if (picture.isNull())
+        answer(PictureFailure::tooLarge);
+    std::string line(PictureAnswer::pictureWord);
+    for (auto const number : {picture.width(), picture.height(), whole.width(), whole.height()})
+        line += ' ' + std::to_string(number);
+    line += '\n';
+    writeAll(line.data(), line.size());
+    for (int row = 0; row < picture.height(); ++row)
+        writeAll(reinterpret_cast<char const *>(picture.constScanLine(row)),
+                 static_cast<std::size_t>(picture.width()) * 4);
+    // As it is: destroying the toolkit is work for nobody.
+    std::_Exit(EXIT_SUCCESS);
+}
+
+/// A drawing may have text in it. Fonts are files, which cannot be opened later, so the usual ones are used once now.
+void loadFonts()
+{
+    QImage canvas(8, 8, QImage::Format_ARGB32_Premultiplied);
+    QPainter painter(&canvas);
+    for (auto const *const family : {"sans-serif", "serif", "monospace", ""}) {
+        for (auto const weight : {QFont::Normal, QFont::Bold}) {
+            painter.setFont(QFont(QString::fromLatin1(family), 8, weight));
+            painter.drawText(0, 8, QStringLiteral("a"));
+        }
+    }
+}
+
+/// Qt scales, converts and fills with a thread for each core. No thread can be made later, so the only one that it will
+/// ever use is made now: Qt counts the cores that it may run on.
+void makeThread()
+{
+    cpu_set_t all;
+    cpu_set_t one;
+    if (::sched_getaffinity(0, sizeof all, &all) != 0)
+        return;
+    CPU_ZERO(&one);
+    CPU_SET(static_cast<unsigned>(std::max(::sched_getcpu(), 0)), &one);
+    ::sched_setaffinity(0, sizeof one, &one);
+    constexpr int sideOfTwoParts = 512; // Qt gives a part of 65,536 pixels to each thread
+    QImage canvas(sideOfTwoParts, sideOfTwoParts, QImage::Format_RGB32);
+    canvas.fill(0);
+    auto const half = sideOfTwoParts / 2;
+    static_cast<void>(canvas.scaled(half, half, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    std::error_code ignored;
+    for (auto const &thread : std::filesystem::directory_iterator("/proc/self/task", ignored))
+        ::sched_setaffinity(std::atoi(thread.path().filename().c_str()), sizeof all, &all);
+}
+
+/// The plugin is loaded now: it is a file too. Only this one, since each brings libraries that have to be loaded.
+void loadPlugin(QByteArray const &format)
+{
+    QBuffer empty;
+    empty.open(QIODevice::ReadOnly);
+    QImageReader probe(&empty, format);
+    probe.setAutoDetectImageFormat(false);
+    probe.read();
+    if (probe.error() == QImageReader::UnsupportedFormatError)
+        answer(PictureFailure::unknownFormat);
+}
+
+/// Puts the pages of pdftoppm in the place of standard input, and answers the format that they come in.
+QByteArray printPage(QSize room)
+{
+    int pipe[2];
+    if (::pipe2(pipe, O_CLOEXEC) != 0)
+        answer(PictureFailure::damaged);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
+    // By its path: of what comes through a pipe the program would make a copy first.
+    std::string words[] = {"pdftoppm",  "-f",        "1",
+                           "-l",        "1",         "-singlefile",
+                           "-cropbox",  "-scale-to", std::to_string(std::max(room.width(), room.height())),
+                           "/dev/stdin"};
+    char *arguments[std::size(words) + 1] = {};
+    std::ranges::transform(words, arguments, [](std::string &word) { return word.data(); });
+    pid_t child = 0;
+    if (::posix_spawnp(&child, arguments[0], &actions, nullptr, arguments, environ) != 0)
+        answer(PictureFailure::noProgram);
+    ::dup2(pipe[0], STDIN_FILENO);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
+    return "ppm";
+}
+
+QSize fitting(QSize size, QSize room)
+{
+    return size.width() <= room.width() && size.height() <= room.height()
+               ? size
+               : size.scaled(room, Qt::KeepAspectRatio).expandedTo({1, 1});
+}
+
+/// Whether a picture that is not decoded may have failed by its size. Qt does not say.
+bool isLarge(QSize size)
+{
+    constexpr qint64 bytesPerPixel = 4;
+    return qint64(size.width()) * size.height() * bytesPerPixel > qint64(mostMebibytes) * 1024 * 1024;
+}
+
+[[noreturn]] void decode(QByteArray const &format, QSize room)
+{
+    QFile file;
+    if (!file.open(STDIN_FILENO, QIODevice::ReadOnly))
+        answer(PictureFailure::damaged);
+    QImageReader reader(&file, format);
+    reader.setAutoDetectImageFormat(false);
+    reader.setAutoTransform(true);
+    auto const stored = reader.size();
+    if (qint64(stored.width()) * stored.height() > mostPixels)
+        answer(PictureFailure::tooLarge);
+    auto const isTurned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+    auto const turned = isTurned ? room.transposed() : room;
+    auto const isDrawing = format == "svg" || format == "svgz";
+    if (stored.isValid() && !stored.isEmpty())
+        reader.setScaledSize(isDrawing ? stored.scaled(turned, Qt::KeepAspectRatio) : fitting(stored, turned));
+    auto picture = reader.read();
+    if (picture.isNull())
+        answer(isLarge(stored) ? PictureFailure::tooLarge : PictureFailure::damaged);
+    auto const whole = !stored.isValid() ? picture.size() : isTurned ? stored.transposed() : stored;
+    if (auto const size = fitting(picture.size(), room); size != picture.size())
+        picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    answer(std::move(picture), whole);
+}
+
+} // namespace
+
+int main(int count, char **arguments)
+{
+    if (count != 4)
+        return EXIT_FAILURE;
+    Confinement::limitResources();
+    QByteArray format(arguments[1]);
+    QSize const room(std::clamp(std::atoi(arguments[2]), 1, PictureBounds::most),
+                     std::clamp(std::atoi(arguments[3]), 1, PictureBounds::most));
+    std::optional<QGuiApplication> application;
+    if (format == "svg" || format == "svgz") {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qunsetenv("QT_QPA_PLATFORMTHEME");
+        application.emplace(count, arguments);
+        loadFonts();
+    }
+    QImageReader::setAllocationLimit(mostMebibytes);
+    if (format == "pdf")
+        format = printPage(room);
+    loadPlugin(format);
+    makeThread();
+    Confinement::closeDoors();
+    decode(format, room);
+}

@@ -1,0 +1,66 @@
+#include "TWEngine/Preview/PictureAnswer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr PictureBounds roomOfAnswer{.width = 20, .height = 10};
+
+std::expected<Picture, PictureFailure> pictureAnswerOf(std::string const &bytes, std::size_t step = 1)
+{
+    PictureAnswer answer(roomOfAnswer);
+    for (std::size_t at = 0; at < bytes.size(); at += step)
+        static_cast<void>(answer.take(std::string_view(bytes).substr(at, step)));
+    return std::move(answer).finish();
+}
+
+TEST(PictureAnswerTest, aPictureIsWholeWhateverThePiecesItComesIn)
+{
+    std::string const pixels = "rgbaRGBA"s;
+    for (std::size_t const step : {1U, 3U, 7U, 100U}) {
+        auto const picture = pictureAnswerOf("picture 2 1 4000 2000\n" + pixels, step);
+        ASSERT_TRUE(picture) << step;
+        EXPECT_EQ(picture->pixels, pixels);
+        EXPECT_EQ(picture->width, 2);
+        EXPECT_EQ(picture->height, 1);
+        EXPECT_EQ(picture->wholeWidth, 4000);
+        EXPECT_EQ(picture->wholeHeight, 2000);
+    }
+}
+
+TEST(PictureAnswerTest, aReasonIsOneOfThoseThatADecoderGives)
+{
+    for (auto const reason :
+         {PictureFailure::damaged, PictureFailure::tooLarge, PictureFailure::unknownFormat, PictureFailure::noProgram})
+        EXPECT_EQ(pictureAnswerOf("nothing "s + std::string(wordOf(reason)) + "\n").error(), reason);
+}
+
+TEST(PictureAnswerTest, whateverElseADecoderSaysIsACrash)
+{
+    for (auto const &bytes :
+         {""s, "\n"s, "picture 2 1 2 1"s, "picture 2 1 2 1\nrgba"s, "picture 2 1 2 1\nrgbaRGBAx"s,
+          "picture 2 1 2\nrgba"s, "picture 0 1 2 1\n"s, "picture -1 1 2 1\n"s, "picture 21 1 21 1\n"s,
+          "picture 1 11 1 11\n"s, "picture 2 1 2 1 \nrgbaRGBA"s, "picture  2 1 2 1\nrgbaRGBA"s,
+          "picture 2 1 99999999999 1\nrgbaRGBA"s, "pictures 2 1 2 1\nrgbaRGBA"s, "nothing\n"s, "nothing \n"s,
+          "nothing crashed\n"s, "nothing damaged\nmore"s, std::string(1000, 'x')}) {
+        auto const picture = pictureAnswerOf(bytes);
+        ASSERT_FALSE(picture) << bytes;
+        EXPECT_EQ(picture.error(), PictureFailure::crashed) << bytes;
+    }
+}
+
+TEST(PictureAnswerTest, moreThanWasAnnouncedIsNotTakenIn)
+{
+    PictureAnswer answer(roomOfAnswer);
+    EXPECT_TRUE(answer.take("picture 1 1 1 1\n"));
+    EXPECT_TRUE(answer.take("rgba"));
+    EXPECT_FALSE(answer.take("r"));
+    EXPECT_FALSE(answer.take("gba"));
+}
+
+} // namespace
+} // namespace tw::test
