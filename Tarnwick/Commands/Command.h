@@ -46,6 +46,7 @@ enum class Command {
     moveFiles,
     newFolder,
     deleteFiles,
+    preview,
     copyName,
     copyNameWithoutExtension,
     copyFullPath,

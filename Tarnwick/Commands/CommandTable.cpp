@@ -137,6 +137,12 @@ constexpr CommandRow table[] = {
      .toolTip = "Delete",
      .buttonTitle = "Delete",
      .firstSteps = FirstSteps::yes},
+    {.command = Command::preview,
+     .title = "Preview",
+     .place = {Menu::commands, 0},
+     .keys = {.main = "Ctrl+Y"},
+     .help = "show what is in the file under the cursor over the other pane, or close that; so does Space",
+     .firstSteps = FirstSteps::yes},
     // Where the plus is typed with Shift on the key of the equals sign, its chord is that of "Target = Source".
     {.command = Command::textBigger,
      .title = "Bigger Text",

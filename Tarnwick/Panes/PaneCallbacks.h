@@ -17,6 +17,8 @@ struct PaneCallbacks {
     std::function<void()> onNextTab;
     std::function<void()> onDeleteRequested;
     std::function<void()> onPreviewRequested;
+    /// Escape, with nothing of the pane's own to end. True: it has closed something.
+    std::function<bool()> onEscape;
     std::function<void(PaneModel::Marks change)> onMaskWanted;
     std::function<void(std::string from, std::string to)> onRenameRequested;
     std::function<void()> onLocationChanged;

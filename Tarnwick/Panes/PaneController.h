@@ -95,6 +95,9 @@ public:
     /// What an operation that begins now works on.
     Operands operands();
 
+    /// Where the listing on show comes from.
+    std::shared_ptr<Browser> const &browserOnShow() const noexcept { return browser; }
+
     /// Whether there is a name in the operands. Costs the same for any number of marks.
     bool hasOperands() const { return !cursorName().empty() || rows.markedSummary().count > 0; }
 

@@ -118,7 +118,7 @@ bool PaneController::handleEscape()
         search.end();
         return true;
     }
-    if (giveUp())
+    if (giveUp() || (callbacks.onEscape && callbacks.onEscape()))
         return true;
     cursor.unmarkAll();
     marksChanged();

@@ -69,6 +69,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::moveFiles:
     case Command::deleteFiles:
         return CommandState{.isEnabled = window.activePane().hasOperands()};
+    case Command::preview:
+        return CommandState{.isEnabled = window.canPreview()};
     case Command::toggleHidden:
         return CommandState{.isChecked = window.activePane().model().viewOptions().showHidden};
     default:
@@ -136,6 +138,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdInvertMarks();
     case Command::rename:
         return window.cmdRename();
+    case Command::preview:
+        return window.cmdPreview();
     default:
         break;
     }

@@ -81,11 +81,18 @@ void MainWindowController::wire(PaneController &pane, PaneSide side)
             spawn({collaborators.mainContext, {}}, window->dialogs()->details(std::move(title), std::move(words)));
     };
     callbacks.onConnectionPicked = [this, side](ConnectionItem const &item) { pickConnection(item, side); };
+    callbacks.onPreviewRequested = [this, side] {
+        setActive(side);
+        cmdPreview();
+    };
+    callbacks.onEscape = [this] { return previews && previews->close(); };
+    callbacks.onCursorMoved = [this, &pane](std::optional<std::string> name) {
+        followPreview();
+        if (memory)
+            memory->remember(pane.connectionName(), pane.pathOnShow(), std::move(name));
+    };
     if (!memory)
         return;
-    callbacks.onCursorMoved = [this, &pane](std::optional<std::string> name) {
-        memory->remember(pane.connectionName(), pane.pathOnShow(), std::move(name));
-    };
     callbacks.onPlaceGone = [this](PaneSpec const &place) { memory->forget(place.connection, place.path); };
 }
 
@@ -204,6 +211,7 @@ void MainWindowController::setActive(PaneSide side)
     Settings::activeSide.write(collaborators.defaults, side);
     pane(otherSide(side))->setActive(false);
     pane(side)->setActive(true);
+    followPreview();
 }
 
 void MainWindowController::start(Operation operation)

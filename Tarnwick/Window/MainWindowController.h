@@ -5,6 +5,7 @@
 #include "Tarnwick/Operations/OperationContext.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Preview/PreviewController.h"
 #include "Tarnwick/Session/SessionMemory.h"
 #include "Tarnwick/Settings/PaneSide.h"
 #include "Tarnwick/Window/MainDisplay.h"
@@ -36,6 +37,12 @@ public:
     void start(PaneSpec::Sides const &sides);
 
     void attach(MainDisplay &display) { window = &display; }
+
+    /// What previews are read with from now on. Before, there are none.
+    void usePreviews(std::shared_ptr<PreviewLoader> loader);
+
+    /// Null before `usePreviews`.
+    std::shared_ptr<PreviewController> const &preview() const noexcept { return previews; }
 
     PaneContainer &container(PaneSide side) const;
 
@@ -103,6 +110,8 @@ public:
     void cmdInvertMarks();
     void cmdRename();
     void cmdMinimizeWindow();
+    bool canPreview() const;
+    void cmdPreview();
 
     /// The other pane goes to the path of the active one, on the connection that it has.
     void cmdTargetIsSource();
@@ -124,6 +133,8 @@ private:
     void wire(PaneController &pane, PaneSide side);
     void restore(PaneSide side, std::optional<PaneSpec> const &override);
     void rememberSides();
+    void followPreview();
+    PaneSide sideOfPreview() const;
     OperationContext contextOf(std::shared_ptr<PaneController> const &pane) const;
     void readHosts();
     static Task<void> completeMenus(Task<std::vector<std::string>> reading, std::shared_ptr<KnownHosts> known,
@@ -139,6 +150,7 @@ private:
     PaneSide active = PaneSide::left;
     bool hasStarted = false; ///< before, there is nothing to remember
     MainDisplay *window = nullptr;
+    std::shared_ptr<PreviewController> previews;
 };
 
 } // namespace tw

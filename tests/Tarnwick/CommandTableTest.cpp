@@ -84,7 +84,7 @@ constexpr LearntKey learntKeys[] = {
     {"F6", "Commands", "Move"},
     {"F7", "Commands", "New Folder"},
     {"F8", "Commands", "Delete"},
-    {"Ctrl+Y", "Commands", "Quick Look"},
+    {"Ctrl+Y", "Commands", "Preview"},
     {"Ctrl+Shift+U", "Commands", "Compare Folders"},
     {"Ctrl+Shift+D", "Commands", "Compare Files…"},
     {"Alt+F7", "Commands", "Search…"},

@@ -1,5 +1,6 @@
 #include "tests/ui/WindowTest.h"
 
+#include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "Tarnwick/Toolkit/Widgets/WrappedText.h"
@@ -33,6 +34,7 @@ void WindowTest::open()
 {
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections);
+    controller->usePreviews(std::make_shared<FilePreviews>(runtime, [this] { return scratch.path(); }));
     window = std::make_unique<MainWindow>(*controller, defaults, program);
     window->show();
     window->activateWindow();

@@ -60,6 +60,7 @@ protected:
 
     TemporaryFolder left;
     TemporaryFolder right;
+    TemporaryFolder scratch; ///< for files that previews fetch
     EngineRuntime runtime;
     QtMainContext mainContext;
     MemoryDefaults defaults;

@@ -4,6 +4,7 @@
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Transfer/TransferEngine.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
@@ -82,6 +83,7 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         [&engine = with.engine, tools = TransferTools::find()] {
             return std::make_shared<TransferEngine>(engine, tools);
         });
+    controller->usePreviews(std::make_shared<FilePreviews>(with.engine, [] { return Scratch::directory("preview"); }));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
     jobWatch = std::make_unique<JobWatch>(window->works(), &ColorScheme::sessionBus);
     if (with.logins)

@@ -9,6 +9,7 @@
 #include "Tarnwick/Toolkit/Dialogs/JobStrip.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
+#include "Tarnwick/Toolkit/Preview/PreviewPanel.h"
 #include "Tarnwick/Toolkit/Table/ColumnsDialog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
@@ -94,6 +95,8 @@ void MainWindow::buildPanes()
     splitter->addPane(left);
     splitter->addPane(right);
     splitter->onDividerDoubleClicked = [this] { splitter->equalize(); };
+    if (panes.preview())
+        panel = new PreviewPanel(panes.preview(), [this](PaneSide which) { return &side(which); });
 }
 
 PaneView &MainWindow::pane(PaneSide which) const

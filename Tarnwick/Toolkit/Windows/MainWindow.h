@@ -16,6 +16,7 @@ class LoginPrompter;
 class PaneContainerView;
 class PaneSplitter;
 class PaneView;
+class PreviewPanel;
 class Sheet;
 class SheetDialogs;
 class JobList;
@@ -42,6 +43,9 @@ public:
     std::shared_ptr<JobList> const &works() const noexcept { return workList; }
 
     JobStrip &jobStrip() const { return *strip; }
+
+    /// Null if the controller has no previews.
+    PreviewPanel *previewPanel() const { return panel; }
 
     /// Goes on with `quit` at once, or once the user agrees that it ends the work under way. Asked again meanwhile, it
     /// changes nothing.
@@ -91,6 +95,7 @@ private:
     bool mayClose = false; ///< whatever is under way
     PaneContainerView *left = nullptr;
     PaneContainerView *right = nullptr;
+    PreviewPanel *panel = nullptr; ///< lies over one of the two
     bool isDividerPlaced = false;
 };
 

@@ -1,0 +1,164 @@
+#include "Tarnwick/Preview/FilePreviews.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Provider/FileSystemReader.h"
+#include "TWEngine/Preview/FolderMeasure.h"
+#include "TWEngine/Preview/PictureDecoder.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/Format/Fmt.h"
+#include "Tarnwick/Preview/PreviewText.h"
+#include "Tarnwick/Preview/PreviewWords.h"
+
+namespace tw {
+
+namespace {
+
+bool isFile(EntryKind kind)
+{
+    return kind == EntryKind::file || kind == EntryKind::symlink || kind == EntryKind::unknown;
+}
+
+/// Names a version of a file.
+std::string keyOf(PreviewSubject const &subject)
+{
+    return subject.connection + '\0' + subject.path + '\0' + std::to_string(subject.size) + '\0' +
+           std::to_string(subject.mtime);
+}
+
+} // namespace
+
+void FilePreviews::Request::tell(Text facts, PreviewContent::Body body) const
+{
+    show({.name = subject.name, .facts = std::move(facts), .body = std::move(body)});
+}
+
+Task<void> FilePreviews::load(PreviewSubject subject, PictureBounds room, Show show)
+{
+    return perform({shared_from_this(), std::move(subject), room, std::move(show)});
+}
+
+Task<void> FilePreviews::perform(Request request)
+{
+    auto const kind = request.subject.kind;
+    if (kind == EntryKind::directory) {
+        co_await showFolder(std::move(request));
+    } else if (!isFile(kind)) {
+        request.tell(PreviewWords::facts(PreviewWords::title(kind), request.subject), PreviewWords::notOpened(kind));
+    } else if (request.subject.isRemote) {
+        co_await showThere(std::move(request));
+    } else {
+        co_await showHere(std::move(request));
+    }
+}
+
+Task<void> FilePreviews::showFolder(Request request)
+{
+    auto const opened = co_await request.subject.browser->open(request.subject.path);
+    auto const facts = PreviewWords::facts("folder", request.subject);
+    auto const content = PreviewWords::count(opened.snapshot);
+    request.tell(facts, content);
+    if (request.subject.isRemote)
+        co_return;
+    auto const progress = [request, facts, content](Measure const &sum) {
+        request.tell(facts, PreviewWords::measured(content, sum, PreviewWords::Measuring::underWay));
+    };
+    auto const sum = co_await FolderMeasure::run(request.self->engine.files(), request.subject.path, progress);
+    request.tell(facts, PreviewWords::measured(content, sum, PreviewWords::Measuring::done));
+}
+
+Task<PreviewFile> FilePreviews::openHere(EngineRuntime *engine, std::string path)
+{
+    auto const opened = co_await engine->files().run(
+        path, FileLanes::LastLink::follow, WorkPriority::interactive,
+        [](std::string const &place) { return std::make_shared<PreviewFile>(PreviewFile::open(place)); });
+    co_return std::move(*opened);
+}
+
+Task<void> FilePreviews::showHere(Request request)
+{
+    auto file = co_await openHere(&request.self->engine, request.subject.path);
+    if (file.kind == EntryKind::directory) { // behind a link
+        co_await showFolder(std::move(request));
+        co_return;
+    }
+    if (file.kind != EntryKind::file) {
+        request.tell(PreviewWords::facts(PreviewWords::title(file.kind), request.subject),
+                     PreviewWords::notOpened(file.kind));
+        co_return;
+    }
+    request.subject.size = file.size;
+    auto kind = PreviewKind::of(file.beginning, request.subject.name);
+    if (kind.look == PreviewKind::Look::picture)
+        co_await showPicture(std::move(request), std::move(kind), std::move(file.descriptor));
+    else if (kind.look == PreviewKind::Look::text)
+        co_await showText(std::move(request), std::move(file.beginning));
+    else
+        request.tell(PreviewWords::facts(kind.title, request.subject), PreviewWords::nothingToSee());
+}
+
+Task<void> FilePreviews::showThere(Request request)
+{
+    auto const reader = std::dynamic_pointer_cast<FileSystemReader>(request.subject.browser->providerRef());
+    if (!reader) {
+        request.tell({}, Text("%@ cannot read files", {request.subject.connection}));
+        co_return;
+    }
+    if (request.subject.size > mostFetchedBytes) {
+        request.tell(PreviewWords::facts("file", request.subject), PreviewWords::tooBig(request.subject));
+        co_return;
+    }
+    auto beginning = co_await reader->readChunk(request.subject.path, 0, PreviewFile::beginningBytes);
+    auto kind = PreviewKind::of(beginning, request.subject.name);
+    if (kind.look == PreviewKind::Look::picture) {
+        if (beginning.size() < PreviewFile::beginningBytes)
+            co_await showPicture(std::move(request), std::move(kind), PreviewFile::inMemory(beginning));
+        else
+            co_await showFetched(std::move(request), std::move(kind), std::move(reader), std::move(beginning));
+    } else if (kind.look == PreviewKind::Look::text) {
+        co_await showText(std::move(request), std::move(beginning));
+    } else {
+        request.tell(PreviewWords::facts(kind.title, request.subject), PreviewWords::nothingToSee());
+    }
+}
+
+/// A JPEG shows its upper part, or all of it in less detail, when only its beginning is there.
+Task<void> FilePreviews::showFetched(Request request, PreviewKind kind, std::shared_ptr<FileSystemReader> reader,
+                                     std::string beginning)
+{
+    auto const facts = PreviewWords::facts(kind.title, request.subject);
+    request.tell(facts, PreviewWords::fetching(request.subject));
+    if (kind.format == "jpeg") {
+        auto partly = co_await PictureDecoder::decode(request.self->engine, PreviewFile::inMemory(beginning),
+                                                      kind.format, request.room);
+        if (partly)
+            request.tell(facts, std::make_shared<Picture const>(*std::move(partly)));
+    }
+    auto const local =
+        co_await request.self->fetched.copyOf(std::move(reader), request.subject.path, request.subject.size,
+                                              keyOf(request.subject), request.subject.connection);
+    auto file = co_await openHere(&request.self->engine, local);
+    co_await showPicture(std::move(request), std::move(kind), std::move(file.descriptor));
+}
+
+Task<void> FilePreviews::showText(Request request, std::string beginning)
+{
+    auto const isWhole = static_cast<std::int64_t>(beginning.size()) >= request.subject.size;
+    auto text = co_await request.self->engine.workers().run(
+        WorkPriority::interactive, [bytes = std::move(beginning)] { return PreviewText::of(bytes); });
+    auto const extent = isWhole ? PreviewWords::Extent::whole : PreviewWords::Extent::beginning;
+    request.tell(PreviewWords::textFacts(text.encoding, extent, request.subject),
+                 PreviewContent::Writing{std::move(text.text)});
+}
+
+Task<void> FilePreviews::showPicture(Request request, PreviewKind kind, FileDescriptor file)
+{
+    auto decoded = co_await PictureDecoder::decode(request.self->engine, std::move(file), kind.format, request.room);
+    if (!decoded) {
+        request.tell(PreviewWords::facts(kind.title, request.subject), PreviewWords::failure(decoded.error(), kind));
+        co_return;
+    }
+    auto const picture = std::make_shared<Picture const>(*std::move(decoded));
+    request.tell(PreviewWords::pictureFacts(kind, *picture, request.subject), picture);
+}
+
+} // namespace tw

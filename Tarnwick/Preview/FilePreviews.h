@@ -1,0 +1,58 @@
+#pragma once
+
+#include "TWEngine/Preview/PreviewFile.h"
+#include "Tarnwick/Preview/FetchedFiles.h"
+#include "Tarnwick/Preview/PreviewKind.h"
+#include "Tarnwick/Preview/PreviewLoader.h"
+
+#include <memory>
+
+namespace tw {
+
+class EngineRuntime;
+
+/// Reads previews of files here and on hosts. Nothing in a file is run, and only a process of its own decodes pictures.
+///
+/// Of a file on a host the beginning is asked for first. That is all of a text, and of a small picture; only a larger
+/// picture is fetched.
+///
+/// Threads: main context only.
+/// Lifetime: shared; the engine outlives it.
+class FilePreviews final : public PreviewLoader, public std::enable_shared_from_this<FilePreviews> {
+public:
+    /// A larger file of a host is not fetched.
+    static constexpr std::int64_t mostFetchedBytes = 64 * 1024 * 1024;
+
+    /// `makeFolder` says where fetched files lie.
+    FilePreviews(EngineRuntime &runtime, FetchedFiles::MakeFolder makeFolder)
+        : engine(runtime), fetched(runtime, std::move(makeFolder))
+    {
+    }
+
+    Task<void> load(PreviewSubject subject, PictureBounds room, Show show) override;
+
+private:
+    struct Request {
+        std::shared_ptr<FilePreviews> self;
+        PreviewSubject subject;
+        PictureBounds room;
+        Show show;
+
+        void tell(Text facts, PreviewContent::Body body) const;
+    };
+
+    static Task<void> perform(Request request);
+    static Task<void> showFolder(Request request);
+    static Task<void> showHere(Request request);
+    static Task<void> showThere(Request request);
+    static Task<void> showFetched(Request request, PreviewKind kind, std::shared_ptr<FileSystemReader> reader,
+                                  std::string beginning);
+    static Task<void> showText(Request request, std::string beginning);
+    static Task<void> showPicture(Request request, PreviewKind kind, FileDescriptor file);
+    static Task<PreviewFile> openHere(EngineRuntime *engine, std::string path);
+
+    EngineRuntime &engine;
+    FetchedFiles fetched;
+};
+
+} // namespace tw
