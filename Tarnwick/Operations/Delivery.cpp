@@ -93,7 +93,8 @@ Task<void> deliver(OperationContext context, Delivery what)
         co_await context.showFailure(outcome.failure);
 }
 
-Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind)
+Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind,
+                        SameFolder sameFolder)
 {
     std::vector<FileDrag> drags;
     for (auto const &path : paths) {
@@ -111,7 +112,7 @@ Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths
         found->names.push_back(path.substr(slash + 1));
     }
     for (auto &drag : drags)
-        co_await deliver(context, {.drag = std::move(drag)});
+        co_await deliver(context, {.drag = std::move(drag), .sameFolder = sameFolder});
 }
 
 } // namespace tw

@@ -30,6 +30,7 @@ struct Delivery {
 Task<void> deliver(OperationContext context, Delivery what);
 
 /// The same for files of this machine that come from another program, wherever they lie: one delivery for each folder.
-Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind);
+Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind,
+                        SameFolder sameFolder = SameFolder::duplicate);
 
 } // namespace tw

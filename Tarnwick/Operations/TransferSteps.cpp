@@ -124,21 +124,6 @@ Text conclusion(TransferJob const &job, TransferEnd const &end)
     return PaneStatus::describe(end.failure);
 }
 
-Task<void> tell(OperationContext context, TransferJob job, TransferEnd end)
-{
-    if (end.failure && isCancelled(end.failure)) {
-        context.warn(TransferWords::cancelled(job.kind, job.source.names.size(), end.summary));
-        co_return;
-    }
-    if (end.failure) {
-        co_await context.dialogs->error(TransferWords::failed(end), end.summary.words);
-        co_return;
-    }
-    auto kept = TransferWords::kept(end);
-    if (!kept.isEmpty())
-        co_await context.dialogs->error(std::move(kept));
-}
-
 } // namespace
 
 Task<TakenNames::Facts> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming)
@@ -176,19 +161,21 @@ Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, bool takesC
     co_return plan;
 }
 
-Task<TransferEnd> carryOut(OperationContext context, TransferJob job, Cursor cursor)
+Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor cursor, std::stop_token callOff)
 {
     auto const here = co_await currentContext();
     std::shared_ptr<Progress> shown;
     auto const link = std::make_shared<std::weak_ptr<TransferRun>>();
+    auto const cancel = [link] {
+        if (auto const run = link->lock())
+            run->cancel();
+    };
     if (copies(job))
-        shown = context.dialogs->progress(TransferWords::title(job.kind, job.source.names.size()) + "…", [link] {
-            if (auto const run = link->lock())
-                run->cancel();
-        });
+        shown = context.dialogs->progress(TransferWords::title(job.kind, job.source.names.size()) + "…", cancel);
     auto work = shown ? nullptr : context.beginWork();
     auto const run = std::make_shared<TransferRun>(job, context.makeTransfer(), reporterTo(here.executor, shown));
     *link = run;
+    std::stop_callback const calledOff(std::move(callOff), cancel);
     auto end = co_await run->perform();
     work.reset();
     if (shown)
@@ -197,6 +184,27 @@ Task<TransferEnd> carryOut(OperationContext context, TransferJob job, Cursor cur
     if (!end.failure)
         context.unmarkOperands();
     rereadPanes(context, job, end, cursor);
+    co_return end;
+}
+
+Task<void> tell(OperationContext context, TransferJob job, TransferEnd end)
+{
+    if (end.failure && isCancelled(end.failure)) {
+        context.warn(TransferWords::cancelled(job.kind, job.source.names.size(), end.summary));
+        co_return;
+    }
+    if (end.failure) {
+        co_await context.dialogs->error(TransferWords::failed(end), end.summary.words);
+        co_return;
+    }
+    auto kept = TransferWords::kept(end);
+    if (!kept.isEmpty())
+        co_await context.dialogs->error(std::move(kept));
+}
+
+Task<TransferEnd> carryOut(OperationContext context, TransferJob job, Cursor cursor)
+{
+    auto end = co_await perform(context, job, std::move(cursor));
     co_await tell(context, job, end);
     co_return end;
 }

@@ -5,6 +5,7 @@
 #include "Tarnwick/Operations/TakenNames.h"
 #include "Tarnwick/Operations/TransferJob.h"
 
+#include <stop_token>
 #include <string>
 
 /// The steps that copying, moving, pasting and dropping have in common.
@@ -24,8 +25,14 @@ struct Cursor {
     std::string atTarget = {}; ///< empty: it stays
 };
 
-/// Performs the job, with progress if bytes move, says how it has ended, and has all panes read again what has changed.
-/// Throws Cancelled if the window goes. The result is what was reported.
+/// Performs the job, with progress if bytes move, and has all panes read again what has changed. `callOff` cancels it,
+/// as the user can.
+Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor cursor, std::stop_token callOff = {});
+
+/// Says how it has ended, if that is not what was to be. Throws Cancelled if the window goes.
+Task<void> tell(OperationContext context, TransferJob job, TransferEnd end);
+
+/// Both. The result is what was reported.
 Task<TransferEnd> carryOut(OperationContext context, TransferJob job, Cursor cursor);
 
 } // namespace tw::TransferSteps

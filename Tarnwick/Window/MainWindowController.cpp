@@ -31,14 +31,18 @@ std::vector<ConnectionItem> menuFor(PaneController const &pane, std::optional<st
 } // namespace
 
 MainWindowController::MainWindowController(PaneController::Collaborators with, Connections &connections,
-                                           std::shared_ptr<SessionMemory> session, MakeTransfer transfers)
+                                           std::shared_ptr<SessionMemory> session, MakeTransfer transfers,
+                                           DragFetch::MakeFolder dragFolders)
     : collaborators(std::move(with)),
       sources(connections),
       memory(std::move(session)),
-      makeTransfer(std::move(transfers))
+      makeTransfer(std::move(transfers)),
+      makeDragFolder(std::move(dragFolders))
 {
-    for (auto const side : bothSides)
+    for (auto const side : bothSides) {
         containers[indexOf(side)] = makeContainer(side);
+        hovers[indexOf(side)] = makeDrops(side);
+    }
 }
 
 std::unique_ptr<PaneContainer> MainWindowController::makeContainer(PaneSide side)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Connections/Connections.h"
+#include "Tarnwick/Dragging/DragFetch.h"
 #include "Tarnwick/Operations/CopiedPath.h"
 #include "Tarnwick/Operations/OperationContext.h"
 #include "Tarnwick/Panes/PaneController.h"
@@ -8,6 +9,7 @@
 #include "Tarnwick/Preview/PreviewController.h"
 #include "Tarnwick/Session/SessionMemory.h"
 #include "Tarnwick/Settings/PaneSide.h"
+#include "Tarnwick/Window/DropHover.h"
 #include "Tarnwick/Window/MainDisplay.h"
 #include "Tarnwick/Window/PaneContainer.h"
 
@@ -29,8 +31,10 @@ public:
     using MakeTransfer = std::function<std::shared_ptr<Transfer>()>;
 
     /// `memory` may be null: nothing is remembered. `makeTransfer` gives each copy and each move what moves its bytes.
+    /// `makeDragFolder` may be empty: files of a host are dragged within the program only.
     MainWindowController(PaneController::Collaborators collaborators, Connections &connections,
-                         std::shared_ptr<SessionMemory> memory = nullptr, MakeTransfer makeTransfer = {});
+                         std::shared_ptr<SessionMemory> memory = nullptr, MakeTransfer makeTransfer = {},
+                         DragFetch::MakeFolder makeDragFolder = {});
 
     /// Opens the tabs of both sides: what the command line asked for, else what was open last time, else the home
     /// directory.
@@ -48,6 +52,12 @@ public:
 
     /// The pane of a side that is on show.
     std::shared_ptr<PaneController> const &pane(PaneSide side) const { return container(side).activePane(); }
+
+    /// What is dragged over a side.
+    DropHover &drops(PaneSide side) const;
+
+    /// What makes copies of the operands for other programs. Null: they are files of this machine.
+    std::shared_ptr<DragFetch> fetchForDrag(PaneSide side) const;
 
     PaneSide activeSide() const noexcept { return active; }
 
@@ -135,6 +145,9 @@ private:
     void rememberSides();
     void followPreview();
     PaneSide sideOfPreview() const;
+    std::unique_ptr<DropHover> makeDrops(PaneSide side);
+    void accept(DropHover::Drop const &drop);
+    static Task<void> delivering(OperationContext context, DropHover::Drop const &drop);
     OperationContext contextOf(std::shared_ptr<PaneController> const &pane) const;
     void readHosts();
     static Task<void> completeMenus(Task<std::vector<std::string>> reading, std::shared_ptr<KnownHosts> known,
@@ -144,9 +157,11 @@ private:
     Connections &sources;
     std::shared_ptr<SessionMemory> const memory;
     MakeTransfer const makeTransfer;
+    DragFetch::MakeFolder const makeDragFolder;
     /// The saved hosts between two openings of a menu, shared with the tasks that read them.
     std::shared_ptr<KnownHosts> const knownHosts = std::make_shared<KnownHosts>();
     std::array<std::unique_ptr<PaneContainer>, 2> containers; ///< both exist, but for the time of construction
+    std::array<std::unique_ptr<DropHover>, 2> hovers;         ///< likewise; of the containers
     PaneSide active = PaneSide::left;
     bool hasStarted = false; ///< before, there is nothing to remember
     MainDisplay *window = nullptr;

@@ -98,6 +98,39 @@ void XServer::focus(std::vector<std::string> const &search) const
     ADD_FAILURE() << "no window takes the keyboard:\n" << complaint;
 }
 
+XServer::Place XServer::middleOfHalf(std::string const &title, int half) const
+{
+    auto const words = outputOf({"xdotool", "search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"},
+                                {{"DISPLAY", name}});
+    auto const value = [&](std::string const &key) { return std::stoi(words.substr(words.find(key) + key.size())); };
+    return {value("\nX=") + value("WIDTH=") * (1 + 2 * half) / 4, value("\nY=") + value("HEIGHT=") / 2};
+}
+
+void XServer::beginDrag(Place from) const
+{
+    constexpr int step = 8; // pixels; a drag begins after some steps in one direction
+    movePointer(from);
+    tool({"mousedown", "1"});
+    for (int steps = 1; steps <= 4; ++steps)
+        movePointer({from.x, from.y + steps * step});
+}
+
+void XServer::movePointer(Place to) const
+{
+    tool({"mousemove", std::to_string(to.x), std::to_string(to.y)});
+}
+
+void XServer::releaseButton() const
+{
+    tool({"mouseup", "1"});
+}
+
+void XServer::tool(std::vector<std::string> arguments) const
+{
+    arguments.insert(arguments.begin(), "xdotool");
+    outputOf(std::move(arguments), {{"DISPLAY", name}});
+}
+
 std::string XServer::titles() const
 {
     // Without a match its status is 1, which is an answer here.

@@ -42,6 +42,19 @@ public:
     /// The same into the window of a title, as soon as it is visible.
     void pressIn(std::string const &title, std::string const &chord) const;
 
+    struct Place {
+        int x = 0;
+        int y = 0;
+    };
+
+    /// The middle of the left or the right half of the window of a title.
+    Place middleOfHalf(std::string const &title, int half) const;
+
+    /// Presses the left mouse button, and moves as a drag begins.
+    void beginDrag(Place from) const;
+    void movePointer(Place to) const;
+    void releaseButton() const;
+
     /// The titles of the visible windows, one a line.
     std::string titles() const;
 
@@ -52,6 +65,8 @@ public:
     Picture picture() const;
 
 private:
+    void tool(std::vector<std::string> arguments) const;
+
     /// Gives the keyboard to the first window that xdotool finds with `search`.
     void focus(std::vector<std::string> const &search) const;
 

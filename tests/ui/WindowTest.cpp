@@ -1,5 +1,6 @@
 #include "tests/ui/WindowTest.h"
 
+#include "TWEngine/Transfer/TransferEngine.h"
 #include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
@@ -33,7 +34,8 @@ WindowTest::~WindowTest()
 void WindowTest::open()
 {
     controller = std::make_unique<MainWindowController>(
-        PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections);
+        PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections, nullptr,
+        [this] { return std::make_shared<TransferEngine>(runtime, TransferTools::find()); });
     controller->usePreviews(std::make_shared<FilePreviews>(runtime, [this] { return scratch.path(); }));
     window = std::make_unique<MainWindow>(*controller, defaults, program);
     window->show();

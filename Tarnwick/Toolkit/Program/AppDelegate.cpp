@@ -82,6 +82,10 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                                          [this](std::string_view line) { lifeLog.note(line); }}),
         [&engine = with.engine, tools = TransferTools::find()] {
             return std::make_shared<TransferEngine>(engine, tools);
+        },
+        [&engine = with.engine, place = with.scratch] {
+            return engine.workers().run(WorkPriority::interactive,
+                                        [place] { return Scratch::newFolder("drag", place); });
         });
     controller->usePreviews(std::make_shared<FilePreviews>(with.engine, [] { return Scratch::directory("preview"); }));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);

@@ -12,7 +12,6 @@
 #include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QToolTip>
@@ -21,6 +20,13 @@
 #include <utility>
 
 namespace tw {
+
+namespace {
+
+/// Of the outline of what a drag would be dropped on; more than that of a cursor, which may be on the same row.
+constexpr int dropLineWidth = 2;
+
+} // namespace
 
 PaneTableView::PaneTableView(PaneTableModel &rows, QWidget *parent)
     : QTableView(parent), header(new PaneHeaderView(this))
@@ -168,6 +174,13 @@ void PaneTableView::showCursor(std::optional<int> row)
     bringCursorIntoViewWhenShown = !isVisible();
 }
 
+void PaneTableView::showDropTarget(DropTarget target, int row)
+{
+    dropTarget = target;
+    dropRow = row;
+    viewport()->update();
+}
+
 void PaneTableView::showActive(bool active)
 {
     look.isActive = active;
@@ -271,36 +284,6 @@ void PaneTableView::focusInEvent(QFocusEvent *event)
         onEntered();
 }
 
-void PaneTableView::mousePressEvent(QMouseEvent *event)
-{
-    auto const row = rowAt(event->position().toPoint().y());
-    auto const held = event->modifiers();
-    nameMayBeClickedAgain = isAgainOnName(*event) ? std::optional(row) : std::nullopt;
-    keyboardCameByClick = false;
-    if (event->button() == Qt::LeftButton && row >= 0 && onRowClicked)
-        onRowClicked(row, {.shift = held.testFlag(Qt::ShiftModifier), .control = held.testFlag(Qt::ControlModifier)});
-}
-
-void PaneTableView::mouseMoveEvent(QMouseEvent * /*event*/)
-{
-    // The base class would select along the way.
-}
-
-void PaneTableView::mouseReleaseEvent(QMouseEvent *event)
-{
-    auto const row = std::exchange(nameMayBeClickedAgain, std::nullopt);
-    if (row && row == rowAt(event->position().toPoint().y()) && onNameClickedAgain)
-        onNameClickedAgain(*row);
-}
-
-bool PaneTableView::isAgainOnName(QMouseEvent const &press) const
-{
-    auto const place = press.position().toPoint();
-    return press.button() == Qt::LeftButton && press.modifiers() == Qt::NoModifier && !keyboardCameByClick &&
-           hasFocus() && rowAt(place.y()) == look.cursorRow &&
-           columnAt(place.x()) == static_cast<int>(PaneColumn::name);
-}
-
 void PaneTableView::showNameField(NameField const &field)
 {
     hideNameField();
@@ -327,6 +310,7 @@ void PaneTableView::hideNameField()
     nameEditor.clear();
     if (!editor)
         return;
+    isEditEndedByPress = QGuiApplication::mouseButtons().testFlag(Qt::LeftButton);
     // Qt may still be in one of its events.
     editor->onConfirmed = editor->onCancelled = editor->onLeft = nullptr;
     if (window()->focusWidget() == editor)
@@ -335,26 +319,18 @@ void PaneTableView::hideNameField()
     editor->deleteLater();
 }
 
-void PaneTableView::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    // Who marks with clicks in quick succession opens nothing.
-    if (event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier)) {
-        mousePressEvent(event);
-        return;
-    }
-    nameMayBeClickedAgain.reset();
-    auto const row = rowAt(event->position().toPoint().y());
-    if (event->button() == Qt::LeftButton && row >= 0 && onRowDoubleClicked)
-        onRowDoubleClicked(row);
-}
-
 void PaneTableView::paintEvent(QPaintEvent *event)
 {
     QTableView::paintEvent(event);
+    QPainter painter(viewport());
     if (look.cursorRow && !look.isActive) {
-        QPainter painter(viewport());
         painter.setPen(look.colors.cursor);
         painter.drawRect(rowRect(*look.cursorRow).adjusted(0, 0, -1, -1));
+    }
+    if (dropTarget != DropTarget::none) {
+        auto const place = dropTarget == DropTarget::row ? rowRect(dropRow) : viewport()->rect();
+        painter.setPen(QPen(palette().color(QPalette::Highlight), dropLineWidth));
+        painter.drawRect(QRectF(place).adjusted(1, 1, -1, -1));
     }
     if (model()->rowCount() > 0 && onPainted)
         onPainted();

@@ -31,6 +31,12 @@ public:
     void redrawRows();
     void showCursor(std::optional<int> row);
     void showActive(bool active);
+
+    enum class DropTarget { none, row, allRows };
+
+    /// Outlines where a drag would be dropped.
+    void showDropTarget(DropTarget target, int row = 0);
+
     int firstVisibleRow() const;
     void scrollToFirstVisibleRow(int row);
     int wholeVisibleRows() const;
@@ -53,6 +59,9 @@ public:
 
     std::function<void(int row, ClickModifiers held)> onRowClicked;
     std::function<void(int row)> onRowDoubleClicked;
+
+    /// The mouse draws a row, or all that are marked.
+    std::function<void()> onDragWanted;
 
     /// A click on the name under the cursor, in a table that had the keyboard.
     std::function<void(int row)> onNameClickedAgain;
@@ -86,6 +95,12 @@ protected:
     bool viewportEvent(QEvent *event) override;
 
 private:
+    struct Press {
+        int row = 0;
+        QPoint place = {};
+        bool isClickPending = false; ///< it becomes a click if it does not become a drag
+    };
+
     void applyFonts();
     void applyColors();
     void redrawRow(std::optional<int> row);
@@ -104,7 +119,11 @@ private:
     std::optional<int> firstRowWhenShown;
     bool bringCursorIntoViewWhenShown = false;
     QPointer<NameEditor> nameEditor;
-    bool keyboardCameByClick = false;         ///< no press has come since
+    bool isEditEndedByPress = false;  ///< the press itself comes next
+    bool keyboardCameByClick = false; ///< no press has come since
+    DropTarget dropTarget = DropTarget::none;
+    int dropRow = 0;
+    std::optional<Press> rowPress;            ///< that a drag may come of
     std::optional<int> nameMayBeClickedAgain; ///< the row of a press that may be the first half of such a click
 };
 

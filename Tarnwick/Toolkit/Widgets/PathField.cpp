@@ -29,6 +29,7 @@ constexpr int textInset = 2;
 PathField::PathField(QWidget *parent) : QLineEdit(parent), busy(new BusySpinner(this))
 {
     setFrame(false);
+    setAcceptDrops(false); // what is dropped here goes into a folder, and is no text
     busy->resize(busy->sizeHint());
     setTextMargins(PathStrip::sideMargin, PathStrip::verticalMargin, 2 * PathStrip::sideMargin + busy->width(),
                    PathStrip::verticalMargin + PathStrip::lineHeight);

@@ -13,6 +13,7 @@
 #include "Tarnwick/Toolkit/Table/ColumnsDialog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
+#include "Tarnwick/Toolkit/Windows/DragOut.h"
 #include "Tarnwick/Toolkit/Windows/PaneContainerView.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
@@ -94,6 +95,10 @@ void MainWindow::buildPanes()
     right = new PaneContainerView(panes.container(PaneSide::right), settings, icons, splitter);
     splitter->addPane(left);
     splitter->addPane(right);
+    for (auto const each : {PaneSide::left, PaneSide::right}) {
+        side(each).acceptDrops(panes.drops(each));
+        pane(each).onDragWanted = [this, each] { DragOut::run(panes, each, pane(each)); };
+    }
     splitter->onDividerDoubleClicked = [this] { splitter->equalize(); };
     if (panes.preview())
         panel = new PreviewPanel(panes.preview(), [this](PaneSide which) { return &side(which); });

@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Windows/PaneContainerView.h"
 
 #include "Tarnwick/Toolkit/Widgets/TabBarView.h"
+#include "Tarnwick/Toolkit/Windows/DropArea.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
 #include <QVBoxLayout>
@@ -25,6 +26,12 @@ PaneContainerView::PaneContainerView(PaneContainer &container, Defaults &default
 PaneContainerView::~PaneContainerView()
 {
     tabs.detach();
+}
+
+void PaneContainerView::acceptDrops(DropHover &hover)
+{
+    auto *const drops = new DropArea(hover, *view, bar->strip(), *this);
+    view->onRowsReloaded = [drops] { drops->rowsChanged(); };
 }
 
 void PaneContainerView::connectBar()

@@ -7,6 +7,7 @@
 
 namespace tw {
 
+class DropHover;
 class PaneView;
 class TabBarView;
 
@@ -23,6 +24,9 @@ public:
     PaneView &pane() const { return *view; }
 
     TabBarView &tabBar() const { return *bar; }
+
+    /// Takes what is dragged over the side. `hover` outlives this.
+    void acceptDrops(DropHover &hover);
 
 private:
     void showTabs(std::vector<TabItem> const &items, std::size_t selected) override;

@@ -101,6 +101,10 @@ void PaneView::connectTable()
     rowTable->onTextComposed = [this](std::string const &text) { controller->textComposed(text); };
     rowTable->onRowClicked = [this](int row, ClickModifiers held) { controller->rowClicked(row, held); };
     rowTable->onRowDoubleClicked = [this](int row) { controller->rowDoubleClicked(row); };
+    rowTable->onDragWanted = [this] {
+        if (onDragWanted)
+            onDragWanted();
+    };
     rowTable->onNameClickedAgain = [this](int row) {
         controller->scheduleRename(row, std::chrono::milliseconds(QApplication::doubleClickInterval()));
     };
@@ -220,6 +224,8 @@ void PaneView::notePainted()
 void PaneView::reloadRows()
 {
     rowTable->reloadRows();
+    if (onRowsReloaded)
+        onRowsReloaded();
 }
 
 void PaneView::redrawRows()
@@ -269,7 +275,15 @@ void PaneView::showPath(Text const &shown)
 
 void PaneView::showStatus(Text const &text)
 {
-    status->setText(Wording::shown(text));
+    statusText = Wording::shown(text);
+    if (dropWords.isEmpty())
+        status->setText(statusText);
+}
+
+void PaneView::showDropWords(Text const &words)
+{
+    dropWords = Wording::shown(words);
+    status->setText(dropWords.isEmpty() ? statusText : dropWords);
 }
 
 void PaneView::editPath()

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <array>
+#include <functional>
 
 namespace tw {
 
@@ -36,6 +37,15 @@ public:
     NoticeStrip &noticeStrip() const { return *notices; }
 
     ElidedLabel &statusLine() const { return *status; }
+
+    /// In place of the status line, as long as something is dragged over the pane; empty: not any more.
+    void showDropWords(Text const &words);
+
+    /// The mouse draws a row, or all that are marked.
+    std::function<void()> onDragWanted;
+
+    /// The rows have been replaced.
+    std::function<void()> onRowsReloaded;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -87,6 +97,8 @@ private:
     NoticeStrip *const notices;
     PaneTableView *const rowTable;
     ElidedLabel *const status;
+    QString statusText;
+    QString dropWords; ///< over the status text
     bool isActive = false;
     std::string paintedPath; ///< of the listing that was last seen on screen
 };
