@@ -87,7 +87,7 @@ TEST_F(PaceTest, aNarrowLineIsFilledAndNoMoreThanAQuarterOfASecondWaits)
 TEST_F(PaceTest, piecesThatAreHeldUpMakeANarrowLineNoFasterOne)
 {
     auto const speed = 250e3;
-    for (std::size_t const piece : {1'400, 16'384, 32'768}) {
+    for (std::size_t const piece : {1'400U, 16'384U, 32'768U}) {
         for (auto const heldUp : {0ms, 45ms, 100ms}) {
             auto const outcome = send(6'000'000, speed, 50ms, lineWithRoundTrip(50ms), {piece, heldUp});
             EXPECT_LT(static_cast<double>(outcome.mostInFlight), speed * 0.4) << piece << " held up " << heldUp.count();
