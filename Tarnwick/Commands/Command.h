@@ -41,6 +41,7 @@ enum class Command {
     sortBySize,
     connect,
     contextMenu,
+    openMenuBar,
     rename,
     copyFiles,
     moveFiles,

@@ -124,9 +124,9 @@ TEST(CommandTableTest, theListOfAPanesKeysIsWhole)
 /// What GNOME, KDE, Xfce or IBus takes before a program sees it, as they are installed.
 std::set<std::string> keysOfDesktops()
 {
-    std::set<std::string> keys{"F10",        "Alt+Tab",       "Alt+Space",       "Alt+Escape",      "Ctrl+Alt+Up",
-                               "Ctrl+Space", "Ctrl+Alt+Down", "Ctrl+Alt+Left",   "Ctrl+Alt+Right",  "Ctrl+Alt+T",
-                               "Ctrl+Alt+L", "Ctrl+Alt+Tab",  "Ctrl+Alt+Delete", "Ctrl+Alt+Escape", "Ctrl+Shift+U"};
+    std::set<std::string> keys{"Alt+Tab",       "Alt+Space",       "Alt+Escape",      "Ctrl+Alt+Up", "Ctrl+Space",
+                               "Ctrl+Alt+Down", "Ctrl+Alt+Left",   "Ctrl+Alt+Right",  "Ctrl+Alt+T",  "Ctrl+Alt+L",
+                               "Ctrl+Alt+Tab",  "Ctrl+Alt+Delete", "Ctrl+Alt+Escape", "Ctrl+Shift+U"};
     for (int number = 1; number <= 12; ++number) {
         keys.insert("Alt+F" + std::to_string(number));
         keys.insert("Ctrl+F" + std::to_string(number));

@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Commands/CommandTable.h"
 #include "Tarnwick/Toolkit/Commands/CommandKeySequences.h"
+#include "Tarnwick/Toolkit/Commands/Mnemonics.h"
 #include "tests/support/RecordingTarget.h"
 #include "tests/ui/QtLoop.h"
 
@@ -172,6 +173,13 @@ TEST_F(CommandActionsTest, aHeldKeyRepeatsOnlyWhereThatIsWanted)
     EXPECT_TRUE(inner->keys.empty());
 }
 
+/// Without the mark of its letter and without its key.
+QString plainTitle(QAction const &item)
+{
+    auto title = item.text().section(QLatin1Char('\t'), 0, 0);
+    return title.remove(QLatin1Char('&'));
+}
+
 QStringList itemsOf(QMenu const &menu)
 {
     QStringList items;
@@ -179,7 +187,7 @@ QStringList itemsOf(QMenu const &menu)
         if (item->menu())
             items += itemsOf(*item->menu());
         else if (!item->isSeparator())
-            items += menu.title() + QLatin1Char('/') + item->text().section(QLatin1Char('\t'), 0, 0);
+            items += plainTitle(*menu.menuAction()) + QLatin1Char('/') + plainTitle(*item);
     }
     return items;
 }
@@ -212,6 +220,36 @@ TEST_F(CommandActionsTest, theMenuBarHasEveryCommandWithAPlaceInItsMenu)
     EXPECT_EQ(shown, wanted);
 }
 
+/// Expects each of the items, and of those in the menus below, to have a letter that no other beside it has.
+void expectLetters(QList<QAction *> const &items)
+{
+    QSet<QKeySequence> letters;
+    for (auto const *item : items) {
+        if (item->isSeparator())
+            continue;
+        auto const letter = QKeySequence::mnemonic(item->text());
+        EXPECT_FALSE(letter.isEmpty()) << item->text().toStdString();
+        EXPECT_FALSE(letters.contains(letter)) << item->text().toStdString();
+        letters.insert(letter);
+        if (item->menu())
+            expectLetters(item->menu()->actions());
+    }
+}
+
+TEST_F(CommandActionsTest, everyItemOfTheMenuBarHasALetterOfItsOwnInItsMenu)
+{
+    QMenuBar bar;
+    actions->fill(bar);
+    expectLetters(bar.actions());
+}
+
+TEST(MnemonicsTest, aLetterBeginsAWordWhereOneIsFreeAndIsGivenOnce)
+{
+    auto const titles = QStringLiteral("Select All|Select by Mask…\tS|Fish && &Chips|Sb|Sb|日本");
+    auto const given = Mnemonics::given(titles.split(QLatin1Char('|'))).join(QLatin1Char('|'));
+    EXPECT_EQ(given, QStringLiteral("&Select All|Select &by Mask…\tS|Fish && &Chips|Sb|Sb|日本"));
+}
+
 TEST_F(CommandActionsTest, aMenuShowsTheStatesOfTheMomentInWhichItOpens)
 {
     give(window, Command::toggleHidden, {.isChecked = true});
@@ -231,7 +269,8 @@ TEST_F(CommandActionsTest, anItemThatIsCalledOtherwiseInTheMenuOverAPaneIsTheSam
     give(window, Command::newFolder);
     auto *const menu = actions->contextMenu({}, &window);
     menu->popup({});
-    EXPECT_EQ(menu->actions().front()->text(), QStringLiteral("New Folder…\tF7"));
+    EXPECT_EQ(plainTitle(*menu->actions().front()), QStringLiteral("New Folder…"));
+    EXPECT_TRUE(menu->actions().front()->text().endsWith(QStringLiteral("\tF7")));
     menu->actions().front()->trigger();
     EXPECT_EQ(window.performed, only(Command::newFolder));
     menu->close();

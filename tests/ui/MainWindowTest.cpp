@@ -6,6 +6,8 @@
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
+#include <QMenu>
+#include <QMenuBar>
 #include <QPointer>
 #include <QScreen>
 #include <QTest>
@@ -47,6 +49,32 @@ TEST_F(MainWindowTest, itsKeysAskForWhatIsTheProgramsToDo)
     press(Qt::Key_Q, Qt::ControlModifier);
     EXPECT_EQ(program.performed, (std::vector{Command::showAbout, Command::quit}));
     EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(MainWindowTest, theMenuBarOpensWithF10AndWithALetterAndGivesTheKeyboardBack)
+{
+    open();
+    auto const menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
+    auto const leave = [&] {
+        while (menu()) {
+            QTest::keyClick(menu(), Qt::Key_Escape);
+            processPosted();
+        }
+        if (window->menuBar()->hasFocus())
+            press(Qt::Key_Escape);
+    };
+    press(Qt::Key_F10);
+    ASSERT_NE(menu(), nullptr);
+    EXPECT_EQ(menu(), window->menuBar()->actions().front()->menu());
+    EXPECT_EQ(menu()->activeAction(), menu()->actions().front());
+    leave();
+    EXPECT_TRUE(activeTable().hasFocus());
+    press(Qt::Key_V, Qt::AltModifier);
+    ASSERT_NE(menu(), nullptr);
+    EXPECT_EQ(menu()->title(), QStringLiteral("&View"));
+    leave();
+    EXPECT_TRUE(activeTable().hasFocus());
+    EXPECT_FALSE(active().isSearching());
 }
 
 TEST_F(MainWindowTest, quittingWorksInEachWindowOfTheProgram)

@@ -28,12 +28,19 @@ protected:
 
     static QMenu *menu() { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); }
 
+    /// Without the mark of its letter and without its key.
+    static QString titleOf(QAction const &item)
+    {
+        auto title = item.text().section(QLatin1Char('\t'), 0, 0);
+        return title.remove(QLatin1Char('&'));
+    }
+
     static QStringList titles(QMenu const &shown)
     {
         QStringList all;
         for (auto const *action : shown.actions()) {
             if (!action->isSeparator())
-                all += action->text().section(QLatin1Char('\t'), 0, 0);
+                all += titleOf(*action);
         }
         return all;
     }
@@ -41,7 +48,7 @@ protected:
     static QAction *item(QMenu const &shown, char const *title)
     {
         for (auto *const action : shown.actions()) {
-            if (action->text().section(QLatin1Char('\t'), 0, 0) == QString::fromUtf8(title))
+            if (titleOf(*action) == QString::fromUtf8(title))
                 return action;
         }
         return nullptr;

@@ -4,6 +4,7 @@
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Commands/CommandKeySequences.h"
 #include "Tarnwick/Toolkit/Commands/CommandShortcuts.h"
+#include "Tarnwick/Toolkit/Commands/Mnemonics.h"
 
 #include <QAction>
 #include <QMenu>
@@ -13,9 +14,15 @@ namespace tw {
 
 namespace {
 
+/// An ampersand in a menu marks a letter, unless it is doubled.
+QString inMenu(std::string_view title)
+{
+    return Wording::shown(title).replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
 QString titleWithKey(CommandRow const &row)
 {
-    auto const title = Wording::shown(row.title);
+    auto const title = inMenu(row.title);
     // Qt shows the keys of an action itself. A pane's key is not one of the action's, which would take it from text
     // fields too.
     return row.keys.owner == KeyOwner::pane ? title + QLatin1Char('\t') + keyTextOf(row) : title;
@@ -79,6 +86,7 @@ void CommandActions::fill(QMenuBar &bar)
         else
             bar.addMenu(menu);
     }
+    Mnemonics::give(bar.actions());
 }
 
 QMenu *CommandActions::newMenu(Menu which, QWidget *parent)
@@ -99,6 +107,7 @@ QMenu *CommandActions::newMenu(Menu which, QWidget *parent)
         menu->addSeparator();
         menu->addMenu(newMenu(below, menu));
     }
+    Mnemonics::give(menu->actions());
     keepUpToDate(*menu);
     return menu;
 }
@@ -119,6 +128,9 @@ QMenu *CommandActions::contextMenu(ContextSubject const &subject, QWidget *paren
             addContextItem(*copies, item);
         }
     }
+    Mnemonics::give(menu->actions());
+    if (copies)
+        Mnemonics::give(copies->actions());
     keepUpToDate(*menu);
     return menu;
 }
@@ -132,8 +144,7 @@ void CommandActions::addContextItem(QMenu &menu, ContextItem const &item)
     }
     // Called otherwise here, and an action has one title.
     auto const &row = rowOf(item.command);
-    auto const title = Wording::shown(item.title) + QLatin1Char('\t') + keyTextOf(row);
-    auto *const same = menu.addAction(title);
+    auto *const same = menu.addAction(inMenu(item.title) + QLatin1Char('\t') + keyTextOf(row));
     connect(same, &QAction::triggered, &usual, &QAction::trigger);
     connect(&menu, &QMenu::aboutToShow, same, [this, same, &row] {
         auto const state = stateOf(row.command);

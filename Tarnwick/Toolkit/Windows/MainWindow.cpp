@@ -245,11 +245,17 @@ void MainWindow::openContextMenu(PaneSide side, QContextMenuEvent const &event)
 
 std::optional<CommandState> MainWindow::stateOf(Command command) const
 {
-    return command == Command::contextMenu ? CommandState{} : commands.stateOf(command);
+    if (command == Command::contextMenu)
+        return CommandState{};
+    if (command == Command::openMenuBar)
+        return CommandState{.isEnabled = menuBar()->isVisible()}; // a desktop may show it elsewhere
+    return commands.stateOf(command);
 }
 
 void MainWindow::perform(Command command)
 {
+    if (command == Command::openMenuBar)
+        return openMenuBar();
     if (command != Command::contextMenu)
         return commands.perform(command);
     // Of what has the keyboard: a text field has a menu of its own.
@@ -257,6 +263,13 @@ void MainWindow::perform(Command command)
     auto const middle = focused->rect().center();
     QContextMenuEvent wish(QContextMenuEvent::Keyboard, middle, focused->mapToGlobal(middle));
     QApplication::sendEvent(focused, &wish);
+}
+
+void MainWindow::openMenuBar()
+{
+    auto *const first = menuBar()->actions().front();
+    menuBar()->setActiveAction(first);
+    first->menu()->setActiveAction(first->menu()->actions().front());
 }
 
 void MainWindow::equalizePanes()

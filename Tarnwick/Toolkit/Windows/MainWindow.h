@@ -74,6 +74,7 @@ private:
     void copyText(std::string const &text) override;
     std::shared_ptr<Dialogs> dialogs() override;
 
+    void openMenuBar();
     void openContextMenu(PaneSide side, QContextMenuEvent const &event);
     void buildPanes();
     void buildCommands();
