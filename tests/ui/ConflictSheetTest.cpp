@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Dialogs/ConflictSheet.h"
 
 #include "Tarnwick/Toolkit/Dialogs/ConflictTable.h"
+#include "Tarnwick/Toolkit/Dialogs/SheetText.h"
 #include "tests/ui/QtLoop.h"
 
 #include <QLabel>
@@ -162,6 +163,12 @@ TEST_F(ConflictSheetTest, foldersAreMerged)
     ask({{folder, folder}, conflictAbout("a")});
     press(Qt::Key_R);
     EXPECT_EQ(cell(0, ConflictModel::answer), QStringLiteral("Merge"));
+}
+
+TEST_F(ConflictSheetTest, theMessageIsAsWideAsTheTable)
+{
+    ask({conflictAbout("a")});
+    EXPECT_EQ(sheet->findChild<SheetText *>()->width(), sheet->findChild<ConflictTable *>()->width());
 }
 
 TEST_F(ConflictSheetTest, tenThousandLongNamesFitOnASmallWindowAndGetOneAnswer)

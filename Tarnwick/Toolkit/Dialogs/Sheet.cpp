@@ -40,7 +40,10 @@ void noteShown(Sheet const &sheet)
 } // namespace
 
 Sheet::Sheet(QString const &title, QString const &message, QWidget *window, std::optional<QStyle::StandardPixmap> icon)
-    : QDialog(window), column(new QVBoxLayout), buttonRow(new QDialogButtonBox(this))
+    : QDialog(window),
+      column(new QVBoxLayout),
+      text(message.isEmpty() ? nullptr : new SheetText(message, this)),
+      buttonRow(new QDialogButtonBox(this))
 {
     setWindowTitle(title);
     auto *const all = new QVBoxLayout(this);
@@ -57,8 +60,8 @@ Sheet::Sheet(QString const &title, QString const &message, QWidget *window, std:
     }
     column->setSpacing(margin / 2);
     column->addWidget(heading(title, this));
-    if (!message.isEmpty())
-        column->addWidget(new SheetText(message, this));
+    if (text)
+        column->addWidget(text);
     row->addLayout(column, 1);
     all->addLayout(row);
     all->addWidget(buttonRow);
@@ -79,6 +82,8 @@ void Sheet::setVisible(bool visible)
 void Sheet::addContent(QWidget *content)
 {
     column->addWidget(content);
+    if (text)
+        text->widen(content->minimumWidth());
 }
 
 } // namespace tw

@@ -8,6 +8,8 @@ class QVBoxLayout;
 
 namespace tw {
 
+class SheetText;
+
 /// What all sheets have in common: a title, a message and a row of buttons over one window, which takes no input
 /// meanwhile. Nothing waits inside of it: it is opened, and says when it is finished.
 class Sheet : public QDialog {
@@ -18,7 +20,7 @@ public:
     Sheet(QString const &title, QString const &message, QWidget *window,
           std::optional<QStyle::StandardPixmap> icon = std::nullopt);
 
-    /// Adds what the sheet is about, below the message.
+    /// Adds what the sheet is about, below the message, which becomes as wide as a content of a fixed width.
     void addContent(QWidget *content);
 
     QDialogButtonBox &buttons() const { return *buttonRow; }
@@ -28,6 +30,7 @@ public:
 
 private:
     QVBoxLayout *const column;
+    SheetText *const text; ///< null: the sheet has a title only
     QDialogButtonBox *const buttonRow;
 };
 

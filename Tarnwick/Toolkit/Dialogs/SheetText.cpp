@@ -1,5 +1,7 @@
 #include "Tarnwick/Toolkit/Dialogs/SheetText.h"
 
+#include <QAbstractTextDocumentLayout>
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,7 +9,7 @@ namespace tw {
 
 namespace {
 
-constexpr int textWidth = 380;
+constexpr int usualWidth = 380;
 
 /// What is longer scrolls: a sheet is to fit on a small screen.
 constexpr int mostLines = 14;
@@ -17,7 +19,7 @@ constexpr qsizetype mostCharacters = 16'384;
 
 } // namespace
 
-SheetText::SheetText(QString const &text, QWidget *parent) : QTextEdit(parent)
+SheetText::SheetText(QString const &text, QWidget *parent) : QTextEdit(parent), textWidth(usualWidth)
 {
     setReadOnly(true);
     setFrameShape(QFrame::NoFrame);
@@ -30,9 +32,17 @@ SheetText::SheetText(QString const &text, QWidget *parent) : QTextEdit(parent)
     setPlainText(text.size() > mostCharacters ? text.first(mostCharacters) + QChar(u'…') : text);
 }
 
+void SheetText::widen(int width)
+{
+    textWidth = std::max(textWidth, width);
+    updateGeometry();
+}
+
 QSize SheetText::sizeHint() const
 {
     std::unique_ptr<QTextDocument> const measured(document()->clone());
+    // On a screen of one and a half times the size, lines are higher than without a device.
+    measured->documentLayout()->setPaintDevice(viewport());
     measured->setTextWidth(textWidth);
     auto const height = static_cast<int>(std::ceil(measured->size().height()));
     return {textWidth, std::min(height, mostLines * fontMetrics().lineSpacing())};

@@ -10,9 +10,15 @@ class SheetText final : public QTextEdit {
 public:
     SheetText(QString const &text, QWidget *parent);
 
+    /// Makes the text that wide if it is narrower.
+    void widen(int width);
+
     QSize sizeHint() const override;
 
     QSize minimumSizeHint() const override { return sizeHint(); }
+
+private:
+    int textWidth;
 };
 
 } // namespace tw
