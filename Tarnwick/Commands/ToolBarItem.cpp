@@ -13,7 +13,7 @@ constexpr ToolBarItem items[] = {
     {"tw.refresh", "Refresh", Command::refresh, "view-refresh", "refresh"},
     {"tw.newFolder", "New Folder", Command::newFolder, "folder-new", "new-folder"},
     {"tw.copy", "Copy", Command::copyFiles, "edit-copy", "copy"},
-    {"tw.move", "Move", Command::moveFiles, "go-jump", "move"},
+    {"tw.move", "Move", Command::moveFiles, "", "move"},
     {"tw.rename", "Rename", Command::rename, "edit-rename", "rename"},
     {"tw.delete", "Delete", Command::deleteFiles, "edit-delete", "delete"},
     {"tw.sameFolder", "Same Folder", Command::targetIsSource, "object-flip-horizontal", "same-folder"},

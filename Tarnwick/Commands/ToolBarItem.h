@@ -13,7 +13,8 @@ struct ToolBarItem {
     std::string_view identifier; ///< in the settings
     std::string_view label;
     std::optional<Command> command = {}; ///< nothing: room
-    /// The picture's names: in an icon theme, by the freedesktop naming specification, and among our own.
+    /// The picture's names: in an icon theme, by the freedesktop naming specification, which may have none for it, and
+    /// among our own.
     std::string_view themeIcon = {};
     std::string_view ownIcon = {};
 };
