@@ -20,11 +20,18 @@ enum class CommandEffect {
     changes ///< it is never sent twice: the first time may have changed the host
 };
 
+/// What happens to a command if the host is not up, or is lost meanwhile.
+enum class CommandOnLoss {
+    connects, ///< the host is connected again, quietly
+    fails     ///< nobody wants the answer so much; a host that is away is not disturbed
+};
+
 /// A command line in the language of a host's shell, and how to run it.
 struct HostCommand {
     std::string text;
     CommandSession session = CommandSession::interactive;
     CommandEffect effect = CommandEffect::none;
+    CommandOnLoss onLoss = CommandOnLoss::connects;
     /// How long the command may take; without a limit, the default of the session holds.
     std::optional<std::chrono::duration<double>> limit = {};
 };

@@ -108,6 +108,10 @@ public:
     /// Starts a revalidation now, whatever the age. Ends without waiting for it.
     Task<void> refresh(std::string path);
 
+    /// Fetches `path` behind what is on show, and ends when that has been done. A fetch that began before the call does
+    /// not count. If all places for such fetches are taken, ends without waiting. Throws what the provider throws.
+    Task<void> revalidate(std::string path);
+
     /// Starts a background scan unless `path` is fresh in memory: the cursor is on it. Ends without waiting for it. A
     /// later call supersedes the scan of an earlier one that has not begun.
     Task<void> prefetch(std::string path);
@@ -178,6 +182,7 @@ private:
 
     /// The public operations, on the strand.
     static Task<OpenResult> openHere(std::shared_ptr<Browser> self, std::string path, PartTaker onPart);
+    static Task<void> revalidateHere(std::shared_ptr<Browser> self, std::string path);
     static Task<OpenResult> rereadHere(std::shared_ptr<Browser> self, std::string path, PartTaker onPart);
     static Task<std::optional<OpenResult>> awaitFetch(std::shared_ptr<Browser> self, std::string path,
                                                       PartTaker onPart);

@@ -1,6 +1,7 @@
 // How a Browser fetches: what it asks its provider for, and what becomes of the answers.
 
 #include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/ListingParser.h"
 #include "TWEngine/Browsing/Browser.h"
 
 namespace tw {
@@ -41,6 +42,29 @@ void Browser::scanBehind(std::string const &root, int depth, Reason reason)
                             .priority = needsAllRoom ? FetchPriority::interactive : FetchPriority::background,
                             .reason = reason},
                            clock->steadyNow()));
+}
+
+Task<void> Browser::revalidate(std::string path)
+{
+    return onStrand(strand, revalidateHere(shared_from_this(), ListingParser::normalize(path)));
+}
+
+Task<void> Browser::revalidateHere(std::shared_ptr<Browser> self, std::string path)
+{
+    auto const lastBefore = self->schedule.lastBegun();
+    for (;;) {
+        auto const depth = self->horizon(path);
+        self->scanBehind(path, depth, Reason::revalidate);
+        auto const number = self->schedule.runningScan(path, depth);
+        if (!number)
+            co_return;
+        auto const fetch = self->running.at(*number);
+        if (*number > lastBefore) {
+            co_await fetch.arrival();
+            co_return;
+        }
+        co_await fetch.end();
+    }
 }
 
 /// The number of the fetch.

@@ -90,11 +90,18 @@ void FetchSchedule::clear()
     forgotten.clear();
 }
 
+std::optional<std::uint64_t> FetchSchedule::runningScan(std::string const &root, int depth) const
+{
+    for (auto const &[number, fetch] : running) {
+        if (fetch.root == root && fetch.depth == depth && !fetch.isCancelled && !isStale(root, number))
+            return number;
+    }
+    return std::nullopt;
+}
+
 bool FetchSchedule::isCovered(Wish const &wish) const
 {
-    auto const isRunningFresh = std::ranges::any_of(running, [&](auto const &each) {
-        return isSameScan(each.second, wish) && !each.second.isCancelled && !isStale(wish.root, each.first);
-    });
+    auto const isRunningFresh = runningScan(wish.root, wish.depth).has_value();
     auto const isWaiting = [&](Wish const &other) { return isSameScan(other, wish); };
     return isRunningFresh || (wish.reason == Reason::cursor && std::ranges::any_of(behind, isWaiting));
 }

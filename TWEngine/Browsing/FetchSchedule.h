@@ -77,6 +77,10 @@ public:
     /// stale.
     Fetch const *joinable(std::string const &root, int depth) const;
 
+    /// The number of the running fetch that does what a wish for that scan asks for, whoever waits for it. A wish
+    /// during the fetch is dropped.
+    std::optional<std::uint64_t> runningScan(std::string const &root, int depth) const;
+
     /// Counts the callers that wait for a running fetch. Ignored for a fetch that has ended.
     void join(std::uint64_t number);
     void leave(std::uint64_t number);

@@ -285,4 +285,11 @@ Task<void> LocalProvider::sync(std::string folder)
                      [folder](std::string const & /*place*/) { LocalWrites::sync(folder); });
 }
 
+Task<std::shared_ptr<FolderWatch>> LocalProvider::watchFolder(std::string path)
+{
+    return lanes.run(
+        path, LastLink::follow, WorkPriority::background,
+        [&events = engine.directoryEvents(), path](std::string const & /*place*/) { return events.watch(path); });
+}
+
 } // namespace tw

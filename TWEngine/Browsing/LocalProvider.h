@@ -3,6 +3,7 @@
 #include "TWCore/Async/Clock.h"
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWCore/Provider/FileSystemWriter.h"
+#include "TWCore/Provider/FolderEvents.h"
 #include "TWEngine/Runtime/FileLanes.h"
 
 namespace tw {
@@ -18,7 +19,7 @@ class EngineRuntime;
 /// Lifetime: the engine outlives it and every operation in flight.
 /// Errors: LocalProviderError from `fetch`, ReadError from reading, PlatformError from `upload`, FileOperationError
 /// from the other writes.
-class LocalProvider final : public FileSystemReader, public FileSystemWriter {
+class LocalProvider final : public FileSystemReader, public FileSystemWriter, public FolderEvents {
 public:
     explicit LocalProvider(EngineRuntime &runtime);
 
@@ -60,6 +61,8 @@ public:
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
     Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;
     Task<void> sync(std::string folder) override;
+
+    Task<std::shared_ptr<FolderWatch>> watchFolder(std::string path) override;
 
 private:
     EngineRuntime &engine;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Async/Clock.h"
+#include "TWEngine/Runtime/DirectoryEvents.h"
 #include "TWEngine/Runtime/FileLanes.h"
 #include "TWEngine/Runtime/IoThread.h"
 #include "TWEngine/Runtime/Strand.h"
@@ -35,12 +36,15 @@ public:
 
     IoThread &io() noexcept { return ioThread; }
 
+    DirectoryEvents &directoryEvents() noexcept { return events; }
+
     std::shared_ptr<Clock> const &clock() const noexcept { return systemClock; }
 
 private:
     // In the order of dependency: work of a strand may wait for a worker or a timer, so the threads of strands end
     // first.
     IoThread ioThread;
+    DirectoryEvents events{ioThread};
     std::shared_ptr<Clock> const systemClock;
     FileLanes fileLanes;
     WorkerPool blockingWork;

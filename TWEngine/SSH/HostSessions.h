@@ -70,12 +70,13 @@ public:
     Task<void> disconnect();
 
     /// Asks a session, and once more after a reconnection if the session turns out to be lost. A question with an
-    /// effect is never asked a second time once it was sent; then OutcomeUnknown is thrown.
+    /// effect is never asked a second time once it was sent; then OutcomeUnknown is thrown. One that is not to connect
+    /// the host fails with the loss instead.
     template <class T>
     Task<T> asking(Choice choice, std::function<Task<T>(RemoteShell &)> question,
-                   CommandEffect effect = CommandEffect::none)
+                   CommandEffect effect = CommandEffect::none, CommandOnLoss onLoss = CommandOnLoss::connects)
     {
-        return askingHere(shared_from_this(), choice, std::move(question), effect);
+        return askingHere(shared_from_this(), choice, std::move(question), effect, onLoss);
     }
 
     /// The status now and each later one.
@@ -132,7 +133,7 @@ private:
 
     template <class T>
     static Task<T> askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question,
-                              CommandEffect effect);
+                              CommandEffect effect, CommandOnLoss onLoss);
     template <class T>
     static Task<T> askOnce(Self self, Task<T> question, CommandEffect effect);
     static Task<Target> session(Self self, Choice choice);
@@ -233,7 +234,7 @@ Task<T> HostSessions::askOnce(Self self, Task<T> question, CommandEffect effect)
 
 template <class T>
 Task<T> HostSessions::askingHere(Self self, Choice choice, std::function<Task<T>(RemoteShell &)> question,
-                                 CommandEffect effect)
+                                 CommandEffect effect, CommandOnLoss onLoss)
 {
     auto const endedBefore = self->life.endings();
     auto wasSent = false;
@@ -257,6 +258,8 @@ Task<T> HostSessions::askingHere(Self self, Choice choice, std::function<Task<T>
         if (!self->life.wasWanted())
             throw RemoteShellError::NotConnected();
         self->follow(self->life.sessionLost(role, generation, self->now()));
+        if (onLoss == CommandOnLoss::fails)
+            throw RemoteShellError::NotConnected();
         co_await beUp(self, Way::quiet);
     }
 }

@@ -212,12 +212,13 @@ Task<CommandResult> SSHProvider::runCommand(HostCommand command)
 {
     auto const choice = choiceOf(command.session);
     auto const effect = command.effect;
+    auto const onLoss = command.onLoss;
     return onStrand(strand, sessions->asking<CommandResult>(
                                 choice,
                                 [command = std::move(command)](RemoteShell &shell) {
                                     return shell.run(command.text, command.limit);
                                 },
-                                effect));
+                                effect, onLoss));
 }
 
 Task<void> SSHProvider::makeDirectory(std::string path)

@@ -32,6 +32,7 @@ enum class Command {
     textSmaller,
     textActualSize,
     editPath,
+    toggleAutoRefresh,
     toggleHidden,
     otherPane,
     equalizePanes,

@@ -9,6 +9,8 @@ namespace tw {
 /// one.
 class HiddenDisplay final : public PaneDisplay {
 public:
+    Visibility visibility() const override { return Visibility::hidden; }
+
     void reloadRows() override {}
 
     void redrawRows() override {}

@@ -24,6 +24,7 @@ std::shared_ptr<PaneController> PaneController::create(Collaborators collaborato
     auto pane = std::make_shared<PaneController>(Construction{}, std::move(collaborators), std::move(browser),
                                                  std::move(connectionName));
     pane->makeNavigator();
+    pane->makeWatcher();
     pane->listen(subscribe(pane, pane->browser));
     return pane;
 }
@@ -302,7 +303,8 @@ void PaneController::showConnection(std::string name)
 
 void PaneController::refreshStatus()
 {
-    showStatus(isReading ? PaneStatus::partSummary(rows) : PaneStatus::summary(rows, lastTiming));
+    showStatus(isReading ? PaneStatus::partSummary(rows) : PaneStatus::summary(rows, lastTiming, secondsOfWatching()));
+    showsSummary = true;
 }
 
 /// The words of an operation stay, since the operation itself has the folder read again.
@@ -321,6 +323,7 @@ void PaneController::showOutcome(Text text)
 void PaneController::showStatus(Text text)
 {
     showsOutcome = false;
+    showsSummary = false;
     status = std::move(text);
     display->showStatus(status);
 }

@@ -31,6 +31,7 @@ namespace tw {
 
 class CommandHost;
 class Connections;
+class FolderWatcher;
 struct KnownConnection;
 class HostArrival;
 enum class HostLogin;
@@ -55,6 +56,10 @@ public:
     };
 
     using Callbacks = PaneCallbacks;
+
+    /// A changed listing of so many entries is put in order on a worker. A shorter one takes a millisecond.
+    static constexpr std::size_t longListing = 5'000;
+
     using MarksAfter = tw::MarksAfter;
     using Composition = PaneDisplay::Composition;
 
@@ -157,9 +162,12 @@ public:
     /// Reads the folder of a host again if the pane rests there: what is on show may have changed while nobody looked.
     void revalidate();
 
-    /// Has the folder on show read again behind the rows if the pane rests there: another program may have changed it.
-    /// Of a host, only a listing that is old, and none while the strip says something.
+    /// Somebody looks at the pane again: looks for changes in the folder on show if the pane rests there, unless its
+    /// strip says something, or folders are not to refresh themselves.
     void checkForChanges();
+
+    /// The pane is closed: changes in the folder on show are nothing to it any more.
+    void stopWatching();
 
     void openSelection();
     void goUp();
@@ -281,6 +289,11 @@ private:
 
     PaneSearch::Events searchEvents();
     void makeNavigator();
+    void makeWatcher();
+    void startWatching();
+    static Task<void> readBehindRows(std::weak_ptr<PaneController> weak);
+    void noteReading(std::exception_ptr const &failure);
+    std::optional<int> secondsOfWatching() const;
     void startNavigation(Navigation navigation);
     void showPart(Navigation const &navigation, DirectorySnapshot part);
     void arrive(Navigation const &navigation, Navigator::Arrival arrival);
@@ -296,7 +309,10 @@ private:
 
     void listen(Task<void> loop);
     void adopt(Navigation const &navigation, Updates updates);
+    std::string cursorNameAfter(DirectorySnapshot const &next) const;
+    static Task<OrderedListing> ordered(DirectorySnapshot snapshot, ViewOptions options, FolderPlacement placement);
     void applyRefresh(DirectorySnapshot snapshot);
+    void applyRefresh(OrderedListing next);
 
     void setOut(PaneSpec destination, HostLogin login);
     void leaveHostArrival();
@@ -369,7 +385,10 @@ private:
     Alarm pendingRename;
     std::string nameToEdit; ///< when `pendingRename` rings
     std::stop_source updateLoop;
+    std::shared_ptr<FolderWatcher> watcher;
+    bool isFolderGone = false; ///< the rows are those of a folder that cannot be read any more
     Defaults::Subscription placementObservation;
+    Defaults::Subscription refreshObservation;
 
     // What is shown beside the rows, for a display that comes later.
     HiddenDisplay hidden;
@@ -378,6 +397,7 @@ private:
     std::string shownConnection;
     Text status;
     bool showsOutcome = false; ///< `status` is what an operation says
+    bool showsSummary = false; ///< the status line has nothing else to say
     bool isActive = false;
 };
 

@@ -4,6 +4,7 @@
 #include "Tarnwick/Connections/ConnectionItem.h"
 #include "Tarnwick/Panes/PaneNotice.h"
 #include "Tarnwick/Panes/PathCompletion.h"
+#include "Tarnwick/Panes/Visibility.h"
 #include "Tarnwick/Table/PaneModel.h"
 
 #include <optional>
@@ -22,6 +23,8 @@ struct NameField;
 class PaneDisplay {
 public:
     virtual ~PaneDisplay() = default;
+
+    virtual Visibility visibility() const = 0;
 
     /// The rows were replaced or reordered; the scroll position stays as far as it can.
     virtual void reloadRows() = 0;

@@ -7,16 +7,6 @@
 
 namespace tw {
 
-namespace {
-
-/// What is found to have changed reaches the pane as an update. A failure is nothing that the user has asked about.
-Task<void> readIfOld(std::shared_ptr<Browser> source, std::string path)
-{
-    co_await outcomeOf(source->open(std::move(path)));
-}
-
-} // namespace
-
 void PaneController::makeNavigator()
 {
     auto const weak = weak_from_this();
@@ -242,6 +232,7 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     requested = pathOnShow();
     typedWish.clear();
     showRequestedPath();
+    startWatching();
     if (isSameFolder && wasTouched)
         refreshStatusAfterReread();
     else
@@ -326,67 +317,11 @@ void PaneController::revalidate()
     wasTouched = true; // nobody has asked for it, so nobody is to be led to the strip
 }
 
-void PaneController::checkForChanges()
-{
-    if (!restsOnListing() || notices.onShow())
-        return;
-    auto const path = pathOnShow();
-    spawn({collaborators.mainContext, {}},
-          connection == localConnection ? browser->refresh(path) : readIfOld(browser, path));
-}
-
 /// A navigation that began meanwhile is no refresh any more.
 void PaneController::followUpRefresh()
 {
     if (std::exchange(wantsReread, false))
         refresh();
-}
-
-void PaneController::listen(Task<void> loop)
-{
-    updateLoop.request_stop();
-    updateLoop = std::stop_source();
-    spawn({collaborators.mainContext, updateLoop.get_token()}, std::move(loop));
-}
-
-Task<void> PaneController::subscribe(std::weak_ptr<PaneController> weak, std::shared_ptr<Browser> source)
-{
-    auto stream = co_await source->updates();
-    source.reset();
-    co_await listenToUpdates(weak, std::move(stream));
-}
-
-Task<void> PaneController::listenToUpdates(std::weak_ptr<PaneController> weak, Updates stream)
-{
-    auto const context = co_await currentContext();
-    for (;;) {
-        auto snapshot = co_await stream.next();
-        auto const self = weak.lock();
-        // One that was on its way when the pane went over to another connection is a folder of the one before.
-        if (!self || !snapshot || context.stop.stop_requested())
-            co_return;
-        if (snapshot->path() == self->pathOnShow())
-            self->applyRefresh(*std::move(snapshot));
-    }
-}
-
-void PaneController::applyRefresh(DirectorySnapshot snapshot)
-{
-    if (holdsRefreshes) {
-        deferredRefresh = std::move(snapshot);
-        return;
-    }
-    auto const firstRow = display->firstVisibleRow();
-    changeRows([&] { rows.setSnapshot(std::move(snapshot)); });
-    display->scrollToFirstVisibleRow(firstRow);
-    refreshStatusAfterReread();
-}
-
-void PaneController::applyDeferredRefresh()
-{
-    holdsRefreshes = false;
-    if (auto snapshot = std::exchange(deferredRefresh, std::nullopt))
-        applyRefresh(*std::move(snapshot));
 }
 
 } // namespace tw

@@ -44,13 +44,15 @@ std::vector<Text> counts(PaneModel const &model)
 
 } // namespace
 
-Text summary(PaneModel const &model, Text const &timing)
+Text summary(PaneModel const &model, Text const &timing, std::optional<int> secondsOfWatching)
 {
     auto line = counts(model);
     if (model.snapshot() && model.snapshot()->truncated())
         line.push_back({"   ⚠︎ %@", {"listing truncated"}});
     if (!timing.isEmpty())
         line.push_back({"   ·  %@", {timing}});
+    if (secondsOfWatching)
+        line.push_back({"   ·  %@", {Text("watching every %ds", {std::to_string(*secondsOfWatching)})}});
     return Text::sequence(std::move(line));
 }
 

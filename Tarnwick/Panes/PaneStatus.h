@@ -10,8 +10,9 @@
 /// The texts of a pane's status line.
 namespace tw::PaneStatus {
 
-/// How many files and folders, their size, the marks, and how long the folder took to open.
-Text summary(PaneModel const &model, Text const &timing);
+/// How many files and folders, their size, the marks, how long the folder took to open, and every how many seconds a
+/// slow host is asked for changes.
+Text summary(PaneModel const &model, Text const &timing, std::optional<int> secondsOfWatching = {});
 
 /// The same while a long folder is being read: what has come so far.
 Text partSummary(PaneModel const &model);

@@ -2,7 +2,6 @@
 
 #include "TWCore/Check.h"
 #include "Tarnwick/Table/NameMask.h"
-#include "Tarnwick/Table/RowOrder.h"
 
 #include <algorithm>
 #include <limits>
@@ -32,11 +31,19 @@ void PaneModel::Sums::count(Entry const &entry, int sign)
 
 void PaneModel::setSnapshot(DirectorySnapshot snapshot)
 {
-    marks.carryOver(listing.value_or(DirectorySnapshot()), snapshot);
-    collation = Collation(snapshot);
-    listing = std::move(snapshot);
+    setListing(OrderedListing::of(std::move(snapshot), options, placement));
+}
+
+void PaneModel::setListing(OrderedListing next)
+{
+    marks.carryOver(listing.value_or(DirectorySnapshot()), next.snapshot);
+    collation = std::move(next.collation);
+    listing = std::move(next.snapshot);
     endFinding();
-    rebuild();
+    if (next.options == options && next.placement == placement)
+        show(std::move(next.rows));
+    else
+        rebuild();
 }
 
 void PaneModel::setViewOptions(ViewOptions const &wanted)
@@ -53,26 +60,20 @@ void PaneModel::setFolderPlacement(FolderPlacement wanted)
 
 void PaneModel::rebuild()
 {
-    visible.clear();
+    show(listing ? orderedRows(*listing, collation, options, placement) : std::vector<std::uint32_t>());
+}
+
+void PaneModel::show(std::vector<std::uint32_t> rows)
+{
+    visible = std::move(rows);
     places.clear();
     shown = {};
     shownMarked = {};
-    if (!listing)
-        return;
-    auto const entries = listing->entries();
-    visible.reserve(entries.size());
-    for (std::uint32_t index = 0; index < entries.size(); ++index) {
-        auto const bytes = listing->nameBytes(entries[index]);
-        check(!bytes.empty(), "a listing holds an entry without a name");
-        if (!isOnShow(bytes))
-            continue;
-        visible.push_back(index);
-        shown.count(entries[index], 1);
+    for (auto const index : visible) {
+        shown.count(entryAt(index), 1);
         if (marks.contains(index))
-            shownMarked.count(entries[index], 1);
+            shownMarked.count(entryAt(index), 1);
     }
-    sortRows(visible, *listing, collation,
-             {.key = options.sortKey, .ascending = options.ascending, .placement = placement});
 }
 
 /// Visible rows point into the listing: without one there are no such rows.

@@ -5,6 +5,7 @@
 #include "Tarnwick/Settings/FolderPlacement.h"
 #include "Tarnwick/Table/FoldedNames.h"
 #include "Tarnwick/Table/MarkSet.h"
+#include "Tarnwick/Table/OrderedListing.h"
 #include "Tarnwick/Table/ViewOptions.h"
 
 #include <cstdint>
@@ -31,11 +32,16 @@ public:
     /// Puts another listing on show, with a new collation. The marks stay.
     void setSnapshot(DirectorySnapshot snapshot);
 
+    /// The same, without the work of ordering the rows if they are ordered as this pane shows them.
+    void setListing(OrderedListing next);
+
     std::vector<std::uint32_t> const &order() const noexcept { return visible; }
 
     ViewOptions const &viewOptions() const noexcept { return options; }
 
     void setViewOptions(ViewOptions const &wanted);
+
+    FolderPlacement folderPlacement() const noexcept { return placement; }
 
     void setFolderPlacement(FolderPlacement wanted);
 
@@ -138,6 +144,7 @@ private:
     };
 
     void rebuild();
+    void show(std::vector<std::uint32_t> rows);
     Entry const &entryAt(std::uint32_t index) const;
     std::string_view nameAt(std::uint32_t index) const;
     bool isOnShow(std::string_view name) const;

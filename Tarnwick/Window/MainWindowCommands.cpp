@@ -71,6 +71,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
         return CommandState{.isEnabled = window.activePane().hasOperands()};
     case Command::preview:
         return CommandState{.isEnabled = window.canPreview()};
+    case Command::toggleAutoRefresh:
+        return CommandState{.isChecked = window.refreshesItself()};
     case Command::toggleHidden:
         return CommandState{.isChecked = window.activePane().model().viewOptions().showHidden};
     default:
@@ -122,6 +124,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdUsualTextSize();
     case Command::editPath:
         return window.cmdEditPath();
+    case Command::toggleAutoRefresh:
+        return window.cmdToggleAutoRefresh();
     case Command::toggleHidden:
         return window.cmdToggleHidden();
     case Command::otherPane:

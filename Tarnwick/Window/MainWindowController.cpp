@@ -163,9 +163,7 @@ void MainWindowController::revalidateAfterWake()
 
 void MainWindowController::checkForChanges()
 {
-    if (!Settings::autoRefresh.read(collaborators.defaults))
-        return;
-    for (auto const side : {PaneSide::left, PaneSide::right})
+    for (auto const side : bothSides)
         pane(side)->checkForChanges();
 }
 
@@ -306,6 +304,18 @@ void MainWindowController::cmdCustomizeColumns()
 void MainWindowController::cmdToggleHidden()
 {
     activePane().toggleHidden();
+}
+
+bool MainWindowController::refreshesItself() const
+{
+    return Settings::autoRefresh.read(collaborators.defaults);
+}
+
+void MainWindowController::cmdToggleAutoRefresh()
+{
+    auto const isOn = !refreshesItself();
+    Settings::autoRefresh.write(collaborators.defaults, isOn); // each pane follows the setting
+    activePane().showStatus(isOn ? "folders refresh themselves" : "auto refresh off — ⌘R to reload");
 }
 
 void MainWindowController::cmdMarkAll()

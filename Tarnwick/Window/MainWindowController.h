@@ -105,6 +105,8 @@ public:
     void cmdBackgroundWork();
     void cmdCustomizeColumns();
     void cmdToggleHidden();
+    bool refreshesItself() const;
+    void cmdToggleAutoRefresh();
     void cmdNewTab();
 
     /// The last tab of a side takes the window with it.

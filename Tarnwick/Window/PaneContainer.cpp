@@ -136,6 +136,8 @@ void PaneContainer::show(std::size_t index)
         events.open(*place, tab.pane);
     else if (isStale)
         tab.pane->revalidate();
+    else if (before != tab.pane)
+        tab.pane->checkForChanges();
 }
 
 void PaneContainer::closeTab(std::size_t index)
@@ -154,6 +156,7 @@ void PaneContainer::remove(std::size_t index)
     active = std::min(active, tabs.size() - 1);
     closed->endRename(PaneController::NameEnd::committed); // a name that was typed is not lost with its tab
     closed->callbacks = {};
+    closed->stopWatching();
     closed->setActive(false);
 }
 

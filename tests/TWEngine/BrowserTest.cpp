@@ -390,6 +390,32 @@ TEST_F(BrowserTest, aRefreshDoesNotWaitForTheTimeToLive)
     EXPECT_EQ(provider->waiting.size(), 1U) << "one scan of one root at one depth at a time";
 }
 
+TEST_F(BrowserTest, aRevalidationEndsWithAFetchThatBeganAfterIt)
+{
+    openCold("/srv", {file("a")});
+    get(browser->refresh("/srv"));
+    auto const revalidated = loop.start(browser->revalidate("/srv"));
+    loop.drain();
+    answer({file("b")});
+    EXPECT_FALSE(revalidated.isDone()) << "the scan that ran may have been too early";
+    ASSERT_EQ(provider->waiting.size(), 1U);
+    answer({file("c")});
+    ASSERT_TRUE(revalidated.isDone());
+    EXPECT_NO_THROW(revalidated.value());
+    EXPECT_THAT(names(open("/srv").value().snapshot), ElementsAre("c"));
+}
+
+TEST_F(BrowserTest, aRevalidationThatFailsSaysSoAndTheListingStays)
+{
+    openCold("/srv", {file("a")});
+    auto const revalidated = loop.start(browser->revalidate("/srv"));
+    loop.drain();
+    provider->takeOldest().answer->fail(std::make_exception_ptr(std::runtime_error("gone")));
+    loop.drain();
+    EXPECT_THROW(revalidated.value(), std::runtime_error);
+    EXPECT_THAT(names(open("/srv").value().snapshot), ElementsAre("a"));
+}
+
 TEST_F(BrowserTest, aPrefetchIsForWhatIsNotFreshInMemory)
 {
     get(browser->prefetch("/srv"));

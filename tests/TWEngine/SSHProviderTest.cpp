@@ -267,6 +267,23 @@ TEST_F(SSHProviderTest, aCutInTheMiddleOfAnAnswerIsMended)
     EXPECT_EQ(line->traffic().connections, 2U);
 }
 
+TEST_F(SSHProviderTest, whatNobodyWantsMuchDoesNotBringAHostBack)
+{
+    reach();
+    auto const provider = connected();
+    auto const probe = [&] {
+        return provider->runCommand(
+            {.text = "echo in", .session = CommandSession::background, .onLoss = CommandOnLoss::fails});
+    };
+    EXPECT_EQ(loop.run(probe()).output, "in\n");
+    line->cut();
+    EXPECT_THROW(loop.run(probe()), RemoteShellError);
+    EXPECT_THROW(loop.run(probe()), RemoteShellError);
+    EXPECT_EQ(line->traffic().connections, 1U);
+    EXPECT_EQ(run(provider, "echo in"), "in\n") << "a person does";
+    EXPECT_EQ(loop.run(probe()).output, "in\n");
+}
+
 TEST_F(SSHProviderTest, aLossOfTheSecondSessionIsMended)
 {
     reach();

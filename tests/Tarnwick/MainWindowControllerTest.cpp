@@ -581,5 +581,16 @@ TEST_F(MainWindowControllerTest, bothFoldersOnShowAreReadWhenTheProgramComesToTh
     EXPECT_THAT(asked, testing::UnorderedElementsAre("/left", "/right"));
 }
 
+TEST_F(MainWindowControllerTest, autoRefreshIsTurnedOffAndOnAndTheStatusLineSaysSo)
+{
+    start({PaneSpec{"local", "/left", true}, PaneSpec{"local", "/right", true}});
+    controller.cmdToggleAutoRefresh();
+    EXPECT_FALSE(controller.refreshesItself());
+    EXPECT_EQ(left.status, "auto refresh off — ⌘R to reload");
+    controller.cmdToggleAutoRefresh();
+    EXPECT_TRUE(controller.refreshesItself());
+    EXPECT_EQ(left.status, "folders refresh themselves");
+}
+
 } // namespace
 } // namespace tw::test

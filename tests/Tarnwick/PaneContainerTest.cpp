@@ -50,6 +50,7 @@ protected:
         for (auto const &request : connections.waiting)
             request.answer->fail(std::make_exception_ptr(std::runtime_error("over")));
         answerAll();
+        defaults.setText("TWAutoRefresh", "false"); // ends what the panes wait for
         for (auto const &each : {browser, host}) {
             auto const ended = loop.start(each->shutdown());
             loop.drain();

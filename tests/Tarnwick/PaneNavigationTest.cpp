@@ -261,59 +261,5 @@ TEST_F(PaneNavigationTest, theCursorGoesToTheNameThatSurvives)
     EXPECT_EQ(pane->nameSurviving(std::vector<std::string>{"b"}), "c");
 }
 
-TEST_F(PaneNavigationTest, aFolderOfThisMachineIsReadBehindItsRowsWhenTheUserComesBack)
-{
-    show("/one", {file("a"), file("b")});
-    press(Key::end);
-    pane->checkForChanges();
-    loop.drain();
-    EXPECT_EQ(pane->cursorName(), "b") << "the rows stay";
-    answer("/one", {file("a"), file("b"), file("c")});
-    EXPECT_THAT(visible(), ElementsAre("a", "b", "c"));
-    EXPECT_EQ(pane->cursorName(), "b");
-}
-
-TEST_F(PaneNavigationTest, whileAnotherFolderIsOpenedTheOneOnShowIsNotReadBehindItsRows)
-{
-    show("/one", {});
-    navigate("/two");
-    auto const before = provider->fetches;
-    pane->checkForChanges();
-    loop.drain();
-    EXPECT_EQ(provider->fetches, before);
-}
-
-TEST_F(PaneNavigationTest, aFolderOfAHostIsReadBehindItsRowsOnlyIfItsListingIsOld)
-{
-    otherProvider->answersAtOnce = [this](auto const &) { return there({file("a")}); };
-    goToHost("/srv");
-    auto const before = otherProvider->fetches;
-    pane->checkForChanges();
-    loop.drain();
-    EXPECT_EQ(otherProvider->fetches, before);
-    clock->advance(std::chrono::seconds(31));
-    otherProvider->answersAtOnce = [this](auto const &) { return there({file("a"), file("b")}); };
-    pane->checkForChanges();
-    loop.drain();
-    EXPECT_EQ(otherProvider->fetches, before + 1);
-    EXPECT_THAT(visible(), ElementsAre("a", "b"));
-}
-
-TEST_F(PaneNavigationTest, aHostThatTheStripSaysSomethingAboutIsNotAskedBehindTheRows)
-{
-    otherProvider->answersAtOnce = [this](auto const &) { return there({file("a")}); };
-    goToHost("/srv");
-    otherProvider->answersAtOnce = nullptr;
-    pane->navigate("/gone");
-    loop.drain();
-    otherProvider->takeOldest().answer->fail(std::make_exception_ptr(std::runtime_error("no")));
-    loop.drain();
-    clock->advance(std::chrono::seconds(31));
-    auto const before = otherProvider->fetches;
-    pane->checkForChanges();
-    loop.drain();
-    EXPECT_EQ(otherProvider->fetches, before);
-}
-
 } // namespace
 } // namespace tw::test

@@ -59,6 +59,7 @@ protected:
     {
         controller.pane(PaneSide::left)->detach(left);
         controller.pane(PaneSide::right)->detach(right);
+        defaults.setText("TWAutoRefresh", "false"); // ends what the panes wait for
         auto const ended = loop.start(browser->shutdown());
         loop.drain();
         EXPECT_TRUE(ended.isDone());

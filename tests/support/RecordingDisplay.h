@@ -11,6 +11,7 @@ namespace tw::test {
 /// A display that records what it is to show.
 class RecordingDisplay final : public PaneDisplay {
 public:
+    Visibility watched = Visibility::visible;
     std::optional<int> cursorRow;
     int firstRow = 0;
     int wholeRows = 10;
@@ -34,6 +35,8 @@ public:
     bool hasFocus = false;
     std::vector<Composition> compositionEnds;
     std::optional<NameField> nameField; ///< with the text that is typed into it
+
+    Visibility visibility() const override { return watched; }
 
     void reloadRows() override { ++reloads; }
 

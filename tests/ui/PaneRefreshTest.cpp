@@ -58,6 +58,20 @@ TEST_F(PaneRefreshTest, aRefreshKeepsScrollPositionCursorAndMarks)
     EXPECT_EQ(active().model().markedNames().size(), 1U);
 }
 
+TEST_F(PaneRefreshTest, whatAnotherProgramDoesIsShownByItself)
+{
+    fill(3);
+    open();
+    press(Qt::Key_R, Qt::ControlModifier | Qt::AltModifier);
+    // Until one of them comes when the folder is watched already.
+    auto number = 0;
+    processUntil([&] {
+        left.file("another " + std::to_string(++number));
+        return active().model().rowCount() > 4;
+    });
+    EXPECT_THAT(shownNames(PaneSide::left), testing::Contains("another 1"));
+}
+
 TEST_F(PaneRefreshTest, aRefreshOfALargeFolderPaintsOnce)
 {
     fill(200);

@@ -2,6 +2,7 @@
 
 #include "TWEngine/Transfer/TransferEngine.h"
 #include "Tarnwick/Preview/FilePreviews.h"
+#include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "Tarnwick/Toolkit/Widgets/WrappedText.h"
@@ -13,7 +14,10 @@
 
 namespace tw::test {
 
-WindowTest::WindowTest() = default;
+WindowTest::WindowTest()
+{
+    Settings::autoRefresh.write(defaults, false); // rows change when a test has them changed
+}
 
 WindowTest::~WindowTest()
 {

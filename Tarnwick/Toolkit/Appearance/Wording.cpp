@@ -16,6 +16,7 @@ struct Words {
 
 constexpr Words catalogue[] = {
     {"This Mac", "This Computer"},
+    {"auto refresh off — ⌘R to reload", "auto refresh off — Ctrl+R to reload"},
     {"read from this Mac", "read from this computer"},
     {"write to this Mac", "write to this computer"},
 };

@@ -60,6 +60,12 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
     if (!with.settingsSetAside.empty())
         lifeLog.note("settings cannot be read whole; kept as " + with.settingsSetAside);
     removeScratch([](auto const &place) { Scratch::remove(place); });
+    with.engine.directoryEvents().reportLimits([main = with.mainContext, self = QPointer(this)](std::string_view line) {
+        main->post([self, text = std::string(line)] {
+            if (self)
+                self->lifeLog.note(text);
+        });
+    });
     QApplication::setStyle(new ToolTipDelay(Settings::toolTipDelay.read(with.defaults)));
     // Quitting closes the windows as well, and is then not their doing.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {

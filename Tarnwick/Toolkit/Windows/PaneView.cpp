@@ -221,6 +221,14 @@ void PaneView::notePainted()
     StartLog::note(QStringLiteral("listing painted ") + QString::fromStdString(onShow));
 }
 
+Visibility PaneView::visibility() const
+{
+    if (!isVisible() || window()->isMinimized())
+        return Visibility::hidden;
+    auto const isInFront = QGuiApplication::applicationState() == Qt::ApplicationActive;
+    return isInFront ? Visibility::lookedAt : Visibility::visible;
+}
+
 void PaneView::reloadRows()
 {
     rowTable->reloadRows();

@@ -50,6 +50,7 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    Visibility visibility() const override;
     void reloadRows() override;
     void redrawRows() override;
     void showCursor(std::optional<int> row) override;
