@@ -91,6 +91,7 @@ void FolderWatcher::stop()
     browser.reset();
     hasEvents = isReading = readsOnceMore = isProbing = false;
     lastStamp.clear();
+    dialect.reset();
     stuckProbes = 0;
 }
 
@@ -203,20 +204,22 @@ void FolderWatcher::probe(bool reportsFirst)
     isProbing = true;
     timer.cancel();
     spawn({with.mainContext, {}},
-          askHost(weak_from_this(), std::move(host), path, with.clock, generation, reportsFirst));
+          askHost(weak_from_this(), Question{std::move(host), dialect, path, reportsFirst}, with.clock, generation));
 }
 
-Task<void> FolderWatcher::askHost(std::weak_ptr<FolderWatcher> weak, std::shared_ptr<CommandHost> host,
-                                  std::string path, std::shared_ptr<Clock> clock, std::uint64_t generation,
-                                  bool reportsFirst)
+Task<void> FolderWatcher::askHost(std::weak_ptr<FolderWatcher> weak, Question question, std::shared_ptr<Clock> clock,
+                                  std::uint64_t generation)
 {
-    auto const dialect = co_await outcomeOf(host->dialect());
+    if (!question.dialect) {
+        auto const asked = co_await outcomeOf(question.host->dialect());
+        question.dialect = asked.value.value_or(ShellDialect::posix);
+    }
     auto const began = clock->steadyNow();
     auto const answer =
-        co_await outcomeOf(host->runCommand({.text = fingerprintOf(path, dialect.value.value_or(ShellDialect::posix)),
-                                             .session = CommandSession::background,
-                                             .onLoss = CommandOnLoss::fails,
-                                             .limit = probeLimit}));
+        co_await outcomeOf(question.host->runCommand({.text = fingerprintOf(question.path, *question.dialect),
+                                                      .session = CommandSession::background,
+                                                      .onLoss = CommandOnLoss::fails,
+                                                      .limit = probeLimit}));
     std::chrono::duration<double> const cost = clock->steadyNow() - began;
     auto const self = weak.lock();
     if (!self || self->generation != generation)
@@ -224,7 +227,8 @@ Task<void> FolderWatcher::askHost(std::weak_ptr<FolderWatcher> weak, std::shared
     self->isProbing = false;
     if (answer.value) {
         self->stuckProbes = 0;
-        self->probed(std::string(trimmed(answer.value->output)), cost.count(), reportsFirst);
+        self->dialect = question.dialect; // of a host that is up
+        self->probed(std::string(trimmed(answer.value->output)), cost.count(), question.reportsFirst);
     } else if (isTimeOut(answer.failure)) {
         self->stuckProbes = std::min(self->stuckProbes + 1, mostDoublings);
     }
@@ -233,6 +237,7 @@ Task<void> FolderWatcher::askHost(std::weak_ptr<FolderWatcher> weak, std::shared
 
 void FolderWatcher::probed(std::string const &stamp, double cost, bool reportsFirst)
 {
+    auto const before = interval.seconds();
     interval.observed(cost);
     if (!stamp.empty()) {
         auto const isOther = !lastStamp.empty() && lastStamp != stamp;
@@ -242,7 +247,8 @@ void FolderWatcher::probed(std::string const &stamp, double cost, bool reportsFi
         if (isOther && reportsFirst)
             readAgain();
     }
-    with.onPaceChanged();
+    if (interval.seconds() != before)
+        with.onPaceChanged();
 }
 
 void FolderWatcher::scheduleProbe()

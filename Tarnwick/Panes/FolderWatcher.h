@@ -3,6 +3,7 @@
 #include "TWCore/Async/Clock.h"
 #include "TWCore/Model/PollInterval.h"
 #include "TWCore/Provider/FolderEvents.h"
+#include "TWCore/Shell/ShellDialect.h"
 #include "Tarnwick/Panes/Alarm.h"
 #include "Tarnwick/Panes/RefreshPace.h"
 #include "Tarnwick/Panes/Visibility.h"
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tw {
@@ -63,12 +65,20 @@ public:
     void checkNow();
 
 private:
+    /// What a probe asks.
+    struct Question {
+        std::shared_ptr<CommandHost> host;
+        std::optional<ShellDialect> dialect;
+        std::string path;
+        bool reportsFirst = false;
+    };
+
     static Task<void> listen(std::weak_ptr<FolderWatcher> weak, std::shared_ptr<FolderEvents> place, std::string path,
                              std::uint64_t generation);
     static Task<void> read(std::weak_ptr<FolderWatcher> weak, Task<void> reading, std::shared_ptr<Clock> clock,
                            std::uint64_t generation);
-    static Task<void> askHost(std::weak_ptr<FolderWatcher> weak, std::shared_ptr<CommandHost> host, std::string path,
-                              std::shared_ptr<Clock> clock, std::uint64_t generation, bool reportsFirst);
+    static Task<void> askHost(std::weak_ptr<FolderWatcher> weak, Question question, std::shared_ptr<Clock> clock,
+                              std::uint64_t generation);
 
     bool isLocal() const;
     void listenForEvents();
@@ -98,6 +108,7 @@ private:
 
     // Of a folder on a host.
     std::string lastStamp; ///< empty: none yet
+    std::optional<ShellDialect> dialect;
     bool isProbing = false;
     int stuckProbes = 0; ///< since the last answer
 
