@@ -8,11 +8,11 @@
 namespace tw {
 
 /// The menus of the menu bar, and the one that is a part of another.
-enum class Menu { none, application, file, view, sortBy, mark, hosts, commands, window };
+enum class Menu { none, application, file, view, sortBy, edit, mark, hosts, commands, window };
 
 /// The menus that stand in the menu bar, in their order.
-inline constexpr std::array menuBar{Menu::application, Menu::file,     Menu::view,  Menu::mark,
-                                    Menu::hosts,       Menu::commands, Menu::window};
+inline constexpr std::array menuBar{Menu::application, Menu::file,  Menu::view,     Menu::edit,
+                                    Menu::mark,        Menu::hosts, Menu::commands, Menu::window};
 
 inline constexpr std::array submenus{Menu::sortBy};
 

@@ -50,6 +50,21 @@ constexpr CommandRow table[] = {
      .keys = paneKeys("Insert, Shift+Space"),
      .help = "mark or unmark, and go one down",
      .firstSteps = FirstSteps::yes},
+    {.command = Command::clipboardCut,
+     .title = "Cut",
+     .place = {Menu::edit, 0},
+     .keys = {.main = "Ctrl+X"},
+     .help = "cut files: they are moved to where they are pasted, here or in another program"},
+    {.command = Command::clipboardCopy,
+     .title = "Copy",
+     .place = {Menu::edit, 0},
+     .keys = {.main = "Ctrl+C"},
+     .help = "copy files to the clipboard"},
+    {.command = Command::clipboardPaste,
+     .title = "Paste",
+     .place = {Menu::edit, 0},
+     .keys = {.main = "Ctrl+V"},
+     .help = "paste files into the folder; a file is made of a text or an image"},
     {.command = Command::markAll,
      .title = "Select All",
      .place = {Menu::mark, 0},
@@ -305,6 +320,8 @@ std::string_view titleOf(Menu menu)
         return "View";
     case Menu::sortBy:
         return "Sort By";
+    case Menu::edit:
+        return "Edit";
     case Menu::mark:
         return "Mark";
     case Menu::hosts:

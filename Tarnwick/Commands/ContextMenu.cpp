@@ -10,6 +10,8 @@ void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subjec
         items.push_back({.command = Command::openSelection, .title = "Open Folder"});
         items.push_back({.kind = ContextItem::Kind::separator});
     }
+    items.push_back({.command = Command::clipboardCut});
+    items.push_back({.command = Command::clipboardCopy, .title = "Copy to Clipboard"}); // "Copy" is the menu of paths
     items.push_back({.command = Command::copyFiles, .title = "Copy to Other Pane…"});
     items.push_back({.command = Command::moveFiles, .title = "Move to Other Pane…"});
     items.push_back({.command = Command::rename, .title = "Rename…"});
@@ -31,6 +33,7 @@ std::vector<ContextItem> contextMenuItems(ContextSubject const &subject)
     std::vector<ContextItem> items;
     if (subject.row != ContextSubject::Row::none)
         addEntryItems(items, subject);
+    items.push_back({.command = Command::clipboardPaste});
     items.push_back({.command = Command::newFolder, .title = "New Folder…"});
     items.push_back({.command = Command::refresh});
     items.push_back({.command = Command::toggleHidden});

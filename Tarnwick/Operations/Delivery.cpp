@@ -5,7 +5,7 @@
 #include "Tarnwick/Connections/Connections.h"
 #include "Tarnwick/Operations/TransferSteps.h"
 
-#include <algorithm>
+#include <unordered_map>
 
 namespace tw {
 
@@ -75,6 +75,26 @@ std::string folderOf(std::string const &path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+/// One drag for each folder, in the order in which they come first.
+std::vector<FileDrag> byFolder(std::vector<std::string> const &paths, TransferKind kind)
+{
+    std::vector<FileDrag> drags;
+    std::unordered_map<std::string, std::size_t> known;
+    for (auto const &path : paths) {
+        auto const slash = path.rfind('/');
+        if (slash == std::string::npos || slash + 1 == path.size())
+            continue; // not a file in a folder
+        auto const [found, isNew] = known.emplace(folderOf(path), drags.size());
+        if (isNew)
+            drags.push_back({.connection = std::string(localConnection),
+                             .directory = found->first,
+                             .names = {},
+                             .isMove = kind == TransferKind::move});
+        drags[found->second].names.push_back(path.substr(slash + 1));
+    }
+    return drags;
+}
+
 } // namespace
 
 Task<void> deliver(OperationContext context, Delivery what)
@@ -83,7 +103,7 @@ Task<void> deliver(OperationContext context, Delivery what)
         co_return;
     auto const isSame =
         what.drag.connection == context.operands.connection && what.drag.directory == context.operands.path;
-    if (isSame && what.sameFolder == SameFolder::refuse) {
+    if (isSame && (what.sameFolder == SameFolder::refuse || what.drag.isMove)) {
         if (auto const pane = context.pane.lock())
             pane->showStatus("already here");
         co_return;
@@ -94,25 +114,14 @@ Task<void> deliver(OperationContext context, Delivery what)
 }
 
 Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind,
-                        SameFolder sameFolder)
+                        SameFolder sameFolder, std::function<void()> onMoved)
 {
-    std::vector<FileDrag> drags;
-    for (auto const &path : paths) {
-        auto const slash = path.rfind('/');
-        if (slash == std::string::npos || slash + 1 == path.size())
-            continue; // not a file in a folder
-        auto found = std::ranges::find(drags, folderOf(path), &FileDrag::directory);
-        if (found == drags.end()) {
-            drags.push_back({.connection = std::string(localConnection),
-                             .directory = folderOf(path),
-                             .names = {},
-                             .isMove = kind == TransferKind::move});
-            found = std::prev(drags.end());
-        }
-        found->names.push_back(path.substr(slash + 1));
-    }
-    for (auto &drag : drags)
-        co_await deliver(context, {.drag = std::move(drag), .sameFolder = sameFolder});
+    auto drags = byFolder(paths, kind);
+    auto const moved = std::make_shared<std::size_t>(0);
+    for (auto const &drag : drags)
+        co_await deliver(context, {.drag = drag, .sameFolder = sameFolder, .onMoved = [moved] { ++*moved; }});
+    if (onMoved && !drags.empty() && *moved == drags.size())
+        onMoved();
 }
 
 } // namespace tw

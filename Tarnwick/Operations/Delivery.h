@@ -10,9 +10,9 @@
 
 namespace tw {
 
-/// What to do with items that come from the very folder that they go to.
+/// What to do with items that come from the very folder that they go to. What is moved there stays as it is.
 enum class SameFolder {
-    duplicate, ///< pasted: each gets a name of its own
+    duplicate, ///< a pasted copy: each gets a name of its own
     refuse,    ///< dropped: they are there already
 };
 
@@ -30,7 +30,8 @@ struct Delivery {
 Task<void> deliver(OperationContext context, Delivery what);
 
 /// The same for files of this machine that come from another program, wherever they lie: one delivery for each folder.
+/// `onMoved` runs after a move of which every file has arrived.
 Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind,
-                        SameFolder sameFolder = SameFolder::duplicate);
+                        SameFolder sameFolder = SameFolder::duplicate, std::function<void()> onMoved = {});
 
 } // namespace tw

@@ -328,6 +328,20 @@ void PaneController::showStatus(Text text)
     display->showStatus(status);
 }
 
+void PaneController::showCut(std::shared_ptr<CutFiles const> files)
+{
+    if (cut == files)
+        return;
+    cut = std::move(files);
+    applyCut();
+    display->redrawRows();
+}
+
+void PaneController::applyCut()
+{
+    rows.setCut(cut && cut->connection == connection ? cut : nullptr);
+}
+
 void PaneController::setActive(bool active)
 {
     isActive = active;

@@ -265,6 +265,9 @@ public:
     /// Something was asked for that the pane cannot do now.
     void refuse() { display->beep(); }
 
+    /// The files that were cut, wherever; null: none. Those in the folder on show look like it.
+    void showCut(std::shared_ptr<CutFiles const> files);
+
     /// Shows `text` until the next thing that writes the status line.
     void showStatus(Text text);
 
@@ -347,6 +350,7 @@ private:
     void changeRows(std::function<void()> const &change);
     void restoreCursor(std::string_view name);
 
+    void applyCut();
     void showPath(Text path);
     void showRequestedPath();
     void showConnection(std::string name);
@@ -361,6 +365,7 @@ private:
     std::string connection;
     PaneModel rows;
     PaneCursor cursor{rows};
+    std::shared_ptr<CutFiles const> cut; ///< null: none
     PlaceMemory places;
     PaneHistory history;
     std::string requested;

@@ -135,6 +135,7 @@ void PaneController::showPart(Navigation const &navigation, DirectorySnapshot pa
     if (navigation.source != browser) {
         browser = navigation.source;
         connection = navigation.connection;
+        applyCut();
         updateLoop.request_stop(); // the arrival brings the updates of the new connection
     }
     isReading = true;
@@ -260,6 +261,7 @@ void PaneController::adopt(Navigation const &navigation, Updates updates)
 {
     browser = navigation.source;
     connection = navigation.connection;
+    applyCut();
     listen(listenToUpdates(weak_from_this(), std::move(updates)));
 }
 

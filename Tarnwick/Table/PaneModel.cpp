@@ -46,6 +46,12 @@ void PaneModel::setListing(OrderedListing next)
         rebuild();
 }
 
+bool PaneModel::isCut(int row) const
+{
+    return cut && listing && cut->directory == listing->path() && entry(row) &&
+           cut->names.contains(std::string(name(row)));
+}
+
 void PaneModel::setViewOptions(ViewOptions const &wanted)
 {
     if (std::exchange(options, wanted) != wanted)

@@ -3,12 +3,14 @@
 #include "TWCore/Model/Collation.h"
 #include "TWCore/Model/DirectorySnapshot.h"
 #include "Tarnwick/Settings/FolderPlacement.h"
+#include "Tarnwick/Table/CutFiles.h"
 #include "Tarnwick/Table/FoldedNames.h"
 #include "Tarnwick/Table/MarkSet.h"
 #include "Tarnwick/Table/OrderedListing.h"
 #include "Tarnwick/Table/ViewOptions.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -104,6 +106,12 @@ public:
     /// What an operation works on: the marked names that are on show, else the name under the cursor, else nothing.
     std::vector<std::string> operands(std::optional<int> cursorRow) const;
 
+    /// The files that were cut on the connection of the pane, in whatever folder; null: none.
+    void setCut(std::shared_ptr<CutFiles const> files) { cut = std::move(files); }
+
+    /// True if the row's file was cut, and is still here.
+    bool isCut(int row) const;
+
     struct Totals {
         int files = 0; ///< everything that is not a directory
         int dirs = 0;
@@ -156,6 +164,7 @@ private:
     FolderPlacement placement = FolderPlacement::top;
     bool alwaysShowParentRow = false;
     std::vector<std::uint32_t> visible;
+    std::shared_ptr<CutFiles const> cut;
     MarkSet marks; ///< of entries on show and of hidden ones
     Sums shown;
     Sums shownMarked;

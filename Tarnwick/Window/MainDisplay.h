@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tarnwick/Clipboard/Clipboard.h"
 #include "Tarnwick/Operations/Dialogs.h"
 
 #include <string>
@@ -23,6 +24,8 @@ public:
 
     /// Puts a text on the clipboard; the names in it may hold any bytes.
     virtual void copyText(std::string const &text) = 0;
+
+    virtual std::shared_ptr<Clipboard> clipboard() = 0;
 
     /// The questions that stand over this window.
     virtual std::shared_ptr<Dialogs> dialogs() = 0;

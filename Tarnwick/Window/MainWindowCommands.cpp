@@ -58,6 +58,7 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::unmarkAll:
     case Command::invertMarks:
     case Command::rename:
+    case Command::clipboardPaste:
         return CommandState{};
     case Command::backgroundWork:
         return CommandState{.isEnabled = window.hasBackgroundWork()};
@@ -65,6 +66,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
         return CommandState{.isEnabled = window.activePane().canGoBack()};
     case Command::forward:
         return CommandState{.isEnabled = window.activePane().canGoForward()};
+    case Command::clipboardCut:
+    case Command::clipboardCopy:
     case Command::copyFiles:
     case Command::moveFiles:
     case Command::deleteFiles:
@@ -144,6 +147,12 @@ void MainWindowCommands::perform(Command command)
         return window.cmdRename();
     case Command::preview:
         return window.cmdPreview();
+    case Command::clipboardCut:
+        return window.cmdClipboardCut();
+    case Command::clipboardCopy:
+        return window.cmdClipboardCopy();
+    case Command::clipboardPaste:
+        return window.cmdClipboardPaste();
     default:
         break;
     }

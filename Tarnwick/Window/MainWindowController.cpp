@@ -32,12 +32,13 @@ std::vector<ConnectionItem> menuFor(PaneController const &pane, std::optional<st
 
 MainWindowController::MainWindowController(PaneController::Collaborators with, Connections &connections,
                                            std::shared_ptr<SessionMemory> session, MakeTransfer transfers,
-                                           DragFetch::MakeFolder dragFolders)
+                                           DragFetch::MakeFolder dragFolders, MakeScratchFile scratchFiles)
     : collaborators(std::move(with)),
       sources(connections),
       memory(std::move(session)),
       makeTransfer(std::move(transfers)),
-      makeDragFolder(std::move(dragFolders))
+      makeDragFolder(std::move(dragFolders)),
+      makeScratchFile(std::move(scratchFiles))
 {
     for (auto const side : bothSides) {
         containers[indexOf(side)] = makeContainer(side);
@@ -64,6 +65,7 @@ std::unique_ptr<PaneContainer> MainWindowController::makeContainer(PaneSide side
 void MainWindowController::wire(PaneController &pane, PaneSide side)
 {
     // The panes are this object's own, and their callbacks go with it.
+    pane.showCut(cut);
     auto &callbacks = pane.callbacks;
     callbacks.onActivate = [this, side] { setActive(side); };
     callbacks.onSwitchSide = [this] { cmdSwapPanes(); };

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Tarnwick/Clipboard/ScratchFile.h"
 #include "Tarnwick/Connections/Connections.h"
 #include "Tarnwick/Dragging/DragFetch.h"
 #include "Tarnwick/Operations/CopiedPath.h"
 #include "Tarnwick/Operations/OperationContext.h"
+#include "Tarnwick/Operations/TransferJob.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneSpec.h"
 #include "Tarnwick/Preview/PreviewController.h"
@@ -31,16 +33,17 @@ public:
     using MakeTransfer = std::function<std::shared_ptr<Transfer>()>;
 
     /// `memory` may be null: nothing is remembered. `makeTransfer` gives each copy and each move what moves its bytes.
-    /// `makeDragFolder` may be empty: files of a host are dragged within the program only.
+    /// `makeDragFolder` may be empty: files of a host are dragged within the program only. `makeScratchFile` gives a
+    /// file to what is pasted as one.
     MainWindowController(PaneController::Collaborators collaborators, Connections &connections,
                          std::shared_ptr<SessionMemory> memory = nullptr, MakeTransfer makeTransfer = {},
-                         DragFetch::MakeFolder makeDragFolder = {});
+                         DragFetch::MakeFolder makeDragFolder = {}, MakeScratchFile makeScratchFile = {});
 
     /// Opens the tabs of both sides: what the command line asked for, else what was open last time, else the home
     /// directory.
     void start(PaneSpec::Sides const &sides);
 
-    void attach(MainDisplay &display) { window = &display; }
+    void attach(MainDisplay &display);
 
     /// What previews are read with from now on. Before, there are none.
     void usePreviews(std::shared_ptr<PreviewLoader> loader);
@@ -121,6 +124,14 @@ public:
     void cmdUnmarkAll();
     void cmdInvertMarks();
     void cmdRename();
+
+    /// Puts the operands of the active pane on the clipboard. They stay where they are until they are pasted, and look
+    /// like it if they were cut.
+    void cmdClipboardCut();
+    void cmdClipboardCopy();
+
+    /// Into the folder of the active pane.
+    void cmdClipboardPaste();
     void cmdMinimizeWindow();
     bool canPreview() const;
     void cmdPreview();
@@ -141,6 +152,8 @@ private:
 
     using WeakPanes = std::array<std::weak_ptr<PaneController>, 2>;
 
+    void putOnClipboard(TransferKind kind);
+    void showCut(std::shared_ptr<CutFiles const> files);
     std::unique_ptr<PaneContainer> makeContainer(PaneSide side);
     void wire(PaneController &pane, PaneSide side);
     void restore(PaneSide side, std::optional<PaneSpec> const &override);
@@ -160,6 +173,8 @@ private:
     std::shared_ptr<SessionMemory> const memory;
     MakeTransfer const makeTransfer;
     DragFetch::MakeFolder const makeDragFolder;
+    MakeScratchFile const makeScratchFile;
+    std::shared_ptr<CutFiles const> cut; ///< null: none
     /// The saved hosts between two openings of a menu, shared with the tasks that read them.
     std::shared_ptr<KnownHosts> const knownHosts = std::make_shared<KnownHosts>();
     std::array<std::unique_ptr<PaneContainer>, 2> containers; ///< both exist, but for the time of construction

@@ -28,19 +28,20 @@ std::vector<std::string> titlesFor(ContextSubject const &subject)
 TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 {
     EXPECT_THAT(titlesFor({.row = Row::folder}),
-                ElementsAre("Open Folder", "-", "Copy to Other Pane…", "Move to Other Pane…", "Rename…", "Copy/Name",
-                            "Copy/Name Without Extension", "Copy/Full Path", "Copy/Relative to Other Pane",
-                            "Copy/Relative to Home", "Copy/Enclosing Folder", "Delete…", "-", "New Folder…", "Refresh",
+                ElementsAre("Open Folder", "-", "Cut", "Copy to Clipboard", "Copy to Other Pane…",
+                            "Move to Other Pane…", "Rename…", "Copy/Name", "Copy/Name Without Extension",
+                            "Copy/Full Path", "Copy/Relative to Other Pane", "Copy/Relative to Home",
+                            "Copy/Enclosing Folder", "Delete…", "-", "Paste", "New Folder…", "Refresh",
                             "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 {
     EXPECT_THAT(titlesFor({.row = Row::file, .isLocal = false}),
-                ElementsAre("Copy to Other Pane…", "Move to Other Pane…", "Rename…", "Copy/Name",
-                            "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
-                            "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…", "-", "New Folder…",
-                            "Refresh", "Show Hidden Files"));
+                ElementsAre("Cut", "Copy to Clipboard", "Copy to Other Pane…", "Move to Other Pane…", "Rename…",
+                            "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
+                            "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…", "-", "Paste",
+                            "New Folder…", "Refresh", "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, whatIsDeletedAreTheMarkedFiles)
@@ -50,7 +51,7 @@ TEST(ContextMenuTest, whatIsDeletedAreTheMarkedFiles)
 
 TEST(ContextMenuTest, besideTheFilesItIsAboutTheFolderOnShow)
 {
-    EXPECT_THAT(titlesFor({}), ElementsAre("New Folder…", "Refresh", "Show Hidden Files"));
+    EXPECT_THAT(titlesFor({}), ElementsAre("Paste", "New Folder…", "Refresh", "Show Hidden Files"));
 }
 
 } // namespace

@@ -208,10 +208,10 @@ TEST_F(MainWindowCommandsTest, thePathUnderTheCursorIsCopied)
     startOn("/left", "/right");
     controller.activePane().moveCursorTo(1);
     perform(Command::copyFullPath);
-    EXPECT_EQ(window.clipboard, "/left/a");
+    EXPECT_EQ(window.copiedText, "/left/a");
     EXPECT_EQ(left.status, "copied /left/a");
     perform(Command::copyRelativePath);
-    EXPECT_EQ(window.clipboard, "../left/a");
+    EXPECT_EQ(window.copiedText, "../left/a");
 }
 
 TEST_F(MainWindowCommandsTest, ofTheRowOfTheFolderAboveThatFolderIsCopied)
@@ -219,7 +219,59 @@ TEST_F(MainWindowCommandsTest, ofTheRowOfTheFolderAboveThatFolderIsCopied)
     startOn("/left/below", "/right");
     controller.activePane().moveCursorTo(0);
     perform(Command::copyFullPath);
-    EXPECT_EQ(window.clipboard, "/left");
+    EXPECT_EQ(window.copiedText, "/left");
+}
+
+TEST_F(MainWindowCommandsTest, whatIsCutLooksLikeItInEveryPaneUntilSomethingElseIsCopied)
+{
+    startOn("/left", "/left");
+    auto const &other = controller.pane(PaneSide::right)->model();
+    controller.activePane().moveCursorTo(1);
+    perform(Command::clipboardCut);
+    EXPECT_EQ(window.files->offered, (FileDrag{"local", "/left", {"a"}, true}));
+    EXPECT_EQ(left.status, "1 item cut");
+    EXPECT_TRUE(controller.activePane().model().isCut(1));
+    EXPECT_TRUE(other.isCut(1));
+    EXPECT_FALSE(other.isCut(0)) << "the row of the folder above";
+
+    perform(Command::newTab);
+    EXPECT_TRUE(controller.activePane().model().isCut(1)) << "in a pane that is new";
+
+    auto const redraws = right.redraws;
+    window.files->take();
+    EXPECT_FALSE(other.isCut(1));
+    EXPECT_GT(right.redraws, redraws);
+}
+
+TEST_F(MainWindowCommandsTest, whatIsCopiedStaysAsItLooks)
+{
+    startOn("/left", "/right");
+    controller.activePane().moveCursorTo(1);
+    perform(Command::clipboardCut);
+    perform(Command::clipboardCopy);
+    EXPECT_EQ(window.files->offered, (FileDrag{"local", "/left", {"a"}, false}));
+    EXPECT_EQ(left.status, "1 item copied");
+    EXPECT_FALSE(controller.activePane().model().isCut(1));
+}
+
+TEST_F(MainWindowCommandsTest, withoutAFileThereIsNothingToCopy)
+{
+    startOn("/left", "/right");
+    controller.activePane().moveCursorTo(0);
+    perform(Command::clipboardCopy);
+    EXPECT_EQ(window.files->offered, std::nullopt);
+    EXPECT_EQ(left.beeps, 1);
+}
+
+TEST_F(MainWindowCommandsTest, onlyFilesOfTheSameFolderAndConnectionLookCut)
+{
+    startOn("/left", "/right");
+    controller.activePane().moveCursorTo(1);
+    perform(Command::clipboardCut);
+    EXPECT_FALSE(controller.pane(PaneSide::right)->model().isCut(1));
+    auto const cut = std::make_shared<CutFiles const>(CutFiles{"web1", "/left", {"a"}});
+    controller.activePane().showCut(cut);
+    EXPECT_FALSE(controller.activePane().model().isCut(1));
 }
 
 } // namespace

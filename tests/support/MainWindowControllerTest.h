@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Window/MainWindowController.h"
+#include "tests/support/FakeClipboard.h"
 #include "tests/support/FakeConnections.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/Listings.h"
@@ -22,7 +23,8 @@ public:
     bool isWorking = false;
     int visitsToWork = 0;
     int columnsCustomized = 0;
-    std::string clipboard;
+    std::string copiedText;
+    std::shared_ptr<FakeClipboard> files = std::make_shared<FakeClipboard>();
     std::shared_ptr<FakeDialogs> questions = std::make_shared<FakeDialogs>();
 
     void equalizePanes() override { ++equalized; }
@@ -39,7 +41,9 @@ public:
 
     void customizeColumns() override { ++columnsCustomized; }
 
-    void copyText(std::string const &text) override { clipboard = text; }
+    void copyText(std::string const &text) override { copiedText = text; }
+
+    std::shared_ptr<Clipboard> clipboard() override { return files; }
 
     std::shared_ptr<Dialogs> dialogs() override { return questions; }
 };

@@ -87,9 +87,10 @@ TEST_F(PaneMenuTest, aClickOpensItForTheRowUnderThePointerWhichGetsTheCursor)
     EXPECT_EQ(cursorName(), "file.txt");
     EXPECT_EQ(
         titles(*menu()),
-        (QStringList{QStringLiteral("Copy to Other Pane…"), QStringLiteral("Move to Other Pane…"),
-                     QStringLiteral("Rename…"), QStringLiteral("Copy"), QStringLiteral("Delete…"),
-                     QStringLiteral("New Folder…"), QStringLiteral("Refresh"), QStringLiteral("Show Hidden Files")}));
+        (QStringList{QStringLiteral("Cut"), QStringLiteral("Copy to Clipboard"), QStringLiteral("Copy to Other Pane…"),
+                     QStringLiteral("Move to Other Pane…"), QStringLiteral("Rename…"), QStringLiteral("Copy"),
+                     QStringLiteral("Delete…"), QStringLiteral("Paste"), QStringLiteral("New Folder…"),
+                     QStringLiteral("Refresh"), QStringLiteral("Show Hidden Files")}));
 }
 
 TEST_F(PaneMenuTest, aClickKeepsTheMarks)
@@ -107,7 +108,7 @@ TEST_F(PaneMenuTest, aClickOnTheOtherPaneMakesItTheActiveOne)
     rightClick(PaneSide::right, QPoint(5, table(PaneSide::right).viewport()->height() - 2));
     ASSERT_NE(menu(), nullptr);
     EXPECT_EQ(controller->activeSide(), PaneSide::right);
-    EXPECT_EQ(titles(*menu()).front(), QStringLiteral("New Folder…"));
+    EXPECT_EQ(titles(*menu()).front(), QStringLiteral("Paste"));
 }
 
 TEST_F(PaneMenuTest, aPathIsCopiedToTheClipboard)

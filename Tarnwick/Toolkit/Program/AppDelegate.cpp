@@ -3,11 +3,13 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Transfer/TransferEngine.h"
+#include "Tarnwick/Clipboard/PastedFile.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
+#include "Tarnwick/Toolkit/Clipboard/QtClipboard.h"
 #include "Tarnwick/Toolkit/Program/JobWatch.h"
 #include "Tarnwick/Toolkit/Program/SessionWatch.h"
 #include "Tarnwick/Toolkit/Program/WindowLoginPrompter.h"
@@ -28,6 +30,9 @@ Task<QDBusConnection> systemBus(EngineRuntime *engine)
 {
     return engine->workers().run(WorkPriority::background, [] { return SessionWatch::systemBus(); });
 }
+
+/// A clipboard manager takes a few milliseconds for what people copy.
+constexpr std::chrono::seconds timeForClipboard{1};
 
 Task<void> passOn(Task<QDBusConnection> connecting, std::function<void(QDBusConnection)> use)
 {
@@ -92,6 +97,9 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         [&engine = with.engine, place = with.scratch] {
             return engine.workers().run(WorkPriority::interactive,
                                         [place] { return Scratch::newFolder("drag", place); });
+        },
+        [&engine = with.engine, place = with.scratch](std::string name, std::string bytes) {
+            return PastedFile::make(&engine, place, std::move(name), std::move(bytes));
         });
     controller->usePreviews(std::make_shared<FilePreviews>(with.engine, [] { return Scratch::directory("preview"); }));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
@@ -177,6 +185,7 @@ bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed()
 void AppDelegate::applicationWillTerminate()
 {
     lifeLog.note("quit");
+    QtClipboard::leaveToManager(timeForClipboard);
     signals.reset();
     session.reset();
     jobWatch.reset();

@@ -14,6 +14,9 @@ Qt::TextElideMode elisionOf(PaneColumn column)
     return column == PaneColumn::name ? Qt::ElideMiddle : Qt::ElideRight;
 }
 
+/// What was cut looks as if it were about to go, and can still be read.
+constexpr auto opacityOfCut = 0.65;
+
 } // namespace
 
 QString PaneDelegate::textOf(PaneLook const &look, QModelIndex const &cell)
@@ -75,6 +78,8 @@ void PaneDelegate::paint(QPainter *painter, QStyleOptionViewItem const &option, 
     if (isFilled(index))
         painter->fillRect(option.rect, look.colors.cursor);
 
+    if (index.data(PaneTableModel::cutRole).toBool())
+        painter->setOpacity(opacityOfCut);
     if (column == PaneColumn::name)
         paintIcon(*painter, option.rect, index);
     auto const cell = textRect(look.fonts, option.rect, column);
@@ -86,6 +91,7 @@ void PaneDelegate::paint(QPainter *painter, QStyleOptionViewItem const &option, 
     painter->setClipRect(option.rect);
     painter->drawText(cell, static_cast<int>(PaneTableModel::alignment(column)) | Qt::TextSingleLine, text);
     painter->setClipping(false);
+    painter->setOpacity(1);
 }
 
 QSize PaneDelegate::sizeHint(QStyleOptionViewItem const &option, QModelIndex const & /*index*/) const

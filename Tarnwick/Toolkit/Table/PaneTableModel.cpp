@@ -36,6 +36,8 @@ QVariant PaneTableModel::data(QModelIndex const &index, int role) const
         return accessibleText(index.row(), column);
     case markedRole:
         return pane->isMarked(index.row()) ? Qt::Checked : Qt::Unchecked;
+    case cutRole:
+        return pane->isCut(index.row());
     case folderRole: {
         auto const *const entry = pane->entry(index.row());
         return !entry || entry->isDirectory();
@@ -65,6 +67,8 @@ QString PaneTableModel::accessibleText(int row, PaneColumn column) const
         text += QStringLiteral(", folder");
     if (rows.isMarked(row))
         text += QStringLiteral(", marked");
+    if (rows.isCut(row))
+        text += QStringLiteral(", cut");
     return text;
 }
 

@@ -17,6 +17,8 @@ public:
         folderRole = Qt::UserRole,
         /// The name of the row with its extension, on one line.
         wholeNameRole,
+        /// Whether the file of the row was cut, and is still here.
+        cutRole,
         /// Whether the row is marked. Qt's own role for it, so that a screen reader says it.
         markedRole = Qt::CheckStateRole,
     };

@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
 
 #include "Tarnwick/Settings/Settings.h"
+#include "Tarnwick/Toolkit/Clipboard/QtClipboard.h"
 #include "Tarnwick/Toolkit/Commands/CommandActions.h"
 #include "Tarnwick/Toolkit/Commands/CommandToolBar.h"
 #include "Tarnwick/Toolkit/Commands/FunctionBar.h"
@@ -21,6 +22,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
@@ -79,6 +81,7 @@ MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, Com
       actions(new CommandActions(*this, CommandScope::mainWindow, program)),
       workList(std::make_shared<JobList>()),
       sheets(std::make_shared<SheetDialogs>(*this, workList)),
+      clips(std::make_shared<QtClipboard>()),
       splitter(new PaneSplitter(this))
 {
     setWindowTitle(QStringLiteral("Tarnwick"));
@@ -87,6 +90,11 @@ MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, Com
     buildCommands();
     place();
     panes.attach(*this);
+}
+
+MainWindow::~MainWindow()
+{
+    clips->onOfferGone = nullptr; // somebody may still read the clipboard
 }
 
 void MainWindow::buildPanes()
@@ -245,7 +253,8 @@ void MainWindow::openContextMenu(PaneSide side, QContextMenuEvent const &event)
 
 std::optional<CommandState> MainWindow::stateOf(Command command) const
 {
-    if (command == Command::contextMenu)
+    auto const isOfText = command == Command::clipboardCut || command == Command::clipboardCopy;
+    if (command == Command::contextMenu || (isOfText && qobject_cast<QLineEdit *>(focusWidget())))
         return CommandState{};
     if (command == Command::openMenuBar)
         return CommandState{.isEnabled = menuBar()->isVisible()}; // a desktop may show it elsewhere
@@ -256,6 +265,8 @@ void MainWindow::perform(Command command)
 {
     if (command == Command::openMenuBar)
         return openMenuBar();
+    if (performInTextField(command))
+        return;
     if (command != Command::contextMenu)
         return commands.perform(command);
     // Of what has the keyboard: a text field has a menu of its own.
@@ -270,6 +281,23 @@ void MainWindow::openMenuBar()
     auto *const first = menuBar()->actions().front();
     menuBar()->setActiveAction(first);
     first->menu()->setActiveAction(first->menu()->actions().front());
+}
+
+/// A text field has the keys of the clipboard itself; here it gets the items of the menu.
+bool MainWindow::performInTextField(Command command)
+{
+    auto *const field = qobject_cast<QLineEdit *>(focusWidget());
+    if (!field)
+        return false;
+    if (command == Command::clipboardCut)
+        field->cut();
+    else if (command == Command::clipboardCopy)
+        field->copy();
+    else if (command == Command::clipboardPaste)
+        field->paste();
+    else
+        return false;
+    return true;
 }
 
 void MainWindow::equalizePanes()
@@ -321,6 +349,11 @@ void MainWindow::copyText(std::string const &text)
 std::shared_ptr<LoginPrompter> MainWindow::loginPrompter() const
 {
     return sheets;
+}
+
+std::shared_ptr<Clipboard> MainWindow::clipboard()
+{
+    return clips;
 }
 
 std::shared_ptr<Dialogs> MainWindow::dialogs()

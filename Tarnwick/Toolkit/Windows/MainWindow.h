@@ -17,6 +17,7 @@ class PaneContainerView;
 class PaneSplitter;
 class PaneView;
 class PreviewPanel;
+class QtClipboard;
 class Sheet;
 class SheetDialogs;
 class JobList;
@@ -28,6 +29,10 @@ class JobStrip;
 class MainWindow final : public QMainWindow, public CommandTarget, private MainDisplay {
 public:
     MainWindow(MainWindowController &controller, Defaults &defaults, CommandTarget &program);
+    ~MainWindow() override;
+
+    MainWindow(MainWindow const &) = delete;
+    MainWindow &operator=(MainWindow const &) = delete;
 
     PaneContainerView &side(PaneSide side) const { return side == PaneSide::left ? *left : *right; }
 
@@ -72,7 +77,9 @@ private:
     void goToBackgroundWork() override;
     void customizeColumns() override;
     void copyText(std::string const &text) override;
+    std::shared_ptr<Clipboard> clipboard() override;
     std::shared_ptr<Dialogs> dialogs() override;
+    bool performInTextField(Command command);
 
     void openMenuBar();
     void openContextMenu(PaneSide side, QContextMenuEvent const &event);
@@ -89,6 +96,7 @@ private:
     CommandActions *const actions;
     std::shared_ptr<JobList> const workList;
     std::shared_ptr<SheetDialogs> const sheets;
+    std::shared_ptr<QtClipboard> const clips;
     PaneIcons icons;
     PaneSplitter *const splitter;
     JobStrip *strip = nullptr;
