@@ -11,7 +11,7 @@
 namespace tw::test {
 namespace {
 
-using std::chrono_literals::operator""s;
+using namespace std::chrono_literals;
 
 class HostFilesTest : public testing::Test {
 protected:

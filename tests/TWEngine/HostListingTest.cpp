@@ -11,7 +11,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Key;
 using ::testing::SizeIs;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 HostListing::Question const shallow{.host = "box", .path = "/srv", .depth = 1};
 HostListing::Question const deep{.host = "box", .path = "/srv", .depth = 3};

@@ -7,7 +7,7 @@
 namespace tw::test {
 namespace {
 
-using std::chrono_literals::operator""s;
+using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;

@@ -17,7 +17,7 @@ namespace {
 using testing::SizeIs;
 using std::chrono_literals::operator""min;
 using std::chrono_literals::operator""h;
-using std::chrono_literals::operator""s;
+using namespace std::chrono_literals;
 
 /// A host that somebody has used, with a listing of its folder in memory.
 class UnusedHostTest : public testing::Test {
