@@ -49,7 +49,7 @@ TEST(BlamedTest, theEndOfAStreamIsNobodysFault)
 
 TEST(BlamedTest, aCopyComplainsAboutPathsInQuotes)
 {
-    auto const blamedBy = [](std::string const &line) { return Blamed::inCopy(line, names, "/from", "/to/"); };
+    auto const blamedBy = [](std::string const &line) { return Blamed::inCopy(line, copied, "/from", "/to/"); };
     auto const blamed = blamedBy("/bin/cp: cannot open '/from/c d/x' for reading: Permission denied\n"
                                  "cp: error copying '/to/a' to '/from/b': No space left on device\n");
     EXPECT_THAT(blamed.names, ElementsAre("a", "c d"));

@@ -293,7 +293,7 @@ TEST_F(ChildProcessPipeTest, aCloseMayComeAtAnyMomentOfAWrite)
     }
 }
 
-Task<void> moveAll(Child from, Child to)
+Task<void> moveAll(ChildHandle from, ChildHandle to)
 {
     std::size_t moved = 0;
     do {
