@@ -53,6 +53,7 @@ TestHost::TestHost(EngineRuntime &runtime, Options wanted)
     if (::geteuid() == 0)
         separation.emplace();
     folder.folder("home");
+    folder.folder("tmp");
     folder.file("banner", options.banner);
     auto const script = folder.file("login_script", options.loginScript);
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
@@ -171,7 +172,7 @@ std::string TestHost::configuration() const
                 inQuotes(folder.path("authorized_keys")) +
                 "\n"
                 "SetEnv " +
-                inQuotes("HOME=" + home()) +
+                inQuotes("HOME=" + home()) + ' ' + inQuotes("TMPDIR=" + temporary()) +
                 "\n"
                 // The temporary folder need not be what sshd thinks is safe.
                 "StrictModes no\n"

@@ -45,6 +45,9 @@ public:
     /// The home folder of its users.
     std::string home() const { return folder.path("home"); }
 
+    /// Their temporary folder: that of the machine holds what other programs left there.
+    std::string temporary() const { return folder.path("tmp"); }
+
     /// Applies to later logins.
     void setLogin(Login login);
 
