@@ -143,18 +143,18 @@ Task<void> removeInRequests(Work work, std::shared_ptr<Progress> shown)
 }
 
 /// How a deletion has ended.
-struct End {
+struct DeletionEnd {
     Operands left; ///< the names that are still there
     std::exception_ptr failure;
 };
 
-bool isCancelled(Work const &work, End const &end)
+bool isCancelled(Work const &work, DeletionEnd const &end)
 {
     return end.failure && work->cancelled.stop_requested();
 }
 
 /// In one sentence.
-Text conclusionOf(Work const &work, End const &end)
+Text conclusionOf(Work const &work, DeletionEnd const &end)
 {
     auto const count = work->what.names.size();
     if (isCancelled(work, end))
@@ -165,7 +165,7 @@ Text conclusionOf(Work const &work, End const &end)
 }
 
 /// Does not throw, unless the window goes: Cancelled.
-Task<End> perform(Work work)
+Task<DeletionEnd> perform(Work work)
 {
     auto const here = co_await currentContext();
     std::stop_callback const passOn(here.stop, [work] { work->cancelled.request_stop(); });
@@ -175,7 +175,7 @@ Task<End> perform(Work work)
     auto const outcome = co_await outcomeOf(removeInRequests(work, shown).withStop(work->cancelled.get_token()));
     if (here.stop.stop_requested())
         throw Cancelled();
-    End end{.left = work->what, .failure = outcome.failure};
+    DeletionEnd end{.left = work->what, .failure = outcome.failure};
     end.left.names.erase(end.left.names.begin(), end.left.names.begin() + static_cast<std::ptrdiff_t>(work->done));
     if (end.failure) {
         auto left = co_await leftOf(end.left);
@@ -185,13 +185,13 @@ Task<End> perform(Work work)
     co_return end;
 }
 
-void rereadPanes(Work const &work, End const &end, std::string const &survivor)
+void rereadPanes(Work const &work, DeletionEnd const &end, std::string const &survivor)
 {
     auto const &what = work->what;
     work->context.rereadWithout(what, goneFrom(what, end.left), end.left.names.empty() ? survivor : std::string());
 }
 
-Task<void> tell(Work work, End end)
+Task<void> tell(Work work, DeletionEnd end)
 {
     if (isCancelled(work, end))
         work->context.warn(conclusionOf(work, end));

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <stdexcept>
+#include <thread>
 
 namespace tw::test {
 
@@ -102,6 +103,16 @@ void ProgramTest::expectQuits(Child &program) const
 {
     press({"ctrl+q"});
     EXPECT_EQ(program.waitForEnd(), 0) << program.output();
+}
+
+void ProgramTest::waitUntil(std::function<bool()> const &holds)
+{
+    auto const deadline = std::chrono::steady_clock::now() + hangLimit;
+    while (!holds()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error("the condition waited for did not come about");
+        std::this_thread::yield();
+    }
 }
 
 } // namespace tw::test

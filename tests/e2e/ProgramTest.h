@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -46,6 +47,9 @@ protected:
     void pressUntilPainted(Child &program, std::initializer_list<char const *> chords, std::string const &path) const;
 
     void expectQuits(Child &program) const;
+
+    /// For what no program says.
+    static void waitUntil(std::function<bool()> const &holds);
 
     TemporaryFolder const folder;
     XServer const screen{folder.folder("screen")};

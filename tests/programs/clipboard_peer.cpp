@@ -1,7 +1,7 @@
 // Another program that uses the clipboard of an X server.
 //
 //     clipboard_peer show               writes every format and its bytes, percent-encoded, and ends
-//     clipboard_peer offer TYPE BYTES…  offers them (percent-encoded), and says "lost" when somebody copies something
+//     clipboard_peer offer TYPE BYTES…  offers them (percent-encoded)
 //     clipboard_peer hang               owns the clipboard, says what it is asked for, and answers nothing
 //     clipboard_peer keep               is the clipboard manager: takes over what a program leaves that ends
 
@@ -117,10 +117,6 @@ void offer(int count, char **arguments)
         data->setData(QString::fromUtf8(arguments[at]),
                       QByteArray::fromStdString(PercentCoding::decoded(arguments[at + 1])));
     QGuiApplication::clipboard()->setMimeData(data.release());
-    QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, qGuiApp, [] {
-        if (!QGuiApplication::clipboard()->ownsClipboard())
-            say("lost");
-    });
 }
 
 std::unique_ptr<Owner> hang()

@@ -37,7 +37,11 @@ public:
     }
 
 protected:
-    void dragEnterEvent(QDragEnterEvent *event) override { event->acceptProposedAction(); }
+    void dragEnterEvent(QDragEnterEvent *event) override
+    {
+        if (event->source() != this)
+            event->acceptProposedAction();
+    }
 
     void dragMoveEvent(QDragMoveEvent *event) override
     {
@@ -61,6 +65,10 @@ protected:
         auto *const data = new QMimeData;
         data->setUrls({QUrl::fromLocalFile(file)});
         drag->setMimeData(data);
+        connect(drag, &QDrag::actionChanged, this, [](Qt::DropAction action) {
+            if (action != Qt::IgnoreAction)
+                std::cout << "accepted" << std::endl;
+        });
         drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
         std::cout << "drag over" << std::endl;
     }

@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Dragging/EdgeScroll.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
+#include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Dragging/DraggedFiles.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/PathField.h"
@@ -162,6 +163,8 @@ void DropArea::showDropTarget(Target const &target)
                                                             : Shown::none,
                                 target.row);
     view.showDropWords(target.words);
+    if (StartLog::isOn() && !target.words.isEmpty())
+        StartLog::note(QStringLiteral("drag shows ") + Wording::shown(target.words));
 }
 
 void DropArea::scrollRows(int pixels)
