@@ -163,12 +163,13 @@ Task<void> callOff(Run run)
     run->ending.producer.words = run->producer->words();
 }
 
-/// A consumer that has ended by itself has unpacked all that it was given, or says what it could not unpack.
+/// A consumer that has ended by itself has unpacked all that it was given, or says what it could not unpack. One that
+/// fails without a word was no tar, or never became one.
 bool hasUnpackedAll(PipeEnding const &ending)
 {
-    auto const &status = ending.consumer.status;
-    return status.cause == ExitStatus::Cause::exited && status.number != lostConnection && !ending.couldNotWrite &&
-           ending.refusal.empty();
+    auto const &[status, words, isHere] = ending.consumer;
+    bool const endedByItself = status.cause == ExitStatus::Cause::exited && status.number != lostConnection;
+    return endedByItself && (status.isSuccess() || !words.empty()) && !ending.couldNotWrite && ending.refusal.empty();
 }
 
 void addTo(TransferSummary &summary, TransferSummary part)

@@ -91,6 +91,14 @@ TEST_F(TransferFaultsTest, aConsumerThatStopsReadingIsHeard)
     EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
 }
 
+TEST_F(TransferFaultsTest, aConsumerThatFailsWithoutAWordHasUnpackedNothingForCertain)
+{
+    auto const names = makeItems();
+    programs.ssh = script("ssh", "cat >/dev/null; exit 1");
+    EXPECT_EQ(carry(names, sourceHere(), targetThere()), "write to remote failed on 4 items: exit 1");
+    expectTruth(names);
+}
+
 TEST_F(TransferFaultsTest, aTargetThatTakesNoMoreIsSaid)
 {
     auto const names = makeItems();
