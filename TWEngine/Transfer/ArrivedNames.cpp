@@ -11,11 +11,18 @@ namespace tw {
 
 namespace {
 
+/// cp gives a file its time and then its mode, and nothing to the group and to others before. A file system without
+/// modes of its own gives them something.
+bool hasItsMode(struct stat const &source, struct stat const &target)
+{
+    return source.st_mode == target.st_mode || (target.st_mode & (S_IRWXG | S_IRWXO)) != 0;
+}
+
 bool isSame(struct stat const &source, struct stat const &target)
 {
     bool const isFolder = S_ISDIR(source.st_mode);
     return (source.st_mode & S_IFMT) == (target.st_mode & S_IFMT) && (isFolder || source.st_size == target.st_size) &&
-           source.st_mtim.tv_sec == target.st_mtim.tv_sec;
+           source.st_mtim.tv_sec == target.st_mtim.tv_sec && hasItsMode(source, target);
 }
 
 bool isFinished(struct stat const &folder, ArrivedNames::Copying const &copying)

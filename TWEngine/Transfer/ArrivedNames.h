@@ -13,7 +13,7 @@ namespace tw {
 class EngineRuntime;
 
 /// Which of some names of this machine have their copy in another folder, as cp makes it: of the same kind, with the
-/// same time, and of the same size if it is a file.
+/// same time and mode, and of the same size if it is a file.
 struct ArrivedNames {
     /// A copy that has ended before its end.
     struct Copying {

@@ -131,6 +131,18 @@ TEST_F(TransferFaultsTest, afterAFailureNoFurtherNameIsBegun)
     EXPECT_THAT(transfer->summary().untouched, ElementsAre("b", "c"));
 }
 
+TEST_F(TransferFaultsTest, aFileThatHasNotItsModeYetIsNotComplete)
+{
+    Names const names{"a", "b"};
+    for (auto const &name : names)
+        folder.file(name, name);
+    // In place of cp, which gives a file its mode last.
+    programs.cp = script("cp", "cp -a " + folder.path("a") + " " + local.path() + "; chmod 600 " + local.path("a") +
+                                   "; echo 'cp: no space' >&2; while :; do :; done");
+    EXPECT_EQ(carry(names, sourceHere(), targetHere()), "copy failed on a: cp: no space");
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("a"));
+}
+
 TEST_F(TransferFaultsTest, manyWarningsDoNotStopATransfer)
 {
     auto const names = makeItems();
