@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TWEngine/Platform/GObjectReference.h"
+
 #include <gio/gio.h>
 
 #include <chrono>
@@ -10,17 +12,10 @@
 
 namespace tw {
 
-struct GObjectDeleter {
-    void operator()(void *object) const noexcept { g_object_unref(object); }
-};
-
 struct GVariantDeleter {
     void operator()(GVariant *value) const noexcept { g_variant_unref(value); }
 };
 
-/// Owns a reference to an object of GLib.
-template <class T>
-using GObjectReference = std::unique_ptr<T, GObjectDeleter>;
 using GVariantReference = std::unique_ptr<GVariant, GVariantDeleter>;
 
 /// A private connection to a message bus, on which the calling thread waits for replies. One limit covers its whole

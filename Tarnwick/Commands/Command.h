@@ -24,6 +24,7 @@ enum class Command {
     minimizeWindow,
     customizeToolBar,
     customizeColumns,
+    openWith,
     refresh,
     back,
     forward,

@@ -9,6 +9,12 @@ void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subjec
     if (subject.row == ContextSubject::Row::folder) {
         items.push_back({.command = Command::openSelection, .title = "Open Folder"});
         items.push_back({.kind = ContextItem::Kind::separator});
+    } else {
+        items.push_back({.command = Command::openSelection});
+        items.push_back({.kind = ContextItem::Kind::openWithMenu,
+                         .command = Command::openWith,
+                         .title = std::string(openWithMenuTitle)});
+        items.push_back({.kind = ContextItem::Kind::separator});
     }
     items.push_back({.command = Command::clipboardCut});
     items.push_back({.command = Command::clipboardCopy, .title = "Copy to Clipboard"}); // "Copy" is the menu of paths

@@ -18,7 +18,7 @@ struct ContextSubject {
 };
 
 struct ContextItem {
-    enum class Kind { item, separator, inCopyMenu };
+    enum class Kind { item, separator, inCopyMenu, openWithMenu };
 
     Kind kind = Kind::item;
     Command command = {};
@@ -29,6 +29,9 @@ struct ContextItem {
 
 /// The title of the submenu that holds the items of the kind inCopyMenu, which follow one another.
 inline constexpr std::string_view copyMenuTitle = "Copy";
+
+/// The title of the submenu that lists the applications for a file, and asks for another one with its last item.
+inline constexpr std::string_view openWithMenuTitle = "Open With";
 
 /// The items of the menu over a pane, in their order.
 std::vector<ContextItem> contextMenuItems(ContextSubject const &subject);

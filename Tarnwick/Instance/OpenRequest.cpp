@@ -11,6 +11,8 @@ namespace {
 /// The first part of a message. A change of the message changes it.
 constexpr std::string_view version = "tarnwick-open-1";
 
+constexpr std::string_view fileScheme = "file://";
+
 constexpr std::string_view token = "token=";
 constexpr std::string_view left = "left=";
 constexpr std::string_view right = "right=";
@@ -25,9 +27,8 @@ std::string_view wordOf(std::optional<PaneSide> side)
 
 std::optional<PaneSpec> placeOf(std::string_view argument, std::string_view workingDirectory)
 {
-    constexpr std::string_view file = "file://";
-    if (argument.starts_with(file)) {
-        argument.remove_prefix(std::min(argument.find('/', file.size()), argument.size()));
+    if (argument.starts_with(fileScheme)) {
+        argument.remove_prefix(std::min(argument.find('/', fileScheme.size()), argument.size()));
         return PaneSpec::parse(PercentCoding::decoded(argument));
     }
     auto const colon = argument.find(':');
@@ -39,6 +40,17 @@ std::optional<PaneSpec> placeOf(std::string_view argument, std::string_view work
         return PaneSpec::parse(workingDirectory);
     auto const base = workingDirectory == "/" ? std::string_view() : workingDirectory;
     return PaneSpec::parse(std::string(base) + '/' + std::string(argument));
+}
+
+/// The folder that a place is in, with the cursor on it. Of a root, the root itself.
+PaneSpec folderOf(PaneSpec place)
+{
+    while (place.path.size() > 1 && place.path.ends_with('/'))
+        place.path.pop_back();
+    auto const slash = place.path.rfind('/');
+    place.cursor = place.path.substr(slash + 1);
+    place.path.resize(slash == 0 ? 1 : slash);
+    return place;
 }
 
 /// The form that PaneSpec::parse reads.
@@ -64,6 +76,22 @@ OpenRequest OpenRequest::from(std::span<char const *const> arguments, std::strin
         } else if (!argument.starts_with('-')) {
             add(std::nullopt, placeOf(argument, workingDirectory));
         }
+    }
+    return request;
+}
+
+OpenRequest OpenRequest::showing(std::span<std::string const> addresses, Show what)
+{
+    OpenRequest request;
+    for (std::string_view const address : addresses) {
+        auto place = address.starts_with(fileScheme) ? placeOf(address, "/") : std::nullopt;
+        if (place && what == Show::items)
+            place = folderOf(*place);
+        if (!place || request.places.size() == mostShown)
+            continue;
+        auto const isSame = [&](Place const &each) { return each.place.path == place->path; };
+        if (std::ranges::none_of(request.places, isSame))
+            request.places.push_back({.place = *std::move(place)});
     }
     return request;
 }

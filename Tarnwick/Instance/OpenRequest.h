@@ -30,6 +30,18 @@ struct OpenRequest {
     /// the form file:///path, and HOST:PATH with a colon before any slash.
     static OpenRequest from(std::span<char const *const> arguments, std::string_view workingDirectory);
 
+    /// What another program asks a file manager to show.
+    enum class Show {
+        folders, ///< what is in them
+        items    ///< the folders that they are in, with the cursor on the first of each
+    };
+
+    /// `addresses` are of the form file:///path; others are left out. A folder gets one tab, and a request no more than
+    /// `mostShown`.
+    static OpenRequest showing(std::span<std::string const> addresses, Show what);
+
+    static constexpr std::size_t mostShown = 8;
+
     std::string encoded() const;
 
     /// Nothing for a message that is not of this version of the program.

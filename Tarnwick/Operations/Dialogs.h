@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Task.h"
 #include "TWCore/Model/Text.h"
+#include "TWEngine/Applications/Application.h"
 #include "Tarnwick/Operations/NameConflict.h"
 #include "Tarnwick/Operations/Progress.h"
 
@@ -43,9 +44,10 @@ public:
         std::string message;
         std::string okTitle;
         Danger danger = Danger::harmless; ///< what is destructive is never what Return answers
+        std::string otherTitle = {};      ///< of another way, which Return never answers; empty: there is none
     };
 
-    enum class Answer { cancel, ok };
+    enum class Answer { cancel, ok, other };
 
     virtual ~Dialogs() = default;
 
@@ -60,6 +62,15 @@ public:
     virtual Task<std::optional<std::string>> prompt(Prompt question) = 0;
 
     virtual Task<Answer> confirm(Confirmation question) = 0;
+
+    struct ApplicationChoice {
+        std::string file = {};                   ///< the name
+        std::vector<Application> suggested = {}; ///< the usual one first
+        std::vector<Application> others = {};    ///< by name
+    };
+
+    /// The identifier of the program that a file is to be opened with; nothing if the user cancels.
+    virtual Task<std::optional<std::string>> chooseApplication(ApplicationChoice question) = 0;
 
     struct Conflicts {
         std::string title;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Operations/Dialogs.h"
+#include "Tarnwick/Operations/OpeningServices.h"
 #include "Tarnwick/Panes/PaneController.h"
 
 #include <functional>
@@ -26,6 +27,7 @@ struct OperationContext {
     Operands target = {};               ///< the folder in the other pane, where copies go; no names
     Connections *connections = nullptr; ///< outlives the operation
     std::function<std::shared_ptr<Transfer>()> makeTransfer = {}; ///< one for each operation
+    OpeningServices opening = {};
 
     /// Shows on the pane's status line what kept the operation from beginning, or that the user has cancelled it.
     void warn(Text const &text) const;

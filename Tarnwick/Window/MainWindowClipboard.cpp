@@ -44,7 +44,7 @@ void MainWindowController::cmdClipboardPaste()
         return;
     auto context = contextOf(pane(active));
     context.operands.names.clear();
-    spawn({collaborators.mainContext, {}}, paste(std::move(context), window->clipboard(), makeScratchFile));
+    spawn({collaborators.mainContext, {}}, paste(std::move(context), window->clipboard(), services.scratchFiles));
 }
 
 void MainWindowController::showCut(std::shared_ptr<CutFiles const> files)

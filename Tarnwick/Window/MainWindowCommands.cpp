@@ -62,6 +62,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
         return CommandState{};
     case Command::backgroundWork:
         return CommandState{.isEnabled = window.hasBackgroundWork()};
+    case Command::openWith:
+        return CommandState{.isEnabled = window.fileAtCursor().has_value()};
     case Command::back:
         return CommandState{.isEnabled = window.activePane().canGoBack()};
     case Command::forward:
@@ -111,6 +113,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdCustomizeColumns();
     case Command::openSelection:
         return window.activePane().openSelection();
+    case Command::openWith:
+        return window.cmdOpenWith();
     case Command::refresh:
         return window.cmdRefresh();
     case Command::back:

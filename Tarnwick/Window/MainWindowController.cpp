@@ -31,14 +31,8 @@ std::vector<ConnectionItem> menuFor(PaneController const &pane, std::optional<st
 } // namespace
 
 MainWindowController::MainWindowController(PaneController::Collaborators with, Connections &connections,
-                                           std::shared_ptr<SessionMemory> session, MakeTransfer transfers,
-                                           DragFetch::MakeFolder dragFolders, MakeScratchFile scratchFiles)
-    : collaborators(std::move(with)),
-      sources(connections),
-      memory(std::move(session)),
-      makeTransfer(std::move(transfers)),
-      makeDragFolder(std::move(dragFolders)),
-      makeScratchFile(std::move(scratchFiles))
+                                           std::shared_ptr<SessionMemory> session, WindowServices given)
+    : collaborators(std::move(with)), sources(connections), memory(std::move(session)), services(std::move(given))
 {
     for (auto const side : bothSides) {
         containers[indexOf(side)] = makeContainer(side);
@@ -81,6 +75,8 @@ void MainWindowController::wire(PaneController &pane, PaneSide side)
     callbacks.onMaskWanted = [this](PaneModel::Marks change) {
         start(change == PaneModel::Marks::insert ? markByMask : unmarkByMask);
     };
+    if (services.opening.applications)
+        callbacks.onOpenFile = [this, &pane](std::string const &path) { openFile(pane.shared_from_this(), path); };
     callbacks.onConnectionMenuWanted = [this, side] { openConnectionMenu(side); };
     callbacks.onDetailsWanted = [this](Text title, std::string words) {
         if (window)
@@ -234,7 +230,8 @@ OperationContext MainWindowController::contextOf(std::shared_ptr<PaneController>
                              .dialogs = window->dialogs(),
                              .target = pane(isLeft ? PaneSide::right : PaneSide::left)->operands(),
                              .connections = &sources,
-                             .makeTransfer = makeTransfer};
+                             .makeTransfer = services.transfers,
+                             .opening = services.opening};
     context.target.names.clear();
     for (auto const &each : containers) {
         for (auto const &one : each->panes())

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "Tarnwick/Clipboard/ScratchFile.h"
 #include "Tarnwick/Connections/Connections.h"
-#include "Tarnwick/Dragging/DragFetch.h"
 #include "Tarnwick/Operations/CopiedPath.h"
+#include "Tarnwick/Operations/OpenFile.h"
 #include "Tarnwick/Operations/OperationContext.h"
 #include "Tarnwick/Operations/TransferJob.h"
 #include "Tarnwick/Panes/PaneController.h"
@@ -14,6 +13,7 @@
 #include "Tarnwick/Window/DropHover.h"
 #include "Tarnwick/Window/MainDisplay.h"
 #include "Tarnwick/Window/PaneContainer.h"
+#include "Tarnwick/Window/WindowServices.h"
 
 #include <array>
 #include <functional>
@@ -30,14 +30,9 @@ namespace tw {
 /// Lifetime: outlives its display and the panes' views; the connections outlive it.
 class MainWindowController {
 public:
-    using MakeTransfer = std::function<std::shared_ptr<Transfer>()>;
-
-    /// `memory` may be null: nothing is remembered. `makeTransfer` gives each copy and each move what moves its bytes.
-    /// `makeDragFolder` may be empty: files of a host are dragged within the program only. `makeScratchFile` gives a
-    /// file to what is pasted as one.
+    /// `memory` may be null: nothing is remembered.
     MainWindowController(PaneController::Collaborators collaborators, Connections &connections,
-                         std::shared_ptr<SessionMemory> memory = nullptr, MakeTransfer makeTransfer = {},
-                         DragFetch::MakeFolder makeDragFolder = {}, MakeScratchFile makeScratchFile = {});
+                         std::shared_ptr<SessionMemory> memory = nullptr, WindowServices services = {});
 
     /// Opens the tabs of both sides: what the command line asked for, else what was open last time, else the home
     /// directory.
@@ -95,6 +90,18 @@ public:
 
     /// Starts an operation on what the active pane shows. A pane that shows nothing yet has nothing to work on.
     void start(Operation operation);
+
+    /// The file under the cursor of the active pane; nothing for a folder and the parent row.
+    std::optional<FileToOpen> fileAtCursor() const;
+
+    /// Asks what to open the file under the cursor with.
+    void cmdOpenWith();
+
+    /// Opens the file under the cursor with an application.
+    void openAtCursorWith(std::string application);
+
+    /// What the menu over the file under the cursor offers. `found` is called when it is known, and not if nothing is.
+    void listApplicationsAtCursor(std::function<void(std::vector<Application>)> found) const;
 
     void cmdConnect();
     void cmdRefresh();
@@ -163,6 +170,7 @@ private:
     std::unique_ptr<DropHover> makeDrops(PaneSide side);
     void accept(DropHover::Drop const &drop);
     static Task<void> delivering(OperationContext context, DropHover::Drop const &drop);
+    void openFile(std::shared_ptr<PaneController> const &pane, std::string const &path);
     OperationContext contextOf(std::shared_ptr<PaneController> const &pane) const;
     void readHosts();
     static Task<void> completeMenus(Task<std::vector<std::string>> reading, std::shared_ptr<KnownHosts> known,
@@ -171,9 +179,7 @@ private:
     PaneController::Collaborators collaborators;
     Connections &sources;
     std::shared_ptr<SessionMemory> const memory;
-    MakeTransfer const makeTransfer;
-    DragFetch::MakeFolder const makeDragFolder;
-    MakeScratchFile const makeScratchFile;
+    WindowServices const services;
     std::shared_ptr<CutFiles const> cut; ///< null: none
     /// The saved hosts between two openings of a menu, shared with the tasks that read them.
     std::shared_ptr<KnownHosts> const knownHosts = std::make_shared<KnownHosts>();

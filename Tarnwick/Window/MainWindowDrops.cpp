@@ -19,11 +19,11 @@ DropHover &MainWindowController::drops(PaneSide side) const
 std::shared_ptr<DragFetch> MainWindowController::fetchForDrag(PaneSide side) const
 {
     auto const &from = pane(side);
-    if (from->connectionName() == localConnection || !makeDragFolder || !window)
+    if (from->connectionName() == localConnection || !services.dragFolders || !window)
         return nullptr;
     auto fetch = std::make_shared<DragFetch>(contextOf(from), collaborators.mainContext, collaborators.clock,
                                              DragFetch::Limits());
-    fetch->prepare(makeDragFolder);
+    fetch->prepare(services.dragFolders);
     return fetch;
 }
 

@@ -38,10 +38,11 @@ TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 {
     EXPECT_THAT(titlesFor({.row = Row::file, .isLocal = false}),
-                ElementsAre("Cut", "Copy to Clipboard", "Copy to Other Pane…", "Move to Other Pane…", "Rename…",
-                            "Copy/Name", "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
-                            "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…", "-", "Paste",
-                            "New Folder…", "Refresh", "Show Hidden Files"));
+                ElementsAre("Open", "Open With", "-", "Cut", "Copy to Clipboard", "Copy to Other Pane…",
+                            "Move to Other Pane…", "Rename…", "Copy/Name", "Copy/Name Without Extension",
+                            "Copy/Full Path", "Copy/Host and Path", "Copy/Relative to Other Pane",
+                            "Copy/Enclosing Folder", "Delete…", "-", "Paste", "New Folder…", "Refresh",
+                            "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, whatIsDeletedAreTheMarkedFiles)

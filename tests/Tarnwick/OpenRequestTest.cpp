@@ -76,5 +76,23 @@ TEST(OpenRequestTest, anOptionThatIsNotAboutPlacesAsksForAProcessOfItsOwn)
     EXPECT_TRUE(asks({"-platform", "offscreen"}));
 }
 
+TEST(OpenRequestTest, whatAnotherProgramHasShownIsATabForEachFolder)
+{
+    auto const shown = [](std::vector<std::string> const &addresses, OpenRequest::Show what) {
+        std::vector<std::string> places;
+        for (auto const &each : OpenRequest::showing(addresses, what).places)
+            places.push_back(each.place.path + "|" + each.place.cursor);
+        return places;
+    };
+    std::vector<std::string> const addresses{"file:///a/b%20c", "file:///a/d", "file:///e/", "file:///",
+                                             "sftp://web/x",    "--left",      "/f",         "file://"};
+    EXPECT_THAT(shown(addresses, OpenRequest::Show::items), testing::ElementsAre("/a|b c", "/|e"));
+    EXPECT_THAT(shown(addresses, OpenRequest::Show::folders), testing::ElementsAre("/a/b c|", "/a/d|", "/e/|", "/|"));
+    std::vector<std::string> many;
+    for (std::size_t number = 0; number < 2 * OpenRequest::mostShown; ++number)
+        many.push_back("file:///folder" + std::to_string(number));
+    EXPECT_THAT(shown(many, OpenRequest::Show::folders), testing::SizeIs(OpenRequest::mostShown));
+}
+
 } // namespace
 } // namespace tw::test

@@ -42,6 +42,11 @@ public:
         return Completion<Answer>::wait(note(confirmations, std::move(question)));
     }
 
+    Task<std::optional<std::string>> chooseApplication(ApplicationChoice question) override
+    {
+        return Completion<std::optional<std::string>>::wait(note(choices, std::move(question)));
+    }
+
     Task<Resolution> resolve(Conflicts question) override
     {
         return Completion<Resolution>::wait(note(conflicts, std::move(question)));
@@ -74,6 +79,8 @@ public:
             each.cancel();
         for (auto const &each : confirmations)
             each.cancel();
+        for (auto const &each : choices)
+            each.cancel();
         for (auto const &each : conflicts)
             each.cancel();
         for (auto const &each : errors)
@@ -85,6 +92,7 @@ public:
     // Those asked so far, answered or not.
     std::vector<Asked<Prompt, std::optional<std::string>>> prompts;
     std::vector<Asked<Confirmation, Answer>> confirmations;
+    std::vector<Asked<ApplicationChoice, std::optional<std::string>>> choices;
     std::vector<Asked<Conflicts, Resolution>> conflicts;
     std::vector<Asked<std::string, Done>> errors;
     std::vector<std::string> wordsOfErrors; ///< behind "Details", one for each error; empty: none were offered

@@ -39,7 +39,8 @@ void WindowTest::open()
 {
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections, nullptr,
-        [this] { return std::make_shared<TransferEngine>(runtime, TransferTools::find()); });
+        WindowServices{
+            .transfers = [this] { return std::make_shared<TransferEngine>(runtime, TransferTools::find()); }});
     controller->usePreviews(std::make_shared<FilePreviews>(runtime, [this] { return scratch.path(); }));
     window = std::make_unique<MainWindow>(*controller, defaults, program);
     window->show();

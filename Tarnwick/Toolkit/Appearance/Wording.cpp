@@ -17,6 +17,7 @@ struct Words {
 constexpr Words catalogue[] = {
     {"This Mac", "This Computer"},
     {"auto refresh off — ⌘R to reload", "auto refresh off — Ctrl+R to reload"},
+    {"nothing on this Mac opens %@", "nothing on this computer opens %@"},
     {"read from this Mac", "read from this computer"},
     {"write to this Mac", "write to this computer"},
 };

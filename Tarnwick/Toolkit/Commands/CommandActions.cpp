@@ -122,6 +122,8 @@ QMenu *CommandActions::contextMenu(ContextSubject const &subject, QWidget *paren
             menu->addSeparator();
         else if (item.kind == ContextItem::Kind::item)
             addContextItem(*menu, item);
+        else if (item.kind == ContextItem::Kind::openWithMenu)
+            addOpenWithMenu(*menu, item);
         else {
             if (!copies)
                 copies = menu->addMenu(Wording::shown(copyMenuTitle));
@@ -133,6 +135,15 @@ QMenu *CommandActions::contextMenu(ContextSubject const &subject, QWidget *paren
         Mnemonics::give(copies->actions());
     keepUpToDate(*menu);
     return menu;
+}
+
+/// The applications come when they are known. Another one can be asked for at once.
+void CommandActions::addOpenWithMenu(QMenu &menu, ContextItem const &item)
+{
+    auto *const applications = menu.addMenu(Wording::shown(item.title));
+    addContextItem(*applications, {.command = item.command, .title = "Other Application…"});
+    if (onOpenWithMenu)
+        onOpenWithMenu(*applications);
 }
 
 void CommandActions::addContextItem(QMenu &menu, ContextItem const &item)

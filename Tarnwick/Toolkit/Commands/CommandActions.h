@@ -30,6 +30,9 @@ public:
     /// The key of a command was pressed that cannot be performed now.
     std::function<void()> onRefused;
 
+    /// Adds the applications for the file under the cursor to a menu before its last items, at once or later.
+    std::function<void(QMenu &menu)> onOpenWithMenu;
+
     /// The action of a command that has a title.
     QAction &action(Command command) const { return *actions.at(command); }
 
@@ -49,6 +52,7 @@ private:
     void add(CommandRow const &row);
     QMenu *newMenu(Menu which, QWidget *parent);
     void addContextItem(QMenu &menu, ContextItem const &item);
+    void addOpenWithMenu(QMenu &menu, ContextItem const &item);
     void keepUpToDate(QMenu &menu);
     CommandTarget *targetOf(Command command) const;
     void perform(Command command) const;

@@ -29,6 +29,11 @@ QuestionSheet::QuestionSheet(Dialogs::Confirmation const &question, QWidget *win
                                                             : QStyle::SP_MessageBoxQuestion)
 {
     auto *const ok = buttons().addButton(Wording::shown(question.okTitle), QDialogButtonBox::AcceptRole);
+    if (!question.otherTitle.empty()) {
+        auto *const otherWay = buttons().addButton(Wording::shown(question.otherTitle), QDialogButtonBox::ActionRole);
+        otherWay->setAutoDefault(false);
+        connect(otherWay, &QPushButton::clicked, this, [this] { done(other); });
+    }
     auto *const cancel = buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
     auto const isDestructive = question.danger == Dialogs::Danger::destructive;
     // A button that has the keyboard takes Return for itself. A destructive button must not.

@@ -10,6 +10,9 @@ class QuestionSheet final : public Sheet {
 public:
     QuestionSheet(Dialogs::Confirmation const &question, QWidget *window);
 
+    /// How the sheet finishes if the other way is chosen.
+    static constexpr int other = 2;
+
     /// "Operation failed". `words`, if there are any, come up with a button.
     static QuestionSheet *ofError(Text const &message, std::string const &words, QWidget *window);
 

@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWEngine/Runtime/Completion.h"
+#include "Tarnwick/Toolkit/Dialogs/ApplicationSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/ConflictSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/LoginSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
@@ -13,7 +14,7 @@ namespace tw {
 namespace {
 
 using Queue = std::shared_ptr<SheetQueue>;
-using Finished = Completion<QDialog::DialogCode>;
+using Finished = Completion<int>;
 
 /// A sheet that goes when this goes, unless the window went first.
 template <class Shown>
@@ -52,7 +53,7 @@ QWidget *windowOf(Queue const &queue)
 std::shared_ptr<Finished> endOf(Sheet &sheet)
 {
     auto end = std::make_shared<Finished>();
-    QObject::connect(&sheet, &QDialog::finished, [end](int code) { end->succeed(QDialog::DialogCode(code)); });
+    QObject::connect(&sheet, &QDialog::finished, [end](int code) { end->succeed(code); });
     QObject::connect(&sheet, &QObject::destroyed, [end] { end->fail(std::make_exception_ptr(Cancelled())); });
     return end;
 }
@@ -92,7 +93,20 @@ Task<Dialogs::Answer> confirmIn(Queue queue, Dialogs::Confirmation question)
     ShownSheet const sheet(queue, new QuestionSheet(question, window), SheetQueue::Kind::question);
     auto const end = endOf(*sheet());
     auto const code = co_await Finished::wait(end);
-    co_return code == QDialog::Accepted ? Dialogs::Answer::ok : Dialogs::Answer::cancel;
+    if (code == QDialog::Accepted)
+        co_return Dialogs::Answer::ok;
+    co_return code == QuestionSheet::other ? Dialogs::Answer::other : Dialogs::Answer::cancel;
+}
+
+Task<std::optional<std::string>> chooseApplicationIn(Queue queue, Dialogs::ApplicationChoice question)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new ApplicationSheet(question, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    auto const code = co_await Finished::wait(end);
+    if (!sheet())
+        throw Cancelled();
+    co_return code == QDialog::Accepted ? std::optional(sheet()->chosen()) : std::nullopt;
 }
 
 Task<Dialogs::Resolution> resolveIn(Queue queue, Dialogs::Conflicts question)
@@ -161,6 +175,11 @@ Task<std::optional<std::string>> SheetDialogs::prompt(Prompt question)
 Task<Dialogs::Answer> SheetDialogs::confirm(Confirmation question)
 {
     return confirmIn(queue, std::move(question));
+}
+
+Task<std::optional<std::string>> SheetDialogs::chooseApplication(ApplicationChoice question)
+{
+    return chooseApplicationIn(queue, std::move(question));
 }
 
 Task<Dialogs::Resolution> SheetDialogs::resolve(Conflicts question)

@@ -20,6 +20,7 @@ public:
     Task<void> details(Text title, std::string words) override;
     Task<std::optional<std::string>> prompt(Prompt question) override;
     Task<Answer> confirm(Confirmation question) override;
+    Task<std::optional<std::string>> chooseApplication(ApplicationChoice question) override;
     Task<Resolution> resolve(Conflicts question) override;
     std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) override;
 

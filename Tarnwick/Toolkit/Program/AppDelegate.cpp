@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Program/AppDelegate.h"
 
 #include "TWCore/Async/Outcome.h"
+#include "TWEngine/Applications/DesktopApplications.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Transfer/TransferEngine.h"
 #include "Tarnwick/Clipboard/PastedFile.h"
@@ -10,6 +11,7 @@
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
 #include "Tarnwick/Toolkit/Clipboard/QtClipboard.h"
+#include "Tarnwick/Toolkit/Program/FileManagerService.h"
 #include "Tarnwick/Toolkit/Program/JobWatch.h"
 #include "Tarnwick/Toolkit/Program/SessionWatch.h"
 #include "Tarnwick/Toolkit/Program/WindowLoginPrompter.h"
@@ -40,6 +42,15 @@ Task<void> passOn(Task<QDBusConnection> connecting, std::function<void(QDBusConn
     use(bus);
 }
 
+/// The first application for folders is the one that the user has chosen.
+Task<void> passOn(Task<std::vector<Application>> asking, QPointer<FileManagerService> service)
+{
+    auto const found = co_await std::move(asking);
+    constexpr std::string_view own = "com.velmora.Tarnwick.desktop";
+    if (service)
+        service->setChosen(!found.empty() && found.front().isDefault && found.front().identifier == own);
+}
+
 Task<void> shutDown(ConnectionRegistry *connections, std::shared_ptr<std::binary_semaphore> done)
 {
     // They end in some way, and that is all that is wanted now.
@@ -52,7 +63,8 @@ Task<void> shutDown(ConnectionRegistry *connections, std::shared_ptr<std::binary
 
 AppDelegate::AppDelegate(Collaborators collaborators)
     : with(std::move(collaborators)),
-      lifeLog({.mainContext = with.mainContext, .clock = with.engine.clock(), .file = with.lifeLog})
+      lifeLog({.mainContext = with.mainContext, .clock = with.engine.clock(), .file = with.lifeLog}),
+      applications(std::make_shared<DesktopApplications>(with.engine))
 {
 }
 
@@ -78,8 +90,10 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
             applicationShouldTerminateAfterLastWindowClosed();
     });
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state == Qt::ApplicationActive && controller)
-            controller->checkForChanges();
+        if (state != Qt::ApplicationActive || !controller)
+            return;
+        controller->checkForChanges();
+        findOutWhetherChosen(); // the user may have chosen another file manager meanwhile
     });
     signals =
         std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
@@ -91,16 +105,21 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         std::make_shared<SessionMemory>(
             SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
                                          [this](std::string_view line) { lifeLog.note(line); }}),
-        [&engine = with.engine, tools = TransferTools::find()] {
-            return std::make_shared<TransferEngine>(engine, tools);
-        },
-        [&engine = with.engine, place = with.scratch] {
-            return engine.workers().run(WorkPriority::interactive,
-                                        [place] { return Scratch::newFolder("drag", place); });
-        },
-        [&engine = with.engine, place = with.scratch](std::string name, std::string bytes) {
-            return PastedFile::make(&engine, place, std::move(name), std::move(bytes));
-        });
+        WindowServices{
+            .transfers = [&engine = with.engine,
+                          tools = TransferTools::find()] { return std::make_shared<TransferEngine>(engine, tools); },
+            .dragFolders =
+                [&engine = with.engine, place = with.scratch] {
+                    return engine.workers().run(WorkPriority::interactive,
+                                                [place] { return Scratch::newFolder("drag", place); });
+                },
+            .scratchFiles =
+                [&engine = with.engine, place = with.scratch](std::string name, std::string bytes) {
+                    return PastedFile::make(&engine, place, std::move(name), std::move(bytes));
+                },
+            .opening = {.applications = applications,
+                        .copies = std::make_shared<RemoteFiles>(with.engine, with.scratch),
+                        .activationToken = [this] { return startupToken.next(); }}});
     controller->usePreviews(std::make_shared<FilePreviews>(with.engine, [] { return Scratch::directory("preview"); }));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
     jobWatch = std::make_unique<JobWatch>(window->works(), &ColorScheme::sessionBus);
@@ -115,6 +134,9 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
     controller->start(sides);
     for (auto const &each : besides)
         controller->openInNewTab(each.place, each.side);
+    fileManager = std::make_unique<FileManagerService>(ColorScheme::sessionBus(),
+                                                       [this](OpenRequest const &request) { open(request); });
+    findOutWhetherChosen();
     watchSession();
 }
 
@@ -155,6 +177,12 @@ void AppDelegate::quit()
     QApplication::quit();
 }
 
+void AppDelegate::findOutWhetherChosen() const
+{
+    spawn({with.mainContext, {}},
+          passOn(applications->forType("inode/directory"), QPointer<FileManagerService>(fileManager.get())));
+}
+
 void AppDelegate::watchSession()
 {
     spawn({with.mainContext, {}}, passOn(systemBus(&with.engine), [self = QPointer(this)](QDBusConnection const &bus) {
@@ -187,6 +215,7 @@ void AppDelegate::applicationWillTerminate()
     lifeLog.note("quit");
     QtClipboard::leaveToManager(timeForClipboard);
     signals.reset();
+    fileManager.reset();
     session.reset();
     jobWatch.reset();
     colorScheme.reset();

@@ -7,6 +7,7 @@
 #include "Tarnwick/Instance/OpenRequest.h"
 #include "Tarnwick/Lifecycle/LifeLog.h"
 #include "Tarnwick/Panes/PaneSpec.h"
+#include "Tarnwick/Toolkit/Program/StartupToken.h"
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
 
 #include <QObject>
@@ -20,6 +21,8 @@
 namespace tw {
 
 class AboutDialog;
+class Applications;
+class FileManagerService;
 class ColorScheme;
 class ConnectionRegistry;
 class EngineRuntime;
@@ -85,10 +88,14 @@ private:
     void watchSession();
     void sessionChanged(SessionEvent event);
     void awaitShutdown();
+    void findOutWhetherChosen() const;
     void removeScratch(std::function<void(Scratch::Place const &)> removal) const;
 
     Collaborators const with;
     LifeLog lifeLog;
+    StartupToken startupToken;
+    std::shared_ptr<Applications> const applications;
+    std::unique_ptr<FileManagerService> fileManager;
     bool isAskedToQuit = false; ///< by the user or a signal, not by a window that was closed
     std::unique_ptr<MainWindowController> controller;
     std::unique_ptr<MainWindow> window;

@@ -15,6 +15,7 @@
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/DragOut.h"
+#include "Tarnwick/Toolkit/Windows/OpenWithMenu.h"
 #include "Tarnwick/Toolkit/Windows/PaneContainerView.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
 
@@ -120,6 +121,7 @@ PaneView &MainWindow::pane(PaneSide which) const
 void MainWindow::buildCommands()
 {
     actions->onRefused = [this] { panes.activePane().refuse(); };
+    actions->onOpenWithMenu = [this](QMenu &menu) { fillOpenWithMenu(menu); };
     actions->fill(*menuBar());
     buildToolBar();
     auto *const all = new QWidget(this);
@@ -236,6 +238,15 @@ void MainWindow::contextMenuEvent(QContextMenuEvent *event)
         if (view.rect().contains(view.mapFrom(this, event->pos())))
             return openContextMenu(side, *event);
     }
+}
+
+void MainWindow::fillOpenWithMenu(QMenu &menu) const
+{
+    panes.listApplicationsAtCursor([this, open = QPointer(&menu)](std::vector<Application> const &applications) {
+        if (open)
+            OpenWithMenu::fill(*open, applications,
+                               [this](std::string const &chosen) { panes.openAtCursorWith(chosen); });
+    });
 }
 
 void MainWindow::openContextMenu(PaneSide side, QContextMenuEvent const &event)

@@ -82,6 +82,7 @@ private:
     bool performInTextField(Command command);
 
     void openMenuBar();
+    void fillOpenWithMenu(QMenu &menu) const;
     void openContextMenu(PaneSide side, QContextMenuEvent const &event);
     void buildPanes();
     void buildCommands();

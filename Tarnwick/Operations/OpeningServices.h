@@ -1,0 +1,20 @@
+#pragma once
+
+#include "TWEngine/Applications/Applications.h"
+#include "TWEngine/Browsing/RemoteFiles.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tw {
+
+/// What opening a file needs of the program. Shared by all windows.
+struct OpeningServices {
+    std::shared_ptr<Applications> applications = {}; ///< null: nothing can be opened
+    std::shared_ptr<RemoteFiles> copies = {};
+    /// Lets the window of a program that is started now come to the front; may answer nothing.
+    std::function<std::string()> activationToken = {};
+};
+
+} // namespace tw

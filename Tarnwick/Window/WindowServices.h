@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Tarnwick/Clipboard/ScratchFile.h"
+#include "Tarnwick/Dragging/DragFetch.h"
+#include "Tarnwick/Operations/OpeningServices.h"
+
+#include <functional>
+#include <memory>
+
+namespace tw {
+
+class Transfer;
+
+/// What the commands of a window need of the program. Each may be empty.
+struct WindowServices {
+    std::function<std::shared_ptr<Transfer>()> transfers = {}; ///< moves the bytes of one copy or one move
+    DragFetch::MakeFolder dragFolders = {}; ///< empty: files of a host are dragged within the program only
+    MakeScratchFile scratchFiles = {};      ///< for what is pasted as a file
+    OpeningServices opening = {};           ///< without applications, Return on a file beeps
+};
+
+} // namespace tw
