@@ -11,8 +11,13 @@ constexpr std::uint16_t executeBits = 0111;
 
 /// Programs whatever their mode: what opens them is a loader or a runtime, which executes them. A file system of
 /// another system gives the right to execute to all of its files, so the right alone says nothing.
-constexpr std::array<std::string_view, 10> programTypes{
+constexpr std::array<std::string_view, 15> programTypes{
     "application/java-archive",
+    "application/x-java-jnlp-file",
+    "application/x-msdos-program",
+    "application/x-msi",
+    "application/x-bat",
+    "application/x-ms-shortcut",
     "application/x-executable",
     "application/x-pie-executable",
     "application/x-sharedlib",
