@@ -15,6 +15,8 @@ public:
     BenchWindow(BenchWindow const &) = delete;
     BenchWindow &operator=(BenchWindow const &) = delete;
 
+    std::shared_ptr<Executor> executor() const { return mainContext.context(); }
+
     PaneController &leftPane() { return *controller.pane(PaneSide::left); }
 
 private:
@@ -33,7 +35,9 @@ private:
     NoCommands program;
 
 public:
-    MainWindowController controller{{mainContext.context(), runtime.clock(), defaults}, connections};
+    MainWindowController controller{
+        {mainContext.context(), runtime.clock(), defaults, runtime.workers().executor(WorkPriority::background)},
+        connections};
     MainWindow window{controller, defaults, program};
 };
 
