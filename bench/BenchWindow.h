@@ -2,6 +2,7 @@
 
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Toolkit/Program/QtMainContext.h"
 #include "Tarnwick/Toolkit/Windows/MainWindow.h"
 
@@ -28,6 +29,13 @@ private:
         void perform(Command /*command*/) override {}
     };
 
+    MainWindowController &withPreviews()
+    {
+        // Files of hosts are not previewed here.
+        controller.usePreviews(std::make_shared<FilePreviews>(runtime, [] { return std::string(); }));
+        return controller;
+    }
+
     EngineRuntime runtime;
     QtMainContext mainContext;
     ConnectionRegistry connections{{.engine = runtime, .mainContext = mainContext.context()}};
@@ -38,7 +46,7 @@ public:
     MainWindowController controller{
         {mainContext.context(), runtime.clock(), defaults, runtime.workers().executor(WorkPriority::background)},
         connections};
-    MainWindow window{controller, defaults, program};
+    MainWindow window{withPreviews(), defaults, program};
 };
 
 } // namespace tw::bench

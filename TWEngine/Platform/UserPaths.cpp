@@ -17,10 +17,14 @@ std::string absoluteOr(Environment const &environment, std::string const &name, 
 UserPaths UserPaths::from(Environment const &environment)
 {
     auto const home = HomeFolder::in(environment);
-    auto const caches = absoluteOr(environment, "XDG_CACHE_HOME", home + "/.cache") + "/com.velmora.Tarnwick";
+    auto const cachesOfAll = absoluteOr(environment, "XDG_CACHE_HOME", home + "/.cache");
+    auto const caches = cachesOfAll + "/com.velmora.Tarnwick";
     auto const state = absoluteOr(environment, "XDG_STATE_HOME", home + "/.local/state") + "/Tarnwick";
-    return {
-        .caches = caches, .edits = caches + "/edits", .scratch = caches + "/scratch", .lifeLog = state + "/life.log"};
+    return {.caches = caches,
+            .edits = caches + "/edits",
+            .scratch = caches + "/scratch",
+            .lifeLog = state + "/life.log",
+            .thumbnails = cachesOfAll + "/thumbnails"};
 }
 
 UserPaths UserPaths::ofThisUser()

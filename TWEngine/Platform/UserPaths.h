@@ -10,10 +10,11 @@ namespace tw {
 ///
 /// None of the paths need exist.
 struct UserPaths {
-    std::string caches;  ///< a folder; its content may be deleted at any time
-    std::string edits;   ///< a folder: remote files while they are edited here
-    std::string scratch; ///< a folder: local copies of files that lie elsewhere, see Scratch
-    std::string lifeLog; ///< a file
+    std::string caches;     ///< a folder; its content may be deleted at any time
+    std::string edits;      ///< a folder: remote files while they are edited here
+    std::string scratch;    ///< a folder: local copies of files that lie elsewhere, see Scratch
+    std::string lifeLog;    ///< a file
+    std::string thumbnails; ///< a folder: small pictures of files, which all programs of the desktop share
 
     /// A variable that is empty or not absolute counts as unset, as XDG demands: a relative path would name another
     /// place for every folder that the program is started in.

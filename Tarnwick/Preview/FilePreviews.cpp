@@ -4,6 +4,7 @@
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWEngine/Preview/FolderMeasure.h"
 #include "TWEngine/Preview/PictureDecoder.h"
+#include "TWEngine/Preview/Thumbnail.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "Tarnwick/Format/Fmt.h"
 #include "Tarnwick/Preview/PreviewText.h"
@@ -93,7 +94,29 @@ Task<void> FilePreviews::showHere(Request request)
     else if (kind.look == PreviewKind::Look::text)
         co_await showText(std::move(request), std::move(file.beginning));
     else
-        request.tell(PreviewWords::facts(kind.title, request.subject), PreviewWords::nothingToSee());
+        co_await showThumbnail(std::move(request), std::move(kind));
+}
+
+/// What the desktop has a picture of, such as a film, is not read: the picture is.
+Task<void> FilePreviews::showThumbnail(Request request, PreviewKind kind)
+{
+    auto const facts = PreviewWords::facts(kind.title, request.subject);
+    auto const &folder = request.self->thumbnails;
+    if (!folder.empty()) {
+        auto const found = co_await request.self->engine.workers().run(
+            WorkPriority::interactive, [folder, path = request.subject.path, mtime = request.subject.mtime] {
+                return std::make_shared<FileDescriptor>(Thumbnail::find(folder, path, mtime));
+            });
+        if (*found) {
+            auto decoded =
+                co_await PictureDecoder::decode(request.self->engine, std::move(*found), "png", request.room);
+            if (decoded) {
+                request.tell(facts, std::make_shared<Picture const>(*std::move(decoded)));
+                co_return;
+            }
+        }
+    }
+    request.tell(facts, PreviewWords::nothingToSee());
 }
 
 Task<void> FilePreviews::showThere(Request request)
@@ -121,6 +144,13 @@ Task<void> FilePreviews::showThere(Request request)
     }
 }
 
+/// What a listing says is the size of a link, or of a file that has grown since.
+Task<bool> FilePreviews::isTooBig(std::shared_ptr<FileSystemReader> reader, std::string path)
+{
+    auto const beyond = co_await reader->readChunk(std::move(path), mostFetchedBytes, 1);
+    co_return !beyond.empty();
+}
+
 /// A JPEG shows its upper part, or all of it in less detail, when only its beginning is there.
 Task<void> FilePreviews::showFetched(Request request, PreviewKind kind, std::shared_ptr<FileSystemReader> reader,
                                      std::string beginning)
@@ -132,6 +162,11 @@ Task<void> FilePreviews::showFetched(Request request, PreviewKind kind, std::sha
                                                       kind.format, request.room);
         if (partly)
             request.tell(facts, std::make_shared<Picture const>(*std::move(partly)));
+    }
+    auto const tooBig = co_await isTooBig(reader, request.subject.path);
+    if (tooBig) {
+        request.tell(facts, PreviewWords::tooBig());
+        co_return;
     }
     auto const local =
         co_await request.self->fetched.copyOf(std::move(reader), request.subject.path, request.subject.size,

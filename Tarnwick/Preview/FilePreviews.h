@@ -23,9 +23,9 @@ public:
     /// A larger file of a host is not fetched.
     static constexpr std::int64_t mostFetchedBytes = 64 * 1024 * 1024;
 
-    /// `makeFolder` says where fetched files lie.
-    FilePreviews(EngineRuntime &runtime, FetchedFiles::MakeFolder makeFolder)
-        : engine(runtime), fetched(runtime, std::move(makeFolder))
+    /// `makeFolder` says where fetched files lie, `thumbnails` where the desktop keeps small pictures of files.
+    FilePreviews(EngineRuntime &runtime, FetchedFiles::MakeFolder makeFolder, std::string thumbnailFolder = {})
+        : engine(runtime), thumbnails(std::move(thumbnailFolder)), fetched(runtime, std::move(makeFolder))
     {
     }
 
@@ -47,11 +47,14 @@ private:
     static Task<void> showThere(Request request);
     static Task<void> showFetched(Request request, PreviewKind kind, std::shared_ptr<FileSystemReader> reader,
                                   std::string beginning);
+    static Task<bool> isTooBig(std::shared_ptr<FileSystemReader> reader, std::string path);
     static Task<void> showText(Request request, std::string beginning);
+    static Task<void> showThumbnail(Request request, PreviewKind kind);
     static Task<void> showPicture(Request request, PreviewKind kind, FileDescriptor file);
     static Task<PreviewFile> openHere(EngineRuntime *engine, std::string path);
 
     EngineRuntime &engine;
+    std::string const thumbnails; ///< empty: there are none
     FetchedFiles fetched;
 };
 

@@ -79,6 +79,11 @@ Text tooBig(PreviewSubject const &subject)
     return {"%@ is %@ — too big to preview", {subject.name, size(subject.size)}};
 }
 
+Text tooBig()
+{
+    return "This file is too big to preview.";
+}
+
 Text fetching(PreviewSubject const &subject)
 {
     return {"fetching %@…", {subject.name}};

@@ -26,6 +26,7 @@ Text notOpened(EntryKind kind);
 
 Text nothingToSee();
 Text tooBig(PreviewSubject const &subject);
+Text tooBig(); ///< without a size that is known
 Text fetching(PreviewSubject const &subject);
 Text failure(PictureFailure failure, PreviewKind const &kind);
 

@@ -20,6 +20,7 @@ TEST(UserPathsTest, theEnvironmentMayPutThemElsewhere)
     EXPECT_EQ(paths.caches, "/fast/c/com.velmora.Tarnwick");
     EXPECT_EQ(paths.edits, "/fast/c/com.velmora.Tarnwick/edits");
     EXPECT_EQ(paths.scratch, "/fast/c/com.velmora.Tarnwick/scratch");
+    EXPECT_EQ(paths.thumbnails, "/fast/c/thumbnails");
     EXPECT_EQ(paths.lifeLog, "/safe/s/Tarnwick/life.log");
 }
 

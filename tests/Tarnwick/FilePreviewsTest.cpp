@@ -18,9 +18,11 @@
 namespace tw::test {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 /// A host with files in memory, which notes what it is asked for.
@@ -36,9 +38,12 @@ public:
 
     Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length) override
     {
-        requests.push_back("read " + path);
+        requests.push_back((offset == 0 ? "read " : "look beyond ") + path);
         require(path);
-        co_return files.at(path).substr(static_cast<std::size_t>(offset), length);
+        auto const &content = files.at(path);
+        if (offset == 0)
+            co_return content.substr(0, length);
+        co_return hasGrown ? std::string(length, 'x') : std::string();
     }
 
     Task<std::int64_t> fileSize(std::string path) override
@@ -58,6 +63,7 @@ public:
 
     std::map<std::string, std::string> files;
     std::vector<std::string> requests;
+    bool hasGrown = false; ///< beyond any limit
 
 private:
     void require(std::string const &path) const
@@ -222,10 +228,11 @@ TEST_F(FilePreviewsTest, aLargePictureOnAHostIsFetchedOnceAndOnceMoreWhenItHasCh
 {
     loadThere("/a.ppm", pixmap(400, 400));
     ASSERT_TRUE(picture()) << words();
-    EXPECT_THAT(host->requests, ElementsAre("read /a.ppm", "download /a.ppm"));
+    EXPECT_THAT(host->requests, ElementsAre("read /a.ppm", "look beyond /a.ppm", "download /a.ppm"));
+    host->requests.clear();
     loadThere("/a.ppm", pixmap(400, 400));
     ASSERT_TRUE(picture()) << words();
-    EXPECT_THAT(host->requests, ElementsAre("read /a.ppm", "download /a.ppm", "read /a.ppm"));
+    EXPECT_THAT(host->requests, Not(Contains("download /a.ppm")));
     loadThere("/a.ppm", pixmap(400, 300));
     EXPECT_THAT(host->requests.back(), "download /a.ppm");
 }
@@ -239,6 +246,14 @@ TEST_F(FilePreviewsTest, aFileOfAHostIsTooBigAboveItsLimitAndNotAtIt)
     load(there("/a.ppm", FilePreviews::mostFetchedBytes + 1));
     EXPECT_EQ(words(), "a.ppm is 64M — too big to preview");
     EXPECT_THAT(host->requests, IsEmpty());
+}
+
+TEST_F(FilePreviewsTest, aFileOfAHostThatIsLargerThanItsListingSaysIsNotFetched)
+{
+    host->hasGrown = true;
+    loadThere("/a.ppm", pixmap(400, 400));
+    EXPECT_EQ(words(), "This file is too big to preview.");
+    EXPECT_THAT(host->requests, ElementsAre("read /a.ppm", "look beyond /a.ppm"));
 }
 
 } // namespace

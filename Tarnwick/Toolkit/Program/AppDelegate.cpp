@@ -120,7 +120,8 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
             .opening = {.applications = applications,
                         .copies = std::make_shared<RemoteFiles>(with.engine, with.scratch),
                         .activationToken = [this] { return startupToken.next(); }}});
-    controller->usePreviews(std::make_shared<FilePreviews>(with.engine, [] { return Scratch::directory("preview"); }));
+    controller->usePreviews(std::make_shared<FilePreviews>(
+        with.engine, [] { return Scratch::directory("preview"); }, UserPaths::ofThisUser().thumbnails));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
     jobWatch = std::make_unique<JobWatch>(window->works(), &ColorScheme::sessionBus);
     if (with.logins)

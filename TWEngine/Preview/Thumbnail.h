@@ -1,0 +1,21 @@
+#pragma once
+
+#include "TWEngine/Runtime/FileDescriptor.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The small pictures of files that desktops keep for each other, as the Thumbnail Managing Standard of freedesktop.org
+/// has them.
+namespace tw::Thumbnail {
+
+/// The largest thumbnail of the file at the absolute `path`, open for reading; none if there is none of the version
+/// that was changed at `mtime` (seconds since 1970-01-01 UTC). `folder` is where all of them lie. Blocks.
+FileDescriptor find(std::string const &folder, std::string const &path, std::int64_t mtime);
+
+/// What a PNG says under `key`, in the texts before its pixels.
+std::optional<std::string_view> textIn(std::string_view png, std::string_view key);
+
+} // namespace tw::Thumbnail
