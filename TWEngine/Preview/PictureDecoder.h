@@ -4,7 +4,6 @@
 #include "TWEngine/Preview/PictureAnswer.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 
-#include <chrono>
 #include <expected>
 #include <string>
 
@@ -18,13 +17,10 @@ namespace PictureDecoder {
 
 using Result = std::expected<Picture, PictureFailure>;
 
-/// The longest that a picture may take. The process ends itself then, whatever it waits for.
-constexpr std::chrono::seconds timeLimit{10};
-
 /// Decodes `file`, which must be a regular one, from its beginning. `format` is a name that Qt knows, or "pdf" for the
 /// first page of a document. A picture that fits into `room` keeps its size.
 ///
-/// Cancellation: a stop ends the process.
+/// A process that takes too long ends itself. Cancellation: a stop ends it at once.
 Task<Result> decode(EngineRuntime &engine, FileDescriptor file, std::string format, PictureBounds room);
 
 } // namespace PictureDecoder
