@@ -2,16 +2,38 @@
 
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "tests/hosts/TestMount.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestLoop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
+#include <sys/inotify.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+/// Whether this user has used up the watches of the system. Only the system itself can set that limit.
+std::atomic<bool> hasNoMoreWatches = false;
+
+} // namespace
+
+/// In the place of the C library's.
+extern "C" int inotify_add_watch(int descriptor, char const *path, std::uint32_t events) noexcept
+{
+    if (!hasNoMoreWatches)
+        return static_cast<int>(::syscall(SYS_inotify_add_watch, descriptor, path, events));
+    errno = ENOSPC;
+    return -1;
+}
 
 namespace tw::test {
 namespace {
@@ -80,6 +102,18 @@ TEST_F(DirectoryEventsTest, aFolderThatIsDeletedOrMovedIsGone)
     EXPECT_EQ(next(moved), Event::gone) << "and nothing else comes";
 }
 
+TEST_F(DirectoryEventsTest, aFolderThatIsUnmountedIsGoneAndTheOneBelowItIsAnother)
+{
+    auto mount = TestMount::slow(folder.folder("mount"), 1, std::chrono::microseconds(0));
+    auto const mounted = watch(mount.path());
+    ASSERT_NE(mounted, nullptr);
+    mount.end();
+    EXPECT_EQ(next(mounted), Event::gone);
+    auto const below = watch(folder.path("mount"));
+    folder.file("mount/file");
+    EXPECT_EQ(next(below), Event::changed);
+}
+
 TEST_F(DirectoryEventsTest, twoWatchesOfOneFolderEndByThemselves)
 {
     auto const path = folder.folder("watched");
@@ -130,7 +164,18 @@ TEST_F(DirectoryEventsTest, aLimitThatIsUsedUpIsReportedOnceAndEndsNothingForGoo
     }
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_THAT(lines[0], testing::HasSubstr("max_user_instances"));
-    EXPECT_NE(events.watch(folder.path()), nullptr);
+    auto const first = events.watch(folder.path());
+    EXPECT_NE(first, nullptr);
+
+    hasNoMoreWatches = true;
+    EXPECT_EQ(watch(folder.folder("second")), nullptr);
+    EXPECT_EQ(watch(folder.path("second")), nullptr);
+    hasNoMoreWatches = false;
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_THAT(lines[1], testing::HasSubstr("max_user_watches"));
+    folder.file("file");
+    EXPECT_EQ(next(first), Event::changed) << "the folders that are watched go on";
+    EXPECT_NE(watch(folder.path("second")), nullptr);
 }
 
 } // namespace
