@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Bytes of a file as text: whether they are text, in which encoding, and what they say.
+///
+/// A file is read in pieces, and a piece may end in the middle of a character. No operation fails: every input has an
+/// answer, and what is no character in an encoding is a replacement character (U+FFFD).
+namespace tw::TextDecoding {
+
+enum class Encoding {
+    utf8,
+    cp949,
+    sjis,
+    gbk,
+    latin1, ///< has a character for each byte, so it comes last
+};
+
+/// In the order in which they are offered.
+inline constexpr std::array encodings{Encoding::utf8, Encoding::cp949, Encoding::sjis, Encoding::gbk, Encoding::latin1};
+
+/// As people call it: "UTF-8", "Shift_JIS".
+std::string_view nameOf(Encoding encoding);
+
+/// By the share of control characters in the first 8 KiB. A NUL is enough.
+bool looksBinary(std::string_view bytes);
+
+/// The first encoding in which the bytes make sense. They may end in the middle of a character.
+Encoding detect(std::string_view bytes);
+
+struct Decoded {
+    std::string text; ///< UTF-8
+    std::string held; ///< the beginning of a character, which belongs before the next piece
+};
+
+/// One piece of a text that begins with a character. However a text is divided into pieces, its text is the same.
+Decoded decodeStreaming(std::string_view bytes, Encoding encoding);
+
+/// The last piece of a text, or a whole one. UTF-8.
+std::string decode(std::string_view bytes, Encoding encoding);
+
+/// A text that says itself what it is, by the byte order mark that it begins with.
+struct Marked {
+    std::string_view name;      ///< of its encoding
+    std::string_view converter; ///< the same as ICU calls it
+    std::size_t markBytes;
+};
+
+std::optional<Marked> markOf(std::string_view bytes);
+
+/// The beginning of such a text, without its mark. UTF-8; a character that is cut off at the end is left out.
+std::string decodeMarked(std::string_view bytes, Marked const &marked);
+
+/// A line for 16 bytes each: their offset, their digits, and what is ASCII of them.
+std::string hexDump(std::string_view bytes, std::int64_t startOffset);
+
+} // namespace tw::TextDecoding
