@@ -48,6 +48,7 @@ enum class Command {
     clipboardCopy,
     clipboardPaste,
     rename,
+    view,
     copyFiles,
     moveFiles,
     newFolder,

@@ -127,6 +127,8 @@ std::string hostsText(std::vector<std::string> const &hosts)
 } // namespace
 
 Setting<double> const paneFontSize{"tw.paneFontSize", 12, fontSizeFrom, fontSizeText};
+Setting<double> const viewerFontSize{"tw.viewerFontSize", 12, fontSizeFrom, fontSizeText};
+Setting<std::string> const viewerGeometry{"TarnwickViewer", {}, sameText, text};
 Setting<FolderPlacement> const folderPlacement = oneOf<placements>("tw.folderPlacement", FolderPlacement::top);
 Setting<PaneSide> const activeSide = oneOf<sides>("tw.activeSide", PaneSide::left);
 Setting<std::string> const columns{"tw.columns", {}, sameText, text};

@@ -26,6 +26,12 @@ extern Setting<std::string> const columns;
 /// Whether folders on show are read again without being asked for.
 extern Setting<bool> const autoRefresh;
 
+/// The size of a viewer's text, as that of the rows.
+extern Setting<double> const viewerFontSize;
+
+/// The place of a viewer on the screen, which all viewers share.
+extern Setting<std::string> const viewerGeometry;
+
 /// The place of the window on the screen, in the toolkit's own notation.
 extern Setting<std::string> const windowGeometry;
 

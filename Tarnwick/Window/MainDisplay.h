@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Clipboard/Clipboard.h"
 #include "Tarnwick/Operations/Dialogs.h"
+#include "Tarnwick/Viewer/ViewerController.h"
 
 #include <string>
 
@@ -26,6 +27,9 @@ public:
     virtual void copyText(std::string const &text) = 0;
 
     virtual std::shared_ptr<Clipboard> clipboard() = 0;
+
+    /// Shows a file in a window of its own.
+    virtual void openViewer(std::shared_ptr<ViewerController> viewer) = 0;
 
     /// The questions that stand over this window.
     virtual std::shared_ptr<Dialogs> dialogs() = 0;

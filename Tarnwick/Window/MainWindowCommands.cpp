@@ -74,6 +74,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::moveFiles:
     case Command::deleteFiles:
         return CommandState{.isEnabled = window.activePane().hasOperands()};
+    case Command::view:
+        return CommandState{.isEnabled = window.canView()};
     case Command::preview:
         return CommandState{.isEnabled = window.canPreview()};
     case Command::toggleAutoRefresh:
@@ -149,6 +151,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdInvertMarks();
     case Command::rename:
         return window.cmdRename();
+    case Command::view:
+        return window.cmdView();
     case Command::preview:
         return window.cmdPreview();
     case Command::clipboardCut:

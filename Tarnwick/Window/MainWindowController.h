@@ -10,6 +10,7 @@
 #include "Tarnwick/Preview/PreviewController.h"
 #include "Tarnwick/Session/SessionMemory.h"
 #include "Tarnwick/Settings/PaneSide.h"
+#include "Tarnwick/Viewer/ViewerController.h"
 #include "Tarnwick/Window/DropHover.h"
 #include "Tarnwick/Window/MainDisplay.h"
 #include "Tarnwick/Window/PaneContainer.h"
@@ -42,6 +43,13 @@ public:
 
     /// What previews are read with from now on. Before, there are none.
     void usePreviews(std::shared_ptr<PreviewLoader> loader);
+
+    /// The file at a path of a place, as a viewer reads it.
+    using FileToView =
+        std::function<std::shared_ptr<ViewedFile>(std::shared_ptr<FileSystemReader> place, std::string path)>;
+
+    /// What viewers read files with from now on. Before, there are none.
+    void useViewers(FileToView opening) { fileToView = std::move(opening); }
 
     /// Null before `usePreviews`.
     std::shared_ptr<PreviewController> const &preview() const noexcept { return previews; }
@@ -140,6 +148,12 @@ public:
     /// Into the folder of the active pane.
     void cmdClipboardPaste();
     void cmdMinimizeWindow();
+
+    /// On a file, or on what may be one.
+    bool canView() const;
+
+    /// Opens a viewer on the file under the cursor. The status line says why there is none.
+    void cmdView();
     bool canPreview() const;
     void cmdPreview();
 
@@ -188,6 +202,7 @@ private:
     PaneSide active = PaneSide::left;
     bool hasStarted = false; ///< before, there is nothing to remember
     MainDisplay *window = nullptr;
+    FileToView fileToView;
     std::shared_ptr<PreviewController> previews;
 };
 

@@ -24,6 +24,7 @@ public:
     int visitsToWork = 0;
     int columnsCustomized = 0;
     std::string copiedText;
+    std::vector<std::shared_ptr<ViewerController>> viewers;
     std::shared_ptr<FakeClipboard> files = std::make_shared<FakeClipboard>();
     std::shared_ptr<FakeDialogs> questions = std::make_shared<FakeDialogs>();
 
@@ -42,6 +43,8 @@ public:
     void customizeColumns() override { ++columnsCustomized; }
 
     void copyText(std::string const &text) override { copiedText = text; }
+
+    void openViewer(std::shared_ptr<ViewerController> viewer) override { viewers.push_back(std::move(viewer)); }
 
     std::shared_ptr<Clipboard> clipboard() override { return files; }
 

@@ -13,6 +13,7 @@
 #include "Tarnwick/Toolkit/Preview/PreviewPanel.h"
 #include "Tarnwick/Toolkit/Table/ColumnsDialog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
+#include "Tarnwick/Toolkit/Viewer/ViewerWindow.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/DragOut.h"
 #include "Tarnwick/Toolkit/Windows/OpenWithMenu.h"
@@ -96,6 +97,8 @@ MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, Com
 MainWindow::~MainWindow()
 {
     clips->onOfferGone = nullptr; // somebody may still read the clipboard
+    for (auto const &viewer : viewers)
+        delete viewer.data();
 }
 
 void MainWindow::buildPanes()
@@ -355,6 +358,26 @@ void MainWindow::minimizeWindow()
 void MainWindow::copyText(std::string const &text)
 {
     QApplication::clipboard()->setText(QString::fromStdString(text));
+}
+
+void MainWindow::openViewer(std::shared_ptr<ViewerController> viewer)
+{
+    std::erase(viewers, nullptr);
+    auto *const shown = new ViewerWindow(std::move(viewer), settings);
+    shown->addActions(actions->everywhere());
+    viewers.emplace_back(shown);
+    shown->QWidget::show();
+    shown->activateWindow();
+}
+
+std::vector<ViewerWindow *> MainWindow::openViewers() const
+{
+    std::vector<ViewerWindow *> open;
+    for (auto const &each : viewers) {
+        if (each)
+            open.push_back(static_cast<ViewerWindow *>(each.data()));
+    }
+    return open;
 }
 
 std::shared_ptr<LoginPrompter> MainWindow::loginPrompter() const

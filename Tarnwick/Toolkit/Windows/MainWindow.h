@@ -22,6 +22,7 @@ class Sheet;
 class SheetDialogs;
 class JobList;
 class JobStrip;
+class ViewerWindow;
 
 /// The window: two panes side by side, and the menus, buttons and keys of the commands.
 ///
@@ -38,6 +39,9 @@ public:
 
     /// The pane of a side that is on show.
     PaneView &pane(PaneSide side) const;
+
+    /// The viewers that are open, the newest last.
+    std::vector<ViewerWindow *> openViewers() const;
 
     PaneSplitter &divider() const { return *splitter; }
 
@@ -77,6 +81,7 @@ private:
     void goToBackgroundWork() override;
     void customizeColumns() override;
     void copyText(std::string const &text) override;
+    void openViewer(std::shared_ptr<ViewerController> viewer) override;
     std::shared_ptr<Clipboard> clipboard() override;
     std::shared_ptr<Dialogs> dialogs() override;
     bool performInTextField(Command command);
@@ -107,6 +112,7 @@ private:
     PaneContainerView *right = nullptr;
     PreviewPanel *panel = nullptr; ///< lies over one of the two
     bool isDividerPlaced = false;
+    std::vector<QPointer<QWidget>> viewers; ///< windows of their own; null when they are closed
 };
 
 } // namespace tw

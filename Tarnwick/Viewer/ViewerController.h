@@ -1,0 +1,126 @@
+#pragma once
+
+#include "TWCore/Async/Executor.h"
+#include "Tarnwick/Viewer/LineCounts.h"
+#include "Tarnwick/Viewer/RowPager.h"
+#include "Tarnwick/Viewer/ViewerDisplay.h"
+#include "Tarnwick/Viewer/ViewerSubject.h"
+#include "Tarnwick/Viewer/ViewerTarget.h"
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+namespace tw {
+
+/// A file of any size on a screen: which piece of it is in memory, which rows of it are on show, and what is read next.
+///
+/// One read is under way at a time. A jump supersedes it; a further chunk at one of the ends of the window does not.
+/// What was shown stays when a read fails, and the status line says why.
+///
+/// Threads: main context only.
+/// Lifetime: shared; its tasks hold it weakly. The display outlives it or detaches.
+class ViewerController : public std::enable_shared_from_this<ViewerController> {
+public:
+    ViewerController(std::shared_ptr<Executor> mainContext, ViewerSubject subject);
+    ~ViewerController();
+
+    ViewerController(ViewerController const &) = delete;
+    ViewerController &operator=(ViewerController const &) = delete;
+
+    void attach(ViewerDisplay &shown);
+
+    void detach() { display = nullptr; }
+
+    ViewerSubject const &subject() const noexcept { return of; }
+
+    /// Reads the beginning. To be called once.
+    void start();
+
+    /// The room that there is, in cells.
+    void resize(int rows, int columns);
+
+    void perform(ViewerAction action);
+
+    /// Down, or up if it is negative.
+    void scrollRows(int rows);
+    void scrollColumns(int columns);
+
+    /// `share` of the file lies before the first row then.
+    void scrollTo(double share);
+
+    void goTo(ViewerTarget target);
+    void showAs(ViewerMode mode);
+    void readAs(TextDecoding::Encoding encoding);
+    void select(ViewerPlace from, ViewerPlace to);
+
+    /// More is not copied at a time, and less than a window anyway.
+    static constexpr std::size_t mostCopiedCharacters = 16U << 20U;
+
+private:
+    enum class Purpose { jump, append, prepend };
+
+    struct Read {
+        Purpose purpose;
+        std::int64_t offset;
+        std::size_t length;
+        std::function<void()> thenGo = {}; ///< of a jump: puts the rows where they were wanted
+    };
+
+    template <class T>
+    using Then = std::function<void(std::optional<T>, std::exception_ptr const &)>;
+
+    template <class T>
+    static Task<void> waitFor(std::weak_ptr<ViewerController> weak, std::uint64_t wish, Task<T> work, Then<T> then);
+    template <class T>
+    void begin(Task<T> work, Then<T> then);
+
+    void look(std::function<void()> then);
+    void looked(ViewedFile::Facts facts, std::function<void()> const &then);
+    void jump(std::int64_t offset, std::function<void()> thenGo);
+    void read(Read what);
+    void arrived(Read const &what, std::string bytes);
+    void replaceWith(Read const &what, std::string bytes);
+    void prepend(Read const &what, std::string bytes);
+    void nothingThere(Read const &what);
+    void fail(Text words);
+    void jumpToStart();
+    void jumpToEnd();
+    void jumpTo(std::int64_t offset);
+    void goToLine(std::int64_t number);
+    void goBehindLineEnds(std::int64_t from, std::int64_t count);
+    void moveTo(ViewerPlace place);
+    void readAround(int rowsOnShow);
+    void layOutAgain();
+    void copySelection();
+    void show();
+
+    std::shared_ptr<Executor> const executor;
+    ViewerSubject const of;
+    ViewerDisplay *display = nullptr;
+
+    FileWindow window;
+    ViewedLines lines{window};
+    RowPager pager{window, lines};
+    LineCounts counts;
+    std::int64_t totalSize;
+    bool reachedEnd = false;
+    bool isEncodingChosen = false; ///< by hand
+    bool hasStarted = false;       ///< something has been read
+
+    ViewerPlace top;
+    int rowCount = 1;
+    int columnCount = 80;
+    int leftColumn = 0;
+    ViewerPlace selectedFrom;
+    ViewerPlace selectedTo;
+    Text notice; ///< instead of the status; empty: none
+
+    std::uint64_t wish = 0; ///< changes with each read, so that the answer to an earlier one is dropped
+    std::optional<Purpose> underWay;
+    std::stop_source stop;
+};
+
+} // namespace tw

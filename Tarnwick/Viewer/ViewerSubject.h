@@ -1,0 +1,22 @@
+#pragma once
+
+#include "TWEngine/Viewing/ViewedFile.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace tw {
+
+/// The file that a viewer is opened on, as its listing has it.
+struct ViewerSubject {
+    std::shared_ptr<ViewedFile> file;
+    std::string label;                   ///< of its connection
+    std::string path;                    ///< whole; exact bytes
+    EntryKind kind = EntryKind::unknown; ///< a link may lead anywhere
+    std::int64_t size = 0;               ///< bytes; 0: not known, or an empty file
+
+    std::string name() const { return path.substr(path.rfind('/') + 1); }
+};
+
+} // namespace tw

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "TWCore/Model/Text.h"
+#include "TWCore/Model/TextDecoding.h"
+#include "Tarnwick/Viewer/FileWindow.h"
+#include "Tarnwick/Viewer/ViewerMode.h"
+#include "Tarnwick/Viewer/ViewerSubject.h"
+
+#include <exception>
+
+/// What a viewer says.
+namespace tw::ViewerWords {
+
+struct Reading {
+    std::int64_t totalSize = 0;
+    bool reachedEnd = false;
+    ViewerMode mode = ViewerMode::text;
+    TextDecoding::Encoding encoding = TextDecoding::Encoding::utf8;
+};
+
+/// The line below a text or a hex dump.
+Text status(ViewerSubject const &subject, FileWindow const &window, Reading const &reading);
+
+Text warning(Text words);
+
+/// What a failure of reading says.
+Text failure(std::exception_ptr const &failure);
+
+/// Why that is not read.
+Text notAFile(EntryKind kind);
+
+Text onlySoManyLines(std::int64_t lines);
+
+} // namespace tw::ViewerWords

@@ -1,0 +1,169 @@
+#include "Tarnwick/Toolkit/Viewer/ViewerWindow.h"
+
+#include "Tarnwick/Settings/Settings.h"
+#include "Tarnwick/Toolkit/Viewer/ViewerTextView.h"
+#include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
+#include "tests/ui/QtLoop.h"
+#include "tests/ui/WindowTest.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QImage>
+#include <QLineEdit>
+#include <QPointer>
+#include <QScrollBar>
+#include <QTest>
+#include <gmock/gmock.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tw::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+/// Viewers on files of the left pane.
+class ViewerWindowTest : public WindowTest {
+protected:
+    /// Presses F3 on a file, and waits until its first chunk is there.
+    void view(std::string const &name)
+    {
+        if (!window)
+            open();
+        auto const row = active().model().rowForName(name);
+        ASSERT_TRUE(row) << name;
+        active().moveCursorTo(*row);
+        window->activateWindow();
+        processUntil([this] { return table(PaneSide::left).hasFocus() && window->isActiveWindow(); });
+        press(Qt::Key_F3);
+        auto const opened = window->openViewers();
+        ASSERT_FALSE(opened.empty()) << status(PaneSide::left);
+        viewer = opened.back();
+        viewer->activateWindow();
+        processUntil([&] { return viewer->isActiveWindow() && !viewer->text().screen().isBusy; });
+    }
+
+    void type(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : &viewer->text(), key, modifiers);
+        processUntil([&] { return !viewer || !viewer->text().screen().isBusy; });
+    }
+
+    std::u32string firstRow() { return viewer->text().screen().rows.at(0).text; }
+
+    std::string statusText() { return viewer->statusLine().text().toStdString(); }
+
+    /// How many pixels of the text are not of the background.
+    int inkIn(QRect part)
+    {
+        auto const picture = viewer->text().viewport()->grab(part).toImage();
+        auto const paper = viewer->text().palette().color(QPalette::Base).rgb();
+        int count = 0;
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x)
+                count += picture.pixel(x, y) != paper;
+        }
+        return count;
+    }
+
+    QPointer<ViewerWindow> viewer;
+};
+
+TEST_F(ViewerWindowTest, f3OpensAFileAndEscapeClosesIt)
+{
+    left.file("a", "first\nsecond\n");
+    view("a");
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("local — a"));
+    EXPECT_EQ(firstRow(), U"first");
+    EXPECT_THAT(statusText(), HasSubstr("UTF-8"));
+    EXPECT_GT(inkIn(QRect(0, 0, 100, 20)), 20);
+    type(Qt::Key_Escape);
+    processUntil([&] { return !viewer; });
+    EXPECT_TRUE(window->openViewers().empty());
+    view("a");
+    type(Qt::Key_F3);
+    processUntil([&] { return !viewer; });
+}
+
+TEST_F(ViewerWindowTest, theKeysOfAPagerWork)
+{
+    std::string lines;
+    for (int line = 1; line <= 1000; ++line)
+        lines += std::to_string(line) + "\n";
+    left.file("a", lines);
+    view("a");
+    auto const page = static_cast<std::size_t>(viewer->text().rowCount()) - 1;
+    type(Qt::Key_Space);
+    EXPECT_EQ(QString::fromUcs4(firstRow().data(), std::ssize(firstRow())).toInt(), 1 + static_cast<int>(page));
+    type(Qt::Key_B);
+    EXPECT_EQ(firstRow(), U"1");
+    type(Qt::Key_G, Qt::ShiftModifier);
+    EXPECT_EQ(viewer->text().screen().rows.back().text, U"1000");
+    EXPECT_EQ(viewer->text().verticalScrollBar()->value(), viewer->text().verticalScrollBar()->maximum());
+    type(Qt::Key_G);
+    EXPECT_EQ(firstRow(), U"1");
+    type(Qt::Key_G, Qt::ControlModifier);
+    EXPECT_TRUE(viewer->targetField().hasFocus());
+    QTest::keyClicks(&viewer->targetField(), QStringLiteral("500"));
+    type(Qt::Key_Return);
+    EXPECT_EQ(firstRow(), U"500");
+    EXPECT_TRUE(viewer->text().hasFocus());
+    type(Qt::Key_H);
+    EXPECT_EQ(viewer->text().screen().mode, ViewerMode::hex);
+}
+
+TEST_F(ViewerWindowTest, theMouseSelectsAndACopyHasWhatIsSelected)
+{
+    left.file("a", "한글 text\nsecond\n");
+    view("a");
+    auto &text = viewer->text();
+    auto const before = inkIn(text.viewport()->rect());
+    QTest::mousePress(text.viewport(), Qt::LeftButton, {}, QPoint(0, 2));
+    QTest::mouseMove(text.viewport(), QPoint(text.viewport()->width() - 1, 2));
+    QTest::mouseRelease(text.viewport(), Qt::LeftButton, {}, QPoint(text.viewport()->width() - 1, 2));
+    type(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "한글 text");
+    EXPECT_GT(inkIn(text.viewport()->rect()), before) << "a selection is seen";
+}
+
+TEST_F(ViewerWindowTest, theSizeOfTheTextIsRemembered)
+{
+    left.file("a", "text\n");
+    view("a");
+    auto const rows = viewer->text().rowCount();
+    type(Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_LT(viewer->text().rowCount(), rows);
+    EXPECT_DOUBLE_EQ(Settings::viewerFontSize.read(defaults), 13);
+    type(Qt::Key_0, Qt::ControlModifier);
+    EXPECT_EQ(viewer->text().rowCount(), rows);
+}
+
+TEST_F(ViewerWindowTest, whatIsNoFileHasWordsAndNoViewer)
+{
+    ASSERT_EQ(::mkfifo(left.path("fifo").c_str(), 0600), 0);
+    left.folder("folder");
+    open();
+    for (auto const *const name : {"fifo", "folder"}) {
+        active().moveCursorTo(*active().model().rowForName(name));
+        press(Qt::Key_F3);
+        EXPECT_TRUE(window->openViewers().empty());
+    }
+    active().moveCursorTo(*active().model().rowForName("fifo"));
+    press(Qt::Key_F3);
+    EXPECT_THAT(status(PaneSide::left), HasSubstr("⚠︎ this is a pipe"));
+}
+
+TEST_F(ViewerWindowTest, aViewerOfAHugeFileGoesWithTheMainWindow)
+{
+    auto const path = left.file("huge", "beginning\n");
+    ASSERT_EQ(::truncate(path.c_str(), std::int64_t(50) << 30), 0);
+    view("huge");
+    type(Qt::Key_End);
+    EXPECT_THAT(statusText(), HasSubstr(" from 50G"));
+    window.reset();
+    EXPECT_FALSE(viewer);
+}
+
+} // namespace
+} // namespace tw::test
