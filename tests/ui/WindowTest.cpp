@@ -6,6 +6,7 @@
 #include "Tarnwick/Toolkit/Notices/NoticeStrip.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "Tarnwick/Toolkit/Widgets/WrappedText.h"
+#include "Tarnwick/Transfers/JobList.h"
 #include "tests/ui/QtLoop.h"
 
 #include <QApplication>
@@ -54,8 +55,12 @@ void WindowTest::open()
 
 void WindowTest::close()
 {
-    if (window)
+    if (window) {
+        // What waits for a thread when the threads end is never freed.
+        window->works()->cancelAll();
+        processUntil([this] { return window->works()->underWay().empty(); });
         window->close();
+    }
     window.reset();
     controller.reset();
 }
