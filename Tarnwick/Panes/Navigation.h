@@ -7,6 +7,8 @@
 
 namespace tw {
 
+class OpenArchive;
+
 enum class MarksAfter { dropped, kept };
 
 /// What happens to the strip's failure when a pane arrives.
@@ -27,6 +29,7 @@ struct Navigation {
     /// on never belong to two places. Null: the connection that the pane has.
     std::shared_ptr<Browser> source = {};
     std::string connection = {};
+    std::shared_ptr<OpenArchive const> archive = {}; ///< whose inside the source is; null: of none
 };
 
 } // namespace tw

@@ -1,6 +1,7 @@
 #include "Tarnwick/Panes/Navigator.h"
 
 #include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Connections/OpenArchive.h"
 
 namespace tw {
 
@@ -44,6 +45,8 @@ Task<void> Navigator::perform(std::weak_ptr<Navigator> weak, std::shared_ptr<Clo
         arrival.updates.emplace(std::move(stream));
     }
     auto const started = clock->steadyNow();
+    if (navigation.isReread && navigation.archive)
+        co_await OpenArchive::forget(navigation.archive);
     auto const context = co_await currentContext();
     auto onPart = partTaker(weak, context.executor, navigation, token);
     auto opening = navigation.isReread ? browser->reread(navigation.path, std::move(onPart))
@@ -69,14 +72,16 @@ PartTaker Navigator::partTaker(std::weak_ptr<Navigator> weak, std::shared_ptr<Ex
 {
     // The Browser holds this while it fetches, and must not hold itself.
     std::weak_ptr const source = std::exchange(navigation.source, nullptr);
-    return [weak, mainContext, navigation, source, token](DirectorySnapshot const &part) {
-        mainContext->post([weak, navigation, source, token, part] {
+    std::weak_ptr const archive = std::exchange(navigation.archive, nullptr);
+    return [weak, mainContext, navigation, source, archive, token](DirectorySnapshot const &part) {
+        mainContext->post([weak, navigation, source, archive, token, part] {
             auto const self = weak.lock();
             auto const isWanted = self && self->current == token && self->awaited;
             if (!isWanted || !self->events.onPart)
                 return;
             auto wish = navigation;
             wish.source = source.lock();
+            wish.archive = archive.lock();
             self->events.onPart(wish, part);
         });
     };

@@ -61,7 +61,7 @@ void PaneController::attach(PaneDisplay &newDisplay)
     auto const firstRow = display->firstVisibleRow();
     display = &newDisplay;
     showSortIndicator();
-    display->showConnection(shownConnection);
+    display->showConnection(titleOfConnection());
     display->showPath(shownPath);
     display->showActive(isActive);
     display->reloadRows();
@@ -132,6 +132,8 @@ void PaneController::openSelection()
 
 void PaneController::openFile(std::string path)
 {
+    if (enterArchive(path))
+        return;
     if (callbacks.onOpenFile)
         callbacks.onOpenFile(std::move(path));
     else
@@ -140,6 +142,10 @@ void PaneController::openFile(std::string path)
 
 void PaneController::goUp()
 {
+    if (archive && pathOnShow() == "/") {
+        leaveArchive();
+        return;
+    }
     auto parent = rows.parentPath();
     if (parent)
         navigate(*std::move(parent), std::string(lastComponent(pathOnShow())));
@@ -167,6 +173,10 @@ void PaneController::replay(std::optional<PaneHistory::Visit> const &visit)
         display->beep();
     else if (visit->connection == connection)
         navigate(visit->path);
+    else if (!visit->archive.path.empty())
+        replayArchive(*visit);
+    else if (archive && visit->connection == archive->outermost().connection)
+        switchTo(archive->outermost().holder, visit->connection, visit->path);
     else if (connections)
         open({visit->connection, visit->path, true}, *connections);
 }
@@ -298,7 +308,7 @@ void PaneController::showRequestedPath()
 void PaneController::showConnection(std::string name)
 {
     shownConnection = std::move(name);
-    display->showConnection(shownConnection);
+    display->showConnection(titleOfConnection());
 }
 
 void PaneController::refreshStatus()

@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Clock.h"
 #include "TWEngine/Browsing/Browser.h"
+#include "Tarnwick/Connections/OpenArchive.h"
 #include "Tarnwick/Panes/Alarm.h"
 #include "Tarnwick/Panes/HiddenDisplay.h"
 #include "Tarnwick/Panes/NameSurviving.h"
@@ -53,6 +54,7 @@ public:
         std::shared_ptr<Clock> clock;
         Defaults &defaults;                          ///< outlives the pane
         std::shared_ptr<Executor> workers = nullptr; ///< null: work that takes a core is done on the main context
+        ArchiveOpener openArchive = {};              ///< empty: an archive is a file as any other
     };
 
     using Callbacks = PaneCallbacks;
@@ -90,6 +92,18 @@ public:
     /// Where the pane is or is to be: a place that it is on its way to, also a host that is still being reached, and
     /// one that it could not get to as long as it shows another place only because it has to show something.
     PaneSpec place() const;
+
+    /// The same, with the name of an archive in the place of its path.
+    PaneSpec placeForDisplay() const;
+
+    /// The place to come back to at the next start: outside of archives.
+    PaneSpec placeToRemember() const;
+
+    /// The archive that the listing on show is in; null: none.
+    std::shared_ptr<OpenArchive const> const &archiveOnShow() const noexcept { return archive; }
+
+    /// The pane is new and shows the same archive as another one.
+    void shareArchive(PaneController const &other);
 
     /// The row of the cursor; nothing in an empty table.
     std::optional<int> cursorRow() const noexcept { return cursor.row(); }
@@ -326,6 +340,18 @@ private:
     void logIn();
     void showDetails(char const *title, std::string PaneNotice::*words);
 
+    bool enterArchive(std::string const &path);
+    bool enterArchive(ArchiveFile file, std::shared_ptr<OpenArchive const> outer, std::string inner);
+    void leaveArchive();
+    void adoptPlace(Navigation const &navigation);
+    static PaneHistory::Visit visitOf(std::string connection, std::string path,
+                                      std::shared_ptr<OpenArchive const> const &archive);
+    static PaneSpec placeOf(OpenArchive const &archive);
+    std::string titleOfConnection() const;
+    void replayArchive(PaneHistory::Visit const &visit);
+    static Task<void> returnToArchive(std::weak_ptr<PaneController> weak, Task<std::shared_ptr<Browser>> connecting,
+                                      PaneHistory::Visit visit, std::uint64_t token);
+
     void replay(std::optional<PaneHistory::Visit> const &visit);
     void openFile(std::string path);
     static bool ask(std::function<void()> const &owner);
@@ -363,6 +389,7 @@ private:
     Collaborators const collaborators;
     std::shared_ptr<Browser> browser;
     std::string connection;
+    std::shared_ptr<OpenArchive const> archive; ///< whose inside is on show; null: of none
     PaneModel rows;
     PaneCursor cursor{rows};
     std::shared_ptr<CutFiles const> cut; ///< null: none
@@ -374,11 +401,12 @@ private:
     std::shared_ptr<Navigator> navigator;
     /// Where the pane is or is on its way to; null while a host is being reached.
     std::shared_ptr<Browser> heading;
-    bool isReading = false;                   ///< the rows on show are a part, and more are on their way
-    bool wantsReread = false;                 ///< the refresh under way is followed by another
-    std::shared_ptr<HostArrival> hostArrival; ///< null: the pane waits for no host
-    std::optional<PaneSpec> missed;           ///< the place in whose stead the pane shows another one
-    Connections *connections = nullptr;       ///< null before the first `open`
+    std::shared_ptr<OpenArchive const> headingArchive; ///< likewise; null: none
+    bool isReading = false;                            ///< the rows on show are a part, and more are on their way
+    bool wantsReread = false;                          ///< the refresh under way is followed by another
+    std::shared_ptr<HostArrival> hostArrival;          ///< null: the pane waits for no host
+    std::optional<PaneSpec> missed;                    ///< the place in whose stead the pane shows another one
+    Connections *connections = nullptr;                ///< null before the first `open`
     PaneNotices notices;
     std::string typedWish; ///< what was typed for the newest wish; empty: nothing
     std::stop_source completing;

@@ -18,10 +18,20 @@ public:
     /// More than a person goes back through. The oldest visit is forgotten first.
     static constexpr std::size_t mostVisits = 200;
 
+    /// The archive that a place was in: where its file lies. No path: the place was in none.
+    struct Archive {
+        std::string connection = {};
+        std::string path = {};
+        bool isOutermost = true; ///< the place was in this archive itself, and not in another one inside it
+
+        friend bool operator==(Archive const &, Archive const &) = default;
+    };
+
     /// A path alone would lead to a folder of another machine once the pane has changed its connection.
     struct Visit {
         std::string connection;
         std::string path;
+        Archive archive = {};
 
         friend bool operator==(Visit const &, Visit const &) = default;
     };

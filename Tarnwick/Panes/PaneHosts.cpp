@@ -35,6 +35,7 @@ void PaneController::setOut(PaneSpec destination, HostLogin login)
                                 },
                             .onEnd = [onPane] { onPane([](PaneController &pane) { pane.endHostArrival(); }); }});
     heading.reset();
+    headingArchive.reset();
     typedWish.clear();
     showConnection(hostArrival->host());
     showPath("connecting…");

@@ -59,15 +59,17 @@ void PaneController::startNavigation(Navigation navigation)
     if (!navigation.source) {
         navigation.source = browser;
         navigation.connection = connection;
+        navigation.archive = archive;
     }
     rememberPlace();
-    history.setOutFor({navigation.connection, navigation.path});
+    history.setOutFor(visitOf(navigation.connection, navigation.path, navigation.archive));
     typedWish.clear();
     if (navigation.notice == NoticeAfter::dropped)
         missed.reset();
     isReading = false;
     requested = navigation.path;
     heading = navigation.source;
+    headingArchive = navigation.archive;
     showConnection(navigation.connection);
     showRequestedPath();
     wantsReread = false;
@@ -86,7 +88,8 @@ void PaneController::fail(Navigation const &navigation, std::exception_ptr const
     if (navigation.notice == NoticeAfter::kept || (isLinkToFile && callbacks.onOpenFile))
         leavePlace();
     else
-        showFailure({.place = {navigation.connection, navigation.path, true},
+        showFailure({.place = navigation.archive ? placeOf(*navigation.archive)
+                                                 : PaneSpec{navigation.connection, navigation.path, true},
                      .reason = failure,
                      .retry = [weak = weak_from_this(), navigation] {
                          if (auto const self = weak.lock())
@@ -133,9 +136,7 @@ void PaneController::showPart(Navigation const &navigation, DirectorySnapshot pa
         return; // rows that are whole stay until the new ones are
     endTyping();
     if (navigation.source != browser) {
-        browser = navigation.source;
-        connection = navigation.connection;
-        applyCut();
+        adoptPlace(navigation);
         updateLoop.request_stop(); // the arrival brings the updates of the new connection
     }
     isReading = true;
@@ -147,7 +148,7 @@ void PaneController::showPart(Navigation const &navigation, DirectorySnapshot pa
     display->scrollToFirstVisibleRow(place.firstVisibleRow);
     restoreCursor(navigation.select.empty() ? place.cursorName : navigation.select);
     refreshStatus();
-    history.recordVisit({connection, pathOnShow()});
+    history.recordVisit(visitOf(connection, pathOnShow(), archive));
     if (callbacks.onLocationChanged)
         callbacks.onLocationChanged();
 }
@@ -161,6 +162,7 @@ void PaneController::leavePlace()
         missed = notices.failure()->place;
     isReading = false;
     heading = browser;
+    headingArchive = archive;
     showConnection(connection);
     if (rows.snapshot()) {
         requested = pathOnShow();
@@ -212,7 +214,8 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
     auto const wasReading = std::exchange(isReading, false);
     if (arrival.updates)
         adopt(navigation, *std::move(arrival.updates));
-    auto const provider = connection == localConnection ? PaneStatus::Source::disk : PaneStatus::Source::network;
+    auto const &machine = archive ? archive->outermost().connection : connection;
+    auto const provider = machine == localConnection ? PaneStatus::Source::disk : PaneStatus::Source::network;
     lastTiming = PaneStatus::timing(arrival.elapsed, arrival.result.wasCold ? provider : PaneStatus::Source::memory);
     auto const isSameFolder = isSameConnection && rows.snapshot() && rows.snapshot()->path() == snapshot.path();
     auto place = places.recall(connection, snapshot.path());
@@ -238,7 +241,7 @@ void PaneController::arrive(Navigation const &navigation, Navigator::Arrival arr
         refreshStatusAfterReread();
     else
         refreshStatus();
-    history.recordVisit({connection, requested});
+    history.recordVisit(visitOf(connection, requested, archive));
     if (navigation.notice == NoticeAfter::dropped)
         notices.clear();
     tellOfHost();
@@ -259,9 +262,7 @@ void PaneController::showListing(DirectorySnapshot snapshot, PlaceMemory::Place 
 
 void PaneController::adopt(Navigation const &navigation, Updates updates)
 {
-    browser = navigation.source;
-    connection = navigation.connection;
-    applyCut();
+    adoptPlace(navigation);
     listen(listenToUpdates(weak_from_this(), std::move(updates)));
 }
 
@@ -313,7 +314,7 @@ bool PaneController::restsOnListing() const
 
 void PaneController::revalidate()
 {
-    if (connection == localConnection || !restsOnListing())
+    if (connection == localConnection || archive || !restsOnListing())
         return;
     refresh();
     wasTouched = true; // nobody has asked for it, so nobody is to be led to the strip

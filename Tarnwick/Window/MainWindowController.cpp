@@ -90,7 +90,7 @@ void MainWindowController::wire(PaneController &pane, PaneSide side)
     callbacks.onEscape = [this] { return previews && previews->close(); };
     callbacks.onCursorMoved = [this, &pane](std::optional<std::string> name) {
         followPreview();
-        if (memory)
+        if (memory && !pane.archiveOnShow())
             memory->remember(pane.connectionName(), pane.pathOnShow(), std::move(name));
     };
     if (!memory)
@@ -379,6 +379,8 @@ void MainWindowController::cmdMinimizeWindow()
 
 void MainWindowController::cmdTargetIsSource()
 {
+    if (activePane().archiveOnShow())
+        return activePane().refuse(); // its path leads nowhere outside
     pane(otherSide(active))->navigate(activePane().pathOnShow());
 }
 

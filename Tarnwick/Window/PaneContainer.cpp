@@ -194,13 +194,15 @@ void PaneContainer::duplicateTab(std::size_t index)
     auto const place = tabs[index].place();
     auto const source = tabs[index].pane;
     if (tabs[index].asleep || place.connection != source->connectionName()) {
-        openInNewTab(place);
+        openInNewTab(tabs[index].placeToRemember());
         return;
     }
     auto const operands = source->operands();
     auto const cursor = place.path == operands.path ? std::string(source->cursorName()) : std::string();
-    if (auto const copy = addTab(operands.browser, place.connection, Select::yes))
+    if (auto const copy = addTab(operands.browser, place.connection, Select::yes)) {
+        copy->shareArchive(*source);
         copy->navigate(place.path, cursor);
+    }
 }
 
 void PaneContainer::openInNewTab(PaneSpec place)
@@ -250,7 +252,7 @@ SideState PaneContainer::state() const
 {
     SideState side{.active = active};
     for (auto const &each : tabs)
-        side.tabs.push_back(stateOf(each.place(), each.pane->model().viewOptions()));
+        side.tabs.push_back(stateOf(each.placeToRemember(), each.pane->model().viewOptions()));
     return side;
 }
 
@@ -274,7 +276,7 @@ void PaneContainer::refreshTitles()
 {
     std::vector<TabItem> items;
     for (auto const &each : tabs)
-        items.push_back(TabItem::of(each.place()));
+        items.push_back(TabItem::of(each.asleep ? *each.asleep : each.pane->placeForDisplay()));
     if (items == shownItems && active == shownIndex)
         return;
     shownItems = std::move(items);

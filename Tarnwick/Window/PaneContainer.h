@@ -100,6 +100,8 @@ private:
         bool isStale = false;                ///< is read anew when it is shown
 
         PaneSpec place() const { return asleep ? *asleep : pane->place(); }
+
+        PaneSpec placeToRemember() const { return asleep ? *asleep : pane->placeToRemember(); }
     };
 
     std::shared_ptr<PaneController> makePane(std::shared_ptr<Browser> browser, std::string connectionName);

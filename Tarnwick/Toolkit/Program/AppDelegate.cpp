@@ -5,6 +5,7 @@
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Transfer/TransferEngine.h"
 #include "Tarnwick/Clipboard/PastedFile.h"
+#include "Tarnwick/Connections/ArchiveBrowsers.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Settings/Settings.h"
@@ -100,7 +101,8 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
 
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
-                                      with.engine.workers().executor(WorkPriority::interactive)},
+                                      with.engine.workers().executor(WorkPriority::interactive),
+                                      archiveOpener(with.engine, TransferTools::find().ssh)},
         with.connections,
         std::make_shared<SessionMemory>(
             SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,

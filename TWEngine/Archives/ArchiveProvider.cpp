@@ -1,0 +1,230 @@
+#include "TWEngine/Archives/ArchiveProvider.h"
+
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/ReadError.h"
+#include "TWEngine/Archives/ArchiveReading.h"
+#include "TWEngine/Archives/MemberReading.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/TransferFile.h"
+
+#include <algorithm>
+
+namespace tw {
+
+namespace {
+
+std::string lastComponent(std::string const &path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string parentOf(std::string const &path)
+{
+    return path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+}
+
+/// A path without a slash at its end and with one at its beginning.
+std::string normalised(std::string path)
+{
+    while (path.size() > 1 && path.ends_with('/'))
+        path.pop_back();
+    return path.starts_with('/') ? path : '/' + path;
+}
+
+std::string joined(std::string const &folder, std::string_view name)
+{
+    return (folder == "/" ? folder : folder + '/') + std::string(name);
+}
+
+/// The folder at `path` and those below it, `depth` levels in all.
+Listings levelsOf(Listings const &folders, std::string const &path, int depth)
+{
+    Listings found;
+    std::vector<std::string> level{path};
+    for (int left = depth; left > 0 && !level.empty(); --left) {
+        std::vector<std::string> next;
+        for (auto const &each : level) {
+            auto const folder = folders.find(each);
+            if (folder == folders.end())
+                continue;
+            found.emplace(each, folder->second);
+            for (auto const &entry : folder->second.entries()) {
+                if (left > 1 && entry.isDirectory())
+                    next.push_back(joined(each, folder->second.nameBytes(entry)));
+            }
+        }
+        level = std::move(next);
+    }
+    return found;
+}
+
+/// What was made of an archive on a worker.
+struct Loaded {
+    ArchiveTree tree;
+    bool beginWithDot = false;
+};
+
+Task<std::shared_ptr<Loaded>> load(EngineRuntime *engine, ArchiveProvider::Archive archive)
+{
+    auto read = co_await ArchiveReading::read(*engine, archive.path, archive.place);
+    auto const members = std::make_shared<ArchiveMembers>(std::move(read));
+    auto loaded = co_await engine->workers().run(WorkPriority::interactive, [members, clock = engine->clock()] {
+        return std::make_shared<Loaded>(
+            Loaded{ArchiveTree::build(members->entries, clock->now()), members->beginWithDot});
+    });
+    co_return loaded;
+}
+
+Task<void> refuse(std::string path)
+{
+    throw FileOperationError::Failed("upload", path, "an archive is changed as a whole");
+    co_return;
+}
+
+/// Some bytes out of a stream.
+struct Chunk {
+    std::size_t skip;
+    std::size_t wanted;
+    std::string bytes = {};
+};
+
+/// Thrown at the last byte that is wanted, so that the tool does not go on.
+struct Enough {};
+
+Task<std::string> takeChunk(std::shared_ptr<Chunk> chunk, std::string piece)
+{
+    auto const skipped = std::min(chunk->skip, piece.size());
+    chunk->skip -= skipped;
+    chunk->bytes.append(piece, skipped, chunk->wanted - chunk->bytes.size());
+    if (chunk->bytes.size() == chunk->wanted)
+        throw Enough();
+    co_return piece;
+}
+
+} // namespace
+
+ArchiveProvider::ArchiveProvider(EngineRuntime &runtime, Archive which, std::string ssh)
+    : engine(runtime), strand(runtime.makeStrand()), archive(std::move(which)), sshProgram(std::move(ssh))
+{
+}
+
+std::string ArchiveProvider::displayName() const
+{
+    return lastComponent(archive.path);
+}
+
+Task<void> ArchiveProvider::connect()
+{
+    return onStrand(strand, connectHere(shared_from_this()));
+}
+
+Task<void> ArchiveProvider::connectHere(Self self)
+{
+    while (!self->isLoaded) {
+        auto const before = self->forgettings;
+        auto const loaded = co_await load(&self->engine, self->archive);
+        if (self->forgettings != before)
+            continue; // the archive may have been changed since
+        self->tree = std::move(loaded->tree);
+        self->beginWithDot = loaded->beginWithDot;
+        self->isLoaded = true;
+    }
+}
+
+Task<void> ArchiveProvider::disconnect()
+{
+    return onStrand(strand, disconnectHere(shared_from_this()));
+}
+
+Task<void> ArchiveProvider::disconnectHere(Self self)
+{
+    ++self->forgettings;
+    self->tree = {};
+    self->isLoaded = false;
+    co_return;
+}
+
+Task<Listings> ArchiveProvider::fetch(std::string path, int depth, FetchPriority /*priority*/)
+{
+    return onStrand(strand, fetchHere(shared_from_this(), std::move(path), depth));
+}
+
+Task<Listings> ArchiveProvider::fetchHere(Self self, std::string path, int depth)
+{
+    co_await connectHere(self);
+    auto const place = normalised(path);
+    auto found = levelsOf(self->tree.folders, place, std::min(depth, self->maxUsefulDepth()));
+    if (found.empty())
+        throw FileOperationError::Failed("list", path, "not in " + self->displayName());
+    co_return found;
+}
+
+Task<std::int64_t> ArchiveProvider::fileSize(std::string path)
+{
+    return onStrand(strand, fileSizeHere(shared_from_this(), std::move(path)));
+}
+
+Task<std::int64_t> ArchiveProvider::fileSizeHere(Self self, std::string path)
+{
+    co_await connectHere(self);
+    auto const place = normalised(path);
+    auto const name = lastComponent(place);
+    auto const folder = self->tree.folders.find(parentOf(place));
+    if (folder != self->tree.folders.end()) {
+        for (auto const &entry : folder->second.entries()) {
+            if (folder->second.nameBytes(entry) == name)
+                co_return entry.size;
+        }
+    }
+    throw ReadError::NotReadable(path, "not in " + self->displayName());
+}
+
+std::string ArchiveProvider::memberName(std::string const &path) const
+{
+    return (beginWithDot ? "./" : "") + normalised(path).substr(1);
+}
+
+Task<std::string> ArchiveProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)
+{
+    return onStrand(strand, readChunkHere(shared_from_this(), std::move(path), offset, length));
+}
+
+Task<std::string> ArchiveProvider::readChunkHere(Self self, std::string path, std::int64_t offset, std::size_t length)
+{
+    if (length == 0)
+        co_return std::string();
+    co_await connectHere(self);
+    auto const chunk = std::make_shared<Chunk>(Chunk{.skip = static_cast<std::size_t>(offset), .wanted = length});
+    try {
+        co_await MemberReading::read(self->engine, self->sshProgram,
+                                     {self->archive.path, self->archive.place, self->memberName(path)},
+                                     [chunk](std::string piece) { return takeChunk(chunk, std::move(piece)); });
+    } catch (Enough const &) {
+        // The tool has been ended.
+    }
+    co_return chunk->bytes;
+}
+
+Task<void> ArchiveProvider::download(std::string path, std::string localPath)
+{
+    return onStrand(strand, downloadHere(shared_from_this(), std::move(path), std::move(localPath)));
+}
+
+Task<void> ArchiveProvider::downloadHere(Self self, std::string path, std::string localPath)
+{
+    co_await connectHere(self);
+    auto const file = co_await TransferFile::open(self->engine, localPath, TransferFile::Purpose::toWrite);
+    if (!file)
+        throw ReadError::NotReadable(localPath, "cannot create local file");
+    co_await MemberReading::read(self->engine, self->sshProgram,
+                                 {self->archive.path, self->archive.place, self->memberName(path)},
+                                 TransferFile::writer(self->engine, file, localPath));
+    co_await TransferFile::finish(self->engine, file, localPath);
+}
+
+Task<void> ArchiveProvider::upload(std::string /*localPath*/, std::string path)
+{
+    return refuse(std::move(path));
+}
+
+} // namespace tw

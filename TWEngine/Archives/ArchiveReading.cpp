@@ -1,0 +1,105 @@
+#include "TWEngine/Archives/ArchiveReading.h"
+
+#include "TWCore/Archives/ArchiveListCommand.h"
+#include "TWCore/Model/DisplayText.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/Trimmed.h"
+#include "TWEngine/Archives/LocalArchiveTools.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/SSH/OneShotCommand.h"
+#include "TWEngine/Transfer/TransferCommands.h"
+
+namespace tw::ArchiveReading {
+
+namespace {
+
+using ArchiveListCommand::Form;
+
+constexpr auto operation = "list archive";
+
+/// Of a tool's words. bsdtar repeats its question for a passphrase thousands of times.
+constexpr std::size_t keptWords = 1024;
+
+std::string detailIn(std::string_view words)
+{
+    // 7-Zip asks, and takes the end of its input for a break.
+    if (words.contains("Break signaled") || words.contains("Enter passphrase"))
+        return "it is encrypted, names and all";
+    return std::string(trimmed(repaired(words)));
+}
+
+/// All of a program's output.
+struct Captured {
+    std::string bytes;
+};
+
+Task<std::string> keep(std::shared_ptr<Captured> all, std::string piece)
+{
+    if (all->bytes.size() + piece.size() > mostBytes)
+        throw FileOperationError::Unsupported("an archive with so many members");
+    all->bytes += piece;
+    co_return piece;
+}
+
+/// In an environment in which the tools write what DatedListing reads.
+ChildCommand childFor(ArchiveListCommand::Here const &command)
+{
+    auto environment = TransferCommands::tarEnvironment(inheritedEnvironment());
+    environment["LC_ALL"] = "C.UTF-8";
+    if (command.form == Form::gnuTar || command.form == Form::bsdTar)
+        environment["TZ"] = "UTC";
+    return {.program = command.program,
+            .arguments = command.arguments,
+            .environment = std::move(environment),
+            .output = PipeEnd{},
+            .error = PipeEnd{},
+            // Of its own, so that a stop also reaches what it has started to decompress, and no terminal is asked.
+            .session = ChildCommand::Session::own};
+}
+
+Task<ArchiveMembers> parsed(EngineRuntime *engine, Form form, std::shared_ptr<Captured> output)
+{
+    return engine->workers().run(WorkPriority::interactive, [form, output, clock = engine->clock()] {
+        return ArchiveListCommand::parse(form, output->bytes, clock->now());
+    });
+}
+
+Task<ArchiveMembers> readHere(EngineRuntime *engine, std::string path)
+{
+    auto const tools = co_await LocalArchiveTools::ofThisMachine(*engine);
+    auto const command = ArchiveListCommand::here(tools, path);
+    auto const output = std::make_shared<Captured>();
+    auto const ended =
+        co_await OneShotCommand::run(engine->io(), childFor(command), keptWords,
+                                     [output](std::string piece) { return keep(output, std::move(piece)); });
+    if (!ended.status.isSuccess())
+        throw FileOperationError::Failed(operation, path, detailIn(ended.errors));
+    auto members = co_await parsed(engine, command.form, output);
+    co_return members;
+}
+
+Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::shared_ptr<CommandHost> host)
+{
+    auto const capability = co_await host->archiveCapability();
+    auto const dialect = co_await host->dialect();
+    auto const command = ArchiveListCommand::there(dialect, capability, host->host(), path);
+    auto result =
+        co_await host->runCommand({.text = command.text, .session = CommandSession::work, .limit = limitOnHosts});
+    auto const output = std::make_shared<Captured>(std::move(result.output));
+    auto members = co_await parsed(engine, command.form, output);
+    // What the tool has said about a failure is among its output, and no member.
+    if (result.status != 0 && members.entries.empty())
+        throw FileOperationError::Failed(operation, path, detailIn(output->bytes));
+    co_return members;
+}
+
+} // namespace
+
+Task<ArchiveMembers> read(EngineRuntime &engine, std::string path, TransferEndpoint place)
+{
+    if (place.host())
+        return readThere(&engine, std::move(path), place.host());
+    return readHere(&engine, std::move(path));
+}
+
+} // namespace tw::ArchiveReading
