@@ -1,56 +1,15 @@
 #include "TWEngine/Transfer/HostCopy.h"
 
-#include "TWCore/Async/Cancelled.h"
-#include "TWCore/Async/ChildTask.h"
+#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
-#include "TWCore/Shell/EndableCommand.h"
 #include "TWCore/Shell/FileCommands.h"
 #include "TWEngine/Platform/RandomDigits.h"
-#include "TWEngine/Runtime/Completion.h"
-#include "TWEngine/Runtime/TimeOut.h"
+#include "TWEngine/Transfer/HostWork.h"
 
 namespace tw::HostCopy {
 
 namespace {
-
-/// A copy within a host may take long, and nobody sees it grow.
-constexpr std::chrono::seconds limit{3600};
-
-/// A host that does not answer must not hold a cancel; its copy then goes on.
-constexpr std::chrono::seconds patienceWithEnd{5};
-
-using Answer = std::shared_ptr<Completion<CommandResult>>;
-
-Task<void> ask(std::shared_ptr<CommandHost> host, std::string text, Answer answer)
-{
-    try {
-        auto result = co_await host->runCommand({.text = std::move(text),
-                                                 .session = CommandSession::work,
-                                                 .effect = CommandEffect::changes,
-                                                 .limit = limit});
-        answer->succeed(std::move(result));
-    } catch (...) {
-        answer->fail(std::current_exception());
-    }
-}
-
-/// The answer is not waited for after a stop: the session gives it when the copy has ended.
-Task<CommandResult> copySome(TransferWork::Shared work, std::vector<std::string> paths, ShellDialect dialect)
-{
-    auto const token = randomDigits(16);
-    auto const host = work->from.host();
-    auto const answer = std::make_shared<Completion<CommandResult>>();
-    auto const context = co_await currentContext();
-    auto command = TransferCommands::copyThere(dialect, paths, work->to.path(), token);
-    spawn({context.executor, {}}, ask(host, std::move(command), answer));
-    auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
-    if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix) {
-        auto ending = host->runCommand({.text = EndableCommand::end(token)});
-        co_await outcomeOf(withTimeOut(work->engine.clock(), patienceWithEnd, std::move(ending)).withStop({}));
-    }
-    co_return outcome.take();
-}
 
 void throwIfFailed(CommandResult const &result, std::string const &path)
 {
@@ -74,7 +33,10 @@ Task<void> run(TransferWork::Shared work)
         auto const rest = std::span(paths).last(left.size());
         auto const fitting = FileCommands::fittingFront(dialect, rest);
         std::vector<std::string> const some(fitting.begin(), fitting.end());
-        auto const outcome = co_await outcomeOf(copySome(work, some, dialect));
+        auto const token = randomDigits(16);
+        auto command = TransferCommands::copyThere(dialect, some, work->to.path(), token);
+        auto running = HostWork::run(work->engine, work->from.host(), token, std::move(command));
+        auto const outcome = co_await outcomeOf(std::move(running));
         auto &summary = work->summary;
         bool const isDone = outcome.value && outcome.value->status == 0;
         auto &place = isDone ? summary.complete : summary.partial;

@@ -36,6 +36,12 @@ public:
     /// Bytes of a member's data, with their padding, that are still to come before the next header.
     std::int64_t dataLeft() const noexcept { return part == Part::data ? left : 0; }
 
+    /// Whether the next block is a header, or a zero in its place.
+    bool expectsHeader() const noexcept { return part == Part::header; }
+
+    /// Whether the next block goes on with the header of a sparse file, which has begun.
+    bool isInSparseMap() const noexcept { return part == Part::sparseMap; }
+
     /// So many of `dataLeft` have passed, and need not be read.
     void skip(std::int64_t bytes);
 

@@ -1,0 +1,127 @@
+#include "TWEngine/Archives/ArchiveEngine.h"
+
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Archives/ArchiveChange.h"
+#include "TWEngine/Archives/ArchivePacking.h"
+#include "TWEngine/Archives/ArchiveUnpacking.h"
+#include "TWEngine/Archives/LocalArchiveTools.h"
+#include "TWEngine/Transfer/TransferEngine.h"
+
+namespace tw {
+
+ArchiveEngine::ArchiveEngine(EngineRuntime &runtime, TransferTools programs)
+    : engine(runtime), tools(std::move(programs)), strand(runtime.makeStrand())
+{
+}
+
+ArchiveEngine::ArchiveEngine(EngineRuntime &runtime, TransferTools programs, ArchiveTools archiveTools)
+    : engine(runtime), tools(std::move(programs)), here(std::move(archiveTools)), strand(runtime.makeStrand())
+{
+}
+
+Task<void> ArchiveEngine::pack(Names names, TransferEndpoint from, TransferEndpoint archive, ArchiveFormat format,
+                               Reporter onProgress)
+{
+    return begin(std::move(onProgress), [names = std::move(names), from = std::move(from), archive = std::move(archive),
+                                         format](ArchiveWork::Shared work) {
+        return ArchivePacking::pack(std::move(work), names, from, archive, format);
+    });
+}
+
+Task<void> ArchiveEngine::extract(Names members, TransferEndpoint archive, TransferEndpoint into, Reporter onProgress)
+{
+    return begin(std::move(onProgress), [members = std::move(members), archive = std::move(archive),
+                                         into = std::move(into)](ArchiveWork::Shared work) {
+        return ArchiveUnpacking::extract(std::move(work), members, archive, into);
+    });
+}
+
+Task<void> ArchiveEngine::unpack(TransferEndpoint archive, TransferEndpoint into, Reporter onProgress)
+{
+    return begin(std::move(onProgress),
+                 [archive = std::move(archive), into = std::move(into)](ArchiveWork::Shared work) {
+                     return ArchiveUnpacking::unpack(std::move(work), archive, into);
+                 });
+}
+
+Task<void> ArchiveEngine::add(Names paths, std::string archive, std::string inner, Reporter onProgress)
+{
+    return begin(std::move(onProgress),
+                 [paths = std::move(paths), archive = std::move(archive), inner = std::move(inner)](
+                     ArchiveWork::Shared work) { return ArchiveChange::add(std::move(work), paths, archive, inner); });
+}
+
+Task<void> ArchiveEngine::remove(Names members, std::string archive, Reporter onProgress)
+{
+    return begin(std::move(onProgress),
+                 [members = std::move(members), archive = std::move(archive)](ArchiveWork::Shared work) {
+                     return ArchiveChange::remove(std::move(work), members, archive);
+                 });
+}
+
+void ArchiveEngine::cancel()
+{
+    std::unique_lock lock(mutex);
+    auto source = cancelled;
+    lock.unlock();
+    source.request_stop();
+}
+
+Task<void> ArchiveEngine::begin(Reporter onProgress, Operation operation)
+{
+    // A cancel before this call is forgotten, and one behind it counts, also if the work has not begun.
+    std::lock_guard const lock(mutex);
+    cancelled = std::stop_source();
+    return onStrand(strand, carryOut(shared_from_this(), std::move(onProgress), std::move(operation), cancelled));
+}
+
+Task<void> ArchiveEngine::carryOut(Self self, Reporter onProgress, Operation operation, std::stop_source own)
+{
+    auto const context = co_await currentContext();
+    std::stop_callback const passOn(context.stop, [own]() mutable { own.request_stop(); });
+    auto running = perform(self, std::move(onProgress), std::move(operation)).withStop(own.get_token());
+    auto outcome = co_await outcomeOf(std::move(running));
+    if (context.stop.stop_requested())
+        throw Cancelled();
+    // Whatever the tools said when they were ended.
+    if (own.stop_requested())
+        throw FileOperationError::Cancelled();
+    outcome.take();
+}
+
+Task<void> ArchiveEngine::perform(Self self, Reporter onProgress, Operation operation)
+{
+    auto const work = co_await workOf(self, std::move(onProgress));
+    co_await operation(work);
+}
+
+Task<ArchiveWork::Shared> ArchiveEngine::workOf(Self self, Reporter onProgress)
+{
+    auto tools = self->here.value_or(ArchiveTools());
+    if (!self->here)
+        tools = co_await LocalArchiveTools::ofThisMachine(self->engine);
+    co_return std::make_shared<ArchiveWork const>(
+        ArchiveWork{self->engine, self->tools, std::move(tools), std::move(onProgress)});
+}
+
+Task<std::vector<ArchiveFormat>> ArchiveEngine::formats(TransferEndpoint from, TransferEndpoint archive)
+{
+    return onStrand(strand, formatsFor(shared_from_this(), std::move(from), std::move(archive)));
+}
+
+Task<std::vector<ArchiveFormat>> ArchiveEngine::formatsFor(Self self, TransferEndpoint from, TransferEndpoint archive)
+{
+    // zip and 7z need a seekable output, which a stream between machines is not.
+    if (TransferEngine::routeOf(from, archive) == TransferEngine::Route::tarPipe)
+        co_return std::vector{ArchiveFormat::tarGz};
+    if (archive.host()) {
+        auto const capability = co_await archive.host()->archiveCapability();
+        co_return capability.supportedFormats();
+    }
+    auto const work = co_await workOf(self, [](TransferProgress const &) {});
+    co_return work->here.capability().supportedFormats();
+}
+
+} // namespace tw

@@ -1,0 +1,140 @@
+#include "TWEngine/Archives/ArchiveStaging.h"
+
+#include "TWCore/Async/ChildTask.h"
+#include "TWCore/Check.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/EndableCommand.h"
+#include "TWEngine/Archives/LocalArchiveTools.h"
+#include "TWEngine/Platform/RandomDigits.h"
+#include "TWEngine/Transfer/HostWork.h"
+#include "TWEngine/Transfer/TransferCommands.h"
+
+#include <algorithm>
+
+namespace tw::ArchiveStaging {
+
+namespace {
+
+using ArchiveScripts::Script;
+
+constexpr std::string_view prefix = ".tw-archive-";
+
+void throwIfFailed(CommandResult const &result, ArchiveChild::Job const &job)
+{
+    if (result.status == 0)
+        return;
+    auto const words = trimmed(result.output);
+    throw FileOperationError::Failed(job.operation, job.path,
+                                     words.empty() ? "exit " + std::to_string(result.status) : std::string(words));
+}
+
+/// Members under another name than that of the archive are the only failure that another attempt mends.
+bool isNotFound(std::exception_ptr const &failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (FileOperationError::Failed const &failed) {
+        return failed.detail.contains("ot found in archive");
+    } catch (...) {
+        return false;
+    }
+}
+
+Task<void> fill(ArchiveWork::Shared work, Steps steps)
+{
+    co_await runScript(work, nullptr, ArchiveScripts::makeStaging(steps.staging), steps.job);
+    for (std::size_t attempt = 0; attempt < steps.attempts.size(); ++attempt) {
+        auto running = ArchiveChild::run(work, ArchiveChild::command(steps.attempts[attempt]), steps.job);
+        auto const outcome = co_await outcomeOf(std::move(running));
+        if (!outcome.failure)
+            break;
+        if (attempt + 1 == steps.attempts.size() || !isNotFound(outcome.failure))
+            std::rethrow_exception(outcome.failure);
+    }
+    if (steps.place)
+        co_await ArchiveChild::run(work, ArchiveChild::command(*steps.place), steps.job);
+}
+
+Task<void> runHere(ArchiveWork::Shared work, Steps steps)
+{
+    auto const filled = co_await outcomeOf(fill(work, steps));
+    if (!filled.failure)
+        co_return;
+    co_await discard(work, nullptr, steps.staging);
+    std::rethrow_exception(filled.failure);
+}
+
+Task<void> removing(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, std::string staging)
+{
+    auto script = ArchiveScripts::removeStaging(std::move(staging));
+    co_await outcomeOf(runScript(work, host, std::move(script), {.operation = "remove", .path = {}}));
+}
+
+} // namespace
+
+Task<Machine> machineOf(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host)
+{
+    if (!host)
+        co_return Machine{nullptr, work->here};
+    auto const dialect = co_await host->dialect();
+    if (dialect == ShellDialect::powershell)
+        throw FileOperationError::Unsupported("archives on a Windows host");
+    auto const capability = co_await host->archiveCapability();
+    co_return Machine{host, ArchiveCommands::toolsOf(capability)};
+}
+
+std::string newPath(std::string_view folder)
+{
+    return TransferCommands::pathOf(folder, std::string(prefix) + randomDigits(8));
+}
+
+Task<void> run(ArchiveWork::Shared work, Machine machine, Steps steps)
+{
+    work->report({.total = steps.job.total, .item = steps.job.item});
+    if (!machine.host) {
+        co_await runHere(work, std::move(steps));
+        co_return;
+    }
+    auto const token = randomDigits(16);
+    auto const result = co_await HostWork::run(work->engine, machine.host, token, text(steps, token));
+    throwIfFailed(result, steps.job);
+}
+
+Task<void> runScript(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, Script script, ArchiveChild::Job job)
+{
+    if (!host) {
+        co_await ArchiveChild::run(work, ArchiveChild::command(script), std::move(job));
+        co_return;
+    }
+    auto const result = co_await host->runCommand(
+        {.text = script.inSubshell(), .session = CommandSession::work, .effect = CommandEffect::changes});
+    throwIfFailed(result, job);
+}
+
+Task<void> discard(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, std::string staging)
+{
+    check(staging.substr(staging.rfind('/') + 1).starts_with(prefix), "only staging folders are discarded");
+    auto const context = co_await currentContext();
+    if (context.stop.stop_requested())
+        spawn({context.executor, {}}, removing(work, host, std::move(staging)));
+    else
+        co_await removing(work, host, std::move(staging));
+}
+
+std::string text(Steps const &steps, std::string_view token)
+{
+    std::string script = ArchiveScripts::makeStaging(steps.staging).inSubshell() + " || exit 1\n";
+    if (std::ranges::any_of(steps.attempts, &ArchiveCommands::Call::hasBackslash))
+        script += "TAR_OPTIONS=--no-unquote; export TAR_OPTIONS\n";
+    script += "{ ";
+    for (auto const &call : steps.attempts)
+        script += (&call == steps.attempts.data() ? "(" : " || (") + call.text(ShellDialect::posix) + ")";
+    script += "; }";
+    if (steps.place)
+        script += " && " + steps.place->inSubshell();
+    script += "\ns=$?\n[ $s = 0 ] || " + ArchiveScripts::removeStaging(steps.staging).inSubshell() + "\nexit $s";
+    return EndableCommand::text(token, steps.attempts.front().program, script);
+}
+
+} // namespace tw::ArchiveStaging

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "TWCore/Archives/ArchiveTools.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Transfer/Transfer.h"
+#include "TWEngine/Transfer/TransferTools.h"
+
+namespace tw {
+
+/// What the steps of one operation on an archive share.
+struct ArchiveWork {
+    EngineRuntime &engine;
+    TransferTools transfer;
+    ArchiveTools here; ///< of this machine
+    Transfer::Reporter report;
+
+    using Shared = std::shared_ptr<ArchiveWork const>;
+};
+
+} // namespace tw

@@ -1,0 +1,55 @@
+#include "TWEngine/Transfer/HostWork.h"
+
+#include "TWCore/Async/ChildTask.h"
+#include "TWCore/Shell/EndableCommand.h"
+#include "TWEngine/Runtime/Completion.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Runtime/TimeOut.h"
+
+namespace tw::HostWork {
+
+namespace {
+
+/// Work within a host may take long, and nobody sees it grow.
+constexpr std::chrono::seconds limit{3600};
+
+/// A host that does not answer must not hold a cancel; its work then goes on.
+constexpr std::chrono::seconds patienceWithEnd{5};
+
+using Answer = std::shared_ptr<Completion<CommandResult>>;
+
+Task<void> ask(std::shared_ptr<CommandHost> host, std::string text, Answer answer)
+{
+    try {
+        auto result = co_await host->runCommand({.text = std::move(text),
+                                                 .session = CommandSession::work,
+                                                 .effect = CommandEffect::changes,
+                                                 .limit = limit});
+        answer->succeed(std::move(result));
+    } catch (...) {
+        answer->fail(std::current_exception());
+    }
+}
+
+Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token, std::string text)
+{
+    auto const dialect = co_await host->dialect();
+    auto const answer = std::make_shared<Completion<CommandResult>>();
+    auto const context = co_await currentContext();
+    spawn({context.executor, {}}, ask(host, std::move(text), answer));
+    auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
+    if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix) {
+        auto ending = host->runCommand({.text = EndableCommand::end(token)});
+        co_await outcomeOf(withTimeOut(engine->clock(), patienceWithEnd, std::move(ending)).withStop({}));
+    }
+    co_return outcome.take();
+}
+
+} // namespace
+
+Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text)
+{
+    return runOn(&engine, std::move(host), std::move(token), std::move(text));
+}
+
+} // namespace tw::HostWork
