@@ -51,6 +51,8 @@ enum class Command {
     view,
     copyFiles,
     moveFiles,
+    packFiles,
+    unpackFile,
     newFolder,
     deleteFiles,
     preview,

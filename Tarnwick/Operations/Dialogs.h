@@ -4,6 +4,7 @@
 #include "TWCore/Model/Text.h"
 #include "TWEngine/Applications/Application.h"
 #include "Tarnwick/Operations/NameConflict.h"
+#include "Tarnwick/Operations/PackTarget.h"
 #include "Tarnwick/Operations/Progress.h"
 
 #include <functional>
@@ -60,6 +61,17 @@ public:
 
     /// The text without the white space around it; nothing if the user cancels or leaves it empty.
     virtual Task<std::optional<std::string>> prompt(Prompt question) = 0;
+
+    struct PackPrompt {
+        std::string title;
+        std::string message;
+        std::string directory;              ///< that is offered
+        std::string stem;                   ///< the name that is offered, without an extension
+        std::vector<ArchiveFormat> formats; ///< at least one; the first is offered
+    };
+
+    /// Under which name and in which format to pack; nothing if the user cancels or leaves the name empty.
+    virtual Task<std::optional<PackTarget>> packPrompt(PackPrompt question) = 0;
 
     virtual Task<Answer> confirm(Confirmation question) = 0;
 

@@ -11,6 +11,7 @@
 
 namespace tw {
 
+class Archives;
 class Connections;
 class Transfer;
 
@@ -27,6 +28,7 @@ struct OperationContext {
     Operands target = {};               ///< the folder in the other pane, where copies go; no names
     Connections *connections = nullptr; ///< outlives the operation
     std::function<std::shared_ptr<Transfer>()> makeTransfer = {}; ///< one for each operation
+    std::function<std::shared_ptr<Archives>()> makeArchives = {}; ///< likewise
     OpeningServices opening = {};
 
     /// Shows on the pane's status line what kept the operation from beginning, or that the user has cancelled it.

@@ -4,6 +4,7 @@
 #include "Tarnwick/Operations/Delete.h"
 #include "Tarnwick/Operations/MarkByMask.h"
 #include "Tarnwick/Operations/NewFolder.h"
+#include "Tarnwick/Operations/Pack.h"
 
 namespace tw {
 
@@ -14,6 +15,10 @@ Operation operationOf(Command command)
         return copyOperands;
     case Command::moveFiles:
         return moveOperands;
+    case Command::packFiles:
+        return packOperands;
+    case Command::unpackFile:
+        return unpackArchive;
     case Command::newFolder:
         return newFolder;
     case Command::deleteFiles:

@@ -86,20 +86,6 @@ ProgressState stateOf(TransferProgress const &progress)
             .totalFiles = progress.totalFiles};
 }
 
-/// Takes reports on any thread, and shows some of them on the main context as long as there is something to show.
-Transfer::Reporter reporterTo(std::shared_ptr<Executor> main, std::weak_ptr<Progress> shown)
-{
-    return [main = std::move(main), shown = std::move(shown),
-            throttle = std::make_shared<ProgressThrottle>()](TransferProgress const &progress) {
-        if (!throttle->shouldReport(progress))
-            return;
-        main->post([shown, state = stateOf(progress)] {
-            if (auto const still = shown.lock())
-                still->update(state);
-        });
-    };
-}
-
 void rereadPanes(OperationContext const &context, TransferJob const &job, TransferEnd const &end, Cursor const &cursor)
 {
     auto const allGone = end.gone.size() == job.source.names.size();
@@ -125,6 +111,19 @@ Text conclusion(TransferJob const &job, TransferEnd const &end)
 }
 
 } // namespace
+
+Transfer::Reporter reporterTo(std::shared_ptr<Executor> main, std::weak_ptr<Progress> shown)
+{
+    return [main = std::move(main), shown = std::move(shown),
+            throttle = std::make_shared<ProgressThrottle>()](TransferProgress const &progress) {
+        if (!throttle->shouldReport(progress))
+            return;
+        main->post([shown, state = stateOf(progress)] {
+            if (auto const still = shown.lock())
+                still->update(state);
+        });
+    };
+}
 
 Task<TakenNames::Facts> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming)
 {

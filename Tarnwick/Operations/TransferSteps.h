@@ -25,6 +25,9 @@ struct Cursor {
     std::string atTarget = {}; ///< empty: it stays
 };
 
+/// Takes reports on any thread, and shows some of them on `main` as long as there is something to show.
+Transfer::Reporter reporterTo(std::shared_ptr<Executor> main, std::weak_ptr<Progress> shown);
+
 /// Performs the job, with progress if bytes move, and has all panes read again what has changed. `callOff` cancels it,
 /// as the user can.
 Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor cursor, std::stop_token callOff = {});

@@ -72,6 +72,7 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
     case Command::clipboardCopy:
     case Command::copyFiles:
     case Command::moveFiles:
+    case Command::packFiles:
     case Command::deleteFiles:
         return CommandState{.isEnabled = window.activePane().hasOperands()};
     case Command::view:

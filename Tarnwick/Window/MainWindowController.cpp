@@ -231,6 +231,7 @@ OperationContext MainWindowController::contextOf(std::shared_ptr<PaneController>
                              .target = pane(isLeft ? PaneSide::right : PaneSide::left)->operands(),
                              .connections = &sources,
                              .makeTransfer = services.transfers,
+                             .makeArchives = services.archives,
                              .opening = services.opening};
     context.target.names.clear();
     for (auto const &each : containers) {

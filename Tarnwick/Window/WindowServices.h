@@ -9,11 +9,13 @@
 
 namespace tw {
 
+class Archives;
 class Transfer;
 
 /// What the commands of a window need of the program. Each may be empty.
 struct WindowServices {
     std::function<std::shared_ptr<Transfer>()> transfers = {}; ///< moves the bytes of one copy or one move
+    std::function<std::shared_ptr<Archives>()> archives = {};  ///< does one piece of work on an archive
     DragFetch::MakeFolder dragFolders = {}; ///< empty: files of a host are dragged within the program only
     MakeScratchFile scratchFiles = {};      ///< for what is pasted as a file
     OpeningServices opening = {};           ///< without applications, Return on a file beeps

@@ -37,6 +37,11 @@ public:
         return Completion<std::optional<std::string>>::wait(note(prompts, std::move(question)));
     }
 
+    Task<std::optional<PackTarget>> packPrompt(PackPrompt question) override
+    {
+        return Completion<std::optional<PackTarget>>::wait(note(packPrompts, std::move(question)));
+    }
+
     Task<Answer> confirm(Confirmation question) override
     {
         return Completion<Answer>::wait(note(confirmations, std::move(question)));
@@ -77,6 +82,8 @@ public:
     {
         for (auto const &each : prompts)
             each.cancel();
+        for (auto const &each : packPrompts)
+            each.cancel();
         for (auto const &each : confirmations)
             each.cancel();
         for (auto const &each : choices)
@@ -91,6 +98,7 @@ public:
 
     // Those asked so far, answered or not.
     std::vector<Asked<Prompt, std::optional<std::string>>> prompts;
+    std::vector<Asked<PackPrompt, std::optional<PackTarget>>> packPrompts;
     std::vector<Asked<Confirmation, Answer>> confirmations;
     std::vector<Asked<ApplicationChoice, std::optional<std::string>>> choices;
     std::vector<Asked<Conflicts, Resolution>> conflicts;

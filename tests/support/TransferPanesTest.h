@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Operations/OperationContext.h"
+#include "tests/support/FakeArchives.h"
 #include "tests/support/FakeConnections.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/FakeTransfer.h"
@@ -80,7 +81,8 @@ protected:
                                  .dialogs = dialogs,
                                  .target = target.pane->operands(),
                                  .connections = &connections,
-                                 .makeTransfer = [this] { return transfer; }};
+                                 .makeTransfer = [this] { return transfer; },
+                                 .makeArchives = [this] { return archives; }};
         context.target.names.clear();
         return context;
     }
@@ -140,6 +142,7 @@ protected:
     std::shared_ptr<Browser> thereBrowser = browserOf(there);
     FakeConnections connections{hereBrowser};
     std::shared_ptr<FakeTransfer> transfer = std::make_shared<FakeTransfer>(here);
+    std::shared_ptr<FakeArchives> archives = std::make_shared<FakeArchives>();
     std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();
     Side source;
     Side target;

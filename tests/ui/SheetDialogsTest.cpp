@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Toolkit/Dialogs/PackSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/ProgressSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
@@ -11,6 +12,7 @@
 #include "tests/ui/QtLoop.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
@@ -197,6 +199,30 @@ TEST_F(SheetDialogsTest, theInitialTextIsThereToBeReplaced)
     EXPECT_EQ(sheet<PromptSheet>().field().selectedText(), QStringLiteral("/srv"));
     press(Qt::Key_Return);
     EXPECT_EQ(asked.outcome->value, Text("/srv"));
+}
+
+TEST_F(SheetDialogsTest, thePathOfAnArchiveFollowsItsFormatAndANameThatSaysAFormatCountsMore)
+{
+    using enum ArchiveFormat;
+    Dialogs::PackPrompt const question{
+        .title = "Pack 1 item", .message = "a", .directory = "/srv", .stem = "a", .formats = {zip, sevenZip, tarGz}};
+    auto const first = ask(dialogs->packPrompt(question));
+    EXPECT_EQ(sheet<PackSheet>().field().text(), QStringLiteral("/srv/a.zip"));
+    EXPECT_EQ(sheet<PackSheet>().field().selectedText(), QStringLiteral("a"));
+    auto &menu = sheet<PackSheet>().formatMenu();
+    menu.setFocus();
+    press(Qt::Key_End);
+    EXPECT_EQ(sheet<PackSheet>().field().text(), QStringLiteral("/srv/a.tar.gz"));
+    press(Qt::Key_Return);
+    EXPECT_EQ(first.outcome->value, std::optional(std::optional(PackTarget{"/srv/a.tar.gz", tarGz})));
+    auto const second = ask(dialogs->packPrompt(question));
+    sheet<PackSheet>().field().setText(QStringLiteral(" b.7z "));
+    press(Qt::Key_Return);
+    EXPECT_EQ(second.outcome->value, std::optional(std::optional(PackTarget{"b.7z", sevenZip})));
+    auto const third = ask(dialogs->packPrompt(question));
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(third.outcome->value);
+    EXPECT_FALSE(*third.outcome->value);
 }
 
 TEST_F(SheetDialogsTest, anObjectionIsShownAndTheTextStaysToBeCorrected)

@@ -5,6 +5,7 @@
 #include "Tarnwick/Toolkit/Dialogs/ApplicationSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/ConflictSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/LoginSheet.h"
+#include "Tarnwick/Toolkit/Dialogs/PackSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/WordsSheet.h"
@@ -85,6 +86,17 @@ Task<std::optional<std::string>> promptIn(Queue queue, Dialogs::Prompt question)
         throw Cancelled();
     auto text = code == QDialog::Accepted ? sheet()->text() : std::string();
     co_return text.empty() ? std::nullopt : std::optional(std::move(text));
+}
+
+Task<std::optional<PackTarget>> packPromptIn(Queue queue, Dialogs::PackPrompt question)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new PackSheet(question, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    auto const code = co_await Finished::wait(end);
+    if (!sheet())
+        throw Cancelled();
+    co_return code == QDialog::Accepted ? sheet()->target() : std::nullopt;
 }
 
 Task<Dialogs::Answer> confirmIn(Queue queue, Dialogs::Confirmation question)
@@ -170,6 +182,11 @@ Task<void> SheetDialogs::details(Text title, std::string words)
 Task<std::optional<std::string>> SheetDialogs::prompt(Prompt question)
 {
     return promptIn(queue, std::move(question));
+}
+
+Task<std::optional<PackTarget>> SheetDialogs::packPrompt(PackPrompt question)
+{
+    return packPromptIn(queue, std::move(question));
 }
 
 Task<Dialogs::Answer> SheetDialogs::confirm(Confirmation question)

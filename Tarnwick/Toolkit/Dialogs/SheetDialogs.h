@@ -19,6 +19,7 @@ public:
     Task<void> error(Text message, std::string words = {}) override;
     Task<void> details(Text title, std::string words) override;
     Task<std::optional<std::string>> prompt(Prompt question) override;
+    Task<std::optional<PackTarget>> packPrompt(PackPrompt question) override;
     Task<Answer> confirm(Confirmation question) override;
     Task<std::optional<std::string>> chooseApplication(ApplicationChoice question) override;
     Task<Resolution> resolve(Conflicts question) override;

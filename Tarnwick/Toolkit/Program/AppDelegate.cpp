@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWEngine/Applications/DesktopApplications.h"
+#include "TWEngine/Archives/ArchiveEngine.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Transfer/TransferEngine.h"
 #include "Tarnwick/Clipboard/PastedFile.h"
@@ -110,6 +111,8 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         WindowServices{
             .transfers = [&engine = with.engine,
                           tools = TransferTools::find()] { return std::make_shared<TransferEngine>(engine, tools); },
+            .archives = [&engine = with.engine,
+                         tools = TransferTools::find()] { return std::make_shared<ArchiveEngine>(engine, tools); },
             .dragFolders =
                 [&engine = with.engine, place = with.scratch] {
                     return engine.workers().run(WorkPriority::interactive,

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "TWEngine/Archives/Archives.h"
+#include "Tarnwick/Operations/OperationContext.h"
+
+#include <functional>
+
+/// The steps that work on archives has in common.
+namespace tw::ArchiveSteps {
+
+/// The machine and the path of a place; nothing for a place that is none of files, such as the inside of an archive.
+std::optional<TransferEndpoint> endpointOf(Operands const &place, std::string const &path);
+
+/// Work of an archive engine, and what is said about it.
+struct Work {
+    std::string title;      ///< "Unpack a.zip"
+    std::string conclusion; ///< when it is done, for a user who looks at something else by then
+    std::function<Task<void>(Archives &archives, Archives::Reporter onProgress)> begin;
+};
+
+/// Performs the work with its progress on show, which the user can cancel. True if it is done; otherwise the user has
+/// been told why not. Throws Cancelled if the window goes.
+Task<bool> perform(OperationContext context, Work work);
+
+/// A name has come into the folder of `where`: every pane that still shows the folder reads it again. In the panes
+/// beside that of the key press, the cursor goes to it.
+Task<void> showArrival(OperationContext context, Operands where, std::string name);
+
+/// Whether a name is taken in a folder. A folder that is missing is offered to be made; Cancelled if the user does not
+/// want that.
+Task<bool> isTaken(OperationContext context, Operands where, std::string name);
+
+} // namespace tw::ArchiveSteps

@@ -1,0 +1,176 @@
+#include "Tarnwick/Operations/Pack.h"
+
+#include "TWCore/Archives/ArchiveStem.h"
+#include "TWCore/Archives/ReadableArchive.h"
+#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/DisplayText.h"
+#include "TWCore/Model/WindowsPath.h"
+#include "Tarnwick/Format/Fmt.h"
+#include "Tarnwick/Operations/ArchiveSteps.h"
+#include "Tarnwick/Operations/CountPhrase.h"
+#include "Tarnwick/Operations/TakenNames.h"
+#include "Tarnwick/Operations/TargetFolder.h"
+#include "Tarnwick/Operations/TransferWords.h"
+
+namespace tw {
+
+namespace {
+
+/// More names do not help to decide.
+constexpr std::size_t mostNames = 6;
+
+std::string stemFor(Operands const &source)
+{
+    if (source.names.size() == 1)
+        return std::string(Fmt::splitExtension(source.names.front(), Fmt::IsDirectory::no).base);
+    auto const folder = source.path.substr(source.path.rfind('/') + 1);
+    return folder.empty() ? "archive" : folder;
+}
+
+Dialogs::PackPrompt questionFor(OperationContext const &context, std::vector<ArchiveFormat> formats)
+{
+    auto const &source = context.operands;
+    return {.title = "Pack " + countPhrase(source.names.size()),
+            .message = TransferWords::place(source) + "\n" + Dialogs::describe(source.names, mostNames),
+            .directory = onOneLine(WindowsPath::display(context.target.path)),
+            .stem = onOneLine(stemFor(source)),
+            .formats = std::move(formats)};
+}
+
+Dialogs::Confirmation offerToReplace(Operands const &target, std::string const &name)
+{
+    return {.title = "Replace " + onOneLine(name) + "?",
+            .message = TransferWords::place(target) + " has a file of this name. Its content would be lost.",
+            .okTitle = "Replace",
+            .danger = Dialogs::Danger::destructive};
+}
+
+/// A warning on the status line, if one of the two places has no files of its own.
+bool warnsOfPlaces(OperationContext const &context)
+{
+    if (!context.operands.browser->writer()) {
+        context.warn({"%@ is read-only", {context.operands.connection}});
+        return true;
+    }
+    if (!context.target.browser->writer()) {
+        context.warn({"%@ is read-only", {context.target.connection}});
+        return true;
+    }
+    return false;
+}
+
+Task<void> packInto(OperationContext context, PackTarget chosen)
+{
+    auto const end = chosen.path.rfind('/');
+    auto const name = chosen.path.substr(end + 1);
+    auto target = context.target;
+    if (end != std::string::npos)
+        target = co_await targetFolder(context, chosen.path.substr(0, std::max<std::size_t>(end, 1)));
+    auto const from = ArchiveSteps::endpointOf(context.operands, context.operands.path);
+    auto const archive = ArchiveSteps::endpointOf(target, target.pathOf(name));
+    if (!from || !archive) {
+        context.warn({"%@ is read-only", {target.connection}});
+        co_return;
+    }
+    auto const isTaken = co_await ArchiveSteps::isTaken(context, target, name);
+    if (isTaken) {
+        auto const answer = co_await context.dialogs->confirm(offerToReplace(target, name));
+        if (answer == Dialogs::Answer::cancel)
+            co_return;
+    }
+    auto const what = "Pack " + countPhrase(context.operands.names.size());
+    auto const isDone = co_await ArchiveSteps::perform(
+        context, {.title = what,
+                  .conclusion = what + ": done.",
+                  .begin = [names = context.operands.names, from = *from, archive = *archive,
+                            format = chosen.format](Archives &archives, Archives::Reporter onProgress) {
+                      return archives.pack(names, from, archive, format, std::move(onProgress));
+                  }});
+    if (isDone)
+        context.unmarkOperands();
+    co_await ArchiveSteps::showArrival(context, target, name);
+}
+
+Task<void> packAsked(OperationContext context)
+{
+    auto const from = ArchiveSteps::endpointOf(context.operands, context.operands.path);
+    auto const to = ArchiveSteps::endpointOf(context.target, context.target.path);
+    auto work = context.beginWork(context.target.browser);
+    auto formats = co_await context.makeArchives()->formats(*from, *to);
+    work.reset();
+    auto const chosen = co_await context.dialogs->packPrompt(questionFor(context, std::move(formats)));
+    if (chosen)
+        co_await packInto(context, *chosen);
+}
+
+Task<void> unpackAsked(OperationContext context, std::string name)
+{
+    auto folder = archiveStem(name);
+    auto work = context.beginWork(context.target.browser);
+    auto const isTaken = co_await ArchiveSteps::isTaken(context, context.target, folder);
+    std::string note;
+    if (isTaken) {
+        note = "\n\n" + onOneLine(folder) + " is there already.";
+        std::vector<std::string> const wanted{folder};
+        auto const facts = co_await context.target.browser->factsAbout(context.target.path, wanted);
+        auto const free = co_await TakenNames::freeNames(context.target, wanted, {}, facts.takesCasesForOne);
+        folder = free.front();
+    }
+    work.reset();
+    auto into = context.target;
+    into.path = into.pathOf(folder);
+    auto const answer =
+        co_await context.dialogs->confirm({.title = "Unpack " + onOneLine(name) + "?",
+                                           .message = "Its contents go into " + TransferWords::place(into) + "." + note,
+                                           .okTitle = "Unpack"});
+    if (answer == Dialogs::Answer::cancel)
+        co_return;
+    auto const archive = ArchiveSteps::endpointOf(context.operands, context.operands.pathOf(name));
+    auto const target = ArchiveSteps::endpointOf(into, into.path);
+    auto const what = "Unpack " + onOneLine(name);
+    co_await ArchiveSteps::perform(
+        context, {.title = what,
+                  .conclusion = what + ": done.",
+                  .begin = [archive = *archive, target = *target](Archives &archives, Archives::Reporter onProgress) {
+                      return archives.unpack(archive, target, std::move(onProgress));
+                  }});
+    co_await ArchiveSteps::showArrival(context, context.target, folder);
+}
+
+Task<void> showingFailure(OperationContext context, Task<void> work)
+{
+    auto const outcome = co_await outcomeOf(std::move(work));
+    if (outcome.failure)
+        co_await context.showFailure(outcome.failure);
+}
+
+} // namespace
+
+Task<void> packOperands(OperationContext context)
+{
+    if (context.operands.names.empty()) {
+        context.refuse();
+        co_return;
+    }
+    if (!warnsOfPlaces(context))
+        co_await showingFailure(context, packAsked(context));
+}
+
+Task<void> unpackArchive(OperationContext context)
+{
+    auto const pane = context.pane.lock();
+    std::string const name(pane ? pane->cursorName() : std::string_view());
+    if (name.empty()) {
+        context.refuse();
+        co_return;
+    }
+    if (!readableArchive(name)) {
+        context.warn({"%@ is not an archive this can open", {name}});
+        co_return;
+    }
+    if (!warnsOfPlaces(context))
+        co_await showingFailure(context, unpackAsked(context, name));
+}
+
+} // namespace tw
