@@ -197,6 +197,24 @@ std::string decode(std::string_view bytes, Encoding encoding)
     return convert(bytes, converterOf(encoding), BadBytes::replaced, End::ofText).value_or(Converted()).text;
 }
 
+std::optional<std::string> encode(std::string_view text, Encoding encoding)
+{
+    auto status = U_ZERO_ERROR;
+    std::unique_ptr<UConverter, decltype(&ucnv_close)> const opened(ucnv_open(converterOf(encoding), &status),
+                                                                    &ucnv_close);
+    ucnv_setFromUCallBack(opened.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+    auto const units =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+    constexpr std::int32_t mostBytesOfUnit = 4;
+    std::string bytes(static_cast<std::size_t>(units.length() * mostBytesOfUnit) + 1, '\0');
+    auto const length = ucnv_fromUChars(opened.get(), bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                                        units.getBuffer(), units.length(), &status);
+    if (U_FAILURE(status))
+        return std::nullopt;
+    bytes.resize(static_cast<std::size_t>(length));
+    return bytes;
+}
+
 std::optional<Marked> markOf(std::string_view bytes)
 {
     // The mark of UTF-32 begins with that of UTF-16, and comes before it.

@@ -43,6 +43,9 @@ Decoded decodeStreaming(std::string_view bytes, Encoding encoding);
 /// The last piece of a text, or a whole one. UTF-8.
 std::string decode(std::string_view bytes, Encoding encoding);
 
+/// The bytes of a text in an encoding; nothing if it has a character that the encoding does not have.
+std::optional<std::string> encode(std::string_view text, Encoding encoding);
+
 /// A text that says itself what it is, by the byte order mark that it begins with.
 struct Marked {
     std::string_view name;      ///< of its encoding

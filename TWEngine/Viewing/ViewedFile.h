@@ -3,9 +3,11 @@
 #include "TWCore/Async/Task.h"
 #include "TWCore/Model/Entry.h"
 #include "TWCore/Provider/FileSystemReader.h"
+#include "TWCore/Shell/FileSearch.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tw {
@@ -32,6 +34,10 @@ public:
     /// Up to `length` bytes from `offset` on: fewer at the end of the file. A host answers nothing, too, for a file
     /// that it cannot read; `look` says which it is.
     virtual Task<std::string> read(std::int64_t offset, std::size_t length) = 0;
+
+    /// Where `bytes` are in a part of the file, found where the file is if the place can do that. Bounded by the part.
+    virtual Task<std::optional<std::int64_t>> find(std::string bytes, FileSearch::Part part,
+                                                   FileSearch::Which which) = 0;
 
     /// The engine outlives the file.
     static std::shared_ptr<ViewedFile> at(EngineRuntime &engine, std::shared_ptr<FileSystemReader> place,

@@ -121,8 +121,12 @@ std::u32string ViewedLines::text(std::int64_t start) const
 
 std::size_t ViewedLines::charactersBefore(std::int64_t start, std::int64_t offset) const
 {
+    // Where the digits of a byte are in its line: behind the offset, with a gap in the middle.
+    constexpr std::int64_t behindOffset = 10;
+    constexpr std::int64_t perByte = 3;
+    auto const byte = std::min(offset, endOf(start)) - start;
     if (mode == ViewerMode::hex)
-        return 0;
+        return static_cast<std::size_t>(behindOffset + perByte * byte + (byte >= hexBytes / 2 ? 1 : 0));
     return shown(window.copy(start, std::min(offset, endOf(start)))).size();
 }
 

@@ -37,7 +37,7 @@ public:
     /// control character.
     std::u32string text(std::int64_t start) const;
 
-    /// The first `bytes` of such a line, to find the character at an offset.
+    /// How many characters of such a line are before the one at `offset`.
     std::size_t charactersBefore(std::int64_t start, std::int64_t offset) const;
 
     /// Whether the line ends because the file says so, and not because it is cut.

@@ -1,9 +1,10 @@
 #include "Tarnwick/Viewer/ViewerController.h"
 
-#include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Viewer/PictureSignature.h"
 #include "Tarnwick/Viewer/ViewerWords.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tw {
 
@@ -48,31 +49,19 @@ void ViewerController::start()
 {
     auto const readBeginning = [this] { jump(0, {}); };
     // A plain file whose size the listing has needs no question: one round trip less.
-    if (of.kind == EntryKind::file && totalSize > 0)
+    mayRead = of.kind == EntryKind::file && totalSize > 0;
+    if (mayRead)
         readBeginning();
     else
         look(readBeginning);
 }
 
-template <class T>
-Task<void> ViewerController::waitFor(std::weak_ptr<ViewerController> weak, std::uint64_t asked, Task<T> work,
-                                     Then<T> then)
-{
-    auto outcome = co_await outcomeOf(std::move(work));
-    auto const self = weak.lock();
-    if (!self || self->wish != asked)
-        co_return;
-    self->underWay.reset();
-    then(std::move(outcome.value), outcome.failure);
-}
-
-template <class T>
-void ViewerController::begin(Task<T> work, Then<T> then)
+void ViewerController::giveUp()
 {
     stop.request_stop();
-    stop = {};
     ++wish;
-    spawn({executor, stop.get_token()}, waitFor<T>(weak_from_this(), wish, std::move(work), std::move(then)));
+    isSearching = false;
+    underWay.reset();
 }
 
 void ViewerController::look(std::function<void()> then)
@@ -88,7 +77,8 @@ void ViewerController::look(std::function<void()> then)
 
 void ViewerController::looked(ViewedFile::Facts facts, std::function<void()> const &then)
 {
-    if (facts.kind != EntryKind::file)
+    mayRead = facts.kind == EntryKind::file;
+    if (!mayRead)
         return fail(ViewerWords::notAFile(facts.kind));
     totalSize = facts.size;
     then();
@@ -101,6 +91,8 @@ void ViewerController::jump(std::int64_t offset, std::function<void()> thenGo)
 
 void ViewerController::read(Read what)
 {
+    if (!mayRead)
+        return;
     auto work = of.file->read(what.offset, what.length);
     auto const purpose = what.purpose;
     begin<std::string>(std::move(work), [this, what = std::move(what)](auto bytes, auto const &failure) {
@@ -130,6 +122,8 @@ void ViewerController::arrived(Read const &what, std::string bytes)
     totalSize = reachedEnd ? window.end() : std::max(totalSize, window.end());
     if (what.thenGo)
         what.thenGo();
+    if (showsImage && !picture)
+        return readImage();
     show();
 }
 
@@ -137,8 +131,10 @@ void ViewerController::replaceWith(Read const &what, std::string bytes)
 {
     if (!isEncodingChosen)
         lines.encoding = TextDecoding::detect(what.offset == 0 ? std::string_view(bytes) : fromFirstLine(bytes));
-    if (!hasStarted && TextDecoding::looksBinary(bytes))
-        lines.mode = ViewerMode::hex;
+    if (!hasStarted) {
+        showsImage = isProbablyImage(bytes);
+        lines.mode = TextDecoding::looksBinary(bytes) ? ViewerMode::hex : ViewerMode::text;
+    }
     hasStarted = true;
     window.replace(what.offset, std::move(bytes));
     top = {window.begin(), 0};
@@ -201,6 +197,10 @@ void ViewerController::layOutAgain()
 void ViewerController::perform(ViewerAction action)
 {
     constexpr int columnsAtATime = 8;
+    if (isSearching && action == ViewerAction::close)
+        return cancelSearch();
+    if (showsImage && performOnImage(action))
+        return;
     switch (action) {
     case ViewerAction::lineDown:
         return scrollRows(1);
@@ -222,10 +222,16 @@ void ViewerController::perform(ViewerAction action)
         return showAs(ViewerMode::text);
     case ViewerAction::showHex:
         return showAs(ViewerMode::hex);
+    case ViewerAction::showImage:
+        return showAs(ViewerMode::image);
     case ViewerAction::nextEncoding:
         return readAs(encodingAfter(lines.encoding));
     case ViewerAction::copy:
         return copySelection();
+    case ViewerAction::findNext:
+        return findAgain(FileSearch::Which::first);
+    case ViewerAction::findPrevious:
+        return findAgain(FileSearch::Which::last);
     case ViewerAction::toggleWrap:
         pager.wraps = !pager.wraps;
         leftColumn = 0;
@@ -269,79 +275,21 @@ void ViewerController::moveTo(ViewerPlace place)
     show();
 }
 
-void ViewerController::jumpToStart()
-{
-    if (window.begin() == 0 && !window.isEmpty())
-        return moveTo({0, 0});
-    jump(0, {});
-}
-
-void ViewerController::jumpToEnd()
-{
-    auto const toLastPage = [this] { top = pager.lastPage(rowCount); };
-    if (reachedEnd && !window.isEmpty()) {
-        notice = {};
-        toLastPage();
-        return show();
-    }
-    jump(totalSize - static_cast<std::int64_t>(FileWindow::chunkBytes), toLastPage);
-}
-
-void ViewerController::jumpTo(std::int64_t offset)
-{
-    offset = std::clamp<std::int64_t>(offset, 0, totalSize);
-    auto const go = [this, offset] { moveTo(pager.rowWith(offset)); };
-    if (window.contains(offset) && (window.begin() == 0 || offset - window.begin() > ViewedLines::cutBytes))
-        return go();
-    // With what is before it, so that going up needs no further read.
-    jump(offset - static_cast<std::int64_t>(FileWindow::chunkBytes / 2), go);
-}
-
-void ViewerController::goTo(ViewerTarget target)
-{
-    constexpr std::int64_t whole = 100;
-    switch (target.unit) {
-    case ViewerTarget::Unit::percent:
-        return target.number == whole ? jumpToEnd() : scrollTo(static_cast<double>(target.number) / whole);
-    case ViewerTarget::Unit::offset:
-        return jumpTo(target.number);
-    case ViewerTarget::Unit::line:
-        return goToLine(std::max<std::int64_t>(target.number, 1));
-    }
-}
-
-void ViewerController::goToLine(std::int64_t number)
-{
-    auto const known = counts.end().linesBefore + 1;
-    auto const mark = counts.before(std::min(number, known));
-    auto const isKnown = number <= known || counts.end().offset >= totalSize;
-    auto const go = [this, mark, count = std::min(number, known) - 1 - mark.linesBefore, isKnown, known] {
-        goBehindLineEnds(mark.offset, count);
-        if (!isKnown)
-            fail(ViewerWords::onlySoManyLines(known));
-    };
-    if (window.contains(mark.offset))
-        return go();
-    jump(mark.offset, go);
-}
-
-void ViewerController::goBehindLineEnds(std::int64_t from, std::int64_t count)
-{
-    auto offset = from;
-    for (; count > 0; --count) {
-        auto const end = window.find('\n', offset, window.end());
-        if (!end)
-            break;
-        offset = *end + 1;
-    }
-    moveTo(pager.rowWith(std::min(offset, std::max(window.end() - 1, window.begin()))));
-}
-
 void ViewerController::showAs(ViewerMode mode)
 {
-    if (mode == lines.mode)
-        return;
+    auto const isImage = mode == ViewerMode::image;
+    if (isImage == showsImage && (isImage || mode == lines.mode))
+        return show();
+    auto const wasImage = std::exchange(showsImage, isImage);
+    notice = {};
+    if (isImage)
+        return picture ? show() : readImage();
+    if (wasImage)
+        giveUp(); // it may be on its way
+    picture.reset();
     lines.mode = mode;
+    if (!hasStarted && !underWay)
+        return jump(0, {});
     leftColumn = 0;
     selectedFrom = selectedTo = {};
     layOutAgain();
@@ -376,7 +324,7 @@ void ViewerController::copySelection()
 /// One chunk further where the rows on show come near an end of the window.
 void ViewerController::readAround(int rowsOnShow)
 {
-    if (underWay || !hasStarted)
+    if (underWay || !hasStarted || showsImage)
         return;
     auto const chunk = static_cast<std::int64_t>(FileWindow::chunkBytes);
     if (!reachedEnd && (window.end() - top.line < reserveBytes || rowsOnShow < rowCount))
@@ -395,7 +343,16 @@ void ViewerController::show()
     auto const onShow = static_cast<int>(rows.size());
     auto const size = static_cast<double>(std::max<std::int64_t>(totalSize, 1));
     auto const last = rows.empty() ? top.line : lines.endOf(rows.back().place.line);
-    display->show({.mode = lines.mode,
+    auto const words = [this] {
+        if (!notice.isEmpty())
+            return notice;
+        if (picture)
+            return ViewerWords::imageStatus(of, *picture, totalSize);
+        return ViewerWords::status(
+            of, window,
+            {.totalSize = totalSize, .reachedEnd = reachedEnd, .mode = lines.mode, .encoding = lines.encoding});
+    };
+    display->show({.mode = showsImage ? ViewerMode::image : lines.mode,
                    .encoding = lines.encoding,
                    .wraps = pager.wraps,
                    .isBusy = underWay.has_value(),
@@ -405,12 +362,8 @@ void ViewerController::show()
                    .selectedTo = selectedTo,
                    .top = static_cast<double>(top.line) / size,
                    .page = static_cast<double>(last - top.line) / size,
-                   .status = notice.isEmpty() ? ViewerWords::status(of, window,
-                                                                    {.totalSize = totalSize,
-                                                                     .reachedEnd = reachedEnd,
-                                                                     .mode = lines.mode,
-                                                                     .encoding = lines.encoding})
-                                              : notice});
+                   .picture = picture,
+                   .status = words()});
     if (notice.isEmpty())
         readAround(onShow);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TWCore/Async/Executor.h"
+#include "TWCore/Async/Outcome.h"
 #include "Tarnwick/Viewer/LineCounts.h"
 #include "Tarnwick/Viewer/RowPager.h"
 #include "Tarnwick/Viewer/ViewerDisplay.h"
@@ -56,6 +56,12 @@ public:
     void readAs(TextDecoding::Encoding encoding);
     void select(ViewerPlace from, ViewerPlace to);
 
+    /// Looks for what was typed, from the rows on show on. In a hex dump, pairs of hexadecimal digits are bytes.
+    void find(std::string_view typed);
+
+    /// So much of a file is searched before the viewer says how far it is.
+    static constexpr std::int64_t searchStep = 64 << 20;
+
     /// More is not copied at a time, and less than a window anyway.
     static constexpr std::size_t mostCopiedCharacters = 16U << 20U;
 
@@ -77,6 +83,8 @@ private:
     template <class T>
     void begin(Task<T> work, Then<T> then);
 
+    /// Ends the read that is under way.
+    void giveUp();
     void look(std::function<void()> then);
     void looked(ViewedFile::Facts facts, std::function<void()> const &then);
     void jump(std::int64_t offset, std::function<void()> thenGo);
@@ -85,6 +93,14 @@ private:
     void replaceWith(Read const &what, std::string bytes);
     void prepend(Read const &what, std::string bytes);
     void nothingThere(Read const &what);
+    void readImage();
+    void imageArrived(PictureReading::Result result);
+    bool performOnImage(ViewerAction action);
+    void findAgain(FileSearch::Which which);
+    void searchFrom(std::int64_t offset, FileSearch::Which which);
+    void cancelSearch();
+    void showMatch(std::int64_t offset);
+    void selectMatch(std::int64_t offset);
     void fail(Text words);
     void jumpToStart();
     void jumpToEnd();
@@ -108,7 +124,11 @@ private:
     std::int64_t totalSize;
     bool reachedEnd = false;
     bool isEncodingChosen = false; ///< by hand
+    bool mayRead = false;          ///< it is a file: the reading of a pipe would not end
     bool hasStarted = false;       ///< something has been read
+
+    bool showsImage = false; ///< instead of the rows
+    std::shared_ptr<Picture const> picture;
 
     ViewerPlace top;
     int rowCount = 1;
@@ -116,11 +136,36 @@ private:
     int leftColumn = 0;
     ViewerPlace selectedFrom;
     ViewerPlace selectedTo;
+    std::string sought;                ///< what was looked for last
+    std::optional<std::int64_t> match; ///< where it was found last
+    bool isSearching = false;
     Text notice; ///< instead of the status; empty: none
 
     std::uint64_t wish = 0; ///< changes with each read, so that the answer to an earlier one is dropped
     std::optional<Purpose> underWay;
     std::stop_source stop;
 };
+
+template <class T>
+Task<void> ViewerController::waitFor(std::weak_ptr<ViewerController> weak, std::uint64_t asked, Task<T> work,
+                                     Then<T> then)
+{
+    auto outcome = co_await outcomeOf(std::move(work));
+    auto const self = weak.lock();
+    if (!self || self->wish != asked)
+        co_return;
+    self->underWay.reset();
+    then(std::move(outcome.value), outcome.failure);
+}
+
+template <class T>
+void ViewerController::begin(Task<T> work, Then<T> then)
+{
+    stop.request_stop();
+    stop = {};
+    ++wish;
+    isSearching = false;
+    spawn({executor, stop.get_token()}, waitFor<T>(weak_from_this(), wish, std::move(work), std::move(then)));
+}
 
 } // namespace tw

@@ -9,7 +9,7 @@ namespace tw {
 namespace {
 
 constexpr ViewerKey keys[] = {
-    {ViewerAction::close, "Esc F3 Q Ctrl+W", "close the viewer"},
+    {ViewerAction::close, "Esc F3 Q Ctrl+W", "close the viewer; end a search"},
     {ViewerAction::lineDown, "Down J Return", "one row down"},
     {ViewerAction::lineUp, "Up K", "one row up"},
     {ViewerAction::pageDown, "PgDown Space F", "one page down"},
@@ -20,13 +20,18 @@ constexpr ViewerKey keys[] = {
     {ViewerAction::left, "Left", "to the left"},
     {ViewerAction::showText, "Ctrl+1 T", "show it as text"},
     {ViewerAction::showHex, "Ctrl+2 H", "show it as a hex dump"},
+    {ViewerAction::showImage, "Ctrl+3 I", "show it as an image"},
     {ViewerAction::toggleWrap, "W", "wrap long lines, or do not"},
     {ViewerAction::nextEncoding, "E", "read the text in the next encoding"},
     {ViewerAction::goTo, "Ctrl+G Ctrl+L :", "go to a line, a percentage or an offset"},
+    {ViewerAction::find, "/ Ctrl+F F7", "find a text; in a hex dump also bytes, as 48 65"},
+    {ViewerAction::findNext, "N Shift+F3", "find it again, further down"},
+    {ViewerAction::findPrevious, "Shift+N Ctrl+Shift+F3", "find it further up"},
     {ViewerAction::copy, "Ctrl+C Ctrl+Ins", "copy what is selected"},
-    {ViewerAction::bigger, "Ctrl++ Ctrl+=", "larger text"},
-    {ViewerAction::smaller, "Ctrl+-", "smaller text"},
-    {ViewerAction::usualSize, "Ctrl+0", "text of the usual size"},
+    {ViewerAction::bigger, "Ctrl++ Ctrl+=", "larger text; closer to an image"},
+    {ViewerAction::smaller, "Ctrl+-", "smaller text; away from an image"},
+    {ViewerAction::usualSize, "Ctrl+0 0", "text of the usual size; all of an image"},
+    {ViewerAction::actualSize, "1", "an image at its own size"},
 };
 
 bool has(ViewerKey const &key, std::string_view chord)

@@ -21,13 +21,18 @@ enum class ViewerAction {
     left,
     showText,
     showHex,
+    showImage,
     toggleWrap,
     nextEncoding,
     goTo,
+    find,
+    findNext,
+    findPrevious,
     copy,
     bigger,
     smaller,
     usualSize,
+    actualSize,
 };
 
 struct ViewerKey {

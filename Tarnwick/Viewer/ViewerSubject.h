@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TWEngine/Viewing/ViewedFile.h"
+#include "Tarnwick/Viewer/PictureReading.h"
 
 #include <cstdint>
 #include <memory>
@@ -11,6 +11,7 @@ namespace tw {
 /// The file that a viewer is opened on, as its listing has it.
 struct ViewerSubject {
     std::shared_ptr<ViewedFile> file;
+    PictureReading::Decode decode;       ///< of images
     std::string label;                   ///< of its connection
     std::string path;                    ///< whole; exact bytes
     EntryKind kind = EntryKind::unknown; ///< a link may lead anywhere

@@ -26,6 +26,38 @@ Text status(ViewerSubject const &subject, FileWindow const &window, Reading cons
     return Text::sequence(std::move(parts));
 }
 
+Text imageStatus(ViewerSubject const &subject, Picture const &picture, std::int64_t totalSize)
+{
+    return {"%@:%@   %@×%@   %@",
+            {subject.label, subject.path, std::to_string(picture.wholeWidth), std::to_string(picture.wholeHeight),
+             sizeOf(totalSize)}};
+}
+
+Text searching(std::int64_t done, std::int64_t all)
+{
+    return {"searching… %@ of %@, Escape cancels", {sizeOf(done), sizeOf(all)}};
+}
+
+Text notFound()
+{
+    return "not found";
+}
+
+Text cannotBeSought(TextDecoding::Encoding encoding)
+{
+    return {"%@ has no such text", {std::string(TextDecoding::nameOf(encoding))}};
+}
+
+Text tooLarge(std::int64_t size)
+{
+    return {"%@ is too large to display", {sizeOf(size)}};
+}
+
+Text undecodable()
+{
+    return "not an image this Mac can decode";
+}
+
 Text warning(Text words)
 {
     return {"⚠︎ %@", {std::move(words)}};

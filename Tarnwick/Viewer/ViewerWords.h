@@ -21,6 +21,16 @@ struct Reading {
 /// The line below a text or a hex dump.
 Text status(ViewerSubject const &subject, FileWindow const &window, Reading const &reading);
 
+/// The line below an image.
+Text imageStatus(ViewerSubject const &subject, Picture const &picture, std::int64_t totalSize);
+
+Text searching(std::int64_t done, std::int64_t all);
+Text notFound();
+Text cannotBeSought(TextDecoding::Encoding encoding);
+
+Text tooLarge(std::int64_t size);
+Text undecodable();
+
 Text warning(Text words);
 
 /// What a failure of reading says.

@@ -48,8 +48,12 @@ public:
     using FileToView =
         std::function<std::shared_ptr<ViewedFile>(std::shared_ptr<FileSystemReader> place, std::string path)>;
 
-    /// What viewers read files with from now on. Before, there are none.
-    void useViewers(FileToView opening) { fileToView = std::move(opening); }
+    /// What viewers read files and decode images with from now on. Before, there are none.
+    void useViewers(FileToView opening, PictureReading::Decode decode)
+    {
+        fileToView = std::move(opening);
+        decodePicture = std::move(decode);
+    }
 
     /// Null before `usePreviews`.
     std::shared_ptr<PreviewController> const &preview() const noexcept { return previews; }
@@ -203,6 +207,7 @@ private:
     bool hasStarted = false; ///< before, there is nothing to remember
     MainDisplay *window = nullptr;
     FileToView fileToView;
+    PictureReading::Decode decodePicture;
     std::shared_ptr<PreviewController> previews;
 };
 

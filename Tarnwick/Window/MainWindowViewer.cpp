@@ -41,6 +41,7 @@ void MainWindowController::cmdView()
     auto const path = pane.model().snapshot()->childPath(*entry);
     window->openViewer(std::make_shared<ViewerController>(collaborators.mainContext,
                                                           ViewerSubject{.file = fileToView(std::move(reader), path),
+                                                                        .decode = decodePicture,
                                                                         .label = pane.connectionName(),
                                                                         .path = path,
                                                                         .kind = entry->kind,

@@ -15,6 +15,8 @@ namespace {
 /// Files of this machine, seen as such and as those of a host.
 class ViewedFileTest : public SSHProviderTest {
 protected:
+    ViewedFileTest() { reach(); }
+
     std::vector<std::shared_ptr<FileSystemReader>> places()
     {
         return {std::make_shared<LocalProvider>(engine), connected()};
@@ -58,6 +60,29 @@ TEST_F(ViewedFileTest, whatIsNoFileIsKnownWithoutBeingOpened)
         EXPECT_NE(loop.run(at(place, fifo)->look()).kind, EntryKind::file);
         EXPECT_NE(loop.run(at(place, "/dev/zero")->look()).kind, EntryKind::file);
         EXPECT_EQ(loop.run(at(place, folder.path())->look()).kind, EntryKind::directory);
+    }
+}
+
+TEST_F(ViewedFileTest, bytesAreFoundInAPartFromBothEnds)
+{
+    constexpr std::int64_t far = 3 << 20;
+    auto const path =
+        folder.file("large", std::string(far, 'x') + "needle, Nadel: 'needle'\n" + std::string(far, '\0'));
+    constexpr std::int64_t size = 2 * far + 24;
+    using enum FileSearch::Which;
+    for (auto const &place : places()) {
+        auto const file = at(place, path);
+        auto const found = [&](std::string bytes, FileSearch::Part part, FileSearch::Which which) {
+            return loop.run(file->find(std::move(bytes), part, which)).value_or(-1);
+        };
+        EXPECT_EQ(found("needle", {0, size}, first), far);
+        EXPECT_EQ(found("needle", {far + 1, size}, first), far + 16);
+        EXPECT_EQ(found("needle", {0, size}, last), far + 16);
+        EXPECT_EQ(found("needle", {0, far + 5}, first), -1) << "not whole";
+        EXPECT_EQ(found("xneedle", {0, size}, first), far - 1);
+        EXPECT_EQ(found("'\n", {0, size}, first), far + 22) << "over the end of a line";
+        EXPECT_EQ(found("needles", {0, size}, first), -1);
+        EXPECT_EQ(found("needles", {0, size}, last), -1);
     }
 }
 

@@ -48,6 +48,19 @@ public:
         co_return content(offset, static_cast<std::size_t>(std::min(left, static_cast<std::int64_t>(length))));
     }
 
+    Task<std::optional<std::int64_t>> find(std::string bytes, FileSearch::Part part, FileSearch::Which which) override
+    {
+        searched.push_back(part);
+        if (isHeld) {
+            auto const gate = std::make_shared<Completion<bool>>();
+            held.push_back(gate);
+            co_await Completion<bool>::wait(gate);
+        }
+        auto const text = content(part.from, static_cast<std::size_t>(part.to - part.from));
+        auto const at = which == FileSearch::Which::first ? text.find(bytes) : text.rfind(bytes);
+        co_return at == std::string::npos ? std::nullopt : std::optional(part.from + static_cast<std::int64_t>(at));
+    }
+
     /// Answers the oldest read that waits.
     void answer()
     {
@@ -63,6 +76,7 @@ public:
     bool throwsOnRead = true; ///< false: as a host, which answers nothing
     bool isHeld = false;
     std::vector<Request> requests;
+    std::vector<FileSearch::Part> searched;
     int looks = 0;
 
 private:

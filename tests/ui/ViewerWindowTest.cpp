@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Viewer/ViewerWindow.h"
 
 #include "Tarnwick/Settings/Settings.h"
+#include "Tarnwick/Toolkit/Viewer/ViewerImageView.h"
 #include "Tarnwick/Toolkit/Viewer/ViewerTextView.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
 #include "tests/ui/QtLoop.h"
@@ -104,11 +105,15 @@ TEST_F(ViewerWindowTest, theKeysOfAPagerWork)
     type(Qt::Key_G);
     EXPECT_EQ(firstRow(), U"1");
     type(Qt::Key_G, Qt::ControlModifier);
-    EXPECT_TRUE(viewer->targetField().hasFocus());
-    QTest::keyClicks(&viewer->targetField(), QStringLiteral("500"));
+    EXPECT_TRUE(viewer->askField().hasFocus());
+    QTest::keyClicks(&viewer->askField(), QStringLiteral("500"));
     type(Qt::Key_Return);
     EXPECT_EQ(firstRow(), U"500");
     EXPECT_TRUE(viewer->text().hasFocus());
+    type(Qt::Key_Slash);
+    QTest::keyClicks(&viewer->askField(), QStringLiteral("77"));
+    type(Qt::Key_Return);
+    EXPECT_EQ(viewer->text().screen().selectedFrom.line, 2196);
     type(Qt::Key_H);
     EXPECT_EQ(viewer->text().screen().mode, ViewerMode::hex);
 }
@@ -137,6 +142,30 @@ TEST_F(ViewerWindowTest, theSizeOfTheTextIsRemembered)
     EXPECT_DOUBLE_EQ(Settings::viewerFontSize.read(defaults), 13);
     type(Qt::Key_0, Qt::ControlModifier);
     EXPECT_EQ(viewer->text().rowCount(), rows);
+}
+
+TEST_F(ViewerWindowTest, anImageIsShownWholeAndAtAnySize)
+{
+    QImage image(2000, 1000, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    ASSERT_TRUE(image.save(QString::fromStdString(left.path("a.png")), "PNG"));
+    left.file("lie.jpg", "\xff\xd8\xff nothing of the kind");
+    view("a.png");
+    EXPECT_EQ(viewer->text().screen().mode, ViewerMode::image);
+    EXPECT_THAT(statusText(), HasSubstr("a.png   2000×1000   "));
+    EXPECT_LT(viewer->image().scale(), 0.6);
+    EXPECT_EQ(viewer->image().viewport()->grab().toImage().pixelColor(viewer->image().viewport()->rect().center()),
+              QColor(Qt::red));
+    type(Qt::Key_1);
+    EXPECT_DOUBLE_EQ(viewer->image().scale(), 1);
+    type(Qt::Key_0);
+    EXPECT_LT(viewer->image().scale(), 0.6);
+    type(Qt::Key_H);
+    EXPECT_TRUE(firstRow().starts_with(U"00000000  89 50 4E 47"));
+    type(Qt::Key_Escape);
+    view("lie.jpg");
+    EXPECT_EQ(viewer->text().screen().mode, ViewerMode::hex);
+    EXPECT_THAT(statusText(), HasSubstr("⚠︎ not an image this computer can decode"));
 }
 
 TEST_F(ViewerWindowTest, whatIsNoFileHasWordsAndNoViewer)

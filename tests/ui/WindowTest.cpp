@@ -43,7 +43,8 @@ void WindowTest::open()
         WindowServices{
             .transfers = [this] { return std::make_shared<TransferEngine>(runtime, TransferTools::find()); }});
     controller->usePreviews(std::make_shared<FilePreviews>(runtime, [this] { return scratch.path(); }));
-    controller->useViewers([this](auto place, auto path) { return ViewedFile::at(runtime, std::move(place), path); });
+    controller->useViewers([this](auto place, auto path) { return ViewedFile::at(runtime, std::move(place), path); },
+                           PictureReading::decoder(runtime));
     window = std::make_unique<MainWindow>(*controller, defaults, program);
     window->show();
     window->activateWindow();

@@ -18,6 +18,7 @@ constexpr Words catalogue[] = {
     {"This Mac", "This Computer"},
     {"auto refresh off — ⌘R to reload", "auto refresh off — Ctrl+R to reload"},
     {"nothing on this Mac opens %@", "nothing on this computer opens %@"},
+    {"not an image this Mac can decode", "not an image this computer can decode"},
     {"read from this Mac", "read from this computer"},
     {"write to this Mac", "write to this computer"},
 };

@@ -127,9 +127,11 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                         .activationToken = [this] { return startupToken.next(); }}});
     controller->usePreviews(std::make_shared<FilePreviews>(
         with.engine, [] { return Scratch::directory("preview"); }, UserPaths::ofThisUser().thumbnails));
-    controller->useViewers([&engine = with.engine](auto place, auto path) {
-        return ViewedFile::at(engine, std::move(place), std::move(path));
-    });
+    controller->useViewers(
+        [&engine = with.engine](auto place, auto path) {
+            return ViewedFile::at(engine, std::move(place), std::move(path));
+        },
+        PictureReading::decoder(with.engine));
     window = std::make_unique<MainWindow>(*controller, with.defaults, *this);
     jobWatch = std::make_unique<JobWatch>(window->works(), &ColorScheme::sessionBus);
     if (with.logins)

@@ -4,6 +4,7 @@
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Commands/KeyStrokes.h"
+#include "Tarnwick/Toolkit/Viewer/ViewerImageView.h"
 #include "Tarnwick/Toolkit/Viewer/ViewerTextView.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
@@ -15,6 +16,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QStackedWidget>
 #include <QToolButton>
 
 namespace tw {
@@ -43,8 +45,10 @@ ViewerWindow::ViewerWindow(std::shared_ptr<ViewerController> controller, Default
     : viewer(std::move(controller)),
       settings(defaults),
       modes(new QButtonGroup(this)),
-      rows(new ViewerTextView(this)),
-      target(new QLineEdit(this)),
+      body(new QStackedWidget(this)),
+      rows(new ViewerTextView(body)),
+      picture(new ViewerImageView(body)),
+      field(new QLineEdit(this)),
       status(new ElidedLabel(this))
 {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -54,11 +58,13 @@ ViewerWindow::ViewerWindow(std::shared_ptr<ViewerController> controller, Default
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(buildBar());
-    column->addWidget(rows, 1);
-    column->addWidget(target);
+    body->addWidget(rows);
+    body->addWidget(picture);
+    column->addWidget(body, 1);
+    column->addWidget(field);
     column->addWidget(status);
     rows->setAccessibleName(windowTitle());
-    buildTarget();
+    buildField();
     connectText();
     resize(usualViewerSize);
     restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(Settings::viewerGeometry.read(settings))));
@@ -80,7 +86,8 @@ QWidget *ViewerWindow::buildBar()
     line->setContentsMargins(gapInBar, gapInBar, gapInBar, gapInBar);
     line->setSpacing(gapInBar);
     for (auto const &[title, mode, action] : {std::tuple("Text", ViewerMode::text, ViewerAction::showText),
-                                              std::tuple("Hex", ViewerMode::hex, ViewerAction::showHex)}) {
+                                              std::tuple("Hex", ViewerMode::hex, ViewerAction::showHex),
+                                              std::tuple("Image", ViewerMode::image, ViewerAction::showImage)}) {
         auto *const button = addButton(*bar, title, action);
         button->setCheckable(true);
         modes->addButton(button, static_cast<int>(mode));
@@ -89,6 +96,7 @@ QWidget *ViewerWindow::buildBar()
     addButton(*bar, "Start", ViewerAction::start);
     addButton(*bar, "End", ViewerAction::end)->setToolTip(Wording::shown("Jump to the end of the file"));
     addButton(*bar, "Go To…", ViewerAction::goTo);
+    addButton(*bar, "Find…", ViewerAction::find);
     line->addSpacing(2 * gapInBar);
     wrap = addButton(*bar, "Wrap", ViewerAction::toggleWrap);
     wrap->setCheckable(true);
@@ -108,6 +116,7 @@ QToolButton *ViewerWindow::addButton(QWidget &bar, char const *title, ViewerActi
     button->setFocusPolicy(Qt::TabFocus);
     connect(button, &QToolButton::clicked, this, [this, action] { viewer->perform(action); });
     bar.layout()->addWidget(button);
+    buttons.emplace(action, button);
     return button;
 }
 
@@ -127,12 +136,10 @@ void ViewerWindow::buildEncodings(QWidget &bar)
     bar.layout()->addWidget(encodings);
 }
 
-void ViewerWindow::buildTarget()
+void ViewerWindow::buildField()
 {
-    target->setPlaceholderText(Wording::shown("a line, 50%, or an offset: 0x1F0, @1000, 12M"));
-    target->setAccessibleName(Wording::shown("Go To…"));
-    target->installEventFilter(this);
-    target->hide();
+    field->installEventFilter(this);
+    field->hide();
 }
 
 void ViewerWindow::connectText()
@@ -154,15 +161,15 @@ void ViewerWindow::keyPressEvent(QKeyEvent *event)
 /// Escape leaves the field, and only then the window. What the field leaves over would be a key of the viewer.
 bool ViewerWindow::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != target || event->type() != QEvent::KeyPress)
+    if (watched != field || event->type() != QEvent::KeyPress)
         return QWidget::eventFilter(watched, event);
     switch (static_cast<QKeyEvent const *>(event)->key()) {
     case Qt::Key_Escape:
-        closeTarget();
+        closeField();
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        goToTyped();
+        answered();
         return true;
     default:
         return false;
@@ -187,20 +194,60 @@ void ViewerWindow::show(ViewerScreen const &screen)
         screen.isBusy ? spinner->start() : spinner->stop();
     status->setText(Wording::shown(screen.status));
     rows->show(screen);
+    picture->show(screen.picture);
+    auto const isImage = screen.mode == ViewerMode::image;
+    for (auto const action : {ViewerAction::start, ViewerAction::end, ViewerAction::goTo, ViewerAction::find})
+        buttons.at(action)->setEnabled(!isImage);
+    auto *const shown = isImage ? static_cast<QWidget *>(picture) : rows;
+    if (body->currentWidget() == shown)
+        return;
+    body->setCurrentWidget(shown);
+    isImage ? setFocus() : rows->setFocus();
+}
+
+/// The keys of a text, for a picture.
+void ViewerWindow::performOnImage(ViewerAction action)
+{
+    constexpr double zoom = 1.25;
+    constexpr double step = 0.1;
+    switch (action) {
+    case ViewerAction::bigger:
+        return picture->zoomBy(zoom);
+    case ViewerAction::smaller:
+        return picture->zoomBy(1 / zoom);
+    case ViewerAction::usualSize:
+        return picture->fit();
+    case ViewerAction::actualSize:
+        return picture->zoomBy(1 / picture->scale());
+    case ViewerAction::lineDown:
+        return picture->scrollBy(0, step);
+    case ViewerAction::lineUp:
+        return picture->scrollBy(0, -step);
+    case ViewerAction::pageDown:
+        return picture->scrollBy(0, 1);
+    case ViewerAction::pageUp:
+        return picture->scrollBy(0, -1);
+    case ViewerAction::right:
+        return picture->scrollBy(step, 0);
+    case ViewerAction::left:
+        return picture->scrollBy(-step, 0);
+    default:
+        return;
+    }
 }
 
 void ViewerWindow::performInWindow(ViewerAction action)
 {
+    if (action != ViewerAction::close && body->currentWidget() == picture)
+        return performOnImage(action);
     auto const size = Settings::viewerFontSize.read(settings);
     switch (action) {
     case ViewerAction::close:
         close();
         return;
     case ViewerAction::goTo:
-        target->show();
-        target->selectAll();
-        target->setFocus();
-        return;
+    case ViewerAction::find:
+        return ask(action);
     case ViewerAction::bigger:
         return setTextSize(size + 1);
     case ViewerAction::smaller:
@@ -218,18 +265,37 @@ void ViewerWindow::setTextSize(double size)
     rows->setTextSize(Settings::viewerFontSize.read(settings));
 }
 
-void ViewerWindow::goToTyped()
+void ViewerWindow::ask(ViewerAction what)
 {
-    auto const where = ViewerTarget::parse(target->text().toStdString(), rows->screen().mode);
-    if (!where)
-        return beep();
-    closeTarget();
-    viewer->goTo(*where);
+    if (asked != what)
+        field->clear();
+    asked = what;
+    auto const words = Wording::shown(what == ViewerAction::find ? "Find…" : "Go To…");
+    field->setPlaceholderText(what == ViewerAction::find
+                                  ? Wording::shown("find a text; in a hex dump also bytes, as 48 65")
+                                  : Wording::shown("a line, 50%, or an offset: 0x1F0, @1000, 12M"));
+    field->setAccessibleName(words);
+    field->show();
+    field->selectAll();
+    field->setFocus();
 }
 
-void ViewerWindow::closeTarget()
+void ViewerWindow::answered()
 {
-    target->hide();
+    auto const typed = field->text().toStdString();
+    auto const where = ViewerTarget::parse(typed, rows->screen().mode);
+    if (typed.empty() || (asked == ViewerAction::goTo && !where))
+        return beep();
+    closeField();
+    if (asked == ViewerAction::find)
+        viewer->find(typed);
+    else
+        viewer->goTo(*where);
+}
+
+void ViewerWindow::closeField()
+{
+    field->hide();
     rows->setFocus();
 }
 

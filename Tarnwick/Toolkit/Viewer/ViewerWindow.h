@@ -5,17 +5,20 @@
 
 #include <QWidget>
 
+#include <map>
 #include <memory>
 
 class QButtonGroup;
 class QComboBox;
 class QLineEdit;
+class QStackedWidget;
 class QToolButton;
 
 namespace tw {
 
 class BusySpinner;
 class ElidedLabel;
+class ViewerImageView;
 class ViewerTextView;
 
 /// A window that shows one file.
@@ -32,10 +35,13 @@ public:
 
     ViewerTextView &text() const { return *rows; }
 
+    ViewerImageView &image() const { return *picture; }
+
     // What is on show, for tests.
     ElidedLabel const &statusLine() const { return *status; }
 
-    QLineEdit &targetField() const { return *target; }
+    /// Where it is typed what to look for, or where to go.
+    QLineEdit &askField() const { return *field; }
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -51,20 +57,26 @@ private:
     QWidget *buildBar();
     QToolButton *addButton(QWidget &bar, char const *title, ViewerAction action);
     void buildEncodings(QWidget &bar);
-    void buildTarget();
+    void buildField();
     void connectText();
-    void goToTyped();
-    void closeTarget();
+    void ask(ViewerAction what);
+    void answered();
+    void closeField();
     void setTextSize(double size);
+    void performOnImage(ViewerAction action);
 
     std::shared_ptr<ViewerController> const viewer;
     Defaults &settings;
     QButtonGroup *const modes;
+    std::map<ViewerAction, QToolButton *> buttons;
     QToolButton *wrap = nullptr;
     QComboBox *encodings = nullptr;
     BusySpinner *spinner = nullptr;
+    QStackedWidget *const body;
     ViewerTextView *const rows;
-    QLineEdit *const target;
+    ViewerImageView *const picture;
+    QLineEdit *const field;
+    ViewerAction asked = ViewerAction::goTo; ///< by the field
     ElidedLabel *const status;
 };
 

@@ -1,0 +1,55 @@
+#include "Tarnwick/Viewer/PictureReading.h"
+
+#include "TWEngine/Preview/PictureDecoder.h"
+#include "TWEngine/Preview/PreviewFile.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/Preview/PreviewKind.h"
+
+#include <algorithm>
+
+namespace tw {
+
+namespace {
+
+using Result = PictureReading::Result;
+
+Task<Result> decodeBytes(EngineRuntime *engine, std::string bytes, std::string name)
+{
+    auto const kind = PreviewKind::of(bytes, name);
+    if (kind.look != PreviewKind::Look::picture)
+        co_return std::unexpected(PictureFailure::unknownFormat);
+    auto const held = std::make_shared<std::string>(std::move(bytes));
+    auto const file = co_await engine->workers().run(
+        WorkPriority::interactive, [held] { return std::make_shared<FileDescriptor>(PreviewFile::inMemory(*held)); });
+    if (!*file)
+        co_return std::unexpected(PictureFailure::tooLarge);
+    held->clear();
+    held->shrink_to_fit();
+    auto result = co_await PictureDecoder::decode(*engine, std::move(*file), kind.format,
+                                                  {.width = PictureBounds::most, .height = PictureBounds::most});
+    co_return result;
+}
+
+} // namespace
+
+Task<Result> PictureReading::read(std::shared_ptr<ViewedFile> file, std::string name, std::int64_t size, Decode decode)
+{
+    std::string bytes;
+    while (std::ssize(bytes) < std::min(size, mostBytes)) {
+        auto const chunk = co_await file->read(std::ssize(bytes), chunkBytes);
+        if (chunk.empty())
+            break;
+        bytes += chunk;
+    }
+    auto result = co_await decode(std::move(bytes), std::move(name));
+    co_return result;
+}
+
+PictureReading::Decode PictureReading::decoder(EngineRuntime &engine)
+{
+    return [&engine](std::string bytes, std::string name) {
+        return decodeBytes(&engine, std::move(bytes), std::move(name));
+    };
+}
+
+} // namespace tw

@@ -1,0 +1,51 @@
+// A file as an image, instead of its rows.
+
+#include "Tarnwick/Viewer/ViewerController.h"
+#include "Tarnwick/Viewer/ViewerWords.h"
+
+namespace tw {
+
+void ViewerController::readImage()
+{
+    if (!mayRead)
+        return show();
+    if (totalSize > PictureReading::mostBytes)
+        return fail(ViewerWords::tooLarge(totalSize));
+    begin<PictureReading::Result>(PictureReading::read(of.file, of.name(), totalSize, of.decode),
+                                  [this](auto result, auto const &failure) {
+                                      if (failure)
+                                          return fail(ViewerWords::failure(failure));
+                                      imageArrived(*std::move(result));
+                                  });
+    underWay = Purpose::jump;
+    notice = {};
+    show();
+}
+
+void ViewerController::imageArrived(PictureReading::Result result)
+{
+    if (result) {
+        picture = std::make_shared<Picture const>(*std::move(result));
+        return show();
+    }
+    showAs(ViewerMode::hex);
+    fail(ViewerWords::undecodable());
+}
+
+/// An image fills its room and is moved and scaled by its view.
+bool ViewerController::performOnImage(ViewerAction action)
+{
+    switch (action) {
+    case ViewerAction::close:
+    case ViewerAction::showText:
+    case ViewerAction::showHex:
+    case ViewerAction::showImage:
+        return false;
+    default:
+        if (display)
+            display->performInWindow(action);
+        return true;
+    }
+}
+
+} // namespace tw
