@@ -25,6 +25,7 @@ enum class Command {
     customizeToolBar,
     customizeColumns,
     openWith,
+    edit,
     refresh,
     back,
     forward,

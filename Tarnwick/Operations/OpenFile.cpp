@@ -61,20 +61,7 @@ Task<std::int64_t> sizeOf(RemoteFiles::Source source)
     co_return size;
 }
 
-Task<bool> isWanted(OperationContext context, std::string name, std::int64_t size)
-{
-    if (size <= mostFetchedUnasked)
-        co_return true;
-    auto const &from = context.operands.connection;
-    auto const answer = co_await context.dialogs->confirm(
-        {.title = "Fetch " + onOneLine(name) + "?",
-         .message = "It is " + Fmt::size(size, EntryKind::file) + ". Opening it means copying the whole file from " +
-                    onOneLine(from) + " first.",
-         .okTitle = "Fetch"});
-    co_return answer == Dialogs::Answer::ok;
-}
-
-/// A copy of a file that lies elsewhere; empty if the user does not want it.
+/// A copy of a file that lies elsewhere.
 Task<std::string> bring(OperationContext context, FileToOpen file)
 {
     auto const source = sourceOf(context, file);
@@ -85,8 +72,7 @@ Task<std::string> bring(OperationContext context, FileToOpen file)
     auto const stop = std::make_shared<std::stop_source>();
     auto work = context.beginWork();
     say(context, {"fetching %@…", {file.name()}});
-    auto const size = co_await sizeOf(source);
-    auto const wanted = co_await isWanted(context, file.name(), size);
+    auto const wanted = co_await mayFetch(context, file, Purpose::opening);
     if (!wanted)
         throw Cancelled();
     auto const shown =
@@ -150,7 +136,7 @@ Task<void> open(OperationContext context, FileToOpen file, std::string applicati
                                                      .application = application,
                                                      .activationToken = tokenOf(context.opening)});
     say(context, isOfThisMachine(context) ? Text("opened %@ with %@", {file.name(), opened.name})
-                                          : Text("opened a local copy of %@", {file.name()}));
+                                          : Text("opened a local copy of %@ — F4 edits the original", {file.name()}));
 }
 
 Task<void> showingFailures(OperationContext context, std::string name, Task<void> work)
@@ -161,6 +147,20 @@ Task<void> showingFailures(OperationContext context, std::string name, Task<void
 }
 
 } // namespace
+
+Task<bool> mayFetch(OperationContext context, FileToOpen file, Purpose purpose)
+{
+    auto const size = co_await sizeOf(sourceOf(context, file));
+    if (size <= mostFetchedUnasked)
+        co_return true;
+    auto const *const what = purpose == Purpose::opening ? "Opening" : "Editing";
+    auto const answer = co_await context.dialogs->confirm(
+        {.title = "Fetch " + onOneLine(file.name()) + "?",
+         .message = "It is " + Fmt::size(size, EntryKind::file) + ". " + what +
+                    " it means copying the whole file from " + onOneLine(context.operands.connection) + " first.",
+         .okTitle = "Fetch"});
+    co_return answer == Dialogs::Answer::ok;
+}
 
 Task<void> openWithSystem(OperationContext context, FileToOpen file, std::string application)
 {

@@ -22,6 +22,11 @@ struct FileToOpen {
 /// A remote file above this size is fetched after a question only, in bytes.
 inline constexpr std::int64_t mostFetchedUnasked = 268435456;
 
+enum class Purpose { opening, editing };
+
+/// Asks if a large file of a host is to be fetched. True for others.
+Task<bool> mayFetch(OperationContext context, FileToOpen file, Purpose purpose);
+
 /// Opens a file of the operands' connection with an application, or with the usual one where none is named. A file that
 /// lies elsewhere is fetched first; what is opened then is a local copy.
 ///

@@ -9,10 +9,13 @@
 
 namespace tw {
 
+class EditSessions;
+
 /// What opening a file needs of the program. Shared by all windows.
 struct OpeningServices {
     std::shared_ptr<Applications> applications = {}; ///< null: nothing can be opened
     std::shared_ptr<RemoteFiles> copies = {};
+    std::shared_ptr<EditSessions> edits = {}; ///< null: files of hosts cannot be edited
     /// Lets the window of a program that is started now come to the front; may answer nothing.
     std::function<std::string()> activationToken = {};
 };

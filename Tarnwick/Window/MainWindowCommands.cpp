@@ -64,6 +64,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
         return CommandState{.isEnabled = window.hasBackgroundWork()};
     case Command::openWith:
         return CommandState{.isEnabled = window.fileAtCursor().has_value()};
+    case Command::edit:
+        return CommandState{.isEnabled = window.canEdit()};
     case Command::back:
         return CommandState{.isEnabled = window.activePane().canGoBack()};
     case Command::forward:
@@ -118,6 +120,8 @@ void MainWindowCommands::perform(Command command)
         return window.activePane().openSelection();
     case Command::openWith:
         return window.cmdOpenWith();
+    case Command::edit:
+        return window.cmdEdit();
     case Command::refresh:
         return window.cmdRefresh();
     case Command::back:

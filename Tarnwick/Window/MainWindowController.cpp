@@ -38,6 +38,7 @@ MainWindowController::MainWindowController(PaneController::Collaborators with, C
         containers[indexOf(side)] = makeContainer(side);
         hovers[indexOf(side)] = makeDrops(side);
     }
+    rereadAfterUploads();
 }
 
 std::unique_ptr<PaneContainer> MainWindowController::makeContainer(PaneSide side)

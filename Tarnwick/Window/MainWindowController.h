@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Connections/Connections.h"
+#include "Tarnwick/Editing/EditSessions.h"
 #include "Tarnwick/Operations/CopiedPath.h"
 #include "Tarnwick/Operations/OpenFile.h"
 #include "Tarnwick/Operations/OperationContext.h"
@@ -109,6 +110,15 @@ public:
     /// Asks what to open the file under the cursor with.
     void cmdOpenWith();
 
+    /// False in a program that opens nothing.
+    bool canEdit() const { return services.opening.applications != nullptr; }
+
+    /// Opens the file under the cursor in an editor; what is saved there goes back to where the file lies.
+    void cmdEdit();
+
+    /// Those files of hosts; null: they cannot be edited.
+    std::shared_ptr<EditSessions> const &edits() const noexcept { return services.opening.edits; }
+
     /// Opens the file under the cursor with an application.
     void openAtCursorWith(std::string application);
 
@@ -189,6 +199,7 @@ private:
     void accept(DropHover::Drop const &drop);
     static Task<void> delivering(OperationContext context, DropHover::Drop const &drop);
     void openFile(std::shared_ptr<PaneController> const &pane, std::string const &path);
+    void rereadAfterUploads();
     OperationContext contextOf(std::shared_ptr<PaneController> const &pane) const;
     void readHosts();
     static Task<void> completeMenus(Task<std::vector<std::string>> reading, std::shared_ptr<KnownHosts> known,

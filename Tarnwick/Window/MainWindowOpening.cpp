@@ -1,6 +1,9 @@
 // How the window opens files with programs.
 
+#include "Tarnwick/Operations/EditFile.h"
 #include "Tarnwick/Window/MainWindowController.h"
+
+#include <algorithm>
 
 namespace tw {
 
@@ -48,6 +51,29 @@ void MainWindowController::cmdOpenWith()
     auto const file = fileAtCursor();
     if (window && file)
         spawn({collaborators.mainContext, {}}, chooseApplication(contextOf(pane(active)), *file));
+}
+
+void MainWindowController::cmdEdit()
+{
+    auto const file = fileAtCursor();
+    if (!file)
+        return activePane().refuse();
+    if (window)
+        spawn({collaborators.mainContext, {}}, editFile(contextOf(pane(active)), *file));
+}
+
+/// So that the new size and time are seen.
+void MainWindowController::rereadAfterUploads()
+{
+    if (!edits())
+        return;
+    edits()->onUploaded = [this](std::shared_ptr<Browser> const &host, std::string const &path) {
+        auto const folder = path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+        for (auto const &each : containers) {
+            for (auto const &one : each->panes())
+                one->rereadIfAt({.browser = host, .connection = {}, .path = folder, .names = {}}, {});
+        }
+    };
 }
 
 void MainWindowController::openAtCursorWith(std::string application)

@@ -97,7 +97,7 @@ TEST_F(OpenFileTest, aFileOfAHostIsFetchedOnceAndOpenedAsACopy)
     EXPECT_THAT(applications->opened[0].path, EndsWith("/a.txt"));
     EXPECT_EQ(contentOf(applications->opened[0].path), "text");
     EXPECT_EQ(applications->opened[1].application, "eye.desktop");
-    EXPECT_EQ(display.status, "opened a local copy of a.txt");
+    EXPECT_EQ(display.status, "opened a local copy of a.txt — F4 edits the original");
     EXPECT_THAT(host->requests, ElementsAre("read /srv/a.txt"));
     EXPECT_THAT(applications->modesThere, ElementsAre(0755, 0755)) << "the copy has lost the mode of the original";
 }

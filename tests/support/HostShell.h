@@ -20,8 +20,8 @@ protected:
         for (auto const &entry : std::filesystem::directory_iterator(tools.path()))
             std::filesystem::remove(entry.path());
         for (std::string const name :
-             {"awk",    "cat",      "chmod", "cp", "cut",  "du",   "find", "head", "ls",  "mkdir", "mv", "od",
-              "printf", "readlink", "rm",    "sh", "sort", "stat", "sync", "tail", "tar", "tr",    "wc", "xargs"})
+             {"awk",    "cat",      "chmod", "cp", "chgrp", "cut",  "du",   "find", "head", "ls", "mkdir", "mv",   "od",
+              "printf", "readlink", "rm",    "sh", "sort",  "stat", "sync", "tail", "tar",  "tr", "wc",    "xargs"})
             tools.link(name, "/bin/busybox");
         searchPath = tools.path();
     }
@@ -48,7 +48,7 @@ protected:
 [ "$1" = -f ] || { echo "stat: illegal option -- c" >&2; exit 1; }
 format=$2
 shift 2
-format=${format//%Xp/%f} format=${format//%z/%s} format=${format//%m/%Y} format=${format//%N/%n}
+format=${format//%Mp%Lp/%a} format=${format//%Fm/%.9Y} format=${format//%Xp/%f} format=${format//%z/%s} format=${format//%m/%Y} format=${format//%N/%n}
 exec /usr/bin/stat -c "$format" "$@"
 )sh");
     }

@@ -35,6 +35,7 @@ TEST(QuittingTest, itWaitsOnceForTwoSecondsAfterItsLastNote)
                           .lifeLog = folder.path("life.log"),
                           .version = "1",
                           .scratch = scratch,
+                          .edits = {.base = scratch.base + "-edits"},
                           .waitForShutdown = [&](std::binary_semaphore &done, std::chrono::nanoseconds limit) {
                               waits.push_back(limit);
                               logged = contentOf(folder.path("life.log"));

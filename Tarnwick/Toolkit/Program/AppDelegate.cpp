@@ -66,7 +66,13 @@ Task<void> shutDown(ConnectionRegistry *connections, std::shared_ptr<std::binary
 AppDelegate::AppDelegate(Collaborators collaborators)
     : with(std::move(collaborators)),
       lifeLog({.mainContext = with.mainContext, .clock = with.engine.clock(), .file = with.lifeLog}),
-      applications(std::make_shared<DesktopApplications>(with.engine))
+      applications(std::make_shared<DesktopApplications>(with.engine)),
+      edits(std::make_shared<EditSessions>(
+          RemoteEditSession::Ports{.engine = with.engine,
+                                   .mainContext = with.mainContext,
+                                   .clock = with.engine.clock(),
+                                   .host = [this](std::string host) { return with.connections.ssh(std::move(host)); }},
+          with.edits))
 {
 }
 
@@ -124,6 +130,7 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                 },
             .opening = {.applications = applications,
                         .copies = std::make_shared<RemoteFiles>(with.engine, with.scratch),
+                        .edits = edits,
                         .activationToken = [this] { return startupToken.next(); }}});
     controller->usePreviews(std::make_shared<FilePreviews>(
         with.engine, [] { return Scratch::directory("preview"); }, UserPaths::ofThisUser().thumbnails));
@@ -148,6 +155,7 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
     fileManager = std::make_unique<FileManagerService>(ColorScheme::sessionBus(),
                                                        [this](OpenRequest const &request) { open(request); });
     findOutWhetherChosen();
+    edits->resume();
     watchSession();
 }
 
@@ -232,6 +240,7 @@ void AppDelegate::applicationWillTerminate()
     colorScheme.reset();
     if (controller)
         controller->rememberAll();
+    edits->leaveForNextStart();
     window.reset();
     controller.reset();
     with.defaults.flush();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWEngine/Editing/EditStaging.h"
 #include "TWEngine/Platform/Scratch.h"
 #include "TWEngine/Runtime/MainContext.h"
 #include "TWEngine/Runtime/TerminationSignals.h"
@@ -22,6 +23,7 @@ namespace tw {
 
 class AboutDialog;
 class Applications;
+class EditSessions;
 class FileManagerService;
 class ColorScheme;
 class ConnectionRegistry;
@@ -46,6 +48,7 @@ public:
         std::string lifeLog; ///< the file
         std::string version;
         Scratch::Place scratch = {};       ///< emptied at launch and at the end
+        EditStaging::Place edits = {};     ///< files of hosts that are being edited
         std::string settingsSetAside = {}; ///< the copy of a file that could not be read; empty: there is none
         /// Waits on this thread for the end of all connections, and for no longer than the limit. A test need not wait.
         std::function<void(std::binary_semaphore &, std::chrono::nanoseconds limit)> waitForShutdown =
@@ -95,6 +98,7 @@ private:
     LifeLog lifeLog;
     StartupToken startupToken;
     std::shared_ptr<Applications> const applications;
+    std::shared_ptr<EditSessions> const edits;
     std::unique_ptr<FileManagerService> fileManager;
     bool isAskedToQuit = false; ///< by the user or a signal, not by a window that was closed
     std::unique_ptr<MainWindowController> controller;

@@ -10,6 +10,7 @@
 #include "Tarnwick/Toolkit/Dialogs/JobStrip.h"
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
+#include "Tarnwick/Toolkit/Editing/EditStrip.h"
 #include "Tarnwick/Toolkit/Preview/PreviewPanel.h"
 #include "Tarnwick/Toolkit/Table/ColumnsDialog.h"
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
@@ -134,6 +135,15 @@ void MainWindow::buildCommands()
     column->addWidget(splitter, 1);
     strip = new JobStrip(workList, all);
     strip->onLeave = [this] { panes.activePane().takeKeyboardFocus(); };
+    if (panes.edits()) {
+        editing = std::make_unique<EditStrip>(panes.edits(), EditStrip::usualPlace(), all);
+        editing->onLeave = [this] {
+            activateWindow();
+            panes.activePane().takeKeyboardFocus();
+        };
+        if (!editing->isWindow())
+            column->addWidget(editing.get());
+    }
     column->addWidget(strip);
     column->addWidget(new FunctionBar(*actions, all));
     setCentralWidget(all);
@@ -186,7 +196,7 @@ void MainWindow::showEvent(QShowEvent *event)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (!mayClose && !workList->underWay().empty()) {
+    if (!mayClose && !whatQuittingMeans().empty()) {
         event->ignore();
         askToQuit([this] { close(); });
         return;
@@ -197,20 +207,33 @@ void MainWindow::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
-void MainWindow::askToQuit(std::function<void()> quit)
+/// Empty: nothing is in the way.
+std::string MainWindow::whatQuittingMeans() const
 {
-    if (mayClose || workList->underWay().empty())
-        return quit();
-    if (quitQuestion)
-        return;
     std::vector<std::string> titles;
     for (auto const &each : workList->underWay())
         titles.push_back(each->title);
+    std::string message;
+    if (!titles.empty())
+        message = "This is still under way, and quitting ends it:\n\n" + Dialogs::describe(titles, mostTitles);
+    auto const unsaved = panes.edits() ? panes.edits()->unsaved() : std::vector<std::string>();
+    if (unsaved.empty())
+        return message;
+    return message + (message.empty() ? "" : "\n\n") +
+           "What you have saved in these is not on the host yet. It is kept here, and offered again at the next "
+           "start:\n\n" +
+           Dialogs::describe(unsaved, mostTitles);
+}
+
+void MainWindow::askToQuit(std::function<void()> quit)
+{
+    auto const message = whatQuittingMeans();
+    if (mayClose || message.empty())
+        return quit();
+    if (quitQuestion)
+        return;
     quitQuestion = new QuestionSheet(
-        {.title = "Quit Tarnwick?",
-         .message = "This is still under way, and quitting ends it:\n\n" + Dialogs::describe(titles, mostTitles),
-         .okTitle = "Quit",
-         .danger = Dialogs::Danger::destructive},
+        {.title = "Quit Tarnwick?", .message = message, .okTitle = "Quit", .danger = Dialogs::Danger::destructive},
         this);
     connect(quitQuestion, &QDialog::finished, this, [this, quit = std::move(quit)](int code) {
         sheets->sheets().remove(*quitQuestion);
@@ -342,12 +365,13 @@ void MainWindow::customizeColumns()
 
 bool MainWindow::hasBackgroundWork() const
 {
-    return !workList->inBackground().empty();
+    return !workList->inBackground().empty() || (editing && !editing->isHidden());
 }
 
 void MainWindow::goToBackgroundWork()
 {
-    strip->takeKeyboard();
+    if (!strip->takeKeyboard() && editing)
+        editing->takeKeyboard();
 }
 
 void MainWindow::minimizeWindow()

@@ -8,10 +8,13 @@
 #include <QPointer>
 
 #include <functional>
+#include <memory>
+#include <string>
 
 namespace tw {
 
 class CommandActions;
+class EditStrip;
 class LoginPrompter;
 class PaneContainerView;
 class PaneSplitter;
@@ -53,6 +56,9 @@ public:
 
     JobStrip &jobStrip() const { return *strip; }
 
+    /// Null if files of hosts cannot be edited.
+    EditStrip *editStrip() const { return editing.get(); }
+
     /// Null if the controller has no previews.
     PreviewPanel *previewPanel() const { return panel; }
 
@@ -92,6 +98,7 @@ private:
     void buildPanes();
     void buildCommands();
     void buildToolBar();
+    std::string whatQuittingMeans() const;
     void place();
     void placeDivider();
     void rememberPlace();
@@ -106,6 +113,7 @@ private:
     PaneIcons icons;
     PaneSplitter *const splitter;
     JobStrip *strip = nullptr;
+    std::unique_ptr<EditStrip> editing; ///< may be a window of its own
     QPointer<Sheet> quitQuestion;
     bool mayClose = false; ///< whatever is under way
     PaneContainerView *left = nullptr;

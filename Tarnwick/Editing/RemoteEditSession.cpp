@@ -1,0 +1,324 @@
+#include "Tarnwick/Editing/RemoteEditSession.h"
+
+#include "TWEngine/Browsing/Browser.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/Panes/PaneStatus.h"
+
+#include <ctime>
+#include <utility>
+
+namespace tw {
+
+namespace {
+
+using Kind = EditCommand::Outcome::Kind;
+using Question = EditState::Question;
+
+constexpr std::chrono::seconds tickInterval{1};
+
+constexpr auto lastLink = FileLanes::LastLink::keep;
+constexpr auto priority = WorkPriority::interactive;
+
+/// In the time zone of this machine.
+std::string timeText(Timestamp time, char const *format)
+{
+    auto const seconds = std::chrono::system_clock::to_time_t(time);
+    std::tm parts{};
+    std::string text(32, '\0');
+    if (!::localtime_r(&seconds, &parts))
+        return {};
+    text.resize(std::strftime(text.data(), text.size(), format, &parts));
+    return text;
+}
+
+std::string folderOf(std::string const &path)
+{
+    return path.substr(0, path.rfind('/'));
+}
+
+Task<std::optional<EditStaging::Stamp>> stampOf(EngineRuntime *engine, std::string path)
+{
+    return engine->files().run(path, lastLink, priority,
+                               [path](std::string const & /*place*/) { return EditStaging::stampOf(path); });
+}
+
+void inBackground(EngineRuntime &engine, std::function<void()> work)
+{
+    engine.workers().executor(WorkPriority::background)->post([work = std::move(work)] {
+        try {
+            work();
+        } catch (std::exception const &) {
+            // The record is one of the second chances: without it only a killed program loses the copy.
+        }
+    });
+}
+
+} // namespace
+
+RemoteEditSession::RemoteEditSession(Ports ports, EditedFile::Fetched file, Origin origin)
+    : with(std::move(ports)),
+      copy(std::move(file.copy)),
+      watch(origin == Origin::fetched ? copy.record.uploaded : std::nullopt),
+      seen(copy.record.uploaded),
+      shown{.connection = copy.record.connection, .path = copy.record.path},
+      timer(with.mainContext, with.clock, [this] { tick(); })
+{
+    shown.status = origin == Origin::fetched ? Text("watching for saves…")
+                                             : Text("saved here before the program ended, and not uploaded");
+    showWay(file.way);
+}
+
+RemoteEditSession::~RemoteEditSession()
+{
+    events.request_stop();
+}
+
+void RemoteEditSession::begin()
+{
+    spawn({with.mainContext, events.get_token()}, listen(weak_from_this(), &with.engine, folderOf(copy.path)));
+    tick();
+}
+
+bool RemoteEditSession::isOf(std::string const &connection, std::string const &path) const
+{
+    return copy.record.connection == connection && copy.record.path == path;
+}
+
+/// An event makes the next look come at once; without events the timer does.
+Task<void> RemoteEditSession::listen(Weak weak, EngineRuntime *engine, std::string folder)
+{
+    auto const events =
+        co_await engine->files().run(folder, lastLink, priority, [engine, folder](std::string const & /*place*/) {
+            return engine->directoryEvents().watch(folder);
+        });
+    for (auto isThere = events != nullptr; isThere;) {
+        auto const event = co_await events->next();
+        isThere = event != FolderWatch::Event::gone;
+        auto const self = weak.lock();
+        if (!self)
+            co_return;
+        self->tick();
+    }
+}
+
+void RemoteEditSession::tick()
+{
+    looksOnceMore = isLooking;
+    if (!isLooking && !events.stop_requested()) {
+        isLooking = true;
+        spawn({with.mainContext, events.get_token()}, look(weak_from_this(), &with.engine, copy.path));
+    }
+}
+
+Task<void> RemoteEditSession::look(Weak weak, EngineRuntime *engine, std::string path)
+{
+    auto const stamp = co_await stampOf(engine, std::move(path));
+    if (auto const self = weak.lock())
+        self->ticked(stamp);
+}
+
+void RemoteEditSession::ticked(std::optional<EditStaging::Stamp> stamp)
+{
+    isLooking = false;
+    if (events.stop_requested())
+        return;
+    timer.set(tickInterval);
+    if (std::exchange(looksOnceMore, false))
+        tick();
+    // What changes during an upload is seen by the first look after it.
+    if (shown.isUploading)
+        return;
+    if (stamp)
+        seen = stamp;
+    switch (watch.tick(stamp, with.clock->steadyNow())) {
+    case SaveWatch::Finding::nothing:
+        break;
+    case SaveWatch::Finding::changed:
+        if (shown.question == Question::none)
+            say("changed — waiting for the save to settle…");
+        break;
+    case SaveWatch::Finding::settled:
+        if (stamp != copy.record.uploaded) // it may have been uploaded by the button
+            startUpload(copy);
+    }
+}
+
+void RemoteEditSession::uploadNow()
+{
+    startUpload(copy);
+}
+
+void RemoteEditSession::overwrite()
+{
+    auto sent = copy;
+    sent.record.version = versionThere; // that very one, and not a later one
+    startUpload(std::move(sent));
+}
+
+void RemoteEditSession::saveBeside()
+{
+    auto sent = copy;
+    sent.record.path += " (conflict " + timeText(with.clock->now(), "%Y-%m-%d %H.%M.%S") + ")";
+    sent.record.version.clear();
+    startUpload(std::move(sent));
+}
+
+void RemoteEditSession::startUpload(EditStaging::Copy sent)
+{
+    if (shown.isUploading)
+        return;
+    shown.isUploading = true;
+    shown.question = Question::none;
+    say("uploading…");
+    spawn({with.mainContext, {}}, upload(weak_from_this(), with, std::move(sent)));
+}
+
+Task<RemoteEditSession::Result> RemoteEditSession::put(EngineRuntime *engine, Task<std::shared_ptr<Browser>> reaching,
+                                                       EditStaging::Copy sent,
+                                                       std::shared_ptr<std::shared_ptr<Browser>> host)
+{
+    *host = co_await std::move(reaching);
+    auto const path = sent.record.path;
+    auto const outcome = co_await outcomeOf(EditedFile::put(engine, (*host)->providerRef(), sent));
+    // Also after a failure, as the write may have been done.
+    auto const folder = path.rfind('/') == 0 ? std::string("/") : folderOf(path);
+    co_await outcomeOf((*host)->wroteInto(folder, {path.substr(path.rfind('/') + 1)}));
+    if (outcome.failure)
+        std::rethrow_exception(outcome.failure);
+    co_return *outcome.value;
+}
+
+Task<void> RemoteEditSession::upload(Weak weak, Ports ports, EditStaging::Copy sent)
+{
+    auto const host = std::make_shared<std::shared_ptr<Browser>>();
+    auto outcome = co_await outcomeOf(put(&ports.engine, ports.host(sent.record.connection), sent, host));
+    auto const self = weak.lock();
+    if (!self)
+        co_return;
+    auto const path = sent.record.path;
+    self->ended(std::move(sent), std::move(outcome));
+    if (*host && self->onUploaded)
+        self->onUploaded(*host, path);
+}
+
+void RemoteEditSession::ended(EditStaging::Copy sent, Outcome<Result> outcome)
+{
+    shown.isUploading = false;
+    auto const isLast = std::exchange(isLeaving, false);
+    if (outcome.failure)
+        return failed(PaneStatus::describe(outcome.failure));
+    auto const &result = *outcome.value;
+    if (!result.stamp)
+        return say("changed — waiting for the save to settle…");
+    switch (result.outcome.kind) {
+    case Kind::failed:
+        return failed(result.outcome.words);
+    case Kind::changed:
+        versionThere = result.outcome.state.version;
+        return ask(Question::conflict,
+                   {versionThere.empty() ? "⚠︎ it was deleted on %@ meanwhile" : "⚠︎ it was changed on %@ meanwhile",
+                    {copy.record.connection}});
+    case Kind::replaced:
+    case Kind::same:
+        arrived(std::move(sent), result);
+    }
+    if (isLast && !isUnsaved())
+        finish();
+}
+
+void RemoteEditSession::arrived(EditStaging::Copy sent, Result const &result)
+{
+    auto const &there = result.outcome.state;
+    copy.record = std::move(sent.record);
+    copy.record.version = there.version;
+    copy.record.mode = there.mode;
+    copy.record.uploaded = result.stamp;
+    seen = result.stamp;
+    shown.path = copy.record.path;
+    inBackground(with.engine, [kept = copy] { EditStaging::keep(kept); });
+    showWay(there.way);
+    say({"saved to %@ at %@", {copy.record.connection, timeText(with.clock->now(), "%H:%M:%S")}});
+}
+
+void RemoteEditSession::failed(Text reason)
+{
+    say({"⚠︎ upload failed: %@", {std::move(reason)}});
+}
+
+void RemoteEditSession::done()
+{
+    spawn({with.mainContext, {}}, lookBeforeLeaving(weak_from_this(), &with.engine, copy.path));
+}
+
+Task<void> RemoteEditSession::lookBeforeLeaving(Weak weak, EngineRuntime *engine, std::string path)
+{
+    auto const stamp = co_await stampOf(engine, std::move(path));
+    auto const self = weak.lock();
+    if (!self)
+        co_return;
+    if (stamp)
+        self->seen = stamp;
+    if (self->isUnsaved())
+        self->askBeforeLeaving();
+    else
+        self->finish();
+}
+
+void RemoteEditSession::askBeforeLeaving()
+{
+    isLeaving = true;
+    ask(Question::leaving, {"what you saved is not on %@ yet", {copy.record.connection}});
+}
+
+void RemoteEditSession::stay()
+{
+    isLeaving = false;
+    ask(Question::none, shown.isUploading ? Text("uploading…") : Text("watching for saves…"));
+}
+
+void RemoteEditSession::finish()
+{
+    events.request_stop();
+    timer.cancel();
+    inBackground(with.engine, [gone = copy] { EditStaging::remove(gone); });
+    if (auto const report = std::exchange(onFinished, nullptr))
+        report();
+}
+
+void RemoteEditSession::leaveForNextStart()
+{
+    events.request_stop();
+    timer.cancel();
+    inBackground(with.engine, [left = copy] {
+        if (EditStaging::stampOf(left.path) == left.record.uploaded)
+            EditStaging::remove(left);
+    });
+}
+
+void RemoteEditSession::ask(EditState::Question question, Text status)
+{
+    shown.question = question;
+    say(std::move(status));
+}
+
+void RemoteEditSession::say(Text status)
+{
+    shown.status = std::move(status);
+    changed();
+}
+
+void RemoteEditSession::showWay(EditCommand::Way way)
+{
+    auto const isDangerous = way == EditCommand::Way::copy;
+    shown.note = isDangerous ? Text("saves are written into the file itself: if the host stops meanwhile, the file is "
+                                    "incomplete there")
+                             : Text();
+}
+
+void RemoteEditSession::changed() const
+{
+    if (onChanged)
+        onChanged();
+}
+
+} // namespace tw

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "TWCore/Async/Clock.h"
+#include "TWCore/Async/Outcome.h"
+#include "TWEngine/Editing/EditedFile.h"
+#include "Tarnwick/Editing/EditState.h"
+#include "Tarnwick/Editing/SaveWatch.h"
+#include "Tarnwick/Panes/Alarm.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tw {
+
+class Browser;
+class EngineRuntime;
+
+/// A file of a host that is edited here with any program: each save of the copy goes to the host once it has settled.
+///
+/// Nothing on the host is replaced that somebody else has changed since the fetch or the last upload; the user is asked
+/// then. A failed upload is tried again with the next save, or when the user says so.
+///
+/// Threads: main context only.
+/// Lifetime: shared; its tasks hold it weakly. The engine outlives it. The copy stays on the disk, and is offered again
+/// at the next start, unless the session was ended by the user.
+class RemoteEditSession : public std::enable_shared_from_this<RemoteEditSession> {
+public:
+    struct Ports {
+        EngineRuntime &engine;
+        std::shared_ptr<Executor> mainContext;
+        std::shared_ptr<Clock> clock;
+        /// The host of a connection, once it is up.
+        std::function<Task<std::shared_ptr<Browser>>(std::string connection)> host;
+    };
+
+    /// `state` is of something else.
+    std::function<void()> onChanged;
+    /// The file at this path of the host was written.
+    std::function<void(std::shared_ptr<Browser> host, std::string path)> onUploaded;
+    std::function<void()> onFinished;
+
+    /// Whether the copy was fetched just now, or is left from a process that was killed before it was uploaded.
+    enum class Origin { fetched, left };
+
+    RemoteEditSession(Ports ports, EditedFile::Fetched file, Origin origin);
+    ~RemoteEditSession();
+
+    RemoteEditSession(RemoteEditSession const &) = delete;
+    RemoteEditSession &operator=(RemoteEditSession const &) = delete;
+
+    /// Watches the copy from now on.
+    void begin();
+
+    EditState const &state() const noexcept { return shown; }
+
+    /// The copy, for the editor.
+    std::string const &localPath() const noexcept { return copy.path; }
+
+    bool isOf(std::string const &connection, std::string const &path) const;
+
+    /// What was saved is not on the host, as far as is known now.
+    bool isUnsaved() const { return seen && seen != copy.record.uploaded; }
+
+    void uploadNow();
+
+    /// Ends the session, or asks if what was saved is not on the host.
+    void done();
+
+    // Answers to a conflict.
+    void overwrite();
+    void saveBeside();
+
+    // Answers to the question before leaving; another one is `uploadNow`.
+    void discard() { finish(); }
+
+    void stay();
+
+    /// The program ends. A copy that was not uploaded stays.
+    void leaveForNextStart();
+
+private:
+    using Weak = std::weak_ptr<RemoteEditSession>;
+    using Result = EditedFile::Result;
+
+    static Task<void> listen(Weak weak, EngineRuntime *engine, std::string folder);
+    static Task<void> look(Weak weak, EngineRuntime *engine, std::string path);
+    static Task<void> lookBeforeLeaving(Weak weak, EngineRuntime *engine, std::string path);
+    static Task<Result> put(EngineRuntime *engine, Task<std::shared_ptr<Browser>> reaching, EditStaging::Copy sent,
+                            std::shared_ptr<std::shared_ptr<Browser>> host);
+    static Task<void> upload(Weak weak, Ports with, EditStaging::Copy sent);
+
+    void tick();
+    void ticked(std::optional<EditStaging::Stamp> stamp);
+    void startUpload(EditStaging::Copy sent);
+    void ended(EditStaging::Copy sent, Outcome<Result> outcome);
+    void arrived(EditStaging::Copy sent, Result const &result);
+    void ask(EditState::Question question, Text status);
+    void askBeforeLeaving();
+    void say(Text status);
+    void showWay(EditCommand::Way way);
+    void failed(Text reason);
+    void finish();
+    void changed() const;
+
+    Ports const with;
+    EditStaging::Copy copy;
+    SaveWatch watch;
+    std::optional<EditStaging::Stamp> seen; ///< at the last look
+    EditState shown;
+    std::string versionThere; ///< of the file that a conflict is about
+    bool isLooking = false;
+    bool looksOnceMore = false;
+    bool isLeaving = false; ///< as soon as all is uploaded
+    std::stop_source events;
+    Alarm timer;
+};
+
+} // namespace tw

@@ -1,0 +1,134 @@
+#include "Tarnwick/Toolkit/Editing/EditStrip.h"
+
+#include "TWCore/Model/DisplayText.h"
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
+#include "Tarnwick/Toolkit/Editing/EditLine.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
+
+namespace tw {
+
+namespace {
+
+constexpr int margin = 8;
+constexpr QSize usualSize(430, 104);
+
+/// More lines scroll: they would take the room of the panes, or of the editor.
+constexpr int mostLines = 3;
+
+} // namespace
+
+EditStrip::Place EditStrip::usualPlace()
+{
+    return QGuiApplication::platformName() == QLatin1String("xcb") ? Place::ownWindow : Place::mainWindow;
+}
+
+EditStrip::EditStrip(std::shared_ptr<EditSessions> edits, Place where, QWidget *parent)
+    : QWidget(where == Place::ownWindow ? nullptr : parent),
+      sessions(std::move(edits)),
+      place(where),
+      area(new QScrollArea(this))
+{
+    if (place == Place::ownWindow) {
+        setWindowFlags(Qt::Tool | Qt::WindowStaysOnTopHint);
+        setAttribute(Qt::WA_ShowWithoutActivating);
+        resize(usualSize);
+    }
+    auto *const content = new QWidget(area);
+    column = new QVBoxLayout(content);
+    column->setContentsMargins(margin, margin / 2, margin, margin / 2);
+    area->setWidget(content);
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    auto *const all = new QVBoxLayout(this);
+    all->setContentsMargins(0, 0, 0, 0);
+    all->addWidget(area);
+    hide();
+    sessions->onChanged = [this] { sync(); };
+    sync();
+}
+
+EditStrip::~EditStrip()
+{
+    sessions->onChanged = nullptr;
+}
+
+void EditStrip::sync()
+{
+    auto old = std::exchange(lines, {});
+    auto const *const focused = window()->focusWidget();
+    auto const hadKeyboard = focused && isAncestorOf(focused);
+    for (auto const &session : sessions->all()) {
+        auto const known = std::ranges::find(old, session, &EditLine::session);
+        auto *const line = known == old.end() ? new EditLine(session, this) : *known;
+        if (known != old.end())
+            old.erase(known);
+        else
+            column->addWidget(line);
+        line->refresh();
+        line->show();
+        lines.push_back(line);
+    }
+    for (auto *const line : old) {
+        line->hide();
+        line->deleteLater(); // its button may be the one that was just pressed
+    }
+    if (!lines.empty())
+        setWindowTitle(Wording::shown(Text("Editing on %@", {lines.front()->session()->state().connection})));
+    fit();
+    setVisible(!lines.empty());
+    if (hadKeyboard && lines.empty() && onLeave)
+        onLeave();
+}
+
+/// As high as the lines, up to the most.
+void EditStrip::fit()
+{
+    auto height = 0;
+    for (std::size_t index = 0; index < lines.size() && index < mostLines; ++index)
+        height += lines[index]->sizeHint().height() + column->spacing();
+    height += margin;
+    if (place == Place::mainWindow)
+        setFixedHeight(height);
+    else
+        setFixedHeight(std::max(height, usualSize.height()));
+}
+
+bool EditStrip::takeKeyboard()
+{
+    if (lines.empty())
+        return false;
+    if (place == Place::ownWindow)
+        activateWindow();
+    lines.front()->buttons().front()->setFocus(Qt::OtherFocusReason);
+    return true;
+}
+
+/// The window goes with its sessions, and each of them may have something to ask.
+void EditStrip::closeEvent(QCloseEvent *event)
+{
+    if (lines.empty())
+        return QWidget::closeEvent(event);
+    event->ignore();
+    for (auto const &session : std::vector(sessions->all()))
+        session->done();
+}
+
+void EditStrip::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && onLeave)
+        return onLeave();
+    QWidget::keyPressEvent(event);
+}
+
+} // namespace tw
