@@ -33,6 +33,7 @@ PreviewFile PreviewFile::open(std::string const &path)
     if (file.kind != EntryKind::file)
         return file;
     file.size = status.st_size;
+    file.mtime = status.st_mtime;
     if (auto const error = WholeFile::readUpTo(opened.get(), beginningBytes, file.beginning); error != 0)
         throw ReadError::NotReadable(path, systemText(error));
     if (::lseek(opened.get(), 0, SEEK_SET) != 0)

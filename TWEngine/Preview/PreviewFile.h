@@ -16,6 +16,7 @@ struct PreviewFile {
     FileDescriptor descriptor{};         ///< at the beginning; none unless it is a regular file
     EntryKind kind = EntryKind::unknown; ///< of what the links lead to
     std::int64_t size = 0;               ///< bytes
+    std::int64_t mtime = 0;              ///< seconds since 1970-01-01 UTC
     std::string beginning = {};
 
     /// Opens nothing but a regular file: a pipe would wait, and a device may do something when it is opened. Blocks.

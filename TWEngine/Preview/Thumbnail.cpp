@@ -3,7 +3,7 @@
 #include "TWCore/Model/ReadError.h"
 #include "TWEngine/Preview/PreviewFile.h"
 
-#include <glib.h>
+#include <gio/gio.h>
 
 #include <memory>
 
@@ -18,6 +18,12 @@ constexpr std::string_view sizes[] = {"xx-large", "x-large", "large", "normal"};
 
 using GlibText = std::unique_ptr<char, decltype(&g_free)>;
 
+std::string taken(char *text)
+{
+    GlibText const owner(text, &g_free);
+    return text ? std::string(text) : std::string();
+}
+
 std::uint32_t bigEndian(std::string_view bytes)
 {
     std::uint32_t number = 0;
@@ -26,9 +32,16 @@ std::uint32_t bigEndian(std::string_view bytes)
     return number;
 }
 
+std::string uriOf(std::string const &path)
+{
+    return taken(g_filename_to_uri(path.c_str(), nullptr, nullptr));
+}
+
+/// Programs of Qt compress an address of usual length. Then the name of the file, which is made of it, has to do.
 bool isOf(std::string_view png, std::string_view uri, std::int64_t mtime)
 {
-    return textIn(png, "Thumb::URI") == uri && textIn(png, "Thumb::MTime") == std::to_string(mtime);
+    auto const said = textIn(png, "Thumb::URI");
+    return (!said || *said == uri) && textIn(png, "Thumb::MTime") == std::to_string(mtime);
 }
 
 } // namespace
@@ -55,20 +68,30 @@ std::optional<std::string_view> textIn(std::string_view png, std::string_view ke
 
 FileDescriptor find(std::string const &folder, std::string const &path, std::int64_t mtime)
 {
-    GlibText const uri(g_filename_to_uri(path.c_str(), nullptr, nullptr), &g_free);
-    if (!uri)
+    auto const uri = uriOf(path);
+    if (uri.empty())
         return FileDescriptor();
-    GlibText const name(g_compute_checksum_for_string(G_CHECKSUM_MD5, uri.get(), -1), &g_free);
+    auto const name = taken(g_compute_checksum_for_string(G_CHECKSUM_MD5, uri.c_str(), -1));
     for (auto const size : sizes) {
         try {
-            auto file = PreviewFile::open(folder + "/" + std::string(size) + "/" + name.get() + ".png");
-            if (file.descriptor && isOf(file.beginning, uri.get(), mtime))
+            auto file = PreviewFile::open(folder + "/" + std::string(size) + "/" + name + ".png");
+            if (file.descriptor && isOf(file.beginning, uri, mtime))
                 return std::move(file.descriptor);
         } catch (ReadError const &) {
             continue; // usually there is none
         }
     }
     return FileDescriptor();
+}
+
+Question questionAbout(std::string const &path, std::string_view beginning)
+{
+    gboolean isUncertain = FALSE;
+    auto const type = taken(g_content_type_guess(path.c_str(), reinterpret_cast<guchar const *>(beginning.data()),
+                                                 beginning.size(), &isUncertain));
+    if (type.empty() || g_content_type_is_unknown(type.c_str()) != FALSE)
+        return {.uri = uriOf(path), .mimeType = {}};
+    return {.uri = uriOf(path), .mimeType = taken(g_content_type_get_mime_type(type.c_str()))};
 }
 
 } // namespace tw::Thumbnail

@@ -15,6 +15,15 @@ namespace tw::Thumbnail {
 /// that was changed at `mtime` (seconds since 1970-01-01 UTC). `folder` is where all of them lie. Blocks.
 FileDescriptor find(std::string const &folder, std::string const &path, std::int64_t mtime);
 
+/// A file, as a program that makes thumbnails is asked for it.
+struct Question {
+    std::string uri;      ///< empty: there is none for this path
+    std::string mimeType; ///< empty: unknown
+};
+
+/// `beginning` is the first part of the file at the absolute `path`. Blocks.
+Question questionAbout(std::string const &path, std::string_view beginning);
+
 /// What a PNG says under `key`, in the texts before its pixels.
 std::optional<std::string_view> textIn(std::string_view png, std::string_view key);
 

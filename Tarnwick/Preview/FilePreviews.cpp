@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Provider/FileSystemReader.h"
+#include "TWEngine/Preview/EmbeddedPicture.h"
 #include "TWEngine/Preview/FolderMeasure.h"
 #include "TWEngine/Preview/PictureDecoder.h"
 #include "TWEngine/Preview/Thumbnail.h"
@@ -19,6 +20,9 @@ bool isFile(EntryKind kind)
     return kind == EntryKind::file || kind == EntryKind::symlink || kind == EntryKind::unknown;
 }
 
+/// A photograph of this machine that takes long enough to decode that something smaller is shown before.
+constexpr std::int64_t largePhotographBytes = 1024 * 1024;
+
 /// Names a version of a file.
 std::string keyOf(PreviewSubject const &subject)
 {
@@ -28,9 +32,9 @@ std::string keyOf(PreviewSubject const &subject)
 
 } // namespace
 
-void FilePreviews::Request::tell(Text facts, PreviewContent::Body body) const
+void FilePreviews::Request::tell(Text facts, PreviewContent::Body body, PreviewContent::Detail detail) const
 {
-    show({.name = subject.name, .facts = std::move(facts), .body = std::move(body)});
+    show({.name = subject.name, .facts = std::move(facts), .body = std::move(body), .detail = detail});
 }
 
 Task<void> FilePreviews::load(PreviewSubject subject, PictureBounds room, Show show)
@@ -89,34 +93,62 @@ Task<void> FilePreviews::showHere(Request request)
     }
     request.subject.size = file.size;
     auto kind = PreviewKind::of(file.beginning, request.subject.name);
-    if (kind.look == PreviewKind::Look::picture)
+    if (kind.look == PreviewKind::Look::picture) {
+        if (file.size >= largePhotographBytes)
+            co_await showStandIn(request, kind, EmbeddedPicture::in(file.beginning));
         co_await showPicture(std::move(request), std::move(kind), std::move(file.descriptor));
-    else if (kind.look == PreviewKind::Look::text)
+    } else if (kind.look == PreviewKind::Look::text) {
         co_await showText(std::move(request), std::move(file.beginning));
-    else
-        co_await showThumbnail(std::move(request), std::move(kind));
+    } else {
+        co_await showThumbnail(std::move(request), std::move(kind), std::move(file));
+    }
 }
 
-/// What the desktop has a picture of, such as a film, is not read: the picture is.
-Task<void> FilePreviews::showThumbnail(Request request, PreviewKind kind)
+/// What the desktop makes pictures of, such as a film, is not read: its picture is.
+Task<void> FilePreviews::showThumbnail(Request request, PreviewKind kind, PreviewFile file)
 {
     auto const facts = PreviewWords::facts(kind.title, request.subject);
-    auto const &folder = request.self->thumbnails;
-    if (!folder.empty()) {
-        auto const found = co_await request.self->engine.workers().run(
-            WorkPriority::interactive, [folder, path = request.subject.path, mtime = request.subject.mtime] {
-                return std::make_shared<FileDescriptor>(Thumbnail::find(folder, path, mtime));
-            });
-        if (*found) {
-            auto decoded =
-                co_await PictureDecoder::decode(request.self->engine, std::move(*found), "png", request.room);
-            if (decoded) {
-                request.tell(facts, std::make_shared<Picture const>(*std::move(decoded)));
-                co_return;
-            }
-        }
+    auto picture = co_await thumbnailOf(request, file.mtime);
+    if (!picture && request.self->thumbnails.maker) {
+        request.tell(facts, Text());
+        auto const isMade = co_await makeThumbnail(request, std::move(file.beginning));
+        if (isMade)
+            picture = co_await thumbnailOf(request, file.mtime);
     }
-    request.tell(facts, PreviewWords::nothingToSee());
+    if (picture)
+        request.tell(facts, std::move(picture));
+    else
+        request.tell(facts, PreviewWords::nothingToSee());
+}
+
+/// Null: there is none.
+Task<std::shared_ptr<Picture const>> FilePreviews::thumbnailOf(Request request, std::int64_t mtime)
+{
+    auto const folder = request.self->thumbnails.folder;
+    if (folder.empty())
+        co_return nullptr;
+    auto const found = co_await request.self->engine.workers().run(
+        WorkPriority::interactive, [folder, path = request.subject.path, mtime] {
+            return std::make_shared<FileDescriptor>(Thumbnail::find(folder, path, mtime));
+        });
+    if (!*found)
+        co_return nullptr;
+    auto decoded = co_await PictureDecoder::decode(request.self->engine, std::move(*found), "png", request.room);
+    if (!decoded)
+        co_return nullptr;
+    co_return std::make_shared<Picture const>(*std::move(decoded));
+}
+
+Task<bool> FilePreviews::makeThumbnail(Request request, std::string beginning)
+{
+    auto question = co_await request.self->engine.workers().run(
+        WorkPriority::interactive,
+        [path = request.subject.path, bytes = std::move(beginning)] { return Thumbnail::questionAbout(path, bytes); });
+    if (question.uri.empty() || question.mimeType.empty())
+        co_return false;
+    auto const isMade =
+        co_await request.self->thumbnails.maker->make(std::move(question.uri), std::move(question.mimeType));
+    co_return isMade;
 }
 
 Task<void> FilePreviews::showThere(Request request)
@@ -144,6 +176,18 @@ Task<void> FilePreviews::showThere(Request request)
     }
 }
 
+/// Shows what there is of a photograph until it is decoded; nothing of other pictures.
+Task<void> FilePreviews::showStandIn(Request request, PreviewKind kind, std::string jpeg)
+{
+    if (kind.format != "jpeg" || jpeg.empty())
+        co_return;
+    auto decoded =
+        co_await PictureDecoder::decode(request.self->engine, PreviewFile::inMemory(jpeg), kind.format, request.room);
+    if (decoded)
+        request.tell(PreviewWords::facts(kind.title, request.subject),
+                     std::make_shared<Picture const>(*std::move(decoded)), PreviewContent::Detail::little);
+}
+
 /// What a listing says is the size of a link, or of a file that has grown since.
 Task<bool> FilePreviews::isTooBig(std::shared_ptr<FileSystemReader> reader, std::string path)
 {
@@ -151,18 +195,14 @@ Task<bool> FilePreviews::isTooBig(std::shared_ptr<FileSystemReader> reader, std:
     co_return !beyond.empty();
 }
 
-/// A JPEG shows its upper part, or all of it in less detail, when only its beginning is there.
+/// A JPEG shows the picture of itself that is in it. Without one it shows its upper part, or all of it in less detail.
 Task<void> FilePreviews::showFetched(Request request, PreviewKind kind, std::shared_ptr<FileSystemReader> reader,
                                      std::string beginning)
 {
     auto const facts = PreviewWords::facts(kind.title, request.subject);
     request.tell(facts, PreviewWords::fetching(request.subject));
-    if (kind.format == "jpeg") {
-        auto partly = co_await PictureDecoder::decode(request.self->engine, PreviewFile::inMemory(beginning),
-                                                      kind.format, request.room);
-        if (partly)
-            request.tell(facts, std::make_shared<Picture const>(*std::move(partly)));
-    }
+    auto embedded = EmbeddedPicture::in(beginning);
+    co_await showStandIn(request, kind, embedded.empty() ? std::move(beginning) : std::move(embedded));
     auto const tooBig = co_await isTooBig(reader, request.subject.path);
     if (tooBig) {
         request.tell(facts, PreviewWords::tooBig());

@@ -4,6 +4,7 @@
 #include "Tarnwick/Preview/FetchedFiles.h"
 #include "Tarnwick/Preview/PreviewKind.h"
 #include "Tarnwick/Preview/PreviewLoader.h"
+#include "Tarnwick/Preview/Thumbnailer.h"
 
 #include <memory>
 
@@ -23,9 +24,20 @@ public:
     /// A larger file of a host is not fetched.
     static constexpr std::int64_t mostFetchedBytes = 64 * 1024 * 1024;
 
-    /// `makeFolder` says where fetched files lie, `thumbnails` where the desktop keeps small pictures of files.
-    FilePreviews(EngineRuntime &runtime, FetchedFiles::MakeFolder makeFolder, std::string thumbnailFolder = {})
-        : engine(runtime), thumbnails(std::move(thumbnailFolder)), fetched(runtime, std::move(makeFolder))
+    /// The small pictures of files of this machine that the desktop has.
+    struct Thumbnails {
+        std::string folder = {};                 ///< empty: there are none
+        std::shared_ptr<Thumbnailer> maker = {}; ///< null: no more are made
+    };
+
+    FilePreviews(EngineRuntime &runtime, FetchedFiles::MakeFolder makeFolder)
+        : FilePreviews(runtime, std::move(makeFolder), Thumbnails())
+    {
+    }
+
+    /// `makeFolder` says where fetched files lie.
+    FilePreviews(EngineRuntime &runtime, FetchedFiles::MakeFolder makeFolder, Thumbnails ofDesktop)
+        : engine(runtime), thumbnails(std::move(ofDesktop)), fetched(runtime, std::move(makeFolder))
     {
     }
 
@@ -38,7 +50,8 @@ private:
         PictureBounds room;
         Show show;
 
-        void tell(Text facts, PreviewContent::Body body) const;
+        void tell(Text facts, PreviewContent::Body body,
+                  PreviewContent::Detail detail = PreviewContent::Detail::all) const;
     };
 
     static Task<void> perform(Request request);
@@ -47,14 +60,17 @@ private:
     static Task<void> showThere(Request request);
     static Task<void> showFetched(Request request, PreviewKind kind, std::shared_ptr<FileSystemReader> reader,
                                   std::string beginning);
+    static Task<void> showStandIn(Request request, PreviewKind kind, std::string jpeg);
     static Task<bool> isTooBig(std::shared_ptr<FileSystemReader> reader, std::string path);
     static Task<void> showText(Request request, std::string beginning);
-    static Task<void> showThumbnail(Request request, PreviewKind kind);
+    static Task<void> showThumbnail(Request request, PreviewKind kind, PreviewFile file);
+    static Task<std::shared_ptr<Picture const>> thumbnailOf(Request request, std::int64_t mtime);
+    static Task<bool> makeThumbnail(Request request, std::string beginning);
     static Task<void> showPicture(Request request, PreviewKind kind, FileDescriptor file);
     static Task<PreviewFile> openHere(EngineRuntime *engine, std::string path);
 
     EngineRuntime &engine;
-    std::string const thumbnails; ///< empty: there are none
+    Thumbnails const thumbnails;
     FetchedFiles fetched;
 };
 

@@ -18,9 +18,13 @@ struct PreviewContent {
 
     using Body = std::variant<Text, Writing, std::shared_ptr<Picture const>>;
 
+    /// Of a picture: a small one stands in for the whole until that is decoded.
+    enum class Detail { all, little };
+
     std::string name; ///< exact bytes
     Text facts = {};  ///< what it is, how large, how old: one line
     Body body = {};   ///< words where there is nothing to see
+    Detail detail = Detail::all;
 };
 
 } // namespace tw

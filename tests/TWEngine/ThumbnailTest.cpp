@@ -16,9 +16,9 @@ std::string pngChunk(std::string const &kind, std::string const &content)
     return "\0\0\0"s + size + kind + content + "\0\0\0\0"s; // nobody looks at the check sum
 }
 
-std::string thumbnailOf(std::string const &uri, std::string const &mtime)
+std::string thumbnailOf(std::string const &uri, std::string const &mtime, std::string const &kindOfUri = "tEXt")
 {
-    return "\x89PNG\r\n\x1a\n"s + pngChunk("IHDR", std::string(13, '\1')) + pngChunk("tEXt", "Thumb::URI\0"s + uri) +
+    return "\x89PNG\r\n\x1a\n"s + pngChunk("IHDR", std::string(13, '\1')) + pngChunk(kindOfUri, "Thumb::URI\0"s + uri) +
            pngChunk("tEXt", "Thumb::MTime\0"s + mtime) + pngChunk("IDAT", "pixels");
 }
 
@@ -51,6 +51,21 @@ TEST_F(ThumbnailTest, ofAnotherFileWithTheSameSumIsNone)
 {
     cache.file("large/c6ee772d9e49320e97ec29a7eb5b1697.png", thumbnailOf("file:///home/jens/other.png", "1234"));
     EXPECT_FALSE(isFound("/home/jens/photos/me.png", 1234));
+}
+
+TEST_F(ThumbnailTest, anAddressThatIsCompressedIsNotLookedAt)
+{
+    cache.file("normal/c6ee772d9e49320e97ec29a7eb5b1697.png", thumbnailOf("\0zzzz"s, "1234", "zTXt"));
+    EXPECT_TRUE(isFound("/home/jens/photos/me.png", 1234));
+    EXPECT_FALSE(isFound("/home/jens/photos/me.png", 1235));
+}
+
+TEST_F(ThumbnailTest, aProgramThatMakesThemIsAskedByAddressAndKind)
+{
+    auto const asked = Thumbnail::questionAbout("/tmp/a film.png", "\x89PNG\r\n\x1a\n");
+    EXPECT_EQ(asked.uri, "file:///tmp/a%20film.png");
+    EXPECT_EQ(asked.mimeType, "image/png");
+    EXPECT_EQ(Thumbnail::questionAbout("/tmp/x", std::string_view("\0\1\2\3\4", 5)).mimeType, "");
 }
 
 TEST_F(ThumbnailTest, aTextIsLookedForBeforeThePixelsOnlyAndWithinTheFile)

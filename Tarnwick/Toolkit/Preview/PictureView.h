@@ -5,12 +5,17 @@
 
 namespace tw {
 
-/// One picture in the middle of its room, at its own size or smaller.
+/// One picture in the middle of its room, at its own size or smaller. What stands in for a larger one is enlarged.
 class PictureView final : public QWidget {
 public:
     explicit PictureView(QWidget *parent = nullptr);
 
-    void setPicture(QImage picture);
+    /// Around a picture that fills the room.
+    static constexpr int margin = 8;
+
+    enum class Growth { none, toRoom };
+
+    void setPicture(QImage picture, Growth growth = Growth::none);
 
     QImage const &picture() const noexcept { return image; }
 
@@ -19,6 +24,7 @@ protected:
 
 private:
     QImage image;
+    Growth growth = Growth::none;
 };
 
 } // namespace tw

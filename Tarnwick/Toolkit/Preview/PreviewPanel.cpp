@@ -17,7 +17,7 @@ namespace tw {
 
 namespace {
 
-constexpr int margin = 8;
+constexpr int margin = PictureView::margin;
 
 /// The pixels stay those of the decoder, which the image holds on to.
 QImage imageOf(std::shared_ptr<Picture const> const &picture)
@@ -133,10 +133,10 @@ void PreviewPanel::showPreview(PreviewContent const &content)
 {
     name->setText(QString::fromStdString(onOneLine(content.name)));
     facts->setText(Wording::shown(content.facts));
-    std::visit([this](auto const &shown) { showBody(shown); }, content.body);
+    std::visit([&](auto const &shown) { showBody(shown, content.detail); }, content.body);
 }
 
-void PreviewPanel::showBody(Text const &shown)
+void PreviewPanel::showBody(Text const &shown, Detail /*detail*/)
 {
     label->setText(Wording::shownInLines(shown));
     body->setCurrentWidget(label);
@@ -144,16 +144,17 @@ void PreviewPanel::showBody(Text const &shown)
     image->setPicture({});
 }
 
-void PreviewPanel::showBody(PreviewContent::Writing const &shown)
+void PreviewPanel::showBody(PreviewContent::Writing const &shown, Detail /*detail*/)
 {
     text->setPlainText(QString::fromStdString(shown.text));
     body->setCurrentWidget(text);
     image->setPicture({});
 }
 
-void PreviewPanel::showBody(std::shared_ptr<Picture const> const &shown)
+void PreviewPanel::showBody(std::shared_ptr<Picture const> const &shown, Detail detail)
 {
-    image->setPicture(imageOf(shown));
+    image->setPicture(imageOf(shown),
+                      detail == Detail::little ? PictureView::Growth::toRoom : PictureView::Growth::none);
     body->setCurrentWidget(image);
     text->clear();
 }

@@ -51,9 +51,11 @@ private:
     void layOut();
     void lieOver(QWidget *side);
     void applyFonts();
-    void showBody(Text const &shown);
-    void showBody(PreviewContent::Writing const &shown);
-    void showBody(std::shared_ptr<Picture const> const &shown);
+    using Detail = PreviewContent::Detail;
+
+    void showBody(Text const &shown, Detail detail);
+    void showBody(PreviewContent::Writing const &shown, Detail detail);
+    void showBody(std::shared_ptr<Picture const> const &shown, Detail detail);
 
     std::shared_ptr<PreviewController> const previews;
     SideOf const sides;

@@ -13,6 +13,7 @@
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
 #include "Tarnwick/Toolkit/Clipboard/QtClipboard.h"
+#include "Tarnwick/Toolkit/Preview/DesktopThumbnailer.h"
 #include "Tarnwick/Toolkit/Program/FileManagerService.h"
 #include "Tarnwick/Toolkit/Program/JobWatch.h"
 #include "Tarnwick/Toolkit/Program/SessionWatch.h"
@@ -133,7 +134,9 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                         .edits = edits,
                         .activationToken = [this] { return startupToken.next(); }}});
     controller->usePreviews(std::make_shared<FilePreviews>(
-        with.engine, [] { return Scratch::directory("preview"); }, UserPaths::ofThisUser().thumbnails));
+        with.engine, [] { return Scratch::directory("preview"); },
+        FilePreviews::Thumbnails{.folder = UserPaths::ofThisUser().thumbnails,
+                                 .maker = std::make_shared<DesktopThumbnailer>(&ColorScheme::sessionBus)}));
     controller->useViewers(
         [&engine = with.engine](auto place, auto path) {
             return ViewedFile::at(engine, std::move(place), std::move(path));
