@@ -62,7 +62,7 @@ Times timesOf(FarHost &far, std::string const &archive)
     double slowestFolder = 0;
     for (int run = 0; run < runs; ++run) {
         auto const inside = std::make_shared<ArchiveProvider>(
-            far.engine, ArchiveProvider::Archive{archive, TransferEndpoint::remote(host, "/"), "far"}, "ssh");
+            far.engine, ArchiveProvider::Archive{TransferEndpoint::remote(host, archive), "far"}, "ssh");
         Browser::Collaborators const with{
             .strand = far.engine.makeStrand(), .clock = far.engine.clock(), .store = nullptr};
         auto const browser = std::make_shared<Browser>(inside, with, Browser::Config());

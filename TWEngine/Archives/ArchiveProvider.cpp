@@ -64,9 +64,9 @@ struct Loaded {
     bool beginWithDot = false;
 };
 
-Task<std::shared_ptr<Loaded>> load(EngineRuntime *engine, ArchiveProvider::Archive archive)
+Task<std::shared_ptr<Loaded>> load(EngineRuntime *engine, TransferEndpoint file)
 {
-    auto read = co_await ArchiveReading::read(*engine, archive.path, archive.place);
+    auto read = co_await ArchiveReading::read(*engine, file);
     auto const members = std::make_shared<ArchiveMembers>(std::move(read));
     auto loaded = co_await engine->workers().run(WorkPriority::interactive, [members, clock = engine->clock()] {
         return std::make_shared<Loaded>(
@@ -110,7 +110,7 @@ ArchiveProvider::ArchiveProvider(EngineRuntime &runtime, Archive which, std::str
 
 std::string ArchiveProvider::displayName() const
 {
-    return lastComponent(archive.path);
+    return lastComponent(archive.file.path());
 }
 
 Task<void> ArchiveProvider::connect()
@@ -122,13 +122,30 @@ Task<void> ArchiveProvider::connectHere(Self self)
 {
     while (!self->isLoaded) {
         auto const before = self->forgettings;
-        auto const loaded = co_await load(&self->engine, self->archive);
+        auto const file = co_await fileHere(self);
+        auto const loaded = co_await load(&self->engine, file);
         if (self->forgettings != before)
             continue; // the archive may have been changed since
         self->tree = std::move(loaded->tree);
         self->beginWithDot = loaded->beginWithDot;
         self->isLoaded = true;
     }
+}
+
+Task<TransferEndpoint> ArchiveProvider::file()
+{
+    return onStrand(strand, fileHere(shared_from_this()));
+}
+
+Task<TransferEndpoint> ArchiveProvider::fileHere(Self self)
+{
+    if (!self->archive.bring)
+        co_return self->archive.file;
+    if (self->copy.empty()) {
+        auto brought = co_await self->archive.bring();
+        self->copy = std::move(brought);
+    }
+    co_return TransferEndpoint::local(self->copy);
 }
 
 Task<void> ArchiveProvider::disconnect()
@@ -139,6 +156,7 @@ Task<void> ArchiveProvider::disconnect()
 Task<void> ArchiveProvider::disconnectHere(Self self)
 {
     ++self->forgettings;
+    self->copy.clear();
     self->tree = {};
     self->isLoaded = false;
     co_return;
@@ -184,6 +202,13 @@ std::string ArchiveProvider::memberName(std::string const &path) const
     return (beginWithDot ? "./" : "") + normalised(path).substr(1);
 }
 
+Task<void> ArchiveProvider::read(Self self, std::string path, OneShotCommand::Taker taker)
+{
+    co_await connectHere(self); // before the name of the member is known
+    auto const file = co_await fileHere(self);
+    co_await MemberReading::read(self->engine, self->sshProgram, {file, self->memberName(path)}, std::move(taker));
+}
+
 Task<std::string> ArchiveProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)
 {
     return onStrand(strand, readChunkHere(shared_from_this(), std::move(path), offset, length));
@@ -193,12 +218,9 @@ Task<std::string> ArchiveProvider::readChunkHere(Self self, std::string path, st
 {
     if (length == 0)
         co_return std::string();
-    co_await connectHere(self);
     auto const chunk = std::make_shared<Chunk>(Chunk{.skip = static_cast<std::size_t>(offset), .wanted = length});
     try {
-        co_await MemberReading::read(self->engine, self->sshProgram,
-                                     {self->archive.path, self->archive.place, self->memberName(path)},
-                                     [chunk](std::string piece) { return takeChunk(chunk, std::move(piece)); });
+        co_await read(self, path, [chunk](std::string piece) { return takeChunk(chunk, std::move(piece)); });
     } catch (Enough const &) {
         // The tool has been ended.
     }
@@ -212,13 +234,10 @@ Task<void> ArchiveProvider::download(std::string path, std::string localPath)
 
 Task<void> ArchiveProvider::downloadHere(Self self, std::string path, std::string localPath)
 {
-    co_await connectHere(self);
     auto const file = co_await TransferFile::open(self->engine, localPath, TransferFile::Purpose::toWrite);
     if (!file)
         throw ReadError::NotReadable(localPath, "cannot create local file");
-    co_await MemberReading::read(self->engine, self->sshProgram,
-                                 {self->archive.path, self->archive.place, self->memberName(path)},
-                                 TransferFile::writer(self->engine, file, localPath));
+    co_await read(self, path, TransferFile::writer(self->engine, file, localPath));
     co_await TransferFile::finish(self->engine, file, localPath);
 }
 

@@ -3,8 +3,10 @@
 #include "TWCore/Archives/ArchiveTree.h"
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWEngine/Runtime/Strand.h"
+#include "TWEngine/SSH/OneShotCommand.h"
 #include "TWEngine/Transfer/TransferEndpoint.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -24,15 +26,17 @@ class EngineRuntime;
 class ArchiveProvider final : public FileSystemReader, public std::enable_shared_from_this<ArchiveProvider> {
 public:
     struct Archive {
-        std::string path;       ///< on the machine that holds it
-        TransferEndpoint place; ///< that machine
-        std::string hostLabel;  ///< tells archives of like paths on several machines apart
+        TransferEndpoint file; ///< itself, on the machine that holds it
+        std::string hostLabel; ///< tells archives of like paths on several machines apart
+        /// Brings a copy of an archive that lies in another one to this machine, and answers its path. Empty: no tool
+        /// needs a copy.
+        std::function<Task<std::string>()> bring = {};
     };
 
     /// Starts nothing. `sshProgram` reads members of archives on hosts.
     ArchiveProvider(EngineRuntime &engine, Archive archive, std::string sshProgram);
 
-    std::string identifier() const override { return "archive:" + archive.hostLabel + ":" + archive.path; }
+    std::string identifier() const override { return "archive:" + archive.hostLabel + ":" + archive.file.path(); }
 
     std::string displayName() const override;
 
@@ -57,19 +61,21 @@ public:
     /// Always fails, without an effect.
     Task<void> upload(std::string localPath, std::string path) override;
 
-    /// Constant: where the archive lies.
-    Archive const &source() const noexcept { return archive; }
+    /// The archive file, as an endpoint, or the copy that is read in its place.
+    Task<TransferEndpoint> file();
 
 private:
     using Self = std::shared_ptr<ArchiveProvider>;
 
     static Task<void> connectHere(Self self);
+    static Task<TransferEndpoint> fileHere(Self self);
     static Task<void> disconnectHere(Self self);
     static Task<Listings> fetchHere(Self self, std::string path, int depth);
     static Task<std::string> readChunkHere(Self self, std::string path, std::int64_t offset, std::size_t length);
     static Task<std::int64_t> fileSizeHere(Self self, std::string path);
     static Task<void> downloadHere(Self self, std::string path, std::string localPath);
     std::string memberName(std::string const &path) const;
+    static Task<void> read(Self self, std::string path, OneShotCommand::Taker taker);
 
     // Constant after construction.
     EngineRuntime &engine;
@@ -78,6 +84,7 @@ private:
     std::string const sshProgram;
 
     // On the strand.
+    std::string copy; ///< the path of what was brought; empty: nothing was
     ArchiveTree tree;
     bool beginWithDot = false; ///< see ArchiveMembers
     bool isLoaded = false;

@@ -4,9 +4,12 @@
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/EndableCommand.h"
 #include "TWEngine/Archives/LocalArchiveTools.h"
+#include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/SSH/OneShotCommand.h"
+#include "TWEngine/Transfer/HostWork.h"
 #include "TWEngine/Transfer/TransferCommands.h"
 
 namespace tw::ArchiveReading {
@@ -16,6 +19,8 @@ namespace {
 using ArchiveListCommand::Form;
 
 constexpr auto operation = "list archive";
+
+constexpr std::size_t tokenDigits = 16;
 
 /// Of a tool's words. bsdtar repeats its question for a passphrase thousands of times.
 constexpr std::size_t keptWords = 1024;
@@ -83,8 +88,10 @@ Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::sha
     auto const capability = co_await host->archiveCapability();
     auto const dialect = co_await host->dialect();
     auto const command = ArchiveListCommand::there(dialect, capability, host->host(), path);
-    auto result =
-        co_await host->runCommand({.text = command.text, .session = CommandSession::work, .limit = limitOnHosts});
+    auto const token = randomDigits(tokenDigits);
+    auto text =
+        dialect == ShellDialect::posix ? EndableCommand::text(token, command.program, command.text) : command.text;
+    auto result = co_await HostWork::run(*engine, host, token, std::move(text), CommandEffect::none, limitOnHosts);
     auto const output = std::make_shared<Captured>(std::move(result.output));
     auto members = co_await parsed(engine, command.form, output);
     // What the tool has said about a failure is among its output, and no member.
@@ -95,11 +102,11 @@ Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::sha
 
 } // namespace
 
-Task<ArchiveMembers> read(EngineRuntime &engine, std::string path, TransferEndpoint place)
+Task<ArchiveMembers> read(EngineRuntime &engine, TransferEndpoint file)
 {
-    if (place.host())
-        return readThere(&engine, std::move(path), place.host());
-    return readHere(&engine, std::move(path));
+    if (file.host())
+        return readThere(&engine, file.path(), file.host());
+    return readHere(&engine, file.path());
 }
 
 } // namespace tw::ArchiveReading

@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <string>
 
 namespace tw {
 
@@ -21,14 +20,14 @@ inline constexpr std::size_t mostBytes = std::size_t{1} << 30U;
 /// How long a host may take; it may have to unpack all of the archive for it.
 inline constexpr std::chrono::seconds limitOnHosts{300};
 
-/// The members of the archive at `path`, which lies on the machine of `place`.
+/// The members of the archive at `file`.
 ///
 /// An archive of a host that is damaged is listed up to the damage.
 ///
 /// Lifetime: the engine outlives the task.
-/// Cancellation: the tool ends. On a host a command that was sent goes on, and nobody waits for it.
+/// Cancellation: the tool ends, also on a POSIX host.
 /// Errors: FileOperationError; SpawnError if a program of this machine cannot be started; what the host throws.
-Task<ArchiveMembers> read(EngineRuntime &engine, std::string path, TransferEndpoint place);
+Task<ArchiveMembers> read(EngineRuntime &engine, TransferEndpoint file);
 
 } // namespace ArchiveReading
 

@@ -38,18 +38,18 @@ Task<void> runChild(EngineRuntime *engine, ChildCommand child, std::string name,
 Task<void> readHere(EngineRuntime *engine, Member member, OneShotCommand::Taker taker)
 {
     auto const tools = co_await LocalArchiveTools::ofThisMachine(*engine);
-    auto child = childHere(ArchiveMemberCommand::here(tools, member.archive, member.name));
+    auto child = childHere(ArchiveMemberCommand::here(tools, member.archive.path(), member.name));
     co_await runChild(engine, std::move(child), member.name, std::move(taker));
 }
 
 Task<void> readThere(EngineRuntime *engine, std::string sshProgram, Member member, OneShotCommand::Taker taker)
 {
-    auto const host = member.place.host();
+    auto const host = member.archive.host();
     auto const dialect = co_await host->dialect();
     if (dialect != ShellDialect::posix)
         throw FileOperationError::Unsupported("reading a file of an archive on " + host->host());
     auto const capability = co_await host->archiveCapability();
-    auto const command = ArchiveMemberCommand::there(capability, host->host(), member.archive, member.name);
+    auto const command = ArchiveMemberCommand::there(capability, host->host(), member.archive.path(), member.name);
     auto options = co_await host->transportOptions();
     auto const slot = co_await HostSlots::shared()->take(host->host());
     auto child = TransferCommands::overSSH({.ssh = std::move(sshProgram)}, std::move(options), host->host(), command);
@@ -61,7 +61,7 @@ Task<void> readThere(EngineRuntime *engine, std::string sshProgram, Member membe
 
 Task<void> read(EngineRuntime &engine, std::string sshProgram, Member member, OneShotCommand::Taker taker)
 {
-    if (member.place.host())
+    if (member.archive.host())
         return readThere(&engine, std::move(sshProgram), std::move(member), std::move(taker));
     return readHere(&engine, std::move(member), std::move(taker));
 }

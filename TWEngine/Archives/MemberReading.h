@@ -14,9 +14,8 @@ class EngineRuntime;
 namespace MemberReading {
 
 struct Member {
-    std::string archive; ///< on the machine of `place`
-    TransferEndpoint place;
-    std::string name; ///< as the archive writes it
+    TransferEndpoint archive; ///< the file
+    std::string name;         ///< as the archive writes it
 };
 
 /// Passes the content to `taker`, piece by piece. An exception of `taker` ends the reading and reaches the caller.

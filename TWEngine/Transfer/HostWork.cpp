@@ -10,33 +10,28 @@ namespace tw::HostWork {
 
 namespace {
 
-/// Work within a host may take long, and nobody sees it grow.
-constexpr std::chrono::seconds limit{3600};
-
 /// A host that does not answer must not hold a cancel; its work then goes on.
 constexpr std::chrono::seconds patienceWithEnd{5};
 
 using Answer = std::shared_ptr<Completion<CommandResult>>;
 
-Task<void> ask(std::shared_ptr<CommandHost> host, std::string text, Answer answer)
+Task<void> ask(std::shared_ptr<CommandHost> host, HostCommand command, Answer answer)
 {
     try {
-        auto result = co_await host->runCommand({.text = std::move(text),
-                                                 .session = CommandSession::work,
-                                                 .effect = CommandEffect::changes,
-                                                 .limit = limit});
+        auto result = co_await host->runCommand(std::move(command));
         answer->succeed(std::move(result));
     } catch (...) {
         answer->fail(std::current_exception());
     }
 }
 
-Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token, std::string text)
+Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token,
+                          HostCommand command)
 {
     auto const dialect = co_await host->dialect();
     auto const answer = std::make_shared<Completion<CommandResult>>();
     auto const context = co_await currentContext();
-    spawn({context.executor, {}}, ask(host, std::move(text), answer));
+    spawn({context.executor, {}}, ask(host, std::move(command), answer));
     auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
     if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix) {
         auto ending = host->runCommand({.text = EndableCommand::end(token)});
@@ -47,9 +42,11 @@ Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> ho
 
 } // namespace
 
-Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text)
+Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
+                        CommandEffect effect, std::chrono::seconds limit)
 {
-    return runOn(&engine, std::move(host), std::move(token), std::move(text));
+    return runOn(&engine, std::move(host), std::move(token),
+                 {.text = std::move(text), .session = CommandSession::work, .effect = effect, .limit = limit});
 }
 
 } // namespace tw::HostWork

@@ -1,5 +1,7 @@
 #include "Tarnwick/Connections/OpenArchive.h"
 
+#include "TWEngine/Archives/ArchiveProvider.h"
+
 namespace tw {
 
 namespace {
@@ -25,6 +27,15 @@ OpenArchive::~OpenArchive()
 std::string OpenArchive::title() const
 {
     return (around ? around->title() : archive.connection) + ":" + archive.name();
+}
+
+Task<TransferEndpoint> OpenArchive::endpoint(std::shared_ptr<OpenArchive const> self)
+{
+    if (auto const members = std::dynamic_pointer_cast<ArchiveProvider>(self->browser->providerRef())) {
+        auto file = co_await members->file();
+        co_return file;
+    }
+    co_return TransferEndpoint::local(self->archive.path);
 }
 
 Task<void> OpenArchive::forget(std::shared_ptr<OpenArchive const> self)

@@ -2,7 +2,10 @@
 
 #include "TWCore/Async/Executor.h"
 #include "TWEngine/Browsing/Browser.h"
+#include "TWEngine/Transfer/TransferEndpoint.h"
+#include "Tarnwick/Connections/ConnectionItem.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -47,11 +50,17 @@ public:
     /// The file that lies in a folder and in no archive.
     ArchiveFile const &outermost() const noexcept { return around ? around->outermost() : archive; }
 
+    /// Whether tools of this machine can change the archive.
+    bool isChangeable() const { return !around && archive.connection == localConnection; }
+
     /// What a pane in it has for a connection. No two archives have the same.
     std::string connection() const { return archive.connection + ":" + archive.path; }
 
     /// The same for display, where a name says enough.
     std::string title() const;
+
+    /// The archive file as a tool gets it: of one inside another, its copy on this machine.
+    static Task<TransferEndpoint> endpoint(std::shared_ptr<OpenArchive const> self);
 
     /// The next question lists the archive anew.
     static Task<void> forget(std::shared_ptr<OpenArchive const> self);

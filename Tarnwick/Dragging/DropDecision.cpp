@@ -50,9 +50,9 @@ bool isThereAlready(DragOffer const &offer, DropPlace const &place)
            std::ranges::all_of(offer.paths, [&](std::string const &path) { return folderOf(path) == place.folder; });
 }
 
-DropDecision::Action actionFor(DragOffer const &offer, DragKeys held)
+DropDecision::Action actionFor(DragOffer const &offer, DropPlace const &place, DragKeys held)
 {
-    if (!offer.canMove || held.control)
+    if (!offer.canMove || place.isArchive || held.control)
         return DropDecision::Action::copy;
     if (held.alt)
         return DropDecision::Action::ask;
@@ -83,7 +83,7 @@ DropDecision DropDecision::of(DragOffer const &offer, DropPlace const &place, Dr
         return refused("a folder cannot go into itself");
     if (isThereAlready(offer, place))
         return refused("already here");
-    auto const action = actionFor(offer, held);
+    auto const action = actionFor(offer, place, held);
     auto target = place.connection == localConnection ? place.folder : place.connection + ":" + place.folder;
     return {.action = action, .words = {wordsFor(action), {countPhrase(offer.count()), std::move(target)}}};
 }

@@ -12,6 +12,7 @@ struct DropPlace {
     std::string connection; ///< "local", or a host
     std::string folder;
     bool isWritable = true;
+    bool isArchive = false; ///< which takes copies only
 };
 
 /// What a drop would do. It is shown while the drag is over the target, so that nobody has to try.

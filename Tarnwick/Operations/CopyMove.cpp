@@ -2,6 +2,8 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Operations/ArchiveChanges.h"
+#include "Tarnwick/Operations/ExtractOut.h"
 #include "Tarnwick/Operations/TargetFolder.h"
 #include "Tarnwick/Operations/TransferSteps.h"
 #include "Tarnwick/Operations/TransferWords.h"
@@ -53,10 +55,32 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
         co_await TransferSteps::carryOut(context, job, {.atSource = context.nameSurviving()});
 }
 
+/// Between an archive and a folder.
+Task<void> transferWithArchive(OperationContext context, TransferKind kind)
+{
+    if (kind == TransferKind::move) {
+        context.warn(context.operands.archive ? "files cannot be moved out of an archive"
+                                              : "files cannot be moved into an archive");
+        co_return;
+    }
+    if (context.operands.archive) {
+        co_await extractOut(context, context.operands, context.target);
+        co_return;
+    }
+    FileDrag files{
+        .connection = context.operands.connection, .directory = context.operands.path, .names = context.operands.names};
+    context.operands = context.target;
+    co_await addToArchive(std::move(context), std::move(files));
+}
+
 Task<void> transferOperands(OperationContext context, TransferKind kind)
 {
     if (context.operands.names.empty()) {
         context.refuse();
+        co_return;
+    }
+    if (context.operands.archive || context.target.archive) {
+        co_await transferWithArchive(context, kind);
         co_return;
     }
     auto question = TransferWords::question(kind, context.operands, context.target);

@@ -6,6 +6,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/WindowsPath.h"
+#include "Tarnwick/Operations/ArchiveChanges.h"
 #include "Tarnwick/Operations/CountPhrase.h"
 #include "Tarnwick/Operations/RequestSize.h"
 #include "Tarnwick/Panes/PaneStatus.h"
@@ -229,6 +230,10 @@ Task<void> deleteOperands(OperationContext context)
     auto const what = context.operands;
     if (what.names.empty()) {
         context.refuse();
+        co_return;
+    }
+    if (what.archive) {
+        co_await deleteFromArchive(context);
         co_return;
     }
     auto const writer = what.browser->writer();

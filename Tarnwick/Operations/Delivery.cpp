@@ -1,8 +1,11 @@
 #include "Tarnwick/Operations/Delivery.h"
 
 #include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/FileOperationError.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
 #include "Tarnwick/Connections/Connections.h"
+#include "Tarnwick/Operations/ArchiveChanges.h"
+#include "Tarnwick/Operations/ExtractOut.h"
 #include "Tarnwick/Operations/TransferSteps.h"
 
 #include <unordered_map>
@@ -11,18 +14,29 @@ namespace tw {
 
 namespace {
 
-/// That of a pane which has the connection open, or a new one.
-Task<std::shared_ptr<Browser>> browserOf(OperationContext context, std::string connection)
+Task<Operands> findSource(OperationContext context, FileDrag files)
 {
+    Operands source{.browser = nullptr,
+                    .connection = files.connection,
+                    .path = std::move(files.directory),
+                    .names = std::move(files.names)};
     for (auto const &weak : context.panes) {
         auto const pane = weak.lock();
-        if (pane && pane->connectionName() == connection)
-            co_return pane->operands().browser;
+        if (pane && pane->connectionName() == source.connection) {
+            source.browser = pane->browserOnShow();
+            source.archive = pane->archiveOnShow();
+            co_return source;
+        }
     }
-    if (connection == localConnection)
-        co_return context.connections->local();
-    auto browser = co_await context.connections->ssh(std::move(connection));
-    co_return browser;
+    if (source.connection.contains('/')) // no host has such a name
+        throw FileOperationError::Unsupported("copying out of an archive that no pane is in any more");
+    if (source.connection == localConnection) {
+        source.browser = context.connections->local();
+    } else {
+        auto browser = co_await context.connections->ssh(source.connection);
+        source.browser = std::move(browser);
+    }
+    co_return source;
 }
 
 /// Every name that is taken is written under another one.
@@ -54,6 +68,10 @@ Task<void> run(OperationContext context, TransferJob job, std::function<void()> 
 
 Task<void> deliverFrom(OperationContext context, Delivery what)
 {
+    if (context.operands.archive) {
+        co_await addToArchive(std::move(context), std::move(what.drag));
+        co_return;
+    }
     TransferJob job{.kind = what.drag.isMove ? TransferKind::move : TransferKind::copy};
     job.target = context.operands;
     job.target.names.clear();
@@ -61,11 +79,15 @@ Task<void> deliverFrom(OperationContext context, Delivery what)
         context.warn({"%@ is read-only", {job.target.connection}});
         co_return;
     }
-    auto source = co_await browserOf(context, what.drag.connection);
-    job.source = {.browser = std::move(source),
-                  .connection = what.drag.connection,
-                  .path = what.drag.directory,
-                  .names = what.drag.names};
+    auto source = co_await sourceOf(context, what.drag);
+    if (source.archive) {
+        if (what.drag.isMove)
+            context.warn("files cannot be moved out of an archive");
+        else
+            co_await extractOut(context, std::move(source), std::move(job.target));
+        co_return;
+    }
+    job.source = std::move(source);
     co_await run(std::move(context), std::move(job), std::move(what.onMoved));
 }
 
@@ -97,6 +119,11 @@ std::vector<FileDrag> byFolder(std::vector<std::string> const &paths, TransferKi
 
 } // namespace
 
+Task<Operands> sourceOf(OperationContext context, FileDrag files)
+{
+    return findSource(std::move(context), std::move(files));
+}
+
 Task<void> deliver(OperationContext context, Delivery what)
 {
     if (what.drag.names.empty())
@@ -116,6 +143,10 @@ Task<void> deliver(OperationContext context, Delivery what)
 Task<void> deliverPaths(OperationContext context, std::vector<std::string> paths, TransferKind kind,
                         SameFolder sameFolder, std::function<void()> onMoved)
 {
+    if (context.operands.archive) {
+        co_await addPathsToArchive(std::move(context), std::move(paths));
+        co_return;
+    }
     auto drags = byFolder(paths, kind);
     auto const moved = std::make_shared<std::size_t>(0);
     for (auto const &drag : drags)

@@ -26,6 +26,10 @@ struct Delivery {
     std::function<void()> onMoved = {};
 };
 
+/// What was copied or is dragged, with the Browser of a pane which has the connection open, or a new one. Throws what
+/// connecting throws.
+Task<Operands> sourceOf(OperationContext context, FileDrag files);
+
 /// Errors: shown to the user.
 Task<void> deliver(OperationContext context, Delivery what);
 

@@ -29,6 +29,7 @@ struct OperationContext {
     Connections *connections = nullptr; ///< outlives the operation
     std::function<std::shared_ptr<Transfer>()> makeTransfer = {}; ///< one for each operation
     std::function<std::shared_ptr<Archives>()> makeArchives = {}; ///< likewise
+    std::function<Task<std::string>()> makeScratchFolder = {};    ///< for local copies; the operation removes it
     OpeningServices opening = {};
 
     /// Shows on the pane's status line what kept the operation from beginning, or that the user has cancelled it.

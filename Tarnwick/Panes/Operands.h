@@ -8,6 +8,8 @@
 
 namespace tw {
 
+class OpenArchive;
+
 /// What an operation works on, as it was at the moment of the key press. What the pane does afterwards changes nothing
 /// about it.
 struct Operands {
@@ -15,6 +17,7 @@ struct Operands {
     std::string connection;         ///< "local", or a host
     std::string path;               ///< of the listing on show
     std::vector<std::string> names; ///< exact bytes: the marked names on show, else the name under the cursor
+    std::shared_ptr<OpenArchive const> archive = {}; ///< whose members they are; null: they are files
 
     /// The full path of one of the names.
     std::string pathOf(std::string const &name) const { return path == "/" ? path + name : path + "/" + name; }

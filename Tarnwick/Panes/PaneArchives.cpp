@@ -48,6 +48,16 @@ void PaneController::leaveArchive()
                      .archive = archive->outer()});
 }
 
+void PaneController::reloadArchive(std::string select)
+{
+    if (!archive || heading != browser)
+        return;
+    if (select.empty())
+        select = cursorName().empty() ? ".." : cursorName();
+    startNavigation({.path = requested, .select = std::move(select), .marks = MarksAfter::kept, .isReread = true});
+    wasTouched = true; // an operation wants it, not a person who looks at this pane
+}
+
 void PaneController::adoptPlace(Navigation const &navigation)
 {
     browser = navigation.source;

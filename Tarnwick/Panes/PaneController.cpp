@@ -96,7 +96,11 @@ PaneSpec PaneController::place() const
 Operands PaneController::operands()
 {
     search.settle();
-    return {.browser = browser, .connection = connection, .path = pathOnShow(), .names = rows.operands(cursor.row())};
+    return {.browser = browser,
+            .connection = connection,
+            .path = pathOnShow(),
+            .names = rows.operands(cursor.row()),
+            .archive = archive};
 }
 
 bool PaneController::hasAllRows()

@@ -102,6 +102,9 @@ public:
     /// The archive that the listing on show is in; null: none.
     std::shared_ptr<OpenArchive const> const &archiveOnShow() const noexcept { return archive; }
 
+    /// Lists the archive on show anew: it has been changed. The cursor goes to `select`, or stays if that is empty.
+    void reloadArchive(std::string select);
+
     /// The pane is new and shows the same archive as another one.
     void shareArchive(PaneController const &other);
 

@@ -93,10 +93,12 @@ std::optional<DropHover::Target> DropHover::targetAt(DropSpot spot) const
     }
     if (spot.kind == Kind::nowhere || !pane->model().snapshot())
         return std::nullopt;
-    Target target{
-        .pane = pane,
-        .place = {.connection = pane->connectionName(), .folder = pane->pathOnShow(), .isWritable = isWritable(*pane)},
-        .shown = {.mark = spot.kind == Kind::tab ? Mark::none : Mark::pane}};
+    Target target{.pane = pane,
+                  .place = {.connection = pane->connectionName(),
+                            .folder = pane->pathOnShow(),
+                            .isWritable = isWritable(*pane),
+                            .isArchive = pane->archiveOnShow() != nullptr},
+                  .shown = {.mark = spot.kind == Kind::tab ? Mark::none : Mark::pane}};
     auto folder = std::optional<std::string>();
     if (spot.kind == Kind::row)
         folder = folderAt(*pane, spot.index);
@@ -117,7 +119,8 @@ bool DropHover::isWritable(PaneController &pane) const
     if (asked.pane != &pane || asked.connection != pane.connectionName())
         asked = {.pane = &pane,
                  .connection = pane.connectionName(),
-                 .isWritable = pane.operands().browser->writer() != nullptr};
+                 .isWritable = pane.archiveOnShow() ? pane.archiveOnShow()->isChangeable()
+                                                    : pane.browserOnShow()->writer() != nullptr};
     return asked.isWritable;
 }
 

@@ -233,6 +233,7 @@ OperationContext MainWindowController::contextOf(std::shared_ptr<PaneController>
                              .connections = &sources,
                              .makeTransfer = services.transfers,
                              .makeArchives = services.archives,
+                             .makeScratchFolder = services.dragFolders,
                              .opening = services.opening};
     context.target.names.clear();
     for (auto const &each : containers) {

@@ -30,7 +30,10 @@ protected:
     ~EditStripTest() override
     {
         edits->leaveForNextStart();
-        mainContext.context()->close();
+        // The tasks of the sessions are stopped, and end when the context comes to them.
+        do {
+            engine.workers().waitUntilIdle();
+        } while (mainContext.context()->runPending() > 0);
     }
 
     static Task<std::shared_ptr<Browser>> nobody()

@@ -19,6 +19,8 @@ constexpr Words catalogue[] = {
     {"auto refresh off — ⌘R to reload", "auto refresh off — Ctrl+R to reload"},
     {"nothing on this Mac opens %@", "nothing on this computer opens %@"},
     {"not an image this Mac can decode", "not an image this computer can decode"},
+    {"only archives on this Mac can be added to", "only archives on this computer can be added to"},
+    {"only archives on this Mac can be changed", "only archives on this computer can be changed"},
     {"read from this Mac", "read from this computer"},
     {"write to this Mac", "write to this computer"},
 };

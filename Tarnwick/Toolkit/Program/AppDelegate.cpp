@@ -107,10 +107,13 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
     signals =
         std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
 
+    auto const copies = std::make_shared<RemoteFiles>(with.engine, with.scratch);
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
                                       with.engine.workers().executor(WorkPriority::interactive),
-                                      archiveOpener(with.engine, TransferTools::find().ssh)},
+                                      ArchiveBrowsers{.engine = with.engine,
+                                                      .sshProgram = TransferTools::find().ssh,
+                                                      .copyOf = ArchiveBrowsers::copiesBy(with.mainContext, copies)}},
         with.connections,
         std::make_shared<SessionMemory>(
             SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
@@ -129,10 +132,9 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                 [&engine = with.engine, place = with.scratch](std::string name, std::string bytes) {
                     return PastedFile::make(&engine, place, std::move(name), std::move(bytes));
                 },
-            .opening = {.applications = applications,
-                        .copies = std::make_shared<RemoteFiles>(with.engine, with.scratch),
-                        .edits = edits,
-                        .activationToken = [this] { return startupToken.next(); }}});
+            .opening = {.applications = applications, .copies = copies, .edits = edits, .activationToken = [this] {
+                            return startupToken.next();
+                        }}});
     controller->usePreviews(std::make_shared<FilePreviews>(
         with.engine, [] { return Scratch::directory("preview"); },
         FilePreviews::Thumbnails{.folder = UserPaths::ofThisUser().thumbnails,

@@ -1,0 +1,76 @@
+#include "Tarnwick/Operations/ExtractOut.h"
+
+#include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "Tarnwick/Connections/OpenArchive.h"
+#include "Tarnwick/Operations/ArchiveSteps.h"
+#include "Tarnwick/Operations/ArchiveWords.h"
+#include "Tarnwick/Operations/CountPhrase.h"
+#include "Tarnwick/Operations/TransferWords.h"
+
+namespace tw {
+
+namespace {
+
+/// False if the user does not want what is there to be replaced.
+Task<bool> mayWrite(OperationContext context, std::vector<std::string> names, Operands target)
+{
+    auto work = context.beginWork(target.browser);
+    auto const facts = co_await target.browser->factsAbout(target.path, std::move(names));
+    work.reset();
+    if (facts.state != FolderFacts::State::present)
+        throw FileOperationError::Failed("copy", target.path, "there is no such folder");
+    if (facts.taken.empty())
+        co_return true;
+    std::vector<std::string> taken;
+    for (auto const &each : facts.taken)
+        taken.push_back(each.name);
+    auto const answer = co_await context.dialogs->confirm(ArchiveWords::replaceAt(TransferWords::place(target), taken));
+    co_return answer == Dialogs::Answer::ok;
+}
+
+Task<void> extract(OperationContext context, Operands what, Operands target)
+{
+    auto const mayGoOn = co_await mayWrite(context, what.names, target);
+    if (!mayGoOn)
+        co_return;
+    auto const into = ArchiveSteps::endpointOf(target, target.path);
+    if (!into)
+        throw FileOperationError::Unsupported("copying to " + target.connection);
+    auto const archive = co_await OpenArchive::endpoint(what.archive);
+    ArchiveSteps::Work work{.title = TransferWords::title(TransferKind::copy, what.names.size()),
+                            .conclusion = "Copied " + countPhrase(what.names.size()) + " to " +
+                                          TransferWords::place(target) + ".",
+                            .begin = [members = ArchiveWords::membersOf(what), archive,
+                                      into = *into](Archives &archives, Archives::Reporter onProgress) {
+                                return archives.extract(members, archive, into, std::move(onProgress));
+                            }};
+    auto const isDone = co_await ArchiveSteps::perform(context, std::move(work));
+    co_await target.browser->wroteInto(target.path, what.names);
+    for (auto const &weak : context.panes) {
+        auto const each = weak.lock();
+        if (each && isDone)
+            each->unmarkIfAt(what);
+        if (each)
+            each->rereadIfAt(target, {});
+    }
+}
+
+} // namespace
+
+Task<void> extractOut(OperationContext context, Operands members, Operands target)
+{
+    if (target.archive) {
+        context.warn("files cannot be copied from one archive into another");
+        co_return;
+    }
+    if (!target.browser->writer()) {
+        context.warn({"%@ is read-only", {target.connection}});
+        co_return;
+    }
+    auto const outcome = co_await outcomeOf(extract(context, std::move(members), std::move(target)));
+    if (outcome.failure)
+        co_await context.showFailure(outcome.failure);
+}
+
+} // namespace tw
