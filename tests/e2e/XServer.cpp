@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <iterator>
@@ -98,10 +99,23 @@ void XServer::focus(std::vector<std::string> const &search) const
     ADD_FAILURE() << "no window takes the keyboard:\n" << complaint;
 }
 
+std::string XServer::geometryOf(std::string const &title) const
+{
+    auto const deadline = std::chrono::steady_clock::now() + hangLimit;
+    for (;;) {
+        Child xdotool({"xdotool", "search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"},
+                      {{"DISPLAY", name}});
+        if (xdotool.waitForEnd() == 0)
+            return xdotool.output();
+        // It ends when a window goes while it looks at all of them.
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error("there is no window: " + xdotool.output());
+    }
+}
+
 XServer::Place XServer::middleOfHalf(std::string const &title, int half) const
 {
-    auto const words = outputOf({"xdotool", "search", "--onlyvisible", "--name", title, "getwindowgeometry", "--shell"},
-                                {{"DISPLAY", name}});
+    auto const words = geometryOf(title);
     auto const value = [&](std::string const &key) { return std::stoi(words.substr(words.find(key) + key.size())); };
     return {value("\nX=") + value("WIDTH=") * (1 + 2 * half) / 4, value("\nY=") + value("HEIGHT=") / 2};
 }

@@ -67,6 +67,9 @@ public:
 private:
     void tool(std::vector<std::string> arguments) const;
 
+    /// What xdotool says of the place and the size of the window that has this title.
+    std::string geometryOf(std::string const &title) const;
+
     /// Gives the keyboard to the first window that xdotool finds with `search`.
     void focus(std::vector<std::string> const &search) const;
 
