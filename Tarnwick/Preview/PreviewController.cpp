@@ -126,8 +126,12 @@ void PreviewController::show(Reading &reading, PreviewContent const &content)
 /// What is shown belongs to another file; the name at least is right from now on.
 void PreviewController::showName()
 {
-    if (isOpen())
-        display->showPreview({.name = wanted ? wanted->name : std::string()});
+    if (!isOpen())
+        return;
+    if (wanted)
+        display->showPreview({.name = wanted->name});
+    else
+        display->showPreview({.name = {}, .body = Text("No file is under the cursor.")});
 }
 
 void PreviewController::ended(std::shared_ptr<Reading> const &reading, std::exception_ptr const &failure)

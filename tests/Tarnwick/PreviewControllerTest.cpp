@@ -231,12 +231,13 @@ TEST_F(PreviewControllerTest, theSameFileIsReadAgainOnlyIfItHasChanged)
     EXPECT_EQ(loader->readings.size(), 2U);
 }
 
-TEST_F(PreviewControllerTest, withoutAFileUnderTheCursorThePanelIsEmpty)
+TEST_F(PreviewControllerTest, withoutAFileUnderTheCursorThePanelSaysSo)
 {
     open(here("a"));
     answer();
     follow(std::nullopt);
-    EXPECT_THAT(display.shown, ElementsAre("a!", ""));
+    EXPECT_THAT(display.shown, ElementsAre("a!", "!"));
+    EXPECT_EQ(display.text, "No file is under the cursor.");
     EXPECT_TRUE(controller->isOpen());
 }
 
