@@ -20,6 +20,9 @@ constexpr std::size_t maxWindowsBytes = 900;
 /// Linux takes a quarter of the stack's limit for arguments and environment, usually 2 MiB.
 constexpr std::size_t maxArgumentBytes = std::size_t{512} * 1024;
 
+/// GNU tar takes "\\n" in a name for a line end without it. No other tar reads it where it stands, in TAR_OPTIONS.
+constexpr auto namesAsTheyAre = "--no-unquote";
+
 /// The tar of the BSDs takes "@name" for an archive whose members it adds.
 std::string argumentOf(std::string const &name)
 {
@@ -67,6 +70,19 @@ std::string callWithLineEnds(std::string_view program, Arguments const &argument
 bool endsWithLineEnd(std::string_view text)
 {
     return text.ends_with('\n');
+}
+
+bool hasBackslash(std::string_view text)
+{
+    return text.contains('\\');
+}
+
+/// How tar is called on a host with these arguments.
+std::string tarFor(Arguments const &arguments)
+{
+    // Through a program, since not every login shell sets a variable for one command.
+    return std::ranges::any_of(arguments, hasBackslash) ? "env TAR_OPTIONS=" + std::string(namesAsTheyAre) + " tar"
+                                                        : "tar";
 }
 
 std::string quotedPaths(ShellDialect dialect, std::span<std::string const> paths)
@@ -124,7 +140,7 @@ Names fittingFrontHere(std::string_view folder, Names names)
 Environment tarEnvironment(Environment inherited)
 {
     inherited.insert_or_assign("COPYFILE_DISABLE", "1");
-    inherited.erase("TAR_OPTIONS");
+    inherited.insert_or_assign("TAR_OPTIONS", namesAsTheyAre);
     return inherited;
 }
 
@@ -162,8 +178,8 @@ std::string packThere(ShellDialect dialect, std::string_view folder, Names names
         return windowsTar(packArguments(WindowsPath::toNative(folder), names));
     auto const arguments = packArguments(std::string(folder), names);
     if (std::ranges::any_of(arguments, endsWithLineEnd))
-        return callWithLineEnds("tar", arguments);
-    auto command = "tar -cf - -C " + ShellLiteral::posix(folder) + " --";
+        return callWithLineEnds(tarFor(arguments), arguments);
+    auto command = tarFor(arguments) + " -cf - -C " + ShellLiteral::posix(folder) + " --";
     for (auto const &name : names)
         command += " " + ShellLiteral::posix(argumentOf(name));
     return command;
@@ -175,9 +191,10 @@ std::string unpackThere(ShellDialect dialect, std::string_view folder)
         Arguments const arguments{"-xf", "-", "-C", WindowsPath::toNative(folder)};
         return windowsTar(arguments);
     }
+    Arguments const arguments{"-xpf", "-", "-C", std::string(folder)};
     if (endsWithLineEnd(folder))
-        return callWithLineEnds("tar", {"-xpf", "-", "-C", std::string(folder)});
-    return "tar -xpf - -C " + ShellLiteral::posix(folder);
+        return callWithLineEnds(tarFor(arguments), arguments);
+    return tarFor(arguments) + " -xpf - -C " + ShellLiteral::posix(folder);
 }
 
 std::string windowsTar(std::span<std::string const> arguments)

@@ -29,7 +29,8 @@ Names fittingFront(ShellDialect dialect, Names names);
 Names fittingFrontHere(std::string_view folder, Names names);
 
 /// The environment of the programs: `inherited`, with COPYFILE_DISABLE so that no tar of a Mac adds "._" files, and
-/// without the options that a user may have set for tar at a terminal.
+/// without the options that a user may have set for tar at a terminal, but with the one that has names taken as they
+/// are.
 Environment tarEnvironment(Environment inherited);
 
 /// Copies `names` of one folder of this machine into another, and prints a line for each entry.

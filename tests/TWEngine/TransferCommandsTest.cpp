@@ -64,10 +64,10 @@ TEST(TransferCommandsTest, theClientHasOptionsHostAndOneCommand)
     EXPECT_EQ(client.end, ChildCommand::End::withProgram);
 }
 
-TEST(TransferCommandsTest, theEnvironmentHasNoOptionsForTar)
+TEST(TransferCommandsTest, theEnvironmentHasOneOptionForTarOnly)
 {
     EXPECT_EQ(TransferCommands::tarEnvironment({{"TAR_OPTIONS", "--exclude=*"}, {"A", "b"}}),
-              (Environment{{"A", "b"}, {"COPYFILE_DISABLE", "1"}}));
+              (Environment{{"A", "b"}, {"COPYFILE_DISABLE", "1"}, {"TAR_OPTIONS", "--no-unquote"}}));
 }
 
 TEST(TransferCommandsTest, theCommandsOfAPosixHost)
@@ -75,6 +75,9 @@ TEST(TransferCommandsTest, theCommandsOfAPosixHost)
     EXPECT_EQ(TransferCommands::packThere(posix, "/a b", Names{"-n", "it's"}),
               "tar -cf - -C '/a b' -- '-n' 'it'\\''s'");
     EXPECT_EQ(TransferCommands::unpackThere(posix, "/a b"), "tar -xpf - -C '/a b'");
+    EXPECT_EQ(TransferCommands::packThere(posix, "/a", Names{"b", "\\n"}),
+              "env TAR_OPTIONS=--no-unquote tar -cf - -C '/a' -- 'b' '\\n'");
+    EXPECT_EQ(TransferCommands::unpackThere(posix, "/\\n"), "env TAR_OPTIONS=--no-unquote tar -xpf - -C '/\\n'");
 }
 
 TEST(TransferCommandsTest, theCommandsOfAWindowsHost)

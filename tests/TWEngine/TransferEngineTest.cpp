@@ -259,8 +259,8 @@ TEST_F(TransferEngineTest, namesCrossAsTheyAre)
     for (int byte = 1; byte < 256; ++byte)
         if (byte != '/')
             everyByte += static_cast<char>(byte);
-    Names const names{"-rf",     "a b", "it's", "\xC3\xA4", "ends\n", "\xFF\n\n",
-                      "$(true)", "*",   "@a",   everyByte,  "...",    "\\x41"};
+    Names const names{"-rf", "a b", "it's",    "\xC3\xA4", "ends\n", "\xFF\n\n", "$(true)",
+                      "*",   "@a",  everyByte, "...",      "\\x41",  "a\\nb",    "\\101"};
     for (auto const &name : names)
         folder.file(name, name);
     EXPECT_EQ(copy(names, sourceHere(), targetOn(provider)), "done");
@@ -271,17 +271,19 @@ TEST_F(TransferEngineTest, namesCrossAsTheyAre)
     EXPECT_EQ(copy(names, sourceOn(provider), targetHere()), "done");
     for (auto const &name : names)
         expectSame(name);
-    EXPECT_EQ(reports().front().item, "12 items");
+    EXPECT_EQ(reports().front().item, "14 items");
 }
 
-TEST_F(TransferEngineTest, aTargetWhoseNameEndsWithALineEndIsReached)
+TEST_F(TransferEngineTest, aTargetWithAnOddNameIsReached)
 {
     reach();
     auto const provider = connected();
     folder.file("a", "a");
-    auto const target = local.folder("odd\n");
-    EXPECT_EQ(copy({"a"}, sourceHere(), TransferEndpoint::remote(provider, target)), "done");
-    EXPECT_EQ(contentOf(target + "/a"), "a");
+    for (auto const *const name : {"odd\n", "o\\nd"}) {
+        auto const target = local.folder(name);
+        EXPECT_EQ(copy({"a"}, sourceHere(), TransferEndpoint::remote(provider, target)), "done");
+        EXPECT_EQ(contentOf(target + "/a"), "a");
+    }
 }
 
 TEST_F(TransferEngineTest, moreNamesThanACommandHoldsGoInSeveralStreams)
