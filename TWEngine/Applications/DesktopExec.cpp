@@ -87,7 +87,7 @@ private:
         case '%':
             return "%";
         default:
-            return {}; // codes that the specification has given up
+            return {}; // deprecated codes
         }
     }
 

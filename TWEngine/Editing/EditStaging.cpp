@@ -82,7 +82,7 @@ struct Owned {
     pid_t process = 0;
 };
 
-/// Nothing for a folder that is none of ours.
+/// Nothing if the folder is not ours.
 std::optional<Owned> ownerOf(std::string const &name)
 {
     auto const dash = name.find('-');

@@ -55,7 +55,7 @@ void makePrivate(std::string const &folder, uid_t user)
         fail(folder, "it is no folder that only its user can enter");
 }
 
-/// The process that a folder's name ends with; nothing for a name that is none of ours.
+/// The process that a folder's name ends with; nothing if the name is not ours.
 std::optional<pid_t> processOf(std::string_view name)
 {
     if (!name.starts_with(folderPrefix))
