@@ -194,7 +194,7 @@ Blamed blamedBy(PipeEnding::Program const &program, std::vector<std::string> con
 void conclude(Run const &run)
 {
     if (run->reader.isAtEnd())
-        run->log.end();
+        run->log.end(run->reader.position(), run->reader.files());
     run->log.blame(blamedBy(run->ending.producer, run->names));
     run->log.blame(blamedBy(run->ending.consumer, run->names));
     auto const arrival =

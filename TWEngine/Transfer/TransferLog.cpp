@@ -45,9 +45,9 @@ void TransferLog::passed(std::int64_t position, std::int64_t files)
         marks.pop_front();
 }
 
-void TransferLog::end()
+void TransferLog::end(std::int64_t position, std::int64_t files)
 {
-    endCurrent(marks.back().position, marks.back().files);
+    endCurrent(position, files);
 }
 
 void TransferLog::blame(Blamed const &blamed)

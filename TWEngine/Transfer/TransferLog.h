@@ -25,8 +25,8 @@ public:
     /// The stream has passed that byte, and so many files are whole by then.
     void passed(std::int64_t position, std::int64_t files);
 
-    /// The stream has passed to its end.
-    void end();
+    /// The stream ends with this byte, and has so many files.
+    void end(std::int64_t position, std::int64_t files);
 
     /// These names are not complete, whatever has passed of them.
     void blame(Blamed const &blamed);

@@ -85,6 +85,7 @@ protected:
     void expectTruth(Names const &names)
     {
         auto const summary = transfer->summary();
+        SCOPED_TRACE("complete: " + testing::PrintToString(summary.complete) + ", words: " + summary.words);
         Names all = summary.complete;
         all.insert(all.end(), summary.partial.begin(), summary.partial.end());
         all.insert(all.end(), summary.untouched.begin(), summary.untouched.end());
