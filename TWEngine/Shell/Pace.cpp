@@ -13,6 +13,9 @@ constexpr LineSpeed::Seconds measurePeriod{0.02};
 /// speed would be what this machine needs to pass them on, and a narrow line would get seconds of names to carry.
 constexpr std::size_t measuredPiece = 32U << 10U;
 
+/// The first bytes have the work of the host in their time, so a round trip that is guessed by them is bounded.
+constexpr LineSpeed::Seconds longestGuess{0.1};
+
 } // namespace
 
 Pace::Pace(LineSpeed const &line, Time now)
@@ -46,15 +49,15 @@ void Pace::measure(std::size_t bytes, Time now)
 {
     if (bytes <= measuredBytes)
         return;
-    // The first bytes have the work of the host in their time, so it is not believed without a bound.
-    if (roundTrip == LineSpeed::Seconds(0) && bytes > 0) {
-        roundTrip = std::min<LineSpeed::Seconds>(now - measuredAt, LineSpeed::ahead);
+    if (roundTrip == LineSpeed::Seconds(0)) {
+        roundTrip = std::min<LineSpeed::Seconds>(now - measuredAt, longestGuess);
         measuredAt = now;
+        measuredBytes = bytes;
+        return;
     }
-    bool const isAllThere = bytes >= granted;
     LineSpeed::Seconds const period = now - measuredAt;
-    bool const isEnough = period >= measurePeriod && bytes - measuredBytes >= measuredPiece;
-    if (!isEnough && !isAllThere)
+    bool const isLong = period >= measurePeriod || bytes >= granted;
+    if (!isLong || bytes - measuredBytes < measuredPiece)
         return;
     auto const carried = static_cast<double>(bytes - measuredBytes) / std::max(period, measurePeriod).count();
     speed = carried > speed ? carried : (speed + carried) / 2;

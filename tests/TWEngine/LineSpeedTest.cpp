@@ -16,11 +16,11 @@ TEST(LineSpeedTest, anUnknownLineHasTheLeastRoom)
     EXPECT_EQ(LineSpeed().room(1000), 1000U) << "never more than the most";
 }
 
-TEST(LineSpeedTest, theRoomIsAQuarterOfASecondOfTheLine)
+TEST(LineSpeedTest, theRoomIsWhatTheLineCarriesInTheTimeAhead)
 {
     LineSpeed line;
     line.note(100 * kibibyte, 100ms);
-    EXPECT_EQ(line.room(mebibyte), 256'000U);
+    EXPECT_EQ(line.room(mebibyte), 153'600U);
     line.note(mebibyte, 10ms);
     EXPECT_EQ(line.room(mebibyte), mebibyte);
 }
