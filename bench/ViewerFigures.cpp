@@ -63,13 +63,14 @@ public:
         close();
         auto const size = static_cast<std::int64_t>(std::filesystem::file_size(path));
         return millisecondsOf([&] {
-            window = new ViewerWindow(std::make_shared<ViewerController>(
-                                          main.context(), ViewerSubject{.file = ViewedFile::at(engine, place, path),
-                                                                        .label = "here",
-                                                                        .path = path,
-                                                                        .kind = EntryKind::file,
-                                                                        .size = size}),
-                                      defaults);
+            controller = std::make_shared<ViewerController>(main.context(),
+                                                            ViewerSubject{.file = ViewedFile::at(engine, place, path),
+                                                                          .decode = {},
+                                                                          .label = "here",
+                                                                          .path = path,
+                                                                          .kind = EntryKind::file,
+                                                                          .size = size});
+            window = new ViewerWindow(controller, defaults);
             window->QWidget::show();
             processUntil([&] { return !window->text().screen().rows.empty(); });
             window->repaint();
@@ -80,6 +81,15 @@ public:
     {
         return millisecondsOf([&] {
             press(Qt::Key_End);
+            processUntil([&] { return hasLast(); });
+            window->repaint();
+        });
+    }
+
+    double findTheEnd()
+    {
+        return millisecondsOf([&] {
+            controller->find("the end");
             processUntil([&] { return hasLast(); });
             window->repaint();
         });
@@ -114,6 +124,7 @@ private:
     EngineRuntime &engine;
     std::shared_ptr<FileSystemReader> const place;
     std::string const path;
+    std::shared_ptr<ViewerController> controller;
     MemoryDefaults defaults;
     QtMainContext main;
 };
@@ -164,6 +175,60 @@ void measurePaging(Figures &figures)
     bench.close();
 }
 
+constexpr std::int64_t searchedBytes = 2 * gibibyte;
+constexpr double largestSearchHere = 1.5;
+
+double grepTime(std::string const &command)
+{
+    return millisecondsOf([&] {
+        if (std::system(command.c_str()) != 0)
+            throw std::runtime_error("failed: " + command);
+    });
+}
+
+/// A text that is only at the end, beside grep in a file that is in memory for both.
+void measureSearch(Figures &figures)
+{
+    constexpr auto roundTrip = std::chrono::milliseconds(50);
+    test::TemporaryFolder folder;
+    auto const path = folder.path("log");
+    writeText(path, searchedBytes, searchedBytes + 1);
+    auto const grep = "grep -c 'the end' " + path + " >/dev/null";
+
+    using enum Figures::Yardstick;
+    {
+        EngineRuntime engine;
+        ViewerBench bench(engine, std::make_shared<LocalProvider>(engine), path);
+        auto const medians = takeTurns(
+            3,
+            [&] {
+                bench.open();
+                return bench.findTheEnd();
+            },
+            [&] { return grepTime(grep); });
+        figures.report("search through 2 GiB here, beside grep -c", medians.subject, peer, medians.peer, "ms",
+                       largestSearchHere);
+        bench.close();
+    }
+
+    FarHost far(roundTrip);
+    auto const provider = far.provider();
+    far.loop.run(provider->connect());
+    ViewerBench bench(far.engine, provider, path);
+    auto const medians = takeTurns(
+        3,
+        [&] {
+            bench.open();
+            processUntil([&] { return !bench.isBusy(); });
+            return bench.findTheEnd();
+        },
+        [&] { return grepTime(grep); });
+    figures.report("search through 2 GiB 50 ms away, beside grep -c there and two round trips", medians.subject, limit,
+                   medians.peer + 2 * static_cast<double>(roundTrip.count()), "ms", 1);
+    bench.close();
+    far.loop.run(provider->disconnect());
+}
+
 struct FarFigure {
     char const *name;
     std::chrono::milliseconds roundTrip;
@@ -203,6 +268,7 @@ int main(int argc, char **argv)
     tw::bench::Figures figures;
     tw::bench::measureHere(figures);
     tw::bench::measurePaging(figures);
+    tw::bench::measureSearch(figures);
     tw::bench::measureThere(figures, {"F3 to text, 50 ms away", 50ms, false});
     tw::bench::measureThere(figures, {"End in 50 GiB, 150 ms away", 150ms, true});
     return figures.exitCode();
