@@ -1,17 +1,17 @@
 #pragma once
 
-#include "TWCore/Async/Clock.h"
 #include "TWEngine/Browsing/Browser.h"
-#include "Tarnwick/Connections/OpenArchive.h"
 #include "Tarnwick/Panes/Alarm.h"
 #include "Tarnwick/Panes/HiddenDisplay.h"
 #include "Tarnwick/Panes/NameSurviving.h"
 #include "Tarnwick/Panes/Navigator.h"
 #include "Tarnwick/Panes/Operands.h"
 #include "Tarnwick/Panes/PaneCallbacks.h"
+#include "Tarnwick/Panes/PaneCollaborators.h"
 #include "Tarnwick/Panes/PaneCursor.h"
 #include "Tarnwick/Panes/PaneDisplay.h"
 #include "Tarnwick/Panes/PaneHistory.h"
+#include "Tarnwick/Panes/PaneInput.h"
 #include "Tarnwick/Panes/PaneNotices.h"
 #include "Tarnwick/Panes/PaneSearch.h"
 #include "Tarnwick/Panes/PaneSpec.h"
@@ -19,7 +19,6 @@
 #include "Tarnwick/Panes/PlaceMemory.h"
 #include "Tarnwick/Panes/TypedPath.h"
 #include "Tarnwick/Settings/Defaults.h"
-#include "Tarnwick/Table/KeyPress.h"
 #include "Tarnwick/Table/PaneModel.h"
 #include "Tarnwick/Table/RenameEdit.h"
 
@@ -44,19 +43,11 @@ enum class HostLogin;
 ///
 /// Threads: main context only; only calls into the Browser suspend.
 /// Lifetime: shared; its own tasks hold it weakly. The display is attached and detached by the view that implements it.
-class PaneController : public std::enable_shared_from_this<PaneController> {
+class PaneController final : public PaneInput, public std::enable_shared_from_this<PaneController> {
     struct Construction {};
 
 public:
-    /// What every pane is made with.
-    struct Collaborators {
-        std::shared_ptr<Executor> mainContext;
-        std::shared_ptr<Clock> clock;
-        Defaults &defaults;                          ///< outlives the pane
-        std::shared_ptr<Executor> workers = nullptr; ///< null: work that takes a core is done on the main context
-        ArchiveOpener openArchive = {};              ///< empty: an archive is a file as any other
-    };
-
+    using Collaborators = PaneCollaborators;
     using Callbacks = PaneCallbacks;
 
     /// A changed listing of so many entries is put in order on a worker. A shorter one takes a millisecond.
@@ -69,7 +60,7 @@ public:
                                                   std::string connectionName);
     PaneController(Construction, Collaborators collaborators, std::shared_ptr<Browser> browser,
                    std::string connectionName);
-    ~PaneController();
+    ~PaneController() override;
 
     Callbacks callbacks;
 
@@ -139,17 +130,6 @@ public:
     /// where it is, or goes home if it has shown nothing yet, and its strip says why. `connections` outlives the pane.
     void open(PaneSpec destination, Connections &connections);
 
-    /// Goes where a typed path leads, see TypedPath. A text that leads nowhere goes back to the field, and the status
-    /// line or the strip says why.
-    void goToTyped(std::string text);
-
-    /// Has a typed path completed, from a listing that is cached if there is one. No connection begins for it. A later
-    /// call supersedes it.
-    void completePath(std::string text);
-
-    /// Goes to the folder above that so many components of the path lead to. The cursor is on the next component.
-    void goToPart(int components);
-
     void editPath() { display->editPath(); }
 
     /// Reads the folder of `where` anew if it is on show and the pane is not on its way elsewhere. The cursor goes to
@@ -162,9 +142,6 @@ public:
     /// Ends what the pane waits for, and takes the strip away. The pane shows the place of its rows again, or goes home
     /// if it has shown nothing yet. False if there is neither a wait nor a strip.
     bool giveUp();
-
-    /// The view's report of an action chosen in the strip.
-    void noticeActionChosen(PaneNotice::Action action);
 
     /// Something that the user waits for beside the pane's own listings, until the handle goes.
     [[nodiscard]] PaneSpinner::Work beginWork() const { return spinner.begin(); }
@@ -227,31 +204,25 @@ public:
     /// Marks or unmarks the rows that a `NameMask` matches, and says so if there are none.
     void markMatching(std::string const &mask, PaneModel::Marks change);
 
-    /// Handles a key. False: the pane has no use for the key, and the caller may pass it on. What it types searches the
-    /// folder.
-    bool handleKey(KeyPress const &key);
-
-    /// Text that an input method has committed.
-    void textTyped(std::string_view text);
-
-    /// Text that an input method composes, as it is now; empty: it has given the text up.
-    void textComposed(std::string text);
+    bool handleKey(KeyPress const &key) override;
+    void textTyped(std::string_view text) override;
+    void textComposed(std::string text) override;
+    void rowClicked(int row, ClickModifiers held = {}) override;
+    void rowDoubleClicked(int row) override;
+    void moveCursorTo(int row) override;
+    void scheduleRename(int row, std::chrono::milliseconds delay) override;
+    void endRename(NameEnd how) override;
+    void confirmName() override;
+    void goToTyped(std::string text) override;
+    void completePath(std::string text) override;
+    void goToPart(int components) override;
+    void noticeActionChosen(PaneNotice::Action action) override;
+    void activated() override;
+    void connectionMenuWanted() override;
+    void connectionPicked(ConnectionItem const &item) override;
 
     /// Opens the field for the name under the cursor; beeps if there is none.
     void beginRename();
-
-    /// The view's report of a second click on the name under the cursor: the field opens unless something else is done
-    /// within `delay`, in which the click may prove to be half of a double click.
-    void scheduleRename(int row, std::chrono::milliseconds delay);
-
-    enum class NameEnd { committed, cancelled };
-
-    /// The view's report that the field has lost the keyboard, or that the edit is called off. A name that cannot be is
-    /// refused by the operation.
-    void endRename(NameEnd how);
-
-    /// The view's report of Return in the field. A name that cannot be stays to be corrected.
-    void confirmName();
 
     /// A name is being edited in its row.
     bool isRenaming() const noexcept { return renaming.has_value(); }
@@ -259,21 +230,8 @@ public:
     /// A name is being looked for by typing it.
     bool isSearching() const noexcept { return search.isUnderWay(); }
 
-    /// The view's reports of what the mouse did.
-    void rowClicked(int row, ClickModifiers held = {});
-    void rowDoubleClicked(int row);
-
-    /// Puts the cursor on a row whose menu is wanted. The marks stay.
-    void moveCursorTo(int row);
-
-    /// The view got the keyboard.
-    void activated();
     void setActive(bool active);
     void takeKeyboardFocus();
-
-    /// The view's reports of its menu of connections: that it is wanted, and what was chosen from it.
-    void connectionMenuWanted();
-    void connectionPicked(ConnectionItem const &item);
 
     void openConnectionMenu(std::vector<ConnectionItem> items) { display->openConnectionMenu(std::move(items)); }
 
