@@ -77,8 +77,8 @@ public:
     /// stale.
     Fetch const *joinable(std::string const &root, int depth) const;
 
-    /// The number of the running fetch that does what a wish for that scan asks for, whoever waits for it. A wish
-    /// during the fetch is dropped.
+    /// The number of the running fetch that already reads `root` at that depth, also if callers wait for it. The new
+    /// scan is then not needed.
     std::optional<std::uint64_t> runningScan(std::string const &root, int depth) const;
 
     /// Counts the callers that wait for a running fetch. Ignored for a fetch that has ended.

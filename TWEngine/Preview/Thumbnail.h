@@ -11,8 +11,9 @@
 /// has them.
 namespace tw::Thumbnail {
 
-/// The largest thumbnail of the file at the absolute `path`, open for reading; none if there is none of the version
-/// that was changed at `mtime` (seconds since 1970-01-01 UTC). `folder` is where all of them lie. Blocks.
+/// The largest thumbnail of the file at the absolute `path`, open for reading. Only a thumbnail of the version that was
+/// changed at `mtime` (seconds since 1970-01-01 UTC) counts; without one, the descriptor is closed. `folder` is the
+/// folder of all thumbnails. Blocks.
 FileDescriptor find(std::string const &folder, std::string const &path, std::int64_t mtime);
 
 /// A file, as a program that makes thumbnails is asked for it.

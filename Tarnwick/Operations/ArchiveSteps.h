@@ -5,10 +5,10 @@
 
 #include <functional>
 
-/// The steps that work on archives has in common.
+/// The steps that packing and unpacking share.
 namespace tw::ArchiveSteps {
 
-/// The machine and the path of a place; nothing for a place that is none of files, such as the inside of an archive.
+/// The machine and the path of a place. Nothing for a place without files of its own, such as the inside of an archive.
 std::optional<TransferEndpoint> endpointOf(Operands const &place, std::string const &path);
 
 /// Work of an archive engine, and what is said about it.

@@ -15,8 +15,8 @@ struct ViewerTarget {
     Unit unit = Unit::line;
     std::int64_t number = 0; ///< lines count from 1
 
-    /// What was typed: "50%", "0x1F0", "@1000", "12M" (from 1024 bytes on), and a plain number, which is a line in a
-    /// text and an offset in a hex dump. Nothing if it is none of them.
+    /// Reads "50%", the offsets "0x1F0", "@1000" and "12M" (K, M, G, T in powers of 1024 bytes), and a plain number,
+    /// which is a line in a text and an offset in a hex dump. Nothing for any other text.
     static std::optional<ViewerTarget> parse(std::string_view typed, ViewerMode mode);
 
     friend bool operator==(ViewerTarget const &, ViewerTarget const &) = default;
