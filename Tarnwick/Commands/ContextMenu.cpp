@@ -14,6 +14,7 @@ void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subjec
         items.push_back({.kind = ContextItem::Kind::openWithMenu,
                          .command = Command::openWith,
                          .title = std::string(openWithMenuTitle)});
+        items.push_back({.command = Command::view});
         items.push_back({.kind = ContextItem::Kind::separator});
     }
     items.push_back({.command = Command::clipboardCut});
@@ -21,6 +22,9 @@ void addEntryItems(std::vector<ContextItem> &items, ContextSubject const &subjec
     items.push_back({.command = Command::copyFiles, .title = "Copy to Other Pane…"});
     items.push_back({.command = Command::moveFiles, .title = "Move to Other Pane…"});
     items.push_back({.command = Command::rename, .title = "Rename…"});
+    items.push_back({.command = Command::packFiles});
+    if (subject.row == ContextSubject::Row::file)
+        items.push_back({.command = Command::unpackFile});
     for (auto const command :
          {Command::copyName, Command::copyNameWithoutExtension, Command::copyFullPath,
           subject.isLocal ? Command::copyRelativePath : Command::copyHostAndPath,

@@ -29,7 +29,7 @@ TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 {
     EXPECT_THAT(titlesFor({.row = Row::folder}),
                 ElementsAre("Open Folder", "-", "Cut", "Copy to Clipboard", "Copy to Other Pane…",
-                            "Move to Other Pane…", "Rename…", "Copy/Name", "Copy/Name Without Extension",
+                            "Move to Other Pane…", "Rename…", "Pack…", "Copy/Name", "Copy/Name Without Extension",
                             "Copy/Full Path", "Copy/Relative to Other Pane", "Copy/Relative to Home",
                             "Copy/Enclosing Folder", "Delete…", "-", "Paste", "New Folder…", "Refresh",
                             "Show Hidden Files"));
@@ -38,11 +38,11 @@ TEST(ContextMenuTest, aFolderCanBeOpenedAndItsPathCopied)
 TEST(ContextMenuTest, aFileOfAHostHasAHostAndNoHomeHere)
 {
     EXPECT_THAT(titlesFor({.row = Row::file, .isLocal = false}),
-                ElementsAre("Open", "Open With", "-", "Cut", "Copy to Clipboard", "Copy to Other Pane…",
-                            "Move to Other Pane…", "Rename…", "Copy/Name", "Copy/Name Without Extension",
-                            "Copy/Full Path", "Copy/Host and Path", "Copy/Relative to Other Pane",
-                            "Copy/Enclosing Folder", "Delete…", "-", "Paste", "New Folder…", "Refresh",
-                            "Show Hidden Files"));
+                ElementsAre("Open", "Open With", "View", "-", "Cut", "Copy to Clipboard", "Copy to Other Pane…",
+                            "Move to Other Pane…", "Rename…", "Pack…", "Unpack", "Copy/Name",
+                            "Copy/Name Without Extension", "Copy/Full Path", "Copy/Host and Path",
+                            "Copy/Relative to Other Pane", "Copy/Enclosing Folder", "Delete…", "-", "Paste",
+                            "New Folder…", "Refresh", "Show Hidden Files"));
 }
 
 TEST(ContextMenuTest, whatIsDeletedAreTheMarkedFiles)

@@ -86,11 +86,12 @@ TEST_F(PaneMenuTest, aClickOpensItForTheRowUnderThePointerWhichGetsTheCursor)
     ASSERT_NE(menu(), nullptr);
     EXPECT_EQ(cursorName(), "file.txt");
     EXPECT_EQ(titles(*menu()),
-              (QStringList{QStringLiteral("Open"), QStringLiteral("Open With"), QStringLiteral("Cut"),
-                           QStringLiteral("Copy to Clipboard"), QStringLiteral("Copy to Other Pane…"),
-                           QStringLiteral("Move to Other Pane…"), QStringLiteral("Rename…"), QStringLiteral("Copy"),
-                           QStringLiteral("Delete…"), QStringLiteral("Paste"), QStringLiteral("New Folder…"),
-                           QStringLiteral("Refresh"), QStringLiteral("Show Hidden Files")}));
+              (QStringList{
+                  QStringLiteral("Open"), QStringLiteral("Open With"), QStringLiteral("View"), QStringLiteral("Cut"),
+                  QStringLiteral("Copy to Clipboard"), QStringLiteral("Copy to Other Pane…"),
+                  QStringLiteral("Move to Other Pane…"), QStringLiteral("Rename…"), QStringLiteral("Pack…"),
+                  QStringLiteral("Unpack"), QStringLiteral("Copy"), QStringLiteral("Delete…"), QStringLiteral("Paste"),
+                  QStringLiteral("New Folder…"), QStringLiteral("Refresh"), QStringLiteral("Show Hidden Files")}));
 }
 
 TEST_F(PaneMenuTest, aClickKeepsTheMarks)
