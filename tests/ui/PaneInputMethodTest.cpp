@@ -1,8 +1,12 @@
+#include "Tarnwick/Toolkit/Table/NameEditor.h"
+#include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <gmock/gmock.h>
+
+#include <filesystem>
 
 namespace tw::test {
 namespace {
@@ -79,6 +83,24 @@ TEST_F(PaneInputMethodTest, aCompositionThatIsGivenUpEndsTheSearch)
     send(QStringLiteral("ㅎ"));
     send({});
     EXPECT_EQ(status(PaneSide::left), before);
+}
+
+/// Of the field of a name. A tab is changed without the keyboard leaving the field first.
+TEST_F(PaneInputMethodTest, whatIsComposedInANameGrowsTheFieldAndIsNotLostWithTheTab)
+{
+    open();
+    active().moveCursorTo(*active().model().rowForName("other"));
+    press(Qt::Key_F2);
+    auto const &field = *table(PaneSide::left).findChild<NameEditor *>();
+    send(QStringLiteral("ㅎ"));
+    auto const before = field.width();
+    send(QString(60, QChar(u'한')));
+    EXPECT_GT(field.width(), before);
+    send(QStringLiteral("한글 이름"));
+    EXPECT_EQ(field.text(), QString()) << "nothing is committed yet";
+    controller->container(PaneSide::left).duplicateCurrentTab();
+    processUntil([this] { return std::filesystem::exists(left.path("한글 이름")); });
+    EXPECT_FALSE(std::filesystem::exists(left.path("other")));
 }
 
 TEST_F(PaneInputMethodTest, theTableTakesTextAndItsCandidatesStandAtTheCursorsRow)

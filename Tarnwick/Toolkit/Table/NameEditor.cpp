@@ -1,6 +1,9 @@
 #include "Tarnwick/Toolkit/Table/NameEditor.h"
 
 #include <QFocusEvent>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 
 #include <algorithm>
@@ -33,9 +36,28 @@ NameEditor::NameEditor(QWidget *table, QRect const &place, QString const &name, 
 
 void NameEditor::fit()
 {
-    auto const wanted = fontMetrics().horizontalAdvance(text()) + roomBesideText;
+    auto const wanted = fontMetrics().horizontalAdvance(text() + composed) + roomBesideText;
     auto const most = parentWidget()->width() - x();
     resize(std::clamp(wanted, std::min(leastWidth, most), std::max(most, 0)), height());
+}
+
+void NameEditor::inputMethodEvent(QInputMethodEvent *event)
+{
+    composed = event->preeditString();
+    QLineEdit::inputMethodEvent(event);
+    fit();
+}
+
+QString NameEditor::takeText()
+{
+    if (hasFocus())
+        QGuiApplication::inputMethod()->commit();
+    if (!composed.isEmpty()) { // the method has not answered, or works for another widget by now
+        QInputMethodEvent rest;
+        rest.setCommitString(composed);
+        inputMethodEvent(&rest);
+    }
+    return text();
 }
 
 void NameEditor::keyPressEvent(QKeyEvent *event)

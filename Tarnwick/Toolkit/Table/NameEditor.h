@@ -14,6 +14,9 @@ public:
     /// `place` is that of the name; `base` characters are selected.
     NameEditor(QWidget *table, QRect const &place, QString const &name, qsizetype base);
 
+    /// The text, including what an input method still composes, which it commits for that.
+    QString takeText();
+
     /// Return, Escape, or the keyboard went elsewhere. None is reported twice, and none after `close`.
     std::function<void()> onConfirmed;
     std::function<void()> onCancelled;
@@ -23,11 +26,13 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     bool focusNextPrevChild(bool next) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
 
 private:
     void fit();
 
     int const leastWidth;
+    QString composed; ///< not committed yet, and no part of the text
 };
 
 } // namespace tw

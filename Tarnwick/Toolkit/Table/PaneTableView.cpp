@@ -301,7 +301,7 @@ void PaneTableView::showNameField(NameField const &field)
 
 std::string PaneTableView::textOfNameField() const
 {
-    return nameEditor ? nameEditor->text().toStdString() : std::string();
+    return nameEditor ? nameEditor->takeText().toStdString() : std::string();
 }
 
 void PaneTableView::hideNameField()
