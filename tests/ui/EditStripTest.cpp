@@ -9,7 +9,9 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/ui/QtLoop.h"
 
+#include <QApplication>
 #include <QPushButton>
+#include <QTest>
 #include <QVBoxLayout>
 #include <gtest/gtest.h>
 
@@ -111,6 +113,30 @@ TEST_F(EditStripTest, theButtonsAreThoseOfTheQuestion)
     processUntil([&] { return titles(0).size() == 3; });
     click(1);
     EXPECT_TRUE(strip.isHidden());
+}
+
+TEST_F(EditStripTest, theKeyboardGoesFromButtonToButtonAndBack)
+{
+    edit("/srv/a");
+    edit("/srv/b");
+    window.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    auto hasLeft = false;
+    strip.onLeave = [&] { hasLeft = true; };
+    auto const focused = [] { return qobject_cast<QPushButton *>(QApplication::focusWidget()); };
+    EXPECT_TRUE(strip.takeKeyboard());
+    EXPECT_EQ(focused(), strip.shownLines()[0]->buttons()[0]);
+    EXPECT_TRUE(focused()->isDefault()) << "it is seen in every style";
+    QTest::keyClick(focused(), Qt::Key_Right);
+    EXPECT_EQ(focused(), strip.shownLines()[0]->buttons()[1]);
+    QTest::keyClick(focused(), Qt::Key_Right);
+    EXPECT_EQ(focused(), strip.shownLines()[0]->buttons()[1]) << "the third button is hidden";
+    QTest::keyClick(focused(), Qt::Key_Down);
+    EXPECT_EQ(focused(), strip.shownLines()[1]->buttons()[1]);
+    QTest::keyClick(focused(), Qt::Key_Escape);
+    EXPECT_TRUE(hasLeft);
+    QTest::keyClick(focused(), Qt::Key_Return);
+    processUntil([&] { return strip.shownLines().size() == 1; });
 }
 
 } // namespace

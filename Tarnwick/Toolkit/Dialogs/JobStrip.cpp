@@ -4,10 +4,8 @@
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Dialogs/JobLine.h"
 
-#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
-#include <QPushButton>
 #include <QTimerEvent>
 #include <QVBoxLayout>
 
@@ -34,7 +32,11 @@ constexpr int betweenLooks = 200;
 } // namespace
 
 JobStrip::JobStrip(std::shared_ptr<JobList> list, QWidget *parent)
-    : QWidget(parent), works(std::move(list)), column(new QVBoxLayout(this)), more(new QLabel(this))
+    : QWidget(parent),
+      works(std::move(list)),
+      column(new QVBoxLayout(this)),
+      more(new QLabel(this)),
+      keyboard(new ButtonLines(*this, [this] { return buttons(); }))
 {
     column->setContentsMargins(sideMargin, verticalMargin, sideMargin, verticalMargin);
     column->setSpacing(gap);
@@ -42,6 +44,10 @@ JobStrip::JobStrip(std::shared_ptr<JobList> list, QWidget *parent)
     more->setIndent(titleIndent);
     column->addWidget(more);
     hide();
+    keyboard->onLeave = [this] {
+        if (onLeave)
+            onLeave();
+    };
     // Work outlives the window.
     works->observe([self = QPointer(this)] {
         if (self)
@@ -67,7 +73,17 @@ void JobStrip::sync()
     refresh();
     auto const *const now = window()->focusWidget();
     if (hadKeyboard && (!now || !now->isVisible() || !isAncestorOf(now)))
-        leave();
+        keyboard->onLeave();
+}
+
+std::vector<ButtonLines::Line> JobStrip::buttons() const
+{
+    std::vector<ButtonLines::Line> all;
+    for (auto const *const line : lines) {
+        auto const of = line->buttons();
+        all.emplace_back(of.begin(), of.end());
+    }
+    return all;
 }
 
 void JobStrip::showLines(std::span<std::shared_ptr<Job> const> jobs)
@@ -91,8 +107,7 @@ void JobStrip::showLines(std::span<std::shared_ptr<Job> const> jobs)
 JobLine *JobStrip::newLine(std::shared_ptr<Job> const &job)
 {
     auto *const line = new JobLine(works, job, this);
-    for (auto *const button : line->buttons())
-        button->installEventFilter(this);
+    keyboard->watch(line->buttons());
     return line;
 }
 
@@ -107,68 +122,6 @@ void JobStrip::timerEvent(QTimerEvent *event)
     if (event->timerId() != beat.timerId())
         return QWidget::timerEvent(event);
     refresh();
-}
-
-bool JobStrip::takeKeyboard()
-{
-    if (lines.empty())
-        return false;
-    lines.front()->buttons().front()->setFocus(Qt::OtherFocusReason);
-    return true;
-}
-
-void JobStrip::leave() const
-{
-    if (onLeave)
-        onLeave();
-}
-
-bool JobStrip::eventFilter(QObject *watched, QEvent *event)
-{
-    auto *const button = qobject_cast<QPushButton *>(watched);
-    if (button && event->type() == QEvent::KeyPress && handleKey(*button, static_cast<QKeyEvent const *>(event)->key()))
-        return true;
-    // Not every style shows which button has the keyboard if the keyboard came without Tab.
-    if (button && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut))
-        button->setDefault(event->type() == QEvent::FocusIn);
-    return QWidget::eventFilter(watched, event);
-}
-
-bool JobStrip::handleKey(QWidget &button, int key)
-{
-    auto const row = std::ranges::find_if(lines, [&](auto *line) { return line->isAncestorOf(&button); });
-    if (row == lines.end())
-        return false;
-    auto const buttons = (*row)->buttons();
-    auto const place = std::ranges::find(buttons, &button) - buttons.begin();
-    auto const goTo = [&](std::ptrdiff_t line, std::ptrdiff_t wanted) {
-        auto const last = static_cast<std::ptrdiff_t>(lines.size()) - 1;
-        auto const there = lines[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(line, 0, last))]->buttons();
-        auto const rightmost = static_cast<std::ptrdiff_t>(there.size()) - 1;
-        there[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(wanted, 0, rightmost))]->setFocus(
-            Qt::OtherFocusReason);
-        return true;
-    };
-    auto const line = row - lines.begin();
-    switch (key) {
-    case Qt::Key_Up:
-        return goTo(line - 1, place);
-    case Qt::Key_Down:
-        return goTo(line + 1, place);
-    case Qt::Key_Left:
-        return goTo(line, place - 1);
-    case Qt::Key_Right:
-        return goTo(line, place + 1);
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        static_cast<QPushButton &>(button).click();
-        return true;
-    case Qt::Key_Escape:
-        leave();
-        return true;
-    default:
-        return false;
-    }
 }
 
 void JobStrip::paintEvent(QPaintEvent * /*event*/)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tarnwick/Toolkit/Widgets/ButtonLines.h"
 #include "Tarnwick/Transfers/JobList.h"
 
 #include <QBasicTimer>
@@ -20,8 +21,7 @@ class JobLine;
 
 /// The work in the background, a line each, at the bottom of the window. Hidden while there is none.
 ///
-/// The keyboard comes here only by a command: arrows go from button to button, Return and Space press, Escape gives the
-/// keyboard back.
+/// The keyboard comes here only by a command, and goes through the buttons as through ButtonLines.
 class JobStrip final : public QWidget {
     Q_OBJECT
 
@@ -32,13 +32,12 @@ public:
     JobStrip(std::shared_ptr<JobList> list, QWidget *parent);
 
     /// False if there is nothing to go to.
-    bool takeKeyboard();
+    bool takeKeyboard() const { return keyboard->takeKeyboard(); }
 
     /// The keyboard is to be somewhere else.
     std::function<void()> onLeave;
 
 protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
@@ -47,12 +46,12 @@ private:
     void refresh();
     void showLines(std::span<std::shared_ptr<Job> const> jobs);
     JobLine *newLine(std::shared_ptr<Job> const &job);
-    bool handleKey(QWidget &button, int key);
-    void leave() const;
+    std::vector<ButtonLines::Line> buttons() const;
 
     std::shared_ptr<JobList> const works;
     QVBoxLayout *const column;
     QLabel *const more;
+    ButtonLines *const keyboard;
     std::vector<JobLine *> lines;
     QBasicTimer beat;
 };

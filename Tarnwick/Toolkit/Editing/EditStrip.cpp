@@ -36,8 +36,14 @@ EditStrip::EditStrip(std::shared_ptr<EditSessions> edits, Place where, QWidget *
     : QWidget(where == Place::ownWindow ? nullptr : parent),
       sessions(std::move(edits)),
       place(where),
-      area(new QScrollArea(this))
+      area(new QScrollArea(this)),
+      keyboard(new ButtonLines(*this, [this] { return buttons(); }))
 {
+    keyboard->onChosen = [this](QPushButton &button) { area->ensureWidgetVisible(&button); };
+    keyboard->onLeave = [this] {
+        if (onLeave)
+            onLeave();
+    };
     if (place == Place::ownWindow) {
         setWindowFlags(Qt::Tool | Qt::WindowStaysOnTopHint);
         setAttribute(Qt::WA_ShowWithoutActivating);
@@ -73,8 +79,10 @@ void EditStrip::sync()
         auto *const line = known == old.end() ? new EditLine(session, this) : *known;
         if (known != old.end())
             old.erase(known);
-        else
+        else {
             column->addWidget(line);
+            keyboard->watch(line->buttons());
+        }
         line->refresh();
         line->show();
         lines.push_back(line);
@@ -106,12 +114,17 @@ void EditStrip::fit()
 
 bool EditStrip::takeKeyboard()
 {
-    if (lines.empty())
-        return false;
-    if (place == Place::ownWindow)
+    if (place == Place::ownWindow && !lines.empty())
         activateWindow();
-    lines.front()->buttons().front()->setFocus(Qt::OtherFocusReason);
-    return true;
+    return keyboard->takeKeyboard();
+}
+
+std::vector<ButtonLines::Line> EditStrip::buttons() const
+{
+    std::vector<ButtonLines::Line> all;
+    for (auto const *const line : lines)
+        all.emplace_back(line->buttons().begin(), line->buttons().end());
+    return all;
 }
 
 /// The window goes with its sessions, and each of them may have something to ask.

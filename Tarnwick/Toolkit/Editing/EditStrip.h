@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Editing/EditSessions.h"
+#include "Tarnwick/Toolkit/Widgets/ButtonLines.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -46,11 +47,13 @@ protected:
 
 private:
     void sync();
+    std::vector<ButtonLines::Line> buttons() const;
     void fit();
 
     std::shared_ptr<EditSessions> const sessions;
     Place const place;
     QScrollArea *const area;
+    ButtonLines *const keyboard;
     QVBoxLayout *column = nullptr;
     std::vector<EditLine *> lines;
 };
