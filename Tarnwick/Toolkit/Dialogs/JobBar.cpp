@@ -1,5 +1,7 @@
 #include "Tarnwick/Toolkit/Dialogs/JobBar.h"
 
+#include "Tarnwick/Toolkit/Appearance/Wording.h"
+
 #include <QProgressBar>
 
 namespace tw::JobBar {
@@ -15,6 +17,7 @@ QProgressBar *make(QWidget *parent)
 {
     auto *const bar = new QProgressBar(parent);
     bar->setTextVisible(false);
+    bar->setAccessibleName(Wording::shown("Progress"));
     bar->setRange(0, 0); // how much there is to do is not known yet
     return bar;
 }

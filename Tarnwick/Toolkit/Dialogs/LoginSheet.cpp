@@ -71,6 +71,7 @@ void LoginSheet::addField(LoginQuestion const &question)
     field = new QLineEdit(this);
     field->setEchoMode(QLineEdit::Password);
     field->setMaxLength(mostCharacters);
+    field->setAccessibleName(messageOf(question));
     addContent(field);
     auto *const show = new QCheckBox(Wording::shown("Show"), this);
     connect(show, &QCheckBox::toggled, field,

@@ -21,6 +21,7 @@ PackSheet::PackSheet(Dialogs::PackPrompt const &question, QWidget *window)
         formats->addItem(QString::fromUtf8(displayName(format)));
     auto const first = PackTarget::suggested(question.directory, question.stem, chosen());
     line->setText(QString::fromStdString(first));
+    line->setAccessibleName(Wording::shown("Archive"));
     addContent(line);
     auto *const row = new QWidget(this);
     auto *const layout = new QHBoxLayout(row);

@@ -15,6 +15,7 @@ PromptSheet::PromptSheet(Dialogs::Prompt const &question, QWidget *window)
       line(new QLineEdit(QString::fromStdString(question.initial), this)),
       complaintLine(new QLabel(this))
 {
+    line->setAccessibleName(windowTitle());
     addContent(line);
     complaintLine->setTextFormat(Qt::PlainText);
     complaintLine->setWordWrap(true);

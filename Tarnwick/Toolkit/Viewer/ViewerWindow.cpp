@@ -124,6 +124,7 @@ void ViewerWindow::buildEncodings(QWidget &bar)
 {
     encodings = new QComboBox(&bar);
     encodings->setToolTip(keysOf(ViewerAction::nextEncoding));
+    encodings->setAccessibleName(Wording::shown("Encoding"));
     encodings->setFocusPolicy(Qt::TabFocus);
     for (auto const each : TextDecoding::encodings) {
         auto const name = TextDecoding::nameOf(each);
