@@ -7,9 +7,11 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFontInfo>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QStyle>
 #include <QTest>
 #include <QToolTip>
@@ -58,6 +60,24 @@ TEST(WelcomeWindowTest, goesWithItsButtonWithEscapeAndWithTheMainWindow)
     QPointer const shown = WelcomeWindow::showIfFirstRun(defaults, *main);
     main.reset();
     EXPECT_TRUE(shown.isNull());
+}
+
+TEST(WelcomeWindowTest, fitsOnTheScreenAlsoWithLargeLetters)
+{
+    auto const usual = QApplication::font();
+    for (auto const factor : {1.0, 1.5}) {
+        auto font = usual;
+        font.setPointSizeF(QFontInfo(usual).pointSizeF() * factor);
+        QApplication::setFont(font);
+        WelcomeWindow welcome(nullptr);
+        welcome.show();
+        auto const screen = welcome.screen()->availableGeometry();
+        EXPECT_LE(welcome.width(), screen.width()) << factor;
+        EXPECT_LE(welcome.height(), screen.height()) << factor;
+        for (auto const *const label : welcome.findChildren<QLabel *>())
+            EXPECT_GE(label->height(), label->heightForWidth(label->width())) << label->text().toStdString();
+    }
+    QApplication::setFont(usual);
 }
 
 TEST(AboutDialogTest, tellsWhatItIsAndWhichVersion)

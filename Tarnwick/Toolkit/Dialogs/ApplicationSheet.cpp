@@ -10,11 +10,18 @@
 #include <QListWidget>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace tw {
 
 namespace {
 
-constexpr QSize usualListSize(420, 300);
+constexpr int listWidth = 420;
+constexpr int mostListHeight = 300;
+constexpr int leastListHeight = 100;
+
+/// Of the window, what the sheet needs above and below the list.
+constexpr int aroundList = 220;
 
 constexpr int identifierRole = Qt::UserRole;
 constexpr int wordsRole = Qt::UserRole + 1; ///< what an application is looked for by
@@ -37,7 +44,8 @@ ApplicationSheet::ApplicationSheet(Dialogs::ApplicationChoice const &question, Q
     search->installEventFilter(this);
     names->setAccessibleName(Wording::shown("Applications"));
     names->setFocusPolicy(Qt::NoFocus); // the keyboard stays in the field, which has the letters
-    names->setMinimumSize(usualListSize);
+    names->setFixedHeight(std::clamp(window->height() - aroundList, leastListHeight, mostListHeight));
+    names->setMinimumWidth(listWidth);
     addContent(search);
     addContent(names);
     for (auto const &each : question.suggested)
