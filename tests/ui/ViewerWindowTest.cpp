@@ -11,6 +11,8 @@
 #include <QClipboard>
 #include <QImage>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPointer>
 #include <QScrollBar>
 #include <QTest>
@@ -192,6 +194,38 @@ TEST_F(ViewerWindowTest, aViewerOfAHugeFileGoesWithTheMainWindow)
     EXPECT_THAT(statusText(), HasSubstr(" from 50G"));
     window.reset();
     EXPECT_FALSE(viewer);
+}
+
+TEST_F(ViewerWindowTest, theWindowMenuListsTheViewersAndGoesToThem)
+{
+    left.file("a&b.txt", "text");
+    left.file("c.txt", "text");
+    open();
+    auto *const menu = window->menuBar()->actions().back()->menu();
+    auto const countOfCommands = menu->actions().size();
+    auto const listed = [&] {
+        Q_EMIT menu->aboutToShow();
+        QStringList titles;
+        for (auto const *const action : menu->actions().mid(countOfCommands))
+            titles += action->text().remove(QLatin1Char('&'));
+        Q_EMIT menu->aboutToHide();
+        return titles;
+    };
+    EXPECT_EQ(listed(), QStringList()) << "alone, a window lists nothing";
+    view("a&b.txt");
+    auto const first = viewer;
+    view("c.txt");
+    auto const expected = QStringList{QString(), QStringLiteral("Tarnwick"), QStringLiteral("local — ab.txt"),
+                                      QStringLiteral("local — c.txt")};
+    EXPECT_EQ(listed(), expected);
+    EXPECT_EQ(listed(), expected) << "and not twice";
+    Q_EMIT menu->aboutToShow();
+    menu->actions().at(countOfCommands + 2)->trigger();
+    processUntil([&] { return first->isActiveWindow(); });
+    first->close();
+    viewer->close();
+    processUntil([this] { return window->openViewers().empty(); });
+    EXPECT_EQ(listed(), QStringList());
 }
 
 } // namespace

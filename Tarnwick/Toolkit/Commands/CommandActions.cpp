@@ -109,6 +109,11 @@ QMenu *CommandActions::newMenu(Menu which, QWidget *parent)
     }
     Mnemonics::give(menu->actions());
     keepUpToDate(*menu);
+    if (which == Menu::window)
+        connect(menu, &QMenu::aboutToShow, this, [this, menu] {
+            if (onWindowMenu)
+                onWindowMenu(*menu);
+        });
     return menu;
 }
 

@@ -33,6 +33,9 @@ public:
     /// Adds the applications for the file under the cursor to a menu before its last items, at once or later.
     std::function<void(QMenu &menu)> onOpenWithMenu;
 
+    /// Lists the open windows in the Window menu, each time before it opens.
+    std::function<void(QMenu &menu)> onWindowMenu;
+
     /// The action of a command that has a title.
     QAction &action(Command command) const { return *actions.at(command); }
 

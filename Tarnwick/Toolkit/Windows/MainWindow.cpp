@@ -8,7 +8,6 @@
 #include "Tarnwick/Toolkit/Commands/ToolBarDialog.h"
 #include "Tarnwick/Toolkit/Diagnostics/StartLog.h"
 #include "Tarnwick/Toolkit/Dialogs/JobStrip.h"
-#include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Dialogs/SheetDialogs.h"
 #include "Tarnwick/Toolkit/Editing/EditStrip.h"
 #include "Tarnwick/Toolkit/Preview/PreviewPanel.h"
@@ -20,6 +19,7 @@
 #include "Tarnwick/Toolkit/Windows/OpenWithMenu.h"
 #include "Tarnwick/Toolkit/Windows/PaneContainerView.h"
 #include "Tarnwick/Toolkit/Windows/PaneView.h"
+#include "Tarnwick/Toolkit/Windows/WindowList.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -42,9 +42,6 @@ constexpr QSize roomForFrame(16, 48);
 
 /// In the menu of the back button.
 constexpr std::size_t mostVisitsInMenu = 15;
-
-/// In the question before quitting.
-constexpr std::size_t mostTitles = 8;
 
 /// Two panes of the least width, and little more than a page of rows.
 constexpr QSize leastSize(2 * PaneSplitter::leastSide + 1, 300);
@@ -85,6 +82,9 @@ MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, Com
       workList(std::make_shared<JobList>()),
       sheets(std::make_shared<SheetDialogs>(*this, workList)),
       clips(std::make_shared<QtClipboard>()),
+      quitting(
+          workList, [this] { return panes.edits() ? panes.edits()->unsaved() : std::vector<std::string>(); },
+          sheets->sheets(), *this),
       splitter(new PaneSplitter(this))
 {
     setWindowTitle(QStringLiteral("Tarnwick"));
@@ -126,6 +126,10 @@ void MainWindow::buildCommands()
 {
     actions->onRefused = [this] { panes.activePane().refuse(); };
     actions->onOpenWithMenu = [this](QMenu &menu) { fillOpenWithMenu(menu); };
+    actions->onWindowMenu = [this](QMenu &menu) {
+        auto const others = openViewers();
+        WindowList::fill(menu, *this, {others.begin(), others.end()});
+    };
     actions->fill(*menuBar());
     buildToolBar();
     auto *const all = new QWidget(this);
@@ -196,7 +200,7 @@ void MainWindow::showEvent(QShowEvent *event)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (!mayClose && !whatQuittingMeans().empty()) {
+    if (quitting.isNeeded()) {
         event->ignore();
         askToQuit([this] { close(); });
         return;
@@ -207,42 +211,14 @@ void MainWindow::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
-/// Empty: nothing is in the way.
-std::string MainWindow::whatQuittingMeans() const
-{
-    std::vector<std::string> titles;
-    for (auto const &each : workList->underWay())
-        titles.push_back(each->title);
-    std::string message;
-    if (!titles.empty())
-        message = "This is still under way, and quitting ends it:\n\n" + Dialogs::describe(titles, mostTitles);
-    auto const unsaved = panes.edits() ? panes.edits()->unsaved() : std::vector<std::string>();
-    if (unsaved.empty())
-        return message;
-    return message + (message.empty() ? "" : "\n\n") +
-           "What you have saved in these is not on the host yet. It is kept here, and offered again at the next "
-           "start:\n\n" +
-           Dialogs::describe(unsaved, mostTitles);
-}
-
 void MainWindow::askToQuit(std::function<void()> quit)
 {
-    auto const message = whatQuittingMeans();
-    if (mayClose || message.empty())
-        return quit();
-    if (quitQuestion)
-        return;
-    quitQuestion = new QuestionSheet(
-        {.title = "Quit Tarnwick?", .message = message, .okTitle = "Quit", .danger = Dialogs::Danger::destructive},
-        this);
-    connect(quitQuestion, &QDialog::finished, this, [this, quit = std::move(quit)](int code) {
-        sheets->sheets().remove(*quitQuestion);
-        if (code != QDialog::Accepted)
-            return;
-        letClose();
-        quit();
-    });
-    sheets->sheets().add(*quitQuestion, SheetQueue::Kind::urgent);
+    quitting.ask(std::move(quit));
+}
+
+void MainWindow::letClose()
+{
+    quitting.letClose();
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Toolkit/Table/PaneIcons.h"
+#include "Tarnwick/Toolkit/Windows/QuitQuestion.h"
 #include "Tarnwick/Window/MainWindowCommands.h"
 #include "Tarnwick/Window/MainWindowController.h"
 
@@ -21,7 +22,6 @@ class PaneSplitter;
 class PaneView;
 class PreviewPanel;
 class QtClipboard;
-class Sheet;
 class SheetDialogs;
 class JobList;
 class JobStrip;
@@ -67,7 +67,7 @@ public:
     void askToQuit(std::function<void()> quit);
 
     /// From now on the window closes without a question.
-    void letClose() { mayClose = true; }
+    void letClose();
 
     std::optional<CommandState> stateOf(Command command) const override;
     void perform(Command command) override;
@@ -98,7 +98,6 @@ private:
     void buildPanes();
     void buildCommands();
     void buildToolBar();
-    std::string whatQuittingMeans() const;
     void place();
     void placeDivider();
     void rememberPlace();
@@ -111,11 +110,10 @@ private:
     std::shared_ptr<SheetDialogs> const sheets;
     std::shared_ptr<QtClipboard> const clips;
     PaneIcons icons;
+    QuitQuestion quitting;
     PaneSplitter *const splitter;
     JobStrip *strip = nullptr;
     std::unique_ptr<EditStrip> editing; ///< may be a window of its own
-    QPointer<Sheet> quitQuestion;
-    bool mayClose = false; ///< whatever is under way
     PaneContainerView *left = nullptr;
     PaneContainerView *right = nullptr;
     PreviewPanel *panel = nullptr; ///< lies over one of the two
