@@ -1,5 +1,6 @@
 #include "TWEngine/Runtime/Strand.h"
 
+#include <chrono>
 #include <mutex>
 #include <vector>
 
@@ -8,6 +9,9 @@ namespace tw {
 namespace {
 
 thread_local Executor const *runningStrand = nullptr;
+
+/// Longer than the steps of a request take together, shorter than anything that a person notices.
+constexpr std::chrono::milliseconds longestTurn{1};
 
 } // namespace
 
@@ -44,7 +48,7 @@ private:
         void operator()()
         {
             auto const strand = std::exchange(queue, nullptr);
-            strand->runBatch();
+            strand->runTurn();
         }
 
     private:
@@ -62,8 +66,19 @@ private:
         scheduled = false;
     }
 
-    /// Runs what is waiting now, then queues up again, so that a busy strand does not keep a thread from the others.
-    void runBatch()
+    /// Runs what is waiting and what that posts in turn: a chain of short steps then wakes one thread, once. When the
+    /// time is over it queues up again, so that a busy strand does not keep a thread from the others.
+    void runTurn()
+    {
+        auto const end = std::chrono::steady_clock::now() + longestTurn;
+        while (runBatch()) {
+            if (std::chrono::steady_clock::now() >= end)
+                return schedule();
+        }
+    }
+
+    /// Runs what is waiting now. False if nothing is left; the turn is over then.
+    bool runBatch()
     {
         std::vector<Work> batch;
         {
@@ -76,13 +91,9 @@ private:
             work = nullptr; // what it held is let go here, before the next one runs
         }
         runningStrand = outer;
-        {
-            std::lock_guard const lock(mutex);
-            scheduled = !waiting.empty();
-            if (!scheduled)
-                return;
-        }
-        schedule();
+        std::lock_guard const lock(mutex);
+        scheduled = !waiting.empty();
+        return scheduled;
     }
 
     std::shared_ptr<Executor> const threads;

@@ -9,7 +9,7 @@ Alarm::Alarm(std::shared_ptr<Executor> mainContext, std::shared_ptr<Clock> clock
 {
 }
 
-void Alarm::set(std::chrono::milliseconds delay)
+void Alarm::set(std::chrono::nanoseconds delay)
 {
     cancel();
     waiting = std::stop_source();
@@ -22,7 +22,7 @@ void Alarm::cancel()
 }
 
 Task<void> Alarm::ring(std::weak_ptr<std::function<void()>> weak, std::shared_ptr<Clock> clock,
-                       std::chrono::milliseconds delay)
+                       std::chrono::nanoseconds delay)
 {
     co_await clock->sleep(delay);
     auto const context = co_await currentContext();

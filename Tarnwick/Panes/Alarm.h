@@ -21,12 +21,12 @@ public:
     Alarm &operator=(Alarm const &) = delete;
 
     /// Replaces an earlier time.
-    void set(std::chrono::milliseconds delay);
+    void set(std::chrono::nanoseconds delay);
     void cancel();
 
 private:
     static Task<void> ring(std::weak_ptr<std::function<void()>> weak, std::shared_ptr<Clock> clock,
-                           std::chrono::milliseconds delay);
+                           std::chrono::nanoseconds delay);
 
     std::shared_ptr<Executor> const executor;
     std::shared_ptr<Clock> const time;

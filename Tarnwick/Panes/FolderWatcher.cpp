@@ -23,6 +23,16 @@ std::chrono::milliseconds inMilliseconds(std::chrono::duration<double> time)
     return std::chrono::ceil<std::chrono::milliseconds>(time);
 }
 
+/// Watchers at the shortest interval probe at the same moments, so that a program with two panes wakes once and not
+/// twice. The first wait is half as long again or shorter, all others are as long as the interval.
+std::chrono::nanoseconds untilNextBeat(std::chrono::steady_clock::time_point now)
+{
+    using Beat = std::chrono::duration<std::int64_t, std::ratio<3>>;
+    static_assert(std::chrono::duration<double>(Beat(1)).count() == PollInterval::floor);
+    auto const next = now.time_since_epoch() + Beat(1);
+    return std::chrono::round<Beat>(next) - now.time_since_epoch();
+}
+
 /// A link is to be looked through: its own row never changes.
 std::string fingerprintOf(std::string const &path, ShellDialect dialect)
 {
@@ -253,6 +263,8 @@ void FolderWatcher::probed(std::string const &stamp, double cost, bool reportsFi
 
 void FolderWatcher::scheduleProbe()
 {
+    if (stuckProbes == 0 && interval.seconds() == PollInterval::floor)
+        return timer.set(untilNextBeat(with.clock->steadyNow()));
     auto const wait = std::chrono::duration<double>(interval.seconds() * std::exp2(stuckProbes));
     timer.set(inMilliseconds(std::min<std::chrono::duration<double>>(wait, longestWait)));
 }

@@ -259,6 +259,38 @@ TEST_F(FolderWatcherTest, theMoreAProbeCostsTheFewerThereAre)
     EXPECT_EQ(probes(), 2U);
 }
 
+TEST_F(FolderWatcherTest, twoWatchersComeToProbeAtTheSameMoments)
+{
+    pass(milliseconds(1400)); // whenever the first began
+    watchHost();
+    answer("1");
+    auto const second =
+        std::make_shared<FolderWatcher>(FolderWatcher::Ports{.mainContext = loop.context(),
+                                                             .clock = clock,
+                                                             .visibility = [] { return Visibility::lookedAt; },
+                                                             .onChanged = [this] { return reading(this); },
+                                                             .onPaceChanged = [] {}});
+    pass(milliseconds(900));
+    second->watch("box", "/other", hostBrowser);
+    loop.drain();
+    answer("1");
+    auto const before = probes();
+    pass(milliseconds(3700));
+    EXPECT_EQ(probes(), before + 2);
+    for (auto const index : {before, before + 1})
+        host->runs[index].answer->succeed({.output = "1"});
+    for (auto const expected : {before + 2, before + 4}) {
+        pass(milliseconds(2990));
+        EXPECT_EQ(probes(), expected);
+        pass(milliseconds(10));
+        EXPECT_EQ(probes(), expected + 2);
+        for (auto const index : {expected, expected + 1})
+            host->runs[index].answer->succeed({.output = "1"});
+        loop.drain();
+    }
+    second->stop();
+}
+
 TEST_F(FolderWatcherTest, anEmptyAnswerLeavesTheFingerprintAsItWas)
 {
     watchHost();
