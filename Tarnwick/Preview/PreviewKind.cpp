@@ -35,7 +35,11 @@ constexpr Signature signatures[] = {
     {0, "\xff\x0a"sv, "jxl", "JPEG XL picture"},
     {0, "\0\0\0\x0cJXL "sv, "jxl", "JPEG XL picture"},
     {0, "\0\0\0\x0cjP  "sv, "jp2", "JPEG 2000 picture"},
+    {0, "P4\n"sv, "pbm", "PBM picture"},
+    {0, "P5\n"sv, "pgm", "PGM picture"},
     {0, "P6\n"sv, "ppm", "PPM picture"},
+    {0, "icns"sv, "icns", "icon"},
+    {0, "\x8aMNG\r\n\x1a\n"sv, "mng", "MNG picture"},
     {0, "/* XPM */"sv, "xpm", "XPM picture"},
     {0, "%PDF-"sv, "pdf", "PDF document"},
     {0, "PK\3\4"sv, nullptr, "ZIP archive"},
@@ -109,8 +113,12 @@ PreviewKind PreviewKind::of(std::string_view beginning, std::string_view name)
     }
     if (isBitmap(beginning))
         return {.look = Look::picture, .format = "bmp", .title = "BMP picture"};
-    if (PreviewText::looksBinary(beginning))
+    if (PreviewText::looksBinary(beginning)) {
+        // The one format that has nothing of its own at its beginning.
+        if (name.ends_with(".tga") || name.ends_with(".TGA"))
+            return {.look = Look::picture, .format = "tga", .title = "TGA picture"};
         return {.look = Look::other, .title = titleOf(icon)};
+    }
     if (isDrawing(beginning))
         return {.look = Look::picture, .format = "svg", .title = "SVG drawing"};
     return {.look = Look::text, .title = "text"};

@@ -30,6 +30,8 @@ TEST(PreviewKindTest, aFileIsWhatItsFirstBytesSay)
              {"RIFF\1\2\3\4WEBPVP8 "s, "a", Look::picture, "webp", "WebP picture"},
              {"BM\x36\x10\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x10\0"s, "a", Look::picture, "bmp", "BMP picture"},
              {"BMW is a maker of cars and of more"s, "a", Look::text, "", "text"},
+             {"P5\n2 2\n255\n"s, "a", Look::picture, "pgm", "PGM picture"},
+             {"\0\0\2\0\0"s, "a.tga", Look::picture, "tga", "TGA picture"},
              {"%PDF-1.7\n"s, "a", Look::picture, "pdf", "PDF document"},
              {"<?xml version='1.0'?>\n<!-- x -->\n<svg>"s, "a", Look::picture, "svg", "SVG drawing"},
              {"  \n<svg xmlns=''>"s, "a.txt", Look::picture, "svg", "SVG drawing"},
