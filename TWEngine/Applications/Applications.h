@@ -22,6 +22,9 @@ public:
     /// some. Throws ReadError::NotReadable if it cannot be opened.
     virtual Task<FileNature> natureOf(std::string path, std::uint16_t modeThere = 0) = 0;
 
+    /// The same of a file that is not on this machine. `beginning` has `beginningOfFile` bytes of it, or all.
+    virtual Task<FileNature> natureOfBeginning(std::string name, std::string beginning, std::uint16_t mode) = 0;
+
     /// Those for a content type: the default first, then those that name the type, then those for wider types.
     virtual Task<std::vector<Application>> forType(std::string contentType) = 0;
 

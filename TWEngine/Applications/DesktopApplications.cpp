@@ -238,6 +238,15 @@ Task<FileNature> DesktopApplications::natureOf(std::string path, std::uint16_t m
                                [path, modeThere](std::string const & /*place*/) { return natureNow(path, modeThere); });
 }
 
+Task<FileNature> DesktopApplications::natureOfBeginning(std::string name, std::string beginning, std::uint16_t mode)
+{
+    return runtime.workers().run(
+        WorkPriority::interactive, [name = std::move(name), beginning = std::move(beginning), mode] {
+            return FileNature::of(
+                {.name = name, .beginning = beginning, .contentType = contentTypeOf(name, beginning), .mode = mode});
+        });
+}
+
 Task<std::vector<Application>> DesktopApplications::forType(std::string contentType)
 {
     return runtime.workers().run(WorkPriority::interactive,

@@ -19,6 +19,7 @@ public:
     explicit DesktopApplications(EngineRuntime &engine) : runtime(engine) {}
 
     Task<FileNature> natureOf(std::string path, std::uint16_t modeThere = 0) override;
+    Task<FileNature> natureOfBeginning(std::string name, std::string beginning, std::uint16_t mode) override;
     Task<std::vector<Application>> forType(std::string contentType) override;
     Task<std::vector<Application>> forName(std::string name) override;
     Task<std::vector<Application>> all() override;

@@ -19,10 +19,6 @@ namespace {
 
 constexpr auto purpose = "open";
 
-/// A file up to this size is read through the session that is there, in one round trip. A client of its own takes two,
-/// and the time to start it.
-constexpr std::int64_t mostOfSmall = 65536;
-
 constexpr auto lastLink = FileLanes::LastLink::keep;
 constexpr auto priority = WorkPriority::interactive;
 

@@ -34,6 +34,10 @@ public:
         std::int64_t mtime = 0;                ///< whole seconds since 1970-01-01 UTC
     };
 
+    /// A file up to this size is read through the session that is there, in one round trip. A client of its own takes
+    /// two, and the time to start it.
+    static constexpr std::int64_t mostOfSmall = 65536;
+
     /// The provider has files that cannot be read.
     class NoReader;
 

@@ -45,10 +45,15 @@ public:
         std::string message;
         std::string okTitle;
         Danger danger = Danger::harmless; ///< what is destructive is never what Return answers
-        std::string otherTitle = {};      ///< of another way, which Return never answers; empty: there is none
     };
 
-    enum class Answer { cancel, ok, other };
+    enum class Answer { cancel, ok };
+
+    struct Choice {
+        std::string title;
+        std::string message;
+        std::vector<std::string> ways; ///< the texts of the buttons, at least one; Return takes the first
+    };
 
     virtual ~Dialogs() = default;
 
@@ -74,6 +79,9 @@ public:
     virtual Task<std::optional<PackTarget>> packPrompt(PackPrompt question) = 0;
 
     virtual Task<Answer> confirm(Confirmation question) = 0;
+
+    /// The index of the way that the user takes; nothing if the user cancels.
+    virtual Task<std::optional<std::size_t>> choose(Choice question) = 0;
 
     struct ApplicationChoice {
         std::string file = {};                   ///< the name

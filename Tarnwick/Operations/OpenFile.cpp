@@ -101,19 +101,49 @@ Task<void> askForApplication(OperationContext context, FileToOpen file)
         co_await openWithSystem(context, file, *chosen);
 }
 
-/// Answers for a file that would be executed. True if that is all.
+/// Answers for a file that would be executed. True if that is all. `path` is where it lies on this machine; it is not
+/// needed for what cannot be run.
 Task<bool> isAnsweredByQuestion(OperationContext context, FileToOpen file, std::string path, FileNature nature)
 {
     auto const host = isOfThisMachine(context) ? std::string() : context.operands.connection;
     auto const question = ProgramQuestion::before(nature, file.name(), {.host = host});
     if (!question)
         co_return false;
-    auto const answer = co_await context.dialogs->confirm(*question);
-    if (answer == Dialogs::Answer::ok)
+    auto const taken = co_await context.dialogs->choose(question->choice);
+    if (!taken)
+        co_return true;
+    switch (question->ways.at(*taken)) {
+    case ProgramQuestion::Way::view:
+        context.view(context.operands, file);
+        break;
+    case ProgramQuestion::Way::openWith:
         co_await askForApplication(context, file);
-    else if (answer == Dialogs::Answer::other)
+        break;
+    case ProgramQuestion::Way::run:
         co_await context.opening.applications->run(path, nature.kind, tokenOf(context.opening));
+        break;
+    }
     co_return true;
+}
+
+/// The same for a file that takes long to fetch: its beginning says what it is, and a program need not be fetched to
+/// be viewed.
+Task<bool> isAnsweredByBeginning(OperationContext context, FileToOpen file)
+{
+    auto const source = sourceOf(context, file);
+    auto const reader = std::dynamic_pointer_cast<FileSystemReader>(source.provider);
+    if (!reader || !source.size || *source.size <= RemoteFiles::mostOfSmall)
+        co_return false;
+    auto const ready = co_await context.opening.copies->known(source);
+    if (ready)
+        co_return false;
+    auto work = context.beginWork();
+    auto beginning = co_await reader->readChunk(file.path, 0, beginningOfFile);
+    auto const nature =
+        co_await context.opening.applications->natureOfBeginning(file.name(), std::move(beginning), file.mode);
+    work.reset();
+    auto const isAnswered = co_await isAnsweredByQuestion(context, file, {}, nature);
+    co_return isAnswered;
 }
 
 Task<void> open(OperationContext context, FileToOpen file, std::string application)
@@ -121,8 +151,14 @@ Task<void> open(OperationContext context, FileToOpen file, std::string applicati
     if (file.kind != EntryKind::file && file.kind != EntryKind::symlink)
         throw ApplicationError::NothingOpens(file.path);
     auto path = file.path;
-    if (!isOfThisMachine(context))
+    if (!isOfThisMachine(context)) {
+        if (application.empty()) {
+            auto const isAnswered = co_await isAnsweredByBeginning(context, file);
+            if (isAnswered)
+                co_return;
+        }
         path = co_await bring(context, file);
+    }
     auto const &applications = context.opening.applications;
     auto const modeThere = isOfThisMachine(context) ? std::uint16_t(0) : file.mode;
     auto nature = co_await applications->natureOf(path, modeThere);

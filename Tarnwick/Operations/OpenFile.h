@@ -30,7 +30,8 @@ Task<bool> mayFetch(OperationContext context, FileToOpen file, Purpose purpose);
 /// Opens a file of the operands' connection with an application, or with the usual one where none is named. A file that
 /// lies elsewhere is fetched first; what is opened then is a local copy.
 ///
-/// A program is not run: a question says what it is, and offers to run it if it is the user's own.
+/// A program is not run: a question says what it is and offers to view it, to choose an application, and to run it if
+/// it is the user's own.
 /// Errors: on the status line of the pane.
 Task<void> openWithSystem(OperationContext context, FileToOpen file, std::string application = {});
 

@@ -14,6 +14,7 @@ namespace tw {
 class Archives;
 class Connections;
 class Transfer;
+struct FileToOpen;
 
 /// What an operation is given when its key is pressed. What the pane does afterwards changes nothing about it.
 ///
@@ -31,6 +32,8 @@ struct OperationContext {
     std::function<std::shared_ptr<Archives>()> makeArchives = {}; ///< likewise
     std::function<Task<std::string>()> makeScratchFolder = {};    ///< for local copies; the operation removes it
     OpeningServices opening = {};
+    /// Opens a viewer on a file of that place. The status line says why there is none.
+    std::function<void(Operands const &where, FileToOpen const &file)> view = {};
 
     /// Shows on the pane's status line what kept the operation from beginning, or that the user has cancelled it.
     void warn(Text const &text) const;

@@ -29,15 +29,20 @@ std::string whyItIsNotRun(FileNature const &nature, Origin const &origin)
 
 } // namespace
 
-std::optional<Dialogs::Confirmation> before(FileNature const &nature, std::string const &name, Origin const &origin)
+std::optional<Question> before(FileNature const &nature, std::string const &name, Origin const &origin)
 {
     if (nature.kind == FileNature::Kind::document)
         return std::nullopt;
     auto const objection = whyItIsNotRun(nature, origin);
-    return Dialogs::Confirmation{.title = "Open " + onOneLine(name) + "?",
+    Question question{.choice = {.title = "Open " + onOneLine(name) + "?",
                                  .message = whatItIs(nature.kind) + (objection.empty() ? "" : "\n" + objection),
-                                 .okTitle = "Open With…",
-                                 .otherTitle = objection.empty() ? "Run" : ""};
+                                 .ways = {"View", "Open With…"}},
+                      .ways = {Way::view, Way::openWith}};
+    if (objection.empty()) {
+        question.choice.ways.emplace_back("Run");
+        question.ways.push_back(Way::run);
+    }
+    return question;
 }
 
 } // namespace tw::ProgramQuestion

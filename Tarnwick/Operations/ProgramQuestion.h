@@ -13,10 +13,18 @@ struct Origin {
     std::string host = {}; ///< empty: it lies on this machine
 };
 
+enum class Way {
+    view,     ///< in the viewer, where nothing is executed
+    openWith, ///< with an application that the user chooses
+    run,      ///< offered only for a file of the user's own: neither for one of a host nor for a download
+};
+
+struct Question {
+    Dialogs::Choice choice;
+    std::vector<Way> ways; ///< as many as the choice has, in its order
+};
+
 /// What is asked before a file is opened that would be executed. Nothing for a document.
-///
-/// The answer `ok` opens it with an application that the user chooses. `other` runs it, and is offered for a file of
-/// the user's own only: not for one of a host or a download, whether or not it has a mark.
-std::optional<Dialogs::Confirmation> before(FileNature const &nature, std::string const &name, Origin const &origin);
+std::optional<Question> before(FileNature const &nature, std::string const &name, Origin const &origin);
 
 } // namespace tw::ProgramQuestion

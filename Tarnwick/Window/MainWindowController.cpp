@@ -234,7 +234,11 @@ OperationContext MainWindowController::contextOf(std::shared_ptr<PaneController>
                              .makeTransfer = services.transfers,
                              .makeArchives = services.archives,
                              .makeScratchFolder = services.dragFolders,
-                             .opening = services.opening};
+                             .opening = services.opening,
+                             .view = [this, weak = std::weak_ptr(of)](Operands const &where, FileToOpen const &file) {
+                                 if (auto const asked = weak.lock()) // the panes go with this
+                                     view(*asked, where, file);
+                             }};
     context.target.names.clear();
     for (auto const &each : containers) {
         for (auto const &one : each->panes())

@@ -199,6 +199,7 @@ private:
     void accept(DropHover::Drop const &drop);
     static Task<void> delivering(OperationContext context, DropHover::Drop const &drop);
     void openFile(std::shared_ptr<PaneController> const &pane, std::string const &path);
+    void view(PaneController &pane, Operands const &where, FileToOpen const &file) const;
     void rereadAfterUploads();
     OperationContext contextOf(std::shared_ptr<PaneController> const &pane) const;
     void readHosts();

@@ -1,4 +1,4 @@
-// A viewer on the file under the cursor of the active pane.
+// Viewers on files of the panes.
 
 #include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Viewer/ViewerWords.h"
@@ -31,21 +31,28 @@ void MainWindowController::cmdView()
 {
     auto &pane = activePane();
     auto const *const entry = entryUnderCursor(pane);
-    if (!entry || !fileToView || !window)
+    if (!entry)
         return pane.refuse();
-    if (!mayBeAFile(entry->kind))
-        return pane.showStatus(PaneStatus::warning(ViewerWords::notAFile(entry->kind)));
-    auto reader = std::dynamic_pointer_cast<FileSystemReader>(pane.browserOnShow()->providerRef());
-    if (!reader)
-        return pane.showStatus(PaneStatus::warning({"%@ cannot be read", {pane.connectionName()}}));
     auto const path = pane.model().snapshot()->childPath(*entry);
-    window->openViewer(std::make_shared<ViewerController>(collaborators.mainContext,
-                                                          ViewerSubject{.file = fileToView(std::move(reader), path),
-                                                                        .decode = decodePicture,
-                                                                        .label = pane.connectionName(),
-                                                                        .path = path,
-                                                                        .kind = entry->kind,
-                                                                        .size = entry->size}));
+    view(pane, pane.operands(), {.path = path, .kind = entry->kind, .size = entry->size});
+}
+
+void MainWindowController::view(PaneController &pane, Operands const &where, FileToOpen const &file) const
+{
+    if (!fileToView || !window)
+        return pane.refuse();
+    if (!mayBeAFile(file.kind))
+        return pane.showStatus(PaneStatus::warning(ViewerWords::notAFile(file.kind)));
+    auto reader = std::dynamic_pointer_cast<FileSystemReader>(where.browser->providerRef());
+    if (!reader)
+        return pane.showStatus(PaneStatus::warning({"%@ cannot be read", {where.connection}}));
+    window->openViewer(std::make_shared<ViewerController>(
+        collaborators.mainContext, ViewerSubject{.file = fileToView(std::move(reader), file.path),
+                                                 .decode = decodePicture,
+                                                 .label = where.connection,
+                                                 .path = file.path,
+                                                 .kind = file.kind,
+                                                 .size = file.size}));
 }
 
 } // namespace tw

@@ -125,6 +125,7 @@ TEST_F(DesktopApplicationsTest, theNatureOfAFileIsReadFromIt)
     EXPECT_FALSE(nature.mayBeExecuted);
     EXPECT_EQ(nature.isMarkedAsFetched, Scratch::isMarkedAsFetched(script));
     EXPECT_EQ(loop.run(applications.natureOf(folder.file("new.txt"))).contentType, "text/plain") << "an empty file";
+    EXPECT_EQ(loop.run(applications.natureOfBeginning("run.sh", "#!/bin/sh\n", 0755)).kind, FileNature::Kind::script);
 }
 
 TEST_F(DesktopApplicationsTest, whatIsNoFileIsNotWaitedFor)

@@ -16,9 +16,11 @@
 namespace tw::test {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 class OpenFileTest : public testing::Test {
@@ -44,9 +46,12 @@ protected:
                 .pane = pane,
                 .panes = {},
                 .dialogs = dialogs,
-                .opening = {.applications = applications, .copies = copies, .activationToken = [] {
-                                return std::string("token");
-                            }}};
+                .opening = {.applications = applications,
+                            .copies = copies,
+                            .activationToken = [] { return std::string("token"); }},
+                .view = [this](Operands const &where, FileToOpen const &viewedFile) {
+                    viewed.push_back(where.connection + ':' + viewedFile.path);
+                }};
     }
 
     static FileToOpen file(std::int64_t size = 4)
@@ -74,6 +79,7 @@ protected:
         PaneController::create({.mainContext = loop.context(), .clock = clock, .defaults = defaults}, browser, "web");
     std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();
     std::shared_ptr<FakeApplications> applications = std::make_shared<FakeApplications>();
+    std::vector<std::string> viewed;
     std::shared_ptr<RemoteFiles> copies =
         std::make_shared<RemoteFiles>(engine, Scratch::Place{.base = folder.path("scratch")});
 };
@@ -111,11 +117,11 @@ TEST_F(OpenFileTest, aLargeFileIsFetchedAfterAQuestionOnly)
         EXPECT_EQ(dialogs->confirmations.back().question.title, "Fetch a.txt?");
         EXPECT_EQ(dialogs->confirmations.back().question.message,
                   "It is 256M. Opening it means copying the whole file from web first.");
-        EXPECT_THAT(host->requests, IsEmpty());
+        EXPECT_THAT(host->requests, Not(Contains("download /srv/a.txt")));
         dialogs->confirmations.back().answer(answer);
         runUntil([&] { return started.isDone(); });
     }
-    EXPECT_THAT(host->requests, ElementsAre("download /srv/a.txt"));
+    EXPECT_THAT(host->requests, Contains("download /srv/a.txt"));
     auto exactly = file(mostFetchedUnasked);
     run(openWithSystem(context("web"), exactly));
     EXPECT_THAT(dialogs->confirmations, SizeIs(2));
@@ -155,22 +161,43 @@ TEST_F(OpenFileTest, aProgramIsNotRunByOpeningIt)
 {
     applications->nature = {.kind = FileNature::Kind::script, .contentType = "text/plain", .mayBeExecuted = true};
     auto const own = begin(openWithSystem(context("local"), file()));
-    runUntil([&] { return dialogs->confirmations.size() == 1; });
-    EXPECT_EQ(dialogs->confirmations[0].question.otherTitle, "Run");
-    dialogs->confirmations[0].answer(Dialogs::Answer::other);
+    runUntil([&] { return dialogs->waysAsked.size() == 1; });
+    EXPECT_THAT(dialogs->waysAsked[0].question.ways, ElementsAre("View", "Open With…", "Run"));
+    dialogs->waysAsked[0].answer(2);
     runUntil([&] { return own.isDone(); });
     EXPECT_THAT(applications->ran, ElementsAre("/srv/a.txt"));
 
+    for (auto const way : {std::optional<std::size_t>(), std::optional<std::size_t>(0)}) {
+        auto const asked = dialogs->waysAsked.size();
+        auto const started = begin(openWithSystem(context("web"), file()));
+        runUntil([&] { return dialogs->waysAsked.size() == asked + 1; });
+        dialogs->waysAsked.back().answer(way);
+        runUntil([&] { return started.isDone(); });
+    }
+    EXPECT_THAT(viewed, ElementsAre("web:/srv/a.txt"));
+
     auto const remote = begin(openWithSystem(context("web"), file()));
-    runUntil([&] { return dialogs->confirmations.size() == 2; });
-    EXPECT_EQ(dialogs->confirmations[1].question.otherTitle, "");
-    dialogs->confirmations[1].answer(Dialogs::Answer::ok);
+    runUntil([&] { return dialogs->waysAsked.size() == 4; });
+    EXPECT_THAT(dialogs->waysAsked[3].question.ways, ElementsAre("View", "Open With…"));
+    dialogs->waysAsked[3].answer(1);
     runUntil([&] { return dialogs->choices.size() == 1; });
     dialogs->choices[0].answer("eye.desktop");
     runUntil([&] { return remote.isDone(); });
     EXPECT_THAT(applications->ran, SizeIs(1));
     ASSERT_THAT(applications->opened, SizeIs(1)) << "by the application that was chosen, without a second question";
     EXPECT_EQ(applications->opened[0].application, "eye.desktop");
+}
+
+TEST_F(OpenFileTest, aLargeProgramOnAHostIsNotFetchedToBeAskedAbout)
+{
+    applications->nature.kind = FileNature::Kind::program;
+    auto const started = begin(openWithSystem(context("web"), file(mostFetchedUnasked + 1)));
+    runUntil([&] { return dialogs->waysAsked.size() == 1; });
+    dialogs->waysAsked[0].answer(0);
+    runUntil([&] { return started.isDone(); });
+    EXPECT_THAT(viewed, ElementsAre("web:/srv/a.txt"));
+    EXPECT_THAT(host->requests, ElementsAre("read /srv/a.txt"));
+    EXPECT_THAT(dialogs->confirmations, IsEmpty());
 }
 
 TEST_F(OpenFileTest, theChoiceHasTheUsualApplicationsFirstAndEachOnce)
@@ -189,38 +216,39 @@ TEST_F(OpenFileTest, theChoiceHasTheUsualApplicationsFirstAndEachOnce)
 TEST(ProgramQuestionTest, onlyWhatIsTheUsersOwnCanBeRun)
 {
     using Kind = FileNature::Kind;
+    using ProgramQuestion::Way;
 
     struct Case {
         FileNature nature;
         std::string host;
         std::string message;
-        std::string other;
+        bool canBeRun = false;
     };
 
-    for (auto const &[nature, host, message, other] : std::vector<Case>{
-             {{Kind::program, "", true, false}, "", "This is a program.", "Run"},
-             {{Kind::script, "", true, false}, "", "This is a script, which is a program.", "Run"},
+    for (auto const &[nature, host, message, canBeRun] : std::vector<Case>{
+             {{Kind::program, "", true, false}, "", "This is a program.", true},
+             {{Kind::script, "", true, false}, "", "This is a script, which is a program.", true},
              {{Kind::launcher, "", false, false},
               "",
-              "This is a launcher, which starts a program.\nIt may not be executed, so it is not run from here.",
-              ""},
+              "This is a launcher, which starts a program.\nIt may not be executed, so it is not run from here."},
              {{Kind::program, "", true, true},
               "",
-              "This is a program.\nIt was downloaded, so it is not run from here.",
-              ""},
+              "This is a program.\nIt was downloaded, so it is not run from here."},
              {{Kind::launcher, "", true, false},
               "web",
-              "This is a launcher, which starts a program.\nIt comes from web, so it is not run from here.",
-              ""},
+              "This is a launcher, which starts a program.\nIt comes from web, so it is not run from here."},
          }) {
         auto const question = ProgramQuestion::before(nature, "x", {.host = host});
         ASSERT_TRUE(question);
-        EXPECT_EQ(question->title, "Open x?");
-        EXPECT_EQ(question->message, message);
-        EXPECT_EQ(question->otherTitle, other);
-        EXPECT_EQ(question->okTitle, "Open With…");
+        EXPECT_EQ(question->choice.title, "Open x?");
+        EXPECT_EQ(question->choice.message, message);
+        std::vector ways{Way::view, Way::openWith};
+        if (canBeRun)
+            ways.push_back(Way::run);
+        EXPECT_EQ(question->ways, ways);
+        EXPECT_EQ(question->choice.ways.size(), ways.size());
     }
-    EXPECT_EQ(ProgramQuestion::before({Kind::document, "", true, true}, "x", {.host = "web"}), std::nullopt);
+    EXPECT_FALSE(ProgramQuestion::before({Kind::document, "", true, true}, "x", {.host = "web"}));
 }
 
 } // namespace

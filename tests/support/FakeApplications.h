@@ -27,6 +27,11 @@ public:
         co_return nature;
     }
 
+    Task<FileNature> natureOfBeginning(std::string /*name*/, std::string /*beginning*/, std::uint16_t /*mode*/) override
+    {
+        co_return nature;
+    }
+
     Task<std::vector<Application>> forType(std::string /*contentType*/) override { co_return suggested; }
 
     Task<std::vector<Application>> forName(std::string /*name*/) override { co_return suggested; }

@@ -47,6 +47,11 @@ public:
         return Completion<Answer>::wait(note(confirmations, std::move(question)));
     }
 
+    Task<std::optional<std::size_t>> choose(Choice question) override
+    {
+        return Completion<std::optional<std::size_t>>::wait(note(waysAsked, std::move(question)));
+    }
+
     Task<std::optional<std::string>> chooseApplication(ApplicationChoice question) override
     {
         return Completion<std::optional<std::string>>::wait(note(choices, std::move(question)));
@@ -86,6 +91,8 @@ public:
             each.cancel();
         for (auto const &each : confirmations)
             each.cancel();
+        for (auto const &each : waysAsked)
+            each.cancel();
         for (auto const &each : choices)
             each.cancel();
         for (auto const &each : conflicts)
@@ -100,6 +107,7 @@ public:
     std::vector<Asked<Prompt, std::optional<std::string>>> prompts;
     std::vector<Asked<PackPrompt, std::optional<PackTarget>>> packPrompts;
     std::vector<Asked<Confirmation, Answer>> confirmations;
+    std::vector<Asked<Choice, std::optional<std::size_t>>> waysAsked;
     std::vector<Asked<ApplicationChoice, std::optional<std::string>>> choices;
     std::vector<Asked<Conflicts, Resolution>> conflicts;
     std::vector<Asked<std::string, Done>> errors;

@@ -72,19 +72,26 @@ TEST_F(ApplicationSheetTest, withNothingChosenItStaysOpen)
     EXPECT_EQ(finished.count(), 1);
 }
 
-TEST(QuestionSheetTest, theOtherWayIsAButtonThatReturnDoesNotPress)
+TEST(QuestionSheetTest, eachWayIsAButtonAndReturnPressesTheFirst)
 {
     QWidget window;
-    QuestionSheet sheet({.title = "Open x?", .message = "m", .okTitle = "Open With…", .otherTitle = "Run"}, &window);
-    auto const buttons = sheet.buttons().buttons();
-    auto const run = std::ranges::find(buttons, QStringLiteral("Run"), &QAbstractButton::text);
-    ASSERT_NE(run, buttons.end());
-    EXPECT_FALSE(qobject_cast<QPushButton *>(*run)->isDefault());
-    EXPECT_FALSE(qobject_cast<QPushButton *>(*run)->autoDefault());
-    QSignalSpy finished(&sheet, &QDialog::finished);
-    (*run)->click();
+    QPointer sheet(new QuestionSheet(
+        Dialogs::Choice{.title = "Open x?", .message = "m", .ways = {"View", "Open", "Run"}}, &window));
+    auto const button = [&](QString const &text) {
+        auto const buttons = sheet->buttons().buttons();
+        return qobject_cast<QPushButton *>(*std::ranges::find(buttons, text, &QAbstractButton::text));
+    };
+    EXPECT_TRUE(button(QStringLiteral("View"))->isDefault());
+    for (auto const *const way : {"Open", "Run"}) {
+        EXPECT_FALSE(button(QLatin1String(way))->isDefault());
+        EXPECT_FALSE(button(QLatin1String(way))->autoDefault()) << "the keyboard may be on it";
+    }
+    button(QStringLiteral("Cancel"))->click();
+    EXPECT_EQ(sheet->wayTaken(), std::nullopt);
+    QSignalSpy finished(sheet, &QDialog::finished);
+    button(QStringLiteral("Run"))->click();
     ASSERT_EQ(finished.count(), 1);
-    EXPECT_EQ(finished.at(0).at(0).toInt(), QuestionSheet::other);
+    EXPECT_EQ(sheet->wayTaken(), 2U);
 }
 
 TEST(OpenWithMenuTest, theApplicationsStandBeforeTheOtherOne)

@@ -1,9 +1,11 @@
 #include "Tarnwick/Toolkit/Viewer/ViewerWindow.h"
 
 #include "Tarnwick/Settings/Settings.h"
+#include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Viewer/ViewerImageView.h"
 #include "Tarnwick/Toolkit/Viewer/ViewerTextView.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
+#include "tests/support/FakeApplications.h"
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
@@ -87,6 +89,23 @@ TEST_F(ViewerWindowTest, f3OpensAFileAndEscapeClosesIt)
     view("a");
     type(Qt::Key_F3);
     processUntil([&] { return !viewer; });
+}
+
+TEST_F(ViewerWindowTest, theQuestionAboutAProgramOpensItInAViewer)
+{
+    left.file("program", "#!/bin/sh\n");
+    auto const applications = std::make_shared<FakeApplications>();
+    applications->nature.kind = FileNature::Kind::script;
+    opening.applications = applications;
+    open();
+    active().moveCursorTo(*active().model().rowForName("program"));
+    press(Qt::Key_Return);
+    QPointer<QuestionSheet> sheet;
+    processUntil([&] { return (sheet = window->findChild<QuestionSheet *>()) && sheet->isVisible(); });
+    QTest::keyClick(sheet, Qt::Key_Return);
+    processUntil([this] { return !window->openViewers().empty(); });
+    EXPECT_EQ(window->openViewers().front()->windowTitle(), QStringLiteral("local — program"));
+    EXPECT_TRUE(applications->opened.empty() && applications->ran.empty());
 }
 
 TEST_F(ViewerWindowTest, theKeysOfAPagerWork)

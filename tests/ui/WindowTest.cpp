@@ -40,8 +40,8 @@ void WindowTest::open()
 {
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections, nullptr,
-        WindowServices{
-            .transfers = [this] { return std::make_shared<TransferEngine>(runtime, TransferTools::find()); }});
+        WindowServices{.transfers = [this] { return std::make_shared<TransferEngine>(runtime, TransferTools::find()); },
+                       .opening = opening});
     controller->usePreviews(std::make_shared<FilePreviews>(runtime, [this] { return scratch.path(); }));
     controller->useViewers([this](auto place, auto path) { return ViewedFile::at(runtime, std::move(place), path); },
                            PictureReading::decoder(runtime));

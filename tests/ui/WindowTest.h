@@ -61,6 +61,7 @@ protected:
     TemporaryFolder left;
     TemporaryFolder right;
     TemporaryFolder scratch; ///< for files that previews fetch
+    OpeningServices opening; ///< of the next window; none, unless a test says otherwise
     EngineRuntime runtime;
     QtMainContext mainContext;
     MemoryDefaults defaults;

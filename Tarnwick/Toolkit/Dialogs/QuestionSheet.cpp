@@ -29,11 +29,6 @@ QuestionSheet::QuestionSheet(Dialogs::Confirmation const &question, QWidget *win
                                                             : QStyle::SP_MessageBoxQuestion)
 {
     auto *const ok = buttons().addButton(Wording::shown(question.okTitle), QDialogButtonBox::AcceptRole);
-    if (!question.otherTitle.empty()) {
-        auto *const otherWay = buttons().addButton(Wording::shown(question.otherTitle), QDialogButtonBox::ActionRole);
-        otherWay->setAutoDefault(false);
-        connect(otherWay, &QPushButton::clicked, this, [this] { done(other); });
-    }
     auto *const cancel = buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
     auto const isDestructive = question.danger == Dialogs::Danger::destructive;
     // A button that has the keyboard takes Return for itself. A destructive button must not.
@@ -43,6 +38,26 @@ QuestionSheet::QuestionSheet(Dialogs::Confirmation const &question, QWidget *win
     auto *const usual = isDestructive ? cancel : ok;
     usual->setDefault(true);
     usual->setFocus();
+}
+
+QuestionSheet::QuestionSheet(Dialogs::Choice const &question, QWidget *window)
+    : Sheet(Wording::shown(question.title), Wording::shown(question.message), window, QStyle::SP_MessageBoxQuestion)
+{
+    for (std::size_t way = 0; way < question.ways.size(); ++way) {
+        auto const isFirst = way == 0;
+        auto *const button = buttons().addButton(Wording::shown(question.ways[way]),
+                                                 isFirst ? QDialogButtonBox::AcceptRole : QDialogButtonBox::ActionRole);
+        button->setAutoDefault(isFirst);
+        connect(button, &QPushButton::clicked, this, [this, way] {
+            taken = way;
+            accept();
+        });
+        if (isFirst) {
+            button->setDefault(true);
+            button->setFocus();
+        }
+    }
+    buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
 }
 
 QuestionSheet::QuestionSheet(Failure failure, QWidget *window)

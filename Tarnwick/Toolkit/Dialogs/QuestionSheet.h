@@ -5,13 +5,15 @@
 
 namespace tw {
 
-/// Asks for yes or no, or says that something has failed.
+/// Asks for yes or no, or for one of several ways, or says that something has failed.
 class QuestionSheet final : public Sheet {
 public:
     QuestionSheet(Dialogs::Confirmation const &question, QWidget *window);
 
-    /// How the sheet finishes if the other way is chosen.
-    static constexpr int other = 2;
+    QuestionSheet(Dialogs::Choice const &question, QWidget *window);
+
+    /// The index of the way that was taken; nothing before, and if the user cancelled.
+    std::optional<std::size_t> wayTaken() const { return taken; }
 
     /// "Operation failed". `words`, if there are any, come up with a button.
     static QuestionSheet *ofError(Text const &message, std::string const &words, QWidget *window);
@@ -23,6 +25,8 @@ private:
 
     QuestionSheet(Failure failure, QWidget *window);
     void offerDetails(std::string const &words);
+
+    std::optional<std::size_t> taken;
 };
 
 } // namespace tw

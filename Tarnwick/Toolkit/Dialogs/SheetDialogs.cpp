@@ -105,9 +105,18 @@ Task<Dialogs::Answer> confirmIn(Queue queue, Dialogs::Confirmation question)
     ShownSheet const sheet(queue, new QuestionSheet(question, window), SheetQueue::Kind::question);
     auto const end = endOf(*sheet());
     auto const code = co_await Finished::wait(end);
-    if (code == QDialog::Accepted)
-        co_return Dialogs::Answer::ok;
-    co_return code == QuestionSheet::other ? Dialogs::Answer::other : Dialogs::Answer::cancel;
+    co_return code == QDialog::Accepted ? Dialogs::Answer::ok : Dialogs::Answer::cancel;
+}
+
+Task<std::optional<std::size_t>> chooseIn(Queue queue, Dialogs::Choice question)
+{
+    auto *const window = windowOf(queue);
+    ShownSheet const sheet(queue, new QuestionSheet(question, window), SheetQueue::Kind::question);
+    auto const end = endOf(*sheet());
+    co_await Finished::wait(end);
+    if (!sheet())
+        throw Cancelled();
+    co_return sheet()->wayTaken();
 }
 
 Task<std::optional<std::string>> chooseApplicationIn(Queue queue, Dialogs::ApplicationChoice question)
@@ -192,6 +201,11 @@ Task<std::optional<PackTarget>> SheetDialogs::packPrompt(PackPrompt question)
 Task<Dialogs::Answer> SheetDialogs::confirm(Confirmation question)
 {
     return confirmIn(queue, std::move(question));
+}
+
+Task<std::optional<std::size_t>> SheetDialogs::choose(Choice question)
+{
+    return chooseIn(queue, std::move(question));
 }
 
 Task<std::optional<std::string>> SheetDialogs::chooseApplication(ApplicationChoice question)

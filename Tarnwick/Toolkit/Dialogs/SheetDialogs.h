@@ -21,6 +21,7 @@ public:
     Task<std::optional<std::string>> prompt(Prompt question) override;
     Task<std::optional<PackTarget>> packPrompt(PackPrompt question) override;
     Task<Answer> confirm(Confirmation question) override;
+    Task<std::optional<std::size_t>> choose(Choice question) override;
     Task<std::optional<std::string>> chooseApplication(ApplicationChoice question) override;
     Task<Resolution> resolve(Conflicts question) override;
     std::unique_ptr<Progress> progress(std::string title, std::function<void()> onCancel) override;
