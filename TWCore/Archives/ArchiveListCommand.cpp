@@ -146,7 +146,9 @@ ArchiveMembers parse(Form form, std::string_view output, std::chrono::system_clo
 {
     switch (form) {
     case Form::tar:
-        return {.entries = ArchiveListing::parseTar(output), .beginWithDot = beginsWithDot(output)};
+        return {.entries = ArchiveListing::parseTar(output),
+                .beginWithDot = beginsWithDot(output),
+                .hardLinks = ArchiveListing::hardLinksIn(output)};
     case Form::gnuTar:
         return DatedListing::parseGnuTar(output);
     case Form::bsdTar:

@@ -115,11 +115,13 @@ std::int64_t sizeBefore(std::string_view line, std::size_t position)
     }
 }
 
+constexpr std::string_view beforeHardTarget = " link to ";
+
 /// What a link is followed by is its target.
 std::string_view withoutTarget(std::string_view name)
 {
     name = name.substr(0, name.find(" -> "));
-    return name.substr(0, name.find(" link to "));
+    return name.substr(0, name.find(beforeHardTarget));
 }
 
 std::optional<ArchiveEntry> entryOfTarLine(std::string_view line)
@@ -221,6 +223,21 @@ std::vector<ArchiveEntry> parseTar(std::string_view text)
             entries.push_back(*std::move(entry));
     }
     return entries;
+}
+
+std::vector<ArchiveMembers::HardLink> hardLinksIn(std::string_view text)
+{
+    std::vector<ArchiveMembers::HardLink> links;
+    while (auto const line = takeLine(text)) {
+        auto const place = line->starts_with('h') ? line->find(beforeHardTarget) : std::string_view::npos;
+        auto entry = place == std::string_view::npos ? std::nullopt : entryOfTarLine(*line);
+        if (!entry)
+            continue;
+        auto target = normalise(unescape(line->substr(place + beforeHardTarget.size())));
+        if (!target.empty())
+            links.push_back({std::move(entry->path), std::move(target)});
+    }
+    return links;
 }
 
 std::vector<ArchiveEntry> parse7z(std::string_view text)

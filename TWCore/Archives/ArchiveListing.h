@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TWCore/Archives/ArchiveEntry.h"
+#include "TWCore/Archives/ArchiveMembers.h"
 
 #include <string>
 #include <string_view>
@@ -15,6 +15,9 @@ namespace tw::ArchiveListing {
 /// The dates are not read: every tar writes them in another way. The size is the nearest whole number before the time
 /// of day, which for bsdtar is the day of the month.
 std::vector<ArchiveEntry> parseTar(std::string_view text);
+
+/// The hard links in the same output.
+std::vector<ArchiveMembers::HardLink> hardLinksIn(std::string_view text);
 
 /// The members in the output of `7z l -slt -ba`, which gives the dates in the time zone of this process.
 std::vector<ArchiveEntry> parse7z(std::string_view text);

@@ -144,12 +144,14 @@ std::string unescaped(std::string_view name)
     return plain;
 }
 
+constexpr std::string_view beforeHardTarget = " link to ";
+
 /// Behind the name of a link stands what it leads to.
 std::string_view withoutTarget(std::string_view name, char kind)
 {
     if (kind == 'l')
         return name.substr(0, name.find(" -> "));
-    return kind == 'h' ? name.substr(0, name.find(" link to ")) : name;
+    return kind == 'h' ? name.substr(0, name.find(beforeHardTarget)) : name;
 }
 
 struct Line {
@@ -158,6 +160,15 @@ struct Line {
     Seconds time;
     std::string_view name; ///< as it is written
 };
+
+/// Of a hard link; empty for another member.
+std::string targetOf(Line const &line)
+{
+    auto const place = line.kind == 'h' ? line.name.find(beforeHardTarget) : std::string_view::npos;
+    if (place == std::string_view::npos)
+        return {};
+    return ArchiveListing::normalise(unescaped(line.name.substr(place + beforeHardTarget.size())));
+}
 
 void add(ArchiveMembers &members, Line const &line)
 {
@@ -168,8 +179,11 @@ void add(ArchiveMembers &members, Line const &line)
     entry.size = entry.isDirectory ? 0 : line.size;
     members.beginWithDot = members.beginWithDot || name.starts_with(withDot);
     entry.path = ArchiveListing::normalise(std::move(name));
-    if (!entry.path.empty())
-        members.entries.push_back(std::move(entry));
+    if (entry.path.empty())
+        return;
+    if (auto target = targetOf(line); !target.empty())
+        members.hardLinks.push_back({entry.path, std::move(target)});
+    members.entries.push_back(std::move(entry));
 }
 
 /// What is behind the one blank that follows the fields.

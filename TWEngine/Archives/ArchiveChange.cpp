@@ -5,6 +5,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Archives/ArchiveStaging.h"
 #include "TWEngine/Archives/TarRewrite.h"
+#include "TWEngine/SSH/OneShotCommand.h"
 #include "TWEngine/Transfer/TransferCommands.h"
 
 #include <algorithm>
@@ -23,6 +24,9 @@ using ArchiveScripts::Script;
 
 /// A zip or a 7z without members is not longer.
 constexpr std::int64_t mostOfNothing = 32;
+
+/// As much of a listing says whether members are encrypted.
+constexpr std::size_t mostOfListing = std::size_t{64} << 20U;
 
 std::string nameOf(std::string const &path)
 {
@@ -131,7 +135,7 @@ Task<void> runTool(Shared change, std::optional<ArchiveCommands::Call> call)
 {
     if (!call)
         throw noToolFor(change->format);
-    co_await ArchiveChild::run(change->work, ArchiveChild::command(*call), change->job);
+    co_await ArchiveChild::run(change->work, *call, change->job);
 }
 
 /// Where files to be added stand under the paths that they get in the archive.
@@ -158,8 +162,28 @@ Task<Laid> layOut(Shared change, std::vector<std::string> paths, std::string inn
     co_return laid;
 }
 
+/// 7-Zip adds files as they are, also beside encrypted members. An archive that hides its names cannot be listed
+/// without its password, and hides what is added too.
+Task<void> refuseIfEncrypted(Shared change)
+{
+    auto const &program = change->work->here.sevenZip;
+    if (change->format == ArchiveFormat::tarGz || program.empty())
+        co_return;
+    ArchiveCommands::Call listing{.program = program};
+    for (auto const *const option : {"l", "-slt", "-ba", "-bso0", "--"})
+        listing.arguments.push_back({.option = option});
+    listing.arguments.push_back({.kind = ArchiveCommands::Argument::Value::path, .value = change->before.path});
+    auto child = ArchiveChild::command(listing);
+    child.output = PipeEnd{};
+    auto const listed = co_await OneShotCommand::run(change->work->engine.io(), std::move(child), mostOfListing);
+    if (listed.status.isSuccess() && listed.output.contains("\nEncrypted = +\n"))
+        throw FileOperationError::Unsupported(nameOf(change->before.path) +
+                                              " is encrypted, and files would be added to it unencrypted");
+}
+
 Task<void> addTo(Shared change, std::vector<std::string> paths, std::string inner)
 {
+    co_await refuseIfEncrypted(change);
     co_await begin(change);
     auto const laid = co_await layOut(change, std::move(paths), std::move(inner));
     auto const tools = change->work->here;

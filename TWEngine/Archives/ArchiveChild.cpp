@@ -1,8 +1,7 @@
 #include "TWEngine/Archives/ArchiveChild.h"
 
+#include "TWCore/Archives/ArchiveFailure.h"
 #include "TWCore/Async/ChildTask.h"
-#include "TWCore/Model/FileOperationError.h"
-#include "TWEngine/Transfer/TransferChild.h"
 #include "TWEngine/Transfer/TransferCommands.h"
 
 #include <filesystem>
@@ -12,28 +11,13 @@ namespace tw::ArchiveChild {
 
 namespace {
 
-/// As often as a person can read it.
-constexpr std::chrono::milliseconds timeBetweenLooks{100};
-
 constexpr std::chrono::milliseconds noPatience{0};
-
-Environment environment()
-{
-    auto environment = TransferCommands::tarEnvironment(inheritedEnvironment());
-    environment.insert_or_assign("TAR_OPTIONS", "--no-unquote"); // of GNU tar alone
-    // In another encoding some tools spoil names, and their words could not be told apart.
-    environment.insert_or_assign("LC_ALL", "C.UTF-8");
-    // zip and unzip have options of users there.
-    for (auto const *const each : {"ZIP", "ZIPOPT", "UNZIP", "UNZIPOPT", "GZIP"})
-        environment.erase(each);
-    return environment;
-}
 
 ChildCommand programOf(std::string program, std::vector<std::string> arguments)
 {
     return {.program = std::move(program),
             .arguments = std::move(arguments),
-            .environment = environment(),
+            .environment = environment(inheritedEnvironment()),
             .error = PipeEnd{},
             .session = ChildCommand::Session::own,
             .end = ChildCommand::End::withProgram};
@@ -69,6 +53,7 @@ Task<void> watch(ArchiveWork::Shared work, TransferChild::Shared child, Job job)
 {
     for (;;) {
         co_await work->engine.clock()->sleep(timeBetweenLooks);
+        endIfItAsksAgain(*child, work->password);
         TransferProgress progress{.total = job.total, .item = job.item};
         progress.bytes = bytesRead(child->process().processId(), job.reads);
         if (job.total)
@@ -87,6 +72,19 @@ Task<ExitStatus> untilExit(ArchiveWork::Shared work, TransferChild::Shared child
 
 } // namespace
 
+Environment environment(Environment inherited)
+{
+    auto environment = TransferCommands::tarEnvironment(std::move(inherited));
+    environment.insert_or_assign("TAR_OPTIONS", "--no-unquote"); // of GNU tar alone
+    // In another encoding some tools spoil names, and their words could not be told apart.
+    environment.insert_or_assign("LC_ALL", "C.UTF-8");
+    environment.erase("LANGUAGE"); // GNU tar would translate its words all the same, and " link to " in a listing
+    // zip and unzip have options of users there.
+    for (auto const *const each : {"ZIP", "ZIPOPT", "UNZIP", "UNZIPOPT", "GZIP"})
+        environment.erase(each);
+    return environment;
+}
+
 ChildCommand command(ArchiveCommands::Call const &call)
 {
     auto command = programOf(call.program, call.words());
@@ -103,14 +101,40 @@ ChildCommand command(ArchiveScripts::Script const &script)
 
 Task<void> run(ArchiveWork::Shared work, ChildCommand command, Job job)
 {
+    bool const isAnswered = std::holds_alternative<PipeEnd>(command.input);
     auto const child = co_await TransferChild::start(work->engine, std::move(command));
+    if (isAnswered)
+        co_await answer(child, work->password);
     auto const exit = co_await outcomeOf(untilExit(work, child, job));
     if (!exit.value) {
         co_await TransferChild::endSoon(child, noPatience).withStop({});
         std::rethrow_exception(exit.failure);
     }
     if (auto const words = complaint(*exit.value, child->words()))
-        throw FileOperationError::Failed(job.operation, job.path, *words);
+        std::rethrow_exception(ArchiveFailure::of(job.operation, job.path, *words));
+}
+
+Task<void> run(ArchiveWork::Shared work, ArchiveCommands::Call call, Job job)
+{
+    auto child = command(call);
+    if (work->password)
+        child.input = PipeEnd{};
+    return run(std::move(work), std::move(child), std::move(job));
+}
+
+Task<void> answer(TransferChild::Shared child, std::optional<std::string> password)
+{
+    // A program that asks for nothing may have ended already.
+    if (password)
+        co_await outcomeOf(child->process().write(*password + "\n"));
+    child->process().closeInput();
+}
+
+void endIfItAsksAgain(TransferChild const &child, std::optional<std::string> const &password)
+{
+    std::size_t const answers = password ? 1 : 0;
+    if (ArchiveFailure::questionsIn(child.words()) > answers)
+        child.process().terminate();
 }
 
 std::int64_t bytesRead(pid_t process, std::string const &file)

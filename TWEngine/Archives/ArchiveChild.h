@@ -5,13 +5,17 @@
 #include "TWEngine/Archives/ArchiveWork.h"
 #include "TWEngine/Runtime/ChildCommand.h"
 #include "TWEngine/Runtime/ExitStatus.h"
+#include "TWEngine/Transfer/TransferChild.h"
 
 namespace tw {
 
 /// Programs of this machine that work on archives.
 namespace ArchiveChild {
 
-/// How such a program is started: no options of the user's, names in UTF-8, its words on its standard error.
+/// The environment for such a program, made of another one: no options of the user's, names in UTF-8, words in English.
+Environment environment(Environment inherited);
+
+/// How such a program is started: in that environment, with its words on its standard error.
 ChildCommand command(ArchiveCommands::Call const &call);
 ChildCommand command(ArchiveScripts::Script const &script);
 
@@ -28,8 +32,20 @@ struct Job {
 /// Runs a program to its end.
 ///
 /// Cancellation: ends it within 0.2 s, and throws Cancelled.
-/// Errors: FileOperationError::Failed, SpawnError.
+/// Errors: FileOperationError, see ArchiveFailure; SpawnError.
 Task<void> run(ArchiveWork::Shared work, ChildCommand command, Job job);
+
+/// The same for an archive tool, which gets the password at its input.
+Task<void> run(ArchiveWork::Shared work, ArchiveCommands::Call call, Job job);
+
+/// Writes the password, if there is one, into a program whose input is a pipe, and ends the input.
+Task<void> answer(TransferChild::Shared child, std::optional<std::string> password);
+
+/// Ends a program that asks for a password which it cannot have, or which it has refused.
+void endIfItAsksAgain(TransferChild const &child, std::optional<std::string> const &password);
+
+/// As often as a person can read what is reported, and soon enough for a program that asks without end.
+inline constexpr std::chrono::milliseconds timeBetweenLooks{100};
 
 /// How many bytes a process has read; of one file, if that is named, and by its children too.
 std::int64_t bytesRead(pid_t process, std::string const &file);

@@ -8,6 +8,9 @@
 #include "TWEngine/SSH/TransferFile.h"
 
 #include <algorithm>
+#include <limits>
+#include <set>
+#include <unordered_map>
 
 namespace tw {
 
@@ -58,20 +61,55 @@ Listings levelsOf(Listings const &folders, std::string const &path, int depth)
     return found;
 }
 
+/// Null: there is none.
+Entry const *entryAt(Listings const &folders, std::string const &path)
+{
+    auto const folder = folders.find(parentOf(path));
+    if (folder == folders.end())
+        return nullptr;
+    for (auto const &entry : folder->second.entries()) {
+        if (folder->second.nameBytes(entry) == lastComponent(path))
+            return &entry;
+    }
+    return nullptr;
+}
+
 /// What was made of an archive on a worker.
 struct Loaded {
     ArchiveTree tree;
     bool beginWithDot = false;
+    std::map<std::string, std::string> hardLinks = {};
 };
 
-Task<std::shared_ptr<Loaded>> load(EngineRuntime *engine, TransferEndpoint file)
+/// A hard link is as large as the member with its content; the tools say 0.
+void giveSizes(std::vector<ArchiveEntry> &entries, std::map<std::string, std::string> const &hardLinks)
 {
-    auto read = co_await ArchiveReading::read(*engine, file);
+    std::unordered_map<std::string_view, std::int64_t> sizes;
+    for (auto const &entry : entries)
+        sizes[entry.path] = entry.size;
+    for (auto &entry : entries) {
+        if (auto const link = hardLinks.find('/' + entry.path); link != hardLinks.end())
+            entry.size = std::max(entry.size, sizes[std::string_view(link->second).substr(1)]);
+    }
+}
+
+std::shared_ptr<Loaded> made(ArchiveMembers &members, std::chrono::system_clock::time_point now)
+{
+    std::map<std::string, std::string> links;
+    for (auto &[path, target] : members.hardLinks)
+        links.emplace('/' + path, '/' + target);
+    if (!links.empty())
+        giveSizes(members.entries, links);
+    return std::make_shared<Loaded>(
+        Loaded{ArchiveTree::build(members.entries, now), members.beginWithDot, std::move(links)});
+}
+
+Task<std::shared_ptr<Loaded>> load(EngineRuntime *engine, TransferEndpoint file, ArchiveReading::Access access)
+{
+    auto read = co_await ArchiveReading::read(*engine, file, std::move(access));
     auto const members = std::make_shared<ArchiveMembers>(std::move(read));
-    auto loaded = co_await engine->workers().run(WorkPriority::interactive, [members, clock = engine->clock()] {
-        return std::make_shared<Loaded>(
-            Loaded{ArchiveTree::build(members->entries, clock->now()), members->beginWithDot});
-    });
+    auto loaded = co_await engine->workers().run(
+        WorkPriority::interactive, [members, clock = engine->clock()] { return made(*members, clock->now()); });
     co_return loaded;
 }
 
@@ -123,11 +161,15 @@ Task<void> ArchiveProvider::connectHere(Self self)
     while (!self->isLoaded) {
         auto const before = self->forgettings;
         auto const file = co_await fileHere(self);
-        auto const loaded = co_await load(&self->engine, file);
+        auto const loaded = co_await ArchivePasswords::perform<std::shared_ptr<Loaded>>(
+            self->archive.passwords, file, [self, file](auto password) {
+                return load(&self->engine, file, {.password = std::move(password), .ssh = self->sshProgram});
+            });
         if (self->forgettings != before)
             continue; // the archive may have been changed since
         self->tree = std::move(loaded->tree);
         self->beginWithDot = loaded->beginWithDot;
+        self->hardLinks = std::move(loaded->hardLinks);
         self->isLoaded = true;
     }
 }
@@ -158,7 +200,9 @@ Task<void> ArchiveProvider::disconnectHere(Self self)
     ++self->forgettings;
     self->copy.clear();
     self->tree = {};
+    self->hardLinks = {};
     self->isLoaded = false;
+    self->isRefused = false;
     co_return;
 }
 
@@ -185,28 +229,80 @@ Task<std::int64_t> ArchiveProvider::fileSize(std::string path)
 Task<std::int64_t> ArchiveProvider::fileSizeHere(Self self, std::string path)
 {
     co_await connectHere(self);
-    auto const place = normalised(path);
-    auto const name = lastComponent(place);
-    auto const folder = self->tree.folders.find(parentOf(place));
-    if (folder != self->tree.folders.end()) {
-        for (auto const &entry : folder->second.entries()) {
-            if (folder->second.nameBytes(entry) == name)
-                co_return entry.size;
+    if (auto const *const entry = entryAt(self->tree.folders, normalised(path)))
+        co_return entry->size;
+    throw ReadError::NotReadable(path, "not in " + self->displayName());
+}
+
+Task<std::int64_t> ArchiveProvider::bytesOf(std::vector<std::string> paths)
+{
+    return onStrand(strand, bytesHere(shared_from_this(), std::move(paths)));
+}
+
+Task<std::int64_t> ArchiveProvider::bytesHere(Self self, std::vector<std::string> paths)
+{
+    co_await connectHere(self);
+    std::int64_t sum = 0;
+    for (auto const &path : paths) {
+        auto const place = normalised(path);
+        if (auto const *const entry = entryAt(self->tree.folders, place))
+            sum += std::clamp<std::int64_t>(entry->size, 0, std::numeric_limits<std::int64_t>::max() - sum);
+        for (auto const &[folder, listing] : levelsOf(self->tree.folders, place, self->maxUsefulDepth())) {
+            for (auto const &entry : listing.entries())
+                sum += std::clamp<std::int64_t>(entry.size, 0, std::numeric_limits<std::int64_t>::max() - sum);
         }
     }
-    throw ReadError::NotReadable(path, "not in " + self->displayName());
+    co_return sum;
+}
+
+Task<std::vector<std::string>> ArchiveProvider::contentsOutside(std::vector<std::string> paths)
+{
+    return onStrand(strand, contentsHere(shared_from_this(), std::move(paths)));
+}
+
+Task<std::vector<std::string>> ArchiveProvider::contentsHere(Self self, std::vector<std::string> paths)
+{
+    co_await connectHere(self);
+    std::set<std::string> found;
+    for (auto const &path : paths) {
+        auto const place = normalised(path);
+        auto const inside = place + '/';
+        auto const isCovered = [&](std::string const &each) { return each == place || each.starts_with(inside); };
+        for (auto link = self->hardLinks.lower_bound(place); link != self->hardLinks.end(); ++link) {
+            if (!link->first.starts_with(place))
+                break;
+            if (isCovered(link->first) && !isCovered(link->second))
+                found.insert(link->second);
+        }
+    }
+    co_return std::vector<std::string>(found.begin(), found.end());
 }
 
 std::string ArchiveProvider::memberName(std::string const &path) const
 {
-    return (beginWithDot ? "./" : "") + normalised(path).substr(1);
+    auto const place = normalised(path);
+    auto const link = hardLinks.find(place);
+    auto const &withContent = link == hardLinks.end() ? place : link->second;
+    return (beginWithDot ? "./" : "") + withContent.substr(1);
 }
 
 Task<void> ArchiveProvider::read(Self self, std::string path, OneShotCommand::Taker taker)
 {
     co_await connectHere(self); // before the name of the member is known
     auto const file = co_await fileHere(self);
-    co_await MemberReading::read(self->engine, self->sshProgram, {file, self->memberName(path)}, std::move(taker));
+    auto const asking = self->isRefused ? ArchivePasswords::Asking::forbidden : ArchivePasswords::Asking::allowed;
+    auto reading = ArchivePasswords::perform<void>(
+        self->archive.passwords, file,
+        [self, file, name = self->memberName(path), taker](auto password) {
+            return MemberReading::read(self->engine, self->sshProgram, {file, name, std::move(password)}, taker);
+        },
+        asking);
+    try {
+        co_await std::move(reading);
+    } catch (FileOperationError::Cancelled const &) {
+        self->isRefused = true;
+        throw;
+    }
 }
 
 Task<std::string> ArchiveProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)

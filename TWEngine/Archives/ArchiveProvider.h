@@ -2,11 +2,13 @@
 
 #include "TWCore/Archives/ArchiveTree.h"
 #include "TWCore/Provider/FileSystemReader.h"
+#include "TWEngine/Archives/ArchivePasswords.h"
 #include "TWEngine/Runtime/Strand.h"
 #include "TWEngine/SSH/OneShotCommand.h"
 #include "TWEngine/Transfer/TransferEndpoint.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -31,6 +33,7 @@ public:
         /// Brings a copy of an archive that lies in another one to this machine, and answers its path. Empty: no tool
         /// needs a copy.
         std::function<Task<std::string>()> bring = {};
+        ArchivePasswords::Shared passwords = {}; ///< null: nobody is asked for one
     };
 
     /// Starts nothing. `sshProgram` reads members of archives on hosts.
@@ -61,6 +64,12 @@ public:
     /// Always fails, without an effect.
     Task<void> upload(std::string localPath, std::string path) override;
 
+    /// The sizes of files and folders, with everything below them, as the listing has them. At most the largest number.
+    Task<std::int64_t> bytesOf(std::vector<std::string> paths);
+
+    /// The members elsewhere that have the content of hard links among these files and below these folders.
+    Task<std::vector<std::string>> contentsOutside(std::vector<std::string> paths);
+
     /// The archive file, as an endpoint, or the copy that is read in its place.
     Task<TransferEndpoint> file();
 
@@ -73,6 +82,8 @@ private:
     static Task<Listings> fetchHere(Self self, std::string path, int depth);
     static Task<std::string> readChunkHere(Self self, std::string path, std::int64_t offset, std::size_t length);
     static Task<std::int64_t> fileSizeHere(Self self, std::string path);
+    static Task<std::vector<std::string>> contentsHere(Self self, std::vector<std::string> paths);
+    static Task<std::int64_t> bytesHere(Self self, std::vector<std::string> paths);
     static Task<void> downloadHere(Self self, std::string path, std::string localPath);
     std::string memberName(std::string const &path) const;
     static Task<void> read(Self self, std::string path, OneShotCommand::Taker taker);
@@ -86,9 +97,12 @@ private:
     // On the strand.
     std::string copy; ///< the path of what was brought; empty: nothing was
     ArchiveTree tree;
-    bool beginWithDot = false; ///< see ArchiveMembers
+    bool beginWithDot = false;                    ///< see ArchiveMembers
+    std::map<std::string, std::string> hardLinks; ///< the path of the content by that of the link
     bool isLoaded = false;
     int forgettings = 0; ///< how often the members were forgotten
+    /// The user has given no password for a member, and is not asked for each file of a preview again.
+    bool isRefused = false;
 };
 
 } // namespace tw

@@ -1,16 +1,18 @@
 #include "TWEngine/Archives/ArchiveReading.h"
 
+#include "TWCore/Archives/ArchiveFailure.h"
 #include "TWCore/Archives/ArchiveListCommand.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Shell/EndableCommand.h"
+#include "TWEngine/Archives/ArchiveChild.h"
 #include "TWEngine/Archives/LocalArchiveTools.h"
+#include "TWEngine/Archives/PasswordedWork.h"
 #include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/SSH/OneShotCommand.h"
 #include "TWEngine/Transfer/HostWork.h"
-#include "TWEngine/Transfer/TransferCommands.h"
 
 namespace tw::ArchiveReading {
 
@@ -25,12 +27,9 @@ constexpr std::size_t tokenDigits = 16;
 /// Of a tool's words. bsdtar repeats its question for a passphrase thousands of times.
 constexpr std::size_t keptWords = 1024;
 
-std::string detailIn(std::string_view words)
+std::exception_ptr failure(std::string const &path, std::string_view words)
 {
-    // 7-Zip asks, and takes the end of its input for a break.
-    if (words.contains("Break signaled") || words.contains("Enter passphrase"))
-        return "it is encrypted, names and all";
-    return std::string(trimmed(repaired(words)));
+    return ArchiveFailure::of(operation, path, trimmed(repaired(words)));
 }
 
 /// All of a program's output.
@@ -49,8 +48,7 @@ Task<std::string> keep(std::shared_ptr<Captured> all, std::string piece)
 /// In an environment in which the tools write what DatedListing reads.
 ChildCommand childFor(ArchiveListCommand::Here const &command)
 {
-    auto environment = TransferCommands::tarEnvironment(inheritedEnvironment());
-    environment["LC_ALL"] = "C.UTF-8";
+    auto environment = ArchiveChild::environment(inheritedEnvironment());
     if (command.form == Form::gnuTar || command.form == Form::bsdTar)
         environment["TZ"] = "UTC";
     return {.program = command.program,
@@ -69,21 +67,28 @@ Task<ArchiveMembers> parsed(EngineRuntime *engine, Form form, std::shared_ptr<Ca
     });
 }
 
-Task<ArchiveMembers> readHere(EngineRuntime *engine, std::string path)
+Task<ArchiveMembers> readHere(EngineRuntime *engine, std::string path, Access access)
 {
     auto const tools = co_await LocalArchiveTools::ofThisMachine(*engine);
     auto const command = ArchiveListCommand::here(tools, path);
     auto const output = std::make_shared<Captured>();
-    auto const ended =
-        co_await OneShotCommand::run(engine->io(), childFor(command), keptWords,
-                                     [output](std::string piece) { return keep(output, std::move(piece)); });
+    auto child = childFor(command);
+    std::string input;
+    if (access.password) {
+        child.input = PipeEnd{};
+        input = *access.password + "\n";
+    }
+    auto const ended = co_await OneShotCommand::run(
+        engine->io(), std::move(child), keptWords,
+        [output](std::string piece) { return keep(output, std::move(piece)); }, std::move(input));
     if (!ended.status.isSuccess())
-        throw FileOperationError::Failed(operation, path, detailIn(ended.errors));
+        std::rethrow_exception(failure(path, ended.errors));
     auto members = co_await parsed(engine, command.form, output);
     co_return members;
 }
 
-Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::shared_ptr<CommandHost> host)
+Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::shared_ptr<CommandHost> host,
+                               Access access)
 {
     auto const capability = co_await host->archiveCapability();
     auto const dialect = co_await host->dialect();
@@ -91,22 +96,24 @@ Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::sha
     auto const token = randomDigits(tokenDigits);
     auto text =
         dialect == ShellDialect::posix ? EndableCommand::text(token, command.program, command.text) : command.text;
-    auto result = co_await HostWork::run(*engine, host, token, std::move(text), CommandEffect::none, limitOnHosts);
+    auto running = access.password ? PasswordedWork::run(*engine, access.ssh, host, {text, token, *access.password})
+                                   : HostWork::run(*engine, host, token, text, CommandEffect::none, limitOnHosts);
+    auto result = co_await std::move(running);
     auto const output = std::make_shared<Captured>(std::move(result.output));
     auto members = co_await parsed(engine, command.form, output);
     // What the tool has said about a failure is among its output, and no member.
     if (result.status != 0 && members.entries.empty())
-        throw FileOperationError::Failed(operation, path, detailIn(output->bytes));
+        std::rethrow_exception(failure(path, output->bytes));
     co_return members;
 }
 
 } // namespace
 
-Task<ArchiveMembers> read(EngineRuntime &engine, TransferEndpoint file)
+Task<ArchiveMembers> read(EngineRuntime &engine, TransferEndpoint file, Access access)
 {
     if (file.host())
-        return readThere(&engine, file.path(), file.host());
-    return readHere(&engine, file.path());
+        return readThere(&engine, file.path(), file.host(), std::move(access));
+    return readHere(&engine, file.path(), std::move(access));
 }
 
 } // namespace tw::ArchiveReading

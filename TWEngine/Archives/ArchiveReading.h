@@ -6,6 +6,8 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
+#include <string>
 
 namespace tw {
 
@@ -20,14 +22,21 @@ inline constexpr std::size_t mostBytes = std::size_t{1} << 30U;
 /// How long a host may take; it may have to unpack all of the archive for it.
 inline constexpr std::chrono::seconds limitOnHosts{300};
 
+/// How an archive whose names are encrypted is read.
+struct Access {
+    std::optional<std::string> password = {};
+    std::string ssh = {}; ///< the client that takes a password to a host
+};
+
 /// The members of the archive at `file`.
 ///
 /// An archive of a host that is damaged is listed up to the damage.
 ///
 /// Lifetime: the engine outlives the task.
 /// Cancellation: the tool ends, also on a POSIX host.
-/// Errors: FileOperationError; SpawnError if a program of this machine cannot be started; what the host throws.
-Task<ArchiveMembers> read(EngineRuntime &engine, TransferEndpoint file);
+/// Errors: FileOperationError, see ArchiveFailure; SpawnError if a program of this machine cannot be started; what the
+/// host throws.
+Task<ArchiveMembers> read(EngineRuntime &engine, TransferEndpoint file, Access access = {});
 
 } // namespace ArchiveReading
 

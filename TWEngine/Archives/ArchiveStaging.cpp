@@ -1,11 +1,12 @@
 #include "TWEngine/Archives/ArchiveStaging.h"
 
+#include "TWCore/Archives/ArchiveFailure.h"
 #include "TWCore/Async/ChildTask.h"
 #include "TWCore/Check.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Shell/EndableCommand.h"
-#include "TWEngine/Archives/LocalArchiveTools.h"
+#include "TWEngine/Archives/PasswordedWork.h"
 #include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Transfer/HostWork.h"
 #include "TWEngine/Transfer/TransferCommands.h"
@@ -25,8 +26,8 @@ void throwIfFailed(CommandResult const &result, ArchiveChild::Job const &job)
     if (result.status == 0)
         return;
     auto const words = trimmed(result.output);
-    throw FileOperationError::Failed(job.operation, job.path,
-                                     words.empty() ? "exit " + std::to_string(result.status) : std::string(words));
+    std::rethrow_exception(ArchiveFailure::of(
+        job.operation, job.path, words.empty() ? "exit " + std::to_string(result.status) : std::string(words)));
 }
 
 /// Members under another name than that of the archive are the only failure that another attempt mends.
@@ -45,7 +46,7 @@ Task<void> fill(ArchiveWork::Shared work, Steps steps)
 {
     co_await runScript(work, nullptr, ArchiveScripts::makeStaging(steps.staging), steps.job);
     for (std::size_t attempt = 0; attempt < steps.attempts.size(); ++attempt) {
-        auto running = ArchiveChild::run(work, ArchiveChild::command(steps.attempts[attempt]), steps.job);
+        auto running = ArchiveChild::run(work, steps.attempts[attempt], steps.job);
         auto const outcome = co_await outcomeOf(std::move(running));
         if (!outcome.failure)
             break;
@@ -97,7 +98,11 @@ Task<void> run(ArchiveWork::Shared work, Machine machine, Steps steps)
         co_return;
     }
     auto const token = randomDigits(16);
-    auto const result = co_await HostWork::run(work->engine, machine.host, token, text(steps, token));
+    auto const script = text(steps, token);
+    auto running = work->password ? PasswordedWork::run(work->engine, work->transfer.ssh, machine.host,
+                                                        {script, token, *work->password})
+                                  : HostWork::run(work->engine, machine.host, token, script);
+    auto const result = co_await std::move(running);
     throwIfFailed(result, steps.job);
 }
 

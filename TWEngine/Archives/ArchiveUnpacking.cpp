@@ -4,6 +4,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Archives/ArchivePipe.h"
+#include "TWEngine/Archives/ArchiveRoom.h"
 #include "TWEngine/Platform/Scratch.h"
 #include "TWEngine/Transfer/TransferCommands.h"
 #include "TWEngine/Transfer/TransferEngine.h"
@@ -105,6 +106,8 @@ bool isSameMachine(TransferEndpoint const &one, TransferEndpoint const &other)
 /// The first of the members that one call takes.
 Names takeSome(Names &members)
 {
+    if (members.empty())
+        return {};
     std::size_t bytes = 0;
     auto end = members.begin();
     do
@@ -155,8 +158,9 @@ Task<void> carryOver(ArchiveWork::Shared work, std::string staging, TransferEndp
         std::rethrow_exception(failure);
 }
 
-Task<void> extractSome(ArchiveWork::Shared work, Machine machine, Names members, TransferEndpoint archive,
-                       TransferEndpoint into)
+/// `contents` are unpacked too, and stay behind.
+Task<void> extractSome(ArchiveWork::Shared work, Machine machine, Names members, Names contents,
+                       TransferEndpoint archive, TransferEndpoint into)
 {
     auto const isHere = isSameMachine(archive, into);
     std::string staging = ArchiveStaging::newPath(into.path());
@@ -165,11 +169,13 @@ Task<void> extractSome(ArchiveWork::Shared work, Machine machine, Names members,
     auto const family = familyOf(archive.path());
     auto const file = co_await lookAt(work, archive);
     auto const count = std::to_string(members.size());
+    auto wanted = members;
+    wanted.insert(wanted.end(), contents.begin(), contents.end());
     Steps steps{.staging = staging,
                 .attempts = attemptsBy(machine, family,
                                        [&](auto prefix) {
                                            return ArchiveCommands::extract(machine.tools, family, file.path, staging,
-                                                                           members, prefix);
+                                                                           wanted, prefix);
                                        }),
                 .place = {},
                 .job = {.operation = "extract",
@@ -238,12 +244,14 @@ Task<void> unpackThere(ArchiveWork::Shared work, Steps steps, Machine machine, T
 
 } // namespace
 
-Task<void> extract(ArchiveWork::Shared work, Names members, TransferEndpoint archive, TransferEndpoint into)
+Task<void> extract(ArchiveWork::Shared work, Archives::Members members, TransferEndpoint archive, TransferEndpoint into)
 {
+    co_await ArchiveRoom::check(work, members.bytes, into);
+    auto contents = takeSome(members.contents); // more are not for one call, and the tool names those that it misses
     auto const machine = co_await ArchiveStaging::machineOf(work, archive.host());
-    while (!members.empty()) {
-        auto some = takeSome(members);
-        co_await extractSome(work, machine, std::move(some), archive, into);
+    while (!members.paths.empty()) {
+        auto some = takeSome(members.paths);
+        co_await extractSome(work, machine, std::move(some), contents, archive, into);
     }
 }
 
@@ -251,6 +259,7 @@ Task<void> unpack(ArchiveWork::Shared work, TransferEndpoint archive, TransferEn
 {
     auto const family = familyOf(archive.path());
     auto const isHere = isSameMachine(archive, into);
+    co_await ArchiveRoom::checkAll(work, archive, at(into.host(), folderOf(into.path())));
     if (!isHere && family == ArchiveFamily::tar && detectArchiveFormat(archive.path())) {
         auto const target = co_await ArchiveStaging::machineOf(work, into.host());
         co_await unpackStream(work, target, archive, into);

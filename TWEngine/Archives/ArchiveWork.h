@@ -13,6 +13,8 @@ struct ArchiveWork {
     TransferTools transfer;
     ArchiveTools here; ///< of this machine
     Transfer::Reporter report;
+    std::optional<std::string> password = {}; ///< of the archive; none: a tool that wants one fails
+    bool takesAnySize = false;                ///< the user wants all of it unpacked, however much it is
 
     using Shared = std::shared_ptr<ArchiveWork const>;
 };

@@ -4,6 +4,7 @@
 #include "TWEngine/SSH/OneShotCommand.h"
 #include "TWEngine/Transfer/TransferEndpoint.h"
 
+#include <optional>
 #include <string>
 
 namespace tw {
@@ -16,6 +17,7 @@ namespace MemberReading {
 struct Member {
     TransferEndpoint archive; ///< the file
     std::string name;         ///< as the archive writes it
+    std::optional<std::string> password = {};
 };
 
 /// Passes the content to `taker`, piece by piece. An exception of `taker` ends the reading and reaches the caller.
@@ -23,7 +25,7 @@ struct Member {
 ///
 /// Lifetime: the engine outlives the task.
 /// Cancellation: the tool ends.
-/// Errors: FileOperationError, SpawnError, and what the host throws.
+/// Errors: FileOperationError, see ArchiveFailure; SpawnError, and what the host throws.
 Task<void> read(EngineRuntime &engine, std::string sshProgram, Member member, OneShotCommand::Taker taker);
 
 } // namespace MemberReading

@@ -21,6 +21,7 @@ std::string topicOf(LoginQuestion const &question, LoginDialogue::Asker asker)
         return "other: " + question.prompt;
     case Kind::hostKey:
     case Kind::confirm:
+    case Kind::archive:
     case Kind::notice:
         return {};
     }

@@ -6,13 +6,14 @@
 
 namespace tw {
 
-/// A question that ssh asks while it logs in, as read from its prompt.
+/// A question that ssh asks while it logs in, as read from its prompt, or a like one.
 struct LoginQuestion {
     enum class Kind {
         password,
         passphrase, ///< of the key `keyPath`
         hostKey,    ///< whether the unknown key of a host is right; answered with "yes" or "no"
         confirm,    ///< yes or no, such as for the use of a key in an agent
+        archive,    ///< the password of the archive `host`
         notice,     ///< nothing to answer, such as "touch your key"; it goes by itself
         other       ///< a one-time code, or whatever else a host asks
     };

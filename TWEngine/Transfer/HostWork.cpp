@@ -25,6 +25,12 @@ Task<void> ask(std::shared_ptr<CommandHost> host, HostCommand command, Answer an
     }
 }
 
+Task<void> endOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token)
+{
+    auto ending = host->runCommand({.text = EndableCommand::end(token)});
+    co_await outcomeOf(withTimeOut(engine->clock(), patienceWithEnd, std::move(ending)).withStop({}));
+}
+
 Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token,
                           HostCommand command)
 {
@@ -33,10 +39,8 @@ Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> ho
     auto const context = co_await currentContext();
     spawn({context.executor, {}}, ask(host, std::move(command), answer));
     auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
-    if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix) {
-        auto ending = host->runCommand({.text = EndableCommand::end(token)});
-        co_await outcomeOf(withTimeOut(engine->clock(), patienceWithEnd, std::move(ending)).withStop({}));
-    }
+    if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix)
+        co_await endOn(engine, host, token);
     co_return outcome.take();
 }
 
@@ -47,6 +51,11 @@ Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host
 {
     return runOn(&engine, std::move(host), std::move(token),
                  {.text = std::move(text), .session = CommandSession::work, .effect = effect, .limit = limit});
+}
+
+Task<void> end(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token)
+{
+    return endOn(&engine, std::move(host), std::move(token));
 }
 
 } // namespace tw::HostWork

@@ -20,6 +20,9 @@ inline constexpr std::chrono::seconds longestWork{3600};
 Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
                         CommandEffect effect = CommandEffect::changes, std::chrono::seconds limit = longestWork);
 
+/// Ends such a command, best effort and whether or not the caller is being stopped.
+Task<void> end(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token);
+
 } // namespace HostWork
 
 } // namespace tw

@@ -42,7 +42,8 @@ std::shared_ptr<Browser> ArchiveBrowsers::operator()(ArchiveFile const &file) co
     auto host = std::dynamic_pointer_cast<CommandHost>(holder);
     ArchiveProvider::Archive archive{.file = host ? TransferEndpoint::remote(std::move(host), file.path)
                                                   : TransferEndpoint::local(file.path),
-                                     .hostLabel = file.connection};
+                                     .hostLabel = file.connection,
+                                     .passwords = passwords};
     if (std::dynamic_pointer_cast<ArchiveProvider>(holder)) {
         if (!copyOf)
             return nullptr;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWEngine/Archives/ArchivePasswords.h"
 #include "Tarnwick/Connections/OpenArchive.h"
 
 #include <functional>
@@ -21,6 +22,7 @@ struct ArchiveBrowsers {
     EngineRuntime &engine;
     std::string sshProgram; ///< reads members of archives on hosts
     CopyMember copyOf = {}; ///< empty: archives inside others cannot be opened
+    ArchivePasswords::Shared passwords = {};
 
     /// By `copies`, which is used on the main context.
     static CopyMember copiesBy(std::shared_ptr<Executor> mainContext, std::shared_ptr<RemoteFiles> copies);

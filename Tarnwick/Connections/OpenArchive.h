@@ -1,13 +1,14 @@
 #pragma once
 
 #include "TWCore/Async/Executor.h"
+#include "TWEngine/Archives/Archives.h"
 #include "TWEngine/Browsing/Browser.h"
-#include "TWEngine/Transfer/TransferEndpoint.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
 
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tw {
@@ -62,14 +63,35 @@ public:
     /// The archive file as a tool gets it: of one inside another, its copy on this machine.
     static Task<TransferEndpoint> endpoint(std::shared_ptr<OpenArchive const> self);
 
+    /// What an archive engine is given for members at these paths.
+    static Task<Archives::Members> members(std::shared_ptr<OpenArchive const> self, std::vector<std::string> paths);
+
     /// The next question lists the archive anew.
     static Task<void> forget(std::shared_ptr<OpenArchive const> self);
 
+    /// Remembers the size and the time of the archive file, which is being listed. A file inside another archive has
+    /// none that could change.
+    static Task<void> noteFile(std::weak_ptr<OpenArchive const> weak);
+
+    /// Forgets the members if the file has another size or time than it had then.
+    static Task<void> forgetIfChanged(std::shared_ptr<OpenArchive const> self);
+
 private:
+    struct Stamp {
+        std::int64_t size;
+        std::int64_t mtime;
+
+        friend bool operator==(Stamp const &, Stamp const &) = default;
+    };
+
+    static Task<std::optional<Stamp>> stampOf(ArchiveFile file);
+
     std::shared_ptr<Executor> const executor;
     ArchiveFile const archive;
     std::shared_ptr<Browser> const browser;
     std::shared_ptr<OpenArchive const> const around;
+
+    mutable std::optional<Stamp> listed; ///< of the file when it was listed; nothing if that is unknown
 };
 
 } // namespace tw

@@ -1,27 +1,43 @@
 #include "Tarnwick/Operations/ArchiveSteps.h"
 
-#include "TWCore/Async/Cancelled.h"
+#include "TWCore/Archives/ArchiveTooLarge.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
 #include "TWEngine/Browsing/LocalProvider.h"
+#include "Tarnwick/Operations/ArchiveWords.h"
 #include "Tarnwick/Operations/TransferSteps.h"
-#include "Tarnwick/Operations/TransferWords.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 namespace tw::ArchiveSteps {
 
 namespace {
 
-bool isCancelled(std::exception_ptr const &failure)
+/// What is said about work that was refused as too large; nothing about any other failure.
+std::optional<Dialogs::Confirmation> questionAbout(std::exception_ptr const &failure, std::string const &title)
 {
     try {
         std::rethrow_exception(failure);
-    } catch (FileOperationError::Cancelled const &) {
-        return true;
+    } catch (ArchiveTooLarge const &tooLarge) {
+        return ArchiveWords::unpackAllOf(title, tooLarge);
     } catch (...) {
-        return false;
+        return std::nullopt;
     }
+}
+
+/// Performs the work, and again if it was too large and the user wants it all the same.
+Task<void> begin(OperationContext context, std::shared_ptr<Archives> archives, Work work, Archives::Reporter reporter)
+{
+    auto outcome = co_await outcomeOf(work.begin(*archives, reporter));
+    auto question = outcome.failure ? questionAbout(outcome.failure, work.title) : std::nullopt;
+    if (question) {
+        auto const answer = co_await context.dialogs->confirm(*std::move(question));
+        if (answer == Dialogs::Answer::cancel)
+            throw FileOperationError::Cancelled();
+        archives->takeAnySize();
+        outcome = co_await outcomeOf(work.begin(*archives, reporter));
+    }
+    outcome.take();
 }
 
 } // namespace
@@ -42,9 +58,9 @@ Task<bool> perform(OperationContext context, Work work)
         if (auto const running = weak.lock())
             running->cancel();
     });
-    auto working = work.begin(*archives, TransferSteps::reporterTo(here.executor, shown));
+    auto working = begin(context, archives, work, TransferSteps::reporterTo(here.executor, shown));
     auto const outcome = co_await outcomeOf(std::move(working));
-    bool const wasCancelled = outcome.failure && isCancelled(outcome.failure);
+    bool const wasCancelled = outcome.failure && TransferSteps::isCancelled(outcome.failure);
     shown->conclude(!outcome.failure ? work.conclusion : PaneStatus::describe(outcome.failure).english());
     shown.reset();
     if (wasCancelled)
@@ -71,11 +87,7 @@ Task<bool> isTaken(OperationContext context, Operands where, std::string name)
     auto const facts = co_await where.browser->factsAbout(where.path, names);
     if (facts.state != FolderFacts::State::missing)
         co_return !facts.taken.empty();
-    auto const wanted = co_await context.dialogs->confirm(TransferWords::offerToCreate(where));
-    if (wanted == Dialogs::Answer::cancel)
-        throw Cancelled();
-    co_await where.browser->makeDirectory(where.path);
-    context.rereadAbove(where);
+    co_await TransferSteps::makeMissing(context, where);
     co_return false;
 }
 

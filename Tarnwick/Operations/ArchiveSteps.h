@@ -5,7 +5,7 @@
 
 #include <functional>
 
-/// The steps that packing and unpacking share.
+/// The steps that all work on archives shares.
 namespace tw::ArchiveSteps {
 
 /// The machine and the path of a place. Nothing for a place without files of its own, such as the inside of an archive.
@@ -18,8 +18,8 @@ struct Work {
     std::function<Task<void>(Archives &archives, Archives::Reporter onProgress)> begin;
 };
 
-/// Performs the work with its progress on show, which the user can cancel. True if it is done; otherwise the user has
-/// been told why not. Throws Cancelled if the window goes.
+/// Performs the work with its progress on show, which the user can cancel. Asks before much more is unpacked than there
+/// is room for. True if the work is done; otherwise the user has seen why not. Throws Cancelled if the window goes.
 Task<bool> perform(OperationContext context, Work work);
 
 /// A name has come into the folder of `where`: every pane that still shows the folder reads it again. In the panes

@@ -1,5 +1,7 @@
 #include "Tarnwick/Operations/ArchiveWords.h"
 
+#include "TWCore/Archives/ArchiveTooLarge.h"
+#include "TWCore/Archives/UnpackRoom.h"
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Connections/OpenArchive.h"
 #include "Tarnwick/Operations/CountPhrase.h"
@@ -54,6 +56,16 @@ Dialogs::Confirmation deleteFrom(std::string const &archive, Names const &names)
             .message = "This rewrites the archive. There is no Trash for what is inside one.\n\n" +
                        Dialogs::describe(names, mostNames),
             .okTitle = "Delete",
+            .danger = Dialogs::Danger::destructive};
+}
+
+Dialogs::Confirmation unpackAllOf(std::string const &what, ArchiveTooLarge const &tooLarge)
+{
+    auto message = "Unpacked it takes " + UnpackRoom::inWords(tooLarge.bytes);
+    message += tooLarge.free ? ". " + UnpackRoom::inWords(*tooLarge.free) + " are free there." : ".";
+    return {.title = what + "?",
+            .message = message + "\n\nSome archives are made to fill a disk.",
+            .okTitle = "Unpack",
             .danger = Dialogs::Danger::destructive};
 }
 

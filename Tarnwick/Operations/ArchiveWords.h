@@ -3,8 +3,12 @@
 #include "Tarnwick/Operations/Dialogs.h"
 #include "Tarnwick/Panes/Operands.h"
 
+namespace tw {
+
+class ArchiveTooLarge;
+
 /// What changes to archives, and copies out of them, ask and say.
-namespace tw::ArchiveWords {
+namespace ArchiveWords {
 
 /// More names than that in a list do not help to decide.
 inline constexpr std::size_t mostNames = 8;
@@ -19,4 +23,9 @@ Dialogs::Confirmation replaceAt(std::string const &place, std::vector<std::strin
 Dialogs::Confirmation replaceIn(std::string const &archive, std::vector<std::string> const &taken);
 Dialogs::Confirmation deleteFrom(std::string const &archive, std::vector<std::string> const &names);
 
-} // namespace tw::ArchiveWords
+/// `what` is the title of the work.
+Dialogs::Confirmation unpackAllOf(std::string const &what, ArchiveTooLarge const &tooLarge);
+
+} // namespace ArchiveWords
+
+} // namespace tw

@@ -38,13 +38,13 @@ Task<void> extract(OperationContext context, Operands what, Operands target)
     if (!into)
         throw FileOperationError::Unsupported("copying to " + target.connection);
     auto const archive = co_await OpenArchive::endpoint(what.archive);
-    ArchiveSteps::Work work{.title = TransferWords::title(TransferKind::copy, what.names.size()),
-                            .conclusion = "Copied " + countPhrase(what.names.size()) + " to " +
-                                          TransferWords::place(target) + ".",
-                            .begin = [members = ArchiveWords::membersOf(what), archive,
-                                      into = *into](Archives &archives, Archives::Reporter onProgress) {
-                                return archives.extract(members, archive, into, std::move(onProgress));
-                            }};
+    auto const members = co_await OpenArchive::members(what.archive, what.paths());
+    ArchiveSteps::Work work{
+        .title = TransferWords::title(TransferKind::copy, what.names.size()),
+        .conclusion = "Copied " + countPhrase(what.names.size()) + " to " + TransferWords::place(target) + ".",
+        .begin = [members, archive, into = *into](Archives &archives, Archives::Reporter onProgress) {
+            return archives.extract(members, archive, into, std::move(onProgress));
+        }};
     auto const isDone = co_await ArchiveSteps::perform(context, std::move(work));
     co_await target.browser->wroteInto(target.path, what.names);
     for (auto const &weak : context.panes) {

@@ -35,17 +35,6 @@ FileOperationError::Failed errorOf(TransferRefusal const &refusal, TransferJob c
     return {operation, job.target.path, ""};
 }
 
-bool isCancelled(std::exception_ptr const &failure)
-{
-    try {
-        std::rethrow_exception(failure);
-    } catch (FileOperationError::Cancelled const &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
 /// True if the target has everything that is to be written there, as if it were the source under another name. Two
 /// spellings of one host, or a host that is this machine, are two places.
 bool mayBeOneFolder(TakenNames::Facts const &facts)
@@ -112,6 +101,26 @@ Text conclusion(TransferJob const &job, TransferEnd const &end)
 
 } // namespace
 
+bool isCancelled(std::exception_ptr const &failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (FileOperationError::Cancelled const &) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+Task<void> makeMissing(OperationContext context, Operands folder)
+{
+    auto const wanted = co_await context.dialogs->confirm(TransferWords::offerToCreate(folder));
+    if (wanted == Dialogs::Answer::cancel)
+        throw Cancelled();
+    co_await folder.browser->makeDirectory(folder.path);
+    context.rereadAbove(folder);
+}
+
 Transfer::Reporter reporterTo(std::shared_ptr<Executor> main, std::weak_ptr<Progress> shown)
 {
     return [main = std::move(main), shown = std::move(shown),
@@ -132,11 +141,7 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
     auto const places = isOnePlace ? TransferRefusal::Places::same : TransferRefusal::Places::different;
     auto facts = co_await TakenNames::ask(job.source, job.target);
     if (facts.target.state == FolderFacts::State::missing) {
-        auto const wanted = co_await context.dialogs->confirm(TransferWords::offerToCreate(job.target));
-        if (wanted == Dialogs::Answer::cancel)
-            throw Cancelled();
-        co_await job.target.browser->makeDirectory(job.target.path);
-        context.rereadAbove(job.target);
+        co_await makeMissing(context, job.target);
         auto again = co_await TakenNames::ask(job.source, job.target);
         facts = std::move(again);
     }

@@ -11,6 +11,12 @@
 /// The steps that copying, moving, pasting and dropping have in common.
 namespace tw::TransferSteps {
 
+/// True if the user has called the work off.
+bool isCancelled(std::exception_ptr const &failure);
+
+/// Offers to make the folder, which is missing. Throws Cancelled if the user does not want that.
+Task<void> makeMissing(OperationContext context, Operands folder);
+
 /// Asks both places about the names, and refuses what would be nonsense before it begins. Throws what the places throw,
 /// and FileOperationError::Failed for nonsense. A folder that is missing at the target is offered to be made; Cancelled
 /// if the user does not want that.

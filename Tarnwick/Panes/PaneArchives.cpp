@@ -26,6 +26,7 @@ bool PaneController::enterArchive(ArchiveFile file, std::shared_ptr<OpenArchive 
     auto const name = file.name();
     auto const entered =
         std::make_shared<OpenArchive const>(collaborators.mainContext, std::move(file), inside, std::move(outer));
+    spawn({collaborators.mainContext, {}}, OpenArchive::noteFile(entered));
     startNavigation({.path = std::move(inner),
                      .source = std::move(inside),
                      .connection = entered->connection(),

@@ -1,6 +1,7 @@
 // How a pane keeps up with the folder on show.
 
 #include "TWCore/Async/OnExecutor.h"
+#include "Tarnwick/Connections/OpenArchive.h"
 #include "Tarnwick/Panes/FolderWatcher.h"
 #include "Tarnwick/Panes/PaneController.h"
 #include "Tarnwick/Panes/PaneStatus.h"
@@ -39,10 +40,13 @@ void PaneController::makeWatcher()
 void PaneController::startWatching()
 {
     isFolderGone = false;
-    if (Settings::autoRefresh.read(collaborators.defaults))
-        watcher->watch(connection, pathOnShow(), browser);
-    else
+    bool const isInside = archive && archive->outer();
+    if (!Settings::autoRefresh.read(collaborators.defaults) || isInside)
         watcher->stop();
+    else if (archive)
+        watcher->watch(archive->file().connection, archive->file().folder(), archive->file().holder);
+    else
+        watcher->watch(connection, pathOnShow(), browser);
 }
 
 void PaneController::stopWatching()
@@ -72,7 +76,10 @@ Task<void> PaneController::readBehindRows(std::weak_ptr<PaneController> weak)
         co_return;
     auto const source = self->browser;
     auto const path = self->pathOnShow();
+    auto inside = self->archive;
     self.reset();
+    if (inside)
+        co_await OpenArchive::forgetIfChanged(std::exchange(inside, nullptr));
     auto const outcome = co_await outcomeOf(source->revalidate(path));
     self = weak.lock();
     if (self && self->browser == source && self->pathOnShow() == path)

@@ -300,7 +300,7 @@ TEST_F(ArchiveEngineTest, aCancelLeavesEverythingAsItWas)
     };
     auto const file = archive("big.tar.gz");
     cancelled(makeArchives()->unpack(here(file), here(local.path("out")), reporter()));
-    cancelled(makeArchives()->extract({"d"}, here(file), targetHere(), reporter()));
+    cancelled(makeArchives()->extract({.paths = {"d"}}, here(file), targetHere(), reporter()));
     cancelled(
         makeArchives()->pack({"d"}, sourceHere(), here(local.path("a.tar.gz")), ArchiveFormat::tarGz, reporter()));
     cancelled(makeArchives()->pack({"d"}, sourceHere(), here(local.path("a.7z")), ArchiveFormat::sevenZip, reporter()));

@@ -1,3 +1,4 @@
+#include "TWCore/Archives/ArchiveTooLarge.h"
 #include "Tarnwick/Operations/CopyMove.h"
 #include "Tarnwick/Operations/Delete.h"
 #include "Tarnwick/Operations/Delivery.h"
@@ -59,6 +60,7 @@ protected:
     {
         auto const members = std::make_shared<ScriptedProvider>();
         members->usefulDepth = 1;
+        insides.push_back(members);
         members->answersAtOnce = [this](std::string const &path) -> Listings {
             ++listed;
             return {
@@ -83,7 +85,8 @@ protected:
     }
 
     std::shared_ptr<FakeArchives> archives = std::make_shared<FakeArchives>();
-    int listed = 0; ///< how often a folder of an archive was read
+    std::vector<std::shared_ptr<ScriptedProvider>> insides; ///< of the archives that were entered
+    int listed = 0;                                         ///< how often a folder of an archive was read
 };
 
 TEST_F(ArchiveChangesTest, copyTakesTheOperandsOutOfTheArchive)
@@ -108,6 +111,42 @@ TEST_F(ArchiveChangesTest, whatIsThereIsReplacedOnlyIfTheUserSaysSo)
     begin(copyOperands(context()));
     confirm(Dialogs::Answer::ok);
     EXPECT_EQ(archives->calls.size(), 1U);
+}
+
+TEST_F(ArchiveChangesTest, whatIsTooLargeIsUnpackedIfTheUserSaysSo)
+{
+    auto const tooLarge = std::make_exception_ptr(ArchiveTooLarge(std::int64_t{9} << 50U, std::int64_t{3} << 30U));
+    begin(copyOperands(context()));
+    archives->end->fail(tooLarge);
+    loop.drain();
+    EXPECT_EQ(dialogs->confirmations.back().question.title, "Copy 1 item?");
+    EXPECT_THAT(dialogs->confirmations.back().question.message,
+                HasSubstr("Unpacked it takes 9.0 PiB. 3.0 GiB are free there."));
+    confirm(Dialogs::Answer::cancel);
+    EXPECT_THAT(source.display.status, HasSubstr("cancelled"));
+    begin(copyOperands(context()));
+    archives->end->fail(tooLarge);
+    loop.drain();
+    confirm(Dialogs::Answer::ok);
+    EXPECT_EQ(archives->calls.back(), "extract docs/a /src/box.zip web1:/dst");
+    EXPECT_EQ(archives->calls.end()[-2], "take any size");
+    finishWork();
+    EXPECT_TRUE(operation->isDone());
+}
+
+TEST_F(ArchiveChangesTest, anArchiveThatAnotherProgramChangesIsListedAnew)
+{
+    auto const forgotten = [this] { return insides.back()->disconnects; };
+    source.pane->checkForChanges();
+    loop.drain();
+    EXPECT_EQ(forgotten(), 0);
+    here->file("/src/box.zip", "another content");
+    source.pane->checkForChanges();
+    loop.drain();
+    EXPECT_EQ(forgotten(), 1);
+    source.pane->checkForChanges();
+    loop.drain();
+    EXPECT_EQ(forgotten(), 1);
 }
 
 TEST_F(ArchiveChangesTest, whatCannotBeDoneIsSaid)

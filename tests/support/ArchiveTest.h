@@ -36,8 +36,8 @@ protected:
 
     std::shared_ptr<ArchiveEngine> makeArchives(std::optional<ArchiveTools> with = {})
     {
-        archives = with ? std::make_shared<ArchiveEngine>(engine, tools(), *with)
-                        : std::make_shared<ArchiveEngine>(engine, tools());
+        archives = with ? std::make_shared<ArchiveEngine>(engine, tools(), passwords, *with)
+                        : std::make_shared<ArchiveEngine>(engine, tools(), passwords);
         return archives;
     }
 
@@ -46,7 +46,8 @@ protected:
     std::string extract(Names members, TransferEndpoint archive, TransferEndpoint into,
                         std::optional<ArchiveTools> with = {})
     {
-        return outcomeOf(loop.start(makeArchives(std::move(with))->extract(members, archive, into, reporter())));
+        return outcomeOf(
+            loop.start(makeArchives(std::move(with))->extract({.paths = members}, archive, into, reporter())));
     }
 
     std::string unpack(TransferEndpoint archive, TransferEndpoint into, std::optional<ArchiveTools> with = {})
@@ -80,6 +81,7 @@ protected:
     std::set<std::string> arrived() const { return namesIn(local.path()); }
 
     std::shared_ptr<ArchiveEngine> archives; ///< the last one
+    ArchivePasswords::Shared passwords;      ///< null: nobody is asked
     std::atomic<int> reportCount = 0;
 };
 

@@ -22,9 +22,9 @@ public:
         return work("pack " + joined(names) + text(from) + " " + text(archive) + " " + std::string(rawText(format)));
     }
 
-    Task<void> extract(Names members, TransferEndpoint archive, TransferEndpoint into, Reporter) override
+    Task<void> extract(Members members, TransferEndpoint archive, TransferEndpoint into, Reporter) override
     {
-        return work("extract " + joined(members) + text(archive) + " " + text(into));
+        return work("extract " + joined(members.paths) + text(archive) + " " + text(into));
     }
 
     Task<void> unpack(TransferEndpoint archive, TransferEndpoint into, Reporter) override
@@ -41,6 +41,8 @@ public:
     {
         return work("remove " + joined(members) + archive);
     }
+
+    void takeAnySize() override { calls.emplace_back("take any size"); }
 
     void cancel() override { end->fail(std::make_exception_ptr(FileOperationError::Cancelled())); }
 

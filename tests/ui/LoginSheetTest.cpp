@@ -268,6 +268,20 @@ TEST_F(LoginSheetTest, aQuestionOfYesOrNoHasBoth)
     EXPECT_EQ(answer(), std::nullopt);
 }
 
+TEST_F(LoginSheetTest, thePasswordOfAnArchiveIsAskedForByItsName)
+{
+    auto ofArchive = question(QuestionKind::archive, "It is encrypted.");
+    ofArchive.host = "a.7z";
+    ofArchive.attempt = 2;
+    ask(ofArchive);
+    EXPECT_TRUE(named<QLabel>("Password of a.7z"));
+    EXPECT_TRUE(named<QLabel>("⚠︎ That was not accepted. Try again."));
+    EXPECT_FALSE(button("Unlock").isEnabled());
+    type("secret");
+    button("Unlock").click();
+    EXPECT_EQ(answer(), "secret");
+}
+
 TEST_F(LoginSheetTest, aNoticeGoesByItself)
 {
     ask(question(QuestionKind::notice, "Confirm user presence for key ED25519-SK SHA256:abc"));

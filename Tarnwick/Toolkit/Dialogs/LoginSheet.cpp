@@ -20,7 +20,11 @@ constexpr int mostCharacters = 1000;
 
 QString titleOf(LoginQuestion const &question)
 {
-    auto const *const title = question.kind == Kind::hostKey ? "Unknown key of %@" : "Log in to %@";
+    auto const *title = "Log in to %@";
+    if (question.kind == Kind::hostKey)
+        title = "Unknown key of %@";
+    else if (question.kind == Kind::archive)
+        title = "Password of %@";
     return Wording::shown(Text(title, {withNothingHidden(question.host)}));
 }
 
@@ -44,6 +48,7 @@ LoginSheet::LoginSheet(LoginQuestion const &question, QWidget *window)
     switch (question.kind) {
     case Kind::password:
     case Kind::passphrase:
+    case Kind::archive:
     case Kind::other:
         addField(question);
         break;
@@ -81,7 +86,8 @@ void LoginSheet::addField(LoginQuestion const &question)
         remember = new QCheckBox(Wording::shown("Remember in the key store"), this);
         addContent(remember);
     }
-    auto *const ok = buttons().addButton(Wording::shown("Log In"), QDialogButtonBox::AcceptRole);
+    auto const *const okTitle = question.kind == Kind::archive ? "Unlock" : "Log In";
+    auto *const ok = buttons().addButton(Wording::shown(okTitle), QDialogButtonBox::AcceptRole);
     ok->setDefault(true);
     // An empty answer would be sent to the host as an attempt.
     ok->setEnabled(false);

@@ -1,6 +1,6 @@
 #include "Tarnwick/Toolkit/Program/AppDelegate.h"
 
-#include "TWCore/Async/Outcome.h"
+#include "TWCore/Async/OnExecutor.h"
 #include "TWEngine/Applications/DesktopApplications.h"
 #include "TWEngine/Archives/ArchiveEngine.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -62,6 +62,20 @@ Task<void> shutDown(ConnectionRegistry *connections, std::shared_ptr<std::binary
     done->release();
 }
 
+Task<ArchivePasswords::Password> askForPassword(std::shared_ptr<WindowLoginPrompter> prompter,
+                                                ArchivePasswords::Question question)
+{
+    if (!prompter)
+        co_return std::nullopt;
+    LoginQuestion asked;
+    asked.kind = LoginQuestion::Kind::archive;
+    asked.host = std::move(question.archive);
+    asked.prompt = "It is encrypted. Its password is kept in memory until Tarnwick ends.";
+    asked.attempt = question.attempt;
+    auto const answer = co_await prompter->ask(std::move(asked));
+    co_return answer ? std::optional(std::string(answer->text.text())) : std::nullopt;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Collaborators collaborators)
@@ -108,12 +122,17 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         std::make_unique<TerminationSignals>(with.engine.io(), with.mainContext, [this](int /*signal*/) { quit(); });
 
     auto const copies = std::make_shared<RemoteFiles>(with.engine, with.scratch);
+    auto const passwords =
+        std::make_shared<ArchivePasswords>([main = with.mainContext, logins = with.logins](auto question) {
+            return onExecutor(main, askForPassword(logins, std::move(question)));
+        });
     controller = std::make_unique<MainWindowController>(
         PaneController::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
                                       with.engine.workers().executor(WorkPriority::interactive),
                                       ArchiveBrowsers{.engine = with.engine,
                                                       .sshProgram = TransferTools::find().ssh,
-                                                      .copyOf = ArchiveBrowsers::copiesBy(with.mainContext, copies)}},
+                                                      .copyOf = ArchiveBrowsers::copiesBy(with.mainContext, copies),
+                                                      .passwords = passwords}},
         with.connections,
         std::make_shared<SessionMemory>(
             SessionMemory::Collaborators{with.mainContext, with.engine.clock(), with.defaults,
@@ -121,8 +140,8 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
         WindowServices{
             .transfers = [&engine = with.engine,
                           tools = TransferTools::find()] { return std::make_shared<TransferEngine>(engine, tools); },
-            .archives = [&engine = with.engine,
-                         tools = TransferTools::find()] { return std::make_shared<ArchiveEngine>(engine, tools); },
+            .archives = [&engine = with.engine, tools = TransferTools::find(),
+                         passwords] { return std::make_shared<ArchiveEngine>(engine, tools, passwords); },
             .dragFolders =
                 [&engine = with.engine, place = with.scratch] {
                     return engine.workers().run(WorkPriority::interactive,

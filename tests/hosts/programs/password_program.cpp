@@ -83,6 +83,8 @@ std::string_view nameOf(LoginQuestion::Kind kind)
         return "host key";
     case LoginQuestion::Kind::confirm:
         return "confirm";
+    case LoginQuestion::Kind::archive:
+        return "archive";
     case LoginQuestion::Kind::notice:
         return "notice";
     case LoginQuestion::Kind::other:
