@@ -1,9 +1,11 @@
 // The parsers of archive listings over any text, and the folders that are made of what they find.
 //
-// The first byte of an input says which tool printed the rest.
+// The first byte of an input, a digit from 0 to 4, says which tool printed the rest: a tar or 7-Zip of a host, or GNU
+// tar, bsdtar or 7-Zip of this machine with dates.
 
 #include "TWCore/Archives/ArchiveListing.h"
 #include "TWCore/Archives/ArchiveTree.h"
+#include "TWCore/Archives/DatedListing.h"
 #include "TWCore/Check.h"
 
 #include <algorithm>
@@ -30,15 +32,42 @@ void checkTree(ArchiveTree const &tree, std::size_t members)
     }
 }
 
-void checkListing(bool is7z, std::string_view text)
+ArchiveMembers membersIn(unsigned tool, std::string_view text)
 {
-    auto const entries = is7z ? ArchiveListing::parse7z(text) : ArchiveListing::parseTar(text);
-    for (auto const &entry : entries) {
-        check(!entry.path.empty(), "a member has no path");
-        check(!entry.path.starts_with('/') && !entry.path.ends_with('/'), "a path is not normalised");
+    std::chrono::sys_days const today = std::chrono::year(2026) / 11 / 22;
+    switch (tool) {
+    case 0:
+        return {.entries = ArchiveListing::parseTar(text), .hardLinks = ArchiveListing::hardLinksIn(text)};
+    case 1:
+        return {.entries = ArchiveListing::parse7z(text)};
+    case 2:
+        return DatedListing::parseGnuTar(text);
+    case 3:
+        return DatedListing::parseBsdTar(text, today);
+    default:
+        return DatedListing::parseSevenZip(text);
+    }
+}
+
+void checkPath(std::string const &path)
+{
+    check(!path.empty(), "a member has no path");
+    check(!path.starts_with('/') && !path.ends_with('/'), "a path is not normalised");
+}
+
+void checkListing(unsigned tool, std::string_view text)
+{
+    auto const members = membersIn(tool, text);
+    for (auto const &entry : members.entries) {
+        checkPath(entry.path);
         check(!entry.isDirectory || entry.size == 0, "a folder has a size");
     }
-    checkTree(ArchiveTree::build(entries, {}), entries.size());
+    for (auto const &[path, target] : members.hardLinks) {
+        checkPath(path);
+        checkPath(target);
+    }
+    check(members.hardLinks.size() <= members.entries.size(), "a hard link is no member");
+    checkTree(ArchiveTree::build(members.entries, {}), members.entries.size());
 }
 
 } // namespace
@@ -47,6 +76,6 @@ void checkListing(bool is7z, std::string_view text)
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size)
 {
     if (size > 0)
-        tw::checkListing((data[0] & 1) != 0, {reinterpret_cast<char const *>(data) + 1, size - 1});
+        tw::checkListing((data[0] - unsigned{'0'}) % 5, {reinterpret_cast<char const *>(data) + 1, size - 1});
     return 0;
 }
