@@ -1,5 +1,6 @@
-// What packing and unpacking cost beside the same tools called by hand, in one run.
+// What packing and unpacking cost beside the same tools called by hand, in one run, and how long a cancel takes.
 
+#include "TWCore/Async/ChildTask.h"
 #include "TWEngine/Archives/ArchiveEngine.h"
 #include "TWEngine/SSH/SSHProvider.h"
 #include "bench/BenchLoop.h"
@@ -29,6 +30,9 @@ constexpr int manyFiles = 10'000;
 constexpr std::size_t fileBytes = 4096;
 constexpr double largestInPlace = 1.02;
 constexpr double largestOfAStream = 1.05;
+constexpr double cancelLimit = 200;
+/// The tool runs by then, and is far from its end.
+constexpr std::chrono::milliseconds timeToBegin{300};
 
 /// A host, which is this machine, and files to pack.
 class Bench {
@@ -86,6 +90,15 @@ public:
         return timeOf([&](ArchiveEngine &archives) { return archives.unpack(from, to, keep<TransferProgress>); });
     }
 
+    /// From the cancel of work that has begun to its end.
+    template <class Begin>
+    double cancelTime(Begin begin)
+    {
+        clear();
+        auto const archives = makeArchives();
+        return loop.run(timeToCancel(archives, begin(*archives), engine.clock()));
+    }
+
     double byHand(std::string const &command)
     {
         clear();
@@ -103,13 +116,32 @@ public:
     TemporaryFolder target;
 
 private:
+    std::shared_ptr<ArchiveEngine> makeArchives()
+    {
+        auto tools = TransferTools::find();
+        tools.ssh = client.program();
+        return std::make_shared<ArchiveEngine>(engine, tools);
+    }
+
+    static Task<double> timeToCancel(std::shared_ptr<ArchiveEngine> archives, Task<void> work,
+                                     std::shared_ptr<Clock> clock)
+    {
+        auto const context = co_await currentContext();
+        auto const running = ChildTask<void>::start(context, std::move(work));
+        co_await clock->sleep(timeToBegin);
+        auto const before = clock->steadyNow();
+        archives->cancel();
+        auto const ended = co_await outcomeOf(running.join());
+        if (!ended.failure)
+            throw std::runtime_error("the work was done before it was cancelled");
+        co_return std::chrono::duration<double, std::milli>(clock->steadyNow() - before).count();
+    }
+
     template <class Begin>
     double timeOf(Begin begin)
     {
         clear();
-        auto tools = TransferTools::find();
-        tools.ssh = client.program();
-        auto const archives = std::make_shared<ArchiveEngine>(engine, tools);
+        auto const archives = makeArchives();
         return millisecondsOf([&] { loop.run(begin(*archives)); });
     }
 
@@ -129,6 +161,21 @@ void measure(Figures &figures, Bench &bench, std::string const &title, Subject s
 {
     auto const medians = takeTurns(runs, subject, [&] { return bench.byHand(command); }, enough);
     figures.report(title, medians.subject, Figures::Yardstick::peer, medians.peer, "ms", largest);
+}
+
+void measureCancels(Figures &figures, Bench &bench)
+{
+    auto const report = [&](std::string const &title, TransferEndpoint const &from, TransferEndpoint const &to) {
+        auto const time = bench.cancelTime([&](ArchiveEngine &archives) {
+            return archives.pack({"many"}, from, to, ArchiveFormat::tarGz, keep<TransferProgress>);
+        });
+        figures.report("cancel of packing " + title, time, Figures::Yardstick::limit, cancelLimit, "ms", 1);
+    };
+    auto const from = bench.source.path();
+    auto const packed = bench.target.path("a.tar.gz");
+    report("here", bench.here(from), bench.here(packed));
+    report("on a host", bench.there(from), bench.there(packed));
+    report("from a host to here", bench.there(from), bench.here(packed));
 }
 
 int measureAll()
@@ -156,6 +203,7 @@ int measureAll()
         [&] { return bench.unpackTime(bench.here(bench.archive()), bench.there(unpacked)); },
         makeFolder + "cat " + bench.archive() + " | " + bench.ssh() + "'tar -xzf - -C " + unpacked + "'",
         largestOfAStream);
+    measureCancels(figures, bench);
     return figures.exitCode();
 }
 
