@@ -12,7 +12,12 @@ namespace {
 /// What each POSIX request begins with, after `tw_p`, the path. A version is the inode, the size and the time, as
 /// exactly as the host's tools say it; they are asked about the target of a link.
 ///
-/// `ls` marks an access list with a plus, and extended attributes on macOS with an at sign.
+/// `ls` marks an access list with a plus, extended attributes on macOS with an at sign, and a label of SELinux with a
+/// dot. A `cp` that does not know the option for attributes is no reason to write in place: such a host has none, or
+/// cannot say so.
+///
+/// A full disk must not cost the old content: before a file is written in place, the bytes by which it grows are
+/// written once beside it.
 constexpr std::string_view functions = R"sh(
 set -f
 if stat -c %i / >/dev/null 2>&1; then
@@ -42,7 +47,7 @@ tw_renames() {
 tw_say() {
   local way=copy
   tw_renames && way=rename
-  printf '%s|%s|%s|%s\n' "$1" "$(tw_version "$tw_p")" "$(tw_mode "$tw_p")" "$way"
+  printf '%s|%s|%s|%s\n' "$1" "$(tw_version "$tw_p")" "$(tw_mode "$tw_p")" "${tw_w:-$way}"
   exit 0
 }
 tw_stage() {
@@ -67,11 +72,23 @@ tw_make() {
   fi
   tw_fail
 }
+tw_attributes() {
+  local words
+  words=$(LC_ALL=C cp --attributes-only --preserve=xattr -- "$tw_t" "$tw_s/new" 2>&1) && return
+  case $words in *option*|*argument*|*'without xattr'*) return 0 ;; esac
+  return 1
+}
 tw_rename() {
-  [ "$tw_s" = "${tw_d%/}/.tw-edit-$tw_k" ] && tw_renames || return 1
+  [ "$tw_s" = "${tw_d%/}/.tw-edit-$tw_k" ] && tw_renames && tw_attributes || return 1
   local mode=$(tw_mode "$tw_t")
   set -- $(LC_ALL=C ls -ldn -- "$tw_t")
+  case $1 in *.) chcon --reference="$tw_t" -- "$tw_s/new" 2>/dev/null || return 1 ;; esac
   chgrp -- "$4" "$tw_s/new" 2>/dev/null && chmod -- "$mode" "$tw_s/new" && mv -f -- "$tw_s/new" "$tw_t"
+}
+tw_room() {
+  local more=$(($(wc -c <"$tw_s/new") - $(wc -c <"$tw_p")))
+  [ "$more" -le 0 ] && return
+  head -c "$more" -- "$tw_s/new" >"$tw_s/room" && rm -f -- "$tw_s/room"
 }
 tw_replace() {
   local now=$(tw_version "$tw_p") result=changed
@@ -83,20 +100,72 @@ tw_replace() {
   [ -n "$now" ] || tw_make
   if ! [ -f "$tw_p" ]; then echo 'it is no file'; tw_fail; fi
   if ! [ -w "$tw_p" ]; then echo 'it may not be written'; tw_fail; fi
-  if tw_rename || cat -- "$tw_s/new" >"$tw_p"; then rm -rf -- "$tw_s"; tw_say replaced; fi
+  if tw_rename; then rm -rf -- "$tw_s"; tw_say replaced; fi
+  tw_w=copy
+  tw_room || tw_fail
+  if cat -- "$tw_s/new" >"$tw_p"; then rm -rf -- "$tw_s"; tw_say replaced; fi
   echo "it may be incomplete now; the whole content is in $tw_s/new on the host"
   tw_say failed
 }
 )sh";
 
-constexpr std::string_view powerShellQuestion = R"ps(
-$f=Get-Item -LiteralPath $p -Force -ErrorAction SilentlyContinue
-if($f -and -not $f.PSIsContainer){ "state|$($f.Length) $($f.LastWriteTimeUtc.Ticks)||copy" } else { 'state|||copy' }
+/// The same on Windows, after `$p`. A version is the size and the time of a link's target. `Replace` keeps the access
+/// list and the attributes of the file; a file with other hard links would lose them.
+constexpr std::string_view powerShellFunctions = R"ps(
+function tw_file {
+  $f=Get-Item -LiteralPath $p -Force -ErrorAction SilentlyContinue
+  for($n=0; $n -lt 40 -and $f -is [IO.FileInfo] -and $f.LinkType -eq 'SymbolicLink'; $n++) {
+    $t=[IO.Path]::Combine($f.DirectoryName, @($f.Target)[0])
+    $f=Get-Item -LiteralPath $t -Force -ErrorAction SilentlyContinue
+  }
+  if($f -is [IO.FileInfo]) { $f }
+}
+function tw_version($f) { if($f) { "$($f.Length) $($f.LastWriteTimeUtc.Ticks)" } else { '' } }
+function tw_say($kind) {
+  $f=tw_file
+  $way=if($f -and $f.LinkType) { 'copy' } else { 'rename' }
+  "$kind|$(tw_version $f)||$way"
+}
+)ps";
+
+/// Then `$e` and `$s`. A file that is written in place gets its new length first: a full disk refuses that.
+constexpr std::string_view powerShellReplace = R"ps(
+try {
+  $f=tw_file
+  if((tw_version $f) -ne $e) {
+    $same=$f -and (Get-FileHash -LiteralPath $f.FullName).Hash -eq (Get-FileHash -LiteralPath $s).Hash
+    Remove-Item -LiteralPath $s -Force
+    tw_say $(if($same) { 'same' } else { 'changed' })
+  } elseif(-not $f) {
+    [IO.File]::Move($s,$p)
+    tw_say replaced
+  } elseif($f.LinkType) {
+    $i=[IO.File]::OpenRead($s)
+    try {
+      $o=[IO.File]::Open($f.FullName,'Open','Write','None')
+      try { $o.SetLength($i.Length); $i.CopyTo($o) } finally { $o.Close() }
+    } finally { $i.Close() }
+    Remove-Item -LiteralPath $s -Force
+    tw_say replaced
+  } else {
+    [IO.File]::Replace($s,$f.FullName,[NullString]::Value)
+    tw_say replaced
+  }
+} catch {
+  $_.Exception.Message
+  Remove-Item -LiteralPath $s -Force -ErrorAction SilentlyContinue
+  tw_say failed
+}
 )ps";
 
 std::string assigned(std::string_view variable, std::string_view value)
 {
     return std::string(variable) + '=' + quote(ShellDialect::posix, value) + '\n';
+}
+
+std::string powerShellBeginning(std::string_view path)
+{
+    return "$p=" + quotePath(ShellDialect::powershell, path) + std::string(powerShellFunctions);
 }
 
 std::string beginning(std::string_view path)
@@ -183,7 +252,7 @@ constexpr std::string_view stagedWord = "staged ";
 std::string question(ShellDialect dialect, std::string_view path)
 {
     if (dialect == ShellDialect::powershell)
-        return "$p=" + quotePath(dialect, path) + std::string(powerShellQuestion);
+        return powerShellBeginning(path) + "tw_say state\n";
     return beginning(path) + "tw_say state\n";
 }
 
@@ -214,14 +283,24 @@ std::optional<std::string> stagedFile(std::string_view output)
     return path && path->starts_with('/') ? path : std::nullopt;
 }
 
-std::string replaceWithStaged(Replacement const &wanted, std::string_view stagedFile)
+std::string stagedOnWindows(Replacement const &wanted)
 {
+    return wanted.path + ".tw-edit-" + wanted.token;
+}
+
+std::string replaceWithStaged(ShellDialect dialect, Replacement const &wanted, std::string_view stagedFile)
+{
+    if (dialect == ShellDialect::powershell)
+        return powerShellBeginning(wanted.path) + "$e=" + quote(dialect, wanted.expected) +
+               "\n$s=" + quotePath(dialect, stagedFile) + std::string(powerShellReplace);
     return beginning(wanted) + assigned("tw_s", folderOf(stagedFile)) + "tw_replace\n";
 }
 
-std::string dropStaged(std::string_view stagedFile)
+std::string dropStaged(ShellDialect dialect, std::string_view stagedFile)
 {
-    return "rm -rf -- " + quote(ShellDialect::posix, folderOf(stagedFile));
+    if (dialect == ShellDialect::powershell)
+        return "Remove-Item -LiteralPath " + quotePath(dialect, stagedFile) + " -Force -ErrorAction SilentlyContinue";
+    return "rm -rf -- " + quote(dialect, folderOf(stagedFile));
 }
 
 Outcome outcome(std::string_view output)

@@ -83,12 +83,13 @@ Task<EditCommand::Outcome> send(Provider place, std::string command, CommandSess
     co_return EditCommand::outcome(result.output);
 }
 
-Task<void> drop(Provider place, std::string staged)
+Task<void> drop(Provider place, ShellDialect dialect, std::string staged)
 {
-    co_await outcomeOf(run(place, EditCommand::dropStaged(staged), CommandEffect::none, CommandSession::work));
+    auto command = EditCommand::dropStaged(dialect, staged);
+    co_await outcomeOf(run(place, std::move(command), CommandEffect::none, CommandSession::work));
 }
 
-/// False if the copy was saved meanwhile.
+/// False if the copy was saved during the upload.
 Task<bool> upload(EngineRuntime *engine, Provider place, Copy copy, std::string staged, Stamp before)
 {
     auto const reader = std::dynamic_pointer_cast<FileSystemReader>(place);
@@ -98,35 +99,30 @@ Task<bool> upload(EngineRuntime *engine, Provider place, Copy copy, std::string 
     co_return after == before;
 }
 
-Task<Result> putLarge(EngineRuntime *engine, Provider place, Copy copy, Stamp stamp)
+Task<Result> putStaged(EngineRuntime *engine, Provider place, ShellDialect dialect, Copy copy, Stamp stamp,
+                       std::string staged)
 {
-    auto const wanted = replacementOf(copy);
-    auto const made = co_await run(place, EditCommand::stage(wanted), CommandEffect::changes, CommandSession::work);
-    auto const staged = EditCommand::stagedFile(made.output);
-    if (made.status != 0 || !staged)
-        co_return Result{.outcome = {.words = std::string(trimmed(made.output))}, .stamp = stamp};
-    auto const uploaded = co_await outcomeOf(upload(engine, place, copy, *staged, stamp));
+    auto const uploaded = co_await outcomeOf(upload(engine, place, copy, staged, stamp));
     if (!uploaded.value.value_or(false)) {
-        co_await drop(place, *staged);
+        co_await drop(place, dialect, staged);
         if (uploaded.failure)
             std::rethrow_exception(uploaded.failure);
         co_return Result();
     }
-    auto outcome = co_await send(place, EditCommand::replaceWithStaged(wanted, *staged), CommandSession::work);
+    auto command = EditCommand::replaceWithStaged(dialect, replacementOf(copy), staged);
+    auto outcome = co_await send(place, std::move(command), CommandSession::work);
     co_return Result{.outcome = std::move(outcome), .stamp = stamp};
 }
 
-/// For Windows, where the provider's own upload writes beside the file first.
-Task<Result> putOver(EngineRuntime *engine, Provider place, Copy copy, Stamp stamp)
+Task<Result> putLarge(EngineRuntime *engine, Provider place, Copy copy, Stamp stamp)
 {
-    auto there = co_await stateOf(place, copy.record.path);
-    if (there.version != copy.record.version)
-        co_return Result{.outcome = {.kind = Kind::changed, .state = std::move(there)}, .stamp = stamp};
-    auto const isWhole = co_await upload(engine, place, copy, copy.record.path, stamp);
-    there = co_await stateOf(place, copy.record.path);
-    if (!isWhole)
-        co_return Result{.outcome = {.kind = Kind::replaced, .state = std::move(there)}, .stamp = Stamp()};
-    co_return Result{.outcome = {.kind = Kind::replaced, .state = std::move(there)}, .stamp = stamp};
+    auto const made =
+        co_await run(place, EditCommand::stage(replacementOf(copy)), CommandEffect::changes, CommandSession::work);
+    auto const staged = EditCommand::stagedFile(made.output);
+    if (made.status != 0 || !staged)
+        co_return Result{.outcome = {.words = std::string(trimmed(made.output))}, .stamp = stamp};
+    auto result = co_await putStaged(engine, place, ShellDialect::posix, copy, stamp, *staged);
+    co_return result;
 }
 
 } // namespace
@@ -174,7 +170,8 @@ Task<Result> put(EngineRuntime *engine, Provider place, EditStaging::Copy copy)
         co_return Result();
     auto const dialect = co_await dialectOf(place);
     if (dialect == ShellDialect::powershell) {
-        auto result = co_await putOver(engine, place, copy, *saved.stamp);
+        auto staged = EditCommand::stagedOnWindows(replacementOf(copy));
+        auto result = co_await putStaged(engine, place, dialect, copy, *saved.stamp, std::move(staged));
         co_return result;
     }
     if (!saved.content) {

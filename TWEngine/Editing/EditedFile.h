@@ -21,7 +21,7 @@ namespace EditedFile {
 
 using Provider = std::shared_ptr<FileSystemProvider>;
 
-/// Whether files of this place can be edited: it is a host whose files can be read and changed.
+/// True for a host whose files can be read and changed.
 bool isPossible(Provider const &place);
 
 /// The file as its host sees it.
@@ -29,22 +29,22 @@ Task<EditCommand::State> stateOf(Provider place, std::string path);
 
 struct Fetched {
     EditStaging::Copy copy;
-    EditCommand::Way way; ///< that it will go back
+    EditCommand::Way way; ///< by which it will be put back
 };
 
-/// Fills the copy, marks it as a download, and keeps in its record what the file was like before that.
+/// Fills the copy, marks it as a download, and keeps in its record the version that the file had before the download.
 Task<Fetched> fetch(EngineRuntime *engine, Provider place, EditStaging::Copy copy);
 
 struct Result {
     EditCommand::Outcome outcome = {};
-    /// Of what was uploaded. Nothing: the copy was saved meanwhile, and nothing was replaced on the host.
+    /// Of the content that was uploaded. Nothing if the copy was saved during the upload: then nothing was replaced.
     std::optional<EditStaging::Stamp> stamp = {};
 };
 
-/// Puts the copy in the place of the file that its record names, if that has the version of the record.
+/// Puts the copy in the place of the file that its record names, if the file has the version of the record.
 ///
-/// A small copy goes along in the one command that replaces the file. A large one is uploaded beside it first, over a
-/// client of its own. On Windows the file is looked at, and written over in a second step.
+/// A small copy is part of the one command that replaces the file. A large one, and every one for a Windows host, is
+/// uploaded beside the file first, over an ssh client of its own.
 /// Cancellation: a command that was sent is waited for.
 Task<Result> put(EngineRuntime *engine, Provider place, EditStaging::Copy copy);
 

@@ -1,6 +1,7 @@
 #include "TWCore/Shell/EditCommand.h"
 
 #include "tests/support/DiskRows.h"
+#include "tests/support/EditCutTest.h"
 #include "tests/support/HostShell.h"
 
 #include <gmock/gmock.h>
@@ -8,12 +9,15 @@
 #include <fstream>
 
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace tw::test {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 using EditKind = EditCommand::Outcome::Kind;
@@ -137,6 +141,105 @@ TEST_F(EditCommandTest, aLinkStaysAndItsTargetIsReplaced)
     EXPECT_TRUE(std::filesystem::is_symlink(link));
 }
 
+TEST_F(EditCommandTest, extendedAttributesStay)
+{
+    auto const path = folder.file("a", "old");
+    auto const isPossible = ::setxattr(path.c_str(), "user.tarnwick", "kept", 4, 0) == 0;
+    auto const before = statusOf(path).st_ino;
+    EXPECT_EQ(replace(path, "new").kind, EditKind::replaced);
+    EXPECT_EQ(contentOf(path), "new");
+    EXPECT_NE(statusOf(path).st_ino, before);
+    char value[8];
+    EXPECT_EQ(::getxattr(path.c_str(), "user.tarnwick", value, sizeof value), isPossible ? 4 : -1);
+}
+
+TEST_F(EditCommandTest, attributesThatANewFileCannotGetAreKeptByWritingInPlace)
+{
+    struct Case {
+        std::string words;
+        bool isReplaced;
+    };
+
+    for (auto const &[words, isReplaced] :
+         {Case{"cp: setting attribute 'user.a' for 'new': Operation not permitted", false},
+          Case{"cp: unrecognized option: attributes-only", true},
+          Case{"cp: cannot preserve extended attributes, cp is built without xattr support", true}}) {
+        auto const path = folder.file("a", "old");
+        replaceTool("cp", "echo \"" + words + "\" >&2; exit 1");
+        auto const before = statusOf(path).st_ino;
+        auto const done = replace(path, "new");
+        EXPECT_EQ(done.kind, EditKind::replaced) << words;
+        EXPECT_EQ(contentOf(path), "new");
+        EXPECT_EQ(statusOf(path).st_ino != before, isReplaced) << words;
+        EXPECT_EQ(done.state.way, isReplaced ? EditWay::rename : EditWay::copy);
+    }
+}
+
+TEST_F(EditCommandTest, aLabelOfSELinuxStays)
+{
+    auto const path = folder.file("a", "old");
+    replaceTool("ls", "/bin/ls \"$@\" | sed 's/^-........./&./'"); // a stand-in: no kernel with labels runs here
+    for (auto const isPossible : {true, false}) {
+        auto const before = statusOf(path).st_ino;
+        replaceTool("chcon", isPossible ? "exit 0" : "exit 1");
+        EXPECT_EQ(replace(path, "new").kind, EditKind::replaced);
+        EXPECT_EQ(statusOf(path).st_ino != before, isPossible);
+    }
+}
+
+/// A full disk: 64 KiB, which only the request sees. The file has "o" 20,000 times there.
+struct OnFullDisk {
+    std::string output;
+    std::string files; ///< on the disk afterwards
+    std::string content;
+};
+
+class EditOnFullDiskTest : public EditCommandTest {
+protected:
+    OnFullDisk replaceOnFullDisk(std::size_t bytes, std::string const &preparation)
+    {
+        auto const disk = folder.folder("disk");
+        auto const request = EditCommand::replace(
+            {.path = disk + "/a", .token = "0123abcd", .expected = "VERSION", .mode = ""}, std::string(bytes, 'n'));
+        folder.file("request", request);
+        folder.file("inside", "mount -t tmpfs -o size=64k none " + disk + " && cd " + disk +
+                                  "\nhead -c 20000 /dev/zero | tr '\\0' o >a; " + preparation +
+                                  "\nrequest=$(cat ../request); version=$(stat -c '%i %s %y' a)\n"
+                                  "(eval \"${request/VERSION/$version}\") >../output 2>&1\n"
+                                  "cat a >../content; ls -A >../files\n");
+        auto const done = run("unshare --user --map-root-user --mount bash " + folder.path("inside"));
+        EXPECT_EQ(done.status, 0) << done.output;
+        return {.output = contentOf(folder.path("output")),
+                .files = contentOf(folder.path("files")),
+                .content = contentOf(folder.path("content"))};
+    }
+};
+
+TEST_F(EditOnFullDiskTest, theFileIsOldOrNewAndNothingIsLeft)
+{
+    struct Case {
+        std::size_t bytes;
+        std::string preparation;
+        EditKind kind;
+        EditWay way;
+    };
+
+    for (auto const &[bytes, preparation, kind, way] : {
+             Case{30'000, "", EditKind::replaced, EditWay::rename}, Case{60'000, "", EditKind::failed, EditWay::rename},
+             Case{22'000, "ln a b", EditKind::replaced, EditWay::copy},
+             Case{40'000, "ln a b", EditKind::failed, EditWay::copy}, // there is room for it once, but not twice
+         }) {
+        auto const found = replaceOnFullDisk(bytes, preparation);
+        auto const outcome = EditCommand::outcome(found.output);
+        EXPECT_EQ(outcome.kind, kind) << bytes << ": " << found.output;
+        EXPECT_EQ(outcome.state.way, way);
+        if (kind == EditKind::failed)
+            EXPECT_THAT(outcome.words, HasSubstr("No space left on device"));
+        EXPECT_TRUE(found.content == (kind == EditKind::replaced ? std::string(bytes, 'n') : std::string(20'000, 'o')));
+        EXPECT_EQ(found.files, preparation.empty() ? "a\n" : "a\nb\n");
+    }
+}
+
 TEST_F(EditCommandTest, aFileWithAnotherNameIsWrittenInPlace)
 {
     auto const path = folder.file("a", "old");
@@ -171,12 +274,13 @@ TEST_F(EditCommandTest, aContentThatComesInAnotherWayIsStagedPrivately)
     ASSERT_TRUE(staged);
     EXPECT_EQ(statusOf(staged->substr(0, staged->rfind('/'))).st_mode & 07777U, 0700U);
     std::ofstream(*staged) << "new";
-    auto const done = EditCommand::outcome(run(EditCommand::replaceWithStaged(wanted, *staged)).output);
+    auto const done =
+        EditCommand::outcome(run(EditCommand::replaceWithStaged(ShellDialect::posix, wanted, *staged)).output);
     EXPECT_EQ(done.kind, EditKind::replaced) << done.words;
     EXPECT_EQ(contentOf(path), "new");
     auto const second = EditCommand::stagedFile(run(EditCommand::stage(wanted)).output);
     ASSERT_TRUE(second);
-    run(EditCommand::dropStaged(*second));
+    run(EditCommand::dropStaged(ShellDialect::posix, *second));
     EXPECT_THAT(namesOnDisk(folder.path()), ElementsAre("a\xff b"));
 }
 
@@ -193,9 +297,34 @@ TEST(EditCommandAnswerTest, whatIsNoAnswerIsAFailureWithItsWords)
         EXPECT_EQ(EditCommand::stagedFile(output), std::nullopt) << output;
 }
 
-TEST(EditCommandAnswerTest, windowsIsAskedInItsOwnWords)
+/// As text only: no Windows runs here.
+TEST(EditCommandAnswerTest, windowsComparesAndReplacesInOneRequest)
 {
-    EXPECT_THAT(EditCommand::question(ShellDialect::powershell, "/C:/a b"), HasSubstr("'C:/a b'"));
+    auto const dialect = ShellDialect::powershell;
+    EXPECT_THAT(EditCommand::question(dialect, "/C:/a b"), AllOf(HasSubstr("$p='C:/a b'"), EndsWith("tw_say state\n")));
+    EditCommand::Replacement const wanted{.path = "/C:/it's", .token = "0123", .expected = "3 42", .mode = ""};
+    auto const staged = EditCommand::stagedOnWindows(wanted);
+    EXPECT_EQ(staged, "/C:/it's.tw-edit-0123");
+    auto const request = EditCommand::replaceWithStaged(dialect, wanted, staged);
+    EXPECT_THAT(request, AllOf(HasSubstr("$p='C:/it''s'"), HasSubstr("$e='3 42'\n"),
+                               HasSubstr("$s='C:/it''s.tw-edit-0123'\n"), HasSubstr("[IO.File]::Replace($s,")));
+    EXPECT_LT(request.find("-ne $e"), request.find("[IO.File]::Replace(")) << "the version is compared first";
+    EXPECT_EQ(EditCommand::dropStaged(dialect, staged),
+              "Remove-Item -LiteralPath 'C:/it''s.tw-edit-0123' -Force -ErrorAction SilentlyContinue");
+}
+
+constexpr std::size_t cutPlaces = 6;
+
+TEST_F(EditCutTest, aSmallFileIsWholeWhereverTheLineIsCut)
+{
+    constexpr std::size_t bytes = 3000;
+    expectWholeAfterEveryCut({.bytes = bytes, .cut = "session", .places = cutPlaces, .most = 2 * bytes});
+}
+
+TEST_F(EditCutTest, aLargeFileIsWholeWhereverTheLineIsCut)
+{
+    constexpr auto bytes = 4 * EditCommand::mostContentInRequest;
+    expectWholeAfterEveryCut({.bytes = bytes, .cut = "upload", .places = cutPlaces, .most = bytes});
 }
 
 } // namespace
