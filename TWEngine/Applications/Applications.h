@@ -44,6 +44,10 @@ public:
     /// Starts a program on a file; returns the program.
     virtual Task<Application> open(Opening opening) = 0;
 
+    /// Runs a program and its arguments in a terminal. `name` is for the user.
+    virtual Task<void> runInTerminal(std::string name, std::vector<std::string> command,
+                                     std::string activationToken) = 0;
+
     /// Executes the file itself, which is no document.
     virtual Task<void> run(std::string path, FileNature::Kind kind, std::string activationToken) = 0;
 };

@@ -176,6 +176,14 @@ void start(EngineRuntime &engine, std::string const &name, std::vector<std::stri
     spawn({engine.workers().executor(WorkPriority::background), {}}, collect(*std::move(started)));
 }
 
+std::vector<std::string> inTerminal(std::string const &name, std::vector<std::string> command)
+{
+    command = DesktopExec::inTerminal(std::move(command), isInstalled);
+    if (command.empty())
+        throw ApplicationError::CannotStart(name, "it needs a terminal, and there is none");
+    return command;
+}
+
 /// What an entry says, as a command.
 void startEntry(EngineRuntime &engine, GDesktopAppInfo *info, std::optional<std::string> const &path,
                 std::string const &activationToken)
@@ -187,11 +195,8 @@ void startEntry(EngineRuntime &engine, GDesktopAppInfo *info, std::optional<std:
                                    .file = textOrNothing(g_desktop_app_info_get_filename(info)),
                                    .wantsTerminal = g_desktop_app_info_get_boolean(info, "Terminal") != FALSE};
     auto command = DesktopExec::commandLine(entry, path);
-    if (entry.wantsTerminal && !command.empty()) {
-        command = DesktopExec::inTerminal(std::move(command), isInstalled);
-        if (command.empty())
-            throw ApplicationError::CannotStart(name, "it needs a terminal, and there is none");
-    }
+    if (entry.wantsTerminal && !command.empty())
+        command = inTerminal(name, std::move(command));
     start(engine, name, std::move(command), taken(g_desktop_app_info_get_string(info, "Path")), activationToken);
 }
 
@@ -269,6 +274,16 @@ Task<Application> DesktopApplications::open(Opening opening)
     return runtime.workers().run(WorkPriority::interactive, [engine = &runtime, opening = std::move(opening)] {
         return openNow(*engine, opening);
     });
+}
+
+Task<void> DesktopApplications::runInTerminal(std::string name, std::vector<std::string> command,
+                                              std::string activationToken)
+{
+    return runtime.workers().run(
+        WorkPriority::interactive,
+        [engine = &runtime, name = std::move(name), command = std::move(command), token = std::move(activationToken)] {
+            start(*engine, name, inTerminal(name, command), {}, token);
+        });
 }
 
 Task<void> DesktopApplications::run(std::string path, FileNature::Kind kind, std::string activationToken)

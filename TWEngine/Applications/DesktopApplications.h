@@ -24,6 +24,7 @@ public:
     Task<std::vector<Application>> forName(std::string name) override;
     Task<std::vector<Application>> all() override;
     Task<Application> open(Opening opening) override;
+    Task<void> runInTerminal(std::string name, std::vector<std::string> command, std::string activationToken) override;
     Task<void> run(std::string path, FileNature::Kind kind, std::string activationToken) override;
 
 private:

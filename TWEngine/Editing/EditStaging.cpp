@@ -14,6 +14,7 @@
 #include <charconv>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 
 #include <sys/stat.h>
@@ -28,6 +29,7 @@ constexpr std::size_t tokenBytes = 8;
 constexpr std::size_t mostRecordBytes = 65536;
 
 constexpr auto recordName = "record";
+constexpr auto endMarkName = "editors-ended";
 
 std::string recordOf(Copy const &copy)
 {
@@ -66,20 +68,26 @@ std::string copyPath(std::string const &folder, Record const &record)
            LocalName::safe(record.path.substr(record.path.rfind('/') + 1));
 }
 
+std::string parentOf(std::string const &path)
+{
+    return path.substr(0, path.rfind('/'));
+}
+
 void makePrivate(std::string const &folder, uid_t user)
 {
     if (!PrivateFolder::make(user, folder))
         throw FileOperationError::Failed("create", folder, "it is no folder that only its user can enter");
 }
 
-std::string folderName(std::string const &token, pid_t process)
+std::string folderName(std::string const &token, Place const &place)
 {
-    return token + '-' + std::to_string(process);
+    return token + '-' + std::to_string(place.process) + '-' + place.boot;
 }
 
 struct Owned {
     std::string token;
     pid_t process = 0;
+    std::string boot;
 };
 
 /// Nothing if the folder is not ours.
@@ -88,22 +96,34 @@ std::optional<Owned> ownerOf(std::string const &name)
     auto const dash = name.find('-');
     if (dash != 2 * tokenBytes)
         return std::nullopt;
-    Owned owned{.token = name.substr(0, dash)};
+    Owned owned{.token = name.substr(0, dash), .process = 0, .boot = {}};
     auto const *const end = name.data() + name.size();
     auto const parsed = std::from_chars(name.data() + dash + 1, end, owned.process);
-    return parsed.ec == std::errc() && parsed.ptr == end && owned.process > 0 ? std::optional(owned) : std::nullopt;
+    if (parsed.ec != std::errc() || owned.process <= 0 || parsed.ptr == end || *parsed.ptr != '-')
+        return std::nullopt;
+    owned.boot.assign(parsed.ptr + 1, end);
+    return owned;
 }
 
-bool isAlive(pid_t process)
+/// Numbers of processes begin anew with each start of the machine: the number of a killed program soon has another
+/// owner.
+bool isAlive(Owned const &owned, Place const &place)
 {
-    return ::kill(process, 0) == 0 || errno != ESRCH;
+    return owned.boot == place.boot && (::kill(owned.process, 0) == 0 || errno != ESRCH);
+}
+
+/// True if an editor has left nothing that could be the missing copy under another name.
+bool isEmpty(std::string const &folder)
+{
+    std::error_code failure;
+    return std::filesystem::is_empty(folder, failure) && !failure;
 }
 
 /// Nothing if the copy needs no further care.
 std::optional<Copy> take(std::string const &folder, Owned const &owned, Place const &place)
 {
-    auto const mine = place.base + '/' + folderName(owned.token, place.process);
-    // Of two programs that start at a time, one gets the folder.
+    auto const mine = place.base + '/' + folderName(owned.token, place);
+    // Of two programs that start at the same time, one gets the folder.
     if (::rename(folder.c_str(), mine.c_str()) != 0)
         return std::nullopt;
     Copy copy{.folder = mine, .path = {}, .token = owned.token, .record = {}};
@@ -114,26 +134,36 @@ std::optional<Copy> take(std::string const &folder, Owned const &owned, Place co
     copy.record = *record;
     copy.path = copyPath(mine, *record);
     auto const now = stampOf(copy.path);
-    if (record->uploaded && now && now != record->uploaded)
+    if (record->uploaded && now && now != record->uploaded) {
+        ::unlink(endMark(copy).c_str()); // those editors were started by another process
         return copy;
-    // A copy that is missing may have been on its way to its name; what the editor has left of it stays.
-    if (!record->uploaded || now)
+    }
+    // An editor that was killed may have left the missing copy under another name.
+    if (!record->uploaded || now || isEmpty(parentOf(copy.path)))
         remove(copy);
     return std::nullopt;
 }
 
 } // namespace
 
+std::string bootOfThisSystem()
+{
+    std::ifstream file("/proc/sys/kernel/random/boot_id");
+    std::string boot;
+    std::getline(file, boot);
+    return boot;
+}
+
 Copy make(Record record, Place const &place)
 {
     PrivateFile::makeFolderOf(place.base);
     makePrivate(place.base, place.user);
     auto token = randomDigits(tokenBytes);
-    auto const folder = place.base + '/' + folderName(token, place.process);
+    auto const folder = place.base + '/' + folderName(token, place);
     Copy copy{
         .folder = folder, .path = copyPath(folder, record), .token = std::move(token), .record = std::move(record)};
     makePrivate(copy.folder, place.user);
-    makePrivate(copy.path.substr(0, copy.path.rfind('/')), place.user);
+    makePrivate(parentOf(copy.path), place.user);
     Scratch::makeFile(copy.path);
     keep(copy);
     return copy;
@@ -163,6 +193,17 @@ std::optional<Stamp> stampOf(std::string const &path)
     return Stamp{status.st_size, status.st_mtim.tv_sec * nanoseconds + status.st_mtim.tv_nsec};
 }
 
+std::string endMark(Copy const &copy)
+{
+    return copy.folder + '/' + endMarkName;
+}
+
+std::int64_t endedEditors(Copy const &copy)
+{
+    auto const mark = stampOf(endMark(copy));
+    return mark ? mark->size : 0;
+}
+
 std::vector<Copy> takeOver(Place const &place)
 {
     std::vector<Copy> found;
@@ -173,7 +214,7 @@ std::vector<Copy> takeOver(Place const &place)
     for (auto each = std::filesystem::directory_iterator(place.base, ignored);
          each != std::filesystem::directory_iterator(); each.increment(ignored)) {
         auto const owned = ownerOf(each->path().filename().native());
-        if (owned && !isAlive(owned->process))
+        if (owned && !isAlive(*owned, place))
             left.emplace_back(each->path().native(), *owned);
     }
     for (auto const &[folder, owned] : left) {

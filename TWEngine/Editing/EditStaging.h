@@ -12,22 +12,26 @@
 
 /// Copies of remote files while they are edited here. Only the user can read them.
 ///
-/// Each copy has a folder of its own, so that two files of one name do not meet and an editor's own files lie beside
-/// it. A record in that folder says where the file belongs and what was uploaded last: a copy whose process was killed
-/// is found again, and nothing that was saved is lost.
+/// Each copy has a folder of its own: two files of one name never share a path, and the files that an editor makes lie
+/// beside their copy. A record in the folder says where the file belongs and what was uploaded last, so the copy of a
+/// killed process is found again and no save is lost.
 ///
 /// Threads: any. Every function blocks.
 /// Errors: FileOperationError::Failed, unless a function says otherwise.
 namespace tw::EditStaging {
+
+/// Names the time since the machine was started. Empty if the system does not say it.
+std::string bootOfThisSystem();
 
 /// Whose copies, and where. Tests have a place of their own.
 struct Place {
     std::string base = UserPaths::ofThisUser().edits;
     uid_t user = ::getuid();
     pid_t process = ::getpid();
+    std::string boot = bootOfThisSystem();
 };
 
-/// What the system says of a file: another answer, and it was saved.
+/// What the system says of a file. After a save it is different.
 struct Stamp {
     std::int64_t size = 0;  ///< bytes
     std::int64_t mtime = 0; ///< nanoseconds since 1970-01-01 UTC
@@ -39,9 +43,9 @@ struct Stamp {
 struct Record {
     std::string connection;
     std::string path;                   ///< on the host
-    std::string version = {};           ///< of the file there when it was fetched, or uploaded last
-    std::string mode = {};              ///< of the file there, see EditCommand::State
-    std::optional<Stamp> uploaded = {}; ///< of the copy when both were the same; nothing before the fetch has ended
+    std::string version = {};           ///< of the file on the host, when it was fetched or uploaded last
+    std::string mode = {};              ///< of the file on the host, see EditCommand::State
+    std::optional<Stamp> uploaded = {}; ///< of the copy when both were equal; nothing before the end of the fetch
 
     friend bool operator==(Record const &, Record const &) = default;
 };
@@ -56,17 +60,22 @@ struct Copy {
 /// An empty file for a copy, and its record.
 Copy make(Record record, Place const &place = {});
 
-/// Has the record on the disk.
+/// Writes the record to the disk.
 void keep(Copy const &copy);
 
 /// Removes the copy and its folder. Best effort.
 void remove(Copy const &copy);
 
-/// Of the file itself, not of what a link leads to. Nothing if it is not there.
+/// The stamp of the file itself, not of the target of a link. Nothing if it does not exist.
 std::optional<Stamp> stampOf(std::string const &path);
 
-/// The copies of processes that are no more which differ from what was uploaded last. They are this process's from now
-/// on. Copies that were uploaded are removed. Best effort: what cannot be read stays where it is.
+/// A file that gets one byte longer with each editor of the copy that ends, see TerminalEditor.
+std::string endMark(Copy const &copy);
+
+std::int64_t endedEditors(Copy const &copy);
+
+/// The copies of dead processes that differ from what was uploaded last. They belong to this process from now on.
+/// Copies that were uploaded are removed. Best effort: what cannot be read stays where it is.
 std::vector<Copy> takeOver(Place const &place = {});
 
 } // namespace tw::EditStaging

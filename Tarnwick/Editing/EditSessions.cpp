@@ -19,6 +19,17 @@ EditSessions::Session EditSessions::find(std::string const &connection, std::str
     return found == sessions.end() ? nullptr : *found;
 }
 
+std::shared_ptr<void> EditSessions::claim(std::string const &connection, std::string const &path)
+{
+    auto const [file, isNew] = claimed.emplace(connection, path);
+    if (!isNew)
+        return nullptr;
+    return {this, [weak = weak_from_this(), key = *file](void *) {
+                if (auto const self = weak.lock())
+                    self->claimed.erase(key);
+            }};
+}
+
 Task<EditedFile::Fetched> EditSessions::fetch(std::shared_ptr<FileSystemProvider> host, std::string connection,
                                               std::string path)
 {
@@ -64,7 +75,7 @@ EditSessions::Session EditSessions::add(EditedFile::Fetched fetched, RemoteEditS
 
 void EditSessions::remove(RemoteEditSession const *session)
 {
-    // It is the session itself that calls this.
+    // The session itself is the caller, so it is kept until that call has returned.
     auto const found = std::ranges::find(sessions, session, &Session::get);
     if (found == sessions.end())
         return;

@@ -4,7 +4,9 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tw {
@@ -19,7 +21,7 @@ public:
 
     EditSessions(RemoteEditSession::Ports ports, EditStaging::Place where);
 
-    /// One has come, gone or changed.
+    /// A session was added, has ended or has changed.
     std::function<void()> onChanged;
     /// See RemoteEditSession.
     std::function<void(std::shared_ptr<Browser> host, std::string path)> onUploaded;
@@ -29,18 +31,21 @@ public:
     /// Null if that file is not being edited.
     Session find(std::string const &connection, std::string const &path) const;
 
+    /// Keeps others from fetching the same file while it is held. Null if somebody holds it.
+    std::shared_ptr<void> claim(std::string const &connection, std::string const &path);
+
     /// Brings a file here, as a copy for an editor. Throws what EditedFile::fetch throws.
     Task<EditedFile::Fetched> fetch(std::shared_ptr<FileSystemProvider> host, std::string connection, std::string path);
 
-    /// Removes a copy that nobody edits after all.
+    /// Removes a copy that no editor could be started for.
     void drop(EditedFile::Fetched const &fetched) const;
 
     Session add(EditedFile::Fetched fetched) { return add(std::move(fetched), RemoteEditSession::Origin::fetched); }
 
-    /// Adds those that a killed program has left.
+    /// Adds the sessions that a killed program has left.
     void resume();
 
-    /// "host:path" of those with a save that is not on its host.
+    /// "host:path" of each session with a save that is not on its host.
     std::vector<std::string> unsaved() const;
 
     /// The program ends.
@@ -59,6 +64,7 @@ private:
     RemoteEditSession::Ports const with;
     EditStaging::Place const place;
     std::vector<Session> sessions;
+    std::set<std::pair<std::string, std::string>> claimed; ///< connection and path
 };
 
 } // namespace tw

@@ -12,13 +12,13 @@ struct EditState {
     enum class Question {
         none,
         conflict, ///< the file on the host is not the one that was fetched
-        leaving,  ///< what was saved is not on the host yet
+        leaving,  ///< the last save is not on the host yet
     };
 
     std::string connection = {};
     std::string path = {}; ///< on the host
     Text status = {};
-    Text note = {}; ///< on how saves reach the file, if there is a danger in it; may be empty
+    Text note = {}; ///< a danger in the way that saves reach the file; may be empty
     Question question = Question::none;
     bool isUploading = false;
 };

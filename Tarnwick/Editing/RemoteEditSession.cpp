@@ -48,7 +48,7 @@ void inBackground(EngineRuntime &engine, std::function<void()> work)
         try {
             work();
         } catch (std::exception const &) {
-            // The record is one of the second chances: without it only a killed program loses the copy.
+            // Best effort: the record is needed only after a crash, and a copy that stays goes at the next start.
         }
     });
 }
@@ -84,7 +84,7 @@ bool RemoteEditSession::isOf(std::string const &connection, std::string const &p
     return copy.record.connection == connection && copy.record.path == path;
 }
 
-/// An event makes the next look come at once; without events the timer does.
+/// An event makes the next look come at once; without events the timer brings it.
 Task<void> RemoteEditSession::listen(Weak weak, EngineRuntime *engine, std::string folder)
 {
     auto const events =
@@ -106,31 +106,49 @@ void RemoteEditSession::tick()
     looksOnceMore = isLooking;
     if (!isLooking && !events.stop_requested()) {
         isLooking = true;
-        spawn({with.mainContext, events.get_token()}, look(weak_from_this(), &with.engine, copy.path));
+        spawn({with.mainContext, events.get_token()}, look(weak_from_this(), &with.engine, copy));
     }
 }
 
-Task<void> RemoteEditSession::look(Weak weak, EngineRuntime *engine, std::string path)
+RemoteEditSession::Found RemoteEditSession::findNow(EditStaging::Copy const &copy)
 {
-    auto const stamp = co_await stampOf(engine, std::move(path));
-    if (auto const self = weak.lock())
-        self->ticked(stamp);
+    // In this order: what an editor saved before its end is seen with the end.
+    auto const ended = EditStaging::endedEditors(copy);
+    return {.stamp = EditStaging::stampOf(copy.path), .endedEditors = ended};
 }
 
-void RemoteEditSession::ticked(std::optional<EditStaging::Stamp> stamp)
+Task<void> RemoteEditSession::look(Weak weak, EngineRuntime *engine, EditStaging::Copy copy)
 {
+    auto const found = co_await engine->files().run(copy.path, lastLink, priority,
+                                                    [copy](std::string const & /*place*/) { return findNow(copy); });
+    if (auto const self = weak.lock())
+        self->ticked(found);
+}
+
+void RemoteEditSession::ticked(Found const &found)
+{
+    auto const &stamp = found.stamp;
     isLooking = false;
     if (events.stop_requested())
         return;
     timer.set(tickInterval);
     if (std::exchange(looksOnceMore, false))
         tick();
+    auto const now = with.clock->steadyNow();
     // What changes during an upload is seen by the first look after it.
     if (shown.isUploading)
         return;
     if (stamp)
         seen = stamp;
-    switch (watch.tick(stamp, with.clock->steadyNow())) {
+    if (startedEditors > 0 && found.endedEditors >= startedEditors && found.endedEditors > knownEnds) {
+        knownEnds = found.endedEditors;
+        return editorsEnded();
+    }
+    auto const finding = watch.tick(stamp, now);
+    // Events of other files beside the copy make it look too, and must not put off the upload.
+    if (auto const rest = watch.untilSettled(now))
+        timer.set(*rest);
+    switch (finding) {
     case SaveWatch::Finding::nothing:
         break;
     case SaveWatch::Finding::changed:
@@ -143,6 +161,14 @@ void RemoteEditSession::ticked(std::optional<EditStaging::Stamp> stamp)
     }
 }
 
+void RemoteEditSession::editorsEnded()
+{
+    if (!isUnsaved())
+        return finish();
+    isLeaving = true;
+    startUpload(copy);
+}
+
 void RemoteEditSession::uploadNow()
 {
     startUpload(copy);
@@ -151,7 +177,7 @@ void RemoteEditSession::uploadNow()
 void RemoteEditSession::overwrite()
 {
     auto sent = copy;
-    sent.record.version = versionThere; // that very one, and not a later one
+    sent.record.version = versionThere; // the one that the user was asked about, and no later one
     startUpload(std::move(sent));
 }
 
@@ -205,6 +231,8 @@ void RemoteEditSession::ended(EditStaging::Copy sent, Outcome<Result> outcome)
 {
     shown.isUploading = false;
     auto const isLast = std::exchange(isLeaving, false);
+    if (shown.question == Question::leaving)
+        shown.question = Question::none;
     if (outcome.failure)
         return failed(PaneStatus::describe(outcome.failure));
     auto const &result = *outcome.value;
@@ -266,6 +294,8 @@ Task<void> RemoteEditSession::lookBeforeLeaving(Weak weak, EngineRuntime *engine
 
 void RemoteEditSession::askBeforeLeaving()
 {
+    if (shown.question != Question::leaving)
+        beforeLeaving = shown;
     isLeaving = true;
     ask(Question::leaving, {"what you saved is not on %@ yet", {copy.record.connection}});
 }
@@ -273,7 +303,7 @@ void RemoteEditSession::askBeforeLeaving()
 void RemoteEditSession::stay()
 {
     isLeaving = false;
-    ask(Question::none, shown.isUploading ? Text("uploading…") : Text("watching for saves…"));
+    ask(beforeLeaving.question, beforeLeaving.status);
 }
 
 void RemoteEditSession::finish()

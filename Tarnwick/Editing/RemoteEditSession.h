@@ -18,12 +18,12 @@ class EngineRuntime;
 
 /// A file of a host that is edited here with any program: each save of the copy goes to the host once it has settled.
 ///
-/// Nothing on the host is replaced that somebody else has changed since the fetch or the last upload; the user is asked
-/// then. A failed upload is tried again with the next save, or when the user says so.
+/// What somebody else has changed on the host since the fetch or the last upload is not replaced; the user is asked
+/// then. A failed upload is tried again with the next save, or when the user asks for it.
 ///
 /// Threads: main context only.
 /// Lifetime: shared; its tasks hold it weakly. The engine outlives it. The copy stays on the disk, and is offered again
-/// at the next start, unless the session was ended by the user.
+/// at the next start, unless the user ended the session.
 class RemoteEditSession : public std::enable_shared_from_this<RemoteEditSession> {
 public:
     struct Ports {
@@ -34,14 +34,16 @@ public:
         std::function<Task<std::shared_ptr<Browser>>(std::string connection)> host;
     };
 
-    /// `state` is of something else.
+    /// `state` has changed.
     std::function<void()> onChanged;
     /// The file at this path of the host was written.
     std::function<void(std::shared_ptr<Browser> host, std::string path)> onUploaded;
     std::function<void()> onFinished;
 
-    /// Whether the copy was fetched just now, or is left from a process that was killed before it was uploaded.
-    enum class Origin { fetched, left };
+    enum class Origin {
+        fetched, ///< just now
+        left,    ///< by a process that ended before the upload
+    };
 
     RemoteEditSession(Ports ports, EditedFile::Fetched file, Origin origin);
     ~RemoteEditSession();
@@ -55,28 +57,34 @@ public:
     EditState const &state() const noexcept { return shown; }
 
     /// The copy, for the editor.
+    EditStaging::Copy const &staged() const noexcept { return copy; }
+
     std::string const &localPath() const noexcept { return copy.path; }
+
+    /// An editor was started that leaves its end mark beside the copy. The session ends with the last of them, after
+    /// the upload of what was saved.
+    void expectEditorsEnd() { ++startedEditors; }
 
     bool isOf(std::string const &connection, std::string const &path) const;
 
-    /// What was saved is not on the host, as far as is known now.
+    /// True if the last known save is not on the host.
     bool isUnsaved() const { return seen && seen != copy.record.uploaded; }
 
     void uploadNow();
 
-    /// Ends the session, or asks if what was saved is not on the host.
+    /// Ends the session; asks first if the last save is not on the host.
     void done();
 
     // Answers to a conflict.
     void overwrite();
     void saveBeside();
 
-    // Answers to the question before leaving; another one is `uploadNow`.
+    // Answers to the question before leaving; the third answer is `uploadNow`.
     void discard() { finish(); }
 
     void stay();
 
-    /// The program ends. A copy that was not uploaded stays.
+    /// The program ends. A copy that was not uploaded stays on the disk.
     void leaveForNextStart();
 
 private:
@@ -84,14 +92,23 @@ private:
     using Result = EditedFile::Result;
 
     static Task<void> listen(Weak weak, EngineRuntime *engine, std::string folder);
-    static Task<void> look(Weak weak, EngineRuntime *engine, std::string path);
+    static Task<void> look(Weak weak, EngineRuntime *engine, EditStaging::Copy copy);
     static Task<void> lookBeforeLeaving(Weak weak, EngineRuntime *engine, std::string path);
     static Task<Result> put(EngineRuntime *engine, Task<std::shared_ptr<Browser>> reaching, EditStaging::Copy sent,
                             std::shared_ptr<std::shared_ptr<Browser>> host);
     static Task<void> upload(Weak weak, Ports with, EditStaging::Copy sent);
 
+    /// What a tick finds on the disk.
+    struct Found {
+        std::optional<EditStaging::Stamp> stamp; ///< of the copy
+        std::int64_t endedEditors = 0;
+    };
+
+    static Found findNow(EditStaging::Copy const &copy);
+
     void tick();
-    void ticked(std::optional<EditStaging::Stamp> stamp);
+    void ticked(Found const &found);
+    void editorsEnded();
     void startUpload(EditStaging::Copy sent);
     void ended(EditStaging::Copy sent, Outcome<Result> outcome);
     void arrived(EditStaging::Copy sent, Result const &result);
@@ -108,10 +125,13 @@ private:
     SaveWatch watch;
     std::optional<EditStaging::Stamp> seen; ///< at the last look
     EditState shown;
-    std::string versionThere; ///< of the file that a conflict is about
+    std::string versionThere; ///< of the file on the host that a conflict is about
     bool isLooking = false;
     bool looksOnceMore = false;
-    bool isLeaving = false; ///< as soon as all is uploaded
+    bool isLeaving = false;  ///< as soon as everything is uploaded
+    EditState beforeLeaving; ///< what the question before leaving took the place of
+    std::int64_t startedEditors = 0;
+    std::int64_t knownEnds = 0; ///< editors whose end was acted on
     std::stop_source events;
     Alarm timer;
 };

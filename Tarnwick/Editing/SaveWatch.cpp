@@ -21,4 +21,11 @@ SaveWatch::Finding SaveWatch::tick(std::optional<Stamp> now, Time time)
     return Finding::settled;
 }
 
+std::optional<std::chrono::milliseconds> SaveWatch::untilSettled(Time time) const
+{
+    if (!pendingSince || time - *pendingSince >= settleTime)
+        return std::nullopt;
+    return std::chrono::ceil<std::chrono::milliseconds>(*pendingSince + settleTime - time);
+}
+
 } // namespace tw

@@ -9,8 +9,8 @@ namespace tw {
 
 /// Decides when a save in an editor has ended: the copy has not changed for a second.
 ///
-/// So an editor that writes in several steps, or replaces the file through a temporary name, causes one upload. The
-/// time is that of a clock that never goes back: nothing depends on the machine's date.
+/// So an editor that writes in several steps, or replaces the file through a temporary name, causes one upload. Times
+/// are those of a clock that never goes back: nothing depends on the date of the machine.
 class SaveWatch {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -20,20 +20,21 @@ public:
 
     enum class Finding {
         nothing,
-        changed, ///< since the last look; the wait begins again
+        changed, ///< since the last look; the second begins again
         settled, ///< to be uploaded now
     };
 
-    /// A missing stamp is a file that is not there: it is being replaced.
     explicit SaveWatch(std::optional<Stamp> seen) : lastSeen(seen) {}
 
+    /// Without a stamp the file does not exist at the moment: it is being replaced.
     Finding tick(std::optional<Stamp> now, Time time);
 
-    bool isPending() const noexcept { return pendingSince.has_value(); }
+    /// The time that a change has left to settle. Nothing if there is no change, or the time is over.
+    std::optional<std::chrono::milliseconds> untilSettled(Time time) const;
 
 private:
     std::optional<Stamp> lastSeen;
-    std::optional<Time> pendingSince; ///< a change that was not uploaded yet
+    std::optional<Time> pendingSince; ///< the last change, if it has not settled
 };
 
 } // namespace tw

@@ -6,6 +6,7 @@
 #include "TWEngine/Applications/ApplicationError.h"
 #include "Tarnwick/Connections/ConnectionItem.h"
 #include "Tarnwick/Editing/EditSessions.h"
+#include "Tarnwick/Editing/TerminalEditor.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 namespace tw {
@@ -20,11 +21,15 @@ void say(OperationContext const &context, Text text)
         asked->showStatus(std::move(text));
 }
 
+std::string tokenOf(OpeningServices const &services)
+{
+    return services.activationToken ? services.activationToken() : std::string();
+}
+
 Task<Application> openAs(OpeningServices services, std::string path, std::string contentType)
 {
-    auto const token = services.activationToken ? services.activationToken() : std::string();
     return services.applications->open(
-        {.path = std::move(path), .contentType = std::move(contentType), .activationToken = token});
+        {.path = std::move(path), .contentType = std::move(contentType), .activationToken = tokenOf(services)});
 }
 
 bool hasNoApplication(std::exception_ptr const &failure)
@@ -38,18 +43,52 @@ bool hasNoApplication(std::exception_ptr const &failure)
     }
 }
 
+/// What an editor is started on.
+struct Subject {
+    std::string path;
+    std::uint16_t modeThere = 0; ///< permission bits of the original of a copy
+    std::string endMark = {};    ///< see TerminalEditor
+};
+
+enum class Editor { application, terminal };
+
 /// What opens a type may execute what it opens, so only documents are opened by their type.
-Task<void> openEditor(OpeningServices services, std::string path, std::uint16_t modeThere)
+Task<void> openApplication(OpeningServices services, Subject subject)
 {
-    auto const nature = co_await services.applications->natureOf(path, modeThere);
+    auto const nature = co_await services.applications->natureOf(subject.path, subject.modeThere);
     auto const isDocument = nature.kind == FileNature::Kind::document;
     auto const type = isDocument ? nature.contentType : std::string(plainText);
-    auto const opened = co_await outcomeOf(openAs(services, path, type));
+    auto const opened = co_await outcomeOf(openAs(services, subject.path, type));
     if (!opened.failure)
         co_return;
     if (type == plainText || !hasNoApplication(opened.failure))
         std::rethrow_exception(opened.failure);
-    co_await openAs(services, path, plainText);
+    co_await openAs(services, subject.path, plainText);
+}
+
+Task<Editor> openEditor(OpeningServices services, Subject subject)
+{
+    auto const editor = services.terminalEditor ? services.terminalEditor() : std::string();
+    if (editor.empty()) {
+        co_await openApplication(services, subject);
+        co_return Editor::application;
+    }
+    auto command = TerminalEditor::command(editor, subject.path, subject.endMark);
+    co_await services.applications->runInTerminal("the editor", std::move(command), tokenOf(services));
+    co_return Editor::terminal;
+}
+
+Subject subjectOf(EditStaging::Copy const &copy, FileToOpen const &file)
+{
+    return {.path = copy.path, .modeThere = file.mode, .endMark = EditStaging::endMark(copy)};
+}
+
+/// The file is being edited already.
+Task<void> openEditorAgain(OpeningServices services, EditSessions::Session session, FileToOpen file)
+{
+    auto const editor = co_await openEditor(services, subjectOf(session->staged(), file));
+    if (editor == Editor::terminal)
+        session->expectEditorsEnd();
 }
 
 Task<EditedFile::Fetched> bring(OperationContext context, FileToOpen file)
@@ -72,18 +111,23 @@ Task<void> editThere(OperationContext context, FileToOpen file)
 {
     auto const edits = context.opening.edits;
     auto const from = context.operands.connection;
-    auto const session = edits->find(from, file.path);
-    if (session) {
-        co_await openEditor(context.opening, session->localPath(), file.mode);
+    if (auto const session = edits->find(from, file.path)) {
+        co_await openEditorAgain(context.opening, session, file);
         co_return;
     }
+    // The key may be pressed again before the file is here.
+    auto const claim = edits->claim(from, file.path);
+    if (!claim)
+        co_return;
     auto fetched = co_await bring(context, file);
-    auto const opened = co_await outcomeOf(openEditor(context.opening, fetched.copy.path, file.mode));
+    auto const opened = co_await outcomeOf(openEditor(context.opening, subjectOf(fetched.copy, file)));
     if (opened.failure) {
         edits->drop(fetched);
         std::rethrow_exception(opened.failure);
     }
-    edits->add(std::move(fetched));
+    auto const session = edits->add(std::move(fetched));
+    if (*opened.value == Editor::terminal)
+        session->expectEditorsEnd();
     say(context, {"editing %@ — each save goes to %@", {file.name(), from}});
 }
 
@@ -92,7 +136,7 @@ Task<void> edit(OperationContext context, FileToOpen file)
     if (file.kind != EntryKind::file && file.kind != EntryKind::symlink)
         throw ApplicationError::NothingOpens(file.path);
     if (context.operands.connection == localConnection)
-        co_await openEditor(context.opening, file.path, 0);
+        co_await openEditor(context.opening, {.path = file.path});
     else
         co_await editThere(context, file);
 }

@@ -71,6 +71,8 @@ constexpr Setting<T> oneOf(char const *key, T usual)
 constexpr Choice<FolderPlacement> placements[] = {
     {FolderPlacement::top, "top"}, {FolderPlacement::bottom, "bottom"}, {FolderPlacement::mixed, "mixed"}};
 constexpr Choice<PaneSide> sides[] = {{PaneSide::left, "left"}, {PaneSide::right, "right"}};
+constexpr Choice<EditorChoice> editors[] = {{EditorChoice::application, "application"},
+                                            {EditorChoice::terminal, "terminal"}};
 constexpr Choice<bool> answers[] = {{false, "false"}, {true, "true"}};
 
 std::optional<std::string> sameText(std::string const &text)
@@ -133,6 +135,7 @@ Setting<FolderPlacement> const folderPlacement = oneOf<placements>("tw.folderPla
 Setting<PaneSide> const activeSide = oneOf<sides>("tw.activeSide", PaneSide::left);
 Setting<std::string> const columns{"tw.columns", {}, sameText, text};
 Setting<bool> const autoRefresh = oneOf<answers>("TWAutoRefresh", true);
+Setting<EditorChoice> const editor = oneOf<editors>("tw.editor", EditorChoice::application);
 Setting<std::string> const windowGeometry{"TarnwickMain", {}, sameText, text};
 Setting<std::optional<int>> const leftShare{"tw.split", std::nullopt, shareFrom, shareText};
 Setting<bool> const welcomeShown = oneOf<answers>("tw.welcomeShown", false);

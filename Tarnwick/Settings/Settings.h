@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tarnwick/Settings/EditorChoice.h"
 #include "Tarnwick/Settings/FolderPlacement.h"
 #include "Tarnwick/Settings/PaneSide.h"
 #include "Tarnwick/Settings/Setting.h"
@@ -25,6 +26,9 @@ extern Setting<std::string> const columns;
 
 /// Whether folders on show are read again without being asked for.
 extern Setting<bool> const autoRefresh;
+
+/// What files are edited with.
+extern Setting<EditorChoice> const editor;
 
 /// The size of a viewer's text, as that of the rows.
 extern Setting<double> const viewerFontSize;

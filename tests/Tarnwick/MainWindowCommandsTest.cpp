@@ -263,6 +263,27 @@ TEST_F(MainWindowCommandsTest, withoutAFileThereIsNothingToCopy)
     EXPECT_EQ(left.beeps, 1);
 }
 
+TEST_F(MainWindowCommandsTest, filesAreEditedAndNothingElse)
+{
+    controller.start({.left = PaneSpec{"local", "/left", true}, .right = PaneSpec{"local", "/right", true}});
+    loop.drain();
+    while (!provider->waiting.empty()) {
+        auto const request = provider->takeOldest();
+        request.answer->succeed({{request.path, listing(request.path, {directory("a"), file("b")}, clock->now())}});
+        loop.drain();
+    }
+    for (auto const row : {0, 1}) { // the row of the folder above, and a folder
+        controller.activePane().moveCursorTo(row);
+        perform(Command::edit);
+        EXPECT_EQ(left.beeps, row + 1);
+    }
+    controller.activePane().moveCursorTo(2);
+    perform(Command::edit);
+    ASSERT_THAT(applications->opened, SizeIs(1));
+    EXPECT_EQ(applications->opened[0].path, "/left/b");
+    EXPECT_EQ(left.beeps, 2);
+}
+
 TEST_F(MainWindowCommandsTest, onlyFilesOfTheSameFolderAndConnectionLookCut)
 {
     startOn("/left", "/right");

@@ -25,36 +25,6 @@ using testing::SizeIs;
 using testing::StartsWith;
 using EditQuestion = EditState::Question;
 
-TEST(SaveWatchTest, aSaveHasEndedWhenTheFileIsUnchangedForASecond)
-{
-    using Finding = SaveWatch::Finding;
-    using Stamp = EditStaging::Stamp;
-
-    struct Look {
-        std::optional<Stamp> stamp;
-        std::chrono::milliseconds time;
-        Finding finding;
-    };
-
-    Stamp const old{.size = 3, .mtime = 10};
-    Stamp const first{.size = 4, .mtime = 20};
-    Stamp const earlier{.size = 4, .mtime = 5}; // the machine's clock was set back
-    SaveWatch watch(old);
-    for (auto const &[stamp, time, finding] : std::vector<Look>{
-             {old, std::chrono::milliseconds(0), Finding::nothing},
-             {first, std::chrono::milliseconds(1000), Finding::changed},
-             {earlier, std::chrono::milliseconds(1500), Finding::changed}, // the wait begins again
-             {earlier, std::chrono::milliseconds(2400), Finding::nothing},
-             {std::nullopt, std::chrono::milliseconds(2450), Finding::nothing}, // in the midst of a replacement
-             {earlier, std::chrono::milliseconds(2500), Finding::settled},
-             {earlier, std::chrono::milliseconds(9000), Finding::nothing},
-             {std::nullopt, std::chrono::milliseconds(9100), Finding::nothing},
-             {first, std::chrono::milliseconds(9200), Finding::changed}, // made anew
-             {first, std::chrono::milliseconds(10200), Finding::settled},
-         })
-        EXPECT_EQ(watch.tick(stamp, SaveWatch::Time(time)), finding) << time.count();
-}
-
 class RemoteEditSessionTest : public testing::Test {
 protected:
     ~RemoteEditSessionTest() override
@@ -147,6 +117,142 @@ TEST_F(RemoteEditSessionTest, eachSettledSaveReachesTheHost)
     EXPECT_THAT(namesOnDisk(folder.path()), ElementsAre("a b.txt", "edits"));
 }
 
+TEST_F(RemoteEditSessionTest, everyWayToSaveIsOneUpload)
+{
+    struct Editor {
+        char const *name;
+        std::function<void(std::string const &path)> save;
+    };
+
+    auto const write = [](std::string const &path) { std::ofstream(path, std::ios::trunc) << "new"; };
+    for (auto const &editor : std::vector<Editor>{
+             {"in place", write},
+             {"through a temporary name",
+              [&](std::string const &path) {
+                  write(path + ".tmp");
+                  std::filesystem::rename(path + ".tmp", path);
+              }},
+             {"with a backup",
+              [&](std::string const &path) {
+                  std::filesystem::rename(path, path + "~");
+                  write(path);
+              }},
+             {"deleted and made again",
+              [&](std::string const &path) {
+                  std::filesystem::remove(path);
+                  write(path);
+              }},
+             {"beside a lock that stays",
+              [&](std::string const &path) {
+                  write(path + ".lock");
+                  write(path);
+              }},
+         }) {
+        SCOPED_TRACE(editor.name);
+        auto const path = folder.file("a", "old");
+        auto const session = edit(path);
+        auto const uploadsBefore = uploads();
+        editor.save(session->localPath());
+        passTimeUntil([&] { return contentOf(path) == "new" && !session->isUnsaved(); });
+        EXPECT_EQ(uploads() - uploadsBefore, 1);
+        session->discard();
+        ++questions; // of the next one
+    }
+}
+
+TEST_F(RemoteEditSessionTest, aSaveInTenStepsIsOneUpload)
+{
+    auto const path = folder.file("a", "old");
+    auto const session = edit(path);
+    auto changes = 0;
+    edits->onChanged = [&] { ++changes; };
+    for (auto step = 0; step < 10; ++step) {
+        auto const before = changes;
+        std::ofstream(session->localPath(), step == 0 ? std::ios::trunc : std::ios::app) << "part ";
+        loop.runUntil([&] { return changes > before; });
+        clock->advance(SaveWatch::settleTime / 2);
+    }
+    passTimeUntil([&] { return !session->isUnsaved(); });
+    EXPECT_EQ(contentOf(path).size(), 50U);
+    EXPECT_EQ(uploads(), 1);
+}
+
+TEST_F(RemoteEditSessionTest, aCopyThatIsDeletedAndNeverWrittenChangesNothing)
+{
+    auto const path = folder.file("a", "old");
+    auto const session = edit(path);
+    std::filesystem::remove(session->localPath());
+    session->uploadNow();
+    passTimeUntilStatus(session, "⚠︎ upload failed: ");
+    EXPECT_EQ(contentOf(path), "old");
+    session->done();
+    loop.runUntil([&] { return edits->all().empty(); });
+}
+
+TEST_F(RemoteEditSessionTest, aClockThatWasSetBackHidesNoSave)
+{
+    auto const path = folder.file("a", "old");
+    auto const session = edit(path);
+    auto const now = std::filesystem::file_time_type::clock::now();
+    for (auto const &[content, time] : {std::pair("one", now), std::pair("two", now - std::chrono::hours(1))}) {
+        save(session, content);
+        std::filesystem::last_write_time(session->localPath(), time);
+        passTimeUntil([&] { return contentOf(path) == content && !session->isUnsaved(); });
+    }
+    EXPECT_EQ(uploads(), 2);
+}
+
+TEST_F(RemoteEditSessionTest, twentySessionsUploadAtTheSameTime)
+{
+    constexpr auto count = 20;
+    std::vector<EditSessions::Session> all;
+    for (auto index = 0; index < count; ++index)
+        all.push_back(edit(folder.file("file " + std::to_string(index), "old")));
+    for (auto const &session : all)
+        save(session, "new of " + session->state().path);
+    passTimeUntil([&] {
+        return std::ranges::all_of(all, [](auto const &session) {
+            auto const &path = session->state().path;
+            return contentOf(path) == "new of " + path && !session->isUnsaved();
+        });
+    });
+    questions = count;
+    EXPECT_EQ(uploads(), count);
+}
+
+TEST_F(RemoteEditSessionTest, anEditorInATerminalEndsItsSession)
+{
+    auto const path = folder.file("a", "old");
+    auto const session = edit(path);
+    session->expectEditorsEnd();
+    session->expectEditorsEnd();
+    auto const endEditor = [mark = EditStaging::endMark(session->staged())] {
+        std::ofstream(mark, std::ios::app) << '.';
+    };
+    endEditor();
+    save(session, "first");
+    passTimeUntil([&] { return contentOf(path) == "first" && !session->isUnsaved(); });
+    EXPECT_THAT(edits->all(), SizeIs(1)) << "one of two editors is still open";
+    save(session, "last");
+    endEditor();
+    passTimeUntil([&] { return edits->all().empty(); });
+    EXPECT_EQ(contentOf(path), "last");
+}
+
+TEST_F(RemoteEditSessionTest, aConflictKeepsTheSessionOfAnEditorThatHasEnded)
+{
+    auto const path = folder.file("a", "old");
+    auto const session = edit(path);
+    session->expectEditorsEnd();
+    folder.file("a", "theirs");
+    save(session, "mine");
+    std::ofstream(EditStaging::endMark(session->staged())) << '.';
+    passTimeUntil([&] { return session->state().question == EditQuestion::conflict; });
+    session->overwrite();
+    passTimeUntilStatus(session, "saved to web");
+    EXPECT_EQ(contentOf(path), "mine");
+}
+
 TEST_F(RemoteEditSessionTest, aSaveDuringAnUploadIsUploadedAfterIt)
 {
     auto const path = folder.file("a", "old");
@@ -194,6 +300,12 @@ TEST_F(RemoteEditSessionTest, whatSomebodyElseHasWrittenIsAskedAbout)
     passTimeUntilStatus(session, "⚠︎ it was changed on web meanwhile");
     EXPECT_EQ(session->state().question, EditQuestion::conflict);
     EXPECT_EQ(contentOf(path), "theirs");
+
+    session->done();
+    loop.runUntil([&] { return session->state().question == EditQuestion::leaving; });
+    session->stay();
+    EXPECT_EQ(session->state().question, EditQuestion::conflict) << "it is still to be decided";
+    EXPECT_THAT(session->state().status.english(), StartsWith("⚠︎ it was changed"));
 
     folder.file("a", "theirs again");
     session->overwrite();
@@ -281,32 +393,42 @@ TEST_F(RemoteEditSessionTest, filesOfOneNameHaveCopiesOfTheirOwn)
     EXPECT_THAT(namesOnDisk(place.base), SizeIs(2)) << "nothing stays of a fetch that failed";
 }
 
+/// Of another process, or of the same number before the machine was started again.
 TEST_F(RemoteEditSessionTest, aSaveThatAKilledProgramHasLeftIsOfferedAgain)
 {
-    auto const own = place.process;
-    place.process = 99'999'999; // above the highest number that Linux gives
-    auto const killed = newSessions();
-    auto const left = killed->add(loop.run(killed->fetch(host, "web", folder.file("a\xff", "old"))));
-    killed->add(loop.run(killed->fetch(host, "web", folder.file("b", "old"))));
-    std::ofstream(left->localPath(), std::ios::trunc) << "saved";
-    questions += 1;
+    auto const own = place;
+    auto const other = EditStaging::Place{.base = place.base, .process = 99'999'999}; // above the highest of Linux
+    auto const earlier = EditStaging::Place{.base = place.base, .boot = "earlier"};
+    for (auto const &owner : {other, earlier}) {
+        place = owner;
+        auto const killed = newSessions();
+        auto const left = killed->add(loop.run(killed->fetch(host, "web", folder.file("a\xff", "old"))));
+        killed->add(loop.run(killed->fetch(host, "web", folder.file("b", "old"))));
+        auto const gone = killed->add(loop.run(killed->fetch(host, "web", folder.file("c", "old"))));
+        std::ofstream(left->localPath(), std::ios::trunc) << "saved";
+        std::filesystem::remove(gone->localPath());
 
-    place.process = own;
-    edits = newSessions();
-    edits->resume();
-    loop.runUntil([&] { return !edits->all().empty(); });
-    ASSERT_THAT(edits->all(), SizeIs(1)) << "what was uploaded is of no use any more";
-    auto const session = edits->all()[0];
-    EXPECT_EQ(session->state().path, folder.path("a\xff"));
-    EXPECT_EQ(session->state().connection, "web");
-    EXPECT_THAT(session->state().status.english(), HasSubstr("not uploaded"));
-    passTimeUntil([&] { return session->isUnsaved(); });
-    EXPECT_THAT(edits->unsaved(), SizeIs(1));
-    EXPECT_EQ(contentOf(folder.path("a\xff")), "old") << "not before the user wants it";
-    session->uploadNow();
-    passTimeUntilStatus(session, "saved to web");
-    EXPECT_EQ(contentOf(folder.path("a\xff")), "saved");
-    killed->leaveForNextStart();
+        place = own;
+        edits = newSessions();
+        edits->resume();
+        loop.runUntil([&] { return !edits->all().empty(); });
+        ASSERT_THAT(edits->all(), SizeIs(1)) << "what was uploaded, or is gone, needs nobody";
+        EXPECT_THAT(namesOnDisk(place.base), SizeIs(1));
+        auto const session = edits->all()[0];
+        EXPECT_EQ(session->state().path, folder.path("a\xff"));
+        EXPECT_EQ(session->state().connection, "web");
+        EXPECT_THAT(session->state().status.english(), HasSubstr("not uploaded"));
+        passTimeUntil([&] { return session->isUnsaved(); });
+        EXPECT_THAT(edits->unsaved(), SizeIs(1));
+        EXPECT_EQ(contentOf(folder.path("a\xff")), "old") << "not before the user wants it";
+        session->uploadNow();
+        passTimeUntilStatus(session, "saved to web");
+        EXPECT_EQ(contentOf(folder.path("a\xff")), "saved");
+        session->done();
+        loop.runUntil([&] { return edits->all().empty(); });
+        killed->leaveForNextStart();
+        engine.workers().waitUntilIdle();
+    }
 }
 
 } // namespace

@@ -12,12 +12,12 @@ namespace tw::test {
 
 namespace {
 
-using Rows = std::vector<std::uint32_t>;
+using RowNumbers = std::vector<std::uint32_t>;
 using Names = std::vector<std::string>;
 
-Rows sorted(DirectorySnapshot const &snapshot, RowOrder order)
+RowNumbers sorted(DirectorySnapshot const &snapshot, RowOrder order)
 {
-    Rows rows(snapshot.count());
+    RowNumbers rows(snapshot.count());
     std::iota(rows.begin(), rows.end(), 0U);
     sortRows(rows, snapshot, Collation(snapshot), order);
     return rows;
@@ -148,7 +148,7 @@ TEST(RowOrderTest, noRowStandsBeforeOneThatTheComparisonPutsFirst)
 TEST(RowOrderTest, rowsThatNothingTellsApartKeepTheirOrder)
 {
     std::vector<ListedEntry> const rows(40, file("same.txt", 1, 1));
-    Rows asListed(40);
+    RowNumbers asListed(40);
     std::iota(asListed.begin(), asListed.end(), 0U);
     for (auto const &order : allOrders())
         EXPECT_EQ(sorted(listing("/", rows), order), asListed);
@@ -158,7 +158,7 @@ TEST(RowOrderTest, everyRowComesOutOnceWhateverItsName)
 {
     std::mt19937 random(2);
     auto const snapshot = listing("/", randomRows(3000, "[\\]^_`aAbBzZ09\x80\xFF", random));
-    Rows asListed(snapshot.count());
+    RowNumbers asListed(snapshot.count());
     std::iota(asListed.begin(), asListed.end(), 0U);
     for (auto const &order : allOrders()) {
         auto rows = sorted(snapshot, order);

@@ -79,6 +79,13 @@ TEST(SettingsTest, everyFolderPlacementIsStoredAsItsText)
     }
 }
 
+TEST(SettingsTest, filesAreEditedWithApplicationsUnlessATerminalIsChosen)
+{
+    EXPECT_EQ(stored(Settings::editor, "vi"), EditorChoice::application);
+    EXPECT_EQ(stored(Settings::editor, "terminal"), EditorChoice::terminal);
+    EXPECT_EQ(written(Settings::editor, EditorChoice::terminal), EditorChoice::terminal);
+}
+
 TEST(SettingsTest, theActiveSideIsLeftUnlessTheTextSaysRight)
 {
     EXPECT_EQ(written(Settings::activeSide, PaneSide::right), PaneSide::right);

@@ -18,8 +18,10 @@ public:
     std::vector<Application> installed{{.identifier = "eye.desktop", .name = "Eye"},
                                        {.identifier = "pen.desktop", .name = "Pen"}};
     std::vector<Opening> opened;
+    std::string typeWithoutApplication; ///< nothing opens it
     std::vector<std::string> ran;
-    std::vector<std::uint16_t> modesThere; ///< that natures were asked for with
+    std::vector<std::vector<std::string>> commands; ///< run in a terminal
+    std::vector<std::uint16_t> modesThere;          ///< that natures were asked for with
 
     Task<FileNature> natureOf(std::string /*path*/, std::uint16_t modeThere) override
     {
@@ -40,6 +42,8 @@ public:
 
     Task<Application> open(Opening opening) override
     {
+        if (opening.contentType == typeWithoutApplication)
+            throw ApplicationError::NothingOpens(opening.path);
         opened.push_back(opening);
         auto const wanted =
             opening.application.empty() && !suggested.empty() ? suggested.front().identifier : opening.application;
@@ -48,6 +52,13 @@ public:
                 co_return each;
         }
         throw ApplicationError::NothingOpens(opening.path);
+    }
+
+    Task<void> runInTerminal(std::string /*name*/, std::vector<std::string> command,
+                             std::string /*activationToken*/) override
+    {
+        commands.push_back(std::move(command));
+        co_return;
     }
 
     Task<void> run(std::string path, FileNature::Kind /*kind*/, std::string /*activationToken*/) override

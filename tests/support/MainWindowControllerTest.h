@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Window/MainWindowController.h"
+#include "tests/support/FakeApplications.h"
 #include "tests/support/FakeClipboard.h"
 #include "tests/support/FakeConnections.h"
 #include "tests/support/FakeDialogs.h"
@@ -92,7 +93,9 @@ protected:
         provider, Browser::Collaborators{Strand(loop.context()), clock, nullptr}, Browser::Config{});
     MemoryDefaults defaults;
     FakeConnections connections{browser};
-    MainWindowController controller{{loop.context(), clock, defaults}, connections};
+    std::shared_ptr<FakeApplications> applications = std::make_shared<FakeApplications>();
+    MainWindowController controller{
+        {loop.context(), clock, defaults}, connections, nullptr, {.opening = {.applications = applications}}};
     RecordingDisplay left;
     RecordingDisplay right;
     RecordingWindow window;

@@ -8,6 +8,7 @@
 #include "Tarnwick/Clipboard/PastedFile.h"
 #include "Tarnwick/Connections/ArchiveBrowsers.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
+#include "Tarnwick/Editing/TerminalEditor.h"
 #include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
@@ -151,9 +152,15 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                 [&engine = with.engine, place = with.scratch](std::string name, std::string bytes) {
                     return PastedFile::make(&engine, place, std::move(name), std::move(bytes));
                 },
-            .opening = {.applications = applications, .copies = copies, .edits = edits, .activationToken = [this] {
-                            return startupToken.next();
-                        }}});
+            .opening = {.applications = applications,
+                        .copies = copies,
+                        .edits = edits,
+                        .terminalEditor =
+                            [this] {
+                                auto const isWanted = Settings::editor.read(with.defaults) == EditorChoice::terminal;
+                                return isWanted ? TerminalEditor::ofThisUser() : std::string();
+                            },
+                        .activationToken = [this] { return startupToken.next(); }}});
     controller->usePreviews(std::make_shared<FilePreviews>(
         with.engine, [] { return Scratch::directory("preview"); },
         FilePreviews::Thumbnails{.folder = UserPaths::ofThisUser().thumbnails,
