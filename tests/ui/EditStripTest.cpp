@@ -8,8 +8,10 @@
 #include "tests/support/ManualClock.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/ui/QtLoop.h"
+#include "tests/ui/WindowTest.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
@@ -20,6 +22,40 @@
 namespace tw::test {
 namespace {
 
+Task<std::shared_ptr<Browser>> nobody()
+{
+    throw std::runtime_error("no way there");
+    co_return nullptr;
+}
+
+/// Files of hosts that cannot be reached.
+std::shared_ptr<EditSessions> sessionsIn(std::string const &base, EngineRuntime &engine,
+                                         QtMainContext const &mainContext)
+{
+    return std::make_shared<EditSessions>(
+        RemoteEditSession::Ports{.engine = engine,
+                                 .mainContext = mainContext.context(),
+                                 .clock = std::make_shared<ManualClock>(),
+                                 .host = [](std::string const & /*connection*/) { return nobody(); }},
+        EditStaging::Place{.base = base});
+}
+
+EditSessions::Session editCopy(EditSessions &edits, std::string const &base, EditStaging::Record const &record)
+{
+    auto copy = EditStaging::make(record, {.base = base});
+    copy.record.uploaded = EditStaging::stampOf(copy.path);
+    return edits.add({.copy = std::move(copy), .way = EditCommand::Way::copy});
+}
+
+/// The tasks of the sessions are stopped, and end when the context comes to them.
+void endSessions(EditSessions &edits, EngineRuntime &engine, QtMainContext const &mainContext)
+{
+    edits.leaveForNextStart();
+    do {
+        engine.workers().waitUntilIdle();
+    } while (mainContext.context()->runPending() > 0);
+}
+
 class EditStripTest : public ::testing::Test {
 protected:
     EditStripTest()
@@ -29,26 +65,11 @@ protected:
         window.show();
     }
 
-    ~EditStripTest() override
-    {
-        edits->leaveForNextStart();
-        // The tasks of the sessions are stopped, and end when the context comes to them.
-        do {
-            engine.workers().waitUntilIdle();
-        } while (mainContext.context()->runPending() > 0);
-    }
+    ~EditStripTest() override { endSessions(*edits, engine, mainContext); }
 
-    static Task<std::shared_ptr<Browser>> nobody()
+    EditSessions::Session edit(std::string const &path, std::string const &host = "web")
     {
-        throw std::runtime_error("no way there");
-        co_return nullptr;
-    }
-
-    EditSessions::Session edit(std::string const &path)
-    {
-        auto copy = EditStaging::make({.connection = "web", .path = path}, {.base = folder.path("edits")});
-        copy.record.uploaded = EditStaging::stampOf(copy.path);
-        return edits->add({.copy = std::move(copy), .way = EditCommand::Way::copy});
+        return editCopy(*edits, folder.path("edits"), {.connection = host, .path = path});
     }
 
     QStringList titles(std::size_t line) const
@@ -66,12 +87,7 @@ protected:
     TemporaryFolder folder;
     EngineRuntime engine;
     QtMainContext mainContext;
-    std::shared_ptr<EditSessions> edits = std::make_shared<EditSessions>(
-        RemoteEditSession::Ports{.engine = engine,
-                                 .mainContext = mainContext.context(),
-                                 .clock = std::make_shared<ManualClock>(),
-                                 .host = [](std::string const & /*connection*/) { return nobody(); }},
-        EditStaging::Place{.base = folder.path("edits")});
+    std::shared_ptr<EditSessions> edits = sessionsIn(folder.path("edits"), engine, mainContext);
     QWidget window;
     EditStrip strip{edits, EditStrip::Place::mainWindow, &window};
 };
@@ -83,13 +99,28 @@ TEST_F(EditStripTest, eachFileHasALineAsLongAsItIsEdited)
     auto const second = edit("/srv/b");
     ASSERT_EQ(strip.shownLines().size(), 2U);
     EXPECT_FALSE(strip.isHidden());
-    EXPECT_EQ(strip.shownLines()[0]->accessibleName(), QStringLiteral("/srv/a"));
+    EXPECT_EQ(strip.shownLines()[0]->accessibleName(), QStringLiteral("web:/srv/a"));
     EXPECT_EQ(strip.shownLines()[0]->statusLine().text(), QStringLiteral("watching for saves…"));
     click(1);
     processUntil([&] { return strip.shownLines().size() == 1; });
     EXPECT_EQ(strip.shownLines()[0]->session(), second);
     click(1);
     processUntil([&] { return strip.isHidden(); });
+}
+
+TEST_F(EditStripTest, aWindowNamesItsHostsAndStaysInFront)
+{
+    EditStrip own(edits, EditStrip::Place::ownWindow, &window);
+    EXPECT_TRUE(own.isWindow());
+    EXPECT_TRUE(own.windowFlags().testFlags(Qt::Tool | Qt::WindowStaysOnTopHint));
+    EXPECT_TRUE(own.testAttribute(Qt::WA_ShowWithoutActivating)) << "the editor keeps the keyboard";
+    auto const name = [&] { return own.shownLines()[0]->accessibleName(); };
+    edit("/srv/a");
+    EXPECT_EQ(own.windowTitle(), QStringLiteral("Editing on web"));
+    EXPECT_EQ(name(), QStringLiteral("/srv/a"));
+    edit("/srv/a", "mail");
+    EXPECT_EQ(own.windowTitle(), QStringLiteral("Editing on mail, web"));
+    EXPECT_EQ(name(), QStringLiteral("web:/srv/a")) << "both have this path";
 }
 
 TEST_F(EditStripTest, theButtonsAreThoseOfTheQuestion)
@@ -137,6 +168,51 @@ TEST_F(EditStripTest, theKeyboardGoesFromButtonToButtonAndBack)
     EXPECT_TRUE(hasLeft);
     QTest::keyClick(focused(), Qt::Key_Return);
     processUntil([&] { return strip.shownLines().size() == 1; });
+}
+
+/// A window with files that are being edited.
+class EditWindowTest : public WindowTest {
+protected:
+    EditWindowTest()
+    {
+        controller = std::make_unique<MainWindowController>(
+            PaneController::Collaborators{mainContext.context(), runtime.clock(), defaults}, connections, nullptr,
+            WindowServices{.opening = {.edits = edits}});
+        window = std::make_unique<MainWindow>(*controller, defaults, program);
+        window->show();
+    }
+
+    ~EditWindowTest() override
+    {
+        endSessions(*edits, runtime, mainContext);
+        close();
+    }
+
+    std::shared_ptr<EditSessions> edits = sessionsIn(scratch.path("edits"), runtime, mainContext);
+};
+
+TEST_F(EditWindowTest, quittingAsksBecauseOfASaveThatIsNotOnItsHost)
+{
+    auto const session = editCopy(*edits, scratch.path("edits"), {.connection = "web", .path = "/srv/a"});
+    std::ofstream(session->localPath()) << "saved";
+    processUntil([&] { return session->isUnsaved(); });
+    auto hasQuit = false;
+    window->askToQuit([&] { hasQuit = true; });
+    auto const question = [&]() -> QDialog * {
+        auto const sheets = window->findChildren<QDialog *>();
+        return sheets.empty() || !sheets.front()->isVisible() ? nullptr : sheets.front();
+    };
+    processUntil([&] { return question(); });
+    QString words;
+    for (auto const *label : question()->findChildren<QLabel *>())
+        words += label->text();
+    EXPECT_TRUE(words.contains(QStringLiteral("web:/srv/a"))) << words.toStdString();
+    question()->reject();
+    processUntil([&] { return !question(); });
+    EXPECT_FALSE(hasQuit);
+    session->discard();
+    window->askToQuit([&] { hasQuit = true; });
+    EXPECT_TRUE(hasQuit) << "there is nothing to lose any more";
 }
 
 } // namespace

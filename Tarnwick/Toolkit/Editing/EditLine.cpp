@@ -83,13 +83,13 @@ EditLine::EditLine(std::shared_ptr<RemoteEditSession> shown, QWidget *parent)
         choices[index] = button;
     }
     column->addLayout(row);
-    refresh();
 }
 
-void EditLine::refresh()
+void EditLine::refresh(Path shownPath)
 {
     auto const &state = edited->state();
-    auto const whole = QString::fromStdString(onOneLine(state.path));
+    auto const host = shownPath == Path::ofHost ? state.connection + ':' : std::string();
+    auto const whole = QString::fromStdString(onOneLine(host + state.path));
     path->setText(shortened(whole));
     path->setToolTip(whole.toHtmlEscaped());
     setAccessibleName(whole);
@@ -108,7 +108,7 @@ void EditLine::refresh()
 
 void EditLine::press(std::size_t button)
 {
-    // What was pressed is what stood on it; the session may go with it.
+    // Kept, since the session may end with the answer.
     auto const session = edited;
     auto const question = session->state().question;
     if (question == Question::conflict && button == 0)

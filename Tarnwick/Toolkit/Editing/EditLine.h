@@ -14,7 +14,7 @@ namespace tw {
 
 class ElidedLabel;
 
-/// One file that is being edited: where it belongs, how it stands, and what can be done about it.
+/// One file that is being edited: its path on the host, its status, and its buttons.
 class EditLine final : public QWidget {
     Q_OBJECT
 
@@ -23,7 +23,10 @@ public:
 
     std::shared_ptr<RemoteEditSession> const &session() const noexcept { return edited; }
 
-    void refresh();
+    /// `Path::ofHost` where nothing else on the screen names the host.
+    enum class Path { alone, ofHost };
+
+    void refresh(Path shownPath);
 
     // For tests, and for the keyboard.
     ElidedLabel const &statusLine() const { return *status; }

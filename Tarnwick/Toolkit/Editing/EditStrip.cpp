@@ -2,7 +2,6 @@
 
 #include "TWCore/Model/DisplayText.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
-#include "Tarnwick/Toolkit/Editing/EditLine.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -13,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace tw {
@@ -22,7 +22,7 @@ namespace {
 constexpr int margin = 8;
 constexpr QSize usualSize(430, 104);
 
-/// More lines scroll: they would take the room of the panes, or of the editor.
+/// The strip scrolls beyond this, to leave room for the panes, or for the editor.
 constexpr int mostLines = 3;
 
 } // namespace
@@ -55,6 +55,7 @@ EditStrip::EditStrip(std::shared_ptr<EditSessions> edits, Place where, QWidget *
     area->setWidget(content);
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus); // Tab goes from button to button
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     auto *const all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
@@ -69,8 +70,29 @@ EditStrip::~EditStrip()
     sessions->onChanged = nullptr;
 }
 
+/// The host is in the title of a window, if there is one host.
+EditLine::Path EditStrip::pathToShow() const
+{
+    auto const &all = sessions->all();
+    auto const isOneHost = std::ranges::all_of(
+        all, [&](auto const &each) { return each->state().connection == all.front()->state().connection; });
+    return isWindow() && isOneHost ? EditLine::Path::alone : EditLine::Path::ofHost;
+}
+
+void EditStrip::nameWindow()
+{
+    std::set<std::string> hosts;
+    for (auto const &session : sessions->all())
+        hosts.insert(session->state().connection);
+    std::string names;
+    for (auto const &host : hosts)
+        names += (names.empty() ? "" : ", ") + host;
+    setWindowTitle(Wording::shown(Text("Editing on %@", {names})));
+}
+
 void EditStrip::sync()
 {
+    auto const path = pathToShow();
     auto old = std::exchange(lines, {});
     auto const *const focused = window()->focusWidget();
     auto const hadKeyboard = focused && isAncestorOf(focused);
@@ -83,7 +105,7 @@ void EditStrip::sync()
             column->addWidget(line);
             keyboard->watch(line->buttons());
         }
-        line->refresh();
+        line->refresh(path);
         line->show();
         lines.push_back(line);
     }
@@ -91,15 +113,14 @@ void EditStrip::sync()
         line->hide();
         line->deleteLater(); // its button may be the one that was just pressed
     }
-    if (!lines.empty())
-        setWindowTitle(Wording::shown(Text("Editing on %@", {lines.front()->session()->state().connection})));
+    nameWindow();
     fit();
     setVisible(!lines.empty());
     if (hadKeyboard && lines.empty() && onLeave)
         onLeave();
 }
 
-/// As high as the lines, up to the most.
+/// As high as its lines, up to `mostLines` of them.
 void EditStrip::fit()
 {
     auto height = 0;
@@ -127,7 +148,7 @@ std::vector<ButtonLines::Line> EditStrip::buttons() const
     return all;
 }
 
-/// The window goes with its sessions, and each of them may have something to ask.
+/// The window closes with its last session, and each session may have a question first.
 void EditStrip::closeEvent(QCloseEvent *event)
 {
     if (lines.empty())

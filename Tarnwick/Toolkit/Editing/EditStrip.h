@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tarnwick/Editing/EditSessions.h"
+#include "Tarnwick/Toolkit/Editing/EditLine.h"
 #include "Tarnwick/Toolkit/Widgets/ButtonLines.h"
 
 #include <QPointer>
@@ -15,19 +16,17 @@ class QVBoxLayout;
 
 namespace tw {
 
-class EditLine;
-
 /// The files of hosts that are being edited, each with its state and its buttons. Hidden while there are none.
 ///
-/// Under X11 a small window that stays in front of all others, so that the state is seen beside the editor, and that
-/// never takes the keyboard by itself. Elsewhere no window may stay in front, and it is a strip of the main window.
+/// Under X11 a small window that stays in front of all others, so that the status is seen beside the editor. It never
+/// takes the keyboard by itself. Elsewhere no window may stay in front, and it is a strip of the main window.
 class EditStrip final : public QWidget {
     Q_OBJECT
 
 public:
     enum class Place { ownWindow, mainWindow };
 
-    /// That of the platform that the program runs on.
+    /// The place for the platform that the program runs on.
     static Place usualPlace();
 
     EditStrip(std::shared_ptr<EditSessions> edits, Place place, QWidget *parent);
@@ -35,10 +34,10 @@ public:
 
     std::vector<EditLine *> const &shownLines() const noexcept { return lines; }
 
-    /// False if there is nothing to go to.
+    /// Gives the keyboard to the first button. False if no file is being edited.
     bool takeKeyboard();
 
-    /// The keyboard is to be somewhere else.
+    /// The keyboard leaves the strip.
     std::function<void()> onLeave;
 
 protected:
@@ -48,6 +47,8 @@ protected:
 private:
     void sync();
     std::vector<ButtonLines::Line> buttons() const;
+    EditLine::Path pathToShow() const;
+    void nameWindow();
     void fit();
 
     std::shared_ptr<EditSessions> const sessions;
