@@ -2,6 +2,7 @@
 
 #include "TWEngine/Browsing/Browser.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "Tarnwick/Toolkit/Dialogs/SheetText.h"
 #include "Tarnwick/Toolkit/Editing/EditLine.h"
 #include "Tarnwick/Toolkit/Program/QtMainContext.h"
 #include "Tarnwick/Toolkit/Widgets/ElidedLabel.h"
@@ -203,9 +204,7 @@ TEST_F(EditWindowTest, quittingAsksBecauseOfASaveThatIsNotOnItsHost)
         return sheets.empty() || !sheets.front()->isVisible() ? nullptr : sheets.front();
     };
     processUntil([&] { return question(); });
-    QString words;
-    for (auto const *label : question()->findChildren<QLabel *>())
-        words += label->text();
+    auto const words = question()->findChild<SheetText *>()->toPlainText();
     EXPECT_TRUE(words.contains(QStringLiteral("web:/srv/a"))) << words.toStdString();
     question()->reject();
     processUntil([&] { return !question(); });
