@@ -78,6 +78,7 @@ Task<std::string> bring(OperationContext context, FileToOpen file)
     auto const shown =
         context.dialogs->progress("Fetching " + onOneLine(file.name()) + "…", [stop] { stop->request_stop(); });
     auto path = co_await copies->localCopy(source).withStop(stop->get_token());
+    say(context, ""); // a question may follow, or a failure to open it
     co_return path;
 }
 

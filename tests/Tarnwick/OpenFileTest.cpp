@@ -171,6 +171,7 @@ TEST_F(OpenFileTest, aProgramIsNotRunByOpeningIt)
         auto const asked = dialogs->waysAsked.size();
         auto const started = begin(openWithSystem(context("web"), file()));
         runUntil([&] { return dialogs->waysAsked.size() == asked + 1; });
+        EXPECT_EQ(display.status, "") << "nothing is being fetched any more";
         dialogs->waysAsked.back().answer(way);
         runUntil([&] { return started.isDone(); });
     }
