@@ -1,5 +1,5 @@
 #include "Tarnwick/Settings/Settings.h"
-#include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
+#include "Tarnwick/Toolkit/Appearance/ProgramStyle.h"
 #include "Tarnwick/Toolkit/Program/WindowLifetime.h"
 #include "Tarnwick/Toolkit/Windows/AboutDialog.h"
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
@@ -88,20 +88,20 @@ TEST(AboutDialogTest, tellsWhatItIsAndWhichVersion)
         EXPECT_TRUE(text.contains(QString::fromLatin1(part))) << part;
 }
 
-TEST(ToolTipDelayTest, theStyleWaitsLongerAndIsOtherwiseItself)
+TEST(ProgramStyleTest, theStyleWaitsLongerAndIsOtherwiseItself)
 {
-    ToolTipDelay const style(900);
+    ProgramStyle const style(900);
     EXPECT_EQ(style.styleHint(QStyle::SH_ToolTip_WakeUpDelay, nullptr, nullptr, nullptr), 900);
     EXPECT_EQ(style.styleHint(QStyle::SH_ToolTip_FallAsleepDelay, nullptr, nullptr, nullptr),
               style.baseStyle()->styleHint(QStyle::SH_ToolTip_FallAsleepDelay));
 }
 
-TEST(ToolTipDelayTest, theSettingIsHowLongTheApplicationWaits)
+TEST(ProgramStyleTest, theSettingIsHowLongTheApplicationWaits)
 {
     auto const usualStyle = QApplication::style()->name();
     MemoryDefaults defaults;
     auto const delay = [&] {
-        QApplication::setStyle(new ToolTipDelay(Settings::toolTipDelay.read(defaults)));
+        QApplication::setStyle(new ProgramStyle(Settings::toolTipDelay.read(defaults)));
         return QApplication::style()->styleHint(QStyle::SH_ToolTip_WakeUpDelay);
     };
     EXPECT_EQ(delay(), 1400);

@@ -2,7 +2,11 @@
 
 #include "Tarnwick/Toolkit/Appearance/Contrast.h"
 #include "Tarnwick/Toolkit/Appearance/PaneColors.h"
+#include "Tarnwick/Toolkit/Appearance/ProgramStyle.h"
 
+#include <QImage>
+#include <QPainter>
+#include <QStyleOptionButton>
 #include <gtest/gtest.h>
 
 namespace tw::test {
@@ -52,6 +56,23 @@ TEST_P(PalettesTest, whatIsDisabledStepsBack)
               contrast(palette.color(QPalette::Active, QPalette::WindowText), window));
     EXPECT_LT(contrast(palette.color(QPalette::PlaceholderText), palette.color(QPalette::Base)),
               contrast(palette.color(QPalette::Text), palette.color(QPalette::Base)));
+}
+
+TEST_P(PalettesTest, anEmptyCheckBoxIsSeenOnTheGroundOfAList)
+{
+    constexpr double seen = 1.5;
+    auto const palette = GetParam()();
+    ProgramStyle const style(0);
+    QStyleOptionButton box;
+    box.palette = palette;
+    box.rect = QRect(2, 2, 13, 13);
+    box.state = QStyle::State_Enabled | QStyle::State_Off;
+    QImage ground(17, 17, QImage::Format_RGB32);
+    ground.fill(palette.color(QPalette::Base));
+    QPainter painter(&ground);
+    style.drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, &painter, nullptr);
+    EXPECT_GE(contrast(ground.pixelColor(8, 2), palette.color(QPalette::Base)), seen);
+    EXPECT_GE(contrast(ground.pixelColor(14, 8), palette.color(QPalette::Base)), seen);
 }
 
 TEST_P(PalettesTest, theColoursOfRowsAreReadableAndTellRowsApart)

@@ -12,7 +12,7 @@
 #include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
-#include "Tarnwick/Toolkit/Appearance/ToolTipDelay.h"
+#include "Tarnwick/Toolkit/Appearance/ProgramStyle.h"
 #include "Tarnwick/Toolkit/Clipboard/QtClipboard.h"
 #include "Tarnwick/Toolkit/Preview/DesktopThumbnailer.h"
 #include "Tarnwick/Toolkit/Program/FileManagerService.h"
@@ -107,7 +107,7 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                 self->lifeLog.note(text);
         });
     });
-    QApplication::setStyle(new ToolTipDelay(Settings::toolTipDelay.read(with.defaults)));
+    QApplication::setStyle(new ProgramStyle(Settings::toolTipDelay.read(with.defaults)));
     // Quitting closes the windows as well, and is then not their doing.
     connect(qApp, &QGuiApplication::lastWindowClosed, this, [this] {
         if (!isAskedToQuit)
