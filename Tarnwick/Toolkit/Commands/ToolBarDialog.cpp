@@ -8,7 +8,9 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QListWidget>
+#include <QPixmap>
 #include <QPushButton>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace tw {
@@ -22,6 +24,14 @@ QListWidget *newList(QWidget *parent, char const *name)
     list->setDefaultDropAction(Qt::MoveAction);
     list->setAccessibleName(Wording::shown(name));
     return list;
+}
+
+/// Keeps the titles of all items below each other.
+QIcon noPicture(int edge)
+{
+    QPixmap empty(edge, edge);
+    empty.fill(Qt::transparent);
+    return empty;
 }
 
 std::string_view identifierOf(QListWidgetItem const &item)
@@ -111,6 +121,8 @@ QListWidgetItem *ToolBarDialog::itemFor(std::string_view identifier) const
     shown->setData(Qt::UserRole, QString::fromUtf8(identifier.data(), static_cast<qsizetype>(identifier.size())));
     if (item.command)
         shown->setIcon(SymbolIcons::icon(item.themeIcon, item.ownIcon, palette().color(QPalette::Base)));
+    else
+        shown->setIcon(noPicture(left->style()->pixelMetric(QStyle::PM_ListViewIconSize, nullptr, left)));
     return shown;
 }
 
