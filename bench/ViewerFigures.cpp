@@ -89,7 +89,7 @@ public:
     double findTheEnd()
     {
         return millisecondsOf([&] {
-            controller->find("the end");
+            controller->find({.typed = "the end"});
             processUntil([&] { return hasLast(); });
             window->repaint();
         });

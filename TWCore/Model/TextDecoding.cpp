@@ -21,6 +21,9 @@ constexpr Marked marks[] = {
     {"UTF-8", "UTF-8", 3}, {"UTF-32", "UTF-32LE", 4}, {"UTF-16", "UTF-16LE", 2}, {"UTF-16", "UTF-16BE", 2}};
 constexpr std::string_view bytesOfMarks[] = {"\xef\xbb\xbf"sv, "\xff\xfe\0\0"sv, "\xff\xfe"sv, "\xfe\xff"sv};
 
+/// Of a file, for what is judged by its beginning.
+constexpr std::size_t sampleBytes = 8192;
+
 /// ICU's "cp949" is another table.
 char const *converterOf(Encoding encoding)
 {
@@ -33,10 +36,9 @@ char const *converterOf(Encoding encoding)
         return "ibm-943_P15A-2003";
     case Encoding::gbk:
         return "gb18030";
-    case Encoding::latin1:
-        break;
+    default:
+        return nameOf(encoding).data();
     }
-    return "ISO-8859-1";
 }
 
 /// ICU's own replacement for a single byte is a control character.
@@ -136,6 +138,25 @@ std::size_t tornUtf8(std::string_view bytes)
     return 0;
 }
 
+std::optional<Encoding> encodingOfMark(std::string_view bytes)
+{
+    auto const marked = markOf(bytes);
+    if (!marked || marked->converter == "UTF-8")
+        return std::nullopt;
+    return marked->converter == "UTF-32LE"   ? Encoding::utf32le
+           : marked->converter == "UTF-16LE" ? Encoding::utf16le
+                                             : Encoding::utf16be;
+}
+
+/// How many bytes are zero at each place of four.
+std::array<std::size_t, 4> zerosByPlace(std::string_view bytes)
+{
+    std::array<std::size_t, 4> zeros{};
+    for (std::size_t index = 0; index < bytes.size(); ++index)
+        zeros[index % 4] += bytes[index] == '\0' ? 1 : 0;
+    return zeros;
+}
+
 } // namespace
 
 std::string_view nameOf(Encoding encoding)
@@ -150,19 +171,70 @@ std::string_view nameOf(Encoding encoding)
     case Encoding::gbk:
         return "GBK";
     case Encoding::latin1:
+        return "ISO-8859-1";
+    case Encoding::utf16le:
+        return "UTF-16LE";
+    case Encoding::utf16be:
+        return "UTF-16BE";
+    case Encoding::utf32le:
+        return "UTF-32LE";
+    case Encoding::utf32be:
         break;
     }
-    return "ISO-8859-1";
+    return "UTF-32BE";
+}
+
+std::size_t unitBytesOf(Encoding encoding)
+{
+    switch (encoding) {
+    case Encoding::utf16le:
+    case Encoding::utf16be:
+        return 2;
+    case Encoding::utf32le:
+    case Encoding::utf32be:
+        return 4;
+    default:
+        return 1;
+    }
 }
 
 bool looksBinary(std::string_view bytes)
 {
-    constexpr std::size_t sample = 8192;
     constexpr std::size_t mostOf = 20; // more than one in twenty
-    bytes = bytes.substr(0, sample);
+    bytes = bytes.substr(0, sampleBytes);
     auto const isControl = [](char byte) { return (byte >= 0 && byte < 9) || (byte > 13 && byte < 32); };
     auto const controls = static_cast<std::size_t>(std::ranges::count_if(bytes, isControl));
     return bytes.contains('\0') || controls * mostOf > bytes.size();
+}
+
+std::optional<Encoding> detectWide(std::string_view beginning)
+{
+    auto const sample = beginning.substr(0, beginning.size() - beginning.size() % 4).substr(0, sampleBytes);
+    auto const isText = [sample](Encoding encoding) {
+        auto const converted = convert(sample, converterOf(encoding), BadBytes::refused, End::ofPiece);
+        return converted && !converted->text.empty() && !looksBinary(converted->text);
+    };
+    auto const marked = encodingOfMark(beginning);
+    if (marked && (sample.empty() || isText(*marked)))
+        return marked;
+    auto const zeros = zerosByPlace(sample);
+    auto const all = sample.size() / 4;
+    auto const few = all / 4; // of characters of another script
+    auto const most = all - few;
+    auto const has = [&](std::size_t first, std::size_t second, std::size_t least) {
+        return zeros[first] >= least && zeros[second] >= least;
+    };
+    if (all == 0)
+        return std::nullopt;
+    for (auto const &[encoding, isLikely] :
+         {std::pair(Encoding::utf32le, has(2, 3, all) && zeros[0] <= few),
+          std::pair(Encoding::utf32be, has(0, 1, all) && zeros[3] <= few),
+          std::pair(Encoding::utf16le, has(1, 3, most) && zeros[0] + zeros[2] <= few),
+          std::pair(Encoding::utf16be, has(0, 2, most) && zeros[1] + zeros[3] <= few)}) {
+        if (isLikely && isText(encoding))
+            return encoding;
+    }
+    return std::nullopt;
 }
 
 Encoding detect(std::string_view bytes)

@@ -17,11 +17,17 @@ enum class Encoding {
     cp949,
     sjis,
     gbk,
-    latin1, ///< has a character for each byte, so it comes last
+    latin1, ///< has a character for each byte, so it comes last of those that are tried
+    utf16le,
+    utf16be,
+    utf32le,
+    utf32be,
 };
 
 /// In the order in which they are offered.
-inline constexpr std::array encodings{Encoding::utf8, Encoding::cp949, Encoding::sjis, Encoding::gbk, Encoding::latin1};
+inline constexpr std::array encodings{Encoding::utf8,    Encoding::cp949,   Encoding::sjis,
+                                      Encoding::gbk,     Encoding::latin1,  Encoding::utf16le,
+                                      Encoding::utf16be, Encoding::utf32le, Encoding::utf32be};
 
 /// As people call it: "UTF-8", "Shift_JIS".
 std::string_view nameOf(Encoding encoding);
@@ -29,7 +35,15 @@ std::string_view nameOf(Encoding encoding);
 /// By the share of control characters in the first 8 KiB. A NUL is enough.
 bool looksBinary(std::string_view bytes);
 
-/// The first encoding in which the bytes make sense. They may end in the middle of a character.
+/// The bytes of a code unit: 2 in UTF-16, 4 in UTF-32, and 1 in all others, where a line end is one byte too.
+std::size_t unitBytesOf(Encoding encoding);
+
+/// UTF-16 or UTF-32, if the beginning of a file is text in one of them: with its mark, or by the zeros between ASCII
+/// characters.
+std::optional<Encoding> detectWide(std::string_view beginning);
+
+/// The first encoding, UTF-16 and UTF-32 apart, in which the bytes make sense. They may end in the middle of a
+/// character.
 Encoding detect(std::string_view bytes);
 
 struct Decoded {

@@ -17,7 +17,7 @@ constexpr std::string_view posixScript =
     "if [ -d \"$p\" ]; then echo directory; elif [ ! -e \"$p\" ]; then echo missing; "
     "elif [ ! -f \"$p\" ] || [ \"$p\" -ef /proc/kmsg ]; then echo special; "
     "elif [ ! -r \"$p\" ]; then echo refused; "
-    "else echo \"file $(stat -L -c %s \"$p\" 2>/dev/null || stat -L -f %z \"$p\" 2>/dev/null)\"; fi";
+    "else echo \"file $(stat -L -c '%s %d:%i' \"$p\" 2>/dev/null || stat -L -f '%z %d:%i' \"$p\" 2>/dev/null)\"; fi";
 
 } // namespace
 
@@ -43,8 +43,12 @@ Answer answer(std::string_view output)
     if (!words.starts_with(fileWord))
         return {.access = missing};
     std::int64_t size = 0;
-    std::from_chars(words.data() + fileWord.size(), words.data() + words.size(), size);
-    return {.access = readable, .kind = EntryKind::file, .size = std::max<std::int64_t>(size, 0)};
+    auto const *const end = words.data() + words.size();
+    auto const *const behindSize = std::from_chars(words.data() + fileWord.size(), end, size).ptr;
+    return {.access = readable,
+            .kind = EntryKind::file,
+            .size = std::max<std::int64_t>(size, 0),
+            .identity = std::string(trimmed({behindSize, end}))};
 }
 
 } // namespace tw::FileQuestion

@@ -18,6 +18,7 @@ struct Answer {
     Access access = Access::missing;
     EntryKind kind = EntryKind::unknown; ///< of what the links lead to
     std::int64_t size = 0;               ///< bytes
+    std::string identity = {};           ///< another one for another file of that name; empty if the host has none
 };
 
 std::string text(ShellDialect dialect, std::string_view path);

@@ -60,11 +60,17 @@ bool isBelow(std::string const &path, std::string const &target)
 
 } // namespace
 
-std::string readChunk(std::string const &path, std::int64_t offset, std::size_t length)
+FileDescriptor open(std::string const &path)
 {
-    auto const file = openFile(path, O_RDONLY);
+    auto file = openFile(path, O_RDONLY);
     if (!file)
         throw ReadError::NotReadable(path, systemText(errno));
+    return file;
+}
+
+std::string readChunk(std::string const &path, std::int64_t offset, std::size_t length)
+{
+    auto const file = open(path);
     if (::lseek(file.get(), std::max<std::int64_t>(offset, 0), SEEK_SET) < 0)
         throw ReadError::NotReadable(path, systemText(errno));
     std::string bytes;

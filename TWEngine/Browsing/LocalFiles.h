@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TWEngine/Runtime/FileDescriptor.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -9,6 +11,9 @@ namespace tw::LocalFiles {
 
 /// Up to `length` bytes from `offset` (below 0 counts as 0) on; fewer at the end. Throws ReadError::NotReadable.
 std::string readChunk(std::string const &path, std::int64_t offset, std::size_t length);
+
+/// For reading. Does not wait for a pipe. Throws ReadError::NotReadable.
+FileDescriptor open(std::string const &path);
 
 /// Bytes; of a link itself, not of its target. Throws ReadError::NotReadable.
 std::int64_t size(std::string const &path);

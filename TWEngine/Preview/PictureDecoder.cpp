@@ -26,7 +26,7 @@ std::string const &program()
 ChildCommand commandFor(FileDescriptor const &file, std::string const &format, PictureBounds room)
 {
     return {.program = program(),
-            .arguments = {format, std::to_string(room.width), std::to_string(room.height)},
+            .arguments = {format, std::to_string(room.width), std::to_string(room.height), std::to_string(room.frames)},
             .input = DescriptorEnd{file.get()},
             .output = PipeEnd{},
             // Of its own, so that a stop also reaches the program that it runs.

@@ -18,7 +18,8 @@ namespace PictureDecoder {
 using Result = std::expected<Picture, PictureFailure>;
 
 /// Decodes `file`, which must be a regular one, from its beginning. `format` is a name that Qt knows, or "pdf" for the
-/// first page of a document. A picture that fits into `room` keeps its size.
+/// first page of a document. A picture that fits into `room` keeps its size,
+/// unless it moves and has too many frames for that.
 ///
 /// A process that takes too long ends itself. Cancellation: a stop ends it at once.
 Task<Result> decode(EngineRuntime &engine, FileDescriptor file, std::string format, PictureBounds room);

@@ -31,6 +31,9 @@ constexpr std::uint32_t changes = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOV
 constexpr std::uint32_t ends = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 constexpr std::uint32_t wanted = changes | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_EXCL_UNLINK;
 
+/// A file that is deleted while it is open has one link less, which IN_ATTRIB reports.
+constexpr std::uint32_t wantedOfFile = IN_MODIFY | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF;
+
 /// Events are fetched at most so often: a program that writes thousands of files a second wakes us 20 times, not for
 /// each. Who waits for quiet waits much longer.
 constexpr std::chrono::milliseconds restAfterEvents{50};
@@ -174,7 +177,9 @@ std::shared_ptr<FolderWatch> DirectoryEvents::Queue::watch(std::string const &pa
             endingsBefore = endings;
         }
         // Without the mutex, since it waits for a dead mount.
-        auto const number = ::inotify_add_watch(inotify, path.c_str(), wanted);
+        auto number = ::inotify_add_watch(inotify, path.c_str(), wanted);
+        if (number < 0 && errno == ENOTDIR)
+            number = ::inotify_add_watch(inotify, path.c_str(), wantedOfFile);
         if (number < 0) {
             reportLimit(errno);
             return nullptr;

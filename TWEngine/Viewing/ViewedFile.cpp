@@ -2,17 +2,20 @@
 
 #include "TWCore/Model/ReadError.h"
 #include "TWCore/Provider/CommandHost.h"
+#include "TWCore/Shell/ByteExpression.h"
 #include "TWCore/Shell/FileQuestion.h"
 #include "TWEngine/Browsing/LocalFiles.h"
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Runtime/WholeFile.h"
+#include "TWEngine/Viewing/FollowedFile.h"
+#include "TWEngine/Viewing/PartSearch.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tw {
 
@@ -27,18 +30,31 @@ Facts lookHere(std::string const &path)
         throw ReadError::NotReadable(path, systemText(ENOENT));
     if (::stat(path.c_str(), &status) != 0)
         throw ReadError::NotReadable(path, systemText(errno));
-    return {.kind = entryKindOfMode(status.st_mode), .size = status.st_size};
+    // The kernel's log looks like any other file, and what is read of it is lost to the program that keeps it.
+    struct stat log;
+    auto const isLog = ::stat("/proc/kmsg", &log) == 0 && log.st_dev == status.st_dev && log.st_ino == status.st_ino;
+    return {.kind = isLog ? EntryKind::unknown : entryKindOfMode(status.st_mode),
+            .size = status.st_size,
+            .identity = std::to_string(status.st_dev) + ':' + std::to_string(status.st_ino)};
 }
 
-Task<Facts> lookThere(std::shared_ptr<CommandHost> host, std::string path)
+/// Who asks a host what a file is.
+enum class Asker { user, follower };
+
+Task<Facts> lookThere(std::shared_ptr<CommandHost> host, std::string path, Asker asker)
 {
     auto const dialect = co_await host->dialect();
-    auto const result = co_await host->runCommand({.text = FileQuestion::text(dialect, path)});
+    HostCommand command{.text = FileQuestion::text(dialect, path)};
+    if (asker == Asker::follower) {
+        command.session = CommandSession::background;
+        command.onLoss = CommandOnLoss::fails;
+    }
+    auto const result = co_await host->runCommand(std::move(command));
     auto const answer = FileQuestion::answer(result.output);
     if (answer.access != FileQuestion::Answer::Access::readable)
         throw ReadError::NotReadable(
             path, systemText(answer.access == FileQuestion::Answer::Access::missing ? ENOENT : EACCES));
-    co_return Facts{.kind = answer.kind, .size = answer.size};
+    co_return Facts{.kind = answer.kind, .size = answer.size, .identity = answer.identity};
 }
 
 /// A place that knows no more than how to read, such as an archive.
@@ -50,44 +66,8 @@ Task<Facts> lookInside(std::shared_ptr<FileSystemReader> place, std::string path
 
 using Found = std::optional<std::int64_t>;
 using FileSearch::Part;
+using FileSearch::Sought;
 using FileSearch::Which;
-
-/// Looks through a part piece by piece, from its end for the last match.
-class PartSearch {
-public:
-    static constexpr std::int64_t pieceBytes = 1 << 20;
-
-    PartSearch(std::string pattern, Part where, Which wanted) : bytes(std::move(pattern)), part(where), which(wanted) {}
-
-    /// The next piece, with what may be the beginning of a match from the one before; nothing behind the last one.
-    std::optional<Part> next() const
-    {
-        if (part.to - part.from < std::ssize(bytes))
-            return std::nullopt;
-        if (which == Which::first)
-            return Part{part.from, std::min(part.from + pieceBytes, part.to)};
-        return Part{std::max(part.to - pieceBytes, part.from), part.to};
-    }
-
-    /// The match in that piece, if there is one. Goes on behind the piece.
-    Found take(Part piece, std::string_view content)
-    {
-        auto const overlap = std::ssize(bytes) - 1;
-        if (which == Which::first) {
-            part.from = piece.to == part.to ? part.to : piece.to - overlap;
-            auto const *const at = ::memmem(content.data(), content.size(), bytes.data(), bytes.size());
-            return at ? Found(piece.from + (static_cast<char const *>(at) - content.data())) : Found();
-        }
-        part.to = piece.from == part.from ? part.from : piece.from + overlap;
-        auto const at = content.rfind(bytes);
-        return at == std::string_view::npos ? Found() : piece.from + static_cast<std::int64_t>(at);
-    }
-
-private:
-    std::string bytes;
-    Part part; ///< what is left
-    Which which;
-};
 
 std::size_t lengthOf(Part part)
 {
@@ -96,29 +76,34 @@ std::size_t lengthOf(Part part)
 
 Found findHere(std::string const &path, PartSearch search)
 {
+    auto const file = LocalFiles::open(path);
+    std::string buffer;
     while (auto const piece = search.next()) {
-        auto const content = LocalFiles::readChunk(path, piece->from, lengthOf(*piece));
-        if (auto const found = search.take(*piece, content))
-            return found;
+        buffer.clear();
+        auto error = ::lseek(file.get(), piece->from, SEEK_SET) < 0 ? errno : 0;
+        if (error == 0)
+            error = WholeFile::readUpTo(file.get(), lengthOf(*piece), buffer);
+        if (error != 0)
+            throw ReadError::NotReadable(path, systemText(error));
+        search.take(*piece, buffer);
     }
-    return std::nullopt;
+    return search.found();
 }
 
 Task<Found> findByReading(std::shared_ptr<FileSystemReader> place, std::string path, PartSearch search)
 {
     while (auto const piece = search.next()) {
         auto const content = co_await place->readChunk(path, piece->from, lengthOf(*piece));
-        if (auto const found = search.take(*piece, content))
-            co_return found;
+        search.take(*piece, content);
     }
-    co_return std::nullopt;
+    co_return search.found();
 }
 
 struct HostSearch {
     std::shared_ptr<CommandHost> host;
     std::shared_ptr<FileSystemReader> place;
     std::string path;
-    std::string bytes;
+    Sought sought;
     Part part;
     Which which;
 };
@@ -127,44 +112,38 @@ Task<Found> findThere(HostSearch what)
 {
     constexpr std::chrono::seconds limit(60);
     auto const dialect = co_await what.host->dialect();
-    if (auto command = FileSearch::text(dialect, what.path, what.bytes, what.part, what.which)) {
+    if (auto command = FileSearch::text(dialect, what.path, what.sought, what.part, what.which)) {
         auto const result = co_await what.host->runCommand(
             {.text = *std::move(command), .session = CommandSession::work, .limit = limit});
         auto const answer = FileSearch::answer(result.output, what.part);
-        if (answer.isKnown)
+        if (answer.kind == FileSearch::Answer::Kind::tooSlow)
+            throw ByteExpression::TooSlow();
+        if (answer.kind == FileSearch::Answer::Kind::searched)
             co_return answer.offset;
     }
-    auto const found = co_await findByReading(what.place, what.path, PartSearch(what.bytes, what.part, what.which));
+    auto const found = co_await findByReading(what.place, what.path, PartSearch(what.sought, what.part, what.which));
     co_return found;
 }
 
-class FileOfPlace final : public ViewedFile {
+class FileOfPlace final : public ViewedFile, public std::enable_shared_from_this<FileOfPlace> {
 public:
     FileOfPlace(EngineRuntime &runtime, std::shared_ptr<FileSystemReader> reader, std::string file)
         : engine(runtime), place(std::move(reader)), path(std::move(file))
     {
     }
 
-    Task<Facts> look() override
-    {
-        if (auto host = std::dynamic_pointer_cast<CommandHost>(place))
-            return lookThere(std::move(host), path);
-        if (!std::dynamic_pointer_cast<LocalProvider>(place))
-            return lookInside(place, path);
-        return engine.files().run(path, FileLanes::LastLink::follow, WorkPriority::interactive,
-                                  [file = path](std::string const & /*place*/) { return lookHere(file); });
-    }
+    Task<Facts> look() override { return look(Asker::user); }
 
     Task<std::string> read(std::int64_t offset, std::size_t length) override
     {
         return place->readChunk(path, offset, length);
     }
 
-    Task<Found> find(std::string bytes, Part part, Which which) override
+    Task<Found> find(Sought sought, Part part, Which which) override
     {
         if (auto host = std::dynamic_pointer_cast<CommandHost>(place))
-            return findThere({std::move(host), place, path, std::move(bytes), part, which});
-        PartSearch const search(std::move(bytes), part, which);
+            return findThere({std::move(host), place, path, std::move(sought), part, which});
+        PartSearch const search(std::move(sought), part, which);
         if (!std::dynamic_pointer_cast<LocalProvider>(place))
             return findByReading(place, path, search);
         return engine.files().run(
@@ -172,7 +151,27 @@ public:
             [file = path, search](std::string const & /*place*/) { return findHere(file, search); });
     }
 
+    Task<Facts> next(std::optional<Facts> known) override
+    {
+        auto const isHere = std::dynamic_pointer_cast<LocalProvider>(place) != nullptr;
+        return FollowedFile::next({.engine = engine,
+                                   .path = path,
+                                   .news = isHere ? FollowedFile::News::events : FollowedFile::News::questions,
+                                   .look = [self = shared_from_this()] { return self->look(Asker::follower); }},
+                                  std::move(known));
+    }
+
 private:
+    Task<Facts> look(Asker asker) const
+    {
+        if (auto host = std::dynamic_pointer_cast<CommandHost>(place))
+            return lookThere(std::move(host), path, asker);
+        if (!std::dynamic_pointer_cast<LocalProvider>(place))
+            return lookInside(place, path);
+        return engine.files().run(path, FileLanes::LastLink::follow, WorkPriority::interactive,
+                                  [file = path](std::string const & /*place*/) { return lookHere(file); });
+    }
+
     EngineRuntime &engine;
     std::shared_ptr<FileSystemReader> const place;
     std::string const path;

@@ -24,6 +24,9 @@ public:
     struct Facts {
         EntryKind kind = EntryKind::unknown; ///< of what the links lead to
         std::int64_t size = 0;               ///< bytes
+        std::string identity = {};           ///< another one for another file of that name; empty: not known
+
+        friend bool operator==(Facts const &, Facts const &) = default;
     };
 
     virtual ~ViewedFile() = default;
@@ -35,9 +38,15 @@ public:
     /// that it cannot read; `look` says which it is.
     virtual Task<std::string> read(std::int64_t offset, std::size_t length) = 0;
 
-    /// Where `bytes` are in a part of the file, found where the file is if the place can do that. Bounded by the part.
-    virtual Task<std::optional<std::int64_t>> find(std::string bytes, FileSearch::Part part,
+    /// Where something is in a part of the file, found where the file is if the place can do that. Bounded by the part.
+    /// Throws ByteExpression::TooSlow.
+    virtual Task<std::optional<std::int64_t>> find(FileSearch::Sought sought, FileSearch::Part part,
                                                    FileSearch::Which which) = 0;
+
+    /// Waits until the facts differ from `known`; without `known`, they are answered at once. This machine reports a
+    /// change when it happens; another place is asked now and then, and never connected for it. A file that has gone
+    /// may come back for some seconds, as a log does that is begun anew; then ReadError is thrown.
+    virtual Task<Facts> next(std::optional<Facts> known) = 0;
 
     /// The engine outlives the file.
     static std::shared_ptr<ViewedFile> at(EngineRuntime &engine, std::shared_ptr<FileSystemReader> place,

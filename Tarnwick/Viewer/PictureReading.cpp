@@ -13,7 +13,7 @@ namespace {
 
 using Result = PictureReading::Result;
 
-Task<Result> decodeBytes(EngineRuntime *engine, std::string bytes, std::string name)
+Task<Result> decodeBytes(EngineRuntime *engine, std::string bytes, std::string name, PictureBounds room)
 {
     auto const kind = PreviewKind::of(bytes, name);
     if (kind.look != PreviewKind::Look::picture)
@@ -25,14 +25,14 @@ Task<Result> decodeBytes(EngineRuntime *engine, std::string bytes, std::string n
         co_return std::unexpected(PictureFailure::tooLarge);
     held->clear();
     held->shrink_to_fit();
-    auto result = co_await PictureDecoder::decode(*engine, std::move(*file), kind.format,
-                                                  {.width = PictureBounds::most, .height = PictureBounds::most});
+    auto result = co_await PictureDecoder::decode(*engine, std::move(*file), kind.format, room);
     co_return result;
 }
 
 } // namespace
 
-Task<Result> PictureReading::read(std::shared_ptr<ViewedFile> file, std::string name, std::int64_t size, Decode decode)
+Task<Result> PictureReading::read(std::shared_ptr<ViewedFile> file, std::string name, std::int64_t size, Decode decode,
+                                  PictureBounds room)
 {
     std::string bytes;
     while (std::ssize(bytes) < std::min(size, mostBytes)) {
@@ -41,14 +41,14 @@ Task<Result> PictureReading::read(std::shared_ptr<ViewedFile> file, std::string 
             break;
         bytes += chunk;
     }
-    auto result = co_await decode(std::move(bytes), std::move(name));
+    auto result = co_await decode(std::move(bytes), std::move(name), room);
     co_return result;
 }
 
 PictureReading::Decode PictureReading::decoder(EngineRuntime &engine)
 {
-    return [&engine](std::string bytes, std::string name) {
-        return decodeBytes(&engine, std::move(bytes), std::move(name));
+    return [&engine](std::string bytes, std::string name, PictureBounds room) {
+        return decodeBytes(&engine, std::move(bytes), std::move(name), room);
     };
 }
 

@@ -23,13 +23,18 @@ public:
 
     using Result = std::expected<Picture, PictureFailure>;
 
+    /// What fits on a screen, and all frames of what moves.
+    static constexpr PictureBounds usualRoom{
+        .width = PictureBounds::most, .height = PictureBounds::most, .frames = PictureBounds::mostFrames};
+
     /// Makes a picture of the bytes of a file that has that name.
-    using Decode = std::function<Task<Result>(std::string bytes, std::string name)>;
+    using Decode = std::function<Task<Result>(std::string bytes, std::string name, PictureBounds room)>;
 
     /// `size` is as far as is known; reading ends where the file does.
     ///
     /// Cancellation: a stop ends the reading, and the decoder's process.
-    static Task<Result> read(std::shared_ptr<ViewedFile> file, std::string name, std::int64_t size, Decode decode);
+    static Task<Result> read(std::shared_ptr<ViewedFile> file, std::string name, std::int64_t size, Decode decode,
+                             PictureBounds room = usualRoom);
 
     /// The decoder of the program. The engine outlives it.
     static Decode decoder(EngineRuntime &engine);

@@ -22,6 +22,12 @@ bool isContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
+/// The high byte of the second half of a character of UTF-16.
+bool isLaterSurrogate(unsigned char high)
+{
+    return high >= 0xDC && high <= 0xDF;
+}
+
 std::u32string charactersOf(std::string const &text)
 {
     std::u32string characters;
@@ -51,10 +57,55 @@ std::string withSigns(std::string_view text)
 
 } // namespace
 
+/// Behind the line end that has its 0x0A at `byte`. In UTF-16 and UTF-32 that byte is also a part of other characters.
+std::optional<std::int64_t> ViewedLines::behindLineEndAt(std::int64_t byte) const
+{
+    using enum TextDecoding::Encoding;
+    auto const unit = static_cast<std::int64_t>(TextDecoding::unitBytesOf(encoding));
+    if (unit == 1)
+        return byte + 1;
+    auto const isLittle = encoding == utf16le || encoding == utf32le;
+    auto const begin = byte - byte % unit;
+    std::string end(static_cast<std::size_t>(unit), '\0');
+    (isLittle ? end.front() : end.back()) = '\n';
+    return window.copy(begin, begin + unit) == end ? std::optional(begin + unit) : std::nullopt;
+}
+
+std::optional<std::int64_t> ViewedLines::behindLineEnd(std::int64_t from, std::int64_t to) const
+{
+    while (auto const byte = window.find('\n', from, to)) {
+        auto const behind = behindLineEndAt(*byte);
+        if (behind)
+            return *behind <= to ? behind : std::nullopt;
+        from = *byte + 1;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> ViewedLines::behindLastLineEnd(std::int64_t from, std::int64_t to) const
+{
+    for (auto before = to;;) {
+        auto const byte = window.findLast('\n', from, before);
+        if (!byte)
+            return std::nullopt;
+        auto const behind = behindLineEndAt(*byte);
+        if (behind && *behind <= to)
+            return behind;
+        before = *byte;
+    }
+}
+
 /// Where a line that is cut near a multiple of the cut goes on: with a whole character.
 std::int64_t ViewedLines::cutNear(std::int64_t offset) const
 {
-    auto const bytes = window.copy(offset, offset + mostToCharacter);
+    auto const unit = static_cast<std::int64_t>(TextDecoding::unitBytesOf(encoding));
+    auto const bytes = window.copy(offset, offset + (unit == 1 ? mostToCharacter : unit));
+    if (unit == 2 && bytes.size() == 2) {
+        auto const high = static_cast<unsigned char>(bytes[encoding == TextDecoding::Encoding::utf16le ? 1 : 0]);
+        return isLaterSurrogate(high) ? offset + unit : offset;
+    }
+    if (unit != 1)
+        return offset;
     auto const isStart = [&](char byte) { return !isContinuation(byte); };
     auto const isLone = [](char byte) { return static_cast<unsigned char>(byte) <= lastLoneByte; };
     if (encoding == TextDecoding::Encoding::utf8) {
@@ -71,14 +122,13 @@ std::int64_t ViewedLines::startOf(std::int64_t offset) const
     if (mode == ViewerMode::hex)
         return std::max(offset - offset % hexBytes, window.begin());
     auto const multiple = offset - offset % cutBytes;
-    auto const newline = window.findLast('\n', multiple - 2 * cutBytes, offset);
-    auto start = newline ? *newline + 1 : window.begin();
+    auto start = behindLastLineEnd(multiple - 2 * cutBytes, offset).value_or(window.begin());
     // Of two places for a cut, the later one counts if it is not behind the offset.
     for (auto const each : {multiple, multiple - cutBytes}) {
         auto const cut = cutNear(each);
         if (each <= window.begin() || cut > offset)
             continue;
-        if (!window.find('\n', each - cutBytes, cut))
+        if (!behindLineEnd(each - cutBytes, cut))
             start = std::max(start, cut);
         break;
     }
@@ -89,34 +139,38 @@ std::int64_t ViewedLines::endOf(std::int64_t start) const
 {
     if (mode == ViewerMode::hex)
         return std::min(start - start % hexBytes + hexBytes, window.end());
-    auto const newline = window.find('\n', start, start + 3 * cutBytes);
-    auto const end = newline ? *newline + 1 : window.end();
+    auto const end = behindLineEnd(start, start + 3 * cutBytes).value_or(window.end());
     for (auto each = start - start % cutBytes + cutBytes; each < end; each += cutBytes) {
         auto const cut = cutNear(each);
-        if (cut > start && cut < end && !window.find('\n', each - cutBytes, cut))
+        if (cut > start && cut < end && !behindLineEnd(each - cutBytes, cut))
             return cut;
     }
     return end;
 }
 
-std::u32string ViewedLines::shown(std::string bytes) const
+/// The bytes from the beginning of a line on, without its end and without the mark of a file's beginning.
+std::u32string ViewedLines::shown(std::string_view bytes) const
 {
-    return charactersOf(withSigns(TextDecoding::decode(bytes, encoding)));
+    constexpr std::string_view mark = "\xef\xbb\xbf";
+    auto const decoded = TextDecoding::decode(bytes, encoding);
+    std::string_view text = decoded;
+    if (text.ends_with('\n'))
+        text.remove_suffix(1);
+    if (text.ends_with('\r'))
+        text.remove_suffix(1);
+    if (text.starts_with(mark))
+        text.remove_prefix(mark.size());
+    return charactersOf(withSigns(text));
 }
 
 std::u32string ViewedLines::text(std::int64_t start) const
 {
-    auto bytes = window.copy(start, endOf(start));
-    if (mode == ViewerMode::hex) {
-        auto dump = TextDecoding::hexDump(bytes, start);
-        dump.resize(dump.empty() ? 0 : dump.size() - 1);
-        return {dump.begin(), dump.end()};
-    }
-    if (bytes.ends_with('\n'))
-        bytes.pop_back();
-    if (bytes.ends_with('\r'))
-        bytes.pop_back();
-    return shown(std::move(bytes));
+    auto const bytes = window.copy(start, endOf(start));
+    if (mode == ViewerMode::text)
+        return shown(bytes);
+    auto dump = TextDecoding::hexDump(bytes, start);
+    dump.resize(dump.empty() ? 0 : dump.size() - 1);
+    return {dump.begin(), dump.end()};
 }
 
 std::size_t ViewedLines::charactersBefore(std::int64_t start, std::int64_t offset) const
@@ -132,8 +186,7 @@ std::size_t ViewedLines::charactersBefore(std::int64_t start, std::int64_t offse
 
 bool ViewedLines::endsWithLineEnd(std::int64_t start) const
 {
-    auto const end = endOf(start);
-    return mode == ViewerMode::hex || window.copy(end - 1, end) == "\n";
+    return mode == ViewerMode::hex || behindLineEnd(start, endOf(start)).has_value();
 }
 
 } // namespace tw

@@ -4,7 +4,9 @@
 #include "Tarnwick/Viewer/FileWindow.h"
 #include "Tarnwick/Viewer/ViewerMode.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace tw {
 
@@ -43,9 +45,14 @@ public:
     /// Whether the line ends because the file says so, and not because it is cut.
     bool endsWithLineEnd(std::int64_t start) const;
 
+    /// Behind the first line end between two offsets of the file.
+    std::optional<std::int64_t> behindLineEnd(std::int64_t from, std::int64_t to) const;
+
 private:
+    std::optional<std::int64_t> behindLastLineEnd(std::int64_t from, std::int64_t to) const;
+    std::optional<std::int64_t> behindLineEndAt(std::int64_t byte) const;
     std::int64_t cutNear(std::int64_t offset) const;
-    std::u32string shown(std::string bytes) const;
+    std::u32string shown(std::string_view bytes) const;
 
     FileWindow const &window;
 };

@@ -37,6 +37,7 @@ ViewerController::ViewerController(std::shared_ptr<Executor> mainContext, Viewer
 ViewerController::~ViewerController()
 {
     stop.request_stop();
+    following.request_stop();
 }
 
 void ViewerController::attach(ViewerDisplay &shown)
@@ -86,7 +87,10 @@ void ViewerController::looked(ViewedFile::Facts facts, std::function<void()> con
 
 void ViewerController::jump(std::int64_t offset, std::function<void()> thenGo)
 {
-    read({Purpose::jump, std::max<std::int64_t>(offset, 0), FileWindow::chunkBytes, std::move(thenGo)});
+    offset = std::max<std::int64_t>(offset, 0);
+    // A window begins with a whole code unit.
+    auto const torn = static_cast<std::size_t>(offset) % TextDecoding::unitBytesOf(lines.encoding);
+    read({Purpose::jump, offset - static_cast<std::int64_t>(torn), FileWindow::chunkBytes + torn, std::move(thenGo)});
 }
 
 void ViewerController::read(Read what)
@@ -107,7 +111,7 @@ void ViewerController::read(Read what)
 void ViewerController::arrived(Read const &what, std::string bytes)
 {
     if (what.purpose == Purpose::jump)
-        notice = {};
+        notice = remark = {};
     if (what.purpose == Purpose::prepend)
         return prepend(what, std::move(bytes));
     if (bytes.empty() && what.offset < totalSize)
@@ -129,13 +133,18 @@ void ViewerController::arrived(Read const &what, std::string bytes)
 
 void ViewerController::replaceWith(Read const &what, std::string bytes)
 {
-    if (!isEncodingChosen)
-        lines.encoding = TextDecoding::detect(what.offset == 0 ? std::string_view(bytes) : fromFirstLine(bytes));
+    auto const wide = what.offset == 0 ? TextDecoding::detectWide(bytes) : std::nullopt;
+    // Only the beginning of a file says that it is UTF-16.
+    auto const staysWide = what.offset > 0 && TextDecoding::unitBytesOf(lines.encoding) > 1;
+    if (!isEncodingChosen && !staysWide)
+        lines.encoding =
+            wide ? *wide : TextDecoding::detect(what.offset == 0 ? std::string_view(bytes) : fromFirstLine(bytes));
     if (!hasStarted) {
         showsImage = isProbablyImage(bytes);
-        lines.mode = TextDecoding::looksBinary(bytes) ? ViewerMode::hex : ViewerMode::text;
+        lines.mode = !wide && TextDecoding::looksBinary(bytes) ? ViewerMode::hex : ViewerMode::text;
     }
     hasStarted = true;
+    staysAtEnd = false;
     window.replace(what.offset, std::move(bytes));
     top = {window.begin(), 0};
     selectedFrom = selectedTo = {};
@@ -190,7 +199,7 @@ void ViewerController::layOutAgain()
     pager.columns = columnCount;
     pager.widestColumn = leftColumn + columnCount;
     if (!window.isEmpty())
-        top = pager.normalised(top);
+        top = isFollowed && staysAtEnd ? pager.lastPage(rowCount) : pager.normalised(top);
     show();
 }
 
@@ -232,6 +241,10 @@ void ViewerController::perform(ViewerAction action)
         return findAgain(FileSearch::Which::first);
     case ViewerAction::findPrevious:
         return findAgain(FileSearch::Which::last);
+    case ViewerAction::previousFile:
+        return; // of images
+    case ViewerAction::follow:
+        return toggleFollowing();
     case ViewerAction::toggleWrap:
         pager.wraps = !pager.wraps;
         leftColumn = 0;
@@ -271,7 +284,8 @@ void ViewerController::moveTo(ViewerPlace place)
 {
     auto const last = reachedEnd ? pager.lastPage(rowCount) : place;
     top = std::min(place, std::max(last, ViewerPlace{window.begin(), 0}));
-    notice = {};
+    staysAtEnd = reachedEnd && place >= last;
+    notice = remark = {};
     show();
 }
 
@@ -281,9 +295,11 @@ void ViewerController::showAs(ViewerMode mode)
     if (isImage == showsImage && (isImage || mode == lines.mode))
         return show();
     auto const wasImage = std::exchange(showsImage, isImage);
-    notice = {};
-    if (isImage)
+    notice = remark = {};
+    if (isImage) {
+        endFollowing();
         return picture ? show() : readImage();
+    }
     if (wasImage)
         giveUp(); // it may be on its way
     picture.reset();
@@ -344,18 +360,22 @@ void ViewerController::show()
     auto const size = static_cast<double>(std::max<std::int64_t>(totalSize, 1));
     auto const last = rows.empty() ? top.line : lines.endOf(rows.back().place.line);
     auto const words = [this] {
-        if (!notice.isEmpty())
-            return notice;
+        if (!notice.isEmpty() || !remark.isEmpty())
+            return notice.isEmpty() ? remark : notice;
         if (picture)
             return ViewerWords::imageStatus(of, *picture, totalSize);
-        return ViewerWords::status(
-            of, window,
-            {.totalSize = totalSize, .reachedEnd = reachedEnd, .mode = lines.mode, .encoding = lines.encoding});
+        return ViewerWords::status(of, window,
+                                   {.totalSize = totalSize,
+                                    .reachedEnd = reachedEnd,
+                                    .mode = lines.mode,
+                                    .encoding = lines.encoding,
+                                    .isFollowed = isFollowed});
     };
     display->show({.mode = showsImage ? ViewerMode::image : lines.mode,
                    .encoding = lines.encoding,
                    .wraps = pager.wraps,
                    .isBusy = underWay.has_value(),
+                   .isFollowed = isFollowed,
                    .rows = std::move(rows),
                    .leftColumn = leftColumn,
                    .selectedFrom = selectedFrom,
@@ -364,8 +384,11 @@ void ViewerController::show()
                    .page = static_cast<double>(last - top.line) / size,
                    .picture = picture,
                    .status = words()});
-    if (notice.isEmpty())
-        readAround(onShow);
+    if (!notice.isEmpty() || underWay || showsImage)
+        return;
+    if (isFollowed && staysAtEnd && !reachedEnd && window.end() < totalSize)
+        return catchUp();
+    readAround(onShow);
 }
 
 } // namespace tw

@@ -3,6 +3,8 @@
 #include "TWCore/Async/Outcome.h"
 #include "Tarnwick/Viewer/LineCounts.h"
 #include "Tarnwick/Viewer/RowPager.h"
+#include "Tarnwick/Viewer/SearchCourse.h"
+#include "Tarnwick/Viewer/SearchWish.h"
 #include "Tarnwick/Viewer/ViewerDisplay.h"
 #include "Tarnwick/Viewer/ViewerSubject.h"
 #include "Tarnwick/Viewer/ViewerTarget.h"
@@ -56,11 +58,16 @@ public:
     void readAs(TextDecoding::Encoding encoding);
     void select(ViewerPlace from, ViewerPlace to);
 
-    /// Looks for what was typed, from the rows on show on. In a hex dump, pairs of hexadecimal digits are bytes.
-    void find(std::string_view typed);
+    /// Looks for it from the rows on show on, round the file.
+    void find(SearchWish const &what);
 
-    /// So much of a file is searched before the viewer says how far it is.
-    static constexpr std::int64_t searchStep = 64 << 20;
+    /// The image is shown larger than it was decoded: it is decoded again, pixel by pixel as far as may be.
+    void refineImage();
+
+    /// A file is followed only while somebody can see it.
+    void setOnScreen(bool isSeen);
+
+    std::shared_ptr<Executor> const &context() const noexcept { return executor; }
 
     /// More is not copied at a time, and less than a window anyway.
     static constexpr std::size_t mostCopiedCharacters = 16U << 20U;
@@ -95,12 +102,21 @@ private:
     void nothingThere(Read const &what);
     void readImage();
     void imageArrived(PictureReading::Result result);
+    void finerImageArrived(PictureReading::Result result);
     bool performOnImage(ViewerAction action);
     void findAgain(FileSearch::Which which);
-    void searchFrom(std::int64_t offset, FileSearch::Which which);
+    void search(SearchCourse course);
     void cancelSearch();
-    void showMatch(std::int64_t offset);
-    void selectMatch(std::int64_t offset);
+    void showMatch(std::int64_t offset, Text const &words);
+    void selectMatch(std::int64_t offset, Text const &words);
+    std::int64_t endOfMatch(std::int64_t offset) const;
+    void toggleFollowing();
+    void followOrNot();
+    void endFollowing();
+    static Task<void> follow(std::weak_ptr<ViewerController> weak, std::shared_ptr<ViewedFile> file,
+                             std::optional<ViewedFile::Facts> known);
+    void followed(ViewedFile::Facts const &facts);
+    void catchUp();
     void fail(Text words);
     void jumpToStart();
     void jumpToEnd();
@@ -129,6 +145,7 @@ private:
 
     bool showsImage = false; ///< instead of the rows
     std::shared_ptr<Picture const> picture;
+    bool isRefined = false; ///< or was not to be had
 
     ViewerPlace top;
     int rowCount = 1;
@@ -136,10 +153,17 @@ private:
     int leftColumn = 0;
     ViewerPlace selectedFrom;
     ViewerPlace selectedTo;
-    std::string sought;                ///< what was looked for last
+    FileSearch::Sought sought;         ///< what was looked for last; no pattern: nothing
     std::optional<std::int64_t> match; ///< where it was found last
     bool isSearching = false;
-    Text notice; ///< instead of the status; empty: none
+    Text notice; ///< a failure, instead of the status; empty: none. Nothing is read ahead until the user does something
+    Text remark; ///< instead of the status, until the rows move
+
+    bool isFollowed = false;
+    bool isOnScreen = true;
+    bool staysAtEnd = false; ///< the rows move on with a file that is followed
+    std::optional<ViewedFile::Facts> followedAs;
+    std::stop_source following;
 
     std::uint64_t wish = 0; ///< changes with each read, so that the answer to an earlier one is dropped
     std::optional<Purpose> underWay;

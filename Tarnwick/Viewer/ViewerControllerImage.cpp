@@ -3,6 +3,8 @@
 #include "Tarnwick/Viewer/ViewerController.h"
 #include "Tarnwick/Viewer/ViewerWords.h"
 
+#include <utility>
+
 namespace tw {
 
 void ViewerController::readImage()
@@ -18,6 +20,7 @@ void ViewerController::readImage()
                                       imageArrived(*std::move(result));
                                   });
     underWay = Purpose::jump;
+    isRefined = false;
     notice = {};
     show();
 }
@@ -30,6 +33,31 @@ void ViewerController::imageArrived(PictureReading::Result result)
     }
     showAs(ViewerMode::hex);
     fail(ViewerWords::undecodable());
+}
+
+void ViewerController::refineImage()
+{
+    auto const isWhole = picture && picture->width >= picture->wholeWidth;
+    if (!picture || underWay || isWhole || !picture->furtherFrames.empty() || std::exchange(isRefined, true))
+        return;
+    auto const room = PictureBounds::ofWhole(picture->wholeWidth, picture->wholeHeight);
+    begin<PictureReading::Result>(PictureReading::read(of.file, of.name(), totalSize, of.decode, room),
+                                  [this](auto result, auto const &failure) {
+                                      if (failure)
+                                          return fail(ViewerWords::failure(failure));
+                                      finerImageArrived(*std::move(result));
+                                  });
+    underWay = Purpose::jump;
+    show();
+}
+
+/// Without it, what is on show stays.
+void ViewerController::finerImageArrived(PictureReading::Result result)
+{
+    if (!result)
+        return fail(ViewerWords::noFinerImage());
+    picture = std::make_shared<Picture const>(*std::move(result));
+    show();
 }
 
 /// An image fills its room and is moved and scaled by its view.

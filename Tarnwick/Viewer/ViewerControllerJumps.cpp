@@ -16,9 +16,12 @@ void ViewerController::jumpToStart()
 
 void ViewerController::jumpToEnd()
 {
-    auto const toLastPage = [this] { top = pager.lastPage(rowCount); };
+    auto const toLastPage = [this] {
+        top = pager.lastPage(rowCount);
+        staysAtEnd = true;
+    };
     if (reachedEnd && !window.isEmpty()) {
-        notice = {};
+        notice = remark = {};
         toLastPage();
         return show();
     }
@@ -67,10 +70,10 @@ void ViewerController::goBehindLineEnds(std::int64_t from, std::int64_t count)
 {
     auto offset = from;
     for (; count > 0; --count) {
-        auto const end = window.find('\n', offset, window.end());
-        if (!end)
+        auto const behind = lines.behindLineEnd(offset, window.end());
+        if (!behind)
             break;
-        offset = *end + 1;
+        offset = *behind;
     }
     moveTo(pager.rowWith(std::min(offset, std::max(window.end() - 1, window.begin()))));
 }

@@ -1,58 +1,58 @@
 // Looking for something in a file that is not here as a whole.
 
-#include "Tarnwick/Viewer/SoughtBytes.h"
+#include "TWCore/Shell/ByteExpression.h"
 #include "Tarnwick/Viewer/ViewerController.h"
 #include "Tarnwick/Viewer/ViewerWords.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace tw {
 
-void ViewerController::find(std::string_view typed)
+void ViewerController::find(SearchWish const &what)
 {
-    auto const bytes = soughtBytes(typed, lines.mode, lines.encoding);
-    if (!bytes)
-        return fail(ViewerWords::cannotBeSought(lines.encoding));
-    sought = *bytes;
+    auto made = what.in(lines.mode, lines.encoding);
+    if (!made)
+        return fail(std::move(made).error());
+    sought = *std::move(made);
     match.reset();
-    searchFrom(top.line, FileSearch::Which::first);
+    search({sought, FileSearch::Which::first, top.line, totalSize});
 }
 
 void ViewerController::findAgain(FileSearch::Which which)
 {
-    if (sought.empty()) {
+    if (sought.pattern.empty()) {
         if (display)
             display->performInWindow(ViewerAction::find);
         return;
     }
     auto const isDown = which == FileSearch::Which::first;
-    searchFrom(match ? *match + (isDown ? 1 : 0) : top.line, which);
+    search({sought, which, match ? *match + (isDown ? 1 : 0) : top.line, totalSize});
 }
 
-/// Matches that begin at `offset` or behind it, or the last of those before it. One step after the other, so that a
-/// search of any length can be followed and cancelled.
-void ViewerController::searchFrom(std::int64_t offset, FileSearch::Which which)
+/// One step after the other, so that a search of any length can be followed and cancelled.
+void ViewerController::search(SearchCourse course)
 {
-    auto const isDown = which == FileSearch::Which::first;
-    if (!mayRead || (isDown ? offset >= totalSize : offset <= 0))
+    auto const part = mayRead ? course.next() : std::nullopt;
+    if (!part)
         return fail(ViewerWords::notFound());
-    auto const overlap = std::ssize(sought) - 1;
-    auto const first = isDown ? offset : std::max<std::int64_t>(offset - searchStep, 0);
-    auto const end = std::min((isDown ? offset + searchStep : offset) + overlap, totalSize);
-    auto const next = isDown ? offset + searchStep : first;
-    begin<std::optional<std::int64_t>>(of.file->find(sought, {.from = first, .to = end}, which),
-                                       [this, next, which](auto found, auto const &failure) {
-                                           isSearching = false;
-                                           if (failure)
-                                               return fail(ViewerWords::failure(failure));
-                                           if (*found)
-                                               return showMatch(**found);
-                                           searchFrom(next, which);
-                                       });
+    begin<std::optional<std::int64_t>>(
+        of.file->find(sought, *part, course.direction()),
+        [this, course, began = std::chrono::steady_clock::now()](auto found, auto const &failure) mutable {
+            isSearching = false;
+            course.took(std::chrono::steady_clock::now() - began);
+            if (failure)
+                return fail(ViewerWords::failure(failure));
+            if (!*found)
+                return search(course);
+            auto const isDown = course.direction() == FileSearch::Which::first;
+            showMatch(**found, !course.hasWrapped() ? Text()
+                               : isDown             ? ViewerWords::continuedAtTheBeginning()
+                                                    : ViewerWords::continuedAtTheEnd());
+        });
     underWay = Purpose::jump;
     isSearching = true;
-    auto const done = isDown ? first : totalSize - end;
-    notice = ViewerWords::searching(done, totalSize);
+    notice = ViewerWords::searching(course.bytesSearched(), totalSize);
     show();
 }
 
@@ -63,28 +63,51 @@ void ViewerController::cancelSearch()
     show();
 }
 
-void ViewerController::showMatch(std::int64_t offset)
+void ViewerController::showMatch(std::int64_t offset, Text const &words)
 {
     match = offset;
     notice = {};
-    auto const end = offset + std::ssize(sought);
+    auto const end = offset + std::ssize(sought.pattern);
     if (window.contains(offset) && window.end() >= std::min(end, totalSize) &&
         (window.begin() == 0 || offset - window.begin() > ViewedLines::cutBytes))
-        return selectMatch(offset);
-    jump(offset - static_cast<std::int64_t>(FileWindow::chunkBytes / 2), [this, offset] { selectMatch(offset); });
+        return selectMatch(offset, words);
+    jump(offset - static_cast<std::int64_t>(FileWindow::chunkBytes / 2),
+         [this, offset, words] { selectMatch(offset, words); });
+}
+
+/// A host says where a match of an expression begins. How long it is depends on the rest of its line.
+std::int64_t ViewerController::endOfMatch(std::int64_t offset) const
+{
+    if (sought.kind == FileSearch::Sought::Kind::bytes)
+        return offset + std::ssize(sought.pattern);
+    auto const begin = std::max(offset - FileSearch::contextBytes, window.begin());
+    auto const text = window.copy(begin, offset + FileSearch::mostBytesOfMatch);
+    auto end = offset + 1;
+    try {
+        ByteExpression::eachMatch(sought.pattern, text, [&](ByteExpression::Match each) {
+            auto const from = begin + static_cast<std::int64_t>(each.from);
+            if (from == offset)
+                end = begin + static_cast<std::int64_t>(each.to);
+            return from < offset;
+        });
+    } catch (ByteExpression::TooSlow const &) {
+        return end;
+    }
+    return end;
 }
 
 /// The rows move only if the match is not among them, and it then stands in the upper part.
-void ViewerController::selectMatch(std::int64_t offset)
+void ViewerController::selectMatch(std::int64_t offset, Text const &words)
 {
     constexpr int partAbove = 3;
     auto const line = lines.startOf(offset);
     ViewerPlace const from{line, lines.charactersBefore(line, offset)};
-    ViewerPlace const to{line, lines.charactersBefore(line, offset + std::ssize(sought))};
+    ViewerPlace const to{line, lines.charactersBefore(line, endOfMatch(offset))};
     auto const rows = pager.rowsFrom(top, rowCount);
     auto const row = pager.rowOf(from);
     if (std::ranges::find(rows, row, &ViewerRow::place) == rows.end())
         moveTo(pager.back(row, rowCount / partAbove));
+    remark = words;
     select(from, to);
 }
 

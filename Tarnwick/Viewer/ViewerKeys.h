@@ -28,6 +28,8 @@ enum class ViewerAction {
     find,
     findNext,
     findPrevious,
+    previousFile,
+    follow,
     copy,
     bigger,
     smaller,

@@ -17,6 +17,7 @@ struct ViewerScreen {
     TextDecoding::Encoding encoding = TextDecoding::Encoding::utf8;
     bool wraps = true;
     bool isBusy = false; ///< something is being read
+    bool isFollowed = false;
     std::vector<ViewerRow> rows = {};
     int leftColumn = 0; ///< the first that is on screen
     /// What is selected; nothing if both are the same.

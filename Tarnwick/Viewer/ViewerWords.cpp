@@ -23,6 +23,8 @@ Text status(ViewerSubject const &subject, FileWindow const &window, Reading cons
         parts.push_back("  (scroll for more)");
     if (reading.mode == ViewerMode::text)
         parts.push_back({"  · %@", {std::string(TextDecoding::nameOf(reading.encoding))}});
+    if (reading.isFollowed)
+        parts.push_back("  · following");
     return Text::sequence(std::move(parts));
 }
 
@@ -43,9 +45,44 @@ Text notFound()
     return "not found";
 }
 
+Text continuedAtTheBeginning()
+{
+    return "continued at the beginning";
+}
+
+Text continuedAtTheEnd()
+{
+    return "continued at the end";
+}
+
 Text cannotBeSought(TextDecoding::Encoding encoding)
 {
     return {"%@ has no such text", {std::string(TextDecoding::nameOf(encoding))}};
+}
+
+Text noExpression()
+{
+    return "this is not a regular expression";
+}
+
+Text noExpressionsIn(TextDecoding::Encoding encoding)
+{
+    return {"regular expressions are not searched for in %@", {std::string(TextDecoding::nameOf(encoding))}};
+}
+
+Text onlyAsciiInSets()
+{
+    return "a set in a regular expression can only have ASCII characters";
+}
+
+Text replaced()
+{
+    return "another file has taken the place of this one";
+}
+
+Text shortened()
+{
+    return "the file has become shorter, and was read again";
 }
 
 Text tooLarge(std::int64_t size)
@@ -56,6 +93,11 @@ Text tooLarge(std::int64_t size)
 Text undecodable()
 {
     return "not an image this Mac can decode";
+}
+
+Text noFinerImage()
+{
+    return "this image needs too much memory to be shown pixel by pixel";
 }
 
 Text warning(Text words)

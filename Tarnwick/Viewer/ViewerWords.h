@@ -16,6 +16,7 @@ struct Reading {
     bool reachedEnd = false;
     ViewerMode mode = ViewerMode::text;
     TextDecoding::Encoding encoding = TextDecoding::Encoding::utf8;
+    bool isFollowed = false;
 };
 
 /// The line below a text or a hex dump.
@@ -26,10 +27,20 @@ Text imageStatus(ViewerSubject const &subject, Picture const &picture, std::int6
 
 Text searching(std::int64_t done, std::int64_t all);
 Text notFound();
+Text continuedAtTheBeginning();
+Text continuedAtTheEnd();
 Text cannotBeSought(TextDecoding::Encoding encoding);
+Text noExpression();
+Text noExpressionsIn(TextDecoding::Encoding encoding);
+Text onlyAsciiInSets();
+
+/// Why a followed file is shown anew.
+Text replaced();
+Text shortened();
 
 Text tooLarge(std::int64_t size);
 Text undecodable();
+Text noFinerImage();
 
 Text warning(Text words);
 

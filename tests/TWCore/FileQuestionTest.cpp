@@ -20,6 +20,8 @@ TEST(FileQuestionTest, anAnswerSaysWhatCanBeRead)
     EXPECT_EQ(file.access, Answer::Access::readable);
     EXPECT_EQ(file.kind, EntryKind::file);
     EXPECT_EQ(file.size, 53'687'091'200);
+    EXPECT_EQ(FileQuestion::answer("file 12 2053:99\n").size, 12);
+    EXPECT_EQ(FileQuestion::answer("file 12 2053:99\n").identity, "2053:99");
     EXPECT_EQ(FileQuestion::answer("file \r\n").size, 0);
     EXPECT_EQ(FileQuestion::answer("file -5").size, 0);
     EXPECT_EQ(FileQuestion::answer("directory").kind, EntryKind::directory);

@@ -14,27 +14,33 @@ using FileSearch::Which;
 TEST(FileSearchTest, bytesAreOneWordAndThePartIsCutOut)
 {
     auto const command =
-        FileSearch::text(ShellDialect::posix, "/it's", "-e 'x'", {.from = 100, .to = 1100}, Which::first);
+        FileSearch::text(ShellDialect::posix, "/it's", {.pattern = "-e 'x'"}, {.from = 100, .to = 1100}, Which::first);
     ASSERT_TRUE(command);
-    EXPECT_THAT(*command, testing::HasSubstr("tail -c +101 '/it'\\''s' 2>/dev/null | head -c 1000 | "));
+    EXPECT_THAT(*command,
+                testing::HasSubstr("{ dd bs=1 skip=100 count=0 2>/dev/null; dd bs=65536 count=1 2>/dev/null; } < "
+                                   "'/it'\\''s' | "));
     EXPECT_THAT(*command, testing::HasSubstr(" -m 1 -e '-e '\\''x'\\''' 2>/dev/null | head -n 1"));
 }
 
 TEST(FileSearchTest, whatNoCommandFindsIsNotAskedFor)
 {
     for (auto const bytes : {"a\nb"sv, "a\0b"sv, ""sv})
-        EXPECT_FALSE(FileSearch::text(ShellDialect::posix, "/a", bytes, {}, Which::first));
-    EXPECT_FALSE(FileSearch::text(ShellDialect::powershell, "/C:/a", "x", {}, Which::first));
+        EXPECT_FALSE(FileSearch::text(ShellDialect::posix, "/a", {.pattern = std::string(bytes)}, {}, Which::first));
+    EXPECT_FALSE(FileSearch::text(ShellDialect::powershell, "/C:/a", {.pattern = "x"}, {}, Which::first));
 }
 
 TEST(FileSearchTest, anAnswerIsAnOffsetInThePart)
 {
     Part const part{.from = 1000, .to = 2000};
     EXPECT_EQ(FileSearch::answer("5\n", part).offset, 1005);
-    EXPECT_TRUE(FileSearch::answer("none\n", part).isKnown);
+    using enum FileSearch::Answer::Kind;
+    EXPECT_EQ(FileSearch::answer("none\n", part).kind, searched);
     EXPECT_FALSE(FileSearch::answer("none\n", part).offset);
-    for (auto const *const wrong : {"", "cannot", "1000", "-1", "5 6", "grep: x"})
-        EXPECT_FALSE(FileSearch::answer(wrong, part).isKnown) << wrong;
+    EXPECT_EQ(FileSearch::answer("1000\n", part).kind, searched);
+    EXPECT_FALSE(FileSearch::answer("1000\n", part).offset) << "it is behind the part";
+    EXPECT_EQ(FileSearch::answer("failed\n", part).kind, tooSlow);
+    for (auto const *const wrong : {"", "cannot", "-1", "5 6", "grep: x"})
+        EXPECT_EQ(FileSearch::answer(wrong, part).kind, unknown) << wrong;
 }
 
 } // namespace

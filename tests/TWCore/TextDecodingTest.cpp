@@ -147,6 +147,20 @@ INSTANTIATE_TEST_SUITE_P(Tables, TextDecodingPairsTest,
                                            PairTable{Encoding::gbk, "gb18030"},
                                            PairTable{Encoding::latin1, "ISO-8859-1"}));
 
+TEST(TextDecodingTest, utf16AndUtf32AreKnownByTheirMarkOrTheirZeros)
+{
+    auto const detected = [](std::string_view bytes) { return TextDecoding::detectWide(bytes); };
+    EXPECT_EQ(detected("\xff\xfe\x5c\xd5\x00\xae"sv), Encoding::utf16le) << "no ASCII, but a mark";
+    EXPECT_EQ(detected("\xfe\xff"sv), Encoding::utf16be);
+    EXPECT_EQ(detected("h\0i\0"sv), Encoding::utf16le);
+    EXPECT_EQ(detected("\0h\0i"sv), Encoding::utf16be);
+    EXPECT_EQ(detected("h\0\0\0"sv), Encoding::utf32le);
+    EXPECT_EQ(detected("\0\0\0h"sv), Encoding::utf32be);
+    for (auto const no : {""sv, "\0"sv, "text"sv, "\1\0\2\0\3\0\4\0"sv, "\0\0\0\0\0\0\0\0"sv,
+                          "\xff\xfe\0\xd8\0\xd8\0\xd8"sv, "\xef\xbb\xbftext"sv})
+        EXPECT_FALSE(detected(no)) << no.size();
+}
+
 TEST(TextDecodingTest, aMarkSaysWhatATextIs)
 {
     auto const marked = TextDecoding::markOf("\xff\xfeh\0i\0"sv);

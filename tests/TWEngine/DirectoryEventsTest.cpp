@@ -127,10 +127,21 @@ TEST_F(DirectoryEventsTest, twoWatchesOfOneFolderEndByThemselves)
     EXPECT_EQ(next(second), Event::changed);
 }
 
-TEST_F(DirectoryEventsTest, whatIsNoFolderHasNoEvents)
+TEST_F(DirectoryEventsTest, whatIsNotThereHasNoEvents)
 {
-    EXPECT_EQ(watch(folder.file("file")), nullptr);
     EXPECT_EQ(watch(folder.path("none")), nullptr);
+}
+
+TEST_F(DirectoryEventsTest, aFileReportsWhatIsWrittenToItWhileItStaysOpen)
+{
+    auto const path = folder.file("file");
+    auto const watched = watch(path);
+    ASSERT_NE(watched, nullptr);
+    std::ofstream file(path, std::ios::app);
+    file << "text" << std::flush;
+    EXPECT_EQ(next(watched), Event::changed);
+    std::filesystem::rename(path, folder.path("elsewhere"));
+    EXPECT_EQ(next(watched), Event::gone);
 }
 
 /// No file can be opened as long as it exists.

@@ -32,6 +32,31 @@ TEST(PictureAnswerTest, aPictureIsWholeWhateverThePiecesItComesIn)
     }
 }
 
+TEST(PictureAnswerTest, aPictureThatMovesHasItsFramesAndTheirTimes)
+{
+    PictureBounds const moving{.width = 20, .height = 10, .frames = 2};
+    auto const taken = [](PictureBounds room, std::string const &bytes, std::size_t step) {
+        PictureAnswer answer(room);
+        for (std::size_t at = 0; at < bytes.size(); at += step)
+            static_cast<void>(answer.take(std::string_view(bytes).substr(at, step)));
+        return std::move(answer).finish();
+    };
+    auto const two = "moving 1 1 4 4\n0000050\nrgba0000100\nRGBA"s;
+    for (std::size_t const step : {1U, 5U, 100U}) {
+        auto const picture = taken(moving, two, step);
+        ASSERT_TRUE(picture) << step;
+        EXPECT_EQ(picture->pixels, "rgba");
+        EXPECT_EQ(picture->firstShownFor, std::chrono::milliseconds(50));
+        ASSERT_EQ(picture->furtherFrames.size(), 1U);
+        EXPECT_EQ(picture->furtherFrames[0].pixels, "RGBA");
+        EXPECT_EQ(picture->furtherFrames[0].shownFor, std::chrono::milliseconds(100));
+    }
+    EXPECT_FALSE(taken(roomOfAnswer, two, 100)) << "only one frame was asked for";
+    for (auto const &wrong : {two + "0000100\nRGBA", two + "0", two.substr(0, two.size() - 1), "moving 1 1 4 4\n"s,
+                              "moving 1 1 4 4\n0000000\nrgba"s, "moving 1 1 4 4\n-000050\nrgba"s})
+        EXPECT_FALSE(taken(moving, wrong, 3)) << wrong;
+}
+
 TEST(PictureAnswerTest, aReasonIsOneOfThoseThatADecoderGives)
 {
     for (auto const reason :

@@ -1,10 +1,14 @@
 #include "TWEngine/Viewing/ViewedFile.h"
 
 #include "TWCore/Model/ReadError.h"
+#include "TWCore/Shell/ByteExpression.h"
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "tests/support/SSHProviderTest.h"
 
 #include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -73,7 +77,7 @@ TEST_F(ViewedFileTest, bytesAreFoundInAPartFromBothEnds)
     for (auto const &place : places()) {
         auto const file = at(place, path);
         auto const found = [&](std::string bytes, FileSearch::Part part, FileSearch::Which which) {
-            return loop.run(file->find(std::move(bytes), part, which)).value_or(-1);
+            return loop.run(file->find({.pattern = std::move(bytes)}, part, which)).value_or(-1);
         };
         EXPECT_EQ(found("needle", {0, size}, first), far);
         EXPECT_EQ(found("needle", {far + 1, size}, first), far + 16);
@@ -84,6 +88,81 @@ TEST_F(ViewedFileTest, bytesAreFoundInAPartFromBothEnds)
         EXPECT_EQ(found("needles", {0, size}, first), -1);
         EXPECT_EQ(found("needles", {0, size}, last), -1);
     }
+}
+
+TEST_F(ViewedFileTest, anExpressionIsFoundAlikeEverywhere)
+{
+    constexpr std::int64_t far = 1 << 20;
+    std::string text;
+    while (std::ssize(text) < far)
+        text += "a line of a log\n";
+    auto const path = folder.file("log", text + "x error 17 y\n" + text + "error 4\n");
+    auto const size = 2 * far + 13 + 8;
+    using enum FileSearch::Which;
+    for (auto const &place : places()) {
+        auto const file = at(place, path);
+        auto const found = [&](std::string pattern, FileSearch::Part part, FileSearch::Which which) {
+            return loop
+                .run(file->find({.pattern = std::move(pattern), .kind = FileSearch::Sought::Kind::expression}, part,
+                                which))
+                .value_or(-1);
+        };
+        EXPECT_EQ(found("error \\d+", {0, size}, first), far + 2);
+        EXPECT_EQ(found("error \\d+", {far + 3, size}, first), 2 * far + 13);
+        EXPECT_EQ(found("(?i)ERROR", {0, size}, last), 2 * far + 13);
+        EXPECT_EQ(found("error", {0, 2 * far + 13}, last), far + 2);
+        EXPECT_EQ(found("error 17", {0, far + 5}, first), far + 2) << "it begins in the part";
+        EXPECT_EQ(found("^rror", {far + 3, size}, first), -1) << "no line begins there";
+        EXPECT_EQ(found("[\\xC0-\\xFF]", {0, size}, first), -1);
+        auto const trap = at(place, folder.file("trap", std::string(100, 'x')));
+        EXPECT_THROW(loop.run(trap->find({.pattern = "(x+x+)+[yz]", .kind = FileSearch::Sought::Kind::expression},
+                                         {0, 100}, first)),
+                     ByteExpression::TooSlow);
+    }
+}
+
+TEST_F(ViewedFileTest, aChangeIsReportedWhereverTheFileIs)
+{
+    auto const path = folder.file("log", "one\n");
+    for (auto const &place : places()) {
+        auto const file = at(place, path);
+        auto const before = loop.run(file->next(std::nullopt));
+        EXPECT_EQ(before.size, static_cast<std::int64_t>(std::filesystem::file_size(path)));
+        auto const growing = loop.start(file->next(before));
+        loop.drain();
+        std::ofstream log(path, std::ios::app);
+        log << "two\n" << std::flush; // and stays open, as the log of a service does
+        finish(growing);
+        EXPECT_EQ(growing.value().size, before.size + 4);
+        EXPECT_EQ(growing.value().identity, before.identity);
+        auto const replaced = loop.start(file->next(growing.value()));
+        loop.drain();
+        std::filesystem::rename(folder.file("new", "another\n"), path);
+        finish(replaced);
+        EXPECT_NE(replaced.value().identity, before.identity);
+        EXPECT_EQ(replaced.value().size, 8);
+    }
+}
+
+TEST_F(ViewedFileTest, aLineThatIsCutFailsWithWordsAndTheNextReadingWorks)
+{
+    auto const path = folder.file("file", "0123456789");
+    auto const provider = connected();
+    auto const file = at(provider, path);
+    EXPECT_EQ(loop.run(file->read(0, 5)), "01234");
+    line->stall();
+    auto const reading = loop.start(file->read(5, 5));
+    loop.drain();
+    line->cut();
+    line->resume();
+    loop.runUntil([&] { return reading.isDone(); });
+    EXPECT_EQ(loop.run(file->read(5, 5)), "56789");
+}
+
+TEST_F(ViewedFileTest, theLogOfTheKernelIsNoFile)
+{
+    for (auto const &place : places())
+        EXPECT_NE(loop.run(at(place, "/proc/kmsg")->look()).kind, EntryKind::file);
 }
 
 TEST_F(ViewedFileTest, aMissingFileHasWords)

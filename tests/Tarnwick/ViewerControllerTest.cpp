@@ -1,7 +1,6 @@
 #include "Tarnwick/Viewer/ViewerController.h"
 
 #include "Tarnwick/Viewer/PictureSignature.h"
-#include "Tarnwick/Viewer/SoughtBytes.h"
 #include "tests/support/FakeViewedFile.h"
 #include "tests/support/TestLoop.h"
 
@@ -55,6 +54,8 @@ protected:
     {
         if (viewer)
             viewer->detach();
+        viewer.reset();
+        loop.drain(); // what waits for a change ends
     }
 
     void hold(std::string bytes) { file = std::make_shared<FakeViewedFile>(std::move(bytes)); }
@@ -92,6 +93,19 @@ protected:
         loop.drain();
     }
 
+    void find(SearchWish const &wish)
+    {
+        viewer->find(wish);
+        loop.drain();
+    }
+
+    void grow(std::int64_t size)
+    {
+        file->size = size;
+        file->change();
+        loop.drain();
+    }
+
     std::string status() const { return display.screen.status.english(); }
 
     std::string firstRow() const { return ascii(display.screen.rows.front().text); }
@@ -101,18 +115,23 @@ protected:
     static std::string ascii(std::u32string const &text) { return {text.begin(), text.end()}; }
 
     /// A picture of every file that says "good".
-    static Task<PictureReading::Result> decodeGood(std::string bytes)
+    static Task<PictureReading::Result> decodeGood(std::string bytes, PictureBounds room)
     {
         if (!bytes.contains("good"))
             co_return std::unexpected(PictureFailure::damaged);
-        co_return Picture{.width = 1, .height = 1, .wholeWidth = 30, .wholeHeight = 20, .pixels = "abcd"};
+        auto const isWhole = room == PictureBounds::ofWhole(3000, 2000);
+        co_return Picture{.width = isWhole ? 3000 : 2,
+                          .height = isWhole ? 2000 : 1,
+                          .wholeWidth = 3000,
+                          .wholeHeight = 2000,
+                          .pixels = "abcdefgh"};
     }
 
     TestLoop loop;
     int decodings = 0;
-    PictureReading::Decode decode = [this](std::string bytes, std::string const & /*name*/) {
+    PictureReading::Decode decode = [this](std::string bytes, std::string const & /*name*/, PictureBounds room) {
         ++decodings;
-        return decodeGood(std::move(bytes));
+        return decodeGood(std::move(bytes), room);
     };
     RecordingViewer display;
     std::shared_ptr<FakeViewedFile> file;
@@ -298,6 +317,7 @@ TEST_F(ViewerControllerTest, anEncodingThatIsChosenStays)
     EXPECT_THAT(status(), EndsWith("CP949"));
     viewer->readAs(TextDecoding::Encoding::latin1);
     EXPECT_EQ(display.screen.rows.front().text.front(), U'Ç');
+    viewer->readAs(TextDecoding::encodings.back());
     perform(ViewerAction::nextEncoding);
     EXPECT_EQ(display.screen.encoding, TextDecoding::Encoding::utf8);
 }
@@ -313,8 +333,8 @@ TEST_F(ViewerControllerTest, whatIsNoFileIsNotRead)
                                   ViewerAction::showImage, ViewerAction::showText, ViewerAction::pageDown})
             perform(action);
         goTo("50%");
-        viewer->find("x");
-        loop.drain();
+        find({.typed = "x"});
+        perform(ViewerAction::follow);
         EXPECT_TRUE(file->requests.empty() && file->searched.empty()) << "and no key makes it be read";
     }
 }
@@ -380,13 +400,35 @@ TEST_F(ViewerControllerTest, aPictureIsReadWholeAndShown)
     open();
     EXPECT_EQ(display.screen.mode, ViewerMode::image);
     ASSERT_TRUE(display.screen.picture);
-    EXPECT_EQ(status(), "box:/srv/log   30×20   3.0M");
+    EXPECT_EQ(status(), "box:/srv/log   3000×2000   3.0M");
     perform(ViewerAction::pageDown);
     EXPECT_THAT(display.asked, ElementsAre(ViewerAction::pageDown)) << "a picture is moved by its view";
     perform(ViewerAction::showHex);
     EXPECT_FALSE(display.screen.picture);
     perform(ViewerAction::showImage);
     EXPECT_TRUE(display.screen.picture);
+}
+
+TEST_F(ViewerControllerTest, aPictureThatIsLargeOnScreenIsDecodedAgainOnce)
+{
+    hold("\x89PNG good");
+    open();
+    EXPECT_EQ(display.screen.picture->width, 2);
+    for (int times = 0; times < 2; ++times) {
+        viewer->refineImage();
+        loop.drain();
+        EXPECT_EQ(display.screen.picture->width, 3000);
+        EXPECT_EQ(decodings, 2);
+    }
+}
+
+TEST(PictureBoundsTest, aPictureIsShownPixelByPixelAsFarAsMemoryAllows)
+{
+    EXPECT_EQ(PictureBounds::ofWhole(6000, 4000), (PictureBounds{.width = 6000, .height = 4000}));
+    auto const large = PictureBounds::ofWhole(12'000, 8000);
+    EXPECT_LE(std::int64_t(large.width) * large.height, PictureBounds::mostPixels);
+    EXPECT_NEAR(large.width / 1.5, large.height, 1);
+    EXPECT_EQ(PictureBounds::ofWhole(1'000'000, 1).width, PictureBounds::mostSide);
 }
 
 TEST_F(ViewerControllerTest, whatIsNoPictureIsAHexDump)
@@ -431,7 +473,7 @@ TEST_F(ViewerControllerTest, whatIsSoughtIsFoundDownAndUpAndSelected)
 {
     // Empty lines, and two needles: the second one lies over the border of two steps.
     constexpr std::int64_t near = 1000;
-    constexpr std::int64_t far = near + 1 + ViewerController::searchStep - 3;
+    constexpr std::int64_t far = near + 1 + SearchCourse::bytesOfStep - 3;
     hold("");
     file->size = far + 100;
     file->content = [](std::int64_t from, std::size_t length) {
@@ -448,22 +490,164 @@ TEST_F(ViewerControllerTest, whatIsSoughtIsFoundDownAndUpAndSelected)
     };
     open();
     auto const line = [this] { return display.screen.selectedFrom.line; };
-    viewer->find("needle");
-    loop.drain();
+    find({.typed = "needle"});
     EXPECT_EQ(line(), near);
     perform(ViewerAction::copy);
     EXPECT_EQ(display.copied, U"needle");
     perform(ViewerAction::findNext);
     EXPECT_EQ(line(), far);
     EXPECT_THAT(display.screen.rows, ::testing::Contains(::testing::Field(&ViewerRow::place, (ViewerPlace{far, 0}))));
+    EXPECT_THAT(status(), StartsWith("box:"));
     perform(ViewerAction::findNext);
-    EXPECT_EQ(status(), "⚠︎ not found");
-    EXPECT_EQ(file->searched.back().to, file->size);
+    EXPECT_EQ(line(), near);
+    EXPECT_EQ(status(), "continued at the beginning");
+    perform(ViewerAction::lineDown);
+    EXPECT_THAT(status(), StartsWith("box:"));
+    perform(ViewerAction::findPrevious);
+    EXPECT_EQ(line(), far);
+    EXPECT_EQ(status(), "continued at the end");
     perform(ViewerAction::findPrevious);
     EXPECT_EQ(line(), near);
-    perform(ViewerAction::findPrevious);
+    file->searched.clear();
+    find({.typed = "nowhere"});
     EXPECT_EQ(status(), "⚠︎ not found");
-    EXPECT_EQ(file->searched.back().from, 0);
+    EXPECT_EQ(file->searched.back().to, display.screen.rows.front().place.line + 6) << "the whole file was searched";
+}
+
+TEST_F(ViewerControllerTest, anExpressionIsFoundAndItsWholeMatchIsSelected)
+{
+    hold("first\nerror 17 here\nError 4242 there\n");
+    open();
+    find({.typed = "err?or \\d+", .isExpression = true, .ignoresCase = true});
+    perform(ViewerAction::copy);
+    EXPECT_EQ(display.copied, U"error 17");
+    perform(ViewerAction::findNext);
+    perform(ViewerAction::copy);
+    EXPECT_EQ(display.copied, U"Error 4242");
+    perform(ViewerAction::findPrevious);
+    perform(ViewerAction::copy);
+    EXPECT_EQ(display.copied, U"error 17");
+    find({.typed = "(", .isExpression = true});
+    EXPECT_EQ(status(), "⚠︎ this is not a regular expression");
+}
+
+TEST_F(ViewerControllerTest, aSearchThatIsCutOffHasWordsAndCanBeRepeated)
+{
+    hold("one\ntwo\n");
+    open();
+    file->failure = "Connection reset";
+    find({.typed = "two"});
+    EXPECT_THAT(status(), HasSubstr("Connection reset"));
+    file->failure.clear();
+    perform(ViewerAction::findNext);
+    EXPECT_EQ(display.screen.selectedFrom.line, 4);
+}
+
+TEST_F(ViewerControllerTest, aFollowedFileStaysAtItsEnd)
+{
+    holdNumberedLines(1100);
+    open();
+    perform(ViewerAction::follow);
+    EXPECT_TRUE(display.screen.isFollowed);
+    EXPECT_EQ(lastRow(), "0000001089");
+    EXPECT_THAT(status(), EndsWith("  · following"));
+    grow(1650);
+    EXPECT_EQ(lastRow(), "0000001639");
+    file->requests.clear();
+    grow(50 * gibibyte);
+    EXPECT_THAT(file->requests, ElementsAre(Request{50 * gibibyte - oneChunk, FileWindow::chunkBytes},
+                                            Request{50 * gibibyte, FileWindow::chunkBytes}))
+        << "what lies between is not read";
+    perform(ViewerAction::lineUp);
+    auto const row = firstRow();
+    grow(50 * gibibyte + 110);
+    EXPECT_EQ(firstRow(), row) << "who reads further up is not carried away";
+    perform(ViewerAction::end);
+    grow(50 * gibibyte + 220);
+    EXPECT_THAT(display.screen.top + display.screen.page, ::testing::DoubleNear(1, 1e-9));
+    perform(ViewerAction::follow);
+    EXPECT_FALSE(display.screen.isFollowed);
+    EXPECT_EQ(file->followers, 0);
+}
+
+TEST_F(ViewerControllerTest, aFollowedFileThatIsCutOrReplacedIsReadAgainWithWords)
+{
+    holdNumberedLines(2200);
+    open();
+    perform(ViewerAction::follow);
+    grow(110);
+    EXPECT_EQ(status(), "the file has become shorter, and was read again");
+    EXPECT_EQ(lastRow(), "0000000099");
+    file->identity = "2";
+    grow(220);
+    EXPECT_EQ(status(), "another file has taken the place of this one");
+    EXPECT_EQ(lastRow(), "0000000209");
+    grow(330);
+    EXPECT_THAT(status(), EndsWith("  · following"));
+    file->failure = "Connection reset";
+    file->change();
+    loop.drain();
+    EXPECT_THAT(status(), HasSubstr("Connection reset"));
+    EXPECT_FALSE(display.screen.isFollowed);
+    file->failure.clear();
+    perform(ViewerAction::follow);
+    EXPECT_TRUE(display.screen.isFollowed);
+}
+
+TEST_F(ViewerControllerTest, aFileIsFollowedOnlyWhileItIsSeen)
+{
+    holdNumberedLines(1100);
+    open();
+    perform(ViewerAction::follow);
+    EXPECT_EQ(file->followers, 1);
+    viewer->setOnScreen(false);
+    loop.drain();
+    EXPECT_EQ(file->followers, 0);
+    grow(1650);
+    EXPECT_EQ(lastRow(), "0000001089");
+    viewer->setOnScreen(true);
+    loop.drain();
+    EXPECT_EQ(lastRow(), "0000001639");
+}
+
+TEST_F(ViewerControllerTest, anEmptyFileThatGrowsIsShown)
+{
+    hold("");
+    open();
+    perform(ViewerAction::follow);
+    file->content = numberedLines;
+    grow(110);
+    EXPECT_EQ(lastRow(), "0000000099");
+}
+
+TEST_F(ViewerControllerTest, utf16IsTextWithAndWithoutItsMark)
+{
+    auto const lines = [](TextDecoding::Encoding encoding) {
+        std::string text;
+        for (int line = 0; line < 40'000; ++line)
+            text += "Ċ line " + std::to_string(line) + " 한글\r\n"; // its first character has a 0x0A
+        return *TextDecoding::encode(text, encoding);
+    };
+    using enum TextDecoding::Encoding;
+    for (auto const encoding : {utf16le, utf16be, utf32le, utf32be}) {
+        for (auto const &mark : {std::string(), *TextDecoding::encode("\ufeff", encoding)}) {
+            hold(mark + lines(encoding));
+            open();
+            ASSERT_EQ(display.screen.mode, ViewerMode::text);
+            EXPECT_EQ(display.screen.encoding, encoding);
+            EXPECT_EQ(display.screen.rows.at(0).text, U"Ċ line 0 한글");
+            EXPECT_EQ(display.screen.rows.at(1).text, U"Ċ line 1 한글");
+            perform(ViewerAction::end);
+            EXPECT_EQ(display.screen.encoding, encoding);
+            EXPECT_EQ(display.screen.rows.back().text, U"Ċ line 39999 한글");
+            perform(ViewerAction::start);
+            find({.typed = "LINE 77 ", .ignoresCase = true});
+            perform(ViewerAction::copy);
+            EXPECT_EQ(display.copied, U"line 77 ");
+            goTo("12");
+            EXPECT_EQ(display.screen.rows.at(0).text, U"Ċ line 11 한글");
+        }
+    }
 }
 
 TEST_F(ViewerControllerTest, aSearchIsCancelledAndThenTheViewerCloses)
@@ -471,8 +655,7 @@ TEST_F(ViewerControllerTest, aSearchIsCancelledAndThenTheViewerCloses)
     holdNumberedLines(gibibyte);
     open();
     file->isHeld = true;
-    viewer->find("nowhere");
-    loop.drain();
+    find({.typed = "nowhere"});
     EXPECT_THAT(status(), StartsWith("searching… 0 of 1.0G"));
     perform(ViewerAction::close);
     EXPECT_FALSE(display.screen.isBusy);
@@ -480,19 +663,6 @@ TEST_F(ViewerControllerTest, aSearchIsCancelledAndThenTheViewerCloses)
     EXPECT_EQ(file->searched.size(), 1U);
     perform(ViewerAction::close);
     EXPECT_THAT(display.asked, ElementsAre(ViewerAction::close));
-}
-
-TEST(SoughtBytesTest, theyAreThoseOfTheFilesEncoding)
-{
-    using TextDecoding::Encoding;
-    EXPECT_EQ(soughtBytes("한", ViewerMode::text, Encoding::utf8), "한");
-    EXPECT_EQ(soughtBytes("한", ViewerMode::text, Encoding::cp949), "\xc7\xd1");
-    EXPECT_EQ(soughtBytes("한", ViewerMode::text, Encoding::latin1), std::nullopt);
-    EXPECT_EQ(soughtBytes("48 656C", ViewerMode::hex, Encoding::utf8), "Hel");
-    EXPECT_EQ(soughtBytes("48", ViewerMode::text, Encoding::utf8), "48");
-    EXPECT_EQ(soughtBytes("4", ViewerMode::hex, Encoding::utf8), "4");
-    EXPECT_EQ(soughtBytes(" ", ViewerMode::hex, Encoding::utf8), std::nullopt);
-    EXPECT_EQ(soughtBytes("", ViewerMode::text, Encoding::utf8), std::nullopt);
 }
 
 TEST_F(ViewerControllerTest, whatIsSelectedIsCopied)

@@ -39,6 +39,8 @@ void checkText(std::string_view bytes, std::uint32_t seed)
     }
     auto const detected = TextDecoding::detect(bytes);
     check(std::ranges::find(TextDecoding::encodings, detected) != TextDecoding::encodings.end(), "no encoding");
+    if (auto const wide = TextDecoding::detectWide(bytes))
+        check(TextDecoding::unitBytesOf(*wide) > 1, "not a wide encoding");
     auto const dump = TextDecoding::hexDump(bytes, 0);
     check(static_cast<std::size_t>(std::ranges::count(dump, '\n')) == (bytes.size() + 15) / 16, "a line is missing");
     if (auto const marked = TextDecoding::markOf(bytes))

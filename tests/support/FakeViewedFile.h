@@ -1,6 +1,8 @@
 #pragma once
 
+#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/ReadError.h"
+#include "TWCore/Shell/ByteExpression.h"
 #include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Viewing/ViewedFile.h"
 
@@ -31,7 +33,7 @@ public:
         ++looks;
         if (!failure.empty())
             throw ReadError::NotReadable("/file", failure);
-        co_return Facts{kind, size};
+        co_return Facts{kind, size, identity};
     }
 
     Task<std::string> read(std::int64_t offset, std::size_t length) override
@@ -48,7 +50,8 @@ public:
         co_return content(offset, static_cast<std::size_t>(std::min(left, static_cast<std::int64_t>(length))));
     }
 
-    Task<std::optional<std::int64_t>> find(std::string bytes, FileSearch::Part part, FileSearch::Which which) override
+    Task<std::optional<std::int64_t>> find(FileSearch::Sought sought, FileSearch::Part part,
+                                           FileSearch::Which which) override
     {
         searched.push_back(part);
         if (isHeld) {
@@ -57,8 +60,42 @@ public:
             co_await Completion<bool>::wait(gate);
         }
         auto const text = content(part.from, static_cast<std::size_t>(part.to - part.from));
-        auto const at = which == FileSearch::Which::first ? text.find(bytes) : text.rfind(bytes);
+        if (!failure.empty())
+            throw ReadError::NotReadable("/file", failure);
+        auto const isFirst = which == FileSearch::Which::first;
+        auto at = isFirst ? text.find(sought.pattern) : text.rfind(sought.pattern);
+        if (sought.kind == FileSearch::Sought::Kind::expression) {
+            at = std::string::npos;
+            ByteExpression::eachMatch(sought.pattern, text, [&](ByteExpression::Match match) {
+                at = match.from;
+                return !isFirst;
+            });
+        }
         co_return at == std::string::npos ? std::nullopt : std::optional(part.from + static_cast<std::int64_t>(at));
+    }
+
+    Task<Facts> next(std::optional<Facts> known) override
+    {
+        for (;;) {
+            if (!failure.empty())
+                throw ReadError::NotReadable("/file", failure);
+            if (Facts const now{kind, size, identity}; !known || *known != now)
+                co_return now;
+            ++followers;
+            auto const gate = std::make_shared<Completion<bool>>();
+            waiting = gate;
+            auto const outcome = co_await outcomeOf(Completion<bool>::wait(gate));
+            --followers;
+            if (outcome.failure)
+                std::rethrow_exception(outcome.failure);
+        }
+    }
+
+    /// Reports a change to whatever follows the file.
+    void change()
+    {
+        if (auto const gate = std::exchange(waiting, nullptr))
+            gate->succeed(true);
     }
 
     /// Answers the oldest read that waits.
@@ -78,9 +115,12 @@ public:
     std::vector<Request> requests;
     std::vector<FileSearch::Part> searched;
     int looks = 0;
+    std::string identity = "1";
+    int followers = 0; ///< that wait for a change
 
 private:
     std::vector<std::shared_ptr<Completion<bool>>> held;
+    std::shared_ptr<Completion<bool>> waiting;
 };
 
 } // namespace tw::test

@@ -16,9 +16,12 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
+#include <QScreen>
 #include <QScrollBar>
 #include <QTest>
 #include <gmock/gmock.h>
+
+#include <fstream>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -187,6 +190,98 @@ TEST_F(ViewerWindowTest, anImageIsShownWholeAndAtAnySize)
     view("lie.jpg");
     EXPECT_EQ(viewer->text().screen().mode, ViewerMode::hex);
     EXPECT_THAT(statusText(), HasSubstr("⚠︎ not an image this computer can decode"));
+}
+
+TEST_F(ViewerWindowTest, nAndPShowTheImagesOfTheFolderInTheOrderOfThePane)
+{
+    for (auto const *const name : {"a.png", "c.png"}) {
+        QImage image(20, 10, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        ASSERT_TRUE(image.save(QString::fromStdString(left.path(name)), "PNG"));
+    }
+    left.file("b.txt", "no image\n");
+    view("a.png");
+    type(Qt::Key_N);
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("local — c.png"));
+    EXPECT_THAT(statusText(), HasSubstr("c.png   20×10   "));
+    type(Qt::Key_N);
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("local — c.png")) << "it is the last one";
+    type(Qt::Key_P);
+    EXPECT_EQ(viewer->windowTitle(), QStringLiteral("local — a.png"));
+    EXPECT_THAT(statusText(), HasSubstr("a.png   20×10   "));
+}
+
+TEST_F(ViewerWindowTest, anImageThatMovesMoves)
+{
+    using namespace std::string_literals;
+    auto const frame = [](std::string const &pixel) {
+        return "\x21\xf9\x04\0\x02\0\0\0\x2c\0\0\0\0\x01\0\x01\0\0\x02\x02"s + pixel + "\x01\0"s;
+    };
+    left.file("a.gif", "GIF89a\x01\0\x01\0\x80\0\0\xff\0\0\0\0\xff"s + frame("\x44") + frame("\x4c") + ";");
+    view("a.gif");
+    auto const color = [this] {
+        return viewer->image().viewport()->grab().toImage().pixelColor(viewer->image().viewport()->rect().center());
+    };
+    processUntil([&] { return viewer->image().frame() == 1 && color() == QColor(Qt::blue); });
+    processUntil([&] { return viewer->image().frame() == 0 && color() == QColor(Qt::red); });
+}
+
+TEST_F(ViewerWindowTest, anImageOfACameraIsShownPixelByPixel)
+{
+    QImage image(3000, 10, QImage::Format_RGB32);
+    for (int x = 0; x < image.width(); ++x) {
+        for (int y = 0; y < image.height(); ++y)
+            image.setPixelColor(x, y, x % 2 == 0 ? Qt::black : Qt::white);
+    }
+    ASSERT_TRUE(image.save(QString::fromStdString(left.path("a.png")), "PNG"));
+    view("a.png");
+    EXPECT_THAT(statusText(), HasSubstr("3000×10"));
+    type(Qt::Key_1);
+    EXPECT_DOUBLE_EQ(viewer->image().scale(), 1);
+    auto const middle = viewer->image().viewport()->rect().center();
+    auto const lightness = [&](int x) {
+        return viewer->image().viewport()->grab().toImage().pixelColor(x, middle.y()).lightness();
+    };
+    processUntil([&] { return std::abs(lightness(middle.x()) - lightness(middle.x() + 1)) == 255; });
+}
+
+TEST_F(ViewerWindowTest, aFollowedFileIsShownAsItGrows)
+{
+    auto const path = left.file("log", "first\n");
+    view("log");
+    type(Qt::Key_F, Qt::ShiftModifier);
+    EXPECT_THAT(statusText(), HasSubstr("following"));
+    std::ofstream(path, std::ios::app) << "second\n";
+    processUntil([&] { return viewer->text().screen().rows.size() == 2; });
+    EXPECT_EQ(viewer->text().screen().rows.back().text, U"second");
+    type(Qt::Key_F, Qt::ShiftModifier);
+    EXPECT_THAT(statusText(), testing::Not(HasSubstr("following")));
+}
+
+TEST_F(ViewerWindowTest, aSearchMayIgnoreCaseAndTakeAnExpression)
+{
+    left.file("a", "one\nTwo 22\n");
+    view("a");
+    type(Qt::Key_Slash);
+    QTest::keyClick(&viewer->askField(), Qt::Key_I, Qt::AltModifier);
+    QTest::keyClick(&viewer->askField(), Qt::Key_R, Qt::AltModifier);
+    QTest::keyClicks(&viewer->askField(), QStringLiteral("^two \\d+"));
+    type(Qt::Key_Return);
+    EXPECT_EQ(viewer->text().screen().selectedFrom, (ViewerPlace{4, 0}));
+    EXPECT_EQ(viewer->text().screen().selectedTo, (ViewerPlace{4, 6}));
+}
+
+TEST_F(ViewerWindowTest, aViewerIsNeverLargerThanItsScreen)
+{
+    left.file("a", "text\n");
+    view("a");
+    auto const free = viewer->screen()->availableGeometry();
+    viewer->resize(free.size() + QSize(500, 500));
+    viewer->move(free.bottomRight());
+    viewer->close();
+    processUntil([&] { return !viewer; });
+    view("a");
+    EXPECT_TRUE(free.contains(viewer->geometry())) << viewer->width() << 'x' << viewer->height();
 }
 
 TEST_F(ViewerWindowTest, whatIsNoFileHasWordsAndNoViewer)

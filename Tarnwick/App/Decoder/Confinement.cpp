@@ -24,6 +24,9 @@ constexpr rlim_t mebibyte = 1024 * 1024;
 /// What a process of this kind may use in memory of its own. A picture that needs more is not shown.
 constexpr rlim_t mostData = 180 * mebibyte;
 
+/// For a picture that is decoded pixel by pixel: itself, and once more while it is turned.
+constexpr rlim_t mostDataOfLarge = 280 * mebibyte;
+
 /// With the libraries, whose pages are shared and mostly never touched.
 constexpr rlim_t mostAddresses = 1024 * mebibyte;
 
@@ -126,13 +129,13 @@ void filterCalls()
 
 } // namespace
 
-void limitResources()
+void limitResources(Memory memory)
 {
     ::alarm(mostSeconds);
     limit(RLIMIT_CORE, 0);
     limit(RLIMIT_CPU, mostCpuSeconds);
     limit(RLIMIT_FSIZE, 0);
-    limit(RLIMIT_DATA, mostData);
+    limit(RLIMIT_DATA, memory == Memory::large ? mostDataOfLarge : mostData);
     limit(RLIMIT_AS, mostAddresses);
     // Every thread would reserve an arena of its own.
     ::mallopt(M_ARENA_MAX, 1);

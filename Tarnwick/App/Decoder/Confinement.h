@@ -6,8 +6,10 @@
 /// them still has the others.
 namespace tw::Confinement {
 
+enum class Memory { usual, large };
+
 /// Before anything else: bounds of memory and time, no core file, no file that grows.
-void limitResources();
+void limitResources(Memory memory);
 
 /// Once all is loaded and before the file is read: no file is opened, no socket and no process made any more.
 void closeDoors();

@@ -1,10 +1,11 @@
 // Decodes one picture in a process of its own, which nothing else depends on: a file may come from anywhere.
 //
-//   decoder FORMAT WIDTH HEIGHT < file > answer
+//   decoder FORMAT WIDTH HEIGHT FRAMES < file > answer
 //
 // FORMAT is a name that Qt knows, or "pdf" for the first page of a document. The picture is made to fit into WIDTH and
-// HEIGHT; what is answered is described in TWEngine/Preview/PictureAnswer.h. Without the flags of other targets: what
-// the sanitizers reserve is more than the limits of this process allow.
+// HEIGHT, and of one that moves FRAMES frames are answered at most; what is answered is described in
+// TWEngine/Preview/PictureAnswer.h. Without the flags of other targets: what the sanitizers reserve is more than the
+// limits of this process allow.
 
 #include "TWEngine/Preview/PictureAnswer.h"
 #include "Tarnwick/App/Decoder/Confinement.h"
@@ -16,11 +17,14 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <sched.h>
@@ -55,19 +59,29 @@ void writeAll(char const *bytes, std::size_t count)
     std::_Exit(EXIT_SUCCESS);
 }
 
+void writeSizes(std::string_view word, QSize size, QSize whole)
+{
+    std::string line(word);
+    for (auto const number : {size.width(), size.height(), whole.width(), whole.height()})
+        line += ' ' + std::to_string(number);
+    line += '\n';
+    writeAll(line.data(), line.size());
+}
+
+void writePixels(QImage const &picture)
+{
+    for (int row = 0; row < picture.height(); ++row)
+        writeAll(reinterpret_cast<char const *>(picture.constScanLine(row)),
+                 static_cast<std::size_t>(picture.width()) * 4);
+}
+
 [[noreturn]] void answer(QImage picture, QSize whole)
 {
     picture.convertTo(QImage::Format_RGBA8888);
     if (picture.isNull())
         answer(PictureFailure::tooLarge);
-    std::string line(PictureAnswer::pictureWord);
-    for (auto const number : {picture.width(), picture.height(), whole.width(), whole.height()})
-        line += ' ' + std::to_string(number);
-    line += '\n';
-    writeAll(line.data(), line.size());
-    for (int row = 0; row < picture.height(); ++row)
-        writeAll(reinterpret_cast<char const *>(picture.constScanLine(row)),
-                 static_cast<std::size_t>(picture.width()) * 4);
+    writeSizes(PictureAnswer::pictureWord, picture.size(), whole);
+    writePixels(picture);
     // As it is: destroying the toolkit is work for nobody.
     std::_Exit(EXIT_SUCCESS);
 }
@@ -157,7 +171,53 @@ bool isLarge(QSize size)
     return qint64(size.width()) * size.height() * bytesPerPixel > qint64(mostMebibytes) * 1024 * 1024;
 }
 
-[[noreturn]] void decode(QByteArray const &format, QSize room)
+/// The size at which that many frames have room together.
+QSize sizeOfFrames(QSize size, int frames)
+{
+    auto const all = qint64(size.width()) * size.height() * 4 * frames;
+    if (all <= PictureBounds::mostBytesOfFrames)
+        return size;
+    auto const scale = std::sqrt(static_cast<double>(PictureBounds::mostBytesOfFrames) / static_cast<double>(all));
+    return QSize(static_cast<int>(size.width() * scale), static_cast<int>(size.height() * scale)).expandedTo({1, 1});
+}
+
+/// Answers the frames of a picture that moves, the first of which has been read; fewer if they take too long. Returns
+/// if there is no second one.
+void answerFrames(QImageReader &reader, QImage frame, QSize whole, int most)
+{
+    // A shorter time is that of a file that says nothing.
+    constexpr int leastMilliseconds = 20;
+    constexpr int usualMilliseconds = 100;
+    constexpr int mostMilliseconds = 60'000;
+    constexpr auto mostTime = 5 * CLOCKS_PER_SEC;
+    auto const delay = [&] {
+        auto const milliseconds = reader.nextImageDelay();
+        return milliseconds < leastMilliseconds ? usualMilliseconds : std::min(milliseconds, mostMilliseconds);
+    };
+    auto shownFor = delay();
+    auto next = reader.read();
+    if (next.isNull())
+        return;
+    auto const count = reader.imageCount() > 1 ? std::min(reader.imageCount(), most) : most;
+    auto const size = sizeOfFrames(frame.size(), count);
+    writeSizes(PictureAnswer::movingWord, size, whole);
+    for (int written = 0; written < count && !frame.isNull(); ++written) {
+        if (frame.size() != size)
+            frame = frame.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        frame.convertTo(QImage::Format_RGBA8888);
+        auto const line = QByteArray::number(shownFor).rightJustified(PictureAnswer::digitsOfFrame, '0') + '\n';
+        writeAll(line.constData(), static_cast<std::size_t>(line.size()));
+        writePixels(frame);
+        if (std::clock() > mostTime)
+            break;
+        frame = std::exchange(next, QImage());
+        shownFor = delay();
+        next = reader.read();
+    }
+    std::_Exit(EXIT_SUCCESS);
+}
+
+[[noreturn]] void decode(QByteArray const &format, QSize room, int frames)
 {
     QFile file;
     if (!file.open(STDIN_FILENO, QIODevice::ReadOnly))
@@ -179,6 +239,8 @@ bool isLarge(QSize size)
     auto const whole = !stored.isValid() ? picture.size() : isTurned ? stored.transposed() : stored;
     if (auto const size = fitting(picture.size(), room); size != picture.size())
         picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    if (frames > 1 && reader.supportsAnimation())
+        answerFrames(reader, picture, whole, frames);
     answer(std::move(picture), whole);
 }
 
@@ -186,12 +248,14 @@ bool isLarge(QSize size)
 
 int main(int count, char **arguments)
 {
-    if (count != 4)
+    if (count != 5)
         return EXIT_FAILURE;
-    Confinement::limitResources();
     QByteArray format(arguments[1]);
-    QSize const room(std::clamp(std::atoi(arguments[2]), 1, PictureBounds::most),
-                     std::clamp(std::atoi(arguments[3]), 1, PictureBounds::most));
+    QSize const room(std::clamp(std::atoi(arguments[2]), 1, PictureBounds::mostSide),
+                     std::clamp(std::atoi(arguments[3]), 1, PictureBounds::mostSide));
+    auto const frames = std::clamp(std::atoi(arguments[4]), 1, PictureBounds::mostFrames);
+    auto const isLarge = room.width() > PictureBounds::most || room.height() > PictureBounds::most;
+    Confinement::limitResources(isLarge ? Confinement::Memory::large : Confinement::Memory::usual);
     std::optional<QGuiApplication> application;
     if (format == "svg" || format == "svgz") {
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -205,5 +269,5 @@ int main(int count, char **arguments)
     loadPlugin(format);
     makeThread();
     Confinement::closeDoors();
-    decode(format, room);
+    decode(format, room, frames);
 }

@@ -50,14 +50,58 @@ void ViewerImageView::show(std::shared_ptr<Picture const> const &shown)
 {
     if (shown == picture)
         return;
-    constexpr int bytesPerPixel = 4;
+    auto const isFiner =
+        shown && picture && shown->wholeWidth == picture->wholeWidth && shown->wholeHeight == picture->wholeHeight;
     picture = shown;
-    chosenScale = 0;
-    // The pixels stay those of the picture, which this view holds on to.
-    canvas->image = picture ? QImage(reinterpret_cast<uchar const *>(picture->pixels.data()), picture->width,
-                                     picture->height, picture->width * bytesPerPixel, QImage::Format_RGBA8888)
-                            : QImage();
+    if (!isFiner)
+        chosenScale = 0;
+    showFrame(0);
     layOut();
+}
+
+/// And the next one when its time has come.
+void ViewerImageView::showFrame(std::size_t frame)
+{
+    constexpr int bytesPerPixel = 4;
+    untilNextFrame.stop();
+    frameOnShow = frame;
+    canvas->image = {};
+    canvas->update();
+    if (!picture)
+        return;
+    auto const &pixels = frame == 0 ? picture->pixels : picture->furtherFrames[frame - 1].pixels;
+    // The pixels stay those of the picture, which this view holds on to.
+    canvas->image = QImage(reinterpret_cast<uchar const *>(pixels.data()), picture->width, picture->height,
+                           picture->width * bytesPerPixel, QImage::Format_RGBA8888);
+    if (picture->furtherFrames.empty())
+        return;
+    auto const shownFor = frame == 0 ? picture->firstShownFor : picture->furtherFrames[frame - 1].shownFor;
+    untilNextFrame.start(static_cast<int>(shownFor.count()), Qt::PreciseTimer, this);
+}
+
+void ViewerImageView::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != untilNextFrame.timerId())
+        return QScrollArea::timerEvent(event);
+    if (isVisible() && !window()->isMinimized())
+        showFrame((frameOnShow + 1) % (picture->furtherFrames.size() + 1));
+    else
+        untilNextFrame.stop(); // goes on when it is seen
+}
+
+void ViewerImageView::showEvent(QShowEvent *event)
+{
+    QScrollArea::showEvent(event);
+    if (!untilNextFrame.isActive())
+        showFrame(frameOnShow);
+}
+
+/// In its file. A drawing has no pixels there, and is as large as it was decoded.
+QSizeF ViewerImageView::naturalSize() const
+{
+    return picture
+               ? QSizeF(std::max(picture->wholeWidth, picture->width), std::max(picture->wholeHeight, picture->height))
+               : QSizeF();
 }
 
 double ViewerImageView::scale() const
@@ -65,14 +109,21 @@ double ViewerImageView::scale() const
     if (chosenScale > 0 || !picture)
         return chosenScale;
     auto const room = viewport()->size();
-    return std::min({1.0, static_cast<double>(room.width()) / picture->width,
-                     static_cast<double>(room.height()) / picture->height});
+    return std::min({1.0, room.width() / naturalSize().width(), room.height() / naturalSize().height()});
 }
 
 void ViewerImageView::layOut()
 {
-    canvas->resize((QSizeF(canvas->image.size()) * scale()).toSize());
+    canvas->resize((naturalSize() * scale()).toSize());
     canvas->update();
+    if (picture && canvas->width() > picture->width && onEnlarged)
+        onEnlarged();
+}
+
+void ViewerImageView::zoomTo(double wanted)
+{
+    chosenScale = wanted;
+    layOut();
 }
 
 void ViewerImageView::fit()
@@ -85,7 +136,7 @@ void ViewerImageView::zoomBy(double factor)
 {
     if (!picture)
         return;
-    auto const most = std::min(largestScale, mostSide / std::max(picture->width, picture->height));
+    auto const most = std::min(largestScale, mostSide / std::max(naturalSize().width(), naturalSize().height()));
     chosenScale = std::clamp(scale() * factor, smallestScale, most);
     layOut();
 }

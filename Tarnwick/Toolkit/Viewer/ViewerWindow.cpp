@@ -4,6 +4,7 @@
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 #include "Tarnwick/Toolkit/Commands/KeyStrokes.h"
+#include "Tarnwick/Toolkit/Viewer/ViewerAskBar.h"
 #include "Tarnwick/Toolkit/Viewer/ViewerImageView.h"
 #include "Tarnwick/Toolkit/Viewer/ViewerTextView.h"
 #include "Tarnwick/Toolkit/Widgets/BusySpinner.h"
@@ -16,6 +17,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QToolButton>
 
@@ -25,6 +27,9 @@ namespace {
 
 constexpr QSize usualViewerSize(900, 640);
 constexpr int gapInBar = 4;
+
+/// What a window manager puts around a window, at most. It is known only when the window is on screen.
+constexpr QSize roomForViewerFrame(16, 48);
 
 /// Of the keys of a viewer, in a tool tip.
 QString keysOf(ViewerAction action)
@@ -48,12 +53,10 @@ ViewerWindow::ViewerWindow(std::shared_ptr<ViewerController> controller, Default
       body(new QStackedWidget(this)),
       rows(new ViewerTextView(body)),
       picture(new ViewerImageView(body)),
-      field(new QLineEdit(this)),
+      bar(new ViewerAskBar(this)),
       status(new ElidedLabel(this))
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    auto const &subject = viewer->subject();
-    setWindowTitle(QString::fromStdString(onOneLine(subject.label) + " — " + onOneLine(subject.name())));
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -61,13 +64,12 @@ ViewerWindow::ViewerWindow(std::shared_ptr<ViewerController> controller, Default
     body->addWidget(rows);
     body->addWidget(picture);
     column->addWidget(body, 1);
-    column->addWidget(field);
+    column->addWidget(bar);
     column->addWidget(status);
-    rows->setAccessibleName(windowTitle());
-    buildField();
+    nameFile();
+    buildAskBar();
     connectText();
-    resize(usualViewerSize);
-    restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(Settings::viewerGeometry.read(settings))));
+    place();
     rows->setTextSize(Settings::viewerFontSize.read(settings));
     rows->setFocus();
     viewer->attach(*this);
@@ -79,50 +81,82 @@ ViewerWindow::~ViewerWindow()
     viewer->detach();
 }
 
+QLineEdit &ViewerWindow::askField() const
+{
+    return bar->field();
+}
+
+void ViewerWindow::nameFile()
+{
+    auto const &subject = viewer->subject();
+    setWindowTitle(QString::fromStdString(onOneLine(subject.label) + " — " + onOneLine(subject.name())));
+    rows->setAccessibleName(windowTitle());
+}
+
+/// Where the last viewer was, as far as that is on the screen.
+void ViewerWindow::place()
+{
+    resize(usualViewerSize);
+    auto const stored = QByteArray::fromStdString(Settings::viewerGeometry.read(settings));
+    auto const isRestored = restoreGeometry(QByteArray::fromBase64(stored));
+    if (isMaximized() || isFullScreen())
+        return;
+    auto const free = screen()->availableGeometry();
+    resize(size().boundedTo(free.size() - roomForViewerFrame));
+    if (!isRestored)
+        return;
+    QRect whole(pos(), size() + roomForViewerFrame);
+    whole.moveRight(std::min(whole.right(), free.right()));
+    whole.moveBottom(std::min(whole.bottom(), free.bottom()));
+    move(std::max(whole.left(), free.left()), std::max(whole.top(), free.top()));
+}
+
 QWidget *ViewerWindow::buildBar()
 {
-    auto *const bar = new QWidget(this);
-    auto *const line = new QHBoxLayout(bar);
+    auto *const buttonBar = new QWidget(this);
+    auto *const line = new QHBoxLayout(buttonBar);
     line->setContentsMargins(gapInBar, gapInBar, gapInBar, gapInBar);
     line->setSpacing(gapInBar);
     for (auto const &[title, mode, action] : {std::tuple("Text", ViewerMode::text, ViewerAction::showText),
                                               std::tuple("Hex", ViewerMode::hex, ViewerAction::showHex),
                                               std::tuple("Image", ViewerMode::image, ViewerAction::showImage)}) {
-        auto *const button = addButton(*bar, title, action);
+        auto *const button = addButton(*buttonBar, title, action);
         button->setCheckable(true);
         modes->addButton(button, static_cast<int>(mode));
     }
     line->addSpacing(2 * gapInBar);
-    addButton(*bar, "Start", ViewerAction::start);
-    addButton(*bar, "End", ViewerAction::end)->setToolTip(Wording::shown("Jump to the end of the file"));
-    addButton(*bar, "Go To…", ViewerAction::goTo);
-    addButton(*bar, "Find…", ViewerAction::find);
+    addButton(*buttonBar, "Start", ViewerAction::start);
+    addButton(*buttonBar, "End", ViewerAction::end)->setToolTip(Wording::shown("Jump to the end of the file"));
+    addButton(*buttonBar, "Go To…", ViewerAction::goTo);
+    addButton(*buttonBar, "Find…", ViewerAction::find);
     line->addSpacing(2 * gapInBar);
-    wrap = addButton(*bar, "Wrap", ViewerAction::toggleWrap);
+    wrap = addButton(*buttonBar, "Wrap", ViewerAction::toggleWrap);
     wrap->setCheckable(true);
-    buildEncodings(*bar);
+    follow = addButton(*buttonBar, "Follow", ViewerAction::follow);
+    follow->setCheckable(true);
+    buildEncodings(*buttonBar);
     line->addStretch(1);
-    spinner = new BusySpinner(bar);
+    spinner = new BusySpinner(buttonBar);
     line->addWidget(spinner);
-    return bar;
+    return buttonBar;
 }
 
-QToolButton *ViewerWindow::addButton(QWidget &bar, char const *title, ViewerAction action)
+QToolButton *ViewerWindow::addButton(QWidget &within, char const *title, ViewerAction action)
 {
-    auto *const button = new QToolButton(&bar);
+    auto *const button = new QToolButton(&within);
     button->setText(Wording::shown(title));
     button->setToolTip(keysOf(action));
     button->setAutoRaise(true);
     button->setFocusPolicy(Qt::TabFocus);
-    connect(button, &QToolButton::clicked, this, [this, action] { viewer->perform(action); });
-    bar.layout()->addWidget(button);
+    connect(button, &QToolButton::clicked, this, [this, action] { perform(action); });
+    within.layout()->addWidget(button);
     buttons.emplace(action, button);
     return button;
 }
 
-void ViewerWindow::buildEncodings(QWidget &bar)
+void ViewerWindow::buildEncodings(QWidget &within)
 {
-    encodings = new QComboBox(&bar);
+    encodings = new QComboBox(&within);
     encodings->setToolTip(keysOf(ViewerAction::nextEncoding));
     encodings->setAccessibleName(Wording::shown("Encoding"));
     encodings->setFocusPolicy(Qt::TabFocus);
@@ -134,13 +168,28 @@ void ViewerWindow::buildEncodings(QWidget &bar)
         viewer->readAs(TextDecoding::encodings.at(static_cast<std::size_t>(index)));
         rows->setFocus();
     });
-    bar.layout()->addWidget(encodings);
+    within.layout()->addWidget(encodings);
 }
 
-void ViewerWindow::buildField()
+void ViewerWindow::buildAskBar()
 {
-    field->installEventFilter(this);
-    field->hide();
+    bar->onFind = [this](SearchWish const &wish) {
+        if (wish.typed.empty()) {
+            beep();
+            return false;
+        }
+        viewer->find(wish);
+        return true;
+    };
+    bar->onGoTo = [this](std::string const &typed) {
+        auto const where = ViewerTarget::parse(typed, rows->screen().mode);
+        if (where)
+            viewer->goTo(*where);
+        else
+            beep();
+        return where.has_value();
+    };
+    bar->onClosed = [this] { rows->setFocus(); };
 }
 
 void ViewerWindow::connectText()
@@ -149,32 +198,46 @@ void ViewerWindow::connectText()
     rows->onRows = [this](int count) { viewer->scrollRows(count); };
     rows->onColumns = [this](int count) { viewer->scrollColumns(count); };
     rows->onShare = [this](double share) { viewer->scrollTo(share); };
+    picture->onEnlarged = [this] { viewer->refineImage(); };
     rows->onSelected = [this](ViewerPlace from, ViewerPlace to) { viewer->select(from, to); };
+}
+
+/// The viewer may be another one afterwards.
+void ViewerWindow::perform(ViewerAction action)
+{
+    auto const held = viewer;
+    held->perform(action);
 }
 
 void ViewerWindow::keyPressEvent(QKeyEvent *event)
 {
     if (auto const action = viewerActionOf(keyStrokeOf(*event)))
-        return viewer->perform(*action);
+        return perform(*action);
     QWidget::keyPressEvent(event);
 }
 
-/// Escape leaves the field, and only then the window. What the field leaves over would be a key of the viewer.
-bool ViewerWindow::eventFilter(QObject *watched, QEvent *event)
+void ViewerWindow::reportVisibility()
 {
-    if (watched != field || event->type() != QEvent::KeyPress)
-        return QWidget::eventFilter(watched, event);
-    switch (static_cast<QKeyEvent const *>(event)->key()) {
-    case Qt::Key_Escape:
-        closeField();
-        return true;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        answered();
-        return true;
-    default:
-        return false;
-    }
+    viewer->setOnScreen(isVisible() && !isMinimized());
+}
+
+void ViewerWindow::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    reportVisibility();
+}
+
+void ViewerWindow::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    reportVisibility();
+}
+
+void ViewerWindow::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange)
+        reportVisibility();
 }
 
 void ViewerWindow::closeEvent(QCloseEvent *event)
@@ -189,6 +252,7 @@ void ViewerWindow::show(ViewerScreen const &screen)
     auto const isText = screen.mode == ViewerMode::text;
     wrap->setChecked(screen.wraps);
     wrap->setEnabled(isText);
+    follow->setChecked(screen.isFollowed);
     encodings->setEnabled(isText);
     encodings->setCurrentIndex(static_cast<int>(screen.encoding));
     if (screen.isBusy != spinner->isSpinning())
@@ -197,7 +261,8 @@ void ViewerWindow::show(ViewerScreen const &screen)
     rows->show(screen);
     picture->show(screen.picture);
     auto const isImage = screen.mode == ViewerMode::image;
-    for (auto const action : {ViewerAction::start, ViewerAction::end, ViewerAction::goTo, ViewerAction::find})
+    for (auto const action :
+         {ViewerAction::start, ViewerAction::end, ViewerAction::goTo, ViewerAction::find, ViewerAction::follow})
         buttons.at(action)->setEnabled(!isImage);
     auto *const shown = isImage ? static_cast<QWidget *>(picture) : rows;
     if (body->currentWidget() == shown)
@@ -219,7 +284,7 @@ void ViewerWindow::performOnImage(ViewerAction action)
     case ViewerAction::usualSize:
         return picture->fit();
     case ViewerAction::actualSize:
-        return picture->zoomBy(1 / picture->scale());
+        return picture->zoomTo(1);
     case ViewerAction::lineDown:
         return picture->scrollBy(0, step);
     case ViewerAction::lineUp:
@@ -232,9 +297,28 @@ void ViewerWindow::performOnImage(ViewerAction action)
         return picture->scrollBy(step, 0);
     case ViewerAction::left:
         return picture->scrollBy(-step, 0);
+    case ViewerAction::findNext:
+        return showNeighbour(Neighbour::next);
+    case ViewerAction::findPrevious:
+    case ViewerAction::previousFile:
+        return showNeighbour(Neighbour::previous);
     default:
         return;
     }
+}
+
+void ViewerWindow::showNeighbour(Neighbour which)
+{
+    auto const &find = viewer->subject().neighbour;
+    auto next = find ? find(which) : std::nullopt;
+    if (!next)
+        return beep();
+    viewer->detach();
+    viewer = std::make_shared<ViewerController>(viewer->context(), *std::move(next));
+    nameFile();
+    viewer->attach(*this);
+    viewer->resize(rows->rowCount(), rows->columnCount());
+    viewer->start();
 }
 
 void ViewerWindow::performInWindow(ViewerAction action)
@@ -248,7 +332,7 @@ void ViewerWindow::performInWindow(ViewerAction action)
         return;
     case ViewerAction::goTo:
     case ViewerAction::find:
-        return ask(action);
+        return bar->ask(action);
     case ViewerAction::bigger:
         return setTextSize(size + 1);
     case ViewerAction::smaller:
@@ -264,40 +348,6 @@ void ViewerWindow::setTextSize(double size)
 {
     Settings::viewerFontSize.write(settings, size);
     rows->setTextSize(Settings::viewerFontSize.read(settings));
-}
-
-void ViewerWindow::ask(ViewerAction what)
-{
-    if (asked != what)
-        field->clear();
-    asked = what;
-    auto const words = Wording::shown(what == ViewerAction::find ? "Find…" : "Go To…");
-    field->setPlaceholderText(what == ViewerAction::find
-                                  ? Wording::shown("find a text; in a hex dump also bytes, as 48 65")
-                                  : Wording::shown("a line, 50%, or an offset: 0x1F0, @1000, 12M"));
-    field->setAccessibleName(words);
-    field->show();
-    field->selectAll();
-    field->setFocus();
-}
-
-void ViewerWindow::answered()
-{
-    auto const typed = field->text().toStdString();
-    auto const where = ViewerTarget::parse(typed, rows->screen().mode);
-    if (typed.empty() || (asked == ViewerAction::goTo && !where))
-        return beep();
-    closeField();
-    if (asked == ViewerAction::find)
-        viewer->find(typed);
-    else
-        viewer->goTo(*where);
-}
-
-void ViewerWindow::closeField()
-{
-    field->hide();
-    rows->setFocus();
 }
 
 void ViewerWindow::copyText(std::u32string const &text)

@@ -18,6 +18,7 @@ namespace tw {
 
 class BusySpinner;
 class ElidedLabel;
+class ViewerAskBar;
 class ViewerImageView;
 class ViewerTextView;
 
@@ -41,12 +42,14 @@ public:
     ElidedLabel const &statusLine() const { return *status; }
 
     /// Where it is typed what to look for, or where to go.
-    QLineEdit &askField() const { return *field; }
+    QLineEdit &askField() const;
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void show(ViewerScreen const &screen) override;
@@ -57,26 +60,28 @@ private:
     QWidget *buildBar();
     QToolButton *addButton(QWidget &bar, char const *title, ViewerAction action);
     void buildEncodings(QWidget &bar);
-    void buildField();
+    void buildAskBar();
+    void place();
+    void perform(ViewerAction action);
+    void showNeighbour(Neighbour which);
+    void nameFile();
+    void reportVisibility();
     void connectText();
-    void ask(ViewerAction what);
-    void answered();
-    void closeField();
     void setTextSize(double size);
     void performOnImage(ViewerAction action);
 
-    std::shared_ptr<ViewerController> const viewer;
+    std::shared_ptr<ViewerController> viewer; ///< another one for each file
     Defaults &settings;
     QButtonGroup *const modes;
     std::map<ViewerAction, QToolButton *> buttons;
     QToolButton *wrap = nullptr;
+    QToolButton *follow = nullptr;
     QComboBox *encodings = nullptr;
     BusySpinner *spinner = nullptr;
     QStackedWidget *const body;
     ViewerTextView *const rows;
     ViewerImageView *const picture;
-    QLineEdit *const field;
-    ViewerAction asked = ViewerAction::goTo; ///< by the field
+    ViewerAskBar *const bar;
     ElidedLabel *const status;
 };
 
