@@ -28,14 +28,14 @@ std::string over(std::string const &path, Part part, std::string const &filter)
 }
 
 /// Prints the offset, behind the beginning of the part, of the match that begins there first or last.
-std::string search(std::string const &path, std::string const &pattern, Part part, Which which)
+std::string search(std::string const &path, std::string const &pattern, Part part, std::int64_t beginnings, Which which)
 {
     std::string const grep = "LC_ALL=C grep -obUaF";
     if (which == Which::first)
         return over(path, part, grep + " -m 1 -e " + pattern + " 2>/dev/null | head -n 1 | cut -d : -f 1");
     return over(path, part,
-                grep + " -e " + pattern + " 2>/dev/null | cut -d : -f 1 | awk '$1+0<" +
-                    std::to_string(part.to - part.from) + "{l=$1}END{print l}'");
+                grep + " -e " + pattern + " 2>/dev/null | cut -d : -f 1 | awk '$1+0<" + std::to_string(beginnings) +
+                    "{l=$1}END{print l}'");
 }
 
 /// The same for an expression. `-m` counts lines, and the first match of a line may lie before the part.
@@ -57,6 +57,13 @@ std::string searchExpression(std::string const &path, std::string const &pattern
 
 } // namespace
 
+Part beginningsIn(Part part, Sought const &sought)
+{
+    if (sought.kind == Sought::Kind::bytes)
+        part.to -= std::ssize(sought.pattern) - 1;
+    return part;
+}
+
 Part withContext(Part part)
 {
     return {.from = std::max<std::int64_t>(part.from - contextBytes, 0), .to = part.to + mostBytesOfMatch};
@@ -72,14 +79,16 @@ std::optional<std::string> text(ShellDialect dialect, std::string_view path, Sou
     auto const isExpression = sought.kind == Sought::Kind::expression;
     auto const file = quotePath(dialect, path);
     auto const pattern = quote(dialect, sought.pattern);
+    auto const beginnings = beginningsIn(part, sought);
     // Not every grep has the offset of a match, or Perl's expressions. Such a host is asked for nothing else.
     return "if [ \"$(printf 'ax\\n' | LC_ALL=C grep " + std::string(isExpression ? "-obUaP" : "-obUaF") +
            " x 2>/dev/null)\" = 1:x ]; then r=$(" +
-           (isExpression ? searchExpression(file, pattern, part, which) : search(file, pattern, part, which)) +
+           (isExpression ? searchExpression(file, pattern, part, which)
+                         : search(file, pattern, part, beginnings.to - beginnings.from, which)) +
            "); echo \"${r:-" + std::string(none) + "}\"; else echo " + std::string(cannot) + "; fi";
 }
 
-Answer answer(std::string_view output, Part part)
+Answer answer(std::string_view output, Part beginnings)
 {
     using enum Answer::Kind;
     auto const words = trimmed(output);
@@ -92,9 +101,9 @@ Answer answer(std::string_view output, Part part)
     auto const [stop, error] = std::from_chars(words.data(), end, offset);
     if (words.empty() || error != std::errc() || stop != end || offset < 0)
         return {};
-    if (offset >= part.to - part.from)
+    if (offset >= beginnings.to - beginnings.from)
         return {.kind = searched};
-    return {.kind = searched, .offset = part.from + offset};
+    return {.kind = searched, .offset = beginnings.from + offset};
 }
 
 } // namespace tw::FileSearch

@@ -30,6 +30,9 @@ struct Part {
     friend bool operator==(Part const &, Part const &) = default;
 };
 
+/// Where the matches of a part begin: bytes that begin behind it would not lie in it whole.
+Part beginningsIn(Part part, Sought const &sought);
+
 /// How far around a part an expression looks: what is before it says whether a line begins, and a match may go on
 /// behind it.
 constexpr std::int64_t contextBytes = 4096;
@@ -53,6 +56,7 @@ struct Answer {
     std::optional<std::int64_t> offset = {}; ///< in the file; nothing: there is no match
 };
 
-Answer answer(std::string_view output, Part part);
+/// `beginnings` are those of the part that was searched.
+Answer answer(std::string_view output, Part beginnings);
 
 } // namespace tw::FileSearch

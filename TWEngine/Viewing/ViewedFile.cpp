@@ -115,7 +115,7 @@ Task<Found> findThere(HostSearch what)
     if (auto command = FileSearch::text(dialect, what.path, what.sought, what.part, what.which)) {
         auto const result = co_await what.host->runCommand(
             {.text = *std::move(command), .session = CommandSession::work, .limit = limit});
-        auto const answer = FileSearch::answer(result.output, what.part);
+        auto const answer = FileSearch::answer(result.output, FileSearch::beginningsIn(what.part, what.sought));
         if (answer.kind == FileSearch::Answer::Kind::tooSlow)
             throw ByteExpression::TooSlow();
         if (answer.kind == FileSearch::Answer::Kind::searched)

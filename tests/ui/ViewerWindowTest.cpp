@@ -19,8 +19,10 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolButton>
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include <sys/stat.h>
@@ -219,6 +221,7 @@ TEST_F(ViewerWindowTest, anImageThatMovesMoves)
     };
     left.file("a.gif", "GIF89a\x01\0\x01\0\x80\0\0\xff\0\0\0\0\xff"s + frame("\x44") + frame("\x4c") + ";");
     view("a.gif");
+    viewer->image().zoomTo(16);
     auto const color = [this] {
         return viewer->image().viewport()->grab().toImage().pixelColor(viewer->image().viewport()->rect().center());
     };
@@ -263,8 +266,16 @@ TEST_F(ViewerWindowTest, aSearchMayIgnoreCaseAndTakeAnExpression)
     left.file("a", "one\nTwo 22\n");
     view("a");
     type(Qt::Key_Slash);
-    QTest::keyClick(&viewer->askField(), Qt::Key_I, Qt::AltModifier);
-    QTest::keyClick(&viewer->askField(), Qt::Key_R, Qt::AltModifier);
+    for (auto const key : {Qt::Key_I, Qt::Key_R}) {
+        auto const isOption = [key](QToolButton const *button) {
+            return button->shortcut() == QKeySequence(Qt::ALT | key);
+        };
+        auto const buttons = viewer->findChildren<QToolButton *>();
+        auto const option = std::ranges::find_if(buttons, isOption);
+        ASSERT_NE(option, buttons.end());
+        QTest::keyClick(&viewer->askField(), key, Qt::AltModifier);
+        processUntil([&] { return (*option)->isChecked(); });
+    }
     QTest::keyClicks(&viewer->askField(), QStringLiteral("^two \\d+"));
     type(Qt::Key_Return);
     EXPECT_EQ(viewer->text().screen().selectedFrom, (ViewerPlace{4, 0}));
