@@ -4,6 +4,8 @@
 #include "tests/support/DiskRows.h"
 #include "tests/support/SSHProviderTest.h"
 
+#include <fstream>
+
 namespace tw::test {
 
 /// Uploads of edited files over a line that is cut after any number of bytes. In place of ssh a script runs the remote
