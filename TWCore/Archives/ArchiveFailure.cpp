@@ -18,6 +18,9 @@ constexpr std::array asksForPassword{std::string_view("Wrong password"), std::st
 /// unzip opens the terminal, and there is none.
 constexpr std::string_view asksAtTerminal = "unable to get password";
 
+/// How unzip ends, without a word, at an encryption or a compression that it does not know.
+constexpr std::string_view isUnknownToUnzip = "exit 81";
+
 } // namespace
 
 std::exception_ptr of(std::string const &operation, std::string const &path, std::string_view words)
@@ -28,6 +31,9 @@ std::exception_ptr of(std::string const &operation, std::string const &path, std
     if (words.contains(asksAtTerminal))
         return std::make_exception_ptr(FileOperationError::Unsupported(
             "it is encrypted, and unzip takes a password from a terminal only. Install the package 7zip."));
+    if (words == isUnknownToUnzip)
+        return std::make_exception_ptr(FileOperationError::Unsupported(
+            "unzip does not know its encryption or compression. Install the package 7zip."));
     return std::make_exception_ptr(FileOperationError::Failed(operation, path, std::string(words)));
 }
 

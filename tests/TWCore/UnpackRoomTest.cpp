@@ -85,6 +85,8 @@ TEST(ArchiveFailureTest, theWordsOfAToolSayWhetherItWantsAPassword)
     EXPECT_EQ(failureFor("skipping: t/b  unable to get password"),
               "not supported: it is encrypted, and unzip takes a password from a terminal only. Install the package "
               "7zip.");
+    EXPECT_EQ(failureFor("exit 81"),
+              "not supported: unzip does not know its encryption or compression. Install the package 7zip.");
     EXPECT_EQ(failureFor("no space left"), "unpack failed on /a.zip: no space left");
     EXPECT_EQ(ArchiveFailure::questionsIn("Enter passphrase:\nEnter passphrase:"), 2U);
     EXPECT_EQ(ArchiveFailure::questionsIn(""), 0U);
