@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
@@ -122,6 +123,15 @@ TEST_F(EditStripTest, aWindowNamesItsHostsAndStaysInFront)
     edit("/srv/a", "mail");
     EXPECT_EQ(own.windowTitle(), QStringLiteral("Editing on mail, web"));
     EXPECT_EQ(name(), QStringLiteral("web:/srv/a")) << "both have this path";
+}
+
+TEST_F(EditStripTest, aLongPathLosesItsMiddle)
+{
+    edit("/srv/" + std::string(300, 'x') + "/name.txt");
+    auto const path = strip.shownLines()[0]->findChild<QLabel *>()->text();
+    EXPECT_TRUE(path.startsWith(QStringLiteral("web:/srv/")) && path.contains(QStringLiteral("…")) &&
+                path.endsWith(QStringLiteral("name.txt")))
+        << path.toStdString();
 }
 
 TEST_F(EditStripTest, theButtonsAreThoseOfTheQuestion)

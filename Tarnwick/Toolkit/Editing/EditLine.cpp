@@ -20,9 +20,6 @@ using Question = EditState::Question;
 constexpr int gap = 6;
 constexpr int pathSize = 11; ///< pixels of 1/96 inch
 
-/// A path of the usual length is shown whole; of a longer one the beginning and the name.
-constexpr int mostOfPath = 60;
-
 struct Choices {
     std::array<char const *, 3> titles; ///< null: there is no such button
 };
@@ -38,14 +35,6 @@ Choices choicesOf(Question question)
         break;
     }
     return {{"Upload Now", "Done", nullptr}};
-}
-
-QString shortened(QString const &path)
-{
-    if (path.size() <= mostOfPath)
-        return path;
-    auto const half = mostOfPath / 2;
-    return path.left(half) + QStringLiteral("…") + path.right(half);
 }
 
 } // namespace
@@ -90,9 +79,9 @@ void EditLine::refresh(Path shownPath)
     auto const &state = edited->state();
     auto const host = shownPath == Path::ofHost ? state.connection + ':' : std::string();
     auto const whole = QString::fromStdString(onOneLine(host + state.path));
-    path->setText(shortened(whole));
     path->setToolTip(whole.toHtmlEscaped());
     setAccessibleName(whole);
+    shortenPath();
     status->setText(Wording::shown(state.status));
     note->setText(Wording::shown(state.note));
     note->setVisible(!state.note.isEmpty());
@@ -104,6 +93,18 @@ void EditLine::refresh(Path shownPath)
             button->setText(Wording::shown(titles[index]));
     }
     choices[0]->setEnabled(!state.isUploading);
+}
+
+/// In the middle: the host and the name stay.
+void EditLine::shortenPath()
+{
+    path->setText(path->fontMetrics().elidedText(accessibleName(), Qt::ElideMiddle, width() - 2 * gap));
+}
+
+void EditLine::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    shortenPath();
 }
 
 void EditLine::press(std::size_t button)

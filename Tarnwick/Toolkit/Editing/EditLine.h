@@ -33,7 +33,11 @@ public:
 
     std::array<QPushButton *, 3> const &buttons() const noexcept { return choices; }
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    void shortenPath();
     void press(std::size_t button);
 
     std::shared_ptr<RemoteEditSession> const edited;
