@@ -99,7 +99,7 @@ Task<void> OpenArchive::forgetIfChanged(std::shared_ptr<OpenArchive const> self)
     if (!now || !self->listed || *now == *self->listed)
         co_return;
     self->listed = now;
-    co_await forget(self);
+    co_await self->browser->providerRef()->disconnect();
 }
 
 } // namespace tw

@@ -73,7 +73,8 @@ public:
     /// none that could change.
     static Task<void> noteFile(std::weak_ptr<OpenArchive const> weak);
 
-    /// Forgets the members if the file has another size or time than it had then.
+    /// Has the archive listed anew by the next fetch if the file has another size or time than it had then. The Browser
+    /// keeps what it knows, so that it can say what is new.
     static Task<void> forgetIfChanged(std::shared_ptr<OpenArchive const> self);
 
 private:
