@@ -110,7 +110,8 @@ struct HostSearch {
 
 Task<Found> findThere(HostSearch what)
 {
-    constexpr std::chrono::seconds limit(60);
+    // A step is chosen by how fast the one before was, and the file may have been in memory so far.
+    constexpr std::chrono::minutes limit(5);
     auto const dialect = co_await what.host->dialect();
     if (auto command = FileSearch::text(dialect, what.path, what.sought, what.part, what.which)) {
         auto const result = co_await what.host->runCommand(

@@ -12,8 +12,9 @@ namespace tw {
 /// back to the place.
 class SearchCourse {
 public:
-    /// The first step. An expression takes longer where no `grep` runs it.
-    static constexpr std::int64_t bytesOfStep = 64 << 20;
+    /// The first step: long enough that its time says more than a round trip. An expression takes longer where no
+    /// `grep` runs it.
+    static constexpr std::int64_t bytesOfStep = 256 << 20;
     static constexpr std::int64_t expressionBytesOfStep = 8 << 20;
 
     /// What a later step should take: a step costs a round trip, and between two of them a search can be cancelled.
