@@ -8,6 +8,8 @@ namespace {
 
 class LargeTreesTest : public TransferFaultsTest {
 protected:
+    LargeTreesTest() { loop.setHangLimit(std::chrono::minutes(15)); }
+
     void makeFiles(std::string const &name, int count) const
     {
         auto const path = folder.folder(name);

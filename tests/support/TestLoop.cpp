@@ -6,13 +6,6 @@
 
 namespace tw::test {
 
-namespace {
-
-/// Reached by a hang only: a loaded machine with sanitizers is allowed to be very slow.
-constexpr std::chrono::minutes hangLimit{2};
-
-} // namespace
-
 TestLoop::TestLoop()
     : main(std::make_shared<MainContext>([this] {
           // Notified under the lock: the loop may be gone as soon as it is released.

@@ -3,6 +3,7 @@
 #include "TWCore/Async/Task.h"
 #include "TWEngine/Runtime/MainContext.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
@@ -98,8 +99,11 @@ public:
     /// Runs until nothing is queued. For tests in which everything lives on this loop.
     void drain();
 
-    /// Runs until `condition` holds, and sleeps while there is no work. Fails the test and returns false after a limit
-    /// that only a hang reaches.
+    /// What only a hang reaches, for a test whose work takes minutes.
+    void setHangLimit(std::chrono::minutes limit) { hangLimit = limit; }
+
+    /// Runs until `condition` holds, and sleeps while there is no work. Fails the test and returns false after the
+    /// hang limit.
     bool runUntil(std::function<bool()> condition);
 
     /// Starts a task, waits for its end and returns its result.
@@ -113,6 +117,9 @@ public:
 
 private:
     std::size_t runPending();
+
+    /// A loaded machine with sanitizers is allowed to be very slow.
+    std::chrono::minutes hangLimit{2};
 
     std::size_t ran = 0; ///< pieces of work so far
 
