@@ -9,7 +9,7 @@
 namespace tw::test {
 namespace {
 
-using ListingParser::Completeness;
+using Stream = ListingParser::Completeness;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Parsed = std::map<std::string, DirectorySnapshot>;
@@ -21,13 +21,13 @@ std::string stream(char const (&literal)[Size])
     return std::string(literal, Size - 1);
 }
 
-constexpr std::chrono::system_clock::time_point fetchedAt{std::chrono::seconds(1'700'000'000)};
+constexpr std::chrono::system_clock::time_point taken{std::chrono::seconds(1'700'000'000)};
 
 Parsed parse(std::string bytes, int maxDepth = 1, std::string_view root = "/x",
-             Completeness completeness = Completeness::whole)
+             Stream stream = Stream::whole)
 {
-    return ListingParser::parse(std::make_shared<std::string const>(std::move(bytes)), root, maxDepth, fetchedAt,
-                                completeness);
+    return ListingParser::parse(std::make_shared<std::string const>(std::move(bytes)), root, maxDepth, taken,
+                                stream);
 }
 
 std::vector<std::string> paths(Parsed const &parsed)
@@ -55,7 +55,7 @@ TEST(ListingStreamTest, anEmptyResponseIsAnEmptyRoot)
     auto const parsed = parse("");
     EXPECT_THAT(paths(parsed), ElementsAre("/x"));
     EXPECT_EQ(parsed.at("/x").count(), 0U);
-    EXPECT_EQ(parsed.at("/x").fetchedAt(), fetchedAt);
+    EXPECT_EQ(parsed.at("/x").fetchedAt(), taken);
 }
 
 TEST(ListingStreamTest, aRecordBecomesAnEntry)
@@ -129,7 +129,7 @@ TEST(ListingStreamTest, foldersOfWhichOneNameBeginsTheOtherAreToldApart)
 TEST(ListingStreamTest, ofACutStreamTheLastFolderAndThoseAboveItAreTruncated)
 {
     auto const bytes = stream("d\t0\t1\t755\ta\0f\t1\t1\t644\ta/1\0f\t1\t1\t644\tb/1\0f\t1\t1\t64");
-    auto const parsed = parse(bytes, 2, "/x", Completeness::truncated);
+    auto const parsed = parse(bytes, 2, "/x", Stream::truncated);
     // The root too: what stands behind "b" in it was never sent.
     EXPECT_THAT(truncatedPaths(parsed), ElementsAre("/x", "/x/b"));
     EXPECT_THAT(names(parsed.at("/x/b")), ElementsAre("1"));
@@ -139,25 +139,25 @@ TEST(ListingStreamTest, ofACutStreamTheLastFolderAndThoseAboveItAreTruncated)
 TEST(ListingStreamTest, aFolderWhoseNameOnlyBeginsLikeTheCutOneIsWhole)
 {
     auto const bytes = stream("f\t1\t1\t644\tb/1\0f\t1\t1\t644\tbc/1\0");
-    EXPECT_THAT(truncatedPaths(parse(bytes, 2, "/x", Completeness::truncated)), ElementsAre("/x", "/x/bc"));
-    EXPECT_THAT(truncatedPaths(parse(bytes, 2, "/", Completeness::truncated)), ElementsAre("/", "/bc"));
+    EXPECT_THAT(truncatedPaths(parse(bytes, 2, "/x", Stream::truncated)), ElementsAre("/x", "/x/bc"));
+    EXPECT_THAT(truncatedPaths(parse(bytes, 2, "/", Stream::truncated)), ElementsAre("/", "/bc"));
 }
 
 TEST(ListingStreamTest, aFolderThatACutWalkByLevelsDidNotReachIsNotKnownToBeEmpty)
 {
     auto const level = stream("d\t0\t1\t755\ta\0d\t0\t1\t755\tb\0d\t0\t1\t755\tc\0d\t0\t1\t755\td\0f\t1\t1\t644\te\0");
-    EXPECT_THAT(truncatedPaths(parse(level, 2, "/x", Completeness::truncated)),
+    EXPECT_THAT(truncatedPaths(parse(level, 2, "/x", Stream::truncated)),
                 ElementsAre("/x", "/x/a", "/x/b", "/x/c", "/x/d"));
     // The walk came to "b" and had gone through "a", where nothing was.
     auto const next = level + stream("f\t1\t1\t644\tb/1\0");
-    EXPECT_THAT(truncatedPaths(parse(next, 2, "/x", Completeness::truncated)), ElementsAre("/x", "/x/c", "/x/d"));
+    EXPECT_THAT(truncatedPaths(parse(next, 2, "/x", Stream::truncated)), ElementsAre("/x", "/x/c", "/x/d"));
     EXPECT_THAT(truncatedPaths(parse(next, 2)), IsEmpty());
 }
 
 TEST(ListingStreamTest, aCutNameIsTheNameOfAnotherFileAndDropped)
 {
     auto const bytes = stream("f\t1\t1\t644\twhole\0f\t1\t1\t644\tdocument.pd");
-    EXPECT_THAT(names(parse(bytes, 1, "/x", Completeness::truncated).at("/x")), ElementsAre("whole"));
+    EXPECT_THAT(names(parse(bytes, 1, "/x", Stream::truncated).at("/x")), ElementsAre("whole"));
     EXPECT_THAT(names(parse(bytes).at("/x")), ElementsAre("whole", "document.pd"));
 }
 
@@ -166,7 +166,7 @@ TEST(ListingStreamTest, aStreamCutAtAnyByteLosesTheLastRecordOnly)
     auto const bytes = stream("f\t12\t1700000000.25\t644\tfirst\0f\t34\t1700000001\t600\tsecond\0");
     auto const firstRecord = bytes.find('\0') + 1;
     for (std::size_t length = 0; length < bytes.size(); ++length) {
-        auto const shown = parse(bytes.substr(0, length), 1, "/x", Completeness::truncated).at("/x");
+        auto const shown = parse(bytes.substr(0, length), 1, "/x", Stream::truncated).at("/x");
         EXPECT_EQ(shown.count(), length < firstRecord ? 0U : 1U) << "cut at " << length;
     }
 }
@@ -212,7 +212,7 @@ TEST(ListingStreamTest, recordsWithoutANameAreSkipped)
 TEST(ListingStreamTest, theSnapshotsShareTheResponseWithoutACopy)
 {
     auto const response = std::make_shared<std::string const>(stream("f\t1\t1\t644\ta/1\0f\t1\t1\t644\tb/1\0"));
-    auto const parsed = ListingParser::parse(response, "/x", 2, fetchedAt, Completeness::whole);
+    auto const parsed = ListingParser::parse(response, "/x", 2, taken, Stream::whole);
     for (auto const &[path, snapshot] : parsed)
         EXPECT_EQ(snapshot.storage(), response);
 }
@@ -231,7 +231,7 @@ TEST(ListingStreamTest, anyBytesAtAllGiveListingsWhoseNamesLieInTheResponse)
         for (auto length = random() % 120; length > 0; --length)
             bytes += alphabet[random() % alphabet.size()];
         auto const parsed = parse(bytes, static_cast<int>(1 + random() % 5), "/x",
-                                  random() % 2 == 0 ? Completeness::whole : Completeness::truncated);
+                                  random() % 2 == 0 ? Stream::whole : Stream::truncated);
         EXPECT_TRUE(parsed.contains("/x"));
         for (auto const &[path, snapshot] : parsed) {
             for (auto const &name : names(snapshot)) {
