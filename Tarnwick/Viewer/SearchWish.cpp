@@ -18,7 +18,7 @@ namespace {
 
 using FileSearch::Sought;
 using TextDecoding::Encoding;
-using Result = std::expected<Sought, Text>;
+using SoughtOrWords = std::expected<Sought, Text>;
 
 constexpr UChar32 firstBehindAscii = 0x80;
 
@@ -95,7 +95,7 @@ std::optional<std::string> patternOf(UChar32 character, Encoding encoding, Case 
     return pattern.empty() ? std::nullopt : std::optional(pattern + ')');
 }
 
-Result textIgnoringCase(SearchWish const &wish, Encoding encoding)
+SoughtOrWords textIgnoringCase(SearchWish const &wish, Encoding encoding)
 {
     std::string pattern;
     for (auto const character : charactersOf(wish.typed)) {
@@ -108,7 +108,7 @@ Result textIgnoringCase(SearchWish const &wish, Encoding encoding)
 }
 
 /// The bytes of a character that is not ASCII belong together; in a set they would be characters of their own.
-Result expression(SearchWish const &wish, Encoding encoding)
+SoughtOrWords expression(SearchWish const &wish, Encoding encoding)
 {
     if (TextDecoding::unitBytesOf(encoding) > 1)
         return std::unexpected(ViewerWords::noExpressionsIn(encoding));
@@ -139,7 +139,7 @@ Result expression(SearchWish const &wish, Encoding encoding)
 
 } // namespace
 
-Result SearchWish::in(ViewerMode mode, Encoding encoding) const
+SoughtOrWords SearchWish::in(ViewerMode mode, Encoding encoding) const
 {
     if (typed.empty() || typed.size() > mostBytes)
         return std::unexpected(ViewerWords::cannotBeSought(encoding));

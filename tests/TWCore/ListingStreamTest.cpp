@@ -23,11 +23,9 @@ std::string stream(char const (&literal)[Size])
 
 constexpr std::chrono::system_clock::time_point taken{std::chrono::seconds(1'700'000'000)};
 
-Parsed parse(std::string bytes, int maxDepth = 1, std::string_view root = "/x",
-             Stream stream = Stream::whole)
+Parsed parse(std::string bytes, int maxDepth = 1, std::string_view root = "/x", Stream stream = Stream::whole)
 {
-    return ListingParser::parse(std::make_shared<std::string const>(std::move(bytes)), root, maxDepth, taken,
-                                stream);
+    return ListingParser::parse(std::make_shared<std::string const>(std::move(bytes)), root, maxDepth, taken, stream);
 }
 
 std::vector<std::string> paths(Parsed const &parsed)

@@ -63,9 +63,7 @@ protected:
         insides.push_back(members);
         members->answersAtOnce = [this](std::string const &path) -> Listings {
             ++listed;
-            return {
-                {path, listing(path, path == "/" ? std::vector{directory("docs")} : std::vector{file("a"), file("b")},
-                               clock->now())}};
+            return {{path, listing(path, path == "/" ? std::vector{directory("docs")} : filesInside, clock->now())}};
         };
         return std::make_shared<Browser>(members, Browser::Collaborators{Strand(loop.context()), clock, nullptr},
                                          Browser::Config{});
@@ -85,6 +83,7 @@ protected:
     }
 
     std::shared_ptr<FakeArchives> archives = std::make_shared<FakeArchives>();
+    std::vector<ListedEntry> filesInside{file("a"), file("b")};
     std::vector<std::shared_ptr<ScriptedProvider>> insides; ///< of the archives that were entered
     int listed = 0;                                         ///< how often a folder of an archive was read
 };
@@ -141,9 +140,11 @@ TEST_F(ArchiveChangesTest, anArchiveThatAnotherProgramChangesIsListedAnew)
     loop.drain();
     EXPECT_EQ(forgotten(), 0);
     here->file("/src/box.zip", "another content");
+    filesInside.push_back(file("c"));
     source.pane->checkForChanges();
     loop.drain();
     EXPECT_EQ(forgotten(), 1);
+    EXPECT_TRUE(source.pane->model().rowForName("c"));
     source.pane->checkForChanges();
     loop.drain();
     EXPECT_EQ(forgotten(), 1);

@@ -10,8 +10,8 @@ namespace {
 
 constexpr auto addressVariable = "DBUS_SESSION_BUS_ADDRESS";
 
-/// A bus on this machine greets within one millisecond or two.
-constexpr std::chrono::milliseconds patience{50};
+/// A bus greets within a millisecond or two; while a login keeps the machine busy, within a hundred times that.
+constexpr std::chrono::milliseconds patience{500};
 
 bool doesBusAnswer()
 {
