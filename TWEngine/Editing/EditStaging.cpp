@@ -15,6 +15,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <sstream>
 
 #include <sys/stat.h>
@@ -119,6 +120,9 @@ bool isEmpty(std::string const &folder)
     return std::filesystem::is_empty(folder, failure) && !failure;
 }
 
+/// A record that is written while its folder is removed would keep the folder.
+std::mutex writingOfRecords;
+
 /// Nothing if the copy needs no further care.
 std::optional<Copy> take(std::string const &folder, Owned const &owned, Place const &place)
 {
@@ -171,12 +175,14 @@ Copy make(Record record, Place const &place)
 
 void keep(Copy const &copy)
 {
+    std::lock_guard const lock(writingOfRecords);
     if (!PrivateFile::replace(recordOf(copy), textOf(copy.record)))
         throw FileOperationError::Failed("create", recordOf(copy), systemText(errno));
 }
 
 void remove(Copy const &copy)
 {
+    std::lock_guard const lock(writingOfRecords);
     try {
         removeForGood(copy.folder, {});
     } catch (std::exception const &) {
