@@ -13,8 +13,9 @@ constexpr LineSpeed::Seconds measurePeriod{0.02};
 /// speed would be what this machine needs to pass them on, and a narrow line would get seconds of names to carry.
 constexpr std::size_t measuredPiece = 32U << 10U;
 
-/// The first bytes have the work of the host in their time, so a round trip that is guessed by them is bounded.
-constexpr LineSpeed::Seconds longestGuess{0.1};
+/// The first bytes have the work of the host in their time, so a round trip that is guessed by them is bounded. A
+/// longer bound lets more of a narrow line be in flight, a shorter one fills a far line later.
+constexpr LineSpeed::Seconds longestGuess{0.05};
 
 } // namespace
 
