@@ -63,7 +63,9 @@ std::string SSHClient::configuration() const
     std::string text;
     for (auto const &[alias, lines] : hosts)
         text += lines;
+    // A loaded machine may take longer to answer than the ten seconds of a user who sets nothing.
     text += "Host *\n"
+            "    ConnectTimeout 60\n"
             "    IdentitiesOnly yes\n"
             "    IdentityAgent none\n"
             "    StrictHostKeyChecking yes\n"
