@@ -11,19 +11,6 @@ std::string placeOf(TransferEndpoint const &archive)
 
 } // namespace
 
-bool ArchivePasswords::isAboutPassword(std::exception_ptr const &failure)
-{
-    if (!failure)
-        return false;
-    try {
-        std::rethrow_exception(failure);
-    } catch (ArchivePasswordError const &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
 Task<ArchivePasswords::Password> ArchivePasswords::answer(Shared self, TransferEndpoint archive, int attempt)
 {
     auto const &path = archive.path();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Archives/ArchivePasswordError.h"
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWEngine/Transfer/TransferEndpoint.h"
 
@@ -46,7 +47,7 @@ public:
         auto password = self ? self->known(archive) : std::nullopt;
         for (int attempt = 1;; ++attempt) {
             auto outcome = co_await outcomeOf(work(password));
-            if (!isAboutPassword(outcome.failure)) {
+            if (!failureIs<ArchivePasswordError>(outcome.failure)) {
                 if (password && !outcome.failure)
                     self->keep(archive, *password);
                 co_return outcome.take();
@@ -58,7 +59,6 @@ public:
     }
 
 private:
-    static bool isAboutPassword(std::exception_ptr const &failure);
     static Task<Password> answer(Shared self, TransferEndpoint archive, int attempt);
     Password known(TransferEndpoint const &archive) const;
     void keep(TransferEndpoint const &archive, std::string const &password);

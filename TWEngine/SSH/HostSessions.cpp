@@ -1,25 +1,9 @@
 #include "TWEngine/SSH/HostSessions.h"
 
+#include "TWCore/Async/FailureKind.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 
 namespace tw {
-
-namespace {
-
-template <class T>
-bool holds(std::exception_ptr const &failure)
-{
-    try {
-        if (failure)
-            std::rethrow_exception(failure);
-    } catch (T const &) {
-        return true;
-    } catch (...) {
-    }
-    return false;
-}
-
-} // namespace
 
 HostSessions::HostSessions(Collaborators with, std::string toHost, RemoteShellOptions settings)
     : engine(with.engine),
@@ -156,7 +140,7 @@ Task<void> HostSessions::beUp(Self self, Way way)
         }
         if (self->life.endings() != endedBefore)
             failAsShutDown();
-        if (holds<SupersededAttempt>(outcome.failure))
+        if (failureIs<SupersededAttempt>(outcome.failure))
             continue;
         outcome.take();
         co_return;

@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/ArchiveSteps.h"
 
 #include "TWCore/Archives/ArchiveTooLarge.h"
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
@@ -13,25 +14,13 @@ namespace tw::ArchiveSteps {
 
 namespace {
 
-/// What is said about work that was refused as too large; nothing about any other failure.
-std::optional<Dialogs::Confirmation> questionAbout(std::exception_ptr const &failure, std::string const &title)
-{
-    try {
-        std::rethrow_exception(failure);
-    } catch (ArchiveTooLarge const &tooLarge) {
-        return ArchiveWords::unpackAllOf(title, tooLarge);
-    } catch (...) {
-        return std::nullopt;
-    }
-}
-
 /// Performs the work, and again if it was too large and the user wants it all the same.
 Task<void> begin(OperationContext context, std::shared_ptr<Archives> archives, Work work, Archives::Reporter reporter)
 {
     auto outcome = co_await outcomeOf(work.begin(*archives, reporter));
-    auto question = outcome.failure ? questionAbout(outcome.failure, work.title) : std::nullopt;
-    if (question) {
-        auto const answer = co_await context.dialogs->confirm(*std::move(question));
+    auto const tooLarge = failureAs<ArchiveTooLarge>(outcome.failure);
+    if (tooLarge) {
+        auto const answer = co_await context.dialogs->confirm(ArchiveWords::unpackAllOf(work.title, *tooLarge));
         if (answer == Dialogs::Answer::cancel)
             throw FileOperationError::Cancelled();
         archives->takeAnySize();
@@ -60,7 +49,7 @@ Task<bool> perform(OperationContext context, Work work)
     });
     auto working = begin(context, archives, work, TransferSteps::reporterTo(here.executor, shown));
     auto const outcome = co_await outcomeOf(std::move(working));
-    bool const wasCancelled = outcome.failure && TransferSteps::isCancelled(outcome.failure);
+    bool const wasCancelled = failureIs<FileOperationError::Cancelled>(outcome.failure);
     shown->conclude(!outcome.failure ? work.conclusion : PaneStatus::describe(outcome.failure).english());
     shown.reset();
     if (wasCancelled)

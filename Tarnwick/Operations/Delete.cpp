@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/Delete.h"
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
@@ -50,19 +51,6 @@ Dialogs::Confirmation questionWithoutTrash(Operands const &left, FileOperationEr
                        "\n\nThis deletes permanently and cannot be undone.\n\n" + listOf(left),
             .okTitle = "Delete Permanently",
             .danger = Dialogs::Danger::destructive};
-}
-
-std::optional<FileOperationError::NoTrash> refusalOfTrash(std::exception_ptr const &failure)
-{
-    if (!failure)
-        return std::nullopt;
-    try {
-        std::rethrow_exception(failure);
-    } catch (FileOperationError::NoTrash const &refusal) {
-        return refusal;
-    } catch (...) {
-        return std::nullopt;
-    }
 }
 
 /// The names that are still there; all of them if the place does not answer.
@@ -208,7 +196,7 @@ Task<void> removeAll(OperationContext context, bool isToTrash)
         std::make_shared<Deletion>(Deletion{.context = context, .what = context.operands, .isToTrash = isToTrash});
     auto end = co_await perform(work);
     rereadPanes(work, end, survivor);
-    auto const refusal = refusalOfTrash(end.failure);
+    auto const refusal = failureAs<FileOperationError::NoTrash>(end.failure);
     if (!refusal || end.left.names.empty()) {
         co_await tell(work, end);
         co_return;

@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/EditFile.h"
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWEngine/Applications/ApplicationError.h"
@@ -32,17 +33,6 @@ Task<Application> openAs(OpeningServices services, std::string path, std::string
         {.path = std::move(path), .contentType = std::move(contentType), .activationToken = tokenOf(services)});
 }
 
-bool hasNoApplication(std::exception_ptr const &failure)
-{
-    try {
-        std::rethrow_exception(failure);
-    } catch (ApplicationError::NothingOpens const &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
 /// What an editor is started on.
 struct Subject {
     std::string path;
@@ -61,7 +51,7 @@ Task<void> openApplication(OpeningServices services, Subject subject)
     auto const opened = co_await outcomeOf(openAs(services, subject.path, type));
     if (!opened.failure)
         co_return;
-    if (type == plainText || !hasNoApplication(opened.failure))
+    if (type == plainText || !failureIs<ApplicationError::NothingOpens>(opened.failure))
         std::rethrow_exception(opened.failure);
     co_await openAs(services, subject.path, plainText);
 }
@@ -141,17 +131,6 @@ Task<void> edit(OperationContext context, FileToOpen file)
         co_await editThere(context, file);
 }
 
-bool isStopped(std::exception_ptr const &failure)
-{
-    try {
-        std::rethrow_exception(failure);
-    } catch (Cancelled const &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
 } // namespace
 
 Task<void> editFile(OperationContext context, FileToOpen file)
@@ -166,9 +145,9 @@ Task<void> editFile(OperationContext context, FileToOpen file)
     if (!outcome.failure)
         co_return;
     say(context, "");
-    if (isStopped(outcome.failure))
+    if (failureIs<Cancelled>(outcome.failure))
         co_return;
-    if (hasNoApplication(outcome.failure))
+    if (failureIs<ApplicationError::NothingOpens>(outcome.failure))
         context.warn({"nothing on this Mac opens %@", {name}});
     else
         co_await context.dialogs->error(PaneStatus::describe(outcome.failure));

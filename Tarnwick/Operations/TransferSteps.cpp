@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/TransferSteps.h"
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
@@ -94,23 +95,12 @@ Text conclusion(TransferJob const &job, TransferEnd const &end)
         auto kept = TransferWords::kept(end);
         return kept.isEmpty() ? TransferWords::done(job) : kept;
     }
-    if (isCancelled(end.failure))
+    if (failureIs<FileOperationError::Cancelled>(end.failure))
         return TransferWords::cancelled(job.kind, job.source.names.size(), end.summary);
     return PaneStatus::describe(end.failure);
 }
 
 } // namespace
-
-bool isCancelled(std::exception_ptr const &failure)
-{
-    try {
-        std::rethrow_exception(failure);
-    } catch (FileOperationError::Cancelled const &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
 
 Task<void> makeMissing(OperationContext context, Operands folder)
 {
@@ -193,7 +183,7 @@ Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor curs
 
 Task<void> tell(OperationContext context, TransferJob job, TransferEnd end)
 {
-    if (end.failure && isCancelled(end.failure)) {
+    if (failureIs<FileOperationError::Cancelled>(end.failure)) {
         context.warn(TransferWords::cancelled(job.kind, job.source.names.size(), end.summary));
         co_return;
     }

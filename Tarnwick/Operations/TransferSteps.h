@@ -11,9 +11,6 @@
 /// The steps that copying, moving, pasting and dropping have in common.
 namespace tw::TransferSteps {
 
-/// True if the user has called the work off.
-bool isCancelled(std::exception_ptr const &failure);
-
 /// Offers to make the folder, which is missing. Throws Cancelled if the user does not want that.
 Task<void> makeMissing(OperationContext context, Operands folder);
 

@@ -1,5 +1,6 @@
 #include "Tarnwick/Panes/FolderWatcher.h"
 
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Provider/CommandHost.h"
@@ -39,17 +40,6 @@ std::string fingerprintOf(std::string const &path, ShellDialect dialect)
     if (dialect == ShellDialect::powershell)
         return FolderFingerprint::windows(path);
     return FolderFingerprint::posix(path.ends_with('/') ? path : path + '/');
-}
-
-bool isTimeOut(std::exception_ptr const &failure)
-{
-    try {
-        std::rethrow_exception(failure);
-    } catch (RemoteShellError::TimedOut const &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
 }
 
 } // namespace
@@ -239,7 +229,7 @@ Task<void> FolderWatcher::askHost(std::weak_ptr<FolderWatcher> weak, Question qu
         self->stuckProbes = 0;
         self->dialect = question.dialect; // of a host that is up
         self->probed(std::string(trimmed(answer.value->output)), cost.count(), question.reportsFirst);
-    } else if (isTimeOut(answer.failure)) {
+    } else if (failureIs<RemoteShellError::TimedOut>(answer.failure)) {
         self->stuckProbes = std::min(self->stuckProbes + 1, mostDoublings);
     }
     self->scheduleProbe();

@@ -1,24 +1,10 @@
 #include "Tarnwick/Panes/PaneNotices.h"
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/FailureKind.h"
 #include "Tarnwick/Panes/HostWording.h"
 
 namespace tw {
-
-namespace {
-
-bool isCancelled(std::exception_ptr const &reason)
-{
-    try {
-        std::rethrow_exception(reason);
-    } catch (Cancelled const &) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
-} // namespace
 
 PaneNotices::PaneNotices(std::shared_ptr<Executor> mainContext, std::shared_ptr<Clock> clock,
                          std::function<void()> changed)
@@ -28,7 +14,7 @@ PaneNotices::PaneNotices(std::shared_ptr<Executor> mainContext, std::shared_ptr<
 
 void PaneNotices::fail(Failure what)
 {
-    if (isCancelled(what.reason))
+    if (failureIs<Cancelled>(what.reason))
         return;
     failureNotice = HostWording::failure(what.reason, what.place.connection, what.place.path);
     failed = std::move(what);
