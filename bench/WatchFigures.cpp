@@ -103,7 +103,7 @@ public:
 
     bool eventFilter(QObject * /*watched*/, QEvent *event) override
     {
-        if (event->type() == QEvent::Paint && pane.model().rowForName(awaited))
+        if (!isPainted && event->type() == QEvent::Paint && pane.model().rowForName(awaited))
             isPainted = true;
         return false;
     }
