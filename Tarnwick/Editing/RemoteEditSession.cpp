@@ -76,7 +76,6 @@ RemoteEditSession::~RemoteEditSession()
 void RemoteEditSession::begin()
 {
     spawn({with.mainContext, events.get_token()}, listen(weak_from_this(), &with.engine, folderOf(copy.path)));
-    tick();
 }
 
 bool RemoteEditSession::isOf(std::string const &connection, std::string const &path) const
@@ -84,20 +83,23 @@ bool RemoteEditSession::isOf(std::string const &connection, std::string const &p
     return copy.record.connection == connection && copy.record.path == path;
 }
 
-/// An event makes the next look come at once; without events the timer brings it.
+/// An event makes the next look come at once; without events the timer brings it. The first look comes when the events
+/// do, so that no save falls between the two.
 Task<void> RemoteEditSession::listen(Weak weak, EngineRuntime *engine, std::string folder)
 {
     auto const events =
         co_await engine->files().run(folder, lastLink, priority, [engine, folder](std::string const & /*place*/) {
             return engine->directoryEvents().watch(folder);
         });
-    for (auto isThere = events != nullptr; isThere;) {
+    for (auto isThere = events != nullptr;;) {
+        if (auto const self = weak.lock())
+            self->tick();
+        else
+            co_return;
+        if (!isThere)
+            co_return;
         auto const event = co_await events->next();
         isThere = event != FolderWatch::Event::gone;
-        auto const self = weak.lock();
-        if (!self)
-            co_return;
-        self->tick();
     }
 }
 
