@@ -142,7 +142,8 @@ void PreviewController::ended(std::shared_ptr<Reading> const &reading, std::exce
         show(*reading, {.name = reading->subject.name, .body = PaneStatus::describe(failure)});
     running.reset();
     leaving.cancel();
-    if (isOpen() && wanted && *wanted != reading->subject)
+    // What was given up may have been wanted again since.
+    if (isOpen() && wanted && (*wanted != reading->subject || reading->stop.stop_requested()))
         beginSoon();
 }
 

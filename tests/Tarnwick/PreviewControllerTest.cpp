@@ -174,6 +174,24 @@ TEST_F(PreviewControllerTest, aReadingThatTheCursorHasLeftIsGivenUpAfterAMoment)
     EXPECT_THAT(loader->running(), ElementsAre("c"));
 }
 
+TEST_F(PreviewControllerTest, aFileThatIsWantedAgainWhileItsReadingIsGivenUpIsRead)
+{
+    open(there("a"));
+    controller->follow(there("b"), PaneSide::right);
+    controller->follow(there("a"), PaneSide::right);
+    loop.drain();
+    pass(PreviewController::rest);
+    EXPECT_THAT(loader->running(), ElementsAre("a"));
+}
+
+TEST_F(PreviewControllerTest, aPanelThatIsClosedAndOpenedAtOnceReadsItsFile)
+{
+    open(here("a"));
+    controller->close();
+    open(here("a"));
+    EXPECT_THAT(loader->running(), ElementsAre("a"));
+}
+
 TEST_F(PreviewControllerTest, aCursorThatComesBackFindsItsReadingGoingOn)
 {
     open(here("a"));
