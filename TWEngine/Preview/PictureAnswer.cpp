@@ -47,36 +47,76 @@ PictureBounds PictureBounds::ofWhole(int width, int height)
 
 bool PictureAnswer::take(std::string_view bytes)
 {
-    if (isBroken)
-        return false;
-    if (!isLineWhole) {
-        auto const end = bytes.find('\n');
-        line += bytes.substr(0, std::min(end, mostLineBytes));
-        if (end == std::string_view::npos)
-            return !(isBroken = line.size() >= mostLineBytes);
-        isLineWhole = true;
-        isBroken = !readLine();
-        bytes.remove_prefix(end + 1);
-    }
-    while (isMoving && !isBroken && !bytes.empty())
-        isBroken = !takeOfFrame(bytes);
-    isBroken = isBroken || picture.pixels.size() + bytes.size() > pixelBytes();
-    if (!isBroken)
-        picture.pixels += bytes;
+    while (!isBroken && !bytes.empty())
+        isBroken = !takePart(bytes);
     return !isBroken;
+}
+
+/// Takes what belongs together off `bytes`.
+bool PictureAnswer::takePart(std::string_view &bytes)
+{
+    switch (part) {
+    case Part::line:
+        return takeOfLine(bytes);
+    case Part::frames:
+        return takeOfFrame(bytes);
+    case Part::draft:
+    case Part::picture:
+        return takeOfPixels(bytes);
+    }
+    return false;
+}
+
+bool PictureAnswer::takeOfLine(std::string_view &bytes)
+{
+    auto const end = std::min(bytes.find('\n'), bytes.size());
+    line += bytes.substr(0, std::min(end, mostLineBytes));
+    if (line.size() >= mostLineBytes)
+        return false;
+    if (end == bytes.size()) {
+        bytes = {};
+        return true;
+    }
+    bytes.remove_prefix(end + 1);
+    return readLine();
+}
+
+bool PictureAnswer::takeOfPixels(std::string_view &bytes)
+{
+    auto const pixels = bytes.substr(0, pixelBytes() - picture.pixels.size());
+    if (pixels.empty())
+        return false; // more than was announced
+    picture.pixels += pixels;
+    bytes.remove_prefix(pixels.size());
+    if (part == Part::draft && picture.pixels.size() == pixelBytes()) {
+        draft = std::exchange(picture, Picture());
+        line.clear();
+        part = Part::line;
+    }
+    return true;
 }
 
 bool PictureAnswer::readLine()
 {
     std::string_view words = line;
-    if (words.starts_with(pictureWord))
-        return readSizes(words.substr(pictureWord.size()));
-    isMoving = words.starts_with(movingWord) && bounds.frames > 1;
-    if (isMoving)
-        return readSizes(words.substr(movingWord.size()));
-    if (words.starts_with(nothingWord) && words.substr(nothingWord.size()).starts_with(' '))
-        return readReason(words.substr(nothingWord.size() + 1));
-    return false;
+    auto const takeWord = [&words](std::string_view word) {
+        auto const isThere = words.starts_with(word);
+        words.remove_prefix(isThere ? word.size() : 0);
+        return isThere;
+    };
+    if (drafts == PictureDraft::wanted && takeWord(draftWord)) {
+        drafts = PictureDraft::none;
+        part = Part::draft;
+        return readSizes(words);
+    }
+    if (bounds.frames > 1 && takeWord(movingWord)) {
+        part = Part::frames;
+        return readSizes(words);
+    }
+    part = Part::picture;
+    if (takeWord(pictureWord))
+        return readSizes(words);
+    return takeWord(nothingWord) && takeWord(" ") && readReason(words);
 }
 
 bool PictureAnswer::readSizes(std::string_view words)
@@ -90,7 +130,7 @@ bool PictureAnswer::readSizes(std::string_view words)
         return false;
     picture = {
         .width = *width, .height = *height, .wholeWidth = *wholeWidth, .wholeHeight = *wholeHeight, .pixels = {}};
-    if (!isMoving)
+    if (part != Part::frames)
         picture.pixels.reserve(pixelBytes());
     return true;
 }
@@ -99,15 +139,15 @@ bool PictureAnswer::takeOfFrame(std::string_view &bytes)
 {
     constexpr auto lineBytes = digitsOfFrame + 1;
     if (frameLine.size() < lineBytes) {
-        auto const part = bytes.substr(0, lineBytes - frameLine.size());
-        frameLine += part;
-        bytes.remove_prefix(part.size());
+        auto const more = bytes.substr(0, lineBytes - frameLine.size());
+        frameLine += more;
+        bytes.remove_prefix(more.size());
         return frameLine.size() < lineBytes || beginFrame();
     }
     auto &pixels = frames.back().pixels;
-    auto const part = bytes.substr(0, pixelBytes() - pixels.size());
-    pixels += part;
-    bytes.remove_prefix(part.size());
+    auto const more = bytes.substr(0, pixelBytes() - pixels.size());
+    pixels += more;
+    bytes.remove_prefix(more.size());
     if (pixels.size() == pixelBytes())
         frameLine.clear();
     return true;
@@ -142,11 +182,11 @@ std::size_t PictureAnswer::pixelBytes() const
 
 std::expected<Picture, PictureFailure> PictureAnswer::finish() &&
 {
-    if (isBroken || !isLineWhole)
+    if (isBroken || part == Part::line || part == Part::draft)
         return std::unexpected(PictureFailure::crashed);
     if (reason)
         return std::unexpected(*reason);
-    if (isMoving && !frames.empty() && frameLine.empty()) {
+    if (part == Part::frames && !frames.empty() && frameLine.empty()) {
         picture.pixels = std::move(frames.front().pixels);
         picture.firstShownFor = frames.front().shownFor;
         picture.furtherFrames.assign(std::move_iterator(frames.begin() + 1), std::move_iterator(frames.end()));

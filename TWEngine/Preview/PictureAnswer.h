@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tw {
@@ -51,6 +52,9 @@ struct PictureBounds {
     friend bool operator==(PictureBounds const &, PictureBounds const &) = default;
 };
 
+/// Whether a photograph that takes long to decode is answered twice: coarse and soon, then sharp.
+enum class PictureDraft { none, wanted };
+
 /// Why a file is not shown as a picture.
 enum class PictureFailure {
     damaged,
@@ -78,8 +82,10 @@ constexpr std::string_view wordOf(PictureFailure failure)
     }
 }
 
-/// The answer of a decoder, as it comes through the pipe: one line, and the pixels behind it.
+/// The answer of a decoder, as it comes through the pipe: one line, and the pixels behind it. A draft may come before
+/// it.
 ///
+///     draft WIDTH HEIGHT WHOLEWIDTH WHOLEHEIGHT
 ///     picture WIDTH HEIGHT WHOLEWIDTH WHOLEHEIGHT
 ///     moving WIDTH HEIGHT WHOLEWIDTH WHOLEHEIGHT
 ///     nothing REASON
@@ -91,8 +97,9 @@ constexpr std::string_view wordOf(PictureFailure failure)
 class PictureAnswer {
 public:
     /// `room` is what the decoder was given.
-    explicit PictureAnswer(PictureBounds room) : bounds(room) {}
+    explicit PictureAnswer(PictureBounds room, PictureDraft asked = PictureDraft::none) : bounds(room), drafts(asked) {}
 
+    static constexpr std::string_view draftWord = "draft";
     static constexpr std::string_view pictureWord = "picture";
     static constexpr std::string_view movingWord = "moving";
     static constexpr std::string_view nothingWord = "nothing";
@@ -101,10 +108,23 @@ public:
     /// Takes the next bytes. False if this is no answer; what follows is not wanted then.
     bool take(std::string_view bytes);
 
+    /// The draft, once it is whole; nothing before, and nothing when it has been taken.
+    std::optional<Picture> takeDraft() { return std::exchange(draft, std::nullopt); }
+
     /// The picture, at the end of the pipe.
     std::expected<Picture, PictureFailure> finish() &&;
 
 private:
+    enum class Part {
+        line,
+        draft, ///< its pixels
+        picture,
+        frames
+    };
+
+    bool takePart(std::string_view &bytes);
+    bool takeOfLine(std::string_view &bytes);
+    bool takeOfPixels(std::string_view &bytes);
     bool readLine();
     bool readSizes(std::string_view words);
     bool readReason(std::string_view word);
@@ -113,13 +133,14 @@ private:
     std::size_t pixelBytes() const;
 
     PictureBounds const bounds;
-    std::string line; ///< the first one, as far as it has come
-    bool isLineWhole = false;
+    PictureDraft drafts; ///< that may still come
+    Part part = Part::line;
+    std::string line; ///< as far as it has come
     bool isBroken = false;
-    bool isMoving = false;
     std::string frameLine; ///< of the frame that is coming
     std::vector<PictureFrame> frames;
-    Picture picture;
+    Picture picture; ///< or the draft while that is coming
+    std::optional<Picture> draft;
     std::optional<PictureFailure> reason;
 };
 

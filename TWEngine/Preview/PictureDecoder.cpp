@@ -1,52 +1,28 @@
 #include "TWEngine/Preview/PictureDecoder.h"
 
-#include "TWEngine/Runtime/ChildProcess.h"
-#include "TWEngine/Runtime/EngineRuntime.h"
-
 #include <csignal>
-#include <filesystem>
 
-namespace tw::PictureDecoder {
+namespace tw {
 
 namespace {
 
-using Started = std::expected<std::shared_ptr<ChildProcess>, SpawnError>;
+using Result = PictureDecoder::Result;
 
-/// Empty if this program's own path is not known.
-std::string const &program()
+Task<Result> read(std::shared_ptr<DecoderProcess> decoder, PictureAnswer answer, PictureDecoder::ShowDraft showDraft)
 {
-    static std::string const path = [] {
-        std::error_code unknown;
-        auto const own = std::filesystem::read_symlink("/proc/self/exe", unknown);
-        return unknown ? std::string() : (own.parent_path() / TARNWICK_DECODER).lexically_normal().string();
-    }();
-    return path;
-}
-
-ChildCommand commandFor(FileDescriptor const &file, std::string const &format, PictureBounds room)
-{
-    return {.program = program(),
-            .arguments = {format, std::to_string(room.width), std::to_string(room.height), std::to_string(room.frames)},
-            .input = DescriptorEnd{file.get()},
-            .output = PipeEnd{},
-            // Of its own, so that a stop also reaches the program that it runs.
-            .session = ChildCommand::Session::own};
-}
-
-Task<Result> read(std::shared_ptr<ChildProcess> child, PictureBounds room)
-{
-    PictureAnswer answer(room);
     std::string buffer;
     for (;;) {
-        buffer = co_await child->read(ChildOutput::standard, std::move(buffer));
+        buffer = co_await decoder->process().read(ChildOutput::standard, std::move(buffer));
         if (buffer.empty())
             break;
         if (!answer.take(buffer)) {
-            child->kill();
+            decoder->process().kill();
             co_return std::unexpected(PictureFailure::crashed);
         }
+        if (auto draft = answer.takeDraft(); draft && showDraft)
+            showDraft(*std::move(draft));
     }
-    auto const status = co_await child->wait();
+    auto const status = co_await decoder->process().wait();
     auto const wasKilled = status.cause == ExitStatus::Cause::killed;
     if (wasKilled && (status.number == SIGALRM || status.number == SIGXCPU))
         co_return std::unexpected(PictureFailure::tooSlow);
@@ -54,24 +30,38 @@ Task<Result> read(std::shared_ptr<ChildProcess> child, PictureBounds room)
     co_return result;
 }
 
-Task<Result> perform(EngineRuntime *engine, std::shared_ptr<FileDescriptor> file, std::string format,
-                     PictureBounds room)
+} // namespace
+
+Task<Result> PictureDecoder::decode(FileDescriptor file, PictureRequest request, ShowDraft showDraft)
 {
-    auto command = commandFor(*file, format, room);
-    auto started = co_await engine->workers().run(
-        WorkPriority::interactive, [engine, file, command] { return ChildProcess::start(engine->io(), command); });
-    file.reset();
-    if (!started)
-        co_return std::unexpected(PictureFailure::crashed);
-    auto result = co_await read(*std::move(started), room);
+    return perform(shared_from_this(), std::move(file), std::move(request), std::move(showDraft));
+}
+
+Task<Result> PictureDecoder::perform(std::shared_ptr<PictureDecoder> self, FileDescriptor file, PictureRequest request,
+                                     ShowDraft showDraft)
+{
+    auto decoder = std::exchange(self->spare, nullptr);
+    if (!decoder || !decoder->ask(request, file)) {
+        decoder = co_await DecoderProcess::start(self->engine, self->path);
+        if (!decoder || !decoder->ask(request, file))
+            co_return std::unexpected(PictureFailure::crashed);
+    }
+    file = FileDescriptor();
+    co_await renewSpare(self);
+    auto result = co_await read(std::move(decoder), PictureAnswer(request.room, request.draft), std::move(showDraft));
     co_return result;
 }
 
-} // namespace
-
-Task<Result> decode(EngineRuntime &engine, FileDescriptor file, std::string format, PictureBounds room)
+/// Takes a millisecond or two, in which the picture is decoded already. Behind a stop there is none: `endSpare` may
+/// have been called.
+Task<void> PictureDecoder::renewSpare(std::shared_ptr<PictureDecoder> self)
 {
-    return perform(&engine, std::make_shared<FileDescriptor>(std::move(file)), std::move(format), room);
+    if (self->spares == Spare::none || self->spare)
+        co_return;
+    auto started = co_await DecoderProcess::start(self->engine, self->path);
+    auto const context = co_await currentContext();
+    if (!context.stop.stop_requested())
+        self->spare = std::move(started);
 }
 
-} // namespace tw::PictureDecoder
+} // namespace tw

@@ -4,7 +4,6 @@
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWEngine/Preview/EmbeddedPicture.h"
 #include "TWEngine/Preview/FolderMeasure.h"
-#include "TWEngine/Preview/PictureDecoder.h"
 #include "TWEngine/Preview/Thumbnail.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "Tarnwick/Format/Fmt.h"
@@ -94,14 +93,23 @@ Task<void> FilePreviews::showHere(Request request)
     request.subject.size = file.size;
     auto kind = PreviewKind::of(file.beginning, request.subject.name);
     if (kind.look == PreviewKind::Look::picture) {
-        if (file.size >= largePhotographBytes)
-            co_await showStandIn(request, kind, EmbeddedPicture::in(file.beginning));
-        co_await showPicture(std::move(request), std::move(kind), std::move(file.descriptor));
+        co_await showPictureHere(std::move(request), std::move(kind), std::move(file));
     } else if (kind.look == PreviewKind::Look::text) {
         co_await showText(std::move(request), std::move(file.beginning));
     } else {
         co_await showThumbnail(std::move(request), std::move(kind), std::move(file));
     }
+}
+
+/// A large photograph shows the picture of itself that is in it, which is soon decoded, or else a draft.
+Task<void> FilePreviews::showPictureHere(Request request, PreviewKind kind, PreviewFile file)
+{
+    auto draft = PictureDraft::none;
+    if (file.size >= largePhotographBytes) {
+        auto const isShown = co_await showStandIn(request, kind, EmbeddedPicture::in(file.beginning));
+        draft = isShown ? PictureDraft::none : PictureDraft::wanted;
+    }
+    co_await showPicture(std::move(request), std::move(kind), std::move(file.descriptor), draft);
 }
 
 /// What the desktop makes pictures of, such as a film, is not read: its picture is.
@@ -133,7 +141,8 @@ Task<std::shared_ptr<Picture const>> FilePreviews::thumbnailOf(Request request, 
         });
     if (!*found)
         co_return nullptr;
-    auto decoded = co_await PictureDecoder::decode(request.self->engine, std::move(*found), "png", request.room);
+    PictureRequest png{.format = "png", .room = request.room};
+    auto decoded = co_await request.self->decoder->decode(std::move(*found), std::move(png));
     if (!decoded)
         co_return nullptr;
     co_return std::make_shared<Picture const>(*std::move(decoded));
@@ -176,16 +185,17 @@ Task<void> FilePreviews::showThere(Request request)
     }
 }
 
-/// Shows what there is of a photograph until it is decoded; nothing of other pictures.
-Task<void> FilePreviews::showStandIn(Request request, PreviewKind kind, std::string jpeg)
+/// Shows what there is of a photograph until it is decoded. False: nothing, as of other pictures.
+Task<bool> FilePreviews::showStandIn(Request request, PreviewKind kind, std::string jpeg)
 {
     if (kind.format != "jpeg" || jpeg.empty())
-        co_return;
-    auto decoded =
-        co_await PictureDecoder::decode(request.self->engine, PreviewFile::inMemory(jpeg), kind.format, request.room);
+        co_return false;
+    PictureRequest whole{.format = kind.format, .room = request.room};
+    auto decoded = co_await request.self->decoder->decode(PreviewFile::inMemory(jpeg), std::move(whole));
     if (decoded)
         request.tell(PreviewWords::facts(kind.title, request.subject),
                      std::make_shared<Picture const>(*std::move(decoded)), PreviewContent::Detail::little);
+    co_return decoded.has_value();
 }
 
 /// What a listing says is the size of a link, or of a file that has grown since.
@@ -225,15 +235,19 @@ Task<void> FilePreviews::showText(Request request, std::string beginning)
                  PreviewContent::Writing{std::move(text.text)});
 }
 
-Task<void> FilePreviews::showPicture(Request request, PreviewKind kind, FileDescriptor file)
+Task<void> FilePreviews::showPicture(Request request, PreviewKind kind, FileDescriptor file, PictureDraft draft)
 {
-    auto decoded = co_await PictureDecoder::decode(request.self->engine, std::move(file), kind.format, request.room);
-    if (!decoded) {
+    auto const show = [request, kind](Picture decoded, PreviewContent::Detail detail) {
+        auto const picture = std::make_shared<Picture const>(std::move(decoded));
+        request.tell(PreviewWords::pictureFacts(kind, *picture, request.subject), picture, detail);
+    };
+    auto const showDraft = [show](Picture decoded) { show(std::move(decoded), PreviewContent::Detail::little); };
+    PictureRequest wish{.format = kind.format, .room = request.room, .draft = draft};
+    auto decoded = co_await request.self->decoder->decode(std::move(file), std::move(wish), showDraft);
+    if (decoded)
+        show(*std::move(decoded), PreviewContent::Detail::all);
+    else
         request.tell(PreviewWords::facts(kind.title, request.subject), PreviewWords::failure(decoded.error(), kind));
-        co_return;
-    }
-    auto const picture = std::make_shared<Picture const>(*std::move(decoded));
-    request.tell(PreviewWords::pictureFacts(kind, *picture, request.subject), picture);
 }
 
 } // namespace tw

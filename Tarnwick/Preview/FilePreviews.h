@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWEngine/Preview/PictureDecoder.h"
 #include "TWEngine/Preview/PreviewFile.h"
 #include "Tarnwick/Preview/FetchedFiles.h"
 #include "Tarnwick/Preview/PreviewKind.h"
@@ -37,11 +38,16 @@ public:
 
     /// `makeFolder` says where fetched files lie.
     FilePreviews(EngineRuntime &runtime, FetchedFiles::MakeFolder makeFolder, Thumbnails ofDesktop)
-        : engine(runtime), thumbnails(std::move(ofDesktop)), fetched(runtime, std::move(makeFolder))
+        : engine(runtime),
+          thumbnails(std::move(ofDesktop)),
+          decoder(std::make_shared<PictureDecoder>(runtime, PictureDecoder::Spare::kept)),
+          fetched(runtime, std::move(makeFolder))
     {
     }
 
     Task<void> load(PreviewSubject subject, PictureBounds room, Show show) override;
+
+    void rest() override { decoder->endSpare(); }
 
 private:
     struct Request {
@@ -57,20 +63,23 @@ private:
     static Task<void> perform(Request request);
     static Task<void> showFolder(Request request);
     static Task<void> showHere(Request request);
+    static Task<void> showPictureHere(Request request, PreviewKind kind, PreviewFile file);
     static Task<void> showThere(Request request);
     static Task<void> showFetched(Request request, PreviewKind kind, std::shared_ptr<FileSystemReader> reader,
                                   std::string beginning);
-    static Task<void> showStandIn(Request request, PreviewKind kind, std::string jpeg);
+    static Task<bool> showStandIn(Request request, PreviewKind kind, std::string jpeg);
     static Task<bool> isTooBig(std::shared_ptr<FileSystemReader> reader, std::string path);
     static Task<void> showText(Request request, std::string beginning);
     static Task<void> showThumbnail(Request request, PreviewKind kind, PreviewFile file);
     static Task<std::shared_ptr<Picture const>> thumbnailOf(Request request, std::int64_t mtime);
     static Task<bool> makeThumbnail(Request request, std::string beginning);
-    static Task<void> showPicture(Request request, PreviewKind kind, FileDescriptor file);
+    static Task<void> showPicture(Request request, PreviewKind kind, FileDescriptor file,
+                                  PictureDraft draft = PictureDraft::none);
     static Task<PreviewFile> openHere(EngineRuntime *engine, std::string path);
 
     EngineRuntime &engine;
     Thumbnails const thumbnails;
+    std::shared_ptr<PictureDecoder> const decoder;
     FetchedFiles fetched;
 };
 

@@ -45,6 +45,7 @@ bool PreviewController::close()
     over.reset();
     wanted.reset();
     giveUp();
+    source->rest();
     rested.cancel();
     silent.cancel();
     display->closePreview();
@@ -121,6 +122,9 @@ void PreviewController::show(Reading &reading, PreviewContent const &content)
         return;
     silent.cancel();
     display->showPreview(content);
+    // The rest of it would keep the next one waiting.
+    if (reading.isLeft && content.detail == PreviewContent::Detail::little)
+        giveUp();
 }
 
 /// What is shown belongs to another file; the name at least is right from now on.

@@ -14,7 +14,8 @@ namespace tw {
 /// The preview of the file under the cursor: what is read for it, and when that is given up.
 ///
 /// One file is read at a time, and the newest wish waits behind it. A cursor that moves on lets a file of this machine
-/// finish for a moment: a key that is held down would otherwise end every reading before there is anything to see.
+/// finish for a moment, or show a first picture: a key that is held down would otherwise end every reading before there
+/// is anything to see.
 /// What is shown is always the name and the content of the same file. A file of a host is asked for once the cursor
 /// rests, and given up when the cursor leaves it.
 ///

@@ -19,6 +19,9 @@ public:
     ///
     /// Cancellation: a stop ends the reading, and every process that was started for it.
     virtual Task<void> load(PreviewSubject subject, PictureBounds room, Show show) = 0;
+
+    /// Nothing is looked at any more, and every reading is stopped: ends what was kept ready for the next one.
+    virtual void rest() = 0;
 };
 
 } // namespace tw

@@ -13,7 +13,8 @@ namespace {
 
 using Result = PictureReading::Result;
 
-Task<Result> decodeBytes(EngineRuntime *engine, std::string bytes, std::string name, PictureBounds room)
+Task<Result> decodeBytes(EngineRuntime *engine, std::shared_ptr<PictureDecoder> decoder, std::string bytes,
+                         std::string name, PictureBounds room)
 {
     auto const kind = PreviewKind::of(bytes, name);
     if (kind.look != PreviewKind::Look::picture)
@@ -25,7 +26,8 @@ Task<Result> decodeBytes(EngineRuntime *engine, std::string bytes, std::string n
         co_return std::unexpected(PictureFailure::tooLarge);
     held->clear();
     held->shrink_to_fit();
-    auto result = co_await PictureDecoder::decode(*engine, std::move(*file), kind.format, room);
+    PictureRequest request{.format = kind.format, .room = room};
+    auto result = co_await decoder->decode(std::move(*file), std::move(request));
     co_return result;
 }
 
@@ -47,8 +49,9 @@ Task<Result> PictureReading::read(std::shared_ptr<ViewedFile> file, std::string 
 
 PictureReading::Decode PictureReading::decoder(EngineRuntime &engine)
 {
-    return [&engine](std::string bytes, std::string name, PictureBounds room) {
-        return decodeBytes(&engine, std::move(bytes), std::move(name), room);
+    auto const decoder = std::make_shared<PictureDecoder>(engine, PictureDecoder::Spare::none);
+    return [&engine, decoder](std::string bytes, std::string name, PictureBounds room) {
+        return decodeBytes(&engine, decoder, std::move(bytes), std::move(name), room);
     };
 }
 

@@ -57,6 +57,67 @@ TEST(PictureAnswerTest, aPictureThatMovesHasItsFramesAndTheirTimes)
         EXPECT_FALSE(taken(moving, wrong, 3)) << wrong;
 }
 
+std::string const draftAnswer = "draft 1 1 4000 2000\nabcd"s;
+std::string const sharpAnswer = "picture 2 1 4000 2000\nrgbaRGBA"s;
+
+TEST(PictureAnswerTest, aDraftIsThereBeforeThePictureWhateverThePiecesItComesIn)
+{
+    for (std::size_t const step : {1U, 3U, 7U, 100U}) {
+        PictureAnswer answer(roomOfAnswer, PictureDraft::wanted);
+        std::vector<Picture> drafts;
+        auto const both = draftAnswer + sharpAnswer;
+        for (std::size_t at = 0; at < both.size(); at += step) {
+            EXPECT_TRUE(answer.take(std::string_view(both).substr(at, step))) << step;
+            if (auto draft = answer.takeDraft())
+                drafts.push_back(*std::move(draft));
+        }
+        ASSERT_EQ(drafts.size(), 1U) << step;
+        EXPECT_EQ(drafts[0].pixels, "abcd");
+        EXPECT_EQ(drafts[0].width, 1);
+        EXPECT_EQ(drafts[0].wholeWidth, 4000);
+        auto const picture = std::move(answer).finish();
+        ASSERT_TRUE(picture) << step;
+        EXPECT_EQ(picture->pixels, "rgbaRGBA");
+        EXPECT_EQ(picture->width, 2);
+    }
+}
+
+TEST(PictureAnswerTest, aDraftIsNotThereBeforeItsLastByte)
+{
+    PictureAnswer answer(roomOfAnswer, PictureDraft::wanted);
+    EXPECT_TRUE(answer.take(draftAnswer.substr(0, draftAnswer.size() - 1)));
+    EXPECT_FALSE(answer.takeDraft());
+    EXPECT_TRUE(answer.take("d"));
+    EXPECT_TRUE(answer.takeDraft());
+    EXPECT_FALSE(answer.takeDraft());
+}
+
+TEST(PictureAnswerTest, aPictureMayFailAfterItsDraft)
+{
+    PictureAnswer answer(roomOfAnswer, PictureDraft::wanted);
+    EXPECT_TRUE(answer.take(draftAnswer + "nothing too-large\n"));
+    EXPECT_TRUE(answer.takeDraft());
+    EXPECT_EQ(std::move(answer).finish().error(), PictureFailure::tooLarge);
+}
+
+TEST(PictureAnswerTest, aDraftIsBelievedNoMoreThanAPicture)
+{
+    auto const failure = [](std::string const &bytes, PictureDraft asked) {
+        PictureAnswer answer(roomOfAnswer, asked);
+        static_cast<void>(answer.take(bytes));
+        auto const picture = std::move(answer).finish();
+        return picture ? std::optional<PictureFailure>() : picture.error();
+    };
+    EXPECT_EQ(failure(draftAnswer + sharpAnswer, PictureDraft::none), PictureFailure::crashed) << "none was asked for";
+    EXPECT_EQ(failure(sharpAnswer, PictureDraft::wanted), std::nullopt) << "there need not be one";
+    for (auto const &bytes :
+         {draftAnswer, draftAnswer.substr(0, draftAnswer.size() - 1), draftAnswer + draftAnswer + sharpAnswer,
+          draftAnswer + "x" + sharpAnswer, sharpAnswer + draftAnswer, "draft 21 1 21 1\n"s, "draft 1 0 1 1\n"s,
+          "draft 1 1 1\nabcd"s + sharpAnswer, "drafts 1 1 1 1\nabcd"s + sharpAnswer, "draft\n"s + sharpAnswer,
+          draftAnswer + "picture 2 1 4000 2000\nrgba"})
+        EXPECT_EQ(failure(bytes, PictureDraft::wanted), PictureFailure::crashed) << bytes;
+}
+
 TEST(PictureAnswerTest, aReasonIsOneOfThoseThatADecoderGives)
 {
     for (auto const reason :

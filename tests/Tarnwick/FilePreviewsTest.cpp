@@ -3,6 +3,7 @@
 #include "TWCore/Model/ReadError.h"
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWEngine/Browsing/LocalProvider.h"
+#include "tests/support/ChildProcessTest.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestLoop.h"
 
@@ -179,6 +180,19 @@ TEST_F(FilePreviewsTest, aPictureIsMadeToFit)
     EXPECT_EQ(picture()->width, 64);
     EXPECT_EQ(picture()->height, 32);
     EXPECT_THAT(facts(), StartsWith("PPM picture  ·  640 × 320"));
+}
+
+TEST_F(FilePreviewsTest, aProcessWaitsForTheNextPictureUntilNothingIsLookedAtAnyMore)
+{
+    auto const before = childrenOfOurs().size();
+    loadHere(folder.file("a.ppm", pixmap(640, 320)));
+    loadHere(folder.file("b.ppm", pixmap(320, 640)));
+    ASSERT_TRUE(picture()) << words();
+    EXPECT_EQ(picture()->width, 24);
+    EXPECT_EQ(childrenOfOurs().size(), before + 1);
+    previews->rest();
+    while (childrenOfOurs().size() > before)
+        loop.run(runtime.clock()->sleep(std::chrono::milliseconds(1)));
 }
 
 TEST_F(FilePreviewsTest, whatIsNoFileIsNotOpened)

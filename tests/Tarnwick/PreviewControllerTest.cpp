@@ -32,6 +32,8 @@ public:
         return wait(readings.back());
     }
 
+    void rest() override { ++rests; }
+
     std::vector<std::string> running() const
     {
         std::vector<std::string> names;
@@ -43,6 +45,7 @@ public:
     }
 
     std::vector<std::shared_ptr<Reading>> readings;
+    int rests = 0;
 
 private:
     static Task<void> wait(std::shared_ptr<Reading> reading)
@@ -174,6 +177,19 @@ TEST_F(PreviewControllerTest, aReadingThatTheCursorHasLeftIsGivenUpAfterAMoment)
     EXPECT_THAT(loader->running(), ElementsAre("c"));
 }
 
+TEST_F(PreviewControllerTest, aReadingThatTheCursorHasLeftEndsWithItsFirstPicture)
+{
+    open(here("a"));
+    follow(here("b"));
+    loader->readings.back()->show({.name = "a", .body = "draft", .detail = PreviewContent::Detail::little});
+    loop.drain();
+    EXPECT_THAT(display.shown, ElementsAre("a!"));
+    EXPECT_THAT(loader->running(), ElementsAre("b"));
+    loader->readings.back()->show({.name = "b", .body = "draft", .detail = PreviewContent::Detail::little});
+    loop.drain();
+    EXPECT_THAT(loader->running(), ElementsAre("b")) << "the cursor is still there";
+}
+
 TEST_F(PreviewControllerTest, aFileThatIsWantedAgainWhileItsReadingIsGivenUpIsRead)
 {
     open(there("a"));
@@ -190,6 +206,14 @@ TEST_F(PreviewControllerTest, aPanelThatIsClosedAndOpenedAtOnceReadsItsFile)
     controller->close();
     open(here("a"));
     EXPECT_THAT(loader->running(), ElementsAre("a"));
+}
+
+TEST_F(PreviewControllerTest, aClosedPanelKeepsNothingReady)
+{
+    open(here("a"));
+    EXPECT_EQ(loader->rests, 0);
+    controller->close();
+    EXPECT_EQ(loader->rests, 1);
 }
 
 TEST_F(PreviewControllerTest, aCursorThatComesBackFindsItsReadingGoingOn)

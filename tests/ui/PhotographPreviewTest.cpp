@@ -38,27 +38,65 @@ std::string exifWith(std::string const &picture)
     return "\xff\xe1"s + two(content.size() + 2) + content;
 }
 
-TEST(PhotographPreviewTest, theSmallPictureInAPhotographIsShownUntilTheWholeIsDecoded)
+/// What is shown of a photograph with much detail that begins with those bytes.
+std::vector<PreviewContent> shownOfPhotograph(std::string photograph, PictureBounds room)
 {
     TemporaryFolder const folder;
-    auto photograph = jpegOf(Qt::blue, {800, 400});
-    photograph.insert(2, exifWith(jpegOf(Qt::red, {80, 40})));
-    photograph.append(2'000'000, '\0'); // as a photograph with much detail has
+    photograph.append(2'000'000, '\0');
     EngineRuntime runtime;
     TestLoop loop;
     auto const previews = std::make_shared<FilePreviews>(runtime, [] { return std::string(); });
     std::vector<PreviewContent> shown;
-    loop.run(previews->load({.path = folder.file("a.jpg", photograph), .name = "a.jpg", .kind = EntryKind::file},
-                            {.width = 1000, .height = 1000},
+    loop.run(previews->load({.path = folder.file("a.jpg", photograph), .name = "a.jpg", .kind = EntryKind::file}, room,
                             [&](PreviewContent content) { shown.push_back(std::move(content)); }));
+    return shown;
+}
+
+Picture const &shownPicture(PreviewContent const &content)
+{
+    return *std::get<std::shared_ptr<Picture const>>(content.body);
+}
+
+/// Its sides, in pixels.
+std::pair<int, int> sidesOf(PreviewContent const &content)
+{
+    return {shownPicture(content).width, shownPicture(content).height};
+}
+
+TEST(PhotographPreviewTest, theSmallPictureInAPhotographIsShownUntilTheWholeIsDecoded)
+{
+    auto photograph = jpegOf(Qt::blue, {800, 400});
+    photograph.insert(2, exifWith(jpegOf(Qt::red, {80, 40})));
+    auto const shown = shownOfPhotograph(photograph, {.width = 1000, .height = 1000});
     ASSERT_EQ(shown.size(), 2U);
-    using Pixels = std::shared_ptr<Picture const>;
-    auto const &small = std::get<Pixels>(shown[0].body);
-    auto const &whole = std::get<Pixels>(shown[1].body);
     EXPECT_EQ(shown[0].detail, PreviewContent::Detail::little);
-    EXPECT_EQ(std::pair(small->width, small->height), std::pair(40, 80)) << "turned as the whole is";
+    EXPECT_EQ(sidesOf(shown[0]), std::pair(40, 80)) << "turned as the whole is";
     EXPECT_EQ(shown[1].detail, PreviewContent::Detail::all);
-    EXPECT_EQ(std::pair(whole->width, whole->height), std::pair(400, 800));
+    EXPECT_EQ(sidesOf(shown[1]), std::pair(400, 800));
+}
+
+TEST(PhotographPreviewTest, aPhotographWithoutASmallPictureIsShownCoarseUntilItIsDecoded)
+{
+    auto photograph = jpegOf(Qt::blue, {803, 400});
+    photograph.insert(2, exifWith("no picture"));
+    auto const shown = shownOfPhotograph(photograph, {.width = 1000, .height = 1000});
+    ASSERT_EQ(shown.size(), 2U);
+    EXPECT_EQ(shown[0].detail, PreviewContent::Detail::little);
+    EXPECT_EQ(sidesOf(shown[0]), std::pair(50, 100)) << "turned, and an eighth of it";
+    EXPECT_EQ(shownPicture(shown[0]).wholeHeight, 803);
+    auto const *const pixel = reinterpret_cast<uchar const *>(shownPicture(shown[0]).pixels.data());
+    EXPECT_LT(pixel[0], 16) << "red";
+    EXPECT_GT(pixel[2], 239) << "blue";
+    EXPECT_EQ(shown[1].detail, PreviewContent::Detail::all);
+    EXPECT_EQ(sidesOf(shown[1]), std::pair(400, 803));
+}
+
+TEST(PhotographPreviewTest, aPhotographThatIsShownSmallIsDecodedOnce)
+{
+    auto const shown = shownOfPhotograph(jpegOf(Qt::blue, {800, 400}), {.width = 100, .height = 100});
+    ASSERT_EQ(shown.size(), 1U);
+    EXPECT_EQ(shown[0].detail, PreviewContent::Detail::all);
+    EXPECT_EQ(sidesOf(shown[0]), std::pair(100, 50));
 }
 
 TEST(PhotographPreviewTest, whatStandsInForThePhotographFillsTheRoom)

@@ -32,7 +32,7 @@ constexpr rlim_t mostAddresses = 1024 * mebibyte;
 
 constexpr rlim_t mostCpuSeconds = 8;
 
-/// The wall time, for a process that waits. Much more than the processor time: on a busy machine that takes long to
+/// The wall time, from the request on. Much more than the processor time: on a busy machine that takes long to
 /// get.
 constexpr unsigned mostSeconds = 30;
 
@@ -129,16 +129,22 @@ void filterCalls()
 
 } // namespace
 
-void limitResources(Memory memory)
+void limitResources()
 {
-    ::alarm(mostSeconds);
     limit(RLIMIT_CORE, 0);
     limit(RLIMIT_CPU, mostCpuSeconds);
     limit(RLIMIT_FSIZE, 0);
-    limit(RLIMIT_DATA, memory == Memory::large ? mostDataOfLarge : mostData);
+    limit(RLIMIT_DATA, mostDataOfLarge);
     limit(RLIMIT_AS, mostAddresses);
     // Every thread would reserve an arena of its own.
     ::mallopt(M_ARENA_MAX, 1);
+}
+
+void limitPicture(Memory memory)
+{
+    ::alarm(mostSeconds);
+    if (memory == Memory::usual)
+        limit(RLIMIT_DATA, mostData);
 }
 
 void closeDoors()

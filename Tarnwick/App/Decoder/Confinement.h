@@ -8,8 +8,11 @@ namespace tw::Confinement {
 
 enum class Memory { usual, large };
 
-/// Before anything else: bounds of memory and time, no core file, no file that grows.
-void limitResources(Memory memory);
+/// Before anything else: bounds of memory and of the processor's time, no core file, no file that grows.
+void limitResources();
+
+/// Once it is known what is to be decoded: less memory if that will do, and no more than some time.
+void limitPicture(Memory memory);
 
 /// Once all is loaded and before the file is read: no file is opened, no socket and no process made any more.
 void closeDoors();

@@ -1,14 +1,13 @@
 // Decodes one picture in a process of its own, which nothing else depends on: a file may come from anywhere.
 //
-//   decoder FORMAT WIDTH HEIGHT FRAMES < file > answer
-//
-// FORMAT is a name that Qt knows, or "pdf" for the first page of a document. The picture is made to fit into WIDTH and
-// HEIGHT, and of one that moves FRAMES frames are answered at most; what is answered is described in
-// TWEngine/Preview/PictureAnswer.h. Without the flags of other targets: what the sanitizers reserve is more than the
-// limits of this process allow.
+// Its standard input is a Unix socket through which one request comes with the open file (PictureRequest), at once or
+// some time after the start. The picture is made to fit into the room of the request; the answer goes to the standard
+// output and is described in TWEngine/Preview/PictureAnswer.h. Without the flags of other targets: what the sanitizers
+// reserve is more than the limits of this process allow.
 
 #include "TWEngine/Preview/PictureAnswer.h"
 #include "Tarnwick/App/Decoder/Confinement.h"
+#include "Tarnwick/App/Decoder/RequestSocket.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -75,13 +74,21 @@ void writePixels(QImage const &picture)
                  static_cast<std::size_t>(picture.width()) * 4);
 }
 
-[[noreturn]] void answer(QImage picture, QSize whole)
+/// False if there is no memory for it.
+bool writePicture(std::string_view word, QImage picture, QSize whole)
 {
     picture.convertTo(QImage::Format_RGBA8888);
     if (picture.isNull())
-        answer(PictureFailure::tooLarge);
-    writeSizes(PictureAnswer::pictureWord, picture.size(), whole);
+        return false;
+    writeSizes(word, picture.size(), whole);
     writePixels(picture);
+    return true;
+}
+
+[[noreturn]] void answer(QImage picture, QSize whole)
+{
+    if (!writePicture(PictureAnswer::pictureWord, std::move(picture), whole))
+        answer(PictureFailure::tooLarge);
     // As it is: destroying the toolkit is work for nobody.
     std::_Exit(EXIT_SUCCESS);
 }
@@ -121,15 +128,15 @@ void makeThread()
 }
 
 /// The plugin is loaded now: it is a file too. Only this one, since each brings libraries that have to be loaded.
-void loadPlugin(QByteArray const &format)
+/// False: there is none.
+bool loadPlugin(QByteArray const &format)
 {
     QBuffer empty;
     empty.open(QIODevice::ReadOnly);
     QImageReader probe(&empty, format);
     probe.setAutoDetectImageFormat(false);
     probe.read();
-    if (probe.error() == QImageReader::UnsupportedFormatError)
-        answer(PictureFailure::unknownFormat);
+    return probe.error() != QImageReader::UnsupportedFormatError;
 }
 
 /// Puts the pages of pdftoppm in the place of standard input, and answers the format that they come in.
@@ -217,26 +224,56 @@ void answerFrames(QImageReader &reader, QImage frame, QSize whole, int most)
     std::_Exit(EXIT_SUCCESS);
 }
 
-[[noreturn]] void decode(QByteArray const &format, QSize room, int frames)
+/// A picture in its file.
+struct Stored {
+    QSize size; ///< invalid: the file does not say
+    bool isTurned = false;
+
+    explicit Stored(QImageReader const &reader)
+        : size(reader.size()), isTurned(reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+    {
+    }
+
+    bool isTooLarge() const { return qint64(size.width()) * size.height() > mostPixels; }
+
+    QSize turned(QSize other) const { return isTurned ? other.transposed() : other; }
+};
+
+/// Answers the means of each eight by eight pixels, which a JPEG has in itself: the rest of it is not computed. Nothing
+/// if the picture is decoded to no more than that anyway.
+void answerDraft(QFile &file, QSize room)
 {
-    QFile file;
-    if (!file.open(STDIN_FILENO, QIODevice::ReadOnly))
-        answer(PictureFailure::damaged);
+    constexpr int block = 8;
+    QImageReader reader(&file, "jpeg");
+    reader.setAutoDetectImageFormat(false);
+    reader.setAutoTransform(true);
+    Stored const stored(reader);
+    auto const size = QSize(stored.size.width() / block, stored.size.height() / block);
+    auto const sharp = fitting(stored.size, stored.turned(room));
+    if (size.isEmpty() || stored.isTooLarge() || size.width() >= sharp.width() || size.height() >= sharp.height())
+        return;
+    reader.setScaledSize(size);
+    if (auto picture = reader.read(); !picture.isNull())
+        writePicture(PictureAnswer::draftWord, std::move(picture), stored.turned(stored.size));
+}
+
+[[noreturn]] void decode(QFile &file, QByteArray const &format, QSize room, int frames)
+{
     QImageReader reader(&file, format);
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
-    auto const stored = reader.size();
-    if (qint64(stored.width()) * stored.height() > mostPixels)
+    Stored const stored(reader);
+    if (stored.isTooLarge())
         answer(PictureFailure::tooLarge);
-    auto const isTurned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
-    auto const turned = isTurned ? room.transposed() : room;
     auto const isDrawing = format == "svg" || format == "svgz";
-    if (stored.isValid() && !stored.isEmpty())
-        reader.setScaledSize(isDrawing ? stored.scaled(turned, Qt::KeepAspectRatio) : fitting(stored, turned));
+    auto const turned = stored.turned(room);
+    if (stored.size.isValid() && !stored.size.isEmpty())
+        reader.setScaledSize(isDrawing ? stored.size.scaled(turned, Qt::KeepAspectRatio)
+                                       : fitting(stored.size, turned));
     auto picture = reader.read();
     if (picture.isNull())
-        answer(isLarge(stored) ? PictureFailure::tooLarge : PictureFailure::damaged);
-    auto const whole = !stored.isValid() ? picture.size() : isTurned ? stored.transposed() : stored;
+        answer(isLarge(stored.size) ? PictureFailure::tooLarge : PictureFailure::damaged);
+    auto const whole = stored.size.isValid() ? stored.turned(stored.size) : picture.size();
     if (auto const size = fitting(picture.size(), room); size != picture.size())
         picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     if (frames > 1 && reader.supportsAnimation())
@@ -244,18 +281,34 @@ void answerFrames(QImageReader &reader, QImage frame, QSize whole, int most)
     answer(std::move(picture), whole);
 }
 
+[[noreturn]] void decodeInput(QByteArray const &format, QSize room, int frames, PictureDraft draft)
+{
+    QFile file;
+    if (!file.open(STDIN_FILENO, QIODevice::ReadOnly))
+        answer(PictureFailure::damaged);
+    if (draft == PictureDraft::wanted && format == "jpeg") {
+        answerDraft(file, room);
+        file.seek(0);
+    }
+    decode(file, format, room, frames);
+}
+
 } // namespace
 
 int main(int count, char **arguments)
 {
-    if (count != 5)
+    Confinement::limitResources();
+    // Most large pictures are of this format. Another one's plugin is loaded once it is known.
+    loadPlugin("jpeg");
+    auto const request = RequestSocket::receive();
+    if (!request)
         return EXIT_FAILURE;
-    QByteArray format(arguments[1]);
-    QSize const room(std::clamp(std::atoi(arguments[2]), 1, PictureBounds::mostSide),
-                     std::clamp(std::atoi(arguments[3]), 1, PictureBounds::mostSide));
-    auto const frames = std::clamp(std::atoi(arguments[4]), 1, PictureBounds::mostFrames);
+    QByteArray format(request->format.c_str());
+    QSize const room(std::clamp(request->room.width, 1, PictureBounds::mostSide),
+                     std::clamp(request->room.height, 1, PictureBounds::mostSide));
+    auto const frames = std::clamp(request->room.frames, 1, PictureBounds::mostFrames);
     auto const isLarge = room.width() > PictureBounds::most || room.height() > PictureBounds::most;
-    Confinement::limitResources(isLarge ? Confinement::Memory::large : Confinement::Memory::usual);
+    Confinement::limitPicture(isLarge ? Confinement::Memory::large : Confinement::Memory::usual);
     std::optional<QGuiApplication> application;
     if (format == "svg" || format == "svgz") {
         qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -266,8 +319,10 @@ int main(int count, char **arguments)
     QImageReader::setAllocationLimit(mostMebibytes);
     if (format == "pdf")
         format = printPage(room);
-    loadPlugin(format);
+    if (!loadPlugin(format))
+        answer(PictureFailure::unknownFormat);
+    // Not before: the thread ends when it has nothing to do for long.
     makeThread();
     Confinement::closeDoors();
-    decode(format, room, frames);
+    decodeInput(format, room, frames, request->draft);
 }

@@ -19,6 +19,9 @@ public:
 
     QImage const &picture() const noexcept { return image; }
 
+    /// A picture in little detail.
+    bool isStandIn() const noexcept { return growth == Growth::toRoom; }
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
