@@ -29,4 +29,9 @@ std::string end(std::string_view token)
     return "(umask 077; : >" + file + ".end); p=$(cat " + file + " 2>/dev/null) && kill \"$p\"";
 }
 
+std::string forget(std::string_view token)
+{
+    return "rm -f " + fileOf(token) + ".end";
+}
+
 } // namespace tw::EndableCommand

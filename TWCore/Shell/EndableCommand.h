@@ -12,7 +12,11 @@ namespace tw::EndableCommand {
 /// the file: letters and digits that nobody can guess, since the folder is a shared one.
 std::string text(std::string_view token, std::string_view program, std::string_view script);
 
-/// Ends that command, from another session. Calls that have not begun yet end when they begin.
+/// Ends that command, from another session. Calls that have not begun yet end when they begin. Status 0: a call was
+/// under way and has been ended. Otherwise the command may have been over, and `forget` is needed.
 std::string end(std::string_view token);
+
+/// Removes what `end` leaves for a command that was over before. The command must be over.
+std::string forget(std::string_view token);
 
 } // namespace tw::EndableCommand

@@ -13,35 +13,57 @@ namespace {
 /// A host that does not answer must not hold a cancel; its work then goes on.
 constexpr std::chrono::seconds patienceWithEnd{5};
 
-using Answer = std::shared_ptr<Completion<CommandResult>>;
+/// Of a command that was sent: its answer, which one task waits for, and then that it is over.
+struct Sent {
+    std::shared_ptr<Completion<CommandResult>> const answer = std::make_shared<Completion<CommandResult>>();
+    std::shared_ptr<Completion<bool>> const over = std::make_shared<Completion<bool>>();
+};
 
-Task<void> ask(std::shared_ptr<CommandHost> host, HostCommand command, Answer answer)
+Task<void> ask(std::shared_ptr<CommandHost> host, HostCommand command, Sent sent)
 {
-    try {
-        auto result = co_await host->runCommand(std::move(command));
-        answer->succeed(std::move(result));
-    } catch (...) {
-        answer->fail(std::current_exception());
-    }
+    auto outcome = co_await outcomeOf(host->runCommand(std::move(command)));
+    if (outcome.failure)
+        sent.answer->fail(outcome.failure);
+    else
+        sent.answer->succeed(*std::move(outcome.value));
+    sent.over->succeed(true);
 }
 
-Task<void> endOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token)
+/// Whether a program was ended.
+Task<bool> endOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token)
 {
     auto ending = host->runCommand({.text = EndableCommand::end(token)});
-    co_await outcomeOf(withTimeOut(engine->clock(), patienceWithEnd, std::move(ending)).withStop({}));
+    auto const outcome =
+        co_await outcomeOf(withTimeOut(engine->clock(), patienceWithEnd, std::move(ending)).withStop({}));
+    co_return outcome.value &&outcome.value->status == 0;
+}
+
+/// The answer of a command and its end may cross.
+Task<void> forgetWhenOver(std::shared_ptr<CommandHost> host, std::string token, Sent sent)
+{
+    co_await Completion<bool>::wait(sent.over);
+    co_await outcomeOf(host->runCommand({.text = EndableCommand::forget(token), .onLoss = CommandOnLoss::fails}));
 }
 
 Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token,
                           HostCommand command)
 {
     auto const dialect = co_await host->dialect();
-    auto const answer = std::make_shared<Completion<CommandResult>>();
+    Sent const sent;
     auto const context = co_await currentContext();
-    spawn({context.executor, {}}, ask(host, std::move(command), answer));
-    auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
-    if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix)
-        co_await endOn(engine, host, token);
+    spawn({context.executor, {}}, ask(host, std::move(command), sent));
+    auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(sent.answer));
+    if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix) {
+        auto const wasEnded = co_await endOn(engine, host, token);
+        if (!wasEnded)
+            spawn({context.executor, {}}, forgetWhenOver(host, token, sent));
+    }
     co_return outcome.take();
+}
+
+Task<void> endAlone(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token)
+{
+    co_await endOn(engine, std::move(host), std::move(token));
 }
 
 } // namespace
@@ -55,7 +77,7 @@ Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host
 
 Task<void> end(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token)
 {
-    return endOn(&engine, std::move(host), std::move(token));
+    return endAlone(&engine, std::move(host), std::move(token));
 }
 
 } // namespace tw::HostWork

@@ -1,0 +1,89 @@
+// How long commands of a host are ended, with a host that answers when the test says so.
+
+#include "TWEngine/Transfer/HostWork.h"
+
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "tests/support/FakeCommandHost.h"
+#include "tests/support/TestLoop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tw::test {
+namespace {
+
+using testing::HasSubstr;
+
+class HostWorkTest : public ::testing::Test {
+protected:
+    ~HostWorkTest() override { loop.drain(); }
+
+    /// A command that is stopped before its answer has come.
+    Started<CommandResult> startAndStop()
+    {
+        auto running = loop.start(HostWork::run(engine, host, "token", "work"));
+        waitForRuns(1);
+        running.stop();
+        waitForRuns(2);
+        EXPECT_THAT(textOf(1), HasSubstr("kill"));
+        return running;
+    }
+
+    void answer(std::size_t index, std::int32_t status)
+    {
+        host->runs.at(index).answer->succeed({.output = {}, .status = status});
+        loop.drain();
+    }
+
+    void waitForRuns(std::size_t count)
+    {
+        loop.runUntil([&] { return host->runs.size() >= count; });
+    }
+
+    void expectCancelled(Started<CommandResult> const &running)
+    {
+        loop.runUntil([&] { return running.isDone(); });
+        EXPECT_THROW(running.value(), Cancelled);
+    }
+
+    std::string textOf(std::size_t index) const { return host->runs.at(index).command.text; }
+
+    EngineRuntime engine;
+    TestLoop loop;
+    std::shared_ptr<FakeCommandHost> host = std::make_shared<FakeCommandHost>();
+};
+
+TEST_F(HostWorkTest, aCommandThatWasEndedCleansUpItself)
+{
+    auto const running = startAndStop();
+    answer(1, 0);
+    expectCancelled(running);
+    answer(0, 143);
+    EXPECT_EQ(host->runs.size(), 2U);
+}
+
+TEST_F(HostWorkTest, nothingStaysThereIfTheAnswerAndTheEndCross)
+{
+    auto const running = startAndStop();
+    answer(0, 0);
+    answer(1, 1);
+    expectCancelled(running);
+    waitForRuns(3);
+    EXPECT_EQ(textOf(2), "rm -f \"${TMPDIR:-/tmp}\"/.tarnwick-token.end");
+    answer(2, 0);
+}
+
+TEST_F(HostWorkTest, aCommandThatHadNotBegunIsWaitedForBeforeItsEndIsForgotten)
+{
+    auto const running = startAndStop();
+    answer(1, 1);
+    expectCancelled(running);
+    EXPECT_EQ(host->runs.size(), 2U) << "the command still has to see that it was ended";
+    answer(0, 143);
+    waitForRuns(3);
+    EXPECT_THAT(textOf(2), HasSubstr("rm -f"));
+    answer(2, 0);
+}
+
+} // namespace
+} // namespace tw::test
