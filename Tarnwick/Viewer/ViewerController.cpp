@@ -363,7 +363,7 @@ void ViewerController::show()
         if (!notice.isEmpty() || !remark.isEmpty())
             return notice.isEmpty() ? remark : notice;
         if (picture)
-            return ViewerWords::imageStatus(of, *picture, totalSize);
+            return ViewerWords::imageStatus(of, *picture, finestImage(), totalSize);
         return ViewerWords::status(of, window,
                                    {.totalSize = totalSize,
                                     .reachedEnd = reachedEnd,

@@ -103,6 +103,7 @@ private:
     void readImage();
     void imageArrived(PictureReading::Result result);
     void finerImageArrived(PictureReading::Result result);
+    PictureBounds finestImage() const;
     bool performOnImage(ViewerAction action);
     void findAgain(FileSearch::Which which);
     void search(SearchCourse course);

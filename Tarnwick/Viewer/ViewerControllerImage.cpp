@@ -32,7 +32,7 @@ void ViewerController::imageArrived(PictureReading::Result result)
         return show();
     }
     showAs(ViewerMode::hex);
-    fail(ViewerWords::undecodable());
+    fail(ViewerWords::undecodable(result.error()));
 }
 
 void ViewerController::refineImage()
@@ -58,6 +58,15 @@ void ViewerController::finerImageArrived(PictureReading::Result result)
         return fail(ViewerWords::noFinerImage());
     picture = std::make_shared<Picture const>(*std::move(result));
     show();
+}
+
+/// The room in which it can be seen at best. One that moves is not decoded again, nor is one that was decoded again in
+/// vain.
+PictureBounds ViewerController::finestImage() const
+{
+    auto const isFinal = !picture->furtherFrames.empty() || (isRefined && !underWay);
+    return isFinal ? PictureBounds{.width = picture->width, .height = picture->height}
+                   : PictureBounds::ofWhole(picture->wholeWidth, picture->wholeHeight);
 }
 
 /// An image fills its room and is moved and scaled by its view.

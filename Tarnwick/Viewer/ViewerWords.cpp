@@ -28,11 +28,16 @@ Text status(ViewerSubject const &subject, FileWindow const &window, Reading cons
     return Text::sequence(std::move(parts));
 }
 
-Text imageStatus(ViewerSubject const &subject, Picture const &picture, std::int64_t totalSize)
+Text imageStatus(ViewerSubject const &subject, Picture const &picture, PictureBounds finest, std::int64_t totalSize)
 {
-    return {"%@:%@   %@×%@   %@",
-            {subject.label, subject.path, std::to_string(picture.wholeWidth), std::to_string(picture.wholeHeight),
-             sizeOf(totalSize)}};
+    std::vector<Text> parts{
+        {"%@:%@   %@×%@",
+         {subject.label, subject.path, std::to_string(picture.wholeWidth), std::to_string(picture.wholeHeight)}}};
+    if (finest.width < picture.wholeWidth || finest.height < picture.wholeHeight)
+        parts.push_back(
+            {", shown with %@×%@ pixels at most", {std::to_string(finest.width), std::to_string(finest.height)}});
+    parts.push_back({"   %@", {sizeOf(totalSize)}});
+    return Text::sequence(std::move(parts));
 }
 
 Text searching(std::int64_t done, std::int64_t all)
@@ -90,9 +95,16 @@ Text tooLarge(std::int64_t size)
     return {"%@ is too large to display", {sizeOf(size)}};
 }
 
-Text undecodable()
+Text undecodable(PictureFailure why)
 {
-    return "not an image this Mac can decode";
+    switch (why) {
+    case PictureFailure::tooLarge:
+        return "this image has too many pixels to be decoded";
+    case PictureFailure::tooSlow:
+        return "this image takes too long to decode";
+    default:
+        return "not an image this Mac can decode";
+    }
 }
 
 Text noFinerImage()

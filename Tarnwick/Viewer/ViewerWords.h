@@ -22,8 +22,8 @@ struct Reading {
 /// The line below a text or a hex dump.
 Text status(ViewerSubject const &subject, FileWindow const &window, Reading const &reading);
 
-/// The line below an image.
-Text imageStatus(ViewerSubject const &subject, Picture const &picture, std::int64_t totalSize);
+/// The line below an image, which is shown with as many pixels as `finest` has room for.
+Text imageStatus(ViewerSubject const &subject, Picture const &picture, PictureBounds finest, std::int64_t totalSize);
 
 Text searching(std::int64_t done, std::int64_t all);
 Text notFound();
@@ -39,7 +39,7 @@ Text replaced();
 Text shortened();
 
 Text tooLarge(std::int64_t size);
-Text undecodable();
+Text undecodable(PictureFailure why);
 Text noFinerImage();
 
 Text warning(Text words);

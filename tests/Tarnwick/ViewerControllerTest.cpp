@@ -127,6 +127,8 @@ protected:
                           .pixels = "abcdefgh"};
     }
 
+    static Task<PictureReading::Result> decodeAs(PictureReading::Result made) { co_return made; }
+
     TestLoop loop;
     int decodings = 0;
     PictureReading::Decode decode = [this](std::string bytes, std::string const & /*name*/, PictureBounds room) {
@@ -420,6 +422,38 @@ TEST_F(ViewerControllerTest, aPictureThatIsLargeOnScreenIsDecodedAgainOnce)
         EXPECT_EQ(display.screen.picture->width, 3000);
         EXPECT_EQ(decodings, 2);
     }
+}
+
+TEST_F(ViewerControllerTest, aPictureWithTooManyPixelsSaysHowManyAreShown)
+{
+    Picture made{.width = 2000, .height = 1000, .wholeWidth = 20'000, .wholeHeight = 10'000, .pixels = "abcd"};
+    decode = [&made](auto const & /*bytes*/, auto const & /*name*/, auto /*room*/) { return decodeAs(made); };
+    hold("\x89PNG");
+    open();
+    EXPECT_EQ(status(), "box:/srv/log   20000×10000, shown with 7094×3547 pixels at most   4");
+    made.width = 5000;
+    made.height = 2500;
+    viewer->refineImage();
+    loop.drain();
+    EXPECT_THAT(status(), HasSubstr("20000×10000, shown with 5000×2500 pixels at most"));
+    made.wholeWidth = 8000; // it moves, and is not decoded again
+    made.wholeHeight = 4000;
+    made.furtherFrames = {{.pixels = "abcd"}};
+    open();
+    EXPECT_THAT(status(), HasSubstr("8000×4000, shown with 5000×2500 pixels at most"));
+}
+
+TEST_F(ViewerControllerTest, whyAPictureIsNotDecodedIsSaid)
+{
+    PictureReading::Result made = std::unexpected(PictureFailure::tooLarge);
+    decode = [&made](auto const & /*bytes*/, auto const & /*name*/, auto /*room*/) { return decodeAs(made); };
+    hold("\x89PNG");
+    open();
+    EXPECT_EQ(status(), "⚠︎ this image has too many pixels to be decoded");
+    EXPECT_EQ(display.screen.mode, ViewerMode::hex);
+    made = std::unexpected(PictureFailure::tooSlow);
+    perform(ViewerAction::showImage);
+    EXPECT_EQ(status(), "⚠︎ this image takes too long to decode");
 }
 
 TEST(PictureBoundsTest, aPictureIsShownPixelByPixelAsFarAsMemoryAllows)
