@@ -1,6 +1,8 @@
 #include "TWCore/Shell/FileSearch.h"
 
 #include "TWCore/Model/Trimmed.h"
+#include "TWCore/Shell/Base64.h"
+#include "TWCore/Shell/ByteExpression.h"
 
 #include <algorithm>
 #include <charconv>
@@ -9,50 +11,102 @@ namespace tw::FileSearch {
 
 namespace {
 
-constexpr std::string_view cannot = "cannot";
-constexpr std::string_view none = "none";
-constexpr std::string_view failed = "failed";
+constexpr std::string_view cannotWord = "cannot";
+constexpr std::string_view unreadableWord = "unreadable";
+constexpr std::string_view noneWord = "none";
+constexpr std::string_view slowWord = "slow";
+constexpr std::string_view failedWord = "failed ";
 
 /// Of processor time. An expression may try countless ways; the program's own limit counts for each line anew.
 constexpr int mostSecondsOfExpression = 20;
 
-/// What a search reads at a time. The last read may go behind the part.
+/// What is copied into a pipe at a time. The last read may go behind the part.
 constexpr std::int64_t readBytes = 64 * 1024;
 
-/// `filter` over a part of a file. One program that copies in large pieces: the search is as fast as the copying.
-std::string over(std::string const &path, Part part, std::string const &filter)
+/// Puts the file at an offset: its descriptor is shared with the program that reads next.
+std::string seek(std::string const &offset)
 {
+    return "dd bs=1 skip=" + offset + " count=0 2>/dev/null";
+}
+
+/// A function that prints where the matches in its input are, and behind them why there are no more if grep fails.
+std::string search(std::string const &pattern, Question const &question)
+{
+    auto const isExpression = question.sought.kind == Sought::Kind::expression;
+    // The first match of a line may lie before the part of an expression.
+    std::string const options = isExpression ? "-obUaP" : question.which == Which::first ? "-obUaF -m 1" : "-obUaF";
+    auto const time = isExpression ? "ulimit -t " + std::to_string(mostSecondsOfExpression) + "; " : std::string();
+    std::string const signals = isExpression ? "1[3-9]?:*|" : ""; // one of them ends what has used up its time
+    return "tw_search() { { " + time + "ulimit -v " + std::to_string(mostBytesOfGrep / 1024) +
+           "; } 2>/dev/null; { tw_e=$(grep " + options + " -e " + pattern +
+           " 2>&1 >&3); tw_s=$?; } 3>&1; case $tw_s:$tw_e in 0:*|1:*) ;; " + signals +
+           "2:*acktrack*|2:*JIT*|2:*recursion*) echo " + std::string(slowWord) + ";; *) echo \"" +
+           std::string(failedWord) + "${tw_e##*: }\";; esac; }\n";
+}
+
+/// Calls that function with a part of a file. The rest of a file needs no pipe, which costs a tenth of the time.
+std::string over(std::string const &path, Part part)
+{
+    auto const from = std::to_string(part.from);
     auto const count = (part.to - part.from + readBytes - 1) / readBytes;
-    return "{ dd bs=1 skip=" + std::to_string(part.from) + " count=0 2>/dev/null; dd bs=" + std::to_string(readBytes) +
-           " count=" + std::to_string(count) + " 2>/dev/null; } < " + path + " | " + filter;
+    return "if tw_s=$(stat -Lc %s " + path + ") && [ \"$tw_s\" -ge " + from + " ] && [ \"$tw_s\" -le " +
+           std::to_string(part.to) + " ]; then { " + seek(from) + "; tw_search; } <" + path + "; else { " + seek(from) +
+           "; dd bs=" + std::to_string(readBytes) + " count=" + std::to_string(count) + "; } <" + path +
+           " | tw_search; fi";
 }
 
-/// Prints the offset, behind the beginning of the part, of the match that begins there first or last.
-std::string search(std::string const &path, std::string const &pattern, Part part, std::int64_t beginnings, Which which)
+/// An awk program that picks the first or last of what `search` prints, as an offset in the part that begins at
+/// `part.from`. Not every awk prints a large number in full by itself.
+std::string pick(Part part, Which which)
 {
-    std::string const grep = "LC_ALL=C grep -obUaF";
-    if (which == Which::first)
-        return over(path, part, grep + " -m 1 -e " + pattern + " 2>/dev/null | head -n 1 | cut -d : -f 1");
-    return over(path, part,
-                grep + " -e " + pattern + " 2>/dev/null | cut -d : -f 1 | awk '$1+0<" + std::to_string(beginnings) +
-                    "{l=$1}END{print l}'");
+    auto const from = std::to_string(part.from);
+    auto const isInPart = "$1+0>=" + from + "&&$1+0<" + std::to_string(part.to);
+    return which == Which::first
+               ? "/^[a-z]/{print;exit}" + isInPart + "{printf \"%.0f\\n\",$1-" + from + ";exit}"
+               : "/^[a-z]/{l=$0;next}" + isInPart + "{l=sprintf(\"%.0f\",$1-" + from + ")}END{print l}";
 }
 
-/// The same for an expression. `-m` counts lines, and the first match of a line may lie before the part.
-std::string searchExpression(std::string const &path, std::string const &pattern, Part part, Which which)
+/// Prints the offset that is in $tw_r, and the bytes around the match.
+std::string show(std::string const &path, Question const &question)
 {
-    auto const whole = withContext(part);
-    auto const from = std::to_string(part.from - whole.from);
-    auto const to = std::to_string(part.to - whole.from);
-    auto const isFailure = "/" + std::string(failed) + "/";
-    auto const isInPart = "$1+0>=" + from + "&&$1+0<" + to;
-    auto const program = which == Which::first
-                             ? isFailure + "{print;exit}" + isInPart + "{print $1-" + from + ";exit}"
-                             : isFailure + "{l=$0;next}" + isInPart + "{l=$1-" + from + "}END{print l}";
-    return over(path, whole,
-                "{ ulimit -t " + std::to_string(mostSecondsOfExpression) + " 2>/dev/null; LC_ALL=C grep -obUaP -e " +
-                    pattern + " 2>/dev/null; [ $? -le 1 ] || echo " + std::string(failed) +
-                    "; } | cut -d : -f 1 | awk '" + program + "'");
+    auto const half = std::to_string(bytesAround / 2);
+    auto const &[from, to] = question.atHand;
+    return "echo \"$tw_r\"; tw_r=$((tw_r + " + std::to_string(question.part.from) + ")); if [ $tw_r -lt " +
+           std::to_string(from) + " ] || [ $tw_r -ge " + std::to_string(to) + " ]; then tw_r=$((tw_r > " + half +
+           " ? (tw_r - " + half + ") / 4 * 4 : 0)); { " + seek("$tw_r") + "; dd bs=" + half + " count=2; } <" + path +
+           " 2>/dev/null | base64 2>/dev/null | tr -d '\\n'; fi";
+}
+
+/// Not every grep has the offset of a match, or Perl's expressions. Such a host is asked for nothing else.
+std::string ifPossible(std::string const &path, Sought::Kind kind, std::string const &then)
+{
+    std::string const option = kind == Sought::Kind::expression ? "-obUaP" : "-obUaF";
+    return "LC_ALL=C; export LC_ALL; if [ ! -r " + path + " ]; then echo " + std::string(unreadableWord) +
+           "; elif [ \"$(printf 'ax\\n' | command grep " + option + " x 2>/dev/null)\" = 1:x ]; then\n" + then +
+           "\nelse echo " + std::string(cannotWord) + "; fi";
+}
+
+std::optional<std::int64_t> offsetIn(std::string_view words)
+{
+    std::int64_t offset = 0;
+    auto const *const end = words.data() + words.size();
+    auto const [stop, error] = std::from_chars(words.data(), end, offset);
+    if (words.empty() || error != std::errc() || stop != end || offset < 0)
+        return std::nullopt;
+    return offset;
+}
+
+/// Where they are missing, they are read.
+std::string aroundIn(std::string_view text)
+{
+    auto bytes = Base64::decode(trimmed(text));
+    return bytes && std::ssize(*bytes) <= bytesAround ? *std::move(bytes) : std::string();
+}
+
+Answer failure(std::string_view words)
+{
+    auto const isLong = words.contains("memory") || words.contains("length") || words.contains("too long");
+    return {.kind = isLong ? Answer::Kind::tooLong : Answer::Kind::failed, .words = std::string(words)};
 }
 
 } // namespace
@@ -69,41 +123,78 @@ Part withContext(Part part)
     return {.from = std::max<std::int64_t>(part.from - contextBytes, 0), .to = part.to + mostBytesOfMatch};
 }
 
-std::optional<std::string> text(ShellDialect dialect, std::string_view path, Sought const &sought, Part part,
-                                Which which)
+std::int64_t beginOfAround(std::int64_t offset)
+{
+    constexpr std::int64_t mostUnitBytes = 4;
+    return std::max<std::int64_t>(offset - bytesAround / 2, 0) / mostUnitBytes * mostUnitBytes;
+}
+
+std::vector<Part> piecesOf(Question const &question)
+{
+    auto const overlap = std::ssize(question.sought.pattern) - 1;
+    auto const part = question.part;
+    std::vector<Part> pieces;
+    if (part.to - part.from <= pieceBytes + overlap)
+        return pieces;
+    for (auto from = part.from; from < part.to - overlap; from += pieceBytes)
+        pieces.push_back({from, std::min(from + pieceBytes + overlap, part.to)});
+    if (question.which == Which::last)
+        std::ranges::reverse(pieces);
+    return pieces;
+}
+
+std::optional<std::string> text(ShellDialect dialect, std::string_view path, Question const &question)
 {
     using namespace std::string_view_literals;
+    auto const &sought = question.sought;
     if (dialect != ShellDialect::posix || sought.pattern.empty() ||
         sought.pattern.find_first_of("\n\0"sv) != std::string::npos)
         return std::nullopt;
-    auto const isExpression = sought.kind == Sought::Kind::expression;
     auto const file = quotePath(dialect, path);
-    auto const pattern = quote(dialect, sought.pattern);
+    auto const part = question.part;
+    auto const whole = sought.kind == Sought::Kind::expression ? withContext(part) : part;
     auto const beginnings = beginningsIn(part, sought);
-    // Not every grep has the offset of a match, or Perl's expressions. Such a host is asked for nothing else.
-    return "if [ \"$(printf 'ax\\n' | LC_ALL=C grep " + std::string(isExpression ? "-obUaP" : "-obUaF") +
-           " x 2>/dev/null)\" = 1:x ]; then r=$(" +
-           (isExpression ? searchExpression(file, pattern, part, which)
-                         : search(file, pattern, part, beginnings.to - beginnings.from, which)) +
-           "); echo \"${r:-" + std::string(none) + "}\"; else echo " + std::string(cannot) + "; fi";
+    auto const program = pick({beginnings.from - whole.from, beginnings.to - whole.from}, question.which);
+    return ifPossible(file, sought.kind,
+                      search(quote(dialect, sought.pattern), question) + "tw_r=$({ " + over(file, whole) +
+                          "; } 2>/dev/null | cut -d : -f 1 | awk '" + program + "')\ncase $tw_r in '') echo " +
+                          std::string(noneWord) + ";; *[!0-9]*) echo \"$tw_r\";; *) " + show(file, question) +
+                          ";; esac");
 }
 
-Answer answer(std::string_view output, Part beginnings)
+Answer answer(std::string_view output, Question const &question)
 {
     using enum Answer::Kind;
-    auto const words = trimmed(output);
-    if (words == none)
+    auto const end = output.find('\n');
+    auto const words = trimmed(output.substr(0, end));
+    if (words == noneWord)
         return {.kind = searched};
-    if (words == failed)
+    if (words == slowWord)
         return {.kind = tooSlow};
-    std::int64_t offset = 0;
-    auto const *const end = words.data() + words.size();
-    auto const [stop, error] = std::from_chars(words.data(), end, offset);
-    if (words.empty() || error != std::errc() || stop != end || offset < 0)
+    if (words == unreadableWord)
+        return {.kind = unreadable};
+    if (words.starts_with(trimmed(failedWord)))
+        return failure(trimmed(words.substr(trimmed(failedWord).size())));
+    auto const offset = offsetIn(words);
+    if (!offset)
         return {};
-    if (offset >= beginnings.to - beginnings.from)
+    auto const beginnings = beginningsIn(question.part, question.sought);
+    if (*offset >= beginnings.to - beginnings.from)
         return {.kind = searched};
-    return {.kind = searched, .offset = beginnings.from + offset};
+    return {.kind = searched,
+            .match = Match{.offset = beginnings.from + *offset,
+                           .around = end == std::string_view::npos ? std::string() : aroundIn(output.substr(end))}};
+}
+
+void throwIfFailed(Answer const &answer)
+{
+    using enum Answer::Kind;
+    if (answer.kind == tooSlow)
+        throw ByteExpression::TooSlow();
+    if (answer.kind == tooLong)
+        throw Failed("this file cannot be searched: one of its lines is too long");
+    if (answer.kind == failed)
+        throw Failed("this file cannot be searched: " + (answer.words.empty() ? "grep has failed" : answer.words));
 }
 
 } // namespace tw::FileSearch

@@ -3,9 +3,11 @@
 #include "TWCore/Shell/ShellDialect.h"
 
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The command that looks for something in a part of a file, on the host that the file is on.
 namespace tw::FileSearch {
@@ -30,6 +32,14 @@ struct Part {
     friend bool operator==(Part const &, Part const &) = default;
 };
 
+/// A search through a part of a file.
+struct Question {
+    Sought sought;
+    Part part;
+    Which which = Which::first;
+    Part atHand = {}; ///< a match that begins there is shown without the bytes around it
+};
+
 /// Where the matches of a part begin: bytes that begin behind it would not lie in it whole.
 Part beginningsIn(Part part, Sought const &sought);
 
@@ -41,22 +51,60 @@ constexpr std::int64_t mostBytesOfMatch = 64 * 1024;
 /// What an expression is run over, for its matches in a part.
 Part withContext(Part part);
 
+/// What comes with a match, so that showing it takes no further round trip. Half of it is from before the match.
+constexpr std::int64_t bytesAround = 128 * 1024;
+
+/// Where the bytes around a match begin: with a whole code unit of every encoding.
+std::int64_t beginOfAround(std::int64_t offset);
+
+/// The lines of a file may be as long as the file, and grep has each of them in memory as a whole.
+constexpr std::int64_t mostBytesOfGrep = 512 << 20;
+
+/// Bytes are found in a line of any length if a part of this size is searched at a time.
+constexpr std::int64_t pieceBytes = 64 << 20;
+
+/// The part of a question in pieces of that size, in the order of the search; none if it is not larger.
+std::vector<Part> piecesOf(Question const &question);
+
 /// Nothing if a command cannot look for this: a line end is in no line, and an argument has no NUL.
-std::optional<std::string> text(ShellDialect dialect, std::string_view path, Sought const &sought, Part part,
-                                Which which);
+std::optional<std::string> text(ShellDialect dialect, std::string_view path, Question const &question);
+
+struct Match {
+    std::int64_t offset = 0; ///< in the file
+    std::string around = {}; ///< the bytes from `beginOfAround` on; empty: they are not known
+
+    friend bool operator==(Match const &, Match const &) = default;
+};
 
 struct Answer {
     enum class Kind {
         unknown, ///< the host has no program that can do it
+        unreadable,
         searched,
-        tooSlow ///< the host's limits on an expression were reached
+        tooSlow, ///< the host's limit on the time of an expression was reached
+        tooLong, ///< so was that on memory, by a line
+        failed
     };
 
     Kind kind = Kind::unknown;
-    std::optional<std::int64_t> offset = {}; ///< in the file; nothing: there is no match
+    std::optional<Match> match = {};
+    std::string words = {}; ///< of a failure
 };
 
-/// `beginnings` are those of the part that was searched.
-Answer answer(std::string_view output, Part beginnings);
+Answer answer(std::string_view output, Question const &question);
+
+/// Thrown when a file can be read and not searched.
+class Failed final : public std::exception {
+public:
+    explicit Failed(std::string text) : words(std::move(text)) {}
+
+    char const *what() const noexcept override { return words.c_str(); }
+
+private:
+    std::string words;
+};
+
+/// Throws what the failure of a search is called: Failed, or ByteExpression::TooSlow.
+void throwIfFailed(Answer const &answer);
 
 } // namespace tw::FileSearch

@@ -2,7 +2,6 @@
 
 #include "TWCore/Model/ReadError.h"
 #include "TWCore/Provider/CommandHost.h"
-#include "TWCore/Shell/ByteExpression.h"
 #include "TWCore/Shell/FileQuestion.h"
 #include "TWEngine/Browsing/LocalFiles.h"
 #include "TWEngine/Browsing/LocalProvider.h"
@@ -10,6 +9,7 @@
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/WholeFile.h"
 #include "TWEngine/Viewing/FollowedFile.h"
+#include "TWEngine/Viewing/HostSearch.h"
 #include "TWEngine/Viewing/PartSearch.h"
 
 #include <cerrno>
@@ -64,14 +64,19 @@ Task<Facts> lookInside(std::shared_ptr<FileSystemReader> place, std::string path
     co_return Facts{.kind = EntryKind::file, .size = size};
 }
 
-using Found = std::optional<std::int64_t>;
+using Found = std::optional<FileSearch::Match>;
 using FileSearch::Part;
-using FileSearch::Sought;
-using FileSearch::Which;
+using FileSearch::Question;
 
 std::size_t lengthOf(Part part)
 {
     return static_cast<std::size_t>(part.to - part.from);
+}
+
+Found foundBy(PartSearch const &search)
+{
+    auto const offset = search.found();
+    return offset ? std::optional(FileSearch::Match{.offset = *offset}) : std::nullopt;
 }
 
 Found findHere(std::string const &path, PartSearch search)
@@ -87,7 +92,7 @@ Found findHere(std::string const &path, PartSearch search)
             throw ReadError::NotReadable(path, systemText(error));
         search.take(*piece, buffer);
     }
-    return search.found();
+    return foundBy(search);
 }
 
 Task<Found> findByReading(std::shared_ptr<FileSystemReader> place, std::string path, PartSearch search)
@@ -96,33 +101,27 @@ Task<Found> findByReading(std::shared_ptr<FileSystemReader> place, std::string p
         auto const content = co_await place->readChunk(path, piece->from, lengthOf(*piece));
         search.take(*piece, content);
     }
-    co_return search.found();
+    co_return foundBy(search);
 }
 
-struct HostSearch {
+struct SearchThere {
+    EngineRuntime &engine;
     std::shared_ptr<CommandHost> host;
     std::shared_ptr<FileSystemReader> place;
     std::string path;
-    Sought sought;
-    Part part;
-    Which which;
+    Question question;
 };
 
-Task<Found> findThere(HostSearch what)
+Task<Found> findThere(SearchThere what)
 {
-    // A step is chosen by how fast the one before was, and the file may have been in memory so far.
-    constexpr std::chrono::minutes limit(5);
-    auto const dialect = co_await what.host->dialect();
-    if (auto command = FileSearch::text(dialect, what.path, what.sought, what.part, what.which)) {
-        auto const result = co_await what.host->runCommand(
-            {.text = *std::move(command), .session = CommandSession::work, .limit = limit});
-        auto const answer = FileSearch::answer(result.output, FileSearch::beginningsIn(what.part, what.sought));
-        if (answer.kind == FileSearch::Answer::Kind::tooSlow)
-            throw ByteExpression::TooSlow();
-        if (answer.kind == FileSearch::Answer::Kind::searched)
-            co_return answer.offset;
-    }
-    auto const found = co_await findByReading(what.place, what.path, PartSearch(what.sought, what.part, what.which));
+    using enum FileSearch::Answer::Kind;
+    auto answer = co_await HostSearch::run(what.engine, what.host, what.path, what.question);
+    if (answer.kind == searched)
+        co_return std::move(answer.match);
+    if (answer.kind == unreadable)
+        co_await lookThere(what.host, what.path, Asker::user);
+    auto const &[sought, part, which, atHand] = what.question;
+    auto found = co_await findByReading(what.place, what.path, PartSearch(sought, part, which));
     co_return found;
 }
 
@@ -140,11 +139,11 @@ public:
         return place->readChunk(path, offset, length);
     }
 
-    Task<Found> find(Sought sought, Part part, Which which) override
+    Task<Found> find(Question question) override
     {
         if (auto host = std::dynamic_pointer_cast<CommandHost>(place))
-            return findThere({std::move(host), place, path, std::move(sought), part, which});
-        PartSearch const search(std::move(sought), part, which);
+            return findThere({engine, std::move(host), place, path, std::move(question)});
+        PartSearch const search(std::move(question.sought), question.part, question.which);
         if (!std::dynamic_pointer_cast<LocalProvider>(place))
             return findByReading(place, path, search);
         return engine.files().run(

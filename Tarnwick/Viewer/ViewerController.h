@@ -108,7 +108,8 @@ private:
     void findAgain(FileSearch::Which which);
     void search(SearchCourse course);
     void cancelSearch();
-    void showMatch(std::int64_t offset, Text const &words);
+    FileSearch::Part partAtHand() const;
+    void showMatch(FileSearch::Match found, Text const &words);
     void selectMatch(std::int64_t offset, Text const &words);
     std::int64_t endOfMatch(std::int64_t offset) const;
     void toggleFollowing();

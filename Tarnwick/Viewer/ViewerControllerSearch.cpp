@@ -36,8 +36,8 @@ void ViewerController::search(SearchCourse course)
     auto const part = mayRead ? course.next() : std::nullopt;
     if (!part)
         return fail(ViewerWords::notFound());
-    begin<std::optional<std::int64_t>>(
-        of.file->find(sought, *part, course.direction()),
+    begin<std::optional<FileSearch::Match>>(
+        of.file->find({sought, *part, course.direction(), partAtHand()}),
         [this, course, began = std::chrono::steady_clock::now()](auto found, auto const &failure) mutable {
             isSearching = false;
             course.took(std::chrono::steady_clock::now() - began);
@@ -46,9 +46,9 @@ void ViewerController::search(SearchCourse course)
             if (!*found)
                 return search(course);
             auto const isDown = course.direction() == FileSearch::Which::first;
-            showMatch(**found, !course.hasWrapped() ? Text()
-                               : isDown             ? ViewerWords::continuedAtTheBeginning()
-                                                    : ViewerWords::continuedAtTheEnd());
+            showMatch(**std::move(found), !course.hasWrapped() ? Text()
+                                          : isDown             ? ViewerWords::continuedAtTheBeginning()
+                                                               : ViewerWords::continuedAtTheEnd());
         });
     underWay = Purpose::jump;
     isSearching = true;
@@ -63,16 +63,27 @@ void ViewerController::cancelSearch()
     show();
 }
 
-void ViewerController::showMatch(std::int64_t offset, Text const &words)
+/// Where a match can begin that is shown without reading: it is in the window as a whole, with what is before it.
+FileSearch::Part ViewerController::partAtHand() const
 {
+    auto const isWhole = window.end() >= totalSize;
+    return {.from = window.begin() == 0 ? 0 : window.begin() + ViewedLines::cutBytes + 1,
+            .to = isWhole ? window.end() : window.end() - std::ssize(sought.pattern) + 1};
+}
+
+void ViewerController::showMatch(FileSearch::Match found, Text const &words)
+{
+    auto const offset = found.offset;
     match = offset;
     notice = {};
-    auto const end = offset + std::ssize(sought.pattern);
-    if (window.contains(offset) && window.end() >= std::min(end, totalSize) &&
-        (window.begin() == 0 || offset - window.begin() > ViewedLines::cutBytes))
+    if (auto const atHand = partAtHand(); offset >= atHand.from && offset < atHand.to)
         return selectMatch(offset, words);
-    jump(offset - static_cast<std::int64_t>(FileWindow::chunkBytes / 2),
-         [this, offset, words] { selectMatch(offset, words); });
+    auto const go = [this, offset, words] { selectMatch(offset, words); };
+    auto const begin = FileSearch::beginOfAround(offset);
+    auto const end = begin + std::ssize(found.around);
+    if (end < std::min(offset + std::ssize(sought.pattern), totalSize) || end <= offset)
+        return jump(offset - static_cast<std::int64_t>(FileWindow::chunkBytes / 2), go);
+    arrived({Purpose::jump, begin, static_cast<std::size_t>(FileSearch::bytesAround), go}, std::move(found.around));
 }
 
 /// A host says where a match of an expression begins. How long it is depends on the rest of its line.

@@ -77,7 +77,8 @@ TEST_F(ViewedFileTest, bytesAreFoundInAPartFromBothEnds)
     for (auto const &place : places()) {
         auto const file = at(place, path);
         auto const found = [&](std::string bytes, FileSearch::Part part, FileSearch::Which which) {
-            return loop.run(file->find({.pattern = std::move(bytes)}, part, which)).value_or(-1);
+            auto const match = loop.run(file->find({{.pattern = std::move(bytes)}, part, which}));
+            return match ? match->offset : -1;
         };
         EXPECT_EQ(found("needle", {0, size}, first), far);
         EXPECT_EQ(found("needle", {far + 1, size}, first), far + 16);
@@ -102,10 +103,9 @@ TEST_F(ViewedFileTest, anExpressionIsFoundAlikeEverywhere)
     for (auto const &place : places()) {
         auto const file = at(place, path);
         auto const found = [&](std::string pattern, FileSearch::Part part, FileSearch::Which which) {
-            return loop
-                .run(file->find({.pattern = std::move(pattern), .kind = FileSearch::Sought::Kind::expression}, part,
-                                which))
-                .value_or(-1);
+            auto const match = loop.run(file->find(
+                {{.pattern = std::move(pattern), .kind = FileSearch::Sought::Kind::expression}, part, which}));
+            return match ? match->offset : -1;
         };
         EXPECT_EQ(found("error \\d+", {0, size}, first), far + 2);
         EXPECT_EQ(found("error \\d+", {far + 3, size}, first), 2 * far + 13);
@@ -115,9 +115,9 @@ TEST_F(ViewedFileTest, anExpressionIsFoundAlikeEverywhere)
         EXPECT_EQ(found("^rror", {far + 3, size}, first), -1) << "no line begins there";
         EXPECT_EQ(found("[\\xC0-\\xFF]", {0, size}, first), -1);
         auto const trap = at(place, folder.file("trap", std::string(100, 'x')));
-        EXPECT_THROW(loop.run(trap->find({.pattern = "(x+x+)+[yz]", .kind = FileSearch::Sought::Kind::expression},
-                                         {0, 100}, first)),
-                     ByteExpression::TooSlow);
+        EXPECT_THROW(
+            loop.run(trap->find({{.pattern = "(x+x+)+[yz]", .kind = FileSearch::Sought::Kind::expression}, {0, 100}})),
+            ByteExpression::TooSlow);
     }
 }
 
@@ -170,6 +170,7 @@ TEST_F(ViewedFileTest, aMissingFileHasWords)
     for (auto const &place : places()) {
         auto const path = folder.path("missing");
         EXPECT_EQ(failureOf(*at(place, path)), "cannot read " + path + ": No such file or directory");
+        EXPECT_THROW(loop.run(at(place, path)->find({{.pattern = "x"}, {0, 10}})), ReadError);
     }
 }
 

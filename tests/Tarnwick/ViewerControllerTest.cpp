@@ -577,6 +577,51 @@ TEST_F(ViewerControllerTest, aSearchThatIsCutOffHasWordsAndCanBeRepeated)
     EXPECT_EQ(display.screen.selectedFrom.line, 4);
 }
 
+TEST_F(ViewerControllerTest, aMatchIsShownWithWhatAHostSaysIsAroundIt)
+{
+    holdNumberedLines(11 * 1'000'000);
+    file->saysWhatIsAround = true;
+    open();
+    file->requests.clear();
+    constexpr std::int64_t offset = 11 * 500'000;
+    constexpr auto from = offset - FileSearch::bytesAround / 2;
+    file->isHeld = true;
+    find({.typed = "0005500000"});
+    file->answer();
+    loop.drain();
+    EXPECT_EQ(display.screen.selectedFrom, (ViewerPlace{offset, 0}));
+    EXPECT_THAT(display.screen.rows, ::testing::Contains(::testing::Field(&ViewerRow::text, U"0005500000")));
+    EXPECT_THAT(file->requests, ElementsAre(Request{from + FileSearch::bytesAround, FileWindow::chunkBytes}))
+        << "nothing is read but what comes behind it";
+}
+
+TEST_F(ViewerControllerTest, aMatchAtTheEndOfTheFileIsOnTheLastPage)
+{
+    holdNumberedLines(11 * 1'000'000);
+    file->saysWhatIsAround = true;
+    open();
+    find({.typed = "0010999989"});
+    EXPECT_EQ(lastRow(), "0010999989");
+    EXPECT_EQ(display.screen.rows.size(), 10U);
+    EXPECT_THAT(display.screen.top + display.screen.page, ::testing::DoubleNear(1, 1e-9));
+    file->requests.clear();
+    find({.typed = "0010999978"});
+    EXPECT_EQ(display.screen.selectedFrom.line, 10'999'978);
+    EXPECT_TRUE(file->requests.empty()) << "it was at hand";
+}
+
+TEST_F(ViewerControllerTest, aFileThatCannotBeSearchedIsNotOneWithoutAMatch)
+{
+    hold("one\ntwo\n");
+    open();
+    file->whyNotSearched = "this file cannot be searched: one of its lines is too long";
+    find({.typed = "nowhere"});
+    EXPECT_EQ(status(), "⚠︎ this file cannot be searched: one of its lines is too long");
+    file->whyNotSearched.clear();
+    find({.typed = "two"});
+    EXPECT_EQ(display.screen.selectedFrom.line, 4);
+}
+
 TEST_F(ViewerControllerTest, aFollowedFileStaysAtItsEnd)
 {
     holdNumberedLines(1100);
@@ -695,6 +740,7 @@ TEST_F(ViewerControllerTest, aSearchIsCancelledAndThenTheViewerCloses)
     EXPECT_FALSE(display.screen.isBusy);
     EXPECT_THAT(display.asked, ::testing::IsEmpty());
     EXPECT_EQ(file->searched.size(), 1U);
+    EXPECT_EQ(file->stopped, 1) << "where the file is";
     perform(ViewerAction::close);
     EXPECT_THAT(display.asked, ElementsAre(ViewerAction::close));
 }

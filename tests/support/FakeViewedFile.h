@@ -50,15 +50,20 @@ public:
         co_return content(offset, static_cast<std::size_t>(std::min(left, static_cast<std::int64_t>(length))));
     }
 
-    Task<std::optional<std::int64_t>> find(FileSearch::Sought sought, FileSearch::Part part,
-                                           FileSearch::Which which) override
+    Task<std::optional<FileSearch::Match>> find(FileSearch::Question question) override
     {
+        auto const &[sought, part, which, atHand] = question;
         searched.push_back(part);
         if (isHeld) {
             auto const gate = std::make_shared<Completion<bool>>();
             held.push_back(gate);
-            co_await Completion<bool>::wait(gate);
+            auto const outcome = co_await outcomeOf(Completion<bool>::wait(gate));
+            stopped += outcome.failure ? 1 : 0;
+            if (outcome.failure)
+                std::rethrow_exception(outcome.failure);
         }
+        if (!whyNotSearched.empty())
+            throw FileSearch::Failed(whyNotSearched);
         auto const text = content(part.from, static_cast<std::size_t>(part.to - part.from));
         if (!failure.empty())
             throw ReadError::NotReadable("/file", failure);
@@ -71,7 +76,13 @@ public:
                 return !isFirst;
             });
         }
-        co_return at == std::string::npos ? std::nullopt : std::optional(part.from + static_cast<std::int64_t>(at));
+        if (at == std::string::npos)
+            co_return std::nullopt;
+        FileSearch::Match match{.offset = part.from + static_cast<std::int64_t>(at)};
+        auto const isAtHand = match.offset >= atHand.from && match.offset < atHand.to;
+        if (saysWhatIsAround && !isAtHand)
+            match.around = around(match.offset);
+        co_return match;
     }
 
     Task<Facts> next(std::optional<Facts> known) override
@@ -109,16 +120,25 @@ public:
     std::int64_t size;
     EntryKind kind = EntryKind::file;
     std::function<std::string(std::int64_t, std::size_t)> content;
-    std::string failure;      ///< why it cannot be read; empty: it can
-    bool throwsOnRead = true; ///< false: as a host, which answers nothing
+    std::string failure;        ///< why it cannot be read; empty: it can
+    bool throwsOnRead = true;   ///< false: as a host, which answers nothing
+    std::string whyNotSearched; ///< empty: it can be
     bool isHeld = false;
+    bool saysWhatIsAround = false; ///< of a match, as a host does
     std::vector<Request> requests;
     std::vector<FileSearch::Part> searched;
+    int stopped = 0; ///< searches that were given up
     int looks = 0;
     std::string identity = "1";
     int followers = 0; ///< that wait for a change
 
 private:
+    std::string around(std::int64_t offset) const
+    {
+        auto const begin = FileSearch::beginOfAround(offset);
+        return content(begin, static_cast<std::size_t>(std::min(size - begin, FileSearch::bytesAround)));
+    }
+
     std::vector<std::shared_ptr<Completion<bool>>> held;
     std::shared_ptr<Completion<bool>> waiting;
 };
