@@ -33,6 +33,16 @@ std::string cleanedLines(std::string_view words)
     return lines;
 }
 
+/// The same behind each other: a strip has no line ends, and would show a sign for each.
+std::string linesJoined(std::string_view words)
+{
+    auto lines = cleanedLines(words);
+    auto const repeated = std::ranges::unique(lines, [](char one, char next) { return one == '\n' && next == '\n'; });
+    lines.erase(repeated.begin(), repeated.end());
+    std::ranges::replace(lines, '\n', ' ');
+    return std::string(trimmed(lines));
+}
+
 void addSection(std::string &text, std::string const &title, std::string_view words)
 {
     if (auto const lines = cleanedLines(words); !lines.empty())
@@ -106,6 +116,14 @@ PaneNotice notListed(std::string const &path, std::string const &reason)
     return {.text = std::move(text), .actions = {Action::retry}};
 }
 
+/// A program may say much when it fails.
+PaneNotice inSeveralLines(FileOperationError::Failed const &failed)
+{
+    return {.text = Text(failed.operation + " failed on " + failed.path + ": " + linesJoined(failed.detail)),
+            .actions = {Action::retry, Action::details},
+            .details = cleanedLines(failed.detail)};
+}
+
 std::string reasonOf(int errorNumber)
 {
     switch (errorNumber) {
@@ -172,7 +190,9 @@ PaneNotice failure(std::exception_ptr const &reason, std::string const &host, st
                 .actions = {Action::retry}};
     } catch (FileOperationError::Failed const &failed) {
         if (failed.operation == "list")
-            return notListed(failed.path, failed.detail);
+            return notListed(failed.path, linesJoined(failed.detail));
+        if (failed.detail.contains('\n'))
+            return inSeveralLines(failed);
     } catch (BrowserError::NotADirectory const &) {
         return notListed(path, "not a folder");
     } catch (LocalProviderError::CannotOpen const &failed) {

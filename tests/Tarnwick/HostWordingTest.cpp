@@ -102,6 +102,18 @@ TEST(HostWordingTest, anyOtherFailureKeepsItsText)
     EXPECT_THAT(notice.actions, ElementsAre(Action::retry));
 }
 
+TEST(HostWordingTest, theLinesOfAProgramAreOneBehindTheOther)
+{
+    auto const words = "gzip: stdin: unexpected end of file\r\n\ntar: \x1B[1mChild returned\ntar: Error exit\n";
+    auto const notice = noticeFor(FileOperationError::Failed("list archive", "/x/a\nb.tgz", words));
+    EXPECT_EQ(notice.text.english(),
+              "list archive failed on /x/a\nb.tgz: gzip: stdin: unexpected end of file tar: \u241B[1mChild returned "
+              "tar: Error exit");
+    EXPECT_EQ(notice.details, "gzip: stdin: unexpected end of file\n\ntar: \u241B[1mChild returned\ntar: Error exit\n");
+    EXPECT_THAT(notice.actions, ElementsAre(Action::retry, Action::details));
+    EXPECT_EQ(textFor(FileOperationError::Failed("list", "/x", "no\nway")), "/x cannot be read: no way.");
+}
+
 TEST(HostWordingTest, aWaitSaysForWhatAndHowToEndIt)
 {
     using Phase = HostStatus::Phase;
