@@ -9,7 +9,11 @@
 namespace tw::test {
 namespace {
 
-class LargeArchivesTest : public ArchiveTest {};
+/// A step of it takes minutes with sanitizers.
+class LargeArchivesTest : public ArchiveTest {
+protected:
+    LargeArchivesTest() { loop.setHangLimit(std::chrono::minutes(20)); }
+};
 
 TEST_F(LargeArchivesTest, aTarOfAMillionMembersWithoutItsFoldersIsOpenedAndUnpackedFrom)
 {
