@@ -62,6 +62,23 @@ std::string joined(std::initializer_list<std::string_view> parts)
     return text;
 }
 
+Script scriptOf(ArchivePlacing::All const &all)
+{
+    return {joined({clean, move, placeAllText}), {all.staging, all.target, all.stem}};
+}
+
+Script scriptOf(ArchivePlacing::Members const &some)
+{
+    Script script{joined({clean, move, placeMembersText}), {some.staging, some.target}};
+    script.arguments.insert(script.arguments.end(), some.members.begin(), some.members.end());
+    return script;
+}
+
+Script scriptOf(ArchivePlacing::File const &one)
+{
+    return {std::string(placeFileText), {one.file, one.target}};
+}
+
 } // namespace
 
 std::string Script::inSubshell() const
@@ -82,21 +99,9 @@ Script removeStaging(std::string staging)
     return {"rm -rf \"$1\" 2>/dev/null || { chmod -R u+rwX \"$1\"; rm -rf \"$1\"; }\n", {std::move(staging)}};
 }
 
-Script placeAll(std::string staging, std::string target, std::string stem)
+Script place(ArchivePlacing::Any const &placing)
 {
-    return {joined({clean, move, placeAllText}), {std::move(staging), std::move(target), std::move(stem)}};
-}
-
-Script placeMembers(std::string staging, std::string target, std::span<std::string const> members)
-{
-    Script script{joined({clean, move, placeMembersText}), {std::move(staging), std::move(target)}};
-    script.arguments.insert(script.arguments.end(), members.begin(), members.end());
-    return script;
-}
-
-Script placeFile(std::string file, std::string target)
-{
-    return {std::string(placeFileText), {std::move(file), std::move(target)}};
+    return std::visit([](auto const &one) { return scriptOf(one); }, placing);
 }
 
 Script readFile(std::string path)

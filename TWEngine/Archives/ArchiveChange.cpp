@@ -119,8 +119,7 @@ Script copyOf(Change const &change)
 
 Task<void> begin(Shared change)
 {
-    auto making = ArchiveScripts::makeStaging(change->staging);
-    co_await ArchiveStaging::runScript(change->work, nullptr, std::move(making), change->job);
+    co_await ArchiveStaging::makeFolder(change->work, nullptr, change->staging, change->job);
     co_await ArchiveChild::run(change->work, ArchiveChild::command(copyOf(*change)), change->job);
 }
 

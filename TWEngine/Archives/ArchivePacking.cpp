@@ -102,7 +102,7 @@ Task<void> packInPlace(ArchiveWork::Shared work, Names names, TransferEndpoint f
         withTotal(work, total), machine,
         {.staging = staging,
          .attempts = {std::move(*call)},
-         .place = ArchiveScripts::placeFile(file, archive.path()),
+         .place = ArchivePlacing::File{file, archive.path()},
          .job = {.operation = "pack", .path = archive.path(), .item = count + " item(s) — packing on " + place}});
 }
 
@@ -113,7 +113,7 @@ Task<void> packStream(ArchiveWork::Shared work, Names names, TransferEndpoint fr
     auto const staging = ArchiveStaging::newPath(folderOf(archive.path()));
     auto const file = staging + "/archive";
     ArchiveChild::Job const job{.operation = "pack", .path = archive.path()};
-    auto making = ArchiveStaging::runScript(work, archive.host(), ArchiveScripts::makeStaging(staging), job);
+    auto making = ArchiveStaging::makeFolder(work, archive.host(), staging, job);
     auto outcome = co_await outcomeOf(std::move(making));
     auto const producer =
         ArchivePipe::endOf(from.host(), ArchiveCommands::packToOutput(machine.tools, ArchiveCommands::Compression::gzip,
@@ -122,8 +122,7 @@ Task<void> packStream(ArchiveWork::Shared work, Names names, TransferEndpoint fr
     if (!outcome.failure)
         outcome = co_await outcomeOf(ArchivePipe::run(work, producer, consumer, TransferCommands::label(names)));
     if (!outcome.failure) {
-        auto placing =
-            ArchiveStaging::runScript(work, archive.host(), ArchiveScripts::placeFile(file, archive.path()), job);
+        auto placing = ArchiveStaging::place(work, archive.host(), ArchivePlacing::File{file, archive.path()}, job);
         outcome = co_await outcomeOf(std::move(placing));
     }
     if (!outcome.failure)

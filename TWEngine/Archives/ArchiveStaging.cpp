@@ -6,6 +6,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Shell/EndableCommand.h"
+#include "TWEngine/Archives/LocalPlacing.h"
 #include "TWEngine/Archives/PasswordedWork.h"
 #include "TWEngine/Platform/RandomDigits.h"
 #include "TWEngine/Transfer/HostWork.h"
@@ -30,6 +31,11 @@ void throwIfFailed(CommandResult const &result, ArchiveChild::Job const &job)
         job.operation, job.path, words.empty() ? "exit " + std::to_string(result.status) : std::string(words)));
 }
 
+std::string targetOf(ArchivePlacing::Any const &placing)
+{
+    return std::visit([](auto const &one) { return one.target; }, placing);
+}
+
 /// Members under another name than that of the archive are the only failure that another attempt mends.
 bool isNotFound(std::exception_ptr const &failure)
 {
@@ -42,9 +48,20 @@ bool isNotFound(std::exception_ptr const &failure)
     }
 }
 
+Task<void> runScript(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, Script script, ArchiveChild::Job job)
+{
+    if (!host) {
+        co_await ArchiveChild::run(work, ArchiveChild::command(script), std::move(job));
+        co_return;
+    }
+    auto const result = co_await host->runCommand(
+        {.text = script.inSubshell(), .session = CommandSession::work, .effect = CommandEffect::changes});
+    throwIfFailed(result, job);
+}
+
 Task<void> fill(ArchiveWork::Shared work, Steps steps)
 {
-    co_await runScript(work, nullptr, ArchiveScripts::makeStaging(steps.staging), steps.job);
+    co_await makeFolder(work, nullptr, steps.staging, steps.job);
     for (std::size_t attempt = 0; attempt < steps.attempts.size(); ++attempt) {
         auto running = ArchiveChild::run(work, steps.attempts[attempt], steps.job);
         auto const outcome = co_await outcomeOf(std::move(running));
@@ -54,7 +71,7 @@ Task<void> fill(ArchiveWork::Shared work, Steps steps)
             std::rethrow_exception(outcome.failure);
     }
     if (steps.place)
-        co_await ArchiveChild::run(work, ArchiveChild::command(*steps.place), steps.job);
+        co_await place(work, nullptr, *steps.place, steps.job);
 }
 
 Task<void> runHere(ArchiveWork::Shared work, Steps steps)
@@ -70,6 +87,36 @@ Task<void> removing(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host,
 {
     auto script = ArchiveScripts::removeStaging(std::move(staging));
     co_await outcomeOf(runScript(work, host, std::move(script), {.operation = "remove", .path = {}}));
+}
+
+/// The command by which a host performs the steps, with each call of a tool as one that can be ended.
+std::string text(Steps const &steps, std::string_view token)
+{
+    std::string script = ArchiveScripts::makeStaging(steps.staging).inSubshell() + " || exit 1\n";
+    if (std::ranges::any_of(steps.attempts, &ArchiveCommands::Call::hasBackslash))
+        script += "TAR_OPTIONS=--no-unquote; export TAR_OPTIONS\n";
+    script += "{ ";
+    for (auto const &attempt : steps.attempts) {
+        auto const call = attempt.text(ShellDialect::posix);
+        script += &attempt == steps.attempts.data() ? "(" : " || (";
+        script += call + ")";
+    }
+    script += "; }";
+    if (steps.place)
+        script += " && " + ArchiveScripts::place(*steps.place).inSubshell();
+    script += "\ns=$?\n[ $s = 0 ] || " + ArchiveScripts::removeStaging(steps.staging).inSubshell() + "\nexit $s";
+    return EndableCommand::text(token, steps.attempts.front().program, script);
+}
+
+Task<void> runThere(ArchiveWork::Shared work, Machine machine, Steps steps)
+{
+    auto const token = randomDigits(16);
+    auto const script = text(steps, token);
+    auto running = work->password ? PasswordedWork::run(work->engine, work->transfer.ssh, machine.host,
+                                                        {script, token, *work->password})
+                                  : HostWork::run(work->engine, machine.host, token, script);
+    auto const result = co_await std::move(running);
+    throwIfFailed(result, steps.job);
 }
 
 } // namespace
@@ -93,28 +140,31 @@ std::string newPath(std::string_view folder)
 Task<void> run(ArchiveWork::Shared work, Machine machine, Steps steps)
 {
     work->report({.total = steps.job.total, .item = steps.job.item});
-    if (!machine.host) {
-        co_await runHere(work, std::move(steps));
-        co_return;
-    }
-    auto const token = randomDigits(16);
-    auto const script = text(steps, token);
-    auto running = work->password ? PasswordedWork::run(work->engine, work->transfer.ssh, machine.host,
-                                                        {script, token, *work->password})
-                                  : HostWork::run(work->engine, machine.host, token, script);
-    auto const result = co_await std::move(running);
-    throwIfFailed(result, steps.job);
+    return machine.host ? runThere(std::move(work), std::move(machine), std::move(steps))
+                        : runHere(std::move(work), std::move(steps));
 }
 
-Task<void> runScript(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, Script script, ArchiveChild::Job job)
+Task<void> makeFolder(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, std::string staging,
+                      ArchiveChild::Job job)
 {
-    if (!host) {
-        co_await ArchiveChild::run(work, ArchiveChild::command(script), std::move(job));
-        co_return;
-    }
-    auto const result = co_await host->runCommand(
-        {.text = script.inSubshell(), .session = CommandSession::work, .effect = CommandEffect::changes});
-    throwIfFailed(result, job);
+    if (host)
+        co_await runScript(work, host, ArchiveScripts::makeStaging(staging), job);
+    else
+        co_await work->engine.files().run(staging, FileLanes::LastLink::keep, WorkPriority::interactive,
+                                          [staging, job](auto const &) { LocalPlacing::makeStaging(staging, job); });
+}
+
+Task<void> place(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, ArchivePlacing::Any placing,
+                 ArchiveChild::Job job)
+{
+    auto left = std::optional(placing);
+    auto const context = co_await currentContext();
+    if (!host)
+        left = co_await work->engine.files().run(
+            targetOf(placing), FileLanes::LastLink::keep, WorkPriority::interactive,
+            [placing, job, stop = context.stop](auto const &) { return LocalPlacing::place(placing, job, stop); });
+    if (left)
+        co_await runScript(work, host, ArchiveScripts::place(*left), job);
 }
 
 Task<void> discard(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, std::string staging)
@@ -125,21 +175,6 @@ Task<void> discard(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, 
         spawn({context.executor, {}}, removing(work, host, std::move(staging)));
     else
         co_await removing(work, host, std::move(staging));
-}
-
-std::string text(Steps const &steps, std::string_view token)
-{
-    std::string script = ArchiveScripts::makeStaging(steps.staging).inSubshell() + " || exit 1\n";
-    if (std::ranges::any_of(steps.attempts, &ArchiveCommands::Call::hasBackslash))
-        script += "TAR_OPTIONS=--no-unquote; export TAR_OPTIONS\n";
-    script += "{ ";
-    for (auto const &call : steps.attempts)
-        script += (&call == steps.attempts.data() ? "(" : " || (") + call.text(ShellDialect::posix) + ")";
-    script += "; }";
-    if (steps.place)
-        script += " && " + steps.place->inSubshell();
-    script += "\ns=$?\n[ $s = 0 ] || " + ArchiveScripts::removeStaging(steps.staging).inSubshell() + "\nexit $s";
-    return EndableCommand::text(token, steps.attempts.front().program, script);
 }
 
 } // namespace tw::ArchiveStaging

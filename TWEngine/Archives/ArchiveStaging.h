@@ -25,7 +25,7 @@ struct Steps {
     /// Which fill it: the first that succeeds.
     std::vector<ArchiveCommands::Call> attempts;
     /// Gives the result its place, and leaves nothing behind. None: the caller does something with the folder.
-    std::optional<ArchiveScripts::Script> place;
+    std::optional<ArchivePlacing::Any> place;
     ArchiveChild::Job job;
 };
 
@@ -35,15 +35,14 @@ struct Steps {
 /// Errors: FileOperationError::Failed; SpawnError; what `runCommand` of a host throws.
 Task<void> run(ArchiveWork::Shared work, Machine machine, Steps steps);
 
-/// Runs one script there. Throws as `run`.
-Task<void> runScript(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, ArchiveScripts::Script script,
-                     ArchiveChild::Job job);
+/// Makes the folder alone, and places what waits in it. Throw as `run`.
+Task<void> makeFolder(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, std::string staging,
+                      ArchiveChild::Job job);
+Task<void> place(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, ArchivePlacing::Any placing,
+                 ArchiveChild::Job job);
 
 /// Removes the folder, best effort: if the task is being stopped, behind its back.
 Task<void> discard(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host, std::string staging);
-
-/// The command by which a host performs the steps, with each call of a tool as one that can be ended.
-std::string text(Steps const &steps, std::string_view token);
 
 } // namespace ArchiveStaging
 

@@ -184,7 +184,7 @@ Task<void> extractSome(ArchiveWork::Shared work, Machine machine, Names members,
                         .total = file.size,
                         .reads = file.path}};
     if (isHere)
-        steps.place = ArchiveScripts::placeMembers(staging, into.path(), members);
+        steps.place = ArchivePlacing::Members{staging, into.path(), members};
     co_await ArchiveStaging::run(work, machine, std::move(steps));
     if (!isHere)
         co_await carryOver(work, staging, at(archive.host(), staging), std::move(members), into);
@@ -203,7 +203,7 @@ Task<void> unpackStream(ArchiveWork::Shared work, Machine target, TransferEndpoi
     std::string const name(lastName(archive.path()));
     ArchiveChild::Job const job{.operation = "unpack", .path = archive.path(), .item = name};
     auto const file = co_await lookAt(work, archive);
-    auto making = ArchiveStaging::runScript(work, into.host(), ArchiveScripts::makeStaging(staging), job);
+    auto making = ArchiveStaging::makeFolder(work, into.host(), staging, job);
     auto outcome = co_await outcomeOf(std::move(making));
     auto const reader = ArchivePipe::endOf(archive.host(), ArchiveScripts::readFile(file.path));
     auto const unpacker = ArchivePipe::endOf(
@@ -211,8 +211,8 @@ Task<void> unpackStream(ArchiveWork::Shared work, Machine target, TransferEndpoi
     if (!outcome.failure)
         outcome = co_await outcomeOf(ArchivePipe::run(work, reader, unpacker, name, file.size));
     if (!outcome.failure) {
-        auto place = ArchiveScripts::placeAll(staging, into.path(), archiveStem(name));
-        outcome = co_await outcomeOf(ArchiveStaging::runScript(work, into.host(), std::move(place), job));
+        ArchivePlacing::All const all{staging, into.path(), archiveStem(name)};
+        outcome = co_await outcomeOf(ArchiveStaging::place(work, into.host(), all, job));
     }
     if (!outcome.failure)
         co_return;
@@ -233,8 +233,8 @@ Task<void> unpackThere(ArchiveWork::Shared work, Steps steps, Machine machine, T
     auto carrying = carryOver(work, staged, at(archive.host(), folderOf(staged)), {name}, at(into.host(), folder));
     auto outcome = co_await outcomeOf(std::move(carrying));
     if (!outcome.failure) {
-        auto place = ArchiveScripts::placeAll(arrived, into.path(), archiveStem(lastName(archive.path())));
-        outcome = co_await outcomeOf(ArchiveStaging::runScript(work, into.host(), std::move(place), job));
+        ArchivePlacing::All const all{arrived, into.path(), archiveStem(lastName(archive.path()))};
+        outcome = co_await outcomeOf(ArchiveStaging::place(work, into.host(), all, job));
     }
     if (!outcome.failure)
         co_return;
@@ -283,7 +283,7 @@ Task<void> unpack(ArchiveWork::Shared work, TransferEndpoint archive, TransferEn
                         .total = file.size,
                         .reads = file.path}};
     if (isHere)
-        steps.place = ArchiveScripts::placeAll(staging, into.path(), archiveStem(name));
+        steps.place = ArchivePlacing::All{staging, into.path(), archiveStem(name)};
     if (isHere)
         co_await ArchiveStaging::run(work, machine, std::move(steps));
     else

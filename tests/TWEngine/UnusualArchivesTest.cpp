@@ -2,6 +2,7 @@
 
 #include "TWEngine/Archives/ArchiveChild.h"
 #include "TWEngine/Archives/ArchiveProvider.h"
+#include "TWEngine/Archives/RightsCleaning.h"
 #include "tests/support/ArchiveTest.h"
 #include "tests/support/Listings.h"
 #include "tests/support/TarArchive.h"
@@ -15,6 +16,28 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
+
+/// While it lives, gzip and cat can write no more than 64 KiB to a file, as on a disk that is nearly full.
+class WithSmallFiles {
+public:
+    explicit WithSmallFiles(TemporaryFolder &programs)
+    {
+        for (std::string const name : {"gzip", "cat"}) {
+            auto const path = programs.file(name, "#!/bin/bash\ntrap '' XFSZ\nulimit -f 64\nPATH=/usr/bin:/bin exec " +
+                                                      name + " \"$@\"\n");
+            ::chmod(path.c_str(), 0755);
+        }
+        ::setenv("PATH", (programs.path() + ":" + before).c_str(), 1);
+    }
+
+    ~WithSmallFiles() { ::setenv("PATH", before.c_str(), 1); }
+
+    WithSmallFiles(WithSmallFiles const &) = delete;
+    WithSmallFiles &operator=(WithSmallFiles const &) = delete;
+
+private:
+    std::string const before = std::getenv("PATH");
+};
 
 class UnusualArchivesTest : public ArchiveTest {
 protected:
@@ -133,6 +156,56 @@ TEST_F(UnusualArchivesTest, aFullDiskLeavesEverythingAsItWas)
     EXPECT_THAT(add({folder.path("d")}, archive("little.7z"), {}, small), full);
     EXPECT_TRUE(contentOf(archive("little.7z")) == before);
     EXPECT_THAT(namesIn(folder.path()), testing::Not(testing::Contains(StartsWith(".tw-archive-"))));
+}
+
+TEST_F(UnusualArchivesTest, aFullDiskLeavesATarAsItWas)
+{
+    folder.folder("d");
+    shell("head -c 400000 /dev/urandom > d/large; echo x > small; tar -czf a.tar.gz small; tar -cf plain.tar small");
+    WithSmallFiles const small(programs);
+    for (auto const *const name : {"a.tar.gz", "plain.tar"}) {
+        auto const before = contentOf(archive(name));
+        EXPECT_THAT(add({folder.path("d")}, archive(name)), HasSubstr("File too large")) << name;
+        EXPECT_TRUE(contentOf(archive(name)) == before) << name;
+    }
+    EXPECT_THAT(namesIn(folder.path()), testing::Not(testing::Contains(StartsWith(".tw-archive-"))));
+}
+
+TEST_F(UnusualArchivesTest, onlyFilesLoseTheRightToRunAsTheirOwner)
+{
+    auto const modeOf = [&](std::string const &path) {
+        struct stat status;
+        return ::stat(folder.path(path).c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+    };
+    folder.folder("d");
+    folder.folder("d/shared");
+    folder.file("d/shared/su", "x");
+    folder.file("d/plain", "x");
+    folder.file("outside", "x");
+    folder.link("d/link", "../outside");
+    ASSERT_EQ(::chmod(folder.path("d/shared").c_str(), 02770), 0);
+    ASSERT_EQ(::chmod(folder.path("d/shared/su").c_str(), 06755), 0);
+    ASSERT_EQ(::chmod(folder.path("d/plain").c_str(), 0640), 0);
+    ASSERT_EQ(::chmod(folder.path("outside").c_str(), 04755), 0);
+    EXPECT_TRUE(cleanRights(folder.path("d"), {}));
+    EXPECT_EQ(modeOf("d/shared"), 02770U);
+    EXPECT_EQ(modeOf("d/shared/su"), 0755U);
+    EXPECT_EQ(modeOf("d/plain"), 0640U);
+    EXPECT_EQ(modeOf("outside"), 04755U) << "a link is not followed";
+}
+
+TEST_F(UnusualArchivesTest, aTreeOfAnyDepthIsUnpacked)
+{
+    constexpr int levels = 500;
+    std::string deep = "d";
+    for (int level = 1; level < levels; ++level)
+        deep += "/d";
+    shell("mkdir -p " + deep + "; touch " + deep + "/f; chmod 4755 " + deep + "/f; tar -czf a.tar.gz d");
+    EXPECT_FALSE(cleanRights(folder.path("d"), {})) << "more levels than this process has descriptors";
+    EXPECT_EQ(unpack(here(archive("a.tar.gz")), here(local.path("out"))), "done");
+    struct stat status;
+    ASSERT_EQ(::stat((local.path("out/") + deep + "/f").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0755U);
 }
 
 TEST_F(UnusualArchivesTest, theToolsSpeakEnglishWhateverTheUserSpeaks)
