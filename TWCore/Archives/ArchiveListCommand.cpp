@@ -1,6 +1,7 @@
 #include "TWCore/Archives/ArchiveListCommand.h"
 
 #include "TWCore/Archives/ArchiveListing.h"
+#include "TWCore/Archives/BsdTarThere.h"
 #include "TWCore/Archives/DatedListing.h"
 #include "TWCore/Archives/ReadableArchive.h"
 #include "TWCore/Model/FileOperationError.h"
@@ -87,9 +88,12 @@ There withTarThere(ShellDialect dialect, ArchiveCapability const &capability, st
 {
     if (dialect == ShellDialect::powershell)
         return {windowsTarListing(windowsPath(archive)), "tar", Form::tar};
-    // GNU tar would write names that are not ASCII as octal numbers, and bsdtar does not know the option.
-    auto const *const options = capability.usesBSDTar ? "tar -tvf " : "tar --quoting-style=literal -tvf ";
-    return {options + ShellLiteral::posix(archive), "tar", Form::tar};
+    if (capability.usesBSDTar)
+        return {std::string(BsdTarThere::locale()) + "export TZ=UTC; " +
+                    BsdTarThere::withoutPassword("tar --numeric-owner -tvf " + ShellLiteral::posix(archive)),
+                "tar", Form::bsdTar};
+    // GNU tar would write names that are not ASCII as octal numbers.
+    return {"tar --quoting-style=literal -tvf " + ShellLiteral::posix(archive), "tar", Form::tar};
 }
 
 There withSevenZipThere(ShellDialect dialect, std::string const &program, std::string const &archive)

@@ -17,7 +17,7 @@ namespace tw::ArchiveListCommand {
 
 /// How a program writes the members.
 enum class Form {
-    tar,    ///< as `tar -tvf` of a host: without dates, see ArchiveListing::parseTar
+    tar,    ///< without dates, see ArchiveListing::parseTar
     gnuTar, ///< see DatedListing, as the next two
     bsdTar,
     sevenZip,
@@ -30,7 +30,7 @@ struct Here {
 };
 
 struct There {
-    std::string text;    ///< for the host's resident shell
+    std::string text;    ///< for the host's resident shell, in a subshell
     std::string program; ///< the one that the text calls
     Form form;
 };

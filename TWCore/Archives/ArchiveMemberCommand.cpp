@@ -1,5 +1,6 @@
 #include "TWCore/Archives/ArchiveMemberCommand.h"
 
+#include "TWCore/Archives/BsdTarThere.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Shell/ShellLiteral.h"
 
@@ -66,12 +67,17 @@ Here here(ArchiveTools const &tools, std::string const &archive, std::string con
 }
 
 std::string there(ArchiveCapability const &capability, std::string const &host, std::string const &archive,
-                  std::string const &member)
+                  std::string const &member, Input input)
 {
     auto const listing = ArchiveListCommand::there(ShellDialect::posix, capability, host, archive);
     if (listing.form == Form::sevenZip)
         return commandLine(listing.program, ofSevenZip(archive, member));
-    return commandLine("tar", capability.usesBSDTar ? ofTar(archive, patternFor(member)) : ofPlainTar(archive, member));
+    if (!capability.usesBSDTar)
+        return commandLine("tar", ofPlainTar(archive, member));
+    auto call = commandLine("exec tar", ofTar(archive, patternFor(member)));
+    if (input == Input::nothing)
+        call = BsdTarThere::withoutPassword(call);
+    return "sh -c " + ShellLiteral::posix(std::string(BsdTarThere::locale()) + call);
 }
 
 } // namespace tw::ArchiveMemberCommand

@@ -21,8 +21,11 @@ struct Here {
 /// By the program that lists the archive.
 Here here(ArchiveTools const &tools, std::string const &archive, std::string const &member);
 
+/// What the program finds at its input.
+enum class Input { nothing, password };
+
 /// For the login shell of a POSIX host.
 std::string there(ArchiveCapability const &capability, std::string const &host, std::string const &archive,
-                  std::string const &member);
+                  std::string const &member, Input input);
 
 } // namespace tw::ArchiveMemberCommand

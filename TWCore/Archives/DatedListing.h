@@ -5,8 +5,8 @@
 #include <chrono>
 #include <string_view>
 
-/// What the tools of this machine print about the members of an archive, where we choose their options, locale and time
-/// zone: with exact sizes and with dates.
+/// What the tools print about the members of an archive where we choose their options, locale and time zone: with exact
+/// sizes and with dates.
 ///
 /// A line that is not understood is left out, as in `ArchiveListing`. Members, kinds and sizes are the same for all
 /// that both can read; but a name of a file is not cut at " -> ", which only links have behind it, and line ends and

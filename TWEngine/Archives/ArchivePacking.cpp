@@ -115,9 +115,8 @@ Task<void> packStream(ArchiveWork::Shared work, Names names, TransferEndpoint fr
     ArchiveChild::Job const job{.operation = "pack", .path = archive.path()};
     auto making = ArchiveStaging::makeFolder(work, archive.host(), staging, job);
     auto outcome = co_await outcomeOf(std::move(making));
-    auto const producer =
-        ArchivePipe::endOf(from.host(), ArchiveCommands::packToOutput(machine.tools, ArchiveCommands::Compression::gzip,
-                                                                      from.path(), names));
+    auto const producer = ArchivePipe::endOf(
+        machine, ArchiveCommands::packToOutput(machine.tools, ArchiveCommands::Compression::gzip, from.path(), names));
     auto const consumer = ArchivePipe::endOf(archive.host(), ArchiveScripts::writeFile(file));
     if (!outcome.failure)
         outcome = co_await outcomeOf(ArchivePipe::run(work, producer, consumer, TransferCommands::label(names)));

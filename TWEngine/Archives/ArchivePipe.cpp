@@ -1,5 +1,6 @@
 #include "TWEngine/Archives/ArchivePipe.h"
 
+#include "TWCore/Archives/BsdTarThere.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Shell/ShellLiteral.h"
@@ -99,15 +100,16 @@ Task<void> carry(Run run)
 
 } // namespace
 
-End endOf(std::shared_ptr<CommandHost> host, ArchiveCommands::Call const &call)
+End endOf(ArchiveStaging::Machine const &machine, ArchiveCommands::Call const &call)
 {
-    End end{.host = std::move(host)};
+    End end{.host = machine.host};
     if (!end.host) {
         end.here = ArchiveChild::command(call);
         return end;
     }
-    auto const options = call.hasBackslash() ? "TAR_OPTIONS=--no-unquote " : "";
-    end.there = "sh -c " + ShellLiteral::posix(options + call.text(ShellDialect::posix));
+    std::string const locale(BsdTarThere::isIt(machine.tools, call.program) ? BsdTarThere::locale() : "");
+    auto const *const options = call.hasBackslash() ? "TAR_OPTIONS=--no-unquote " : "";
+    end.there = "sh -c " + ShellLiteral::posix(locale + options + call.text(ShellDialect::posix));
     return end;
 }
 

@@ -14,7 +14,7 @@ struct End {
     std::string there = {};            ///< for a host
 };
 
-End endOf(std::shared_ptr<CommandHost> host, ArchiveCommands::Call const &call);
+End endOf(ArchiveStaging::Machine const &machine, ArchiveCommands::Call const &call);
 End endOf(std::shared_ptr<CommandHost> host, ArchiveScripts::Script const &script);
 
 /// Lets the producer's output pass into the consumer's input, to its end.

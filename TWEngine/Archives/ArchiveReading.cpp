@@ -29,7 +29,7 @@ constexpr std::size_t keptWords = 1024;
 
 std::exception_ptr failure(std::string const &path, std::string_view words)
 {
-    return ArchiveFailure::of(operation, path, trimmed(repaired(words)));
+    return ArchiveFailure::of(operation, path, trimmed(repaired(words.substr(0, keptWords))));
 }
 
 /// All of a program's output.
@@ -96,8 +96,10 @@ Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::sha
     auto const token = randomDigits(tokenDigits);
     auto text =
         dialect == ShellDialect::posix ? EndableCommand::text(token, command.program, command.text) : command.text;
-    auto running = access.password ? PasswordedWork::run(*engine, access.ssh, host, {text, token, *access.password})
-                                   : HostWork::run(*engine, host, token, text, CommandEffect::none, limitOnHosts);
+    // tar takes none to list members.
+    bool const isAsked = access.password && command.form == Form::sevenZip;
+    auto running = isAsked ? PasswordedWork::run(*engine, access.ssh, host, {text, token, *access.password})
+                           : HostWork::run(*engine, host, token, text, CommandEffect::none, limitOnHosts);
     auto result = co_await std::move(running);
     auto const output = std::make_shared<Captured>(std::move(result.output));
     auto members = co_await parsed(engine, command.form, output);

@@ -1,6 +1,7 @@
 #include "TWEngine/Archives/ArchiveStaging.h"
 
 #include "TWCore/Archives/ArchiveFailure.h"
+#include "TWCore/Archives/BsdTarThere.h"
 #include "TWCore/Async/ChildTask.h"
 #include "TWCore/Check.h"
 #include "TWCore/Model/FileOperationError.h"
@@ -89,17 +90,27 @@ Task<void> removing(ArchiveWork::Shared work, std::shared_ptr<CommandHost> host,
     co_await outcomeOf(runScript(work, host, std::move(script), {.operation = "remove", .path = {}}));
 }
 
-/// The command by which a host performs the steps, with each call of a tool as one that can be ended.
-std::string text(Steps const &steps, std::string_view token)
+enum class Asked { nothing, password };
+
+std::string bsdTarText(std::string_view call, std::string_view token, Asked asked)
 {
-    std::string script = ArchiveScripts::makeStaging(steps.staging).inSubshell() + " || exit 1\n";
+    return asked == Asked::nothing ? BsdTarThere::withoutPassword(call)
+                                   : BsdTarThere::withPassword(call, EndableCommand::end(token));
+}
+
+/// The command by which a host performs the steps, with each call of a tool as one that can be ended.
+std::string text(Machine const &machine, Steps const &steps, std::string_view token, Asked asked)
+{
+    auto const isBsdTar = BsdTarThere::isIt(machine.tools, steps.attempts.front().program);
+    std::string script(isBsdTar ? BsdTarThere::locale() : "");
+    script += ArchiveScripts::makeStaging(steps.staging).inSubshell() + " || exit 1\n";
     if (std::ranges::any_of(steps.attempts, &ArchiveCommands::Call::hasBackslash))
         script += "TAR_OPTIONS=--no-unquote; export TAR_OPTIONS\n";
     script += "{ ";
     for (auto const &attempt : steps.attempts) {
         auto const call = attempt.text(ShellDialect::posix);
         script += &attempt == steps.attempts.data() ? "(" : " || (";
-        script += call + ")";
+        script += (isBsdTar ? bsdTarText(call, token, asked) : call) + ")";
     }
     script += "; }";
     if (steps.place)
@@ -111,7 +122,7 @@ std::string text(Steps const &steps, std::string_view token)
 Task<void> runThere(ArchiveWork::Shared work, Machine machine, Steps steps)
 {
     auto const token = randomDigits(16);
-    auto const script = text(steps, token);
+    auto const script = text(machine, steps, token, work->password ? Asked::password : Asked::nothing);
     auto running = work->password ? PasswordedWork::run(work->engine, work->transfer.ssh, machine.host,
                                                         {script, token, *work->password})
                                   : HostWork::run(work->engine, machine.host, token, script);

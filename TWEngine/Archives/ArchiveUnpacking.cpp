@@ -206,8 +206,8 @@ Task<void> unpackStream(ArchiveWork::Shared work, Machine target, TransferEndpoi
     auto making = ArchiveStaging::makeFolder(work, into.host(), staging, job);
     auto outcome = co_await outcomeOf(std::move(making));
     auto const reader = ArchivePipe::endOf(archive.host(), ArchiveScripts::readFile(file.path));
-    auto const unpacker = ArchivePipe::endOf(
-        into.host(), ArchiveCommands::unpackInput(target.tools, compressionOf(archive.path()), staging));
+    auto const unpacker =
+        ArchivePipe::endOf(target, ArchiveCommands::unpackInput(target.tools, compressionOf(archive.path()), staging));
     if (!outcome.failure)
         outcome = co_await outcomeOf(ArchivePipe::run(work, reader, unpacker, name, file.size));
     if (!outcome.failure) {

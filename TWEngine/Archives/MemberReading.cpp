@@ -79,7 +79,10 @@ Task<void> readThere(EngineRuntime *engine, std::string sshProgram, Member membe
     if (dialect != ShellDialect::posix)
         throw FileOperationError::Unsupported("reading a file of an archive on " + host->host());
     auto const capability = co_await host->archiveCapability();
-    auto const command = ArchiveMemberCommand::there(capability, host->host(), member.archive.path(), member.name);
+    using ArchiveMemberCommand::Input;
+    auto const input = member.password ? Input::password : Input::nothing;
+    auto const command =
+        ArchiveMemberCommand::there(capability, host->host(), member.archive.path(), member.name, input);
     auto options = co_await host->transportOptions();
     auto const slot = co_await HostSlots::shared()->take(host->host());
     auto child = TransferCommands::overSSH({.ssh = std::move(sshProgram)}, std::move(options), host->host(), command);

@@ -11,7 +11,9 @@ namespace tw::test {
 namespace {
 
 using ArchiveListCommand::Form;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -100,8 +102,11 @@ TEST(ArchiveListCommandTest, whatIsMissingIsNamedWithItsPackage)
 TEST(ArchiveListCommandTest, aHostListsWithWhatItHas)
 {
     EXPECT_EQ(listingThere(plainHost, "/x/it's.tgz"), "tar --quoting-style=literal -tvf '/x/it'\\''s.tgz'");
-    EXPECT_EQ(listingThere(hostWithBsdTar, "/x/a.tar"), "tar -tvf '/x/a.tar'");
-    EXPECT_EQ(listingThere(hostWithBsdTar, "/x/a.zip"), "tar -tvf '/x/a.zip'");
+    for (std::string const path : {"'/x/a.tar'", "'/x/a.zip'"}) {
+        auto const listing = listingThere(hostWithBsdTar, path.substr(1, path.size() - 2));
+        EXPECT_TRUE(listing.ends_with("; export TZ=UTC; tar --numeric-owner -tvf " + path + " 0>/dev/null")) << listing;
+        EXPECT_THAT(listing, HasSubstr("export LC_ALL=$tw_l")) << "for names that are not ASCII";
+    }
     EXPECT_EQ(listingThere(plainHostWith7z, "/x/a.zip"), "7z l -slt -ba -bso0 -- '/x/a.zip'");
     EXPECT_EQ(listingThere(plainHostWith7z, "/x/a.7z"), "7z l -slt -ba -bso0 -- '/x/a.7z'");
     EXPECT_EQ(listingThere(plainHostWith7z, "/C:/it's.7z", ShellDialect::powershell),
@@ -122,10 +127,15 @@ TEST(ArchiveMemberCommandTest, aNameReachesItsProgramAsItIs)
     EXPECT_THAT(here("/x/a.zip", "^[*]?\\$"), ElementsAre("-xOf", "/x/a.zip", "--", "\\^\\[\\*]\\?\\\\\\$"));
     EXPECT_THAT(here("/x/a.7z", "@x"), ElementsAre("x", "-so", "-bd", "-y", "-spd", "--", "/x/a.7z", "@x"));
 
-    EXPECT_EQ(ArchiveMemberCommand::there(plainHost, "web1", "/x/a.tgz", "*"), "tar '-xOf' '/x/a.tgz' '--' '*'");
-    EXPECT_EQ(ArchiveMemberCommand::there(hostWithBsdTar, "web1", "/x/a.zip", "*"), "tar '-xOf' '/x/a.zip' '--' '\\*'");
-    EXPECT_EQ(ArchiveMemberCommand::there(plainHostWith7z, "web1", "/x/a.7z", "*"),
-              "7z 'x' '-so' '-bd' '-y' '-spd' '--' '/x/a.7z' '*'");
+    using ArchiveMemberCommand::Input;
+    auto const there = [](ArchiveCapability const &host, std::string const &archive, Input input = Input::nothing) {
+        return ArchiveMemberCommand::there(host, "web1", archive, "*", input);
+    };
+    EXPECT_EQ(there(plainHost, "/x/a.tgz"), "tar '-xOf' '/x/a.tgz' '--' '*'");
+    EXPECT_EQ(there(plainHostWith7z, "/x/a.7z"), "7z 'x' '-so' '-bd' '-y' '-spd' '--' '/x/a.7z' '*'");
+    EXPECT_THAT(there(hostWithBsdTar, "/x/a.zip"),
+                AllOf(StartsWith("sh -c '"), HasSubstr("\\*"), EndsWith(" 0>/dev/null'")));
+    EXPECT_THAT(there(hostWithBsdTar, "/x/a.zip", Input::password), testing::Not(HasSubstr("0>/dev/null")));
 }
 
 } // namespace
