@@ -153,12 +153,6 @@ Environment environmentWith(std::string const &activationToken)
     return environment;
 }
 
-/// A program that was started is collected when it ends, and asked to end by nobody.
-Task<void> collect(std::shared_ptr<ChildProcess> child)
-{
-    co_await child->wait();
-}
-
 void start(EngineRuntime &engine, std::string const &name, std::vector<std::string> command, std::string folder,
            std::string const &activationToken)
 {
@@ -170,10 +164,11 @@ void start(EngineRuntime &engine, std::string const &name, std::vector<std::stri
         .environment = environmentWith(activationToken),
         .workingDirectory = std::move(folder),
         .session = ChildCommand::Session::own};
-    auto started = ChildProcess::start(engine.io(), child);
+    auto const started = ChildProcess::start(engine.io(), child);
     if (!started)
         throw ApplicationError::CannotStart(name, started.error().what());
-    spawn({engine.workers().executor(WorkPriority::background), {}}, collect(*std::move(started)));
+    // It is the user's: it may outlive this process, and nothing here waits for its end.
+    (*started)->leave();
 }
 
 std::vector<std::string> inTerminal(std::string const &name, std::vector<std::string> command)

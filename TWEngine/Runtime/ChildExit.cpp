@@ -49,6 +49,10 @@ struct ChildExit::Watch {
     {
         if (isCollected)
             return;
+        if (isLeft) {
+            waitpid(processId, nullptr, WNOHANG); // one that still runs is collected when this process has ended
+            return;
+        }
         // It cannot be waited for, or the I/O thread has ended first.
         sendSignal(SIGKILL);
         leaveDescendantsLocked();
@@ -82,8 +86,15 @@ struct ChildExit::Watch {
     void signal(int number)
     {
         std::lock_guard const lock(mutex);
-        if (!isCollected)
+        if (!isCollected && !isLeft)
             sendSignal(number);
+    }
+
+    void leave()
+    {
+        std::lock_guard const lock(mutex);
+        isLeft = true;
+        leaveDescendantsLocked();
     }
 
     void leaveDescendants()
@@ -142,6 +153,7 @@ private:
     bool hasSession = false;                       ///< signals go to all processes of it
     boost::asio::posix::stream_descriptor process; ///< a pidfd; closed when collected
     bool isCollected = false;
+    bool isLeft = false; ///< no signal is sent to it any more
 };
 
 ChildExit::ChildExit(IoThread &io, pid_t child, ChildCommand::Session session)
@@ -154,6 +166,11 @@ ChildExit::ChildExit(IoThread &io, pid_t child, ChildCommand::Session session)
 Task<ExitStatus> ChildExit::wait() const
 {
     return Watch::Result::wait(watch->result);
+}
+
+void ChildExit::leave() const
+{
+    watch->leave();
 }
 
 void ChildExit::leaveDescendants() const

@@ -14,7 +14,7 @@ class IoThread;
 ///
 /// Threads: all operations may be called from anywhere.
 /// Lifetime: the I/O thread outlives it. The child is collected even if this object is destroyed first. If the I/O
-/// thread ends before the child, the child is killed: no process owns it any more.
+/// thread ends before the child, the child is killed, since no process owns it any more, unless it was left.
 class ChildExit {
 public:
     /// Takes over a child that is not collected yet. Throws SpawnError after it has killed and collected the child.
@@ -23,10 +23,13 @@ public:
     /// See ChildProcess::wait.
     Task<ExitStatus> wait() const;
 
+    /// See ChildProcess::leave.
+    void leave() const;
+
     /// See ChildProcess::leaveDescendants.
     void leaveDescendants() const;
 
-    /// Does nothing if the child is collected.
+    /// Does nothing if the child is collected or left.
     void signal(int number) const;
 
 private:

@@ -156,6 +156,11 @@ void ChildProcess::closeInput() const noexcept
         input->close();
 }
 
+void ChildProcess::leave() const
+{
+    exit.leave();
+}
+
 void ChildProcess::leaveDescendants() const
 {
     exit.leaveDescendants();

@@ -58,6 +58,10 @@ public:
     /// Waits for the exit. The outputs may stay open longer if a descendant has inherited them.
     Task<ExitStatus> wait() const { return exit.wait(); }
 
+    /// The child is a program of its own from now on: no signal reaches it, not even that of the destructor, and it may
+    /// outlive this process. It is collected when it ends, without a task that waits.
+    void leave() const;
+
     /// From now on signals reach the child only, also if it has a session of its own.
     void leaveDescendants() const;
 

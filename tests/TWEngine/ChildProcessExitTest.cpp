@@ -1,8 +1,10 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/OnExecutor.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Runtime/FileDescriptor.h"
 #include "TWEngine/Runtime/WorkerPool.h"
 #include "tests/support/ChildProcessTest.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +13,9 @@
 #include <latch>
 #include <thread>
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -219,6 +223,38 @@ TEST_F(ChildProcessExitTest, allSessionsAreKilledAtOnceAtTheEndOfTheProgram)
         EXPECT_EQ(readAll(child), "") << "its own child had the output too, and is gone";
         EXPECT_EQ(wait(child), killed(SIGKILL));
     }
+}
+
+TEST_F(ChildProcessExitTest, aChildThatIsLeftGetsNoSignalAndOutlivesTheIoThread)
+{
+    TemporaryFolder const folder;
+    auto const pipe = folder.path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    FileDescriptor const end(open(pipe.c_str(), O_RDWR | O_CLOEXEC)); // for both ways, which waits for no reader
+    auto child = start({.program = "/bin/sh",
+                        .arguments = {"-c", "read line <'" + pipe + "'; exit $line"},
+                        .session = ChildCommand::Session::own});
+    auto const id = child->processId();
+    child->leave();
+    child->terminate();
+    io->childSessions().kill();
+    child.reset();
+    io.reset();
+    ASSERT_EQ(write(end.get(), "7\n", 2), 2);
+    int status = 0;
+    ASSERT_EQ(waitpid(id, &status, 0), id);
+    ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+}
+
+TEST_F(ChildProcessExitTest, aChildThatIsLeftIsStillCollectedAndCanBeWaitedFor)
+{
+    auto const child = startSleeper();
+    child->leave();
+    child->kill();
+    child->closeInput();
+    EXPECT_EQ(wait(child), exited(0));
+    EXPECT_FALSE(hasChildren());
 }
 
 TEST_F(ChildProcessExitTest, withoutASessionOfItsOwnItIsInOurs)

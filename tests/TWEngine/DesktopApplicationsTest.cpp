@@ -13,8 +13,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 namespace tw::test {
 namespace {
@@ -147,6 +149,29 @@ TEST_F(DesktopApplicationsTest, aLauncherAndAProgramRun)
     EXPECT_EQ(whatItSaid(folder, "plain"), "token\n");
     EXPECT_THROW(loop.run(applications.run(folder.file("empty.desktop"), FileNature::Kind::launcher, {})),
                  ApplicationError::CannotStart);
+}
+
+TEST_F(DesktopApplicationsTest, aProgramOutlivesTheEndOfThisOne)
+{
+    auto const said = folder.path("said");
+    auto const asked = folder.path("asked");
+    ASSERT_EQ(::mkfifo(said.c_str(), 0600), 0);
+    ASSERT_EQ(::mkfifo(asked.c_str(), 0600), 0);
+    auto const script =
+        folder.file("patient", "#!/bin/sh\necho $$ >'" + said + "'\nread code <'" + asked + "'\nexit $code\n");
+    ASSERT_EQ(::chmod(script.c_str(), 0755), 0);
+    auto own = std::make_optional<EngineRuntime>();
+    loop.run(DesktopApplications(*own).run(script, FileNature::Kind::program, {}));
+    auto const process = std::stoi(contentOf(said));
+
+    own->io().childSessions().kill();
+    own.reset();
+    std::fstream answer(asked); // for both ways, which waits for no reader
+    answer << "7\n" << std::flush;
+    int status = 0;
+    ASSERT_EQ(::waitpid(process, &status, 0), process);
+    ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
 }
 
 } // namespace
