@@ -3,8 +3,10 @@
 #include "Tarnwick/Toolkit/Appearance/Contrast.h"
 #include "Tarnwick/Toolkit/Appearance/PaneColors.h"
 #include "Tarnwick/Toolkit/Appearance/ProgramStyle.h"
+#include "Tarnwick/Toolkit/Dragging/DragPicture.h"
 
 #include <QImage>
+#include <QMenu>
 #include <QPainter>
 #include <QStyleOptionButton>
 #include <gtest/gtest.h>
@@ -13,6 +15,7 @@ namespace tw::test {
 namespace {
 
 constexpr double readable = 4.5;
+constexpr double seen = 1.5;
 
 class PalettesTest : public ::testing::TestWithParam<QPalette (*)()> {};
 
@@ -60,7 +63,6 @@ TEST_P(PalettesTest, whatIsDisabledStepsBack)
 
 TEST_P(PalettesTest, anEmptyCheckBoxIsSeenOnTheGroundOfAList)
 {
-    constexpr double seen = 1.5;
     auto const palette = GetParam()();
     ProgramStyle const style(0);
     QStyleOptionButton box;
@@ -73,6 +75,34 @@ TEST_P(PalettesTest, anEmptyCheckBoxIsSeenOnTheGroundOfAList)
     style.drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, &painter, nullptr);
     EXPECT_GE(contrast(ground.pixelColor(8, 2), palette.color(QPalette::Base)), seen);
     EXPECT_GE(contrast(ground.pixelColor(14, 8), palette.color(QPalette::Base)), seen);
+}
+
+TEST_P(PalettesTest, theEdgeOfAMenuIsSeenOnTheWindow)
+{
+    auto const palette = GetParam()();
+    ProgramStyle style(0);
+    QMenu menu;
+    menu.setStyle(&style);
+    menu.setPalette(palette);
+    menu.addAction(QStringLiteral("Copy"));
+    menu.ensurePolished();
+    menu.resize(menu.sizeHint());
+    auto const picture = menu.grab().toImage();
+    auto const middle = picture.rect().center();
+    for (auto const place : {QPoint(0, middle.y()), QPoint(picture.width() - 1, middle.y()), QPoint(middle.x(), 0),
+                             QPoint(middle.x(), picture.height() - 1)})
+        EXPECT_GE(contrast(picture.pixelColor(place), palette.color(QPalette::Window)), seen)
+            << place.x() << ' ' << place.y();
+}
+
+TEST_P(PalettesTest, theEdgeOfWhatIsDraggedIsSeenOnTheRows)
+{
+    auto const palette = GetParam()();
+    QWidget origin;
+    origin.setPalette(palette);
+    auto const picture = DragPicture::of({}, QStringLiteral("name"), 1, origin).toImage();
+    EXPECT_GE(contrast(picture.pixelColor(picture.width() / 2, 0), palette.color(QPalette::Base)), seen);
+    EXPECT_GE(contrast(picture.pixelColor(0, picture.height() / 2), palette.color(QPalette::Base)), seen);
 }
 
 TEST_P(PalettesTest, theColoursOfRowsAreReadableAndTellRowsApart)

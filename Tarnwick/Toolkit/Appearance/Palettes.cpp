@@ -26,6 +26,9 @@ constexpr double placeholderShare = 0.55;
 constexpr double disabledShare = 0.45;
 constexpr double inactiveHighlightShare = 0.5;
 
+/// Of the text's colour in an edge on dark ground.
+constexpr double edgeShare = 0.5;
+
 void setShades(QPalette &palette, Ink const &ink)
 {
     palette.setColor(QPalette::Light, ink.light);
@@ -115,6 +118,13 @@ QPalette light()
 bool isDark(QPalette const &palette)
 {
     return palette.color(QPalette::WindowText).lightnessF() > palette.color(QPalette::Window).lightnessF();
+}
+
+QColor edge(QPalette const &palette)
+{
+    if (!isDark(palette))
+        return palette.color(QPalette::Mid);
+    return blend(palette.color(QPalette::WindowText), palette.color(QPalette::Base), edgeShare);
 }
 
 } // namespace tw::Palettes

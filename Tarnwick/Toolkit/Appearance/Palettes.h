@@ -13,6 +13,9 @@ QPalette light();
 
 bool isDark(QPalette const &palette);
 
+/// Of a thing that lies over the window and has nearly its colour. Dark edges are not seen on dark ground.
+QColor edge(QPalette const &palette);
+
 } // namespace Palettes
 
 } // namespace tw

@@ -1,6 +1,5 @@
 #include "Tarnwick/Toolkit/Appearance/ProgramStyle.h"
 
-#include "Tarnwick/Toolkit/Appearance/Contrast.h"
 #include "Tarnwick/Toolkit/Appearance/Palettes.h"
 
 #include <QPainter>
@@ -10,8 +9,15 @@ namespace tw {
 
 namespace {
 
-/// Of the text's colour in the outline of a check box.
-constexpr double outlineShare = 0.5;
+/// True for what Fusion outlines darker than its ground, also where the ground is dark.
+bool hasEdge(QStyle::PrimitiveElement element, QStyle::State state)
+{
+    if (element == QStyle::PE_PanelMenu || element == QStyle::PE_FrameMenu)
+        return true;
+    // One with the keyboard has an outline of its own colour.
+    auto const hasKeyboard = state & QStyle::State_HasFocus && state & QStyle::State_KeyboardFocusChange;
+    return element == QStyle::PE_IndicatorCheckBox && !hasKeyboard;
+}
 
 } // namespace
 
@@ -26,15 +32,12 @@ void ProgramStyle::drawPrimitive(PrimitiveElement element, QStyleOption const *o
 {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
     auto const isFusion = baseStyle()->name().compare(QLatin1String("fusion"), Qt::CaseInsensitive) == 0;
-    // One with the keyboard has an outline of its own colour.
-    auto const hasKeyboard = option->state & State_HasFocus && option->state & State_KeyboardFocusChange;
-    if (element != PE_IndicatorCheckBox || !isFusion || hasKeyboard || !Palettes::isDark(option->palette))
+    if (!isFusion || !hasEdge(element, option->state) || !Palettes::isDark(option->palette))
         return;
-    auto const &colors = option->palette;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, false);
     painter->setBrush(Qt::NoBrush);
-    painter->setPen(blend(colors.color(QPalette::WindowText), colors.color(QPalette::Base), outlineShare));
+    painter->setPen(Palettes::edge(option->palette));
     painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
     painter->restore();
 }

@@ -38,7 +38,7 @@ QPixmap of(QIcon const &icon, QString const &name, std::size_t count, QWidget co
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     auto const &palette = origin.palette();
-    painter.setPen(palette.color(QPalette::Mid));
+    painter.setPen(palette.color(QPalette::PlaceholderText)); // seen on light and on dark ground
     painter.setBrush(palette.color(QPalette::Base));
     painter.drawRoundedRect(QRectF(0.5, 0.5, width - 1, height - 1), 4, 4);
     icon.paint(&painter, QRect(margin, (height - iconSize) / 2, iconSize, iconSize));
