@@ -26,6 +26,7 @@ enum class Command {
     customizeColumns,
     openWith,
     edit,
+    toggleEditInTerminal,
     refresh,
     back,
     forward,

@@ -185,6 +185,10 @@ constexpr CommandRow table[] = {
      .keys = {.main = "Ctrl+Y"},
      .help = "show what is in the file under the cursor over the other pane, or close that; so does Space",
      .firstSteps = FirstSteps::yes},
+    {.command = Command::toggleEditInTerminal,
+     .title = "Edit in Terminal",
+     .place = {Menu::commands, 1},
+     .checkMark = CheckMark::followsState},
     // Where the plus is typed with Shift on the key of the equals sign, its chord is that of "Target = Source".
     {.command = Command::textBigger,
      .title = "Bigger Text",

@@ -83,6 +83,8 @@ std::optional<CommandState> MainWindowCommands::stateOf(Command command) const
         return CommandState{.isEnabled = window.canPreview()};
     case Command::toggleAutoRefresh:
         return CommandState{.isChecked = window.refreshesItself()};
+    case Command::toggleEditInTerminal:
+        return CommandState{.isEnabled = window.canEdit(), .isChecked = window.editsInTerminal()};
     case Command::toggleHidden:
         return CommandState{.isChecked = window.activePane().model().viewOptions().showHidden};
     default:
@@ -140,6 +142,8 @@ void MainWindowCommands::perform(Command command)
         return window.cmdEditPath();
     case Command::toggleAutoRefresh:
         return window.cmdToggleAutoRefresh();
+    case Command::toggleEditInTerminal:
+        return window.cmdToggleEditInTerminal();
     case Command::toggleHidden:
         return window.cmdToggleHidden();
     case Command::otherPane:

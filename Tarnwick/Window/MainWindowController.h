@@ -116,6 +116,10 @@ public:
     /// Opens the file under the cursor in an editor; what is saved there goes back to where the file lies.
     void cmdEdit();
 
+    /// The user's own editor in a terminal takes the place of the application.
+    bool editsInTerminal() const;
+    void cmdToggleEditInTerminal();
+
     /// Those files of hosts; null: they cannot be edited.
     std::shared_ptr<EditSessions> const &edits() const noexcept { return services.opening.edits; }
 

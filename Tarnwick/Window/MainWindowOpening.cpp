@@ -1,6 +1,7 @@
 // How the window opens files with programs.
 
 #include "Tarnwick/Operations/EditFile.h"
+#include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include <algorithm>
@@ -60,6 +61,19 @@ void MainWindowController::cmdEdit()
         return activePane().refuse();
     if (window)
         spawn({collaborators.mainContext, {}}, editFile(contextOf(pane(active)), *file));
+}
+
+bool MainWindowController::editsInTerminal() const
+{
+    return Settings::editor.read(collaborators.defaults) == EditorChoice::terminal;
+}
+
+void MainWindowController::cmdToggleEditInTerminal()
+{
+    auto const isWanted = !editsInTerminal();
+    Settings::editor.write(collaborators.defaults, isWanted ? EditorChoice::terminal : EditorChoice::application);
+    activePane().showStatus(isWanted ? "F4 opens $VISUAL or $EDITOR in a terminal"
+                                     : "F4 opens the application of the desktop");
 }
 
 /// So that the new size and time are seen.

@@ -48,6 +48,20 @@ TEST_F(MainWindowCommandsTest, theCheckMarkOfHiddenFilesFollowsTheActivePane)
     EXPECT_FALSE(commands.stateOf(Command::toggleHidden)->isChecked);
 }
 
+TEST_F(MainWindowCommandsTest, theEditorInATerminalIsChosenWithACheckMarkAndKept)
+{
+    startOn("/left", "/right");
+    EXPECT_FALSE(commands.stateOf(Command::toggleEditInTerminal)->isChecked);
+    perform(Command::toggleEditInTerminal);
+    EXPECT_TRUE(commands.stateOf(Command::toggleEditInTerminal)->isChecked);
+    EXPECT_EQ(Settings::editor.read(defaults), EditorChoice::terminal);
+    EXPECT_EQ(left.status, "F4 opens $VISUAL or $EDITOR in a terminal");
+    perform(Command::toggleEditInTerminal);
+    EXPECT_FALSE(commands.stateOf(Command::toggleEditInTerminal)->isChecked);
+    EXPECT_EQ(Settings::editor.read(defaults), EditorChoice::application);
+    EXPECT_EQ(left.status, "F4 opens the application of the desktop");
+}
+
 TEST_F(MainWindowCommandsTest, backgroundWorkCanBeGoneToWhileThereIsAny)
 {
     EXPECT_FALSE(commands.stateOf(Command::backgroundWork)->isEnabled);

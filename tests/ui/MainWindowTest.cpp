@@ -3,6 +3,7 @@
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Widgets/PaneSplitter.h"
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
+#include "tests/support/FakeApplications.h"
 #include "tests/ui/QtLoop.h"
 #include "tests/ui/WindowTest.h"
 
@@ -75,6 +76,30 @@ TEST_F(MainWindowTest, theMenuBarOpensWithF10AndWithALetterAndGivesTheKeyboardBa
     leave();
     EXPECT_TRUE(activeTable().hasFocus());
     EXPECT_FALSE(active().isSearching());
+}
+
+TEST_F(MainWindowTest, theEditorInATerminalIsACheckedItemOfTheCommandsMenu)
+{
+    opening.applications = std::make_shared<FakeApplications>();
+    open();
+    press(Qt::Key_C, Qt::AltModifier);
+    auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->title(), QStringLiteral("&Commands"));
+    auto const items = menu->actions();
+    auto const item = std::ranges::find_if(items, [](auto const *each) {
+        return QString(each->text()).remove(QLatin1Char('&')) == QLatin1String("Edit in Terminal");
+    });
+    ASSERT_NE(item, items.end());
+    EXPECT_TRUE((*item)->isEnabled());
+    EXPECT_FALSE((*item)->isChecked());
+    (*item)->trigger();
+    menu->close();
+    processPosted();
+    EXPECT_EQ(Settings::editor.read(defaults), EditorChoice::terminal);
+    menu->popup({});
+    EXPECT_TRUE((*item)->isChecked());
+    menu->close();
 }
 
 TEST_F(MainWindowTest, quittingWorksInEachWindowOfTheProgram)
