@@ -2,7 +2,9 @@
 
 #include "Tarnwick/Toolkit/Dialogs/QuestionSheet.h"
 #include "Tarnwick/Toolkit/Windows/OpenWithMenu.h"
+#include "tests/support/TemporaryFolder.h"
 
+#include <QImage>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
@@ -11,6 +13,8 @@
 #include <QTest>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <set>
 
 namespace tw::test {
 namespace {
@@ -70,6 +74,43 @@ TEST_F(ApplicationSheetTest, withNothingChosenItStaysOpen)
     sheet.field().clear();
     sheet.accept();
     EXPECT_EQ(finished.count(), 1);
+}
+
+/// Where the name of a row begins: the icons of this test have no colour.
+int beginningOfName(QImage const &list, QRect const &row)
+{
+    auto const ground = list.pixel(row.right() - 1, row.center().y());
+    for (int x = row.left(); x <= row.right(); ++x) {
+        for (int y = row.top(); y <= row.bottom(); ++y) {
+            if (list.pixel(x, y) != ground)
+                return x;
+        }
+    }
+    return -1;
+}
+
+TEST(ApplicationNamesTest, namesBeginBelowOneAnotherWhateverTheWidthOfTheirIcons)
+{
+    TemporaryFolder const folder;
+    std::vector<Application> all{{.identifier = "chosen.desktop", .name = "H"},
+                                 {.identifier = "none.desktop", .name = "H", .icon = folder.path("missing.png")}};
+    for (auto const width : {4, 16}) {
+        QImage icon(width, 16, QImage::Format_ARGB32);
+        icon.fill(Qt::transparent);
+        auto const path = folder.path(std::to_string(width) + ".png");
+        ASSERT_TRUE(icon.save(QString::fromStdString(path)));
+        all.push_back({.identifier = path + ".desktop", .name = "H", .icon = path});
+    }
+    QWidget window;
+    ApplicationSheet sheet({.file = "a.png", .suggested = all, .others = {}}, &window);
+    sheet.show();
+    auto &list = sheet.list();
+    auto const picture = list.viewport()->grab().toImage();
+    std::set<int> beginnings;
+    for (int row = 1; row < list.count(); ++row) // the first is selected, and has another ground
+        beginnings.insert(beginningOfName(picture, list.visualItemRect(list.item(row))));
+    EXPECT_EQ(beginnings.size(), 1U);
+    EXPECT_GT(*beginnings.begin(), 0);
 }
 
 TEST(QuestionSheetTest, eachWayIsAButtonAndReturnPressesTheFirst)

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
 
@@ -31,6 +32,21 @@ bool goesThroughList(int key)
     return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
 }
 
+/// Names begin below one another, whatever the width of their icons.
+class AlignedNames final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, QModelIndex const &index) const override
+    {
+        auto const room = option->decorationSize;
+        QStyledItemDelegate::initStyleOption(option, index);
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->decorationSize = room;
+    }
+};
+
 } // namespace
 
 ApplicationSheet::ApplicationSheet(Dialogs::ApplicationChoice const &question, QWidget *window)
@@ -46,6 +62,7 @@ ApplicationSheet::ApplicationSheet(Dialogs::ApplicationChoice const &question, Q
     names->setFocusPolicy(Qt::NoFocus); // the keyboard stays in the field, which has the letters
     names->setFixedHeight(std::clamp(window->height() - aroundList, leastListHeight, mostListHeight));
     names->setMinimumWidth(listWidth);
+    names->setItemDelegate(new AlignedNames(names));
     addContent(search);
     addContent(names);
     for (auto const &each : question.suggested)
