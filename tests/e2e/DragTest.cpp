@@ -44,21 +44,6 @@ protected:
         partner.waitForLine([](std::string const &line) { return line == "ready"; });
     }
 
-    /// Moves the pointer around a place until something has come of it. Movements that come fast are one for a toolkit,
-    /// and a drag that has only just begun is dropped nowhere.
-    static constexpr int around = 40; // pixels
-
-    template <class Condition>
-    void moveUntil(XServer::Place place, Condition const &holds) const
-    {
-        auto const deadline = std::chrono::steady_clock::now() + hangLimit;
-        for (int step = 0; !holds(); ++step) {
-            if (std::chrono::steady_clock::now() > deadline)
-                throw std::runtime_error("the drag does not arrive");
-            screen.movePointer({place.x + step % around, place.y});
-        }
-    }
-
     /// Moves a drag within the window of the other program until it has twice read what is offered, and answers what it
     /// said. The toolkit asks a second time only when it knows the first answer, and drops nothing before.
     std::string dragOver(Child &partner) const

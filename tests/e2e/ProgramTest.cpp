@@ -105,6 +105,17 @@ void ProgramTest::expectQuits(Child &program) const
     EXPECT_EQ(program.waitForEnd(), 0) << program.output();
 }
 
+void ProgramTest::moveUntil(XServer::Place place, std::function<bool()> const &holds) const
+{
+    constexpr int around = 40; // pixels
+    auto const deadline = std::chrono::steady_clock::now() + hangLimit;
+    for (int step = 0; !holds(); ++step) {
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error("the drag does not arrive");
+        screen.movePointer({place.x + step % around, place.y});
+    }
+}
+
 void ProgramTest::waitUntil(std::function<bool()> const &holds)
 {
     auto const deadline = std::chrono::steady_clock::now() + hangLimit;

@@ -48,6 +48,10 @@ protected:
 
     void expectQuits(Child &program) const;
 
+    /// Moves the pointer around a place until something has come of it. Movements that come fast are one for a toolkit,
+    /// and a drag that has only just begun is dropped nowhere.
+    void moveUntil(XServer::Place place, std::function<bool()> const &holds) const;
+
     /// For what no program says.
     static void waitUntil(std::function<bool()> const &holds);
 

@@ -2,7 +2,10 @@
 
 #include "tests/e2e/ProgramTest.h"
 
+#include <algorithm>
+#include <csignal>
 #include <filesystem>
+#include <string_view>
 
 namespace tw::test {
 
@@ -22,7 +25,8 @@ protected:
     Child startCompositor() const
     {
         return Child({"weston", "--no-config", "--backend=x11-backend.so", "--use-pixman", "--shell=kiosk-shell.so",
-                      "--width=1200", "--height=760", "--idle-time=0", "--socket=" + socket},
+                      "--width=" + std::to_string(width), "--height=" + std::to_string(height), "--idle-time=0",
+                      "--socket=" + socket},
                      ProgramTest::environment());
     }
 
@@ -45,6 +49,45 @@ protected:
         }
     }
 
+    /// The program with a folder on the left that has more files than rows fit, so that the middle of its pane is a
+    /// file.
+    Child startOnMany() const
+    {
+        constexpr int count = 60;
+        folder.folder("left/many");
+        for (int number = 0; number < count; ++number)
+            folder.file("left/many/l" + std::to_string(number), content);
+        return start({"--left", at("left/many"), "--right", at("right/gamma")});
+    }
+
+    /// Of the only window, which fills the compositor's in the corner of the screen.
+    static XServer::Place middleOf(int half) { return {width * (1 + 2 * half) / 4, height / 2}; }
+
+    /// Drags the file in the middle of the left pane over the right one.
+    void dragToTheRight(Child &program) const
+    {
+        expectPainted(program, at("left/many"));
+        expectPainted(program, at("right/gamma"));
+        screen.beginDrag(middleOf(0));
+        moveUntil(middleOf(1), [&] {
+            return program.takeLine(
+                [&](std::string const &line) { return line.ends_with(" to " + at("right/gamma")); });
+        });
+    }
+
+    /// True if a file is on the right, with all that is in it.
+    bool hasArrived() const
+    {
+        std::filesystem::directory_iterator const files(at("right/gamma"));
+        return std::ranges::any_of(files, [](auto const &file) {
+            std::error_code gone;
+            return file.path().filename().string().starts_with('l') && file.file_size(gone) == content.size();
+        });
+    }
+
+    static constexpr int width = 1200;
+    static constexpr int height = 760;
+    static constexpr std::string_view content = "words";
     std::string const socket = "wayland-of-test";
 };
 
@@ -65,6 +108,33 @@ TEST_F(WaylandTest, theWindowShowsAFolderFollowsTheKeyboardAndQuits)
     }));
     screen.pressUnderPointer("ctrl+q");
     EXPECT_EQ(program.waitForEnd(), 0) << program.output();
+}
+
+TEST_F(WaylandTest, aFileIsDraggedFromOnePaneToTheOther)
+{
+    auto compositor = startCompositor();
+    expectCompositorReady(compositor);
+    auto program = startOnMany();
+    dragToTheRight(program);
+    screen.releaseButton();
+    waitUntil([&] { return hasArrived(); });
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.waitForEnd(), 0) << program.output();
+}
+
+TEST_F(WaylandTest, quittingInTheMiddleOfADragEndsTheDragFirst)
+{
+    auto compositor = startCompositor();
+    expectCompositorReady(compositor);
+    auto program = startOnMany();
+    dragToTheRight(program);
+    program.signal(SIGTERM);
+    moveUntil(middleOf(0), [&] {
+        program.takeLine([](std::string const &) { return false; });
+        return program.hasClosedOutput();
+    });
+    EXPECT_EQ(program.waitForEnd(), 0) << program.output();
+    EXPECT_TRUE(std::filesystem::is_empty(at("right/gamma")));
 }
 
 } // namespace

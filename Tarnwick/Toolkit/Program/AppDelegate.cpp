@@ -20,6 +20,7 @@
 #include "Tarnwick/Toolkit/Program/SessionWatch.h"
 #include "Tarnwick/Toolkit/Program/WindowLoginPrompter.h"
 #include "Tarnwick/Toolkit/Windows/AboutDialog.h"
+#include "Tarnwick/Toolkit/Windows/DragOut.h"
 #include "Tarnwick/Toolkit/Windows/WelcomeWindow.h"
 
 #include <QApplication>
@@ -222,9 +223,10 @@ void AppDelegate::perform(Command command)
 void AppDelegate::quit()
 {
     isAskedToQuit = true;
-    if (window)
-        window->letClose();
-    QApplication::quit();
+    if (!window)
+        return QApplication::quit();
+    window->letClose();
+    window->drag().endBefore([] { QApplication::quit(); });
 }
 
 void AppDelegate::findOutWhetherChosen() const
@@ -272,11 +274,13 @@ void AppDelegate::applicationWillTerminate()
     if (controller)
         controller->rememberAll();
     edits->leaveForNextStart();
+    // The windows are gone from the screen before the wait. Later there would be none for what a display server still
+    // has to say of them, and the toolkit does not expect that: another program's drag over one ended in a crash.
+    QGuiApplication::sync();
     window.reset();
     controller.reset();
     with.defaults.flush();
     removeScratch([](auto const &place) { Scratch::remove(place.process, place); });
-    QGuiApplication::sync(); // the window is gone from the screen before the wait
     awaitShutdown();
 }
 

@@ -10,6 +10,9 @@
 #include "Tarnwick/Window/MainWindowController.h"
 
 #include <QDrag>
+#include <QGuiApplication>
+
+#include <utility>
 
 namespace tw {
 
@@ -58,9 +61,24 @@ void DragOut::run(MainWindowController &controller, PaneSide side, PaneView &vie
         drag->setDragCursor(target ? DragPicture::askingCursor(scale) : QPixmap(), Qt::LinkAction);
     });
     auto const held = withFetch(fetch, *drag, *data);
+    running = true;
     drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::CopyAction);
+    running = false;
     if (fetch)
         fetch->finish();
+    if (afterEnd)
+        QMetaObject::invokeMethod(this, std::exchange(afterEnd, nullptr), Qt::QueuedConnection);
+}
+
+void DragOut::endBefore(std::function<void()> then)
+{
+    if (!running)
+        return then();
+    afterEnd = [then = std::move(then)] {
+        QGuiApplication::sync();
+        then();
+    };
+    QDrag::cancel();
 }
 
 } // namespace tw

@@ -2,19 +2,31 @@
 
 #include "Tarnwick/Settings/PaneSide.h"
 
+#include <QObject>
+
+#include <functional>
+
 namespace tw {
 
 class MainWindowController;
-class PaneIcons;
 class PaneView;
 
 /// Files of a pane that the mouse draws out of its rows.
-namespace DragOut {
+class DragOut final : public QObject {
+public:
+    /// Drags what an operation would work on, until it is dropped or the drag is cancelled. The toolkit runs its own
+    /// event loop meanwhile.
+    void run(MainWindowController &controller, PaneSide side, PaneView &view);
 
-/// Drags what an operation would work on, until it is dropped or the drag is cancelled. The toolkit runs its own event
-/// loop meanwhile; `controller` and `view` may be gone afterwards.
-void run(MainWindowController &controller, PaneSide side, PaneView &view);
+    bool isRunning() const noexcept { return running; }
 
-} // namespace DragOut
+    /// Cancels a drag that is running, and calls `then` when the display server knows of the end; at once without a
+    /// drag. The toolkit crashes if a window is destroyed while files are dragged out of it.
+    void endBefore(std::function<void()> then);
+
+private:
+    bool running = false;
+    std::function<void()> afterEnd;
+};
 
 } // namespace tw

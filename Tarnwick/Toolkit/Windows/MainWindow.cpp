@@ -85,6 +85,7 @@ MainWindow::MainWindow(MainWindowController &controller, Defaults &defaults, Com
       quitting(
           workList, [this] { return panes.edits() ? panes.edits()->unsaved() : std::vector<std::string>(); },
           sheets->sheets(), *this),
+      dragging(std::make_unique<DragOut>()),
       splitter(new PaneSplitter(this))
 {
     setWindowTitle(QStringLiteral("Tarnwick"));
@@ -110,7 +111,7 @@ void MainWindow::buildPanes()
     splitter->addPane(right);
     for (auto const each : {PaneSide::left, PaneSide::right}) {
         side(each).acceptDrops(panes.drops(each));
-        pane(each).onDragWanted = [this, each] { DragOut::run(panes, each, pane(each)); };
+        pane(each).onDragWanted = [this, each] { dragging->run(panes, each, pane(each)); };
     }
     splitter->onDividerDoubleClicked = [this] { splitter->equalize(); };
     if (panes.preview())
@@ -200,6 +201,11 @@ void MainWindow::showEvent(QShowEvent *event)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    if (dragging->isRunning()) {
+        event->ignore();
+        dragging->endBefore([this] { close(); });
+        return;
+    }
     if (quitting.isNeeded()) {
         event->ignore();
         askToQuit([this] { close(); });
@@ -214,11 +220,6 @@ void MainWindow::closeEvent(QCloseEvent *event)
 void MainWindow::askToQuit(std::function<void()> quit)
 {
     quitting.ask(std::move(quit));
-}
-
-void MainWindow::letClose()
-{
-    quitting.letClose();
 }
 
 void MainWindow::changeEvent(QEvent *event)

@@ -15,6 +15,7 @@
 namespace tw {
 
 class CommandActions;
+class DragOut;
 class EditStrip;
 class LoginPrompter;
 class PaneContainerView;
@@ -67,7 +68,10 @@ public:
     void askToQuit(std::function<void()> quit);
 
     /// From now on the window closes without a question.
-    void letClose();
+    void letClose() { quitting.letClose(); }
+
+    /// Files that are dragged out of this window.
+    DragOut &drag() const { return *dragging; }
 
     std::optional<CommandState> stateOf(Command command) const override;
     void perform(Command command) override;
@@ -111,6 +115,7 @@ private:
     std::shared_ptr<QtClipboard> const clips;
     PaneIcons icons;
     QuitQuestion quitting;
+    std::unique_ptr<DragOut> const dragging;
     PaneSplitter *const splitter;
     JobStrip *strip = nullptr;
     std::unique_ptr<EditStrip> editing; ///< may be a window of its own
