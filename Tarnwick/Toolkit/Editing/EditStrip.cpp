@@ -151,7 +151,7 @@ std::vector<ButtonLines::Line> EditStrip::buttons() const
 /// The window closes with its last session, and each session may have a question first.
 void EditStrip::closeEvent(QCloseEvent *event)
 {
-    if (lines.empty())
+    if (lines.empty() || mayClose)
         return QWidget::closeEvent(event);
     event->ignore();
     for (auto const &session : std::vector(sessions->all()))

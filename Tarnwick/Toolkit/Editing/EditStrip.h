@@ -37,6 +37,9 @@ public:
     /// Gives the keyboard to the first button. False if no file is being edited.
     bool takeKeyboard();
 
+    /// From now on its window closes with the files in it. Otherwise it would keep the program from quitting.
+    void letClose() noexcept { mayClose = true; }
+
     /// The keyboard leaves the strip.
     std::function<void()> onLeave;
 
@@ -57,6 +60,7 @@ private:
     ButtonLines *const keyboard;
     QVBoxLayout *column = nullptr;
     std::vector<EditLine *> lines;
+    bool mayClose = false;
 };
 
 } // namespace tw

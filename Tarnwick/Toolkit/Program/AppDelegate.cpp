@@ -14,6 +14,7 @@
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
 #include "Tarnwick/Toolkit/Appearance/ProgramStyle.h"
 #include "Tarnwick/Toolkit/Clipboard/QtClipboard.h"
+#include "Tarnwick/Toolkit/Editing/EditStrip.h"
 #include "Tarnwick/Toolkit/Preview/DesktopThumbnailer.h"
 #include "Tarnwick/Toolkit/Program/FileManagerService.h"
 #include "Tarnwick/Toolkit/Program/JobWatch.h"
@@ -226,6 +227,8 @@ void AppDelegate::quit()
     if (!window)
         return QApplication::quit();
     window->letClose();
+    if (auto *const strip = window->editStrip())
+        strip->letClose();
     window->drag().endBefore([] { QApplication::quit(); });
 }
 
