@@ -70,7 +70,7 @@ void PreviewController::follow(std::optional<PreviewSubject> subject, PaneSide s
     if (wanted && running->subject == *wanted) {
         leaving.cancel();
         running->isLeft = false;
-    } else if (running->subject.isRemote || !wanted) {
+    } else if (running->subject.isRemote || !wanted || running->hasFirstPicture) {
         giveUp();
     } else if (!std::exchange(running->isLeft, true)) {
         leaving.set(patienceWithOld);
@@ -122,8 +122,9 @@ void PreviewController::show(Reading &reading, PreviewContent const &content)
         return;
     silent.cancel();
     display->showPreview(content);
+    reading.hasFirstPicture = content.detail == PreviewContent::Detail::little;
     // The rest of it would keep the next one waiting.
-    if (reading.isLeft && content.detail == PreviewContent::Detail::little)
+    if (reading.isLeft && reading.hasFirstPicture)
         giveUp();
 }
 

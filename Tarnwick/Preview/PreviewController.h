@@ -55,7 +55,8 @@ private:
     struct Reading {
         PreviewSubject subject;
         std::stop_source stop = {};
-        bool isLeft = false; ///< by the cursor
+        bool isLeft = false;          ///< by the cursor
+        bool hasFirstPicture = false; ///< on show, in little detail
     };
 
     static Task<void> read(std::weak_ptr<PreviewController> weak, std::shared_ptr<PreviewLoader> loader,

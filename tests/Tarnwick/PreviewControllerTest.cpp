@@ -190,6 +190,17 @@ TEST_F(PreviewControllerTest, aReadingThatTheCursorHasLeftEndsWithItsFirstPictur
     EXPECT_THAT(loader->running(), ElementsAre("b")) << "the cursor is still there";
 }
 
+TEST_F(PreviewControllerTest, aReadingThatHasShownItsFirstPictureEndsWhenTheCursorLeaves)
+{
+    open(here("a"));
+    loader->readings.back()->show({.name = "a", .body = "draft", .detail = PreviewContent::Detail::little});
+    follow(here("b"));
+    EXPECT_THAT(loader->running(), ElementsAre("b"));
+    follow(here("a"));
+    answer();
+    EXPECT_THAT(loader->running(), ElementsAre("a")) << "it had no more than that";
+}
+
 TEST_F(PreviewControllerTest, aFileThatIsWantedAgainWhileItsReadingIsGivenUpIsRead)
 {
     open(there("a"));
