@@ -11,6 +11,7 @@
 
 #include <QDrag>
 #include <QGuiApplication>
+#include <QPointer>
 
 #include <utility>
 
@@ -62,10 +63,13 @@ void DragOut::run(MainWindowController &controller, PaneSide side, PaneView &vie
     });
     auto const held = withFetch(fetch, *drag, *data);
     running = true;
+    QPointer<DragOut> const self(this);
     drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::CopyAction);
-    running = false;
     if (fetch)
         fetch->finish();
+    if (!self) // the window has been destroyed meanwhile
+        return;
+    running = false;
     if (afterEnd)
         QMetaObject::invokeMethod(this, std::exchange(afterEnd, nullptr), Qt::QueuedConnection);
 }
