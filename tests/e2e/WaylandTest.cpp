@@ -38,6 +38,17 @@ protected:
             ASSERT_LT(std::chrono::steady_clock::now(), deadline) << compositor.output();
     }
 
+    /// Waits until the compositor shows both panes: what the program has painted may not be there yet.
+    bool isOnScreen() const
+    {
+        constexpr std::size_t colorsOfText = 16;
+        return screen.waitForPicture([](Picture const &picture) {
+            auto const half = picture.width / 2;
+            return picture.colorsBetween(0, half) > colorsOfText &&
+                   picture.colorsBetween(half, picture.width) > colorsOfText;
+        });
+    }
+
     /// Types again and again, since the compositor gives the window the keyboard in its own time.
     void typeUntil(std::function<bool()> const &isReached, std::initializer_list<char const *> chords) const
     {
@@ -68,6 +79,7 @@ protected:
     {
         expectPainted(program, at("left/many"));
         expectPainted(program, at("right/gamma"));
+        ASSERT_TRUE(isOnScreen());
         screen.beginDrag(middleOf(0));
         moveUntil(middleOf(1), [&] {
             return program.takeLine(
@@ -100,12 +112,7 @@ TEST_F(WaylandTest, theWindowShowsAFolderFollowsTheKeyboardAndQuits)
     auto const ending = " listing painted " + at("left/alpha");
     typeUntil([&] { return program.takeLine([&](std::string const &line) { return line.ends_with(ending); }); },
               {"Home", "Down", "Return"});
-    constexpr std::size_t colorsOfText = 16;
-    EXPECT_TRUE(screen.waitForPicture([](Picture const &picture) {
-        auto const half = picture.width / 2;
-        return picture.colorsBetween(0, half) > colorsOfText &&
-               picture.colorsBetween(half, picture.width) > colorsOfText;
-    }));
+    EXPECT_TRUE(isOnScreen());
     screen.pressUnderPointer("ctrl+q");
     EXPECT_EQ(program.waitForEnd(), 0) << program.output();
 }
