@@ -15,6 +15,7 @@
 #include <cstring>
 #include <map>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #include <sys/inotify.h>
@@ -37,6 +38,13 @@ constexpr std::uint32_t wantedOfFile = IN_MODIFY | IN_ATTRIB | IN_DELETE_SELF | 
 /// Events are fetched at most so often: a program that writes thousands of files a second wakes us 20 times, not for
 /// each. Who waits for quiet waits much longer.
 constexpr std::chrono::milliseconds restAfterEvents{50};
+
+/// After the first event behind a silence. A file that is made is closed a moment later, and who waits for quiet should
+/// not take the end of that for a later change.
+constexpr std::chrono::milliseconds restAfterFirst{5};
+
+/// Longer than a rest: who writes all the time is not silent meanwhile.
+constexpr std::chrono::milliseconds silence{2 * restAfterEvents};
 
 /// Of one reading; what is left is read after the next rest. The kernel's own queue is bounded too.
 constexpr int mostReads = 16;
@@ -99,6 +107,7 @@ struct DirectoryEvents::Queue : std::enable_shared_from_this<Queue> {
 
     // On the I/O thread.
     void waitForEvents();
+    void waitBehindRest();
     bool readEvents();
     void take(char const *from, std::size_t length);
     void deliver(inotify_event const &event);
@@ -109,6 +118,7 @@ struct DirectoryEvents::Queue : std::enable_shared_from_this<Queue> {
     // On the I/O thread.
     stream_descriptor descriptor;
     boost::asio::steady_timer rest;
+    std::chrono::steady_clock::time_point lastRead;
     alignas(inotify_event) std::array<char, bytesOfRead> buffer{};
 
     std::mutex mutex;
@@ -254,13 +264,19 @@ void DirectoryEvents::Queue::remove(int number, std::shared_ptr<Inbox> const &in
 void DirectoryEvents::Queue::waitForEvents()
 {
     descriptor.async_wait(stream_descriptor::wait_read, [self = shared_from_this()](boost::system::error_code error) {
-        if (error || !self->readEvents())
-            return;
-        self->rest.expires_after(restAfterEvents);
-        self->rest.async_wait([self](boost::system::error_code cancelled) {
-            if (!cancelled)
-                self->waitForEvents();
-        });
+        if (!error && self->readEvents())
+            self->waitBehindRest();
+    });
+}
+
+void DirectoryEvents::Queue::waitBehindRest()
+{
+    auto const now = std::chrono::steady_clock::now();
+    auto const wasSilent = now - std::exchange(lastRead, now) > silence;
+    rest.expires_after(wasSilent ? restAfterFirst : restAfterEvents);
+    rest.async_wait([self = shared_from_this()](boost::system::error_code cancelled) {
+        if (!cancelled)
+            self->waitForEvents();
     });
 }
 
