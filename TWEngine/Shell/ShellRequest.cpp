@@ -49,10 +49,14 @@ ShellRequest::ShellRequest(ShellDialect shellDialect, Service const &service, st
 
 std::string ShellRequest::numbered(std::uint64_t id) const
 {
+    auto call = name + ' ' + std::to_string(id) + ' ' + arguments;
     // On the shell's own input stand the requests behind this one, and a command that reads would take them for data.
-    auto const *const input = dialect == ShellDialect::posix ? " </dev/null" : "";
-    auto const text = name + ' ' + std::to_string(id) + ' ' + arguments + input;
-    return encodeRequest(dialect, text) + std::string(lineTerminator(dialect));
+    //
+    // The braces are for a line that is lost in the middle of a request. At the end of its input bash runs what it has,
+    // and a part that ends with a quote is a command: of rm -r 'it'\''s' it may be rm -r 'it'.
+    if (dialect == ShellDialect::posix)
+        call = "{ " + call + " </dev/null; }";
+    return encodeRequest(dialect, call) + std::string(lineTerminator(dialect));
 }
 
 } // namespace tw

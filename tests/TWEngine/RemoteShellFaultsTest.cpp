@@ -160,7 +160,7 @@ TEST_F(RemoteShellFaultsTest, answersThatNobodyAskedForAreDropped)
 printf 'perl\t/home\t@@TW%s:0:0@@\n' "$nonce"
 echo "nobody's@@TW$nonce:77:0@@"
 while IFS= read -r line; do
-    case $line in tw_run\ *) echo "old@@TW$nonce:0:0@@"; echo "asked@@TW$nonce:1:5@@"; echo "twice@@TW$nonce:1:6@@";; esac
+    case $line in *tw_run\ *) echo "old@@TW$nonce:0:0@@"; echo "asked@@TW$nonce:1:5@@"; echo "twice@@TW$nonce:1:6@@";; esac
 done
 )")));
     loop.run(shell->connect());
@@ -175,7 +175,7 @@ TEST_F(RemoteShellFaultsTest, aLineFeedThatIsLateDoesNotMoveTheBytesOfAFile)
     auto const shell = makeShell({}, program(takeNonce + std::string(R"(
 printf 'perl\t/home\t@@TW%s:0:0@@' "$nonce"
 while IFS= read -r line; do
-    case $line in tw_read\ 1\ *) printf '\n\nab@@TW%s:1:0@@\n' "$nonce";; esac
+    case $line in *tw_read\ 1\ *) printf '\n\nab@@TW%s:1:0@@\n' "$nonce";; esac
 done
 )")));
     loop.run(shell->connect());

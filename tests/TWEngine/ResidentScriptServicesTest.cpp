@@ -212,6 +212,22 @@ TEST_F(ResidentScriptServicesTest, aCommandThatReadsItsInputTakesTheLineBehindIt
     EXPECT_EQ(resident.nextFrame(), (Frame{7, 0, "on\n", false}));
 }
 
+TEST_F(ResidentScriptServicesTest, aRequestThatIsLostInTheMiddleIsNotRun)
+{
+    auto const request = ShellRequest::run(posix, "rm -r 'it'\\''s'").numbered(1);
+    auto const isRun = [&](std::size_t arrivedBytes) {
+        auto const bash = startShell("exec bash -s 2>/dev/null");
+        loop.run(bash->write("tw_run() { echo run; }\n" + request.substr(0, arrivedBytes)));
+        bash->closeInput();
+        auto const output = readAll(bash);
+        wait(bash);
+        return output == "run\n";
+    };
+    EXPECT_TRUE(isRun(request.size()));
+    for (std::size_t bytes = 0; bytes < request.size() - std::string_view("}\n").size(); ++bytes)
+        EXPECT_FALSE(isRun(bytes)) << request.substr(0, bytes);
+}
+
 TEST_F(ResidentScriptServicesTest, aResponseOverTheBudgetOfListingsIsWholeAndSaysSo)
 {
     auto const content = randomBytes(5000);

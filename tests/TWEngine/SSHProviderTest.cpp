@@ -440,7 +440,7 @@ while IFS= read -r line; do
 done
 nonce=${BASH_REMATCH[1]}
 printf 'gnu\t/home\t@@TW%s:0:0@@\n' "$nonce"
-while read -r command id rest; do
+while read -r _ command id rest; do
     [[ $command == tw_ask && $id =~ ^[0-9]+$ ]] && printf '@@TW%s:%s:0@@\n' "$nonce" "$id"
     [[ $command == tw_list && $id =~ ^[0-9]+$ ]] || continue
     [[ $rest == *part* ]] && printf 'f\t7\t1\t644\tname\0'
