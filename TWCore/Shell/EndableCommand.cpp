@@ -14,19 +14,27 @@ std::string fileOf(std::string_view token)
 std::string text(std::string_view token, std::string_view program, std::string_view script)
 {
     auto const file = fileOf(token);
+    auto const isEnded = "[ -e " + file + ".end ]";
     std::string const name(program);
-    // A shell that becomes the program, so that the number in the file is that of the program.
-    return "(" + name +
-           "() { sh -c 'u=$(umask); umask 077; set -C; (echo $$ >\"$0\") 2>/dev/null; umask $u; "
-           "if [ -e \"$0\".end ]; then exit 143; fi; exec " +
-           name + " \"$@\"' " + file + " \"$@\"; set -- $?; command rm -f " + file + "; return $1; }\n" +
-           std::string(script) + "\n)\ntw_s=$?; rm -f " + file + ".end; (exit $tw_s)";
+    // The file is made here, so that nobody else's is written to later. The number goes as soon as the program has been
+    // waited for: it may become that of another one. `end` may come before the number is written; then the program is
+    // ended here. In the background, a program would have an empty input.
+    //
+    // Starting rm takes longer than all of this, so it is not waited for. It removes the end last: an end that has
+    // still found the file goes too. Not by a trap: bash then handles SIGTERM, and a program that gets it before its
+    // `exec` would live on.
+    return "tw_number=" + file + "; (umask 077; set -C; : >\"$tw_number\") 2>/dev/null || tw_number=/dev/null\n(" +
+           name + "() { if " + isEnded + "; then return 143; fi; { exec " + name + " \"$@\" <&9 9<&- & } 9<&0; " +
+           "{ echo $! >\"$tw_number\"; if " + isEnded + "; then kill $!; fi; wait $!; set -- $?; " +
+           "echo >\"$tw_number\"; } 2>/dev/null; return $1; }\n" + std::string(script) + "\n)\ntw_s=$?; exec rm -f " +
+           file + " " + file + ".end >/dev/null 2>&1 &\nexit $tw_s";
 }
 
 std::string end(std::string_view token)
 {
     auto const file = fileOf(token);
-    return "(umask 077; : >" + file + ".end); p=$(cat " + file + " 2>/dev/null) && kill \"$p\"";
+    return "(umask 077; set -C; : >" + file + ".end) 2>/dev/null; tw_number=$(cat " + file +
+           " 2>/dev/null) && { [ -z \"$tw_number\" ] || kill \"$tw_number\"; }";
 }
 
 std::string forget(std::string_view token)

@@ -7,13 +7,14 @@
 /// meanwhile.
 namespace tw::EndableCommand {
 
-/// Runs `script`, in which each call of `program` can be ended. The session goes on. The program's process leaves its
-/// number in a file; where no file can be written, the program cannot be ended and runs all the same. `token` names
-/// the file: letters and digits that nobody can guess, since the folder is a shared one.
+/// Runs `script`, in which each call of `program` can be ended. The shell ends with it: it is one that was made for it.
+/// The program's process leaves its number in a file, which goes a moment after the last answer; where no file can be
+/// written, the program cannot be ended and runs all the same. `token` names the file: letters and digits that nobody
+/// can guess, since the folder is a shared one.
 std::string text(std::string_view token, std::string_view program, std::string_view script);
 
-/// Ends that command, from another session. Calls that have not begun yet end when they begin. Status 0: a call was
-/// under way and has been ended. Otherwise the command may have been over, and `forget` is needed.
+/// Ends that command, from another session. Calls that have not begun yet end when they begin. Status 0: the command is
+/// under way, and what this leaves goes with it. Otherwise it has not begun or is over, and `forget` is needed.
 std::string end(std::string_view token);
 
 /// Removes what `end` leaves for a command that was over before. The command must be over.

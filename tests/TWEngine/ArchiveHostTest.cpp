@@ -30,7 +30,7 @@ TEST_F(ArchiveHostTest, anArchiveIsOpenedWhereItLies)
     EXPECT_THAT(unpack(on(folder.path("dot.tar.gz")), on(local.path("out"))), HasSubstr("is there already"));
     EXPECT_THAT(extract({"none"}, on(folder.path("dot.tar.gz")), targetOn(provider)), HasSubstr("ot found in archive"));
     EXPECT_EQ(arrived(), (std::set<std::string>{"out", "x"}));
-    EXPECT_TRUE(std::filesystem::is_empty(host->temporary()));
+    waitUntil([&] { return std::filesystem::is_empty(host->temporary()); });
 }
 
 TEST_F(ArchiveHostTest, anArchiveGoesFromMachineToMachine)
@@ -62,7 +62,7 @@ TEST_F(ArchiveHostTest, anArchiveGoesFromMachineToMachine)
     EXPECT_THAT(pack({"none"}, sourceHere(), on(local.path("a.tar.gz")), ArchiveFormat::tarGz),
                 StartsWith("read failed on none: "));
     EXPECT_EQ(arrived(), (std::set<std::string>{"up.tar.gz", "down.tar.gz", "there.tar.gz", "large", "empty"}));
-    EXPECT_TRUE(std::filesystem::is_empty(host->temporary()));
+    waitUntil([&] { return std::filesystem::is_empty(host->temporary()); });
 }
 
 TEST_F(ArchiveHostTest, aCancelEndsTheWorkOfAHost)

@@ -175,7 +175,8 @@ TEST_F(SSHProviderTest, aDeletionThatIsStoppedEndsOnTheHostAndItsSessionGoesOn)
     EXPECT_THROW(removing.value(), Cancelled);
     waitFor("kill -0 $(cat " + tools.path("began") + ") 2>/dev/null; echo $?", "1\n");
     EXPECT_EQ(shellOf(provider, CommandSession::work), shell);
-    EXPECT_TRUE(std::filesystem::is_empty(host->temporary()));
+    while (!std::filesystem::is_empty(host->temporary()))
+        loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
     EXPECT_TRUE(std::filesystem::exists(folder.path("victim")));
 }
 

@@ -221,7 +221,7 @@ TEST_F(TransferEngineTest, aTreeIsCopiedOnItsHost)
     ASSERT_EQ(reports().size(), 1U);
     EXPECT_EQ(reports().front().item, "2 item(s) — server-side copy");
     EXPECT_FALSE(reports().front().total);
-    EXPECT_TRUE(std::filesystem::is_empty(host->temporary()));
+    waitUntil([&] { return std::filesystem::is_empty(host->temporary()); });
 }
 
 TEST_F(TransferEngineTest, aCopyOnAHostFailsInTheWordsOfTheHost)
@@ -248,7 +248,7 @@ TEST_F(TransferEngineTest, aCancelledCopyOnAHostEndsThere)
     EXPECT_EQ(outcomeOf(copying), "cancelled");
     waitUntil([&] { return run(provider, "pgrep -f '^cp -a -- .*huge'").empty(); });
     EXPECT_EQ(shellOf(provider, CommandSession::work), shell);
-    EXPECT_TRUE(std::filesystem::is_empty(host->temporary()));
+    waitUntil([&] { return std::filesystem::is_empty(host->temporary()); });
 }
 
 TEST_F(TransferEngineTest, namesCrossAsTheyAre)

@@ -183,7 +183,7 @@ TEST_F(UnusualTarHostTest, anEncryptedArchiveIsAskedForItsPasswordOnce)
         std::filesystem::remove(local.path("a"));
         questions();
     }
-    EXPECT_TRUE(std::filesystem::is_empty(host->temporary()));
+    waitUntil([&] { return std::filesystem::is_empty(host->temporary()); });
 }
 
 TEST_F(UnusualTarHostTest, aWrongPasswordEndsTheTool)
@@ -197,7 +197,7 @@ TEST_F(UnusualTarHostTest, aWrongPasswordEndsTheTool)
     EXPECT_EQ(contentOf(local.path("out/t/a")), "content");
     EXPECT_LT(questions(), asManyAsWithoutAnEnd);
     EXPECT_THAT(arrived(), ElementsAre("out"));
-    EXPECT_TRUE(std::filesystem::is_empty(host->temporary()));
+    waitUntil([&] { return std::filesystem::is_empty(host->temporary()); });
 }
 
 TEST_F(UnusualTarHostTest, theWordsOfTheToolAreThoseOfAFailure)
