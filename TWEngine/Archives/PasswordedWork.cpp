@@ -1,6 +1,5 @@
 #include "TWEngine/Archives/PasswordedWork.h"
 
-#include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Shell/ShellLiteral.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -18,7 +17,7 @@ constexpr std::size_t mostBytes = std::size_t{1} << 30U;
 /// ssh's own, for a connection that failed.
 constexpr int statusOfClient = 255;
 
-Task<CommandResult> runOn(EngineRuntime *engine, std::string ssh, std::shared_ptr<CommandHost> host, Command command)
+Task<CommandResult> send(IoThread *io, std::string ssh, std::shared_ptr<CommandHost> host, Command command)
 {
     auto const dialect = co_await host->dialect();
     if (dialect != ShellDialect::posix)
@@ -30,12 +29,7 @@ Task<CommandResult> runOn(EngineRuntime *engine, std::string ssh, std::shared_pt
                                            "bash -c " + ShellLiteral::posix("{ " + command.text + "\n} 2>&1"));
     child.input = PipeEnd{};
     child.output = PipeEnd{};
-    auto running = OneShotCommand::run(engine->io(), std::move(child), mostBytes, nullptr, command.password + "\n");
-    auto outcome = co_await outcomeOf(std::move(running));
-    auto const context = co_await currentContext();
-    if (context.stop.stop_requested())
-        co_await HostWork::end(*engine, host, command.token);
-    auto ended = outcome.take();
+    auto ended = co_await OneShotCommand::run(*io, std::move(child), mostBytes, nullptr, command.password + "\n");
     bool const isOfClient = ended.status.number == statusOfClient && ended.output.empty();
     co_return CommandResult{.output = std::move(isOfClient ? ended.errors : ended.output),
                             .status = ended.status.number};
@@ -45,7 +39,8 @@ Task<CommandResult> runOn(EngineRuntime *engine, std::string ssh, std::shared_pt
 
 Task<CommandResult> run(EngineRuntime &engine, std::string ssh, std::shared_ptr<CommandHost> host, Command command)
 {
-    return runOn(&engine, std::move(ssh), std::move(host), std::move(command));
+    auto const token = command.token;
+    return HostWork::run(engine, host, token, send(&engine.io(), std::move(ssh), host, std::move(command)));
 }
 
 } // namespace tw::PasswordedWork

@@ -10,8 +10,8 @@
 #include "TWCore/Shell/MoveCommand.h"
 #include "TWEngine/Browsing/ForgottenPaths.h"
 #include "TWEngine/Platform/RandomDigits.h"
-#include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Shell/RemoteShellError.h"
+#include "TWEngine/Transfer/HostWork.h"
 
 #include <map>
 #include <set>
@@ -41,34 +41,6 @@ Task<CommandResult> send(Host host, Change change)
                              .session = CommandSession::work,
                              .effect = CommandEffect::changes,
                              .limit = change.limit});
-}
-
-using Answer = std::shared_ptr<Completion<CommandResult>>;
-
-Task<void> passOn(Answer answer, Task<CommandResult> sending)
-{
-    auto outcome = co_await outcomeOf(std::move(sending));
-    if (outcome.failure)
-        answer->fail(outcome.failure);
-    else
-        answer->succeed(*std::move(outcome.value));
-}
-
-Task<void> endThere(Host host, std::string token)
-{
-    co_await outcomeOf(host->runCommand({.text = EndableCommand::end(token)}));
-}
-
-/// `send` for a command that may run for minutes: a stop ends it.
-Task<CommandResult> sendEndable(Host host, Change change, std::string token)
-{
-    auto const answer = std::make_shared<Completion<CommandResult>>();
-    auto const context = co_await currentContext();
-    spawn({context.executor, {}}, passOn(answer, send(host, std::move(change))));
-    auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(answer));
-    if (outcome.failure && context.stop.stop_requested())
-        spawn({context.executor, {}}, endThere(host, std::move(token)));
-    co_return outcome.take();
 }
 
 /// What follows from a command with an effect: its result, or nothing if the connection was lost meanwhile.
@@ -138,6 +110,34 @@ Task<void> requireMoved(Host host, std::vector<FileSystemWriter::Move> moves)
     }
 }
 
+Task<void> removeOn(EngineRuntime *engine, Host host, Paths paths)
+{
+    if (paths.empty())
+        co_return;
+    auto const dialect = co_await host->dialect();
+    while (!paths.empty()) {
+        auto const some = takeFront(paths, FileCommands::fittingRequest(dialect, paths).size());
+        Change change{"delete", some.front(), FileCommands::remove(dialect, some), FileCommands::changeLimit};
+        auto const token = randomDigits(16);
+        auto sending = dialect == ShellDialect::posix
+                           ? HostWork::run(*engine, host, token, EndableCommand::text(token, "rm", change.command),
+                                           CommandEffect::changes, FileCommands::changeLimit)
+                           : send(host, change);
+        auto const result = co_await resultIfKnown(std::move(sending));
+        if (result && result->status != 0)
+            fail(change, *result);
+        if (result)
+            continue;
+        auto const left = co_await existing(host, some);
+        if (left.empty())
+            continue;
+        change.path = *std::ranges::find_if(some, [&](auto const &path) { return left.contains(path); });
+        fail(change, {.output = "the connection was lost, and " + std::to_string(left.size()) + " of " +
+                                std::to_string(some.size()) + " were still there afterwards",
+                      .status = 0});
+    }
+}
+
 } // namespace
 
 Task<void> makeDirectory(Host host, std::string path)
@@ -154,32 +154,9 @@ Task<void> makeDirectory(Host host, std::string path)
         fail(change, {.output = "the connection was lost before the folder was made", .status = 0});
 }
 
-Task<void> remove(Host host, Paths paths)
+Task<void> remove(EngineRuntime &engine, Host host, Paths paths)
 {
-    if (paths.empty())
-        co_return;
-    auto const dialect = co_await host->dialect();
-    while (!paths.empty()) {
-        auto const some = takeFront(paths, FileCommands::fittingRequest(dialect, paths).size());
-        Change change{"delete", some.front(), FileCommands::remove(dialect, some), FileCommands::changeLimit};
-        auto const token = randomDigits(16);
-        auto const isEndable = dialect == ShellDialect::posix;
-        if (isEndable)
-            change.command = EndableCommand::text(token, "rm", change.command);
-        auto sending = isEndable ? sendEndable(host, change, token) : send(host, change);
-        auto const result = co_await resultIfKnown(std::move(sending));
-        if (result && result->status != 0)
-            fail(change, *result);
-        if (result)
-            continue;
-        auto const left = co_await existing(host, some);
-        if (left.empty())
-            continue;
-        change.path = *std::ranges::find_if(some, [&](auto const &path) { return left.contains(path); });
-        fail(change, {.output = "the connection was lost, and " + std::to_string(left.size()) + " of " +
-                                std::to_string(some.size()) + " were still there afterwards",
-                      .status = 0});
-    }
+    return removeOn(&engine, std::move(host), std::move(paths));
 }
 
 Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves)

@@ -8,6 +8,12 @@
 #include <string>
 #include <vector>
 
+namespace tw {
+
+class EngineRuntime;
+
+} // namespace tw
+
 /// What changes and measures the files of a host, by commands in its work session.
 ///
 /// A list that does not fit into one request is sent in several, one after the other, up to the first that fails. An
@@ -29,9 +35,8 @@ Task<void> makeDirectory(Host host, std::string path);
 
 /// Deletes each path with everything below it. A failure may leave any part deleted.
 ///
-/// Cancellation: on a POSIX host the command is ended, and not waited for. A question in the interactive session is
-/// answered afterwards.
-Task<void> remove(Host host, Paths paths);
+/// Cancellation: on a POSIX host as HostWork::run. A question in the interactive session is answered afterwards.
+Task<void> remove(EngineRuntime &engine, Host host, Paths paths);
 
 /// Renames or moves on the host, see MoveCommand.
 Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves);

@@ -228,7 +228,7 @@ Task<void> SSHProvider::makeDirectory(std::string path)
 
 Task<void> SSHProvider::remove(std::vector<std::string> paths)
 {
-    return HostFiles::remove(shared_from_this(), std::move(paths));
+    return HostFiles::remove(engine, shared_from_this(), std::move(paths));
 }
 
 Task<void> SSHProvider::rename(std::string from, std::string to)

@@ -19,9 +19,9 @@ struct Sent {
     std::shared_ptr<Completion<bool>> const over = std::make_shared<Completion<bool>>();
 };
 
-Task<void> ask(std::shared_ptr<CommandHost> host, HostCommand command, Sent sent)
+Task<void> ask(Task<CommandResult> sending, Sent sent)
 {
-    auto outcome = co_await outcomeOf(host->runCommand(std::move(command)));
+    auto outcome = co_await outcomeOf(std::move(sending));
     if (outcome.failure)
         sent.answer->fail(outcome.failure);
     else
@@ -29,13 +29,16 @@ Task<void> ask(std::shared_ptr<CommandHost> host, HostCommand command, Sent sent
     sent.over->succeed(true);
 }
 
-/// Whether a program was ended.
-Task<bool> endOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token)
+enum class Ending { isUnderWay, isNothing, noAnswer };
+
+Task<Ending> endOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token)
 {
     auto ending = host->runCommand({.text = EndableCommand::end(token)});
     auto const outcome =
         co_await outcomeOf(withTimeOut(engine->clock(), patienceWithEnd, std::move(ending)).withStop({}));
-    co_return outcome.value &&outcome.value->status == 0;
+    if (!outcome.value)
+        co_return Ending::noAnswer;
+    co_return outcome.value->status == 0 ? Ending::isUnderWay : Ending::isNothing;
 }
 
 /// The answer of a command and its end may cross.
@@ -45,25 +48,23 @@ Task<void> forgetWhenOver(std::shared_ptr<CommandHost> host, std::string token, 
     co_await outcomeOf(host->runCommand({.text = EndableCommand::forget(token), .onLoss = CommandOnLoss::fails}));
 }
 
-Task<CommandResult> runOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token,
-                          HostCommand command)
+Task<CommandResult> runSent(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token,
+                            Task<CommandResult> sending)
 {
     auto const dialect = co_await host->dialect();
     Sent const sent;
+    std::stop_source stopSending;
     auto const context = co_await currentContext();
-    spawn({context.executor, {}}, ask(host, std::move(command), sent));
+    spawn({context.executor, stopSending.get_token()}, ask(std::move(sending), sent));
     auto outcome = co_await outcomeOf(Completion<CommandResult>::wait(sent.answer));
     if (!outcome.value && context.stop.stop_requested() && dialect == ShellDialect::posix) {
-        auto const wasEnded = co_await endOn(engine, host, token);
-        if (!wasEnded)
+        auto const ending = co_await endOn(engine, host, token);
+        if (ending == Ending::noAnswer)
+            stopSending.request_stop();
+        if (ending != Ending::isUnderWay)
             spawn({context.executor, {}}, forgetWhenOver(host, token, sent));
     }
     co_return outcome.take();
-}
-
-Task<void> endAlone(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std::string token)
-{
-    co_await endOn(engine, std::move(host), std::move(token));
 }
 
 } // namespace
@@ -71,13 +72,15 @@ Task<void> endAlone(EngineRuntime *engine, std::shared_ptr<CommandHost> host, st
 Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
                         CommandEffect effect, std::chrono::seconds limit)
 {
-    return runOn(&engine, std::move(host), std::move(token),
-                 {.text = std::move(text), .session = CommandSession::work, .effect = effect, .limit = limit});
+    auto sending =
+        host->runCommand({.text = std::move(text), .session = CommandSession::work, .effect = effect, .limit = limit});
+    return runSent(&engine, std::move(host), std::move(token), std::move(sending));
 }
 
-Task<void> end(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token)
+Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token,
+                        Task<CommandResult> sending)
 {
-    return endAlone(&engine, std::move(host), std::move(token));
+    return runSent(&engine, std::move(host), std::move(token), std::move(sending));
 }
 
 } // namespace tw::HostWork

@@ -6,13 +6,14 @@ namespace tw {
 
 class EngineRuntime;
 
-/// Runs a long command of an operation in the work session of a host.
+/// Runs a long command of an operation on a host, so that it can be ended.
 namespace HostWork {
 
 /// Work within a host may take long, and nobody sees it grow.
 inline constexpr std::chrono::seconds longestWork{3600};
 
-/// `text` is a command that `EndableCommand::end(token)` ends, or one of a Windows host, which cannot be ended.
+/// `text` is a command that `EndableCommand::end(token)` ends, or one of a Windows host, which cannot be ended. It runs
+/// in the work session.
 ///
 /// Cancellation: ends the command on the host, by a command in another session, and throws Cancelled. The answer is not
 /// waited for: the session gives it when the command has ended.
@@ -20,8 +21,10 @@ inline constexpr std::chrono::seconds longestWork{3600};
 Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
                         CommandEffect effect = CommandEffect::changes, std::chrono::seconds limit = longestWork);
 
-/// Ends such a command, best effort and whether or not the caller is being stopped.
-Task<void> end(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token);
+/// The same for a command that is sent in another way, with its answer as the result of `sending`. That is stopped only
+/// if the host does not answer; otherwise it goes on until the command has ended.
+Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token,
+                        Task<CommandResult> sending);
 
 } // namespace HostWork
 

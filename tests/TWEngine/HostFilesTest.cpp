@@ -1,6 +1,7 @@
 #include "TWEngine/SSH/HostFiles.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "tests/support/FakeCommandHost.h"
 #include "tests/support/TestLoop.h"
@@ -46,6 +47,7 @@ protected:
         return "it succeeded";
     }
 
+    EngineRuntime engine;
     TestLoop loop;
     std::shared_ptr<FakeCommandHost> host = std::make_shared<FakeCommandHost>();
 };
@@ -61,7 +63,7 @@ TEST_F(HostFilesTest, aChangeRunsInTheWorkSessionAndIsMarkedAsOne)
 
 TEST_F(HostFilesTest, deletingRenamingAndCopyingHaveTheirLimits)
 {
-    auto const deleting = commandOf(HostFiles::remove(host, {"/a", "/b"}));
+    auto const deleting = commandOf(HostFiles::remove(engine, host, {"/a", "/b"}));
     EXPECT_THAT(deleting.text, testing::HasSubstr("\nrm -rf -- '/a' '/b'\n"));
     EXPECT_EQ(deleting.limit, 300s);
     auto const renaming = commandOf(HostFiles::moveAll(host, {{"/a", "/b"}}));
@@ -85,13 +87,13 @@ TEST_F(HostFilesTest, measuringChangesNothingAndIgnoresTheStatus)
 TEST_F(HostFilesTest, aWindowsHostIsAskedInItsOwnLanguage)
 {
     host->speaks = ShellDialect::powershell;
-    EXPECT_EQ(commandOf(HostFiles::remove(host, {"/C:/a"})).text,
+    EXPECT_EQ(commandOf(HostFiles::remove(engine, host, {"/C:/a"})).text,
               "Remove-Item -LiteralPath 'C:/a' -Recurse -Force -ErrorAction Stop");
 }
 
 TEST_F(HostFilesTest, anEmptyListSendsNothing)
 {
-    loop.run(HostFiles::remove(host, {}));
+    loop.run(HostFiles::remove(engine, host, {}));
     loop.run(HostFiles::moveAll(host, {}));
     loop.run(HostFiles::copy(host, {}, "/b", 1s));
     EXPECT_EQ(loop.run(HostFiles::totalSize(host, {})), 0);
@@ -100,7 +102,8 @@ TEST_F(HostFilesTest, anEmptyListSendsNothing)
 
 TEST_F(HostFilesTest, aLongListIsSentInSeveralCommandsUntilOneFails)
 {
-    auto const deleting = loop.start(HostFiles::remove(host, std::vector<std::string>(5, std::string(900'000, 'x'))));
+    auto const deleting =
+        loop.start(HostFiles::remove(engine, host, std::vector<std::string>(5, std::string(900'000, 'x'))));
     for (std::size_t count = 1; count <= 2; ++count) {
         loop.runUntil([&] { return host->runs.size() == count; });
         host->runs.back().answer->succeed({.output = "no", .status = count == 2 ? 1 : 0});
@@ -204,12 +207,12 @@ TEST_F(LostHostFilesTest, aFolderThatIsNotThereWasNotMade)
 
 TEST_F(LostHostFilesTest, whatIsGoneWasDeleted)
 {
-    EXPECT_EQ(failureOf(HostFiles::remove(host, {"/a/x", "/b/y"}), {taken(""), "none\n"}), "");
+    EXPECT_EQ(failureOf(HostFiles::remove(engine, host, {"/a/x", "/b/y"}), {taken(""), "none\n"}), "");
 }
 
 TEST_F(LostHostFilesTest, whatIsStillThereWasNotDeleted)
 {
-    EXPECT_EQ(failureOf(HostFiles::remove(host, {"/a/x", "/a/y", "/a/z"}), {taken(" 1 2")}),
+    EXPECT_EQ(failureOf(HostFiles::remove(engine, host, {"/a/x", "/a/y", "/a/z"}), {taken(" 1 2")}),
               "delete failed on /a/y: the connection was lost, and 2 of 3 were still there afterwards");
 }
 
@@ -235,9 +238,24 @@ TEST_F(LostHostFilesTest, aHostThatCannotBeAskedLeavesTheOutcomeUnknown)
     EXPECT_THROW(changing.value(), RemoteShellError::OutcomeUnknown);
 }
 
+TEST_F(HostFilesTest, aDeletionWhoseAnswerCrossesItsEndLeavesNothing)
+{
+    auto deleting = loop.start(HostFiles::remove(engine, host, {"/a"}));
+    loop.runUntil([&] { return host->runs.size() == 1; });
+    deleting.stop();
+    loop.runUntil([&] { return host->runs.size() == 2; });
+    host->runs[0].answer->succeed({});
+    host->runs[1].answer->succeed({.output = {}, .status = 1});
+    loop.runUntil([&] { return host->runs.size() == 3; });
+    EXPECT_THAT(host->runs[2].command.text, testing::StartsWith("rm -f "));
+    host->runs[2].answer->succeed({});
+    loop.runUntil([&] { return deleting.isDone(); });
+    EXPECT_THROW(deleting.value(), Cancelled);
+}
+
 TEST_F(HostFilesTest, aFailureWithoutWordsHasItsStatus)
 {
-    EXPECT_EQ(failureFor(HostFiles::remove(host, {"/x/y", "/z"}), {.output = " \n", .status = 1}),
+    EXPECT_EQ(failureFor(HostFiles::remove(engine, host, {"/x/y", "/z"}), {.output = " \n", .status = 1}),
               "delete failed on /x/y: exit 1");
 }
 

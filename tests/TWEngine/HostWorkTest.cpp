@@ -85,5 +85,19 @@ TEST_F(HostWorkTest, aCommandThatHadNotBegunIsWaitedForBeforeItsEndIsForgotten)
     answer(2, 0);
 }
 
+TEST_F(HostWorkTest, whatIsSentInAnotherWayIsStoppedIfTheHostCannotBeAsked)
+{
+    auto const sent = std::make_shared<Completion<CommandResult>>();
+    auto running = loop.start(HostWork::run(engine, host, "token", Completion<CommandResult>::wait(sent)));
+    loop.drain();
+    running.stop();
+    waitForRuns(1);
+    host->runs[0].answer->fail(std::make_exception_ptr(std::runtime_error("no connection")));
+    expectCancelled(running);
+    waitForRuns(2);
+    EXPECT_THAT(textOf(1), HasSubstr("rm -f"));
+    answer(1, 0);
+}
+
 } // namespace
 } // namespace tw::test
