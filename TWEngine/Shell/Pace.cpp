@@ -28,6 +28,10 @@ Pace::Pace(LineSpeed const &line, Time now)
 std::size_t Pace::arrived(std::size_t bytes, Time now)
 {
     measure(bytes, now);
+    // On a fast line all of a burst is there at once, and with all of it the speed is known. Half of it would get no
+    // more than another half, a round trip later.
+    if (!isMeasured && bytes < granted && now - measuredAt < measurePeriod)
+        return 0;
     auto const inFlight = granted - std::min(granted, bytes);
     auto const allowed = window();
     if (inFlight > allowed / 2)
@@ -44,6 +48,7 @@ void Pace::startMeasuring(std::size_t bytes, Time now)
 {
     measuredAt = now + std::chrono::duration_cast<Time::duration>(roundTrip);
     measuredBytes = bytes;
+    isMeasured = false;
 }
 
 void Pace::measure(std::size_t bytes, Time now)
@@ -64,6 +69,7 @@ void Pace::measure(std::size_t bytes, Time now)
     speed = carried > speed ? carried : (speed + carried) / 2;
     measuredAt = now;
     measuredBytes = bytes;
+    isMeasured = true;
 }
 
 std::size_t Pace::window() const

@@ -40,6 +40,7 @@ private:
     // The last measurement.
     Time measuredAt;
     std::size_t measuredBytes = 0;
+    bool isMeasured = false; ///< since the line was idle last
 };
 
 } // namespace tw

@@ -17,6 +17,7 @@ protected:
         std::size_t mostInFlight = 0;
         std::size_t grants = 0;
         double bytesPerSecond = 0;
+        std::chrono::milliseconds idle{0}; ///< how long the host waited for grants
     };
 
     /// How what has arrived is passed on to us.
@@ -53,6 +54,8 @@ protected:
             carried =
                 std::min({carried + bytesPerSecond / 1000, static_cast<double>(allowed), static_cast<double>(total)});
             auto const arrived = static_cast<std::size_t>(carried);
+            if (arrived == allowed && arrived > 0 && arrived < total)
+                outcome.idle += 1ms;
             auto const wholePieces = arrived == granted ? arrived : arrived / client.piece * client.piece;
             if (now >= heldUpUntil && wholePieces > passedOn) {
                 bool const isFirstHalf = client.inHalves && wholePieces - passedOn > client.piece / 2;
@@ -107,6 +110,14 @@ TEST_F(PaceTest, aFastLineIsFilledSoonAndWithFewGrants)
     EXPECT_GT(outcome.bytesPerSecond, 30e6 * 0.75);
     EXPECT_LE(outcome.mostInFlight, Pace::largestWindow);
     EXPECT_LT(outcome.grants, 60U);
+}
+
+TEST_F(PaceTest, aFastLineIsFullAfterTwoRoundTrips)
+{
+    for (auto known : {LineSpeed(), lineWithRoundTrip(50ms)}) {
+        known.note(LineSpeed::leastRoom, 110ms); // the first answer, most of which was the work of the host
+        EXPECT_LE(send(30'000'000, 25e6, 50ms, known).idle, 2 * 50ms);
+    }
 }
 
 TEST_F(PaceTest, aLineWhoseRoundTripIsNotKnownIsFilledTooInTheEnd)
