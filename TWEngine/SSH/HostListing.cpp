@@ -1,7 +1,6 @@
 #include "TWEngine/SSH/HostListing.h"
 
 #include "TWCore/Model/FileOperationError.h"
-#include "TWCore/Model/ListingParser.h"
 
 #include <algorithm>
 
@@ -25,10 +24,17 @@ bool isDoubtful(DirectorySnapshot const &snapshot)
 
 Listings read(ListingResponse response, Question const &asked, std::chrono::system_clock::time_point fetchedAt)
 {
+    ListingScan scan(asked.path, asked.depth);
+    return read(std::move(response), asked, fetchedAt, scan);
+}
+
+Listings read(ListingResponse response, Question const &asked, std::chrono::system_clock::time_point fetchedAt,
+              ListingScan &scan)
+{
     auto const completeness =
         response.truncated ? ListingParser::Completeness::truncated : ListingParser::Completeness::whole;
-    auto listings = ListingParser::parse(std::make_shared<std::string const>(std::move(response.bytes)), asked.path,
-                                         asked.depth, fetchedAt, completeness);
+    auto listings =
+        scan.finish(std::make_shared<std::string const>(std::move(response.bytes)), fetchedAt, completeness);
     auto const path = ListingParser::normalize(asked.path);
     auto const root = listings.find(path);
     if (response.refusal && (root == listings.end() || isDoubtful(root->second)))
@@ -40,13 +46,6 @@ Listings read(ListingResponse response, Question const &asked, std::chrono::syst
     if (asked.dialect == ShellDialect::posix)
         std::erase_if(listings, [&](auto const &each) { return each.first != path && isDoubtful(each.second); });
     return listings;
-}
-
-DirectorySnapshot part(std::string_view bytes, std::string const &path, std::chrono::system_clock::time_point fetchedAt)
-{
-    auto listings = ListingParser::parse(std::make_shared<std::string const>(bytes), path, 1, fetchedAt,
-                                         ListingParser::Completeness::truncated);
-    return std::move(listings.at(ListingParser::normalize(path)));
 }
 
 } // namespace tw::HostListing

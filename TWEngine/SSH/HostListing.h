@@ -1,12 +1,11 @@
 #pragma once
 
-#include "TWCore/Model/DirectorySnapshot.h"
+#include "TWCore/Model/ListingScan.h"
 #include "TWCore/Provider/FileSystemProvider.h"
 #include "TWCore/Shell/ShellDialect.h"
 #include "TWEngine/Shell/RemoteShell.h"
 
 #include <string>
-#include <string_view>
 
 /// What a host's answer to the request for a listing means.
 namespace tw::HostListing {
@@ -28,8 +27,8 @@ struct Question {
 /// Errors: FileOperationError::Failed, with the host's reason, if the root cannot be listed.
 Listings read(ListingResponse response, Question const &asked, std::chrono::system_clock::time_point fetchedAt);
 
-/// The rows in the first `bytes` of a listing of the folder `path`, marked as truncated.
-DirectorySnapshot part(std::string_view bytes, std::string const &path,
-                       std::chrono::system_clock::time_point fetchedAt);
+/// The same of a response whose beginning `scan` has read already.
+Listings read(ListingResponse response, Question const &asked, std::chrono::system_clock::time_point fetchedAt,
+              ListingScan &scan);
 
 } // namespace tw::HostListing

@@ -4,8 +4,6 @@
 #include "TWCore/Model/WindowsPath.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/SSH/HostFiles.h"
-#include "TWEngine/SSH/HostListing.h"
-#include "TWEngine/Shell/PacedListing.h"
 
 namespace tw {
 
@@ -156,24 +154,36 @@ Task<Listings> SSHProvider::fetchWholeHere(Self self, std::string path, PartTake
     auto const begun = clock->steadyNow();
     auto const room = self->line.room(maxFirstAnswerBytes);
     auto response = co_await list(self, Choice::interactive, path, 1, room);
-    if (response.truncated && self->sessions->speaks() == ShellDialect::posix) {
-        WholeListing whole{.line = self->line, .begun = begun};
-        if (onPart)
-            whole.onPart = [path, onPart, clock](std::string_view bytes) {
-                onPart(HostListing::part(bytes, path, clock->now()));
-            };
-        response = co_await self->sessions->asking<ListingResponse>(
-            Choice::interactive, [path, whole](RemoteShell &shell) { return shell.listWhole(path, whole); });
-        self->line.note(response.bytes.size(), response.elapsed);
-        response.bytes.resize(std::min(response.bytes.size(), PacedListing::mostBytes));
-    }
-    co_return self->read(std::move(response), path, 1);
+    if (!response.truncated || self->sessions->speaks() != ShellDialect::posix)
+        co_return self->read(std::move(response), path, 1);
+
+    // It may be asked again after a loss: each time is a listing of its own.
+    auto const ask = [path, onPart, clock, begun, known = self->line](RemoteShell &shell) {
+        auto const listing = std::make_shared<GrowingListing>(path, clock, begun, onPart);
+        auto const hear = [listing](std::string_view bytes) { listing->hear(bytes); };
+        return askWhole(shell.listWhole(path, {.line = known, .onBytes = hear}), listing);
+    };
+    auto answer = co_await self->sessions->asking<LongAnswer>(Choice::interactive, ask);
+    self->line.note(answer.response.bytes.size(), answer.response.elapsed);
+    co_return HostListing::read(std::move(answer.response), self->question(path, 1), clock->now(),
+                                answer.listing->scan());
+}
+
+Task<SSHProvider::LongAnswer> SSHProvider::askWhole(Task<ListingResponse> asking,
+                                                    std::shared_ptr<GrowingListing> listing)
+{
+    auto response = co_await std::move(asking);
+    co_return LongAnswer{std::move(response), std::move(listing)};
 }
 
 Listings SSHProvider::read(ListingResponse response, std::string const &path, int depth) const
 {
-    HostListing::Question const asked{.host = destination, .dialect = sessions->speaks(), .path = path, .depth = depth};
-    return HostListing::read(std::move(response), asked, engine.clock()->now());
+    return HostListing::read(std::move(response), question(path, depth), engine.clock()->now());
+}
+
+HostListing::Question SSHProvider::question(std::string const &path, int depth) const
+{
+    return {.host = destination, .dialect = sessions->speaks(), .path = path, .depth = depth};
 }
 
 Task<std::string> SSHProvider::readChunk(std::string path, std::int64_t offset, std::size_t length)

@@ -4,7 +4,9 @@
 #include "TWCore/Provider/FileSystemReader.h"
 #include "TWCore/Provider/FileSystemWriter.h"
 #include "TWEngine/SSH/ControlPath.h"
+#include "TWEngine/SSH/GrowingListing.h"
 #include "TWEngine/SSH/HostAccess.h"
+#include "TWEngine/SSH/HostListing.h"
 #include "TWEngine/SSH/HostSessions.h"
 
 #include <memory>
@@ -113,10 +115,17 @@ private:
     using Self = std::shared_ptr<SSHProvider>;
     using Choice = HostSessions::Choice;
 
+    struct LongAnswer {
+        ListingResponse response;
+        std::shared_ptr<GrowingListing> listing; ///< has read the beginning of the response
+    };
+
     static Task<void> disconnectHere(Self self);
     static Task<Listings> fetchHere(Self self, std::string path, int depth, FetchPriority priority);
     static Task<Listings> fetchWholeHere(Self self, std::string path, PartTaker onPart);
     static Task<ListingResponse> list(Self self, Choice choice, std::string path, int depth, std::size_t room);
+    static Task<LongAnswer> askWhole(Task<ListingResponse> asking, std::shared_ptr<GrowingListing> listing);
+    HostListing::Question question(std::string const &path, int depth) const;
     Listings read(ListingResponse response, std::string const &path, int depth) const;
     static Task<std::string> readChunkHere(std::shared_ptr<HostSessions> sessions, std::string path,
                                            std::int64_t offset, std::size_t length);

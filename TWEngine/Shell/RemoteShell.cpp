@@ -211,6 +211,7 @@ void RemoteShell::deliver(ShellReader::Frame frame)
 {
     if (frame.id == 0)
         handshake.take(frame.payload);
+    noteOther(frame);
     auto const waiting = pending.find(frame.id);
     if (waiting == pending.end())
         return;

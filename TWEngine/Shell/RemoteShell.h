@@ -40,9 +40,9 @@ struct ListingResponse {
 /// How a listing is read whole.
 struct WholeListing {
     LineSpeed line;
-    std::chrono::steady_clock::time_point begun; ///< when the person began to wait
-    /// Gets what has come so far, on the strand, if the listing takes long. Each time it is twice as much as before.
-    std::function<void(std::string_view)> onPart = {};
+    /// Gets all that has come so far, on the strand, each time when more has come; never afterwards. Nothing, if what
+    /// had come was no part of the listing.
+    std::function<void(std::string_view)> onBytes = {};
 };
 
 /// One long conversation with one host: an ssh client whose remote command is a shell, into which the resident script
@@ -155,6 +155,8 @@ private:
     void startSession();
     std::unique_ptr<ClientWords> newWords();
     void deliver(ShellReader::Frame frame);
+    bool isTurnOfPaced() const;
+    void noteOther(ShellReader::Frame const &frame);
     void advancePaced();
     void handleClosed(ShellClient const *closed, std::string const &detail);
     void teardown(std::optional<std::string> const &reason);

@@ -11,19 +11,11 @@
 
 namespace tw {
 
-namespace {
-
-/// A person waits that long without a need to see something.
-constexpr std::chrono::milliseconds firstPartAfter{500};
-
-} // namespace
-
 /// The paced listing that a session sends.
 struct RemoteShell::Paced {
     std::uint64_t id = 0;
     Pace pace;
     WholeListing listing;
-    std::size_t lastPart = 0; ///< bytes
     std::shared_ptr<SharedCompletion<void>> const ended = std::make_shared<SharedCompletion<void>>();
 };
 
@@ -119,6 +111,7 @@ Task<ListingResponse> RemoteShell::wholeListing(std::shared_ptr<RemoteShell> sel
     auto response = outcome.take();
     response.elapsed = self->clock->steadyNow() - started;
     response.truncated = response.bytes.size() >= PacedListing::mostBytes;
+    response.bytes.resize(std::min(response.bytes.size(), PacedListing::mostBytes));
     co_return response;
 }
 
@@ -131,22 +124,29 @@ Task<void> RemoteShell::turn(std::shared_ptr<RemoteShell> self)
     }
 }
 
+/// False before its turn, when what arrives belongs to requests before it, and behind its end.
+bool RemoteShell::isTurnOfPaced() const
+{
+    return paced && !pending.empty() && pending.begin()->first == paced->id;
+}
+
+/// A frame that does not end the paced listing shows that what has come before it was no part of the listing.
+void RemoteShell::noteOther(ShellReader::Frame const &frame)
+{
+    if (isTurnOfPaced() && frame.id != paced->id && paced->listing.onBytes)
+        paced->listing.onBytes({});
+}
+
 /// Bytes have arrived that end no response.
 void RemoteShell::advancePaced()
 {
-    // Until its turn, what arrives belongs to requests before it.
-    if (!paced || pending.empty() || pending.begin()->first != paced->id)
+    if (!isTurnOfPaced())
         return;
     auto const bytes = session->waiting();
-    auto const now = clock->steadyNow();
-    if (auto const more = paced->pace.arrived(bytes.size(), now); more > 0)
+    if (auto const more = paced->pace.arrived(bytes.size(), clock->steadyNow()); more > 0)
         session->write(PacedListing::grant(more));
-    // Each part is twice the one before, so that all of them together cost no more than the listing itself.
-    auto const isWorthIt = bytes.size() >= std::max<std::size_t>(1, paced->lastPart * 2);
-    if (!paced->listing.onPart || !isWorthIt || now - paced->listing.begun < firstPartAfter)
-        return;
-    paced->lastPart = bytes.size();
-    paced->listing.onPart(bytes);
+    if (paced->listing.onBytes)
+        paced->listing.onBytes(bytes.substr(0, PacedListing::mostBytes));
 }
 
 } // namespace tw

@@ -37,8 +37,12 @@ public:
     /// The responses that `bytes` completes, in order.
     std::vector<Frame> ingest(std::string_view bytes);
 
-    /// What waits for the end of its response.
-    std::string_view waiting() const noexcept { return buffer; }
+    /// What waits for the end of its response: the beginning of its payload, without the late line feed.
+    std::string_view waiting() const noexcept
+    {
+        auto const hasLateLineFeed = lineFeedIsLate && buffer.starts_with('\n');
+        return std::string_view(buffer).substr(hasLateLineFeed ? 1 : 0);
+    }
 
 private:
     std::optional<Frame> takeFrame();

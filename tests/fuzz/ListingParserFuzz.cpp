@@ -3,7 +3,7 @@
 // The first byte of an input says how the rest is read.
 
 #include "TWCore/Check.h"
-#include "TWCore/Model/ListingParser.h"
+#include "TWCore/Model/ListingScan.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -134,12 +134,41 @@ void checkListings(std::string const &stream, Settings const &settings)
     check(settings.completeness == Completeness::whole || parsed.at(settings.root).truncated(), "a cut root is whole");
 }
 
+/// A stream that is read while it comes means the same, wherever it is cut. Each piece is longer by one byte, so that
+/// short streams are cut everywhere.
+void checkPieces(std::string const &stream, Settings const &settings)
+{
+    auto const shared = std::make_shared<std::string const>(stream);
+    auto const whole = ListingParser::parse(shared, settings.root, settings.maxDepth, {}, settings.completeness);
+    ListingScan scan(settings.root, settings.maxDepth);
+    std::size_t end = 0;
+    for (std::size_t piece = 1; end < stream.size(); end += piece++) {
+        // At another address each time, as in a buffer that grows.
+        std::string const come = stream.substr(0, end);
+        if (piece % 2 == 0)
+            scan.advance(come);
+        else
+            check(scan.part(come, {}).truncated(), "a part is whole");
+    }
+    auto const inPieces = scan.finish(shared, {}, settings.completeness);
+    check(std::ranges::equal(whole, inPieces,
+                             [](auto const &one, auto const &other) {
+                                 return one.first == other.first &&
+                                        one.second.truncated() == other.second.truncated() &&
+                                        std::ranges::equal(one.second.entries(), other.second.entries());
+                             }),
+          "a listing that was read in pieces is another one");
+}
+
 } // namespace
 } // namespace tw
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size)
 {
-    if (size > 0)
-        tw::checkListings({reinterpret_cast<char const *>(data) + 1, size - 1}, tw::settingsOf(data[0]));
+    if (size == 0)
+        return 0;
+    std::string const stream(reinterpret_cast<char const *>(data) + 1, size - 1);
+    tw::checkListings(stream, tw::settingsOf(data[0]));
+    tw::checkPieces(stream, tw::settingsOf(data[0]));
     return 0;
 }
