@@ -4,9 +4,11 @@ namespace tw::EndableCommand {
 
 namespace {
 
+constexpr std::string_view folder = "\"${TMPDIR:-/tmp}\"";
+
 std::string fileOf(std::string_view token)
 {
-    return "\"${TMPDIR:-/tmp}\"/.tarnwick-" + std::string(token);
+    return std::string(folder) + "/.tarnwick-" + std::string(token);
 }
 
 } // namespace
@@ -35,6 +37,16 @@ std::string end(std::string_view token)
     auto const file = fileOf(token);
     return "(umask 077; set -C; : >" + file + ".end) 2>/dev/null; tw_number=$(cat " + file +
            " 2>/dev/null) && { [ -z \"$tw_number\" ] || kill \"$tw_number\"; }";
+}
+
+std::string isWatched()
+{
+    return "[ -r /proc/self/fdinfo/0 ] && [ -w " + std::string(folder) + " ]";
+}
+
+std::string position(std::string_view token)
+{
+    return "{ read -r p <" + fileOf(token) + " && read -r w n <\"/proc/$p/fdinfo/0\" && echo \"$n\"; } 2>/dev/null";
 }
 
 std::string forget(std::string_view token)

@@ -17,6 +17,13 @@ std::string text(std::string_view token, std::string_view program, std::string_v
 /// under way, and what this leaves goes with it. Otherwise it has not begun or is over, and `forget` is needed.
 std::string end(std::string_view token);
 
+/// A condition for `script`: `position` will have an answer, and `end` will work.
+std::string isWatched();
+
+/// Prints how far the program has read its standard input, from another session; nothing where the kernel does not say
+/// it.
+std::string position(std::string_view token);
+
 /// Removes what `end` leaves for a command that was over before. The command must be over.
 std::string forget(std::string_view token);
 
