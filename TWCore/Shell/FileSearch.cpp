@@ -3,6 +3,7 @@
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Shell/Base64.h"
 #include "TWCore/Shell/ByteExpression.h"
+#include "TWCore/Shell/EndableCommand.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,7 +14,7 @@ namespace {
 
 constexpr std::string_view cannotWord = "cannot";
 constexpr std::string_view unreadableWord = "unreadable";
-constexpr std::string_view noneWord = "none";
+constexpr std::string_view noneWord = "none ";
 constexpr std::string_view slowWord = "slow";
 constexpr std::string_view failedWord = "failed ";
 
@@ -44,15 +45,27 @@ std::string search(std::string const &pattern, Question const &question)
            std::string(failedWord) + "${tw_e##*: }\";; esac; }\n";
 }
 
+/// Puts the size of a file into $tw_size, and into $tw_to the end of the part: the farthest one, if somebody can see
+/// how far grep is and end it.
+std::string measure(std::string const &path, std::int64_t to, std::int64_t farthest)
+{
+    auto const end = std::to_string(to);
+    auto const size = "tw_to=" + end + "; tw_size=$(stat -Lc %s " + path + " 2>/dev/null) || tw_size=-1; ";
+    if (farthest <= to)
+        return size;
+    auto const isFarther = "[ \"$tw_size\" -gt " + end + " ] && [ \"$tw_size\" -le " + std::to_string(farthest) + " ]";
+    return size + "if " + isFarther + " && " + EndableCommand::isWatched() +
+           "; then tw_to=" + std::to_string(farthest) + "; fi; ";
+}
+
 /// Calls that function with a part of a file. The rest of a file needs no pipe, which costs a tenth of the time.
 std::string over(std::string const &path, Part part)
 {
     auto const from = std::to_string(part.from);
     auto const count = (part.to - part.from + readBytes - 1) / readBytes;
-    return "if tw_s=$(stat -Lc %s " + path + ") && [ \"$tw_s\" -ge " + from + " ] && [ \"$tw_s\" -le " +
-           std::to_string(part.to) + " ]; then { " + seek(from) + "; tw_search; } <" + path + "; else { " + seek(from) +
-           "; dd bs=" + std::to_string(readBytes) + " count=" + std::to_string(count) + "; } <" + path +
-           " | tw_search; fi";
+    return "if [ \"$tw_size\" -ge " + from + " ] && [ \"$tw_size\" -le $tw_to ]; then { " + seek(from) +
+           "; tw_search; } <" + path + "; else { " + seek(from) + "; dd bs=" + std::to_string(readBytes) +
+           " count=" + std::to_string(count) + "; } <" + path + " | tw_search; fi";
 }
 
 /// An awk program that picks the first or last of what `search` prints, as an offset in the part that begins at
@@ -86,6 +99,12 @@ std::string ifPossible(std::string const &path, Sought::Kind kind, std::string c
            "\nelse echo " + std::string(cannotWord) + "; fi";
 }
 
+Part beginningsOf(Question const &question)
+{
+    auto const &[from, to] = question.part;
+    return beginningsIn({from, std::max(to, question.farthest)}, question.sought);
+}
+
 std::optional<std::int64_t> offsetIn(std::string_view words)
 {
     std::int64_t offset = 0;
@@ -94,6 +113,12 @@ std::optional<std::int64_t> offsetIn(std::string_view words)
     if (words.empty() || error != std::errc() || stop != end || offset < 0)
         return std::nullopt;
     return offset;
+}
+
+/// What is said of a part without a match.
+std::optional<std::int64_t> endIn(std::string_view words)
+{
+    return words.starts_with(noneWord) ? offsetIn(words.substr(noneWord.size())) : std::nullopt;
 }
 
 /// Where they are missing, they are read.
@@ -153,13 +178,13 @@ std::optional<std::string> text(ShellDialect dialect, std::string_view path, Que
     auto const file = quotePath(dialect, path);
     auto const part = question.part;
     auto const whole = sought.kind == Sought::Kind::expression ? withContext(part) : part;
-    auto const beginnings = beginningsIn(part, sought);
+    auto const beginnings = beginningsOf(question);
     auto const program = pick({beginnings.from - whole.from, beginnings.to - whole.from}, question.which);
     return ifPossible(file, sought.kind,
-                      search(quote(dialect, sought.pattern), question) + "tw_r=$({ " + over(file, whole) +
-                          "; } 2>/dev/null | cut -d : -f 1 | awk '" + program + "')\ncase $tw_r in '') echo " +
-                          std::string(noneWord) + ";; *[!0-9]*) echo \"$tw_r\";; *) " + show(file, question) +
-                          ";; esac");
+                      search(quote(dialect, sought.pattern), question) + measure(file, whole.to, question.farthest) +
+                          "tw_r=$({ " + over(file, whole) + "; } 2>/dev/null | cut -d : -f 1 | awk '" + program +
+                          "')\ncase $tw_r in '') echo " + std::string(noneWord) +
+                          "$tw_to;; *[!0-9]*) echo \"$tw_r\";; *) " + show(file, question) + ";; esac");
 }
 
 Answer answer(std::string_view output, Question const &question)
@@ -167,8 +192,9 @@ Answer answer(std::string_view output, Question const &question)
     using enum Answer::Kind;
     auto const end = output.find('\n');
     auto const words = trimmed(output.substr(0, end));
-    if (words == noneWord)
-        return {.kind = searched};
+    auto const &part = question.part;
+    if (auto const to = endIn(words))
+        return {.kind = searched, .found = {.to = std::clamp(*to, part.to, std::max(part.to, question.farthest))}};
     if (words == slowWord)
         return {.kind = tooSlow};
     if (words == unreadableWord)
@@ -178,12 +204,17 @@ Answer answer(std::string_view output, Question const &question)
     auto const offset = offsetIn(words);
     if (!offset)
         return {};
-    auto const beginnings = beginningsIn(question.part, question.sought);
+    auto const beginnings = beginningsOf(question);
     if (*offset >= beginnings.to - beginnings.from)
-        return {.kind = searched};
+        return {.kind = searched, .found = {.to = part.to}};
+    auto around = end == std::string_view::npos ? std::string() : aroundIn(output.substr(end));
     return {.kind = searched,
-            .match = Match{.offset = beginnings.from + *offset,
-                           .around = end == std::string_view::npos ? std::string() : aroundIn(output.substr(end))}};
+            .found = {.match = Match{.offset = beginnings.from + *offset, .around = std::move(around)}, .to = part.to}};
+}
+
+std::optional<std::int64_t> position(std::string_view output)
+{
+    return offsetIn(trimmed(output));
 }
 
 void throwIfFailed(Answer const &answer)

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +39,10 @@ struct Question {
     Part part;
     Which which = Which::first;
     Part atHand = {}; ///< a match that begins there is shown without the bytes around it
+
+    /// Of bytes, and the first match: the search may go on behind the part up to here, where the file ends. A host does
+    /// so where the search can be watched, see EndableCommand. 0: it may not.
+    std::int64_t farthest = 0;
 };
 
 /// Where the matches of a part begin: bytes that begin behind it would not lie in it whole.
@@ -76,6 +81,17 @@ struct Match {
     friend bool operator==(Match const &, Match const &) = default;
 };
 
+/// What a search has come to.
+struct Found {
+    std::optional<Match> match = {};
+    std::int64_t to = 0; ///< without a match: the end of the part, or `farthest`
+
+    friend bool operator==(Found const &, Found const &) = default;
+};
+
+/// Gets the offset that a search which is under way has come to.
+using Progress = std::function<void(std::int64_t)>;
+
 struct Answer {
     enum class Kind {
         unknown, ///< the host has no program that can do it
@@ -87,11 +103,14 @@ struct Answer {
     };
 
     Kind kind = Kind::unknown;
-    std::optional<Match> match = {};
+    Found found = {};
     std::string words = {}; ///< of a failure
 };
 
 Answer answer(std::string_view output, Question const &question);
+
+/// What `EndableCommand::position` printed.
+std::optional<std::int64_t> position(std::string_view output);
 
 /// Thrown when a file can be read and not searched.
 class Failed final : public std::exception {

@@ -27,6 +27,9 @@ public:
     /// The match, when there is no next piece.
     std::optional<std::int64_t> found() const { return match; }
 
+    /// Of the part.
+    std::int64_t end() const noexcept { return part.to; }
+
 private:
     void takeForBytes(FileSearch::Part piece, std::string_view content);
     void takeForExpression(FileSearch::Part piece, std::string_view content);

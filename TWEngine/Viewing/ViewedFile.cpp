@@ -64,7 +64,7 @@ Task<Facts> lookInside(std::shared_ptr<FileSystemReader> place, std::string path
     co_return Facts{.kind = EntryKind::file, .size = size};
 }
 
-using Found = std::optional<FileSearch::Match>;
+using FileSearch::Found;
 using FileSearch::Part;
 using FileSearch::Question;
 
@@ -75,8 +75,10 @@ std::size_t lengthOf(Part part)
 
 Found foundBy(PartSearch const &search)
 {
-    auto const offset = search.found();
-    return offset ? std::optional(FileSearch::Match{.offset = *offset}) : std::nullopt;
+    Found found{.to = search.end()};
+    if (auto const offset = search.found())
+        found.match = {.offset = *offset};
+    return found;
 }
 
 Found findHere(std::string const &path, PartSearch search)
@@ -110,18 +112,20 @@ struct SearchThere {
     std::shared_ptr<FileSystemReader> place;
     std::string path;
     Question question;
+    FileSearch::Progress progress;
 };
 
 Task<Found> findThere(SearchThere what)
 {
     using enum FileSearch::Answer::Kind;
-    auto answer = co_await HostSearch::run(what.engine, what.host, what.path, what.question);
+    auto answer = co_await HostSearch::run(what.engine, what.host, what.path, what.question, what.progress);
     if (answer.kind == searched)
-        co_return std::move(answer.match);
+        co_return std::move(answer.found);
     if (answer.kind == unreadable)
         co_await lookThere(what.host, what.path, Asker::user);
-    auto const &[sought, part, which, atHand] = what.question;
-    auto found = co_await findByReading(what.place, what.path, PartSearch(sought, part, which));
+    auto const &question = what.question;
+    PartSearch const search(question.sought, question.part, question.which);
+    auto found = co_await findByReading(what.place, what.path, search);
     co_return found;
 }
 
@@ -139,10 +143,10 @@ public:
         return place->readChunk(path, offset, length);
     }
 
-    Task<Found> find(Question question) override
+    Task<Found> find(Question question, FileSearch::Progress progress) override
     {
         if (auto host = std::dynamic_pointer_cast<CommandHost>(place))
-            return findThere({engine, std::move(host), place, path, std::move(question)});
+            return findThere({engine, std::move(host), place, path, std::move(question), std::move(progress)});
         PartSearch const search(std::move(question.sought), question.part, question.which);
         if (!std::dynamic_pointer_cast<LocalProvider>(place))
             return findByReading(place, path, search);

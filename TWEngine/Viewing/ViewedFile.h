@@ -39,11 +39,12 @@ public:
     virtual Task<std::string> read(std::int64_t offset, std::size_t length) = 0;
 
     /// Where something is in a part of the file, found where the file is if the place can do that; a host also says
-    /// what is around it. Bounded by the part.
+    /// what is around it. Bounded by the part, and on a host by `farthest`; a long search there reports its progress,
+    /// on the executor of the caller and not after it was stopped.
     ///
     /// Cancellation: ends the search on a host, too.
     /// Throws ByteExpression::TooSlow, and FileSearch::Failed if a host cannot search the file.
-    virtual Task<std::optional<FileSearch::Match>> find(FileSearch::Question question) = 0;
+    virtual Task<FileSearch::Found> find(FileSearch::Question question, FileSearch::Progress progress = {}) = 0;
 
     /// Waits until the facts differ from `known`; without `known`, they are answered at once. This machine reports a
     /// change when it happens; another place is asked now and then, and never connected for it. A file that has gone

@@ -15,7 +15,8 @@ SearchCourse::SearchCourse(Sought const &sought, Which direction, std::int64_t f
       firstStep(sought.kind == Sought::Kind::bytes ? bytesOfStep : expressionBytesOfStep),
       step(firstStep),
       overlap(sought.kind == Sought::Kind::bytes ? std::ssize(sought.pattern) - 1 : 0),
-      at(origin)
+      at(origin),
+      mayGoOn(sought.kind == Sought::Kind::bytes && direction == Which::first)
 {
 }
 
@@ -38,8 +39,20 @@ std::optional<Part> SearchCourse::next()
     return Part{std::min(at, begin), std::min(std::max(at, begin) + overlap, total)};
 }
 
-void SearchCourse::took(std::chrono::nanoseconds time)
+std::int64_t SearchCourse::farthest() const
 {
+    auto const begin = at - lastStep; // of a search that goes down
+    return mayGoOn && !isSecondHalf && total - begin <= mostBytesAtOnce ? total : 0;
+}
+
+void SearchCourse::took(std::chrono::nanoseconds time, std::int64_t to)
+{
+    if (auto const end = farthest(); end > 0 && to >= end) {
+        lastStep += end - at;
+        at = end;
+    } else if (end > 0) {
+        mayGoOn = false; // the host cannot, or the file grows
+    }
     auto const seconds = std::max(std::chrono::duration<double>(time).count(), 1e-6);
     auto const wanted = static_cast<double>(lastStep) / seconds * static_cast<double>(timeOfStep.count());
     auto const most = std::max(std::min(lastStep * mostGrowthOfStep, mostBytesOfStep), firstStep);

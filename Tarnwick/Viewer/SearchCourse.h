@@ -24,14 +24,22 @@ public:
     static constexpr std::int64_t mostBytesOfStep = std::int64_t(4) << 30;
     static constexpr std::int64_t mostGrowthOfStep = 32;
 
+    /// What may be searched without steps, where the progress can be asked for. A host that loses its connection reads
+    /// that far for nobody.
+    static constexpr std::int64_t mostBytesAtOnce = std::int64_t(16) << 30;
+
     /// Matches that begin at `from` or behind it come first, or those before it. `size` is that of the file.
     SearchCourse(FileSearch::Sought const &sought, FileSearch::Which direction, std::int64_t from, std::int64_t size);
 
     /// The next part; nothing when the whole file was searched.
     std::optional<FileSearch::Part> next();
 
-    /// How long the last part took; later ones are made longer or shorter after it.
-    void took(std::chrono::nanoseconds time);
+    /// Where the search of the last part may go on to, see FileSearch::Question.
+    std::int64_t farthest() const;
+
+    /// How long the last part took, and where it ended if that is farther; later parts are made longer or shorter after
+    /// it.
+    void took(std::chrono::nanoseconds time, std::int64_t to);
 
     FileSearch::Which direction() const noexcept { return which; }
 
@@ -52,6 +60,7 @@ private:
     std::int64_t searched = 0;
     std::int64_t lastStep = 0;
     bool isSecondHalf = false;
+    bool mayGoOn; ///< behind a part
 };
 
 } // namespace tw

@@ -107,6 +107,7 @@ private:
     bool performOnImage(ViewerAction action);
     void findAgain(FileSearch::Which which);
     void search(SearchCourse course);
+    void showProgress(std::int64_t searched);
     void cancelSearch();
     FileSearch::Part partAtHand() const;
     void showMatch(FileSearch::Match found, Text const &words);

@@ -36,23 +36,33 @@ void ViewerController::search(SearchCourse course)
     auto const part = mayRead ? course.next() : std::nullopt;
     if (!part)
         return fail(ViewerWords::notFound());
-    begin<std::optional<FileSearch::Match>>(
-        of.file->find({sought, *part, course.direction(), partAtHand()}),
+    auto const searched = course.bytesSearched();
+    auto progress = [weak = weak_from_this(), searched, from = part->from](std::int64_t offset) {
+        if (auto const self = weak.lock())
+            self->showProgress(searched + std::max<std::int64_t>(offset - from, 0));
+    };
+    begin<FileSearch::Found>(
+        of.file->find({sought, *part, course.direction(), partAtHand(), course.farthest()}, std::move(progress)),
         [this, course, began = std::chrono::steady_clock::now()](auto found, auto const &failure) mutable {
             isSearching = false;
-            course.took(std::chrono::steady_clock::now() - began);
             if (failure)
                 return fail(ViewerWords::failure(failure));
-            if (!*found)
+            course.took(std::chrono::steady_clock::now() - began, found->to);
+            if (!found->match)
                 return search(course);
             auto const isDown = course.direction() == FileSearch::Which::first;
-            showMatch(**std::move(found), !course.hasWrapped() ? Text()
-                                          : isDown             ? ViewerWords::continuedAtTheBeginning()
-                                                               : ViewerWords::continuedAtTheEnd());
+            showMatch(*std::move(found->match), !course.hasWrapped() ? Text()
+                                                : isDown             ? ViewerWords::continuedAtTheBeginning()
+                                                                     : ViewerWords::continuedAtTheEnd());
         });
     underWay = Purpose::jump;
     isSearching = true;
-    notice = ViewerWords::searching(course.bytesSearched(), totalSize);
+    showProgress(searched);
+}
+
+void ViewerController::showProgress(std::int64_t searched)
+{
+    notice = ViewerWords::searching(std::min(searched, totalSize), totalSize);
     show();
 }
 

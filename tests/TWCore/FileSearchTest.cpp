@@ -8,6 +8,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
+using FileSearch::Found;
 using FileSearch::Part;
 using FileSearch::Question;
 using FileSearch::Sought;
@@ -33,8 +34,10 @@ TEST(FileSearchTest, bytesAreOneWordAndThePartIsCutOut)
 TEST(FileSearchTest, theRestOfAFileIsReadWithoutAPipe)
 {
     EXPECT_THAT(searchCommand({.sought = {.pattern = "x"}, .part = {.from = 100, .to = 1100}}),
-                AllOf(HasSubstr("[ \"$tw_s\" -ge 100 ] && [ \"$tw_s\" -le 1100 ]; then { dd bs=1 skip=100 count=0 "),
-                      HasSubstr("; tw_search; } <'/it'\\''s'; else ")));
+                AllOf(HasSubstr("tw_to=1100; "),
+                      HasSubstr("[ \"$tw_size\" -ge 100 ] && [ \"$tw_size\" -le $tw_to ]; "
+                                "then { dd bs=1 skip=100 count=0 "),
+                      HasSubstr("; tw_search; } <'/it'\\''s'; else "), Not(HasSubstr("/proc"))));
 }
 
 TEST(FileSearchTest, memoryIsLimitedAndTheTimeOfAnExpressionToo)
@@ -58,14 +61,14 @@ TEST(FileSearchTest, anAnswerIsAnOffsetInThePart)
     Question const question{.sought = {.pattern = "x"}, .part = {.from = 1000, .to = 2000}};
     auto const offsetIn = [&](std::string_view output) {
         auto const answer = FileSearch::answer(output, question);
-        return answer.match ? answer.match->offset : -1;
+        return answer.found.match ? answer.found.match->offset : -1;
     };
     EXPECT_EQ(offsetIn("5\n"), 1005);
     EXPECT_EQ(offsetIn("1000\n"), -1) << "it is behind the part";
-    EXPECT_EQ(offsetIn("none\n"), -1);
+    EXPECT_EQ(offsetIn("none 2000\n"), -1);
     using enum FileSearch::Answer::Kind;
     auto const kindOf = [&](std::string_view output) { return FileSearch::answer(output, question).kind; };
-    EXPECT_EQ(kindOf("none\n"), searched);
+    EXPECT_EQ(kindOf("none 2000\n"), searched);
     EXPECT_EQ(kindOf("1000\n"), searched);
     EXPECT_EQ(kindOf("slow\n"), tooSlow);
     EXPECT_EQ(kindOf("unreadable\n"), unreadable);
@@ -73,8 +76,31 @@ TEST(FileSearchTest, anAnswerIsAnOffsetInThePart)
     EXPECT_EQ(kindOf("failed exceeded PCRE's line length limit\n"), tooLong);
     EXPECT_EQ(kindOf("failed Input/output error\n"), failed);
     EXPECT_EQ(kindOf("failed \n"), failed);
-    for (auto const *const wrong : {"", "cannot", "-1", "5 6", "grep: x"})
+    for (auto const *const wrong : {"", "cannot", "-1", "5 6", "grep: x", "none", "none x"})
         EXPECT_EQ(kindOf(wrong), unknown) << wrong;
+}
+
+TEST(FileSearchTest, anAnswerSaysHowFarTheSearchWentButNotFartherThanItMay)
+{
+    Question question{.sought = {.pattern = "xy"}, .part = {.from = 1000, .to = 2000}};
+    auto const foundBy = [&](std::string_view output) { return FileSearch::answer(output, question).found; };
+    EXPECT_EQ(foundBy("none 2000\n").to, 2000);
+    EXPECT_EQ(foundBy("none 9000\n").to, 2000);
+    EXPECT_EQ(foundBy("7000\n"), (Found{.match = {}, .to = 2000}));
+    question.farthest = 9000;
+    EXPECT_EQ(foundBy("none 2000\n").to, 2000);
+    EXPECT_EQ(foundBy("none 9000\n").to, 9000);
+    EXPECT_EQ(foundBy("none 1\n").to, 2000);
+    EXPECT_EQ(foundBy("none 9001\n").to, 9000);
+    EXPECT_EQ(foundBy("7000\n").match.value().offset, 8000);
+    EXPECT_FALSE(foundBy("7999\n").match) << "it ends behind the file";
+}
+
+TEST(FileSearchTest, aPositionIsANumberOrNotKnown)
+{
+    EXPECT_EQ(FileSearch::position("6000000000\n"), 6'000'000'000);
+    for (auto const *const wrong : {"", "-1\n", "pos\n", "1 2\n"})
+        EXPECT_EQ(FileSearch::position(wrong), std::nullopt) << wrong;
 }
 
 TEST(FileSearchTest, whatIsAroundAMatchComesWithIt)
@@ -82,7 +108,7 @@ TEST(FileSearchTest, whatIsAroundAMatchComesWithIt)
     Question const question{.sought = {.pattern = "x"}, .part = {.from = 1000, .to = 2000}};
     auto const aroundIn = [&](std::string const &output) {
         auto const answer = FileSearch::answer(output, question);
-        return answer.match ? answer.match->around : "no match";
+        return answer.found.match ? answer.found.match->around : "no match";
     };
     EXPECT_EQ(aroundIn("5\nYWJj"), "abc");
     EXPECT_EQ(aroundIn("5\n"), "");

@@ -25,7 +25,7 @@ protected:
     {
         auto const answer = ask(path, question);
         EXPECT_EQ(answer.kind, SearchKind::searched);
-        return answer.match ? answer.match->offset : -1;
+        return answer.found.match ? answer.found.match->offset : -1;
     }
 
     /// In place of grep, once it has been found to be a good one.
@@ -60,6 +60,20 @@ TEST_F(FileSearchCommandTest, theRestOfAFileDoesNotGoThroughAPipe)
     EXPECT_EQ(offsetOf(path, {{"x"}, {10, 99}}), 15);
 }
 
+TEST_F(FileSearchCommandTest, whereTheKernelSaysHowFarItIsASearchGoesOnToTheEndOfTheFile)
+{
+    auto const path = folder.file("file", std::string(200'000, '\n') + "needle\n");
+    constexpr std::int64_t size = 200'007;
+    EXPECT_EQ(ask(path, {{"needle"}, {10, 100}}).found, FileSearch::Found{.to = 100});
+    EXPECT_EQ(ask(path, {{"needle"}, {10, 100}, Which::first, {}, size}).found.match.value().offset, 200'000);
+    EXPECT_EQ(ask(path, {{"needles"}, {10, 100}, Which::first, {}, size}).found, FileSearch::Found{.to = size});
+    EXPECT_EQ(ask(path, {{"needles"}, {10, 100}, Which::first, {}, size - 1}).found, FileSearch::Found{.to = 100})
+        << "the file has become longer";
+    SearchQuestion const question{{"needles"}, {10, 100}, Which::first, {}, size};
+    auto const text = "TMPDIR=/missing; " + FileSearch::text(ShellDialect::posix, path, question).value();
+    EXPECT_EQ(FileSearch::answer(run(text).output, question).found.to, 100) << "nobody could end it";
+}
+
 TEST_F(FileSearchCommandTest, whatIsAroundAMatchComesWithItUnlessItIsAtHand)
 {
     constexpr auto half = FileSearch::bytesAround / 2;
@@ -67,23 +81,23 @@ TEST_F(FileSearchCommandTest, whatIsAroundAMatchComesWithItUnlessItIsAtHand)
     auto const content = head + "needle" + std::string(2 * half, 'b') + "Nadel" + std::string(10, '\xff');
     auto const path = folder.file("file", content);
     auto const size = std::ssize(content);
-    auto const middle = ask(path, {{"needle"}, {5, size}}).match.value();
+    auto const middle = ask(path, {{"needle"}, {5, size}}).found.match.value();
     EXPECT_EQ(middle.offset, std::ssize(head));
     EXPECT_EQ(middle.around, content.substr(half, 2 * half));
-    auto const last = ask(path, {{"Nadel"}, {5, size}}).match.value();
+    auto const last = ask(path, {{"Nadel"}, {5, size}}).found.match.value();
     EXPECT_EQ(last.around, content.substr(static_cast<std::size_t>(FileSearch::beginOfAround(last.offset))));
-    auto const first = ask(path, {{"a"}, {5, size}}).match.value();
+    auto const first = ask(path, {{"a"}, {5, size}}).found.match.value();
     EXPECT_EQ(first.around, content.substr(0, 2 * half));
     SearchQuestion atHand{{"needle"}, {5, size}, Which::first, {0, size}};
-    EXPECT_EQ(ask(path, atHand).match.value().around, "");
+    EXPECT_EQ(ask(path, atHand).found.match.value().around, "");
     atHand.atHand = {0, middle.offset};
-    EXPECT_EQ(ask(path, atHand).match.value().around, middle.around);
+    EXPECT_EQ(ask(path, atHand).found.match.value().around, middle.around);
 }
 
 TEST_F(FileSearchCommandTest, aMatchComesAlsoWhereNothingCanSayWhatIsAroundIt)
 {
     replaceTool("base64", "echo 'cannot do that' >&2; exit 1");
-    auto const match = ask(folder.file("file", "a needle"), {{"needle"}, {0, 8}}).match.value();
+    auto const match = ask(folder.file("file", "a needle"), {{"needle"}, {0, 8}}).found.match.value();
     EXPECT_EQ(match.offset, 2);
     EXPECT_EQ(match.around, "");
 }

@@ -28,14 +28,14 @@ protected:
         shell = shellOf(provider, CommandSession::work);
     }
 
-    Started<std::optional<FileSearch::Match>> search(std::string pattern, FileSearch::Part part)
+    Started<FileSearch::Found> search(std::string pattern, FileSearch::Part part)
     {
         return loop.start(file->find({.sought = {.pattern = std::move(pattern)}, .part = part}));
     }
 
     std::int64_t found(std::string pattern)
     {
-        auto const match = loop.run(file->find({.sought = {.pattern = std::move(pattern)}, .part = {0, size}}));
+        auto const match = loop.run(file->find({.sought = {.pattern = std::move(pattern)}, .part = {0, size}})).match;
         return match ? match->offset : -1;
     }
 
@@ -51,7 +51,7 @@ protected:
         std::filesystem::remove(began);
     }
 
-    void expectCancelled(Started<std::optional<FileSearch::Match>> const &searching)
+    void expectCancelled(Started<FileSearch::Found> const &searching)
     {
         finish(searching);
         EXPECT_THROW(searching.value(), Cancelled);
@@ -112,6 +112,19 @@ TEST_F(HostSearchTest, aStopAtAnyTimeLeavesNothingThere)
     expectAllIsWell();
 }
 
+TEST_F(HostSearchTest, aSearchThatTakesLongSaysHowFarItIs)
+{
+    std::vector<std::int64_t> reported;
+    FileSearch::Question const question{.sought = {.pattern = "stuck"}, .part = {500, 1000}, .farthest = size};
+    auto const searching =
+        loop.start(file->find(question, [&reported](std::int64_t offset) { reported.push_back(offset); }));
+    waitUntil([&] { return !reported.empty(); });
+    EXPECT_EQ(reported.front(), 500);
+    searching.stop();
+    expectCancelled(searching);
+    expectAllIsWell();
+}
+
 TEST_F(HostSearchTest, bytesAreFoundInALineOfAnyLengthAndAnExpressionSaysThatItIsTooLong)
 {
     auto const large = folder.file("large", "needle");
@@ -120,12 +133,14 @@ TEST_F(HostSearchTest, bytesAreFoundInALineOfAnyLengthAndAnExpressionSaysThatItI
     std::ofstream(large, std::ios::app) << "needle";
     auto const there = ViewedFile::at(engine, provider, large);
     auto const find = [&](Sought const &sought, Which which) {
-        auto const match = loop.run(there->find({sought, {1, far + 6}, which}));
+        auto const match = loop.run(there->find({sought, {1, far + 6}, which})).match;
         return match ? match->offset : -1;
     };
     EXPECT_EQ(find({.pattern = "needle"}, Which::first), far);
     EXPECT_EQ(find({.pattern = "needle"}, Which::last), far);
     EXPECT_EQ(find({.pattern = "needles"}, Which::first), -1);
+    FileSearch::Question const step{.sought = {.pattern = "needle"}, .part = {1, 1 << 20}, .farthest = far + 6};
+    EXPECT_EQ(loop.run(there->find(step)), FileSearch::Found{.to = 1 << 20}) << "a step has a shorter line";
     EXPECT_THROW(find({.pattern = "needle", .kind = Sought::Kind::expression}, Which::first), FileSearch::Failed);
 }
 

@@ -77,7 +77,7 @@ TEST_F(ViewedFileTest, bytesAreFoundInAPartFromBothEnds)
     for (auto const &place : places()) {
         auto const file = at(place, path);
         auto const found = [&](std::string bytes, FileSearch::Part part, FileSearch::Which which) {
-            auto const match = loop.run(file->find({{.pattern = std::move(bytes)}, part, which}));
+            auto const match = loop.run(file->find({{.pattern = std::move(bytes)}, part, which})).match;
             return match ? match->offset : -1;
         };
         EXPECT_EQ(found("needle", {0, size}, first), far);
@@ -103,9 +103,9 @@ TEST_F(ViewedFileTest, anExpressionIsFoundAlikeEverywhere)
     for (auto const &place : places()) {
         auto const file = at(place, path);
         auto const found = [&](std::string pattern, FileSearch::Part part, FileSearch::Which which) {
-            auto const match = loop.run(file->find(
+            auto const answer = loop.run(file->find(
                 {{.pattern = std::move(pattern), .kind = FileSearch::Sought::Kind::expression}, part, which}));
-            return match ? match->offset : -1;
+            return answer.match ? answer.match->offset : -1;
         };
         EXPECT_EQ(found("error \\d+", {0, size}, first), far + 2);
         EXPECT_EQ(found("error \\d+", {far + 3, size}, first), 2 * far + 13);

@@ -745,6 +745,23 @@ TEST_F(ViewerControllerTest, aSearchIsCancelledAndThenTheViewerCloses)
     EXPECT_THAT(display.asked, ElementsAre(ViewerAction::close));
 }
 
+TEST_F(ViewerControllerTest, aSearchThatGoesOnToTheEndAtOnceSaysHowFarItIs)
+{
+    holdNumberedLines(gibibyte);
+    open();
+    file->content = [](std::int64_t, std::size_t) { return std::string(); };
+    file->searchesAtOnce = true;
+    file->isHeld = true;
+    find({.typed = "nowhere"});
+    EXPECT_THAT(status(), StartsWith("searching… 0 of 1.0G"));
+    file->reportProgress(gibibyte / 2);
+    EXPECT_THAT(status(), StartsWith("searching… 512M of 1.0G"));
+    file->answer();
+    loop.drain();
+    EXPECT_THAT(file->searched, ElementsAre(FileSearch::Part{0, gibibyte}));
+    EXPECT_EQ(status(), "⚠︎ not found");
+}
+
 TEST_F(ViewerControllerTest, whatIsSelectedIsCopied)
 {
     hold("one\ntwo\n");

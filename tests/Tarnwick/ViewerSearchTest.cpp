@@ -125,9 +125,41 @@ TEST(SearchCourseTest, aStepIsAsLongAsTheTimeOfTheOneBeforeAllows)
          {Case{1s, 4 * first}, Case{100s, first}, Case{0s, SearchCourse::mostBytesOfStep}}) {
         SearchCourse course({.pattern = "a"}, Which::first, 0, size);
         course.next();
-        course.took(time);
+        course.took(time, 0);
         EXPECT_EQ(course.next(), (Part{first, first + length}));
     }
+}
+
+TEST(SearchCourseTest, theRestOfAFileMayBeSearchedAtOnce)
+{
+    constexpr auto step = SearchCourse::bytesOfStep;
+    Sought const bytes{.pattern = "abc"};
+    SearchCourse course(bytes, Which::first, 100, 3 * step);
+    course.next();
+    EXPECT_EQ(course.farthest(), 3 * step);
+    course.took(std::chrono::seconds(1), 3 * step);
+    EXPECT_EQ(course.next(), (Part{0, 102}));
+    EXPECT_EQ(course.bytesSearched(), 3 * step - 100);
+    EXPECT_EQ(course.farthest(), 0) << "the file does not end there";
+
+    SearchCourse other(bytes, Which::first, 100, 3 * step);
+    other.took(std::chrono::seconds(1), other.next().value().to);
+    EXPECT_EQ(other.next().value().from, 100 + step);
+    EXPECT_EQ(other.farthest(), 0) << "the host cannot";
+}
+
+TEST(SearchCourseTest, onlyARestThatIsNotTooLongIsSearchedAtOnceForBytesAndDownwards)
+{
+    auto const farthest = [](SearchCourse course) {
+        course.next();
+        return course.farthest();
+    };
+    constexpr auto most = SearchCourse::mostBytesAtOnce;
+    EXPECT_EQ(farthest({{.pattern = "a"}, Which::first, 0, most}), most);
+    EXPECT_EQ(farthest({{.pattern = "a"}, Which::first, 1, most + 1}), most + 1);
+    EXPECT_EQ(farthest({{.pattern = "a"}, Which::first, 0, most + 1}), 0);
+    EXPECT_EQ(farthest({{.pattern = "a"}, Which::last, most, most}), 0);
+    EXPECT_EQ(farthest({{.pattern = "a", .kind = Sought::Kind::expression}, Which::first, 0, most}), 0);
 }
 
 TEST(SearchCourseTest, itSaysHowFarItIsAndThatItHasWrapped)

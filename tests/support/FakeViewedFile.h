@@ -50,10 +50,12 @@ public:
         co_return content(offset, static_cast<std::size_t>(std::min(left, static_cast<std::int64_t>(length))));
     }
 
-    Task<std::optional<FileSearch::Match>> find(FileSearch::Question question) override
+    Task<FileSearch::Found> find(FileSearch::Question question, FileSearch::Progress progress) override
     {
-        auto const &[sought, part, which, atHand] = question;
+        auto const &[sought, given, which, atHand, farthest] = question;
+        FileSearch::Part const part{given.from, searchesAtOnce ? std::max(given.to, farthest) : given.to};
         searched.push_back(part);
+        reportProgress = std::move(progress);
         if (isHeld) {
             auto const gate = std::make_shared<Completion<bool>>();
             held.push_back(gate);
@@ -77,12 +79,12 @@ public:
             });
         }
         if (at == std::string::npos)
-            co_return std::nullopt;
+            co_return FileSearch::Found{.to = part.to};
         FileSearch::Match match{.offset = part.from + static_cast<std::int64_t>(at)};
         auto const isAtHand = match.offset >= atHand.from && match.offset < atHand.to;
         if (saysWhatIsAround && !isAtHand)
             match.around = around(match.offset);
-        co_return match;
+        co_return FileSearch::Found{.match = std::move(match), .to = part.to};
     }
 
     Task<Facts> next(std::optional<Facts> known) override
@@ -126,8 +128,10 @@ public:
     bool isHeld = false;
     bool saysWhatIsAround = false; ///< of a match, as a host does
     std::vector<Request> requests;
+    bool searchesAtOnce = false; ///< as far as it may, as a host does that can say how far it is
     std::vector<FileSearch::Part> searched;
-    int stopped = 0; ///< searches that were given up
+    FileSearch::Progress reportProgress; ///< of the search that began last
+    int stopped = 0;                     ///< searches that were given up
     int looks = 0;
     std::string identity = "1";
     int followers = 0; ///< that wait for a change
