@@ -3,8 +3,7 @@
 #include "tests/support/FakeLoginDesk.h"
 #include "tests/support/Gate.h"
 #include "tests/support/SSHProviderTest.h"
-
-#include <signal.h>
+#include "tests/support/StoppedProcess.h"
 
 namespace tw::test {
 namespace {
@@ -93,7 +92,7 @@ TEST_F(SSHProviderWaitingTest, aHostThatFreezesIsConnectedBesideAndTheAnswerCome
     auto const provider = connected();
     auto statuses = loop.run(provider->statuses());
     auto const frozen = shellOf(provider, interactive);
-    ASSERT_EQ(::kill(std::stoi(frozen), SIGSTOP), 0);
+    StoppedProcess const stopped(std::stoi(frozen));
     auto const listing = open(provider);
     EXPECT_THAT(phasesUntil(statuses, silent), ElementsAre(up, silent));
     EXPECT_THAT(phasesUntil(statuses, up), ElementsAre(up));
@@ -108,11 +107,11 @@ TEST_F(SSHProviderWaitingTest, aSilentHostThatAnswersStaysAsItIs)
     auto const provider = connected();
     auto statuses = loop.run(provider->statuses());
     auto const shell = shellOf(provider, interactive);
-    ASSERT_EQ(::kill(std::stoi(shell), SIGSTOP), 0);
+    StoppedProcess const stopped(std::stoi(shell));
     standIn.behave({.fault = Fault::stall}); // nothing comes of the connection beside
     auto const listing = open(provider);
     phasesUntil(statuses, silent);
-    ASSERT_EQ(::kill(std::stoi(shell), SIGCONT), 0);
+    stopped.resume();
     EXPECT_THAT(phasesUntil(statuses, up), ElementsAre(up));
     finish(listing);
     EXPECT_EQ(count(listing), 1U);
@@ -123,7 +122,7 @@ TEST_F(SSHProviderWaitingTest, whoGivesUpASilentHostIsNotHeldUp)
 {
     auto const provider = connected();
     auto const shell = shellOf(provider, interactive);
-    ASSERT_EQ(::kill(std::stoi(shell), SIGSTOP), 0);
+    StoppedProcess const stopped(std::stoi(shell));
     auto const listing = open(provider);
     listing.stop();
     finish(listing);

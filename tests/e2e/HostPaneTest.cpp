@@ -3,8 +3,7 @@
 #include "tests/support/Gate.h"
 #include "tests/support/RecordingDisplay.h"
 #include "tests/support/SSHProviderTest.h"
-
-#include <signal.h>
+#include "tests/support/StoppedProcess.h"
 
 namespace tw::test {
 namespace {
@@ -149,7 +148,7 @@ TEST_F(HostPaneTest, aHostThatFreezesIsSaidToBeSilentAndAnswersOverAConnectionBe
 {
     arriveAtHost();
     auto const frozen = shellOfHost();
-    ASSERT_EQ(::kill(frozen, SIGSTOP), 0);
+    StoppedProcess const stopped(frozen);
     refreshWith("second");
     expectSeconds("No answer from host for ", " s\\. Escape gives up\\.");
     EXPECT_EQ(pane->model().snapshot()->count(), 1U) << "the old rows stay";
