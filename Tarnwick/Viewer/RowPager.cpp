@@ -108,10 +108,15 @@ ViewerPlace RowPager::normalised(ViewerPlace place) const
     if (window.isEmpty())
         return {window.begin(), 0};
     place.line = std::clamp(place.line, window.begin(), window.end() - 1);
-    auto const line = lines.startOf(place.line);
-    if (line != place.line)
-        place = {line, lines.charactersBefore(line, place.line) + place.character};
-    return rowOf(place);
+    return rowOf(foundAgain(place));
+}
+
+ViewerPlace RowPager::foundAgain(ViewerPlace place) const
+{
+    auto const line = hasLine(place.line) ? lines.startOf(place.line) : place.line;
+    if (line == place.line)
+        return place;
+    return {line, lines.charactersBefore(line, place.line) + place.character};
 }
 
 std::u32string RowPager::textBetween(ViewerPlace from, ViewerPlace to) const

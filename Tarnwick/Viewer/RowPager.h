@@ -36,8 +36,11 @@ public:
     /// The row with a character of a line.
     ViewerPlace rowOf(ViewerPlace place) const;
 
-    /// A place that was found before the window grew or the lines changed.
+    /// The row in the window that is nearest to a place found before the window or the lines changed.
     ViewerPlace normalised(ViewerPlace place) const;
+
+    /// The same character as before the window grew. One that is not in the window stays as it is.
+    ViewerPlace foundAgain(ViewerPlace place) const;
 
     /// The text between two places.
     std::u32string textBetween(ViewerPlace from, ViewerPlace to) const;

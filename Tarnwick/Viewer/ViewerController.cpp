@@ -159,10 +159,8 @@ void ViewerController::prepend(Read const &what, std::string bytes)
     window.prepend(std::move(bytes));
     reachedEnd = reachedEnd && window.end() == totalSize; // the window may have lost its end
     top = pager.normalised(top);
-    if (selectedFrom != selectedTo) {
-        selectedFrom = pager.normalised(selectedFrom);
-        selectedTo = pager.normalised(selectedTo);
-    }
+    selectedFrom = pager.foundAgain(selectedFrom);
+    selectedTo = pager.foundAgain(selectedTo);
     show();
 }
 

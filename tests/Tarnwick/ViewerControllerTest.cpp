@@ -610,6 +610,17 @@ TEST_F(ViewerControllerTest, aMatchAtTheEndOfTheFileIsOnTheLastPage)
     EXPECT_TRUE(file->requests.empty()) << "it was at hand";
 }
 
+TEST_F(ViewerControllerTest, aMatchStaysSelectedWhenMoreIsReadInFrontOfIt)
+{
+    holdNumberedLines(11 * 1'000'000);
+    open();
+    file->requests.clear();
+    find({.typed = "10999989"});
+    EXPECT_GT(file->requests.size(), 1U) << "more than the window with the match is read";
+    EXPECT_EQ(display.screen.selectedFrom, (ViewerPlace{10'999'989, 2}));
+    EXPECT_EQ(display.screen.selectedTo, (ViewerPlace{10'999'989, 10}));
+}
+
 TEST_F(ViewerControllerTest, aFileThatCannotBeSearchedIsNotOneWithoutAMatch)
 {
     hold("one\ntwo\n");

@@ -171,6 +171,9 @@ TEST_F(RowPagerTest, aPlaceIsFoundAgainWhenTheWindowHasGrown)
     EXPECT_EQ(pager.rowWith(12), (ViewerPlace{0, 10}));
     EXPECT_EQ(pager.rowWith(16), (ViewerPlace{15, 0}));
     EXPECT_EQ(pager.normalised({99, 4}), (ViewerPlace{15, 0}));
+    EXPECT_EQ(pager.foundAgain({2, 11}), (ViewerPlace{0, 13}));
+    EXPECT_EQ(pager.foundAgain({15, 2}), (ViewerPlace{15, 2}));
+    EXPECT_EQ(pager.foundAgain({99, 4}), (ViewerPlace{99, 4}));
 }
 
 TEST_F(RowPagerTest, whatIsSelectedHasTheLineEndsOfTheFileAndNoOthers)
