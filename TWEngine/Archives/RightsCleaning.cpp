@@ -1,14 +1,11 @@
 #include "TWEngine/Archives/RightsCleaning.h"
 
 #include "TWCore/Async/Cancelled.h"
-#include "TWEngine/Browsing/OpenFolder.h"
-#include "TWEngine/Runtime/FileDescriptor.h"
+#include "TWEngine/Runtime/OpenFolder.h"
 
 #include <cerrno>
-#include <string_view>
 #include <system_error>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,24 +32,19 @@ public:
     {
         if (level > mostLevels)
             return false;
-        FileDescriptor opened(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        OpenFolder const folder(opened ? ::fdopendir(opened.get()) : nullptr);
+        auto const folder =
+            openFolder(FileDescriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
         if (!folder)
             fail();
-        auto const number = opened.release();
-        for (;;) {
+        while (auto const *const entry = nextEntry(folder)) {
             if (stop.stop_requested())
                 throw Cancelled();
-            errno = 0;
-            auto const *const entry = ::readdir(folder.get());
-            if (!entry && errno != 0)
-                fail();
-            if (!entry)
-                return true;
-            std::string_view const child = entry->d_name;
-            if (child != "." && child != ".." && !cleanEntry(number, *entry, level))
+            if (!cleanEntry(::dirfd(folder.get()), *entry, level))
                 return false;
         }
+        if (errno != 0)
+            fail();
+        return true;
     }
 
 private:

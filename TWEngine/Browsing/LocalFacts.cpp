@@ -2,14 +2,12 @@
 
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
-#include "TWEngine/Runtime/FileDescriptor.h"
+#include "TWEngine/Runtime/OpenFolder.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <memory>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -94,18 +92,13 @@ std::optional<bool> takesForOne(int folder, std::string const &name)
 
 bool takesCasesForOne(int descriptor, std::string const &realPath, std::vector<FileIdentity> const &way)
 {
-    FileDescriptor readable(::openat(descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    std::unique_ptr<DIR, decltype(&::closedir)> const names(readable ? ::fdopendir(readable.get()) : nullptr,
-                                                            &::closedir);
-    if (names) {
-        static_cast<void>(readable.release());
-        for (auto tried = 0; tried < mostNamesTried; ++tried) {
-            auto const *const entry = ::readdir(names.get());
-            if (!entry)
-                break;
-            if (auto const answer = takesForOne(descriptor, entry->d_name))
-                return *answer;
-        }
+    auto const names = openFolder(FileDescriptor(::openat(descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+    for (auto tried = 0; names && tried < mostNamesTried; ++tried) {
+        auto const *const entry = nextEntry(names);
+        if (!entry)
+            break;
+        if (auto const answer = takesForOne(descriptor, entry->d_name))
+            return *answer;
     }
     // The folder's own name speaks for it only on the same file system.
     auto const slash = realPath.rfind('/');

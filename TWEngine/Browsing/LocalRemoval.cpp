@@ -3,15 +3,11 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
-#include "TWEngine/Browsing/OpenFolder.h"
-#include "TWEngine/Runtime/FileDescriptor.h"
+#include "TWEngine/Runtime/OpenFolder.h"
 
 #include <cerrno>
-#include <cstring>
-#include <memory>
 #include <vector>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -81,11 +77,9 @@ private:
 
     void open(int descriptor, std::string const &name)
     {
-        FileDescriptor opened(descriptor);
-        OpenFolder folder(opened ? ::fdopendir(opened.get()) : nullptr);
+        auto folder = openFolder(FileDescriptor(descriptor));
         if (!folder)
             fail(errno, name);
-        static_cast<void>(opened.release());
         here = std::move(folder);
     }
 
@@ -93,15 +87,14 @@ private:
     void walk()
     {
         for (;;) {
-            errno = 0;
-            auto const *const entry = ::readdir(here.get());
+            auto const *const entry = nextEntry(here);
             if (!entry && errno != 0)
                 fail(errno);
             if (!entry && way.size() == 1)
                 return;
             if (!entry)
                 leave();
-            else if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+            else
                 removeOrEnter(::dirfd(here.get()), entry->d_name);
         }
     }

@@ -4,15 +4,11 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/SurveyDigest.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
-#include "TWEngine/Browsing/OpenFolder.h"
-#include "TWEngine/Runtime/FileDescriptor.h"
+#include "TWEngine/Runtime/OpenFolder.h"
 
 #include <cerrno>
 #include <climits>
-#include <cstring>
-#include <memory>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -103,21 +99,13 @@ private:
             fail(errno);
         levels.push_back({.pathBytes = path.size(), .device = status.st_dev, .inode = status.st_ino});
         here = std::move(opened);
-        FileDescriptor copy(::openat(here.get(), ".", folderFlags));
-        OpenFolder const names(copy ? ::fdopendir(copy.get()) : nullptr);
+        auto const names = openFolder(FileDescriptor(::openat(here.get(), ".", folderFlags)));
         if (!names)
             fail(errno);
-        static_cast<void>(copy.release());
-        for (;;) {
-            errno = 0;
-            auto const *const entry = ::readdir(names.get());
-            if (!entry && errno != 0)
-                fail(errno);
-            if (!entry)
-                return;
-            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
-                addEntry(entry->d_name);
-        }
+        while (auto const *const entry = nextEntry(names))
+            addEntry(entry->d_name);
+        if (errno != 0)
+            fail(errno);
     }
 
     void addEntry(std::string const &name)

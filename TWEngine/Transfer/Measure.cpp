@@ -2,11 +2,10 @@
 
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Shell/FileCommands.h"
-#include "TWEngine/Runtime/FileDescriptor.h"
+#include "TWEngine/Runtime/OpenFolder.h"
 
 #include <charconv>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -30,25 +29,19 @@ public:
 
     void addContent(int parent, char const *name, int level)
     {
-        auto const number = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-        if (number < 0)
+        auto const folder =
+            openFolder(FileDescriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
+        if (!folder)
             return;
-        auto *const folder = ::fdopendir(number);
-        if (!folder) {
-            ::close(number);
-            return;
-        }
-        while (auto const *const entry = isOver() ? nullptr : ::readdir(folder)) {
-            std::string_view const child = entry->d_name;
+        auto const number = ::dirfd(folder.get());
+        while (auto const *const entry = isOver() ? nullptr : nextEntry(folder)) {
             struct stat status;
-            if (child == "." || child == ".." ||
-                ::fstatat(number, entry->d_name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0)
+            if (::fstatat(number, entry->d_name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0)
                 continue;
             add(status);
             if (S_ISDIR(status.st_mode) && level < mostLevels)
                 addContent(number, entry->d_name, level + 1);
         }
-        ::closedir(folder);
     }
 
     bool isOver()
