@@ -42,7 +42,7 @@ FileOperationError::Unsupported noToolFor(Machine const &machine, ArchiveFormat 
 void check(Names const &names, TransferEndpoint const &from, TransferEndpoint const &archive, bool isHere)
 {
     auto const fits = from.host() ? FileCommands::fittingFront(ShellDialect::posix, names).size()
-                                  : TransferCommands::fittingFrontHere("", names).size();
+                                  : TransferCommands::fittingFrontHere(names).size();
     if (fits < names.size())
         throw FileOperationError::Unsupported("so many names at once — pack the folder that they are in");
     for (auto const &name : names) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TWEngine/Runtime/FileDescriptor.h"
+
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -53,6 +56,8 @@ struct ChildCommand {
     std::vector<std::string> arguments = {};     ///< without the name of the program
     std::optional<Environment> environment = {}; ///< absent: the environment of this process
     std::string workingDirectory = {};           ///< empty: the folder of this process
+    /// In place of the path, an open folder: to open one may take as long as its mount takes to answer.
+    std::shared_ptr<FileDescriptor const> workingFolder = {};
     ChildEnd input = NullEnd{};
     ChildEnd output = NullEnd{};
     ChildEnd error = NullEnd{};

@@ -162,7 +162,9 @@ pid_t launchChild(ChildCommand const &command, std::array<int, 3> const &standar
 
     FileDescriptor directory;
     Actions actions;
-    if (!command.workingDirectory.empty()) {
+    if (command.workingFolder) {
+        actions.enterDirectory(command.workingFolder->get());
+    } else if (!command.workingDirectory.empty()) {
         directory = openDirectory(command.workingDirectory);
         actions.enterDirectory(directory.get());
     }

@@ -53,9 +53,9 @@ std::vector<std::string_view> linesOf(std::string_view words)
     return lines;
 }
 
-/// The name of the first path in quotes, in one of the two folders; empty if there is none, or if it has signs that are
-/// quoted in another way.
-std::string_view nameInQuotes(std::string_view line, std::string const &from, std::string const &to)
+/// The name of the first path in quotes, from the working folder on or in `to`; empty if there is none, or if it has
+/// signs that are quoted in another way.
+std::string_view nameInQuotes(std::string_view line, std::string const &to)
 {
     auto const begin = std::min(line.find('\''), line.size());
     auto const rest = line.substr(std::min(begin + 1, line.size()));
@@ -64,12 +64,9 @@ std::string_view nameInQuotes(std::string_view line, std::string const &from, st
     auto const behind = rest.substr(std::min(path.size() + 1, rest.size()));
     if (behind.starts_with('\\') || behind.starts_with('$') || behind.starts_with('\''))
         return {};
-    for (auto const &folder : {from, to}) {
-        auto const content = folder.ends_with('/') ? folder : folder + '/';
-        if (path.starts_with(content))
-            return path.substr(content.size(), path.find('/', content.size()) - content.size());
-    }
-    return {};
+    auto const content = to.ends_with('/') ? to : to + '/';
+    auto const below = path.starts_with(content) ? path.substr(content.size()) : path;
+    return below.substr(0, below.find('/'));
 }
 
 } // namespace
@@ -90,13 +87,12 @@ Blamed Blamed::in(std::string_view words, std::vector<std::string> const &given,
     return blamed;
 }
 
-Blamed Blamed::inCopy(std::string_view words, std::vector<std::string> const &given, std::string const &from,
-                      std::string const &to)
+Blamed Blamed::inCopy(std::string_view words, std::vector<std::string> const &given, std::string const &to)
 {
     std::unordered_set<std::string> const known(given.begin(), given.end());
     Blamed blamed;
     for (auto const line : linesOf(words)) {
-        std::string const name(nameInQuotes(line, from, to));
+        std::string const name(nameInQuotes(line, to));
         if (known.contains(name))
             blamed.names.insert(name);
         else

@@ -20,9 +20,9 @@ struct Blamed {
     /// From what a tar wrote to its standard error, of names that it was given.
     static Blamed in(std::string_view words, std::vector<std::string> const &given, Unreadable unreadable);
 
-    /// From what a cp wrote that was given names of the folder `from`. It puts a path into quotes, there or below `to`.
-    static Blamed inCopy(std::string_view words, std::vector<std::string> const &given, std::string const &from,
-                         std::string const &to);
+    /// From what a cp wrote that was given names of its working folder. It puts a path into quotes, there or below
+    /// `to`.
+    static Blamed inCopy(std::string_view words, std::vector<std::string> const &given, std::string const &to);
 };
 
 } // namespace tw

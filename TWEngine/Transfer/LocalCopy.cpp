@@ -1,14 +1,17 @@
 #include "TWEngine/Transfer/LocalCopy.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Browsing/LocalProviderError.h"
 #include "TWEngine/Transfer/ArrivedNames.h"
-#include "TWEngine/Transfer/CopiedLines.h"
 #include "TWEngine/Transfer/CopyingChild.h"
 #include "TWEngine/Transfer/Measuring.h"
 #include "TWEngine/Transfer/TransferChild.h"
 
+#include <cerrno>
 #include <ctime>
+#include <span>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace tw::LocalCopy {
@@ -18,18 +21,28 @@ namespace {
 /// As often as a person can read it.
 constexpr std::chrono::milliseconds timeBetweenLooks{100};
 
+/// A count looks at each file, at the cost of the copy. So it rests between two, and ten times as long as it takes.
+constexpr std::chrono::milliseconds leastBetweenCounts{500};
+constexpr int restOfCounting = 10;
+
 constexpr std::chrono::milliseconds noPatience{0};
 
 /// A person sees the whole of a small copy from its beginning; a large one does not wait for it.
-constexpr std::chrono::milliseconds timeToMeasure{5};
+constexpr std::chrono::milliseconds timeToMeasure{1};
+
+/// Names that one cp copies.
+struct Step {
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
 
 struct Running {
     TransferWork::Shared work;
     Step step;
     TransferChild::Shared child;
-    timespec begun = {}; ///< as files get their times
-    CopiedLines lines = {};
+    timespec begun = {};    ///< as files get their times
     std::int64_t bytes = 0; ///< of this step
+    std::int64_t files = 0; ///< of this step, as they were counted last
 };
 
 using Run = std::shared_ptr<Running>;
@@ -39,13 +52,17 @@ using Run = std::shared_ptr<Running>;
 constexpr std::size_t fewNames = 64;
 
 struct Look {
+    std::shared_ptr<FileDescriptor const> folder;
     std::vector<bool> isFolder;    ///< of each; empty: there are too many
     std::vector<Measure> measures; ///< of each; fewer if there was no time
 };
 
-Look lookAt(std::vector<std::string> const &paths)
+Look lookAt(std::string const &folder, std::vector<std::string> const &paths)
 {
-    Look found;
+    FileDescriptor opened(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!opened)
+        throw FileOperationError::Failed("copy", folder, systemText(errno));
+    Look found{.folder = std::make_shared<FileDescriptor const>(std::move(opened)), .isFolder = {}, .measures = {}};
     if (paths.size() > fewNames)
         return found;
     auto const until = Measure::Clock::now() + timeToMeasure;
@@ -67,17 +84,6 @@ std::vector<std::string> namesOf(TransferWork const &work, Step const &step)
     return {first, first + static_cast<std::ptrdiff_t>(step.count)};
 }
 
-Task<void> readLines(Run run)
-{
-    std::string buffer;
-    for (;;) {
-        buffer = co_await run->child->process().read(ChildOutput::standard, std::move(buffer));
-        if (buffer.empty())
-            co_return;
-        run->lines.take(buffer);
-    }
-}
-
 /// In the lane of both folders, since it asks for the size of a file there.
 Task<CopyingChild> lookAtChild(TransferWork::Shared work, pid_t process)
 {
@@ -96,8 +102,29 @@ Task<void> watch(Run run)
         auto look = co_await lookAtChild(work, run->child->process().processId());
         if (!look.item.empty())
             item = std::move(look.item);
-        run->bytes = std::max(run->bytes, look.written - run->lines.printed());
-        work->reportStep(run->bytes, run->lines.files(), item);
+        run->bytes = std::max(run->bytes, look.written);
+        work->reportStep(run->bytes, run->files, item);
+    }
+}
+
+Task<ArrivedNames> arrivedSoFar(Run run, Blamed blamed, WorkPriority priority)
+{
+    auto const &work = *run->work;
+    return ArrivedNames::find(work.engine, work.from.path(), work.to.path(),
+                              {.names = namesOf(work, run->step), .begun = run->begun, .blamed = std::move(blamed)},
+                              priority);
+}
+
+Task<void> countFiles(Run run)
+{
+    auto const clock = run->work->engine.clock();
+    std::chrono::nanoseconds rest = leastBetweenCounts;
+    for (;;) {
+        co_await clock->sleep(rest);
+        auto const begun = clock->steadyNow();
+        auto const arrived = co_await arrivedSoFar(run, {}, WorkPriority::background);
+        run->files = std::max(run->files, arrived.files);
+        rest = std::max<std::chrono::nanoseconds>(leastBetweenCounts, restOfCounting * (clock->steadyNow() - begun));
     }
 }
 
@@ -106,7 +133,7 @@ Task<ExitStatus> untilExit(Run run)
 {
     auto const context = co_await currentContext();
     auto const watching = ChildTask<void>::start(context, watch(run));
-    co_await readLines(run);
+    auto const counting = ChildTask<void>::start(context, countFiles(run));
     auto const status = co_await TransferChild::end(run->child);
     co_return status;
 }
@@ -114,21 +141,12 @@ Task<ExitStatus> untilExit(Run run)
 /// What of a step that was not finished has arrived goes into the summary. Returns the name that was under way.
 Task<std::string> account(Run run)
 {
-    auto const names = namesOf(*run->work, run->step);
+    auto const &work = *run->work;
+    auto blamed = Blamed::inCopy(run->child->words(), namesOf(work, run->step), work.to.path());
+    auto arrived = co_await arrivedSoFar(run, std::move(blamed), WorkPriority::interactive);
+    auto first = arrived.firstMissing.value_or(work.label);
     auto &summary = run->work->summary;
-    if (run->step.isFolder) {
-        summary.partial.push_back(names.front());
-        summary.files += run->lines.files();
-        co_return names.front();
-    }
-    auto const to = run->work->to.path();
-    ArrivedNames::Copying const copying{.names = names,
-                                        .begun = run->begun,
-                                        .blamed =
-                                            Blamed::inCopy(run->child->words(), names, run->work->from.path(), to)};
-    auto arrived = co_await ArrivedNames::find(run->work->engine, run->work->from.path(), to, copying);
-    auto first = arrived.firstMissing.value_or(run->work->label);
-    summary.files += static_cast<std::int64_t>(arrived.complete.size());
+    summary.files += arrived.files;
     std::ranges::move(arrived.complete, std::back_inserter(summary.complete));
     std::ranges::move(arrived.partial, std::back_inserter(summary.partial));
     std::ranges::move(arrived.untouched, std::back_inserter(summary.untouched));
@@ -177,7 +195,7 @@ Task<void> addComplete(Run run)
     work.reportStep(0, 0, names.back());
 }
 
-Task<void> runStep(TransferWork::Shared work, Step step)
+Task<void> runStep(TransferWork::Shared work, std::shared_ptr<FileDescriptor const> from, Step step)
 {
     work->reportStep(0, 0, work->names[step.first]);
     auto const run = std::make_shared<Running>(Running{.work = work, .step = step, .child = nullptr});
@@ -186,7 +204,7 @@ Task<void> runStep(TransferWork::Shared work, Step step)
     auto const atFirstLine = step.count > 1 ? TransferChild::AtFirstLine::end : TransferChild::AtFirstLine::goOn;
     ::clock_gettime(CLOCK_REALTIME_COARSE, &run->begun);
     run->child = co_await TransferChild::start(
-        work->engine, TransferCommands::copyHere(work->tools, work->from.path(), names, work->to.path()), atFirstLine);
+        work->engine, TransferCommands::copyHere(work->tools, std::move(from), names, work->to.path()), atFirstLine);
     auto const exit = co_await outcomeOf(untilExit(run));
     if (exit.value && exit.value->isSuccess()) {
         co_await addComplete(run).withStop({});
@@ -203,9 +221,8 @@ Task<void> runStep(TransferWork::Shared work, Step step)
     throw FileOperationError::Failed("copy", failing, work->summary.words);
 }
 
-} // namespace
-
-std::vector<Step> steps(std::string_view from, std::span<std::string const> names, std::vector<bool> const &isFolder)
+/// In order. `isFolder` says which names have a step alone; empty: none has.
+std::vector<Step> steps(std::span<std::string const> names, std::vector<bool> const &isFolder)
 {
     auto const isAlone = [&isFolder](std::size_t index) { return !isFolder.empty() && isFolder[index]; };
     std::vector<Step> steps;
@@ -215,29 +232,32 @@ std::vector<Step> steps(std::string_view from, std::span<std::string const> name
         while (first + together < names.size() && !isAlone(first + together))
             ++together;
         // A folder that fails in the middle ends the copy as a whole.
-        Step step{.first = first, .count = 1, .isFolder = isAlone(first)};
+        Step step{.first = first, .count = 1};
         if (together > 0)
-            step.count = TransferCommands::fittingFrontHere(from, names.subspan(first, together)).size();
+            step.count = TransferCommands::fittingFrontHere(names.subspan(first, together)).size();
         steps.push_back(step);
         first += step.count;
     }
     return steps;
 }
 
+} // namespace
+
 Task<void> run(TransferWork::Shared work)
 {
-    auto look = co_await work->engine.files().run(
-        work->from.path(), FileLanes::LastLink::follow, WorkPriority::interactive,
-        [paths = work->sources()](std::string const & /*place*/) { return lookAt(paths); });
+    auto look =
+        co_await work->engine.files().run(work->from.path(), FileLanes::LastLink::follow, WorkPriority::interactive,
+                                          [from = work->from.path(), paths = work->sources()](
+                                              std::string const & /*place*/) { return lookAt(from, paths); });
     auto const context = co_await currentContext();
     std::optional<ChildTask<void>> measuring;
     if (look.measures.size() == work->names.size())
         work->setMeasures(std::move(look.measures));
     else
         measuring.emplace(ChildTask<void>::start(context, Measuring::run(work)));
-    auto const all = steps(work->from.path(), work->names, look.isFolder);
+    auto const all = steps(work->names, look.isFolder);
     for (auto const &step : all)
-        co_await runStep(work, step);
+        co_await runStep(work, look.folder, step);
 }
 
 } // namespace tw::LocalCopy

@@ -130,11 +130,10 @@ Names fittingFront(ShellDialect dialect, Names names)
                    [](std::string const &name) { return ShellLiteral::posix(name).size() + 1; });
 }
 
-Names fittingFrontHere(std::string_view folder, Names names)
+Names fittingFrontHere(Names names)
 {
     // The system counts the pointer to each argument too.
-    return fitting(names, maxArgumentBytes,
-                   [folder](std::string const &name) { return folder.size() + name.size() + 2 + sizeof(char *); });
+    return fitting(names, maxArgumentBytes, [](std::string const &name) { return name.size() + 1 + sizeof(char *); });
 }
 
 Environment tarEnvironment(Environment inherited)
@@ -144,15 +143,16 @@ Environment tarEnvironment(Environment inherited)
     return inherited;
 }
 
-ChildCommand copyHere(TransferTools const &tools, std::string_view from, Names names, std::string const &to)
+ChildCommand copyHere(TransferTools const &tools, std::shared_ptr<FileDescriptor const> from, Names names,
+                      std::string const &to)
 {
     // One cp for many names: to start a program takes longer than to copy a small file. With the folder as the target,
     // a folder is merged with the one that has its name there, and never put into it.
-    Arguments arguments{"-av", "--target-directory=" + to, "--"};
-    for (auto const &name : names)
-        arguments.push_back(pathOf(from, name));
+    Arguments arguments{"-a", "--target-directory=" + to, "--"};
+    // Names without their folder: the system walks down to each, and for small files that is a part of the time.
+    arguments.insert(arguments.end(), names.begin(), names.end());
     auto command = programOfOurs(tools.cp, std::move(arguments));
-    command.output = PipeEnd{};
+    command.workingFolder = std::move(from);
     return command;
 }
 

@@ -25,16 +25,17 @@ std::string label(Names names);
 /// The first of `names` that fit into one command line for that shell, at least one; none only if there are none.
 Names fittingFront(ShellDialect dialect, Names names);
 
-/// The same for a program of this machine that gets their paths.
-Names fittingFrontHere(std::string_view folder, Names names);
+/// The same for a program of this machine.
+Names fittingFrontHere(Names names);
 
 /// The environment of the programs: `inherited`, with COPYFILE_DISABLE so that no tar of a Mac adds "._" files, and
 /// without the options that a user may have set for tar at a terminal, but with the one that has names taken as they
 /// are.
 Environment tarEnvironment(Environment inherited);
 
-/// Copies `names` of one folder of this machine into another, and prints a line for each entry.
-ChildCommand copyHere(TransferTools const &tools, std::string_view from, Names names, std::string const &to);
+/// Copies `names` of its working folder into another folder of this machine.
+ChildCommand copyHere(TransferTools const &tools, std::shared_ptr<FileDescriptor const> from, Names names,
+                      std::string const &to);
 
 /// Writes an archive of `names` to its output.
 ChildCommand pack(TransferTools const &tools, std::string const &folder, Names names);

@@ -112,6 +112,13 @@ TEST_F(ChildProcessStartTest, theWorkingDirectoryIsTheOneGiven)
     EXPECT_EQ(outputOf({.program = "/bin/pwd", .arguments = {"-P"}, .workingDirectory = path}), path + "\n");
 }
 
+TEST_F(ChildProcessStartTest, anOpenFolderIsOneToWorkIn)
+{
+    auto const path = std::filesystem::canonical(folder.folder("sub")).string();
+    auto const opened = std::make_shared<FileDescriptor const>(::open(path.c_str(), O_PATH | O_DIRECTORY));
+    EXPECT_EQ(outputOf({.program = "/bin/pwd", .arguments = {"-P"}, .workingFolder = opened}), path + "\n");
+}
+
 TEST_F(ChildProcessStartTest, withoutAWorkingDirectoryOursIsInherited)
 {
     EXPECT_EQ(outputOf({.program = "/bin/pwd", .arguments = {"-P"}}), std::filesystem::current_path().string() + "\n");

@@ -108,6 +108,13 @@ TEST_F(LocalTransferTest, aNameThatIsGoneIsSaid)
     EXPECT_THAT(transfer->summary().untouched, ElementsAre("none"));
 }
 
+TEST_F(LocalTransferTest, aFolderThatIsGoneIsSaid)
+{
+    auto const gone = TransferEndpoint::local(folder.path("gone"));
+    EXPECT_EQ(copy({"a"}, gone, targetHere()), "copy failed on " + gone.path() + ": No such file or directory");
+    EXPECT_THAT(transfer->summary().untouched, ElementsAre("a"));
+}
+
 TEST_F(LocalTransferTest, aCancelEndsIt)
 {
     for (auto const *const name : {"a", "stuck", "c"})

@@ -143,6 +143,44 @@ TEST_F(TransferFaultsTest, aFileThatHasNotItsModeYetIsNotComplete)
     EXPECT_THAT(transfer->summary().partial, ElementsAre("a"));
 }
 
+TEST_F(TransferFaultsTest, theFilesOfACopyThatIsUnderWayAreCountedWhereTheyArrive)
+{
+    for (auto const *const name : {"tree", "tree/in"})
+        folder.folder(name);
+    for (auto const *const name : {"tree/a", "tree/in/b", "tree/in/half", "tree/not yet"})
+        folder.file(name, name);
+    folder.link("tree/in/link", "b");
+    local.folder("tree");
+    local.file("tree/of the target", "x");
+    // In place of cp: it stays in the middle of a file, before it gives the folders their times.
+    programs.cp = script("cp", "cd " + folder.path("tree") + " && cp -a a " + local.path("tree") + " && mkdir " +
+                                   local.path("tree/in") + " && cp -a in/b in/link " + local.path("tree/in") +
+                                   " && printf half >" + local.path("tree/in/half") + "; exec sleep 1000");
+    auto const cancelAtThree = [this](TransferProgress const &progress) {
+        EXPECT_LE(progress.files, 3);
+        if (progress.files == 3)
+            transfer->cancel();
+    };
+    EXPECT_EQ(carry({"tree"}, sourceHere(), targetHere(), cancelAtThree), "cancelled");
+    EXPECT_EQ(transfer->summary().files, 3);
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("tree"));
+}
+
+TEST_F(TransferFaultsTest, aFileOnADiskThatKeepsEvenSecondsOnlyIsComplete)
+{
+    Names const names{"a", "b"};
+    for (auto const &name : names) {
+        folder.file(name, name);
+        setTime(name, 1001);
+    }
+    // In place of cp, for such a disk.
+    programs.cp = script("cp", "cp -a " + folder.path("a") + " " + local.path() + "; touch -d @1000 " +
+                                   local.path("a") + "; echo 'cp: no space' >&2; exec sleep 1000");
+    EXPECT_EQ(carry(names, sourceHere(), targetHere()), "copy failed on b: cp: no space");
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("a"));
+    EXPECT_EQ(transfer->summary().files, 1);
+}
+
 TEST_F(TransferFaultsTest, manyWarningsDoNotStopATransfer)
 {
     auto const names = makeItems();
