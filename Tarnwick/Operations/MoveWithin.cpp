@@ -14,38 +14,66 @@ using End = std::shared_ptr<TransferEnd>;
 using Move = FileSystemWriter::Move;
 using Names = std::vector<std::string>;
 
+using Renamed = TransferPlan::Renamed;
+
+std::unordered_set<std::string> namesIn(FolderFacts const &facts)
+{
+    std::unordered_set<std::string> names;
+    for (auto const &each : facts.taken)
+        names.insert(each.name);
+    return names;
+}
+
 /// The names among `names` that a folder has. Throws what the question throws.
 Task<std::unordered_set<std::string>> presentIn(Operands folder, Names names)
 {
     auto const facts = co_await folder.browser->factsAbout(folder.path, std::move(names));
-    std::unordered_set<std::string> present;
-    for (auto const &each : facts.taken)
-        present.insert(each.name);
-    co_return present;
+    co_return namesIn(facts);
 }
 
-/// A failure names one file at most, so the source is asked afterwards which names are gone.
-Task<void> moveNames(Job job, End end, std::vector<Move> moves, Names names)
+/// Of names whose move has failed somewhere, those that have moved: the source has them no more, and the target has
+/// them. A source that is gone as a whole, as with a disk that was pulled out, tells nothing about its names.
+Task<Names> thoseThatMoved(Job job, std::vector<Renamed> moves)
 {
-    if (moves.empty())
+    Names sources;
+    Names targets;
+    for (auto const &each : moves) {
+        sources.push_back(each.name);
+        targets.push_back(each.newName);
+    }
+    auto const source = co_await job->source.browser->factsAbout(job->source.path, std::move(sources));
+    if (source.state != FolderFacts::State::present)
+        co_return Names();
+    auto const left = namesIn(source);
+    auto const arrived = co_await presentIn(job->target, std::move(targets));
+    Names moved;
+    for (auto const &each : moves) {
+        if (!left.contains(each.name) && arrived.contains(each.newName))
+            moved.push_back(each.name);
+    }
+    co_return moved;
+}
+
+/// A failure names one file at most, so both sides are asked afterwards what has moved.
+Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
+{
+    if (renamings.empty())
         co_return;
-    auto const moved = co_await outcomeOf(job->source.browser->moveAll(std::move(moves)));
-    std::unordered_set<std::string> still;
-    if (moved.failure) {
-        auto const asked = co_await outcomeOf(presentIn(job->source, names));
-        if (asked.value)
-            still = *asked.value;
-        else
-            still.insert(names.begin(), names.end());
+    Names moved;
+    std::vector<Move> moves;
+    for (auto const &each : renamings) {
+        moved.push_back(each.name);
+        moves.push_back({job->source.pathOf(each.name), job->target.pathOf(each.newName)});
     }
-    for (auto const &name : names) {
-        if (still.contains(name))
-            continue;
-        end->summary.complete.push_back(name);
-        end->gone.push_back(name);
+    auto const moving = co_await outcomeOf(job->source.browser->moveAll(std::move(moves)));
+    if (moving.failure) {
+        auto asked = co_await outcomeOf(thoseThatMoved(job, std::move(renamings)).withStop({}));
+        moved = asked.value ? std::move(*asked.value) : Names();
     }
-    if (moved.failure)
-        std::rethrow_exception(moved.failure);
+    end->summary.complete.insert(end->summary.complete.end(), moved.begin(), moved.end());
+    end->gone.insert(end->gone.end(), moved.begin(), moved.end());
+    if (moving.failure)
+        std::rethrow_exception(moving.failure);
 }
 
 std::vector<Move> movesBetween(Operands const &from, Operands const &to, Names const &names)
@@ -70,10 +98,19 @@ Task<void> putBack(Operands staging, Operands target, Names names)
         co_await target.browser->moveAll(movesBetween(staging, target, homeless));
 }
 
+/// Each name to the same name.
+std::vector<Renamed> asTheyAre(Names const &names)
+{
+    std::vector<Renamed> same;
+    for (auto const &name : names)
+        same.push_back({.name = name, .newName = name});
+    return same;
+}
+
 Task<void> moveOver(Job job, End end, Operands staging, Names names)
 {
     co_await job->target.browser->moveAll(movesBetween(job->target, staging, names));
-    co_await moveNames(job, end, movesBetween(job->source, job->target, names), names);
+    co_await moveNames(job, end, asTheyAre(names));
 }
 
 /// Moves back what was not replaced, and deletes what was. An old file that cannot be moved back stays in the staging
@@ -121,13 +158,9 @@ bool isFileOverFile(NameConflict const &conflict)
 
 Task<void> moveWithin(Job job, End end)
 {
-    auto moves = movesBetween(job->source, job->target, job->plan.free);
-    auto names = job->plan.free;
-    for (auto const &each : job->plan.renamed) {
-        moves.push_back({job->source.pathOf(each.name), job->target.pathOf(each.newName)});
-        names.push_back(each.name);
-    }
-    co_await moveNames(job, end, std::move(moves), std::move(names));
+    auto unhindered = asTheyAre(job->plan.free);
+    unhindered.insert(unhindered.end(), job->plan.renamed.begin(), job->plan.renamed.end());
+    co_await moveNames(job, end, std::move(unhindered));
     Names replacing;
     for (auto const &each : job->plan.replace) {
         if (isFileOverFile(each))

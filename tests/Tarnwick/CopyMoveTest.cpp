@@ -475,6 +475,37 @@ TEST_F(MoveWithinTest, aFileThatCannotBeReplacedComesBack)
     EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
 }
 
+TEST_F(MoveWithinTest, anOldFileComesBackIfTheNewOneHasVanished)
+{
+    here->file("/dst/a", "old");
+    here->before = [this](std::string const &request) {
+        if (request != "move /src/a /dst/a")
+            return;
+        here->nodes.erase("/src/a");
+        throw FileOperationError::Failed("rename", "/src/a", "No such file or directory");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "old");
+    EXPECT_THAT(lastError(), Not(HasSubstr("Complete (2 items)")));
+}
+
+TEST_F(MoveWithinTest, noOldFileIsLostWithADiskThatIsPulledOut)
+{
+    here->file("/dst/a", "old");
+    here->file("/dst/b", "old too");
+    here->before = [this](std::string const &request) {
+        if (request != "move /src/b /dst/b")
+            return;
+        std::erase_if(here->nodes, [](auto const &node) { return node.first.starts_with("/src"); });
+        throw FileOperationError::Failed("rename", "/src/b", "No such file or directory");
+    };
+    move();
+    resolve({Answer::replace, Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "aaaa");
+    EXPECT_EQ(here->content("/dst/b"), "old too");
+}
+
 TEST_F(MoveWithinTest, aFileThatCannotComeBackStaysInTheStagingFolder)
 {
     here->file("/dst/a", "old");
