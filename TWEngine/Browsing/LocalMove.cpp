@@ -109,6 +109,10 @@ Task<void> copyAndPublish(EngineRuntime *engine, Move move, std::string staging)
     if (copied.parts.size() != 1 || copied.parts.at(name).shape != after.parts.at(name).shape)
         fail(move, "the copy is not whole, so the original stays where it is");
     co_await publish(engine, move, staging);
+    // A slow disk takes its time until all is on it.
+    auto const last = co_await surveyOf(engine, from, name);
+    if (last != before)
+        fail(move, "it has changed behind the copy, so it stays where it is, beside the copy");
 }
 
 Task<void> moveHere(EngineRuntime *engine, Move move)

@@ -218,10 +218,11 @@ Task<Survey> TransferRun::survey(Self self, Operands where, Names names, Survey:
 
 Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys)
 {
+    co_await self->job->target.browser->sync(self->job->target.path);
+    // Behind the sync, which may take minutes: until then somebody may have changed the source.
     auto after = co_await survey(self, self->job->source, plan.allNames(), detailFor(plan));
     surveys.after = std::move(after);
     auto check = MoveCheck::of(plan.allNames(), surveys, mergedBy(plan));
-    co_await self->job->target.browser->sync(self->job->target.path);
     self->throwIfCancelled();
     auto const going = check.arrived;
     self->end->kept = std::move(check);

@@ -350,6 +350,18 @@ TEST_F(CopyMoveTest, whatChangedDuringTheCopyStaysAndIsNamed)
     EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\nb"));
 }
 
+TEST_F(CopyMoveTest, whatChangesUntilAllIsOnTheDiskStaysToo)
+{
+    there->before = [this](std::string const &request) {
+        if (request == "sync /dst")
+            here->nodes.at("/src/b").mtime += 1;
+    };
+    move();
+    EXPECT_FALSE(here->has("/src/a"));
+    EXPECT_TRUE(here->has("/src/b"));
+    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\nb"));
+}
+
 TEST_F(CopyMoveTest, whatIsNotTheSameAtTheTargetStaysAndIsNamed)
 {
     auto const cut = [this](std::string const &request) {
