@@ -44,7 +44,7 @@ TEST(TransferCommandsTest, theProgramsOfThisMachine)
 {
     auto const copy = TransferCommands::copyHere(tools, nullptr, Names{"-a", "b"}, "/to");
     EXPECT_EQ(copy.program, "/bin/cp");
-    EXPECT_THAT(copy.arguments, ElementsAre("-a", "--target-directory=/to", "--", "-a", "b"));
+    EXPECT_THAT(copy.arguments, ElementsAre("-a", "--remove-destination", "--target-directory=/to", "--", "-a", "b"));
 
     auto const pack = TransferCommands::pack(tools, "/from", Names{"-a", "@b"});
     EXPECT_EQ(pack.program, "/bin/tar");

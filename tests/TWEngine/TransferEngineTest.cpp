@@ -50,6 +50,24 @@ TEST_F(LocalTransferTest, aFolderIsMergedWithTheOneThatIsThere)
     EXPECT_EQ(contentOf(local.path("tree/both")), "new");
 }
 
+TEST_F(LocalTransferTest, whatATargetLeadsToStaysAsItIs)
+{
+    local.file("elsewhere", "kept");
+    folder.folder("tree");
+    for (auto const *const name : {"tree/link", "link", "broken", "fifo"})
+        folder.file(name, "new");
+    local.folder("tree");
+    local.link("tree/link", "../elsewhere");
+    local.link("link", "elsewhere");
+    local.link("broken", "none");
+    ASSERT_EQ(::mkfifo(local.path("fifo").c_str(), 0600), 0);
+    Names const names{"tree", "link", "broken", "fifo"};
+    EXPECT_EQ(copy(names, sourceHere(), targetHere()), "done");
+    for (auto const &name : names)
+        expectSame(name);
+    EXPECT_EQ(contentOf(local.path("elsewhere")), "kept");
+}
+
 TEST_F(LocalTransferTest, namesAreTakenAsTheyAre)
 {
     Names const names{"-rf", "a b", "it's", "\xFF\n", "--target-directory=x", std::string(255, 'n'), "@a"};
@@ -119,14 +137,15 @@ TEST_F(LocalTransferTest, aCancelEndsIt)
 {
     for (auto const *const name : {"a", "stuck", "c"})
         folder.file(name, name);
-    setTime("a", -1000);
-    // cp waits at a target that takes nothing.
-    ASSERT_EQ(::mkfifo(local.path("stuck").c_str(), 0600), 0);
-    auto const copying = start({"a", "stuck", "c"}, sourceHere(), targetHere());
-    waitUntil([this] {
-        struct stat status;
-        return ::stat(local.path("a").c_str(), &status) == 0 && status.st_mtime == -1000;
-    });
+    // In place of cp: it stays at the second one.
+    auto programs = tools();
+    programs.cp =
+        local.file("cp", "#!/bin/sh\ncp -a a " + local.path() + " && : >" + local.path("stuck") + "; exec sleep 1000");
+    ASSERT_EQ(::chmod(programs.cp.c_str(), 0755), 0);
+    transfer = std::make_shared<TransferEngine>(engine, programs);
+    auto const copying =
+        loop.start(transfer->copy({"a", "stuck", "c"}, sourceHere(), targetHere(), [](TransferProgress const &) {}));
+    waitUntil([this] { return std::filesystem::exists(local.path("stuck")); });
     transfer->cancel();
     EXPECT_EQ(outcomeOf(copying), "cancelled");
     auto const summary = transfer->summary();
