@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
+#include "Tarnwick/Operations/AnsweredConflicts.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
 #include "Tarnwick/Operations/ExtractOut.h"
 #include "Tarnwick/Operations/TargetFolder.h"
@@ -21,14 +22,33 @@ std::string readOnlyOf(TransferJob const &job)
     return job.isRename() && !job.source.browser->writer() ? job.source.connection : std::string();
 }
 
-/// The answers of the user about taken names; nothing if the user calls it off.
-Task<Dialogs::Resolution> resolve(OperationContext context, TransferJob job, std::vector<NameConflict> taken)
+/// What is written under which names, as the target and the user agree.
+struct Agreement {
+    TransferPlan plan = {};
+    bool takesCasesForOne = false; ///< the target
+};
+
+/// Nothing if the user calls it off. The target is asked again after each sheet, and a sheet comes again for what has
+/// changed under it.
+Task<std::optional<Agreement>> agree(OperationContext context, TransferJob job)
 {
-    if (taken.empty())
-        co_return Dialogs::Resolution(std::in_place);
-    auto question = TransferWords::conflicts(job.kind, job.target, std::move(taken));
-    auto answers = co_await context.dialogs->resolve(std::move(question));
-    co_return answers;
+    AnsweredConflicts conflicts;
+    for (auto sheet = TransferWords::Sheet::first;; sheet = TransferWords::Sheet::again) {
+        auto work = context.beginWork(job.target.browser);
+        auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::kept);
+        work.reset();
+        conflicts.learn(TakenNames::conflicts(job.source.names, facts));
+        auto open = conflicts.open();
+        if (open.empty()) {
+            co_return Agreement{.plan = conflicts.plan(job.source.names),
+                                .takesCasesForOne = facts.target.takesCasesForOne};
+        }
+        auto question = TransferWords::conflicts(job.kind, job.target, std::move(open), sheet);
+        auto const answers = co_await context.dialogs->resolve(std::move(question));
+        if (!answers)
+            co_return std::nullopt;
+        conflicts.answer(*answers);
+    }
 }
 
 Task<void> transferTo(OperationContext context, TransferKind kind, std::string where)
@@ -37,19 +57,15 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
     TransferJob job{.kind = kind, .source = context.operands};
     auto target = co_await targetFolder(context, std::move(where));
     job.target = std::move(target);
-    work = context.beginWork(job.target.browser);
     if (auto const readOnly = readOnlyOf(job); !readOnly.empty()) {
         context.warn({"%@ is read-only", {readOnly}});
         co_return;
     }
-    auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::kept);
-    auto const taken = TakenNames::conflicts(job.source.names, facts);
     work.reset();
-    auto const answers = co_await resolve(context, job, taken);
-    if (!answers)
+    auto agreed = co_await agree(context, job);
+    if (!agreed)
         co_return;
-    auto plan = TransferPlan::of(job.source.names, taken, *answers);
-    auto named = co_await TransferSteps::withFreeNames(std::move(plan), job.target, facts.target.takesCasesForOne);
+    auto named = co_await TransferSteps::withFreeNames(std::move(agreed->plan), job.target, agreed->takesCasesForOne);
     job.plan = std::move(named);
     if (!job.plan.isEmpty())
         co_await TransferSteps::carryOut(context, job, {.atSource = context.nameSurviving()});

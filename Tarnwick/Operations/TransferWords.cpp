@@ -55,11 +55,12 @@ Dialogs::Confirmation offerToCreate(Operands const &target)
             .okTitle = "Create"};
 }
 
-Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vector<NameConflict> taken)
+Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vector<NameConflict> taken, Sheet sheet)
 {
     auto const count = countPhrase(taken.size());
+    std::string const before = sheet == Sheet::again ? "Files have changed there meanwhile. " : "";
     return {.title = kind == TransferKind::copy ? "Copy over what is there?" : "Move over what is there?",
-            .message = count + (taken.size() == 1 ? " has a name" : " have names") + " that " + place(target) +
+            .message = before + count + (taken.size() == 1 ? " has a name" : " have names") + " that " + place(target) +
                        " has already.",
             .names = std::move(taken)};
 }

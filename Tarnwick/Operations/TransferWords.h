@@ -17,7 +17,12 @@ Dialogs::Prompt question(TransferKind kind, Operands const &source, Operands con
 
 Dialogs::Confirmation offerToCreate(Operands const &target);
 
-Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vector<NameConflict> taken);
+enum class Sheet {
+    first,
+    again, ///< for what has changed while the one before it was on show
+};
+
+Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vector<NameConflict> taken, Sheet sheet);
 
 /// "copy 3 items cancelled: 412 of 10,000 files copied".
 Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summary);

@@ -266,6 +266,70 @@ TEST_F(CopyMoveTest, nothingIsWrittenIfTheUserCancelsTheQuestion)
     EXPECT_FALSE(there->has("/dst/b"));
 }
 
+TEST_F(CopyMoveTest, withoutAQuestionTheTargetIsAskedOnce)
+{
+    copy();
+    EXPECT_THAT(requestsOf(*there, "factsAbout"), ElementsAre("factsAbout /dst a b"));
+}
+
+TEST_F(CopyMoveTest, aNameThatIsTakenUnderTheSheetIsAskedAboutToo)
+{
+    there->file("/dst/a", "old");
+    copy();
+    there->file("/dst/b", "late");
+    resolve({Answer::replace});
+    ASSERT_THAT(dialogs->conflicts, SizeIs(2));
+    auto const &question = dialogs->conflicts.back().question;
+    EXPECT_EQ(question.message, "Files have changed there meanwhile. 1 item has a name that web1:/dst has already.");
+    ASSERT_THAT(question.names, SizeIs(1));
+    EXPECT_EQ(question.names.front().source.name, "b");
+    EXPECT_THAT(transfer->copies, IsEmpty());
+    resolve({Answer::skip});
+    EXPECT_EQ(there->content("/dst/a"), "aaaa") << "its answer holds";
+    EXPECT_EQ(there->content("/dst/b"), "late");
+}
+
+TEST_F(CopyMoveTest, onlyWhatWasShownIsReplaced)
+{
+    for (auto const *name : {"a", "b"})
+        there->file(std::string("/dst/") + name, "old");
+    copy();
+    for (auto const *name : {"a", "b"})
+        there->nodes.at(std::string("/dst/") + name).mtime += 1;
+    resolve({Answer::replace, Answer::keepBoth});
+    ASSERT_THAT(dialogs->conflicts, SizeIs(2));
+    auto const &question = dialogs->conflicts.back().question;
+    ASSERT_THAT(question.names, SizeIs(1));
+    EXPECT_EQ(question.names.front().target.mtime, 1001);
+    resolve({Answer::replace});
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_EQ(there->content("/dst/b"), "old");
+    EXPECT_EQ(there->content("/dst/b(2)"), "bb");
+}
+
+TEST_F(CopyMoveTest, nothingIsWrittenIfTheUserCancelsTheSecondQuestion)
+{
+    there->file("/dst/a", "old");
+    copy();
+    there->file("/dst/b", "late");
+    resolve({Answer::replace});
+    ASSERT_THAT(dialogs->conflicts, SizeIs(2));
+    dialogs->conflicts.back().answer(std::nullopt);
+    loop.drain();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(there->content("/dst/a"), "old");
+    EXPECT_EQ(there->content("/dst/b"), "late");
+}
+
+TEST_F(CopyMoveTest, whatIsSkippedStaysSoIfItsNameIsFreeByThen)
+{
+    there->file("/dst/a", "old");
+    copy();
+    there->nodes.erase("/dst/a");
+    resolve({Answer::skip});
+    EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/b"));
+}
+
 TEST_F(CopyMoveTest, eachTakenNameGetsItsAnswer)
 {
     here->file("/src/c", "cc");
@@ -552,6 +616,16 @@ TEST_F(MoveWithinTest, anOldFileWhoseNameAnotherProgramTakesIsKept)
                 HasSubstr("The old files are in " + staging + ", since their names were taken meanwhile (1 item):\nb"));
 }
 
+TEST_F(MoveWithinTest, aFileThatWasToBeReplacedMayHaveGone)
+{
+    here->file("/dst/a", "old");
+    move();
+    here->nodes.erase("/dst/a");
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "aaaa");
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
 class MergeTest : public MoveWithinTest {
 protected:
     MergeTest()
@@ -581,6 +655,17 @@ TEST_F(MergeTest, theSourceOfAFolderThatWasMergedGoesWhenAllOfItHasArrived)
     EXPECT_EQ(here->content("/dst/f/both"), "newer");
     EXPECT_FALSE(here->has("/src/f"));
     EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MergeTest, aFolderThatGetsAFileUnderTheSheetIsMergedAsWell)
+{
+    move();
+    here->file("/dst/f/late", "late");
+    here->nodes.at("/dst/f").mtime += 1;
+    resolve({Answer::replace});
+    EXPECT_THAT(dialogs->conflicts, SizeIs(1));
+    EXPECT_EQ(here->content("/dst/f/both"), "newer");
+    EXPECT_EQ(here->content("/dst/f/late"), "late");
 }
 
 TEST_F(MergeTest, theSourceStaysIfOneFileOfItHasNotArrived)
