@@ -3,10 +3,12 @@
 namespace tw::test {
 namespace {
 
-TEST_F(KilledMoveTest, aProgramThatIsKilledDuringAMoveHasLostNothing)
+TEST_P(KilledMoveTest, aProgramThatIsKilledDuringAMoveHasLostNothing)
 {
     expectNothingLostIn(12);
 }
+
+INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest, testing::Values("down", "up", "over"));
 
 } // namespace
 } // namespace tw::test

@@ -3,10 +3,12 @@
 namespace tw::test {
 namespace {
 
-TEST_F(KilledMoveTest, aProgramThatIsKilledInAHundredMomentsOfAMoveHasLostNothing)
+TEST_P(KilledMoveTest, aProgramThatIsKilledInAHundredMomentsOfAMoveHasLostNothing)
 {
     expectNothingLostIn(100);
 }
+
+INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest, testing::Values("down", "up", "over"));
 
 } // namespace
 } // namespace tw::test

@@ -1,5 +1,6 @@
-// Moves everything in a folder of a host into a folder of this machine, for tests that kill it on the way.
-// Arguments: the ssh client, the folder of its sockets, the source, the target.
+// Moves everything in a folder into another one, for tests that kill it on the way.
+// Arguments: the ssh client, the folder of its sockets, the source, the target, and which way: "down" from a host, "up"
+// to it, or "over" what has the names, both on this machine.
 
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -9,6 +10,7 @@
 #include "tests/support/TestLoop.h"
 
 #include <filesystem>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -30,21 +32,32 @@ Operands folderOf(test::TestLoop &loop, EngineRuntime &engine, std::shared_ptr<F
 
 int main(int count, char **arguments)
 {
-    if (count != 5)
+    if (count != 6)
         return 2;
+    std::string_view const way = arguments[5];
     EngineRuntime engine;
     test::TestLoop loop;
     auto const host = std::make_shared<SSHProvider>(
         SSHProvider::Collaborators{
             .engine = engine, .sshProgram = arguments[1], .sockets = {.base = arguments[2], .user = ::getuid()}},
         "host");
-    loop.run(host->connect());
+    if (way != "over")
+        loop.run(host->connect());
+    auto const here = std::make_shared<LocalProvider>(engine);
+    auto const placeIf = [&](bool isHost) -> std::shared_ptr<FileSystemProvider> {
+        return isHost ? std::static_pointer_cast<FileSystemProvider>(host) : here;
+    };
     TransferJob job{.kind = TransferKind::move,
-                    .source = folderOf(loop, engine, host, arguments[3]),
-                    .target = folderOf(loop, engine, std::make_shared<LocalProvider>(engine), arguments[4])};
-    for (auto const &entry : std::filesystem::directory_iterator(arguments[3]))
-        job.source.names.push_back(entry.path().filename().string());
-    job.plan.free = job.source.names;
+                    .source = folderOf(loop, engine, placeIf(way == "down"), arguments[3]),
+                    .target = folderOf(loop, engine, placeIf(way == "up"), arguments[4])};
+    for (auto const &entry : std::filesystem::directory_iterator(arguments[3])) {
+        auto const name = entry.path().filename().string();
+        job.source.names.push_back(name);
+        if (way != "over" || entry.is_directory())
+            job.plan.free.push_back(name);
+        else
+            job.plan.replace.push_back({.source = {.name = name}, .target = {.name = name}});
+    }
     auto tools = TransferTools::find();
     tools.ssh = arguments[1];
     auto const run = std::make_shared<TransferRun>(job, std::make_shared<TransferEngine>(engine, tools),

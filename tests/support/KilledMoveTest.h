@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <string_view>
 
 #include <signal.h>
 #include <spawn.h>
@@ -13,8 +14,9 @@
 
 namespace tw::test {
 
-/// A program that moves the files of `folder`, on a host, to `local`, and is killed on the way.
-class KilledMoveTest : public SSHProviderTest {
+/// A program that moves the files of `folder` to `local`, and is killed on the way. The parameter is the way, as the
+/// program takes it.
+class KilledMoveTest : public SSHProviderTest, public testing::WithParamInterface<char const *> {
 protected:
     using Clock = std::chrono::steady_clock;
 
@@ -22,8 +24,11 @@ protected:
 
     void makeFiles()
     {
-        for (int number = 0; number < fileCount; ++number)
+        for (int number = 0; number < fileCount; ++number) {
             folder.file(nameOf(number), contentOfFile(number));
+            if (isOver())
+                local.file(nameOf(number), oldContent);
+        }
         folder.folder("tree");
         folder.file("tree/leaf", "leaf");
     }
@@ -58,6 +63,8 @@ protected:
     {
         for (int number = 0; number < fileCount; ++number)
             EXPECT_TRUE(isWhole(nameOf(number), contentOfFile(number))) << nameOf(number);
+        for (int number = 0; isOver() && number < fileCount; ++number)
+            EXPECT_TRUE(isReplacedOrThere(nameOf(number), contentOfFile(number))) << nameOf(number);
         EXPECT_TRUE(isWhole("tree/leaf", "leaf"));
         for (auto const &entry : std::filesystem::directory_iterator(local.path())) {
             auto const name = entry.path().filename().string();
@@ -86,25 +93,45 @@ protected:
 
 private:
     static constexpr int fileCount = 40;
+    static constexpr auto oldContent = "old";
+
+    static bool isOver() { return std::string_view(GetParam()) == "over"; }
 
     static std::string nameOf(int number) { return "file " + std::to_string(number); }
 
     static std::string contentOfFile(int number) { return std::string(20'000, static_cast<char>('a' + number % 26)); }
 
+    static bool holds(std::string const &path, std::string const &content)
+    {
+        return std::filesystem::exists(path) && contentOf(path) == content;
+    }
+
     bool isWhole(std::string const &name, std::string const &content) const
     {
-        auto const is = [&](std::string const &path) {
-            return std::filesystem::exists(path) && contentOf(path) == content;
-        };
-        return is(folder.path(name)) || is(local.path(name)); // the source first: it goes last
+        return holds(folder.path(name), content) || holds(local.path(name), content); // the source first: it goes last
+    }
+
+    /// The old file at its name or in a staging folder, or the new one.
+    bool isReplacedOrThere(std::string const &name, std::string const &content) const
+    {
+        bool isThere = holds(local.path(name), oldContent);
+        for (auto const &entry : std::filesystem::directory_iterator(local.path()))
+            isThere = isThere || (entry.path().filename().string().starts_with(".tw-paste-") &&
+                                  holds(entry.path().string() + '/' + name, oldContent));
+        return isThere || holds(local.path(name), content);
     }
 
     pid_t startMove() const
     {
-        std::string arguments[] = {TARNWICK_MOVE_FILES, client.program(), socketBase.path(), folder.path(),
-                                   local.path()};
-        char *pointers[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(),
-                            arguments[3].data(), arguments[4].data(), nullptr};
+        std::string arguments[] = {TARNWICK_MOVE_FILES, client.program(), socketBase.path(),
+                                   folder.path(),       local.path(),     GetParam()};
+        char *pointers[] = {arguments[0].data(),
+                            arguments[1].data(),
+                            arguments[2].data(),
+                            arguments[3].data(),
+                            arguments[4].data(),
+                            arguments[5].data(),
+                            nullptr};
         pid_t program = 0;
         EXPECT_EQ(::posix_spawn(&program, pointers[0], nullptr, nullptr, pointers, ::environ), 0);
         return program;
