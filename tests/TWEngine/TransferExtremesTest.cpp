@@ -133,6 +133,18 @@ TEST_F(TransferExtremesTest, aTreeOfTwoHundredLevelsArrivesOnEachRoute)
     }
 }
 
+TEST_F(TransferExtremesTest, aSocketStopsNoCopyAndNoTarTakesIt)
+{
+    folder.folder("tree");
+    folder.file("tree/file", "x");
+    ASSERT_EQ(::mknod(folder.path("tree/socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    EXPECT_EQ(carry({"tree"}, sourceHere(), targetThere()), "done");
+    EXPECT_THAT(namesIn(local.path("tree")), ElementsAre("file"));
+    emptyTarget();
+    EXPECT_EQ(carry({"tree"}, sourceHere(), targetHere()), "done");
+    expectSame("tree");
+}
+
 TEST_F(TransferExtremesTest, onThisMachineExtendedAttributesAreKept)
 {
     auto const source = folder.file("a", "a");

@@ -113,8 +113,10 @@ protected:
         EXPECT_EQ(source.st_mode, target.st_mode) << to;
         if (!S_ISLNK(source.st_mode))
             EXPECT_EQ(source.st_mtim.tv_sec, target.st_mtim.tv_sec) << to;
-        if (S_ISREG(source.st_mode))
+        if (S_ISREG(source.st_mode)) {
             EXPECT_TRUE(contentOf(from) == contentOf(to)) << to;
+            EXPECT_EQ(source.st_nlink, target.st_nlink) << to;
+        }
         if (S_ISLNK(source.st_mode))
             EXPECT_EQ(std::filesystem::read_symlink(from), std::filesystem::read_symlink(to));
         if (!S_ISDIR(source.st_mode))
