@@ -26,6 +26,7 @@ std::string readOnlyOf(TransferJob const &job)
 struct Agreement {
     TransferPlan plan = {};
     bool takesCasesForOne = false; ///< the target
+    bool isMoveBetweenFileSystems = false;
 };
 
 /// Nothing if the user calls it off. The target is asked again after each sheet, and a sheet comes again for what has
@@ -41,7 +42,8 @@ Task<std::optional<Agreement>> agree(OperationContext context, TransferJob job)
         auto open = conflicts.open();
         if (open.empty()) {
             co_return Agreement{.plan = conflicts.plan(job.source.names),
-                                .takesCasesForOne = facts.target.takesCasesForOne};
+                                .takesCasesForOne = facts.target.takesCasesForOne,
+                                .isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, facts)};
         }
         auto question = TransferWords::conflicts(job.kind, job.target, std::move(open), sheet);
         auto const answers = co_await context.dialogs->resolve(std::move(question));
@@ -67,6 +69,7 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
         co_return;
     auto named = co_await TransferSteps::withFreeNames(std::move(agreed->plan), job.target, agreed->takesCasesForOne);
     job.plan = std::move(named);
+    job.isMoveBetweenFileSystems = agreed->isMoveBetweenFileSystems;
     if (!job.plan.isEmpty())
         co_await TransferSteps::carryOut(context, job, {.atSource = context.nameSurviving()});
 }

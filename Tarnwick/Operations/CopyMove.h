@@ -10,7 +10,8 @@ namespace tw {
 /// Errors: shown to the user, with what is complete, in part or not begun. What has arrived stays.
 Task<void> copyOperands(OperationContext context);
 
-/// The same for a move. Within one place it renames; otherwise the source goes when all has arrived, see TransferRun.
+/// The same for a move. Within one file system, or one host, it renames; otherwise the source goes when all has
+/// arrived, see TransferRun.
 Task<void> moveOperands(OperationContext context);
 
 } // namespace tw

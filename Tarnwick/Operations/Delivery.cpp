@@ -56,6 +56,7 @@ Task<void> run(OperationContext context, TransferJob job, std::function<void()> 
 {
     auto work = context.beginWork(job.source.browser);
     auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::renamed);
+    job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, facts);
     auto const taken = TakenNames::conflicts(job.source.names, facts);
     auto plan = TransferPlan::of(job.source.names, taken, keepAll(taken));
     auto named = co_await TransferSteps::withFreeNames(std::move(plan), job.target, facts.target.takesCasesForOne);

@@ -19,11 +19,12 @@ struct TransferJob {
     Operands source = {};
     Operands target = {}; ///< without names
     TransferPlan plan = {};
+    bool isMoveBetweenFileSystems = false; ///< of this machine, where nothing can be renamed
 
     /// Moves within one place rename: no bytes move.
     bool isRename() const
     {
-        return kind == TransferKind::move &&
+        return kind == TransferKind::move && !isMoveBetweenFileSystems &&
                source.browser->providerRef()->identifier() == target.browser->providerRef()->identifier();
     }
 };

@@ -25,13 +25,31 @@ TransferEndpoint endpointOf(Operands const &place)
     return host ? TransferEndpoint::remote(std::move(host), place.path) : TransferEndpoint::local(place.path);
 }
 
-Task<void> answer(std::shared_ptr<Completion<Survey>> answered, Task<Survey> asking)
+template <class T>
+Task<void> answer(std::shared_ptr<Completion<T>> answered, Task<T> asking)
 {
     auto outcome = co_await outcomeOf(std::move(asking));
     if (outcome.failure)
         answered->fail(outcome.failure);
     else
         answered->succeed(*std::move(outcome.value));
+}
+
+/// A question that is called off goes on until it is answered, but nobody waits for the answer.
+template <class T>
+Task<T> answerUntil(std::stop_token token, Task<T> asking)
+{
+    auto const context = co_await currentContext();
+    auto const answered = std::make_shared<Completion<T>>();
+    spawn({context.executor, token}, answer(answered, std::move(asking)));
+    auto value = co_await Completion<T>::wait(answered).withStop(token);
+    co_return value;
+}
+
+Task<Done> sync(Operands folder)
+{
+    co_await folder.browser->sync(folder.path);
+    co_return Done();
 }
 
 /// The folders that go into a folder of their name.
@@ -60,6 +78,28 @@ std::vector<std::string> rest(std::vector<std::string> const &names, std::vector
             left.push_back(name);
     }
     return left;
+}
+
+/// The plan for some of its names.
+TransferPlan only(TransferPlan plan, std::vector<std::string> const &names)
+{
+    std::unordered_set<std::string> const some(names.begin(), names.end());
+    std::erase_if(plan.free, [&](auto const &name) { return !some.contains(name); });
+    std::erase_if(plan.replace, [&](auto const &each) { return !some.contains(each.source.name); });
+    std::erase_if(plan.keepBoth, [&](auto const &name) { return !some.contains(name); });
+    std::erase_if(plan.renamed, [&](auto const &each) { return !some.contains(each.name); });
+    return plan;
+}
+
+/// What of the plan goes through a staging folder.
+TransferPlan stagedOf(TransferJob const &job, TransferPlan plan)
+{
+    if (!job.isMoveBetweenFileSystems) {
+        plan.free.clear();
+        plan.replace.clear();
+    }
+    std::erase_if(plan.replace, [](auto const &each) { return !isFileOverFile(each); });
+    return plan;
 }
 
 } // namespace
@@ -125,62 +165,90 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
         auto surveyed = co_await survey(self, self->job->source, plan.allNames(), Survey::Detail::sums);
         before = std::move(surveyed);
     }
-    auto const kept = plan.keptNames();
-    if (!kept.empty())
-        co_await copyNames(self, kept, self->job->target);
+    auto const staged = stagedOf(*self->job, plan);
+    auto const direct = rest(plan.keptNames(), staged.keptNames());
+    if (!direct.empty())
+        co_await copyNames(self, direct, self->job->target);
     Survey arrived;
-    if (!plan.renamed.empty()) {
-        auto surveyed = co_await copyRenamed(self, plan.renamed);
+    if (!staged.allNames().empty()) {
+        auto surveyed = co_await copyStaged(self, staged);
         arrived = std::move(surveyed);
     }
     if (!removes)
         co_return;
-    auto target = co_await survey(self, self->job->target, kept, detailFor(plan));
+    auto target = co_await survey(self, self->job->target, direct, detailFor(plan));
     target.parts.merge(arrived.parts);
     co_await removeArrived(self, std::move(plan),
                            {.before = std::move(before), .after = {}, .target = std::move(target)});
 }
 
 /// The result is what has arrived, if it is a move.
-Task<Survey> TransferRun::copyRenamed(Self self, std::vector<TransferPlan::Renamed> renamed)
+Task<Survey> TransferRun::copyStaged(Self self, TransferPlan plan)
 {
     auto staging = self->job->target;
     staging.path = staging.pathOf(stagingName());
     co_await staging.browser->makeDirectory(staging.path);
-    auto renaming = renameStaged(self, staging, std::move(renamed));
-    auto arrived = co_await outcomeOf(std::move(renaming));
+    auto publishing = copyAndPublish(self, staging, std::move(plan));
+    auto arrived = co_await outcomeOf(std::move(publishing));
     auto const cleared = co_await outcomeOf(staging.browser->removePermanently({staging.path}));
     if (!arrived.failure && cleared.failure)
         std::rethrow_exception(cleared.failure);
     co_return arrived.take();
 }
 
-Task<Survey> TransferRun::renameStaged(Self self, Operands staging, std::vector<TransferPlan::Renamed> renamed)
+/// The result is what has arrived, if it is a move.
+Task<Survey> TransferRun::copyAndSurvey(Self self, Operands staging, Names names)
 {
-    Names names;
-    std::vector<FileSystemWriter::Move> moves;
-    for (auto const &each : renamed) {
-        names.push_back(each.name);
-        moves.push_back({staging.pathOf(each.name), self->job->target.pathOf(each.newName)});
-    }
-    auto const copied = co_await outcomeOf(copyNames(self, names, staging));
-    if (copied.failure) {
-        self->forgetArrivals(names); // the staging folder goes, with all that is in it
-        std::rethrow_exception(copied.failure);
-    }
-    Survey arrived;
-    if (self->job->kind == TransferKind::move) {
-        auto surveyed = co_await survey(self, staging, names, Survey::Detail::sums);
-        arrived = std::move(surveyed);
-    }
-    auto const moved = co_await outcomeOf(staging.browser->moveAll(moves));
+    co_await copyNames(self, names, staging);
+    if (self->job->kind == TransferKind::copy)
+        co_return Survey();
+    auto surveyed = co_await survey(self, staging, names, Survey::Detail::sums);
+    co_return surveyed;
+}
+
+Task<Survey> TransferRun::copyAndPublish(Self self, Operands staging, TransferPlan plan)
+{
+    auto const names = plan.allNames();
+    auto const filesBefore = self->end->summary.files;
+    auto copied = co_await outcomeOf(copyAndSurvey(self, staging, names));
+    auto const whole = only(plan, self->end->summary.complete);
+    self->forgetArrivals(names); // the staging folder goes, with all that is still in it
+    if (copied.failure && self->job->isMoveBetweenFileSystems)
+        co_await outcomeOf(publishWhole(self, staging, whole, filesBefore));
+    auto arrived = copied.take();
+    co_await publish(self, staging, std::move(plan));
+    co_return arrived;
+}
+
+/// Gives names of the staging folder their names in the target.
+Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
+{
+    auto const names = plan.allNames();
+    auto const job = std::make_shared<TransferJob>(*self->job);
+    job->source = std::move(staging);
+    job->plan = std::move(plan);
+    auto const named = std::make_shared<TransferEnd>();
+    auto const moved = co_await outcomeOf(moveWithin(job, named));
+    append(self->end->summary.complete, named->gone);
+    self->end->waiting = named->waiting;
     if (moved.failure) {
-        // Some may have their names, and the others go with the staging folder.
-        self->forgetArrivals(names);
-        append(self->end->summary.partial, names);
+        // On a host some of the others may have their names too.
+        append(self->end->summary.partial, rest(names, named->gone));
         std::rethrow_exception(moved.failure);
     }
-    co_return arrived;
+}
+
+/// Publishes what was whole when the copy ended before its end, and counts the files of that alone.
+Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan plan, std::int64_t filesBefore)
+{
+    self->end->summary.files = filesBefore;
+    auto const names = plan.allNames();
+    if (names.empty())
+        co_return;
+    auto const whole = co_await staging.browser->survey(staging.path, names, Survey::Detail::sums);
+    co_await publish(self, staging, std::move(plan));
+    for (auto const &[name, part] : whole.parts)
+        self->end->summary.files += part.files;
 }
 
 Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
@@ -202,23 +270,19 @@ Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
     self->throwIfCancelled();
 }
 
-/// A question that is called off goes on until it is answered, but nobody waits for the answer.
 Task<Survey> TransferRun::survey(Self self, Operands where, Names names, Survey::Detail detail)
 {
     if (names.empty())
         co_return Survey();
     self->throwIfCancelled();
-    auto const context = co_await currentContext();
-    auto const answered = std::make_shared<Completion<Survey>>();
-    auto const token = self->stop.get_token();
-    spawn({context.executor, token}, answer(answered, where.browser->survey(where.path, std::move(names), detail)));
-    auto survey = co_await Completion<Survey>::wait(answered).withStop(token);
+    auto asking = where.browser->survey(where.path, std::move(names), detail);
+    auto survey = co_await answerUntil(self->stop.get_token(), std::move(asking));
     co_return survey;
 }
 
 Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys)
 {
-    co_await self->job->target.browser->sync(self->job->target.path);
+    co_await answerUntil(self->stop.get_token(), sync(self->job->target));
     // Behind the sync, which may take minutes: until then somebody may have changed the source.
     auto after = co_await survey(self, self->job->source, plan.allNames(), detailFor(plan));
     surveys.after = std::move(after);
@@ -230,7 +294,10 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
         co_return;
     auto source = self->job->source;
     source.names = going;
-    auto const removed = co_await outcomeOf(source.browser->remove(source.paths()));
+    // A Trash on the same disk would free nothing of it, and one on another disk would be one more copy.
+    auto removing = self->job->isMoveBetweenFileSystems ? source.browser->removePermanently(source.paths())
+                                                        : source.browser->remove(source.paths());
+    auto const removed = co_await outcomeOf(std::move(removing));
     if (!removed.failure) {
         append(self->end->gone, going);
         co_return;

@@ -13,11 +13,14 @@ namespace tw {
 ///
 /// The source of a move goes last: only names that have arrived whole, as both sides say when all has been copied, and
 /// only if everything could be copied. Names that are written under other ones are copied into a staging folder of the
-/// target first, since a transfer writes every name as it is.
+/// target first, since a transfer writes every name as it is. Between two file systems of this machine all are, except
+/// folders that merge: there is never a part of a file under its name, and a file that is replaced stays until the new
+/// one is whole. What goes from this machine goes to the Trash, except to another of its file systems: for good.
 ///
 /// Threads: main context only.
 /// Lifetime: shared; `perform` keeps it.
-/// Cancellation: by `cancel`, within a moment. What has arrived stays. Deletions are not called off.
+/// Cancellation: by `cancel`, within a moment. What has arrived stays; of the names in a staging folder, those that are
+/// whole, if it is between two file systems. Deletions are not called off.
 class TransferRun : public std::enable_shared_from_this<TransferRun> {
 public:
     TransferRun(TransferJob job, std::shared_ptr<Transfer> transfer, Transfer::Reporter onProgress);
@@ -34,8 +37,11 @@ private:
     static Task<TransferEnd> performHere(Self self);
     static Task<void> performSteps(Self self);
     static Task<void> copyAndRemove(Self self, TransferPlan plan);
-    static Task<Survey> copyRenamed(Self self, std::vector<TransferPlan::Renamed> renamed);
-    static Task<Survey> renameStaged(Self self, Operands staging, std::vector<TransferPlan::Renamed> renamed);
+    static Task<Survey> copyStaged(Self self, TransferPlan plan);
+    static Task<Survey> copyAndSurvey(Self self, Operands staging, Names names);
+    static Task<Survey> copyAndPublish(Self self, Operands staging, TransferPlan plan);
+    static Task<void> publish(Self self, Operands staging, TransferPlan plan);
+    static Task<void> publishWhole(Self self, Operands staging, TransferPlan plan, std::int64_t filesBefore);
     static Task<void> copyNames(Self self, Names names, Operands target);
     static Task<Survey> survey(Self self, Operands where, Names names, Survey::Detail detail);
     static Task<void> removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys);

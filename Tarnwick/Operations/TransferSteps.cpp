@@ -5,6 +5,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/ProgressThrottle.h"
 #include "Tarnwick/Operations/StagingName.h"
@@ -143,6 +144,17 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
             throw errorOf({Reason::ontoItself, job.source.names.front()}, job);
     }
     co_return facts;
+}
+
+bool isMoveBetweenFileSystems(TransferJob const &job, TakenNames::Facts const &facts)
+{
+    auto const isHere = [](Operands const &place) {
+        return !std::dynamic_pointer_cast<CommandHost>(place.browser->providerRef());
+    };
+    auto const &from = facts.source.way;
+    auto const &to = facts.target.way;
+    return job.kind == TransferKind::move && isHere(job.source) && isHere(job.target) && !from.empty() && !to.empty() &&
+           from.front().device != to.front().device;
 }
 
 Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, bool takesCasesForOne)

@@ -19,6 +19,10 @@ Task<void> makeMissing(OperationContext context, Operands folder);
 /// if the user does not want that.
 Task<TakenNames::Facts> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming);
 
+/// True for a move between folders of this machine on different file systems. A host moves between its file systems
+/// itself.
+bool isMoveBetweenFileSystems(TransferJob const &job, TakenNames::Facts const &facts);
+
 /// The plan with a free name for each that is to be kept beside the one that is there.
 Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, bool takesCasesForOne);
 

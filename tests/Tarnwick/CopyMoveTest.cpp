@@ -4,10 +4,13 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace tw::test {
 namespace {
 
 using Answer = NameConflict::Answer;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -624,6 +627,116 @@ TEST_F(MoveWithinTest, aFileThatWasToBeReplacedMayHaveGone)
     resolve({Answer::replace});
     EXPECT_EQ(here->content("/dst/a"), "aaaa");
     EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+/// From /src to a disk that is mounted on /dst.
+class MoveBetweenFileSystemsTest : public MoveWithinTest {
+protected:
+    MoveBetweenFileSystemsTest() { here->otherFileSystem = "/dst"; }
+
+    std::string copyOfA() const { return here->has("/dst/a") ? here->content("/dst/a") : "none"; }
+};
+
+TEST_F(MoveBetweenFileSystemsTest, itIsShownAndCopiesBeforeTheSourceGoesForGood)
+{
+    transfer->pausesBefore = "b";
+    move();
+    ASSERT_THAT(dialogs->works, SizeIs(1));
+    EXPECT_EQ(dialogs->works.front()->title, "Move 2 items…");
+    EXPECT_EQ(dialogs->works.front()->states.back().item, "b");
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    transfer->pause->succeed({});
+    loop.drain();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_THAT(here->below("/src"), IsEmpty());
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+    EXPECT_THAT(requestsOf(*here, "remove "), IsEmpty()) << "nothing goes to the Trash";
+    auto const sync = std::ranges::find(here->requests, "sync /dst");
+    EXPECT_THAT(std::vector(sync, here->requests.end()), Contains("removePermanently /src/a /src/b"));
+    EXPECT_THAT(source.pane->model().visibleNames(), IsEmpty());
+    EXPECT_THAT(target.pane->model().visibleNames(), ElementsAre("a", "b"));
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aCancelKeepsTheSourceAndWhatHasArrivedWhole)
+{
+    here->file("/dst/b", "old");
+    transfer->before = [this](std::string const &name) {
+        if (name != "b")
+            return;
+        dialogs->works.front()->cancel();
+        throw FileOperationError::Cancelled();
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: 1 of 2 files copied");
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b")) << "and nothing of a staging folder";
+    EXPECT_EQ(here->content("/dst/b"), "old");
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aCancelAfterTheCopyKeepsTheSourceAndAllThatHasArrived)
+{
+    here->before = [this](std::string const &request) {
+        if (request.starts_with("survey /dst/.tw-paste-") && transfer->cancels == 0)
+            dialogs->works.front()->cancel();
+    };
+    move();
+    EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: 2 of 2 files copied");
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aCancelDoesNotWaitUntilADiskHasWrittenEverything)
+{
+    here->syncing = std::make_shared<Completion<Done>>();
+    move();
+    EXPECT_FALSE(operation->isDone());
+    dialogs->works.front()->cancel();
+    loop.drain();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aFileOfTheNameThatAnotherProgramMakesMeanwhileStays)
+{
+    transfer->before = [this](auto const &) { here->file("/dst/a", "of another program"); };
+    move();
+    EXPECT_EQ(copyOfA(), "of another program");
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    EXPECT_THAT(lastError(), HasSubstr("File exists"));
+}
+
+TEST_F(MoveBetweenFileSystemsTest, eachTakenNameGetsItsAnswer)
+{
+    here->file("/dst/a", "old");
+    here->file("/dst/b", "old");
+    here->folder("/src/f");
+    here->file("/src/f/new", "new");
+    here->folder("/dst/f");
+    here->file("/dst/f/old", "old");
+    mark({"f", "a", "b"});
+    move();
+    resolve({Answer::replace, Answer::replace, Answer::keepBoth});
+    EXPECT_EQ(copyOfA(), "aaaa");
+    EXPECT_EQ(here->content("/dst/b"), "old");
+    EXPECT_EQ(here->content("/dst/b(2)"), "bb");
+    EXPECT_THAT(here->below("/dst/f"), ElementsAre("/dst/f/new", "/dst/f/old"));
+    EXPECT_THAT(here->below("/src"), IsEmpty());
+    EXPECT_THAT(here->below("/dst"), SizeIs(6)) << "nothing of a staging folder";
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MoveBetweenFileSystemsTest, whatHasChangedMeanwhileStays)
+{
+    transfer->before = [this](auto const &name) {
+        if (name == "b")
+            here->nodes.at("/src/a").mtime += 1;
+    };
+    move();
+    EXPECT_THAT(here->below("/src"), ElementsAre("/src/a"));
+    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\na"));
 }
 
 class MergeTest : public MoveWithinTest {

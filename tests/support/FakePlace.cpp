@@ -71,8 +71,15 @@ void FakePlace::erase(std::string const &path)
     std::erase_if(nodes, [&](auto const &each) { return each.first == path || isBelow(each.first, path); });
 }
 
+std::uint64_t FakePlace::deviceOf(std::string const &path) const
+{
+    return !otherFileSystem.empty() && (path == otherFileSystem || isBelow(path, otherFileSystem)) ? 2 : 1;
+}
+
 void FakePlace::moveTree(std::string const &from, std::string const &to)
 {
+    if (deviceOf(from) != deviceOf(to))
+        throw Failed("rename", from, "Invalid cross-device link");
     if (!has(from))
         throw Failed("rename", from, "No such file or directory");
     if (has(to))
@@ -159,7 +166,7 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
     facts.realPath = folder;
     for (auto above = folder;; above = above.substr(0, above.rfind('/'))) {
         auto const path = above.empty() ? "/" : above;
-        facts.way.push_back({.device = 1, .inode = nodes.at(path).inode});
+        facts.way.push_back({.device = deviceOf(path), .inode = nodes.at(path).inode});
         if (path == "/")
             break;
     }
@@ -172,7 +179,7 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
                                .kind = node.content ? EntryKind::file : EntryKind::directory,
                                .size = node.content ? static_cast<std::int64_t>(node.content->size()) : 0,
                                .mtime = node.mtime,
-                               .identity = FileIdentity{.device = 1, .inode = node.inode}});
+                               .identity = FileIdentity{.device = deviceOf(found->first), .inode = node.inode}});
     }
     co_return facts;
 }
@@ -206,7 +213,8 @@ Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> name
 Task<void> FakePlace::sync(std::string folder)
 {
     request("sync " + folder);
-    co_return;
+    if (syncing)
+        co_await Completion<Done>::wait(syncing);
 }
 
 } // namespace tw::test

@@ -2,6 +2,7 @@
 
 #include "TWCore/Provider/CommandHost.h"
 #include "TWCore/Provider/FileSystemWriter.h"
+#include "TWEngine/Runtime/Completion.h"
 
 #include <cstdint>
 #include <functional>
@@ -42,7 +43,9 @@ public:
 
     /// Called with each request before it is done: "remove /a /b". It may throw in its place.
     std::function<void(std::string const &request)> before = [](auto const &) {};
-    std::vector<std::string> requests; ///< that have been done or failed, the questions too
+    std::string otherFileSystem;               ///< the folder that one is mounted on
+    std::shared_ptr<Completion<Done>> syncing; ///< a sync waits for it, if there is one
+    std::vector<std::string> requests;         ///< that have been done or failed, the questions too
     bool isReversible = true;
     bool takesCasesForOne = false;
 
@@ -70,6 +73,7 @@ public:
 private:
     void request(std::string what);
     void erase(std::string const &path);
+    std::uint64_t deviceOf(std::string const &path) const;
     void moveTree(std::string const &from, std::string const &to);
     std::string spelledHere(std::string const &path) const;
 
