@@ -1,6 +1,6 @@
 // Moves everything in a folder into another one, for tests that kill it on the way.
 // Arguments: the ssh client, the folder of its sockets, the source, the target, and which way: "down" from a host, "up"
-// to it, or "over" what has the names, both on this machine.
+// to it, or, both on this machine, "over" what has the names, or "across", as from one file system to another.
 
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -41,7 +41,7 @@ int main(int count, char **arguments)
         SSHProvider::Collaborators{
             .engine = engine, .sshProgram = arguments[1], .sockets = {.base = arguments[2], .user = ::getuid()}},
         "host");
-    if (way != "over")
+    if (way == "down" || way == "up")
         loop.run(host->connect());
     auto const here = std::make_shared<LocalProvider>(engine);
     auto const placeIf = [&](bool isHost) -> std::shared_ptr<FileSystemProvider> {
@@ -58,6 +58,7 @@ int main(int count, char **arguments)
         else
             job.plan.replace.push_back({.source = {.name = name}, .target = {.name = name}});
     }
+    job.isMoveBetweenFileSystems = way == "across";
     auto tools = TransferTools::find();
     tools.ssh = arguments[1];
     auto const run = std::make_shared<TransferRun>(job, std::make_shared<TransferEngine>(engine, tools),
