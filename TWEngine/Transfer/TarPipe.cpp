@@ -46,7 +46,7 @@ struct Running {
 
     TransferWork::Shared const work;
     std::vector<std::string> const names;
-    std::optional<MemberGuard> const guard;
+    std::optional<MemberGuard> guard;
     TransferLog log;
     TarReader reader;
     std::string item;

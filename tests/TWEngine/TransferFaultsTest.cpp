@@ -238,7 +238,8 @@ TEST_F(TransferFaultsTest, aSourceThatGrowsMeanwhileIsNotComplete)
 
 TEST_F(TransferFaultsTest, aHostThatSendsWhatWasNotAskedForWritesNothingOfIt)
 {
-    auto const good = TarArchive::member({.name = "a/good", .data = "good"});
+    auto const good =
+        TarArchive::member({.name = "a/", .kind = '5'}) + TarArchive::member({.name = "a/good", .data = "good"});
 
     struct Attack {
         TarArchive::Member member;
@@ -261,6 +262,49 @@ TEST_F(TransferFaultsTest, aHostThatSendsWhatWasNotAskedForWritesNothingOfIt)
         EXPECT_FALSE(std::filesystem::exists(local.path(".bashrc")));
         EXPECT_FALSE(std::filesystem::exists(local.path("a/link")));
         EXPECT_THAT(carry({"a"}, sourceThere(), targetThere()), HasSubstr(attack.answer));
+    }
+}
+
+TEST_F(TransferFaultsTest, aLinkLeadsNoHostOutOfTheTarget)
+{
+    TemporaryFolder const outside;
+    auto const top = TarArchive::member({.name = "a/", .kind = '5'});
+    auto const evil = TarArchive::member({.name = "a/link/evil", .data = "evil"});
+    auto const link = TarArchive::member({.name = "a/link", .kind = '2', .link = outside.path()});
+    for (auto const &sent : {evil, top + evil, top + link + evil}) {
+        emptyTarget();
+        local.folder("a");
+        local.link("a/link", outside.path()); // of an earlier download
+        programs.ssh = script("ssh", "cat " + scripts.file("archive", sent + TarArchive::end()));
+        EXPECT_EQ(carry({"a"}, sourceThere(), targetHere()),
+                  "read from remote failed on a: the host sent what was not asked for: a/link/evil");
+        EXPECT_THAT(namesIn(outside.path()), IsEmpty());
+    }
+}
+
+TEST_F(TransferFaultsTest, treesOfAllTarsPass)
+{
+    Names const names{"@a", "b", "-c", "file"};
+    folder.file("file", "x");
+    for (std::string const name : {"@a", "b", "-c"}) {
+        folder.folder(name);
+        for (std::string const inner : {"/1", "/2", "/3", "/2/4", "/2/5", "/3/6", "/2/5/7"}) {
+            folder.folder(name + inner);
+            folder.file(name + inner + " file", inner);
+            folder.file(name + inner + "/file", inner);
+        }
+        folder.folder(name + "/empty");
+        std::filesystem::create_hard_link(folder.path(name + "/2/file"), folder.path(name + "/3/hard"));
+        folder.link(name + "/0", "2");
+    }
+    for (std::string const tar : {"/usr/bin/tar", "bsdtar", "busybox tar"}) {
+        SCOPED_TRACE(tar);
+        emptyTarget();
+        programs.ssh = script("ssh", "for word; do :; done; tar() { " + tar + " \"$@\"; }; eval \"$word\"");
+        EXPECT_EQ(carry(names, sourceThere(), targetHere()), "done");
+        EXPECT_EQ(filesThatAreWhole(), 46);
+        for (std::string const name : {"@a", "b", "-c"})
+            EXPECT_TRUE(std::filesystem::is_directory(local.path(name + "/empty")));
     }
 }
 

@@ -11,6 +11,7 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <set>
 
 namespace tw {
 namespace {
@@ -25,11 +26,21 @@ struct Read {
 
 Read readInPieces(std::string_view archive, std::size_t piece)
 {
-    MemberGuard const guard({"a"}, ShellDialect::posix);
+    MemberGuard guard({"a"}, ShellDialect::posix);
     Read read;
+    std::set<std::string> folders{""};
     TarReader reader([&](TarMember const &member) {
         guard.check(member);
         check(!member.name.starts_with('/') && !("/" + member.name + "/").contains("/../"), "a way out was taken");
+        auto name = member.name;
+        while (name.starts_with("./"))
+            name.erase(0, 2);
+        auto const folder = name.substr(0, name.find_last_of('/') == std::string::npos ? 0 : name.find_last_of('/'));
+        check(folders.contains(folder), "a member was taken without its folder");
+        if (member.kind == TarHeader::Kind::folder)
+            folders.insert(name);
+        else
+            folders.erase(name);
         read.names.push_back(member.name);
     });
     try {
