@@ -4,6 +4,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "Tarnwick/Operations/AnsweredConflicts.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
+#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/ExtractOut.h"
 #include "Tarnwick/Operations/TargetFolder.h"
 #include "Tarnwick/Operations/TransferSteps.h"
@@ -24,9 +25,8 @@ std::string readOnlyOf(TransferJob const &job)
 
 /// What is written under which names, as the target and the user agree.
 struct Agreement {
-    TransferPlan plan = {};
-    bool takesCasesForOne = false; ///< the target
-    bool isMoveBetweenFileSystems = false;
+    TransferPlan plan;
+    ClaimSteps::Checked checked;
 };
 
 /// Nothing if the user calls it off. The target is asked again after each sheet, and a sheet comes again for what has
@@ -36,15 +36,13 @@ Task<std::optional<Agreement>> agree(OperationContext context, TransferJob job)
     AnsweredConflicts conflicts;
     for (auto sheet = TransferWords::Sheet::first;; sheet = TransferWords::Sheet::again) {
         auto work = context.beginWork(job.target.browser);
-        auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::kept);
+        auto checked = co_await ClaimSteps::check(context, job, TransferRefusal::Naming::kept);
         work.reset();
-        conflicts.learn(TakenNames::conflicts(job.source.names, facts));
+        conflicts.learn(TakenNames::conflicts(job.source.names, checked.facts));
         auto open = conflicts.open();
-        if (open.empty()) {
-            co_return Agreement{.plan = conflicts.plan(job.source.names),
-                                .takesCasesForOne = facts.target.takesCasesForOne,
-                                .isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, facts)};
-        }
+        if (open.empty())
+            co_return Agreement{.plan = conflicts.plan(job.source.names), .checked = std::move(checked)};
+        checked.claim.reset(); // a sheet that stands holds nobody else up
         auto question = TransferWords::conflicts(job.kind, job.target, std::move(open), sheet);
         auto const answers = co_await context.dialogs->resolve(std::move(question));
         if (!answers)
@@ -67,11 +65,15 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
     auto agreed = co_await agree(context, job);
     if (!agreed)
         co_return;
-    auto named = co_await TransferSteps::withFreeNames(std::move(agreed->plan), job.target, agreed->takesCasesForOne);
-    job.plan = std::move(named);
-    job.isMoveBetweenFileSystems = agreed->isMoveBetweenFileSystems;
-    if (!job.plan.isEmpty())
-        co_await TransferSteps::carryOut(context, job, {.atSource = context.nameSurviving()});
+    job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, agreed->checked.facts);
+    auto named =
+        co_await ClaimSteps::withFreeNames(context, std::move(agreed->plan), job.target, std::move(agreed->checked));
+    job.plan = std::move(named.plan);
+    if (job.plan.isEmpty())
+        co_return;
+    auto const end = co_await TransferSteps::perform(context, job, {.atSource = context.nameSurviving()});
+    named.claim.reset();
+    co_await TransferSteps::tell(context, job, end);
 }
 
 /// Between an archive and a folder.

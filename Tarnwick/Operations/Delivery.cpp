@@ -5,6 +5,7 @@
 #include "Tarnwick/Connections/ConnectionItem.h"
 #include "Tarnwick/Connections/Connections.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
+#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/ExtractOut.h"
 #include "Tarnwick/Operations/TransferSteps.h"
 
@@ -55,14 +56,16 @@ std::string firstNameOf(TransferPlan const &plan)
 Task<void> run(OperationContext context, TransferJob job, std::function<void()> onMoved)
 {
     auto work = context.beginWork(job.source.browser);
-    auto const facts = co_await TransferSteps::check(context, job, TransferRefusal::Naming::renamed);
-    job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, facts);
-    auto const taken = TakenNames::conflicts(job.source.names, facts);
+    auto checked = co_await ClaimSteps::check(context, job, TransferRefusal::Naming::renamed);
+    job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, checked.facts);
+    auto const taken = TakenNames::conflicts(job.source.names, checked.facts);
     auto plan = TransferPlan::of(job.source.names, taken, keepAll(taken));
-    auto named = co_await TransferSteps::withFreeNames(std::move(plan), job.target, facts.target.takesCasesForOne);
-    job.plan = std::move(named);
+    auto named = co_await ClaimSteps::withFreeNames(context, std::move(plan), job.target, std::move(checked));
+    job.plan = std::move(named.plan);
     work.reset();
-    auto const end = co_await TransferSteps::carryOut(context, job, {.atTarget = firstNameOf(job.plan)});
+    auto const end = co_await TransferSteps::perform(context, job, {.atTarget = firstNameOf(job.plan)});
+    named.claim.reset();
+    co_await TransferSteps::tell(context, job, end);
     if (job.kind == TransferKind::move && !end.failure && onMoved)
         onMoved();
 }

@@ -12,6 +12,7 @@
 namespace tw {
 
 class Archives;
+class ClaimedNames;
 class Connections;
 class Transfer;
 struct FileToOpen;
@@ -31,6 +32,7 @@ struct OperationContext {
     std::function<std::shared_ptr<Transfer>()> makeTransfer = {}; ///< one for each operation
     std::function<std::shared_ptr<Archives>()> makeArchives = {}; ///< likewise
     std::function<Task<std::string>()> makeScratchFolder = {};    ///< for local copies; the operation removes it
+    std::shared_ptr<ClaimedNames> claims = {};                    ///< one for the program
     OpeningServices opening = {};
     /// Opens a viewer on a file of that place. The status line says why there is none.
     std::function<void(Operands const &where, FileToOpen const &file)> view = {};

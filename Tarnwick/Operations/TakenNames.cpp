@@ -13,16 +13,6 @@ namespace tw::TakenNames {
 
 namespace {
 
-/// Equal for names that are one name in a folder that takes cases for one.
-std::string keyOf(std::string const &name, bool takesCasesForOne)
-{
-    if (!takesCasesForOne)
-        return name;
-    std::string key;
-    icu::UnicodeString::fromUTF8(name).foldCase().toUTF8String(key);
-    return key;
-}
-
 /// The search for free names: what was asked about so far, and what is taken of it.
 class Search {
 public:
@@ -89,6 +79,15 @@ private:
 };
 
 } // namespace
+
+std::string keyOf(std::string const &name, bool takesCasesForOne)
+{
+    if (!takesCasesForOne)
+        return name;
+    std::string key;
+    icu::UnicodeString::fromUTF8(name).foldCase().toUTF8String(key);
+    return key;
+}
 
 Task<Facts> ask(Operands source, Operands target)
 {

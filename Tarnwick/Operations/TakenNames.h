@@ -24,6 +24,9 @@ Task<Facts> ask(Operands source, Operands target);
 /// The names that are taken. Of two names to be written that are one name at the target, the second is taken too.
 std::vector<NameConflict> conflicts(std::vector<std::string> const &names, Facts const &facts);
 
+/// Equal for names, or paths, that are one in a folder that takes cases for one.
+std::string keyOf(std::string const &name, bool takesCasesForOne);
+
 /// For each of `names` another one that is free at the target, and that none of `others` has, which are about to be
 /// written too.
 Task<std::vector<std::string>> freeNames(Operands target, std::vector<std::string> names,

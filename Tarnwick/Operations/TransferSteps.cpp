@@ -157,11 +157,14 @@ bool isMoveBetweenFileSystems(TransferJob const &job, TakenNames::Facts const &f
            from.front().device != to.front().device;
 }
 
-Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, bool takesCasesForOne)
+Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, std::vector<std::string> others,
+                                 bool takesCasesForOne)
 {
     if (plan.keepBoth.empty())
         co_return plan;
-    auto const names = co_await TakenNames::freeNames(target, plan.keepBoth, plan.keptNames(), takesCasesForOne);
+    auto const kept = plan.keptNames();
+    others.insert(others.end(), kept.begin(), kept.end());
+    auto const names = co_await TakenNames::freeNames(target, plan.keepBoth, std::move(others), takesCasesForOne);
     for (std::size_t place = 0; place < names.size(); ++place)
         plan.renamed.push_back({plan.keepBoth[place], names[place]});
     co_return plan;

@@ -23,8 +23,9 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
 /// itself.
 bool isMoveBetweenFileSystems(TransferJob const &job, TakenNames::Facts const &facts);
 
-/// The plan with a free name for each that is to be kept beside the one that is there.
-Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, bool takesCasesForOne);
+/// The plan with a free name for each that is to be kept beside the one that is there. `others` are not free.
+Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, std::vector<std::string> others,
+                                 bool takesCasesForOne);
 
 /// Where cursors go afterwards in the pane of the key press.
 struct Cursor {

@@ -234,6 +234,7 @@ OperationContext MainWindowController::contextOf(std::shared_ptr<PaneController>
                              .makeTransfer = services.transfers,
                              .makeArchives = services.archives,
                              .makeScratchFolder = services.dragFolders,
+                             .claims = services.claims,
                              .opening = services.opening,
                              .view = [this, weak = std::weak_ptr(of)](Operands const &where, FileToOpen const &file) {
                                  if (auto const asked = weak.lock()) // the panes go with this

@@ -496,6 +496,65 @@ TEST_F(CopyMoveTest, ifTheTrashRefusesTheCopyIsCompleteAndTheSourceStays)
     EXPECT_THAT(lastError(), HasSubstr("no Trash here"));
 }
 
+TEST_F(CopyMoveTest, whatAnotherTransferHasStillToWriteIsNotWritten)
+{
+    transfer->pausesBefore = "b";
+    copy();
+    mark({"b"});
+    move();
+    EXPECT_EQ(lastError(),
+              "move failed on /dst/b: it is being written by another transfer. Wait for that one, or cancel it");
+    EXPECT_THAT(transfer->copies, SizeIs(1));
+    EXPECT_TRUE(here->has("/src/b"));
+    transfer->pause->succeed({});
+    loop.drain();
+    EXPECT_EQ(there->content("/dst/b"), "bb");
+    move();
+    EXPECT_THAT(dialogs->conflicts, SizeIs(1)) << "it is there now, and nobody writes it";
+}
+
+TEST_F(CopyMoveTest, namesThatAreOneNameThereAreNotWrittenByTwoTransfers)
+{
+    there->takesCasesForOne = true;
+    here->file("/src/B", "capital");
+    transfer->pausesBefore = "b";
+    copy();
+    mark({"B"});
+    copy();
+    EXPECT_THAT(lastError(), HasSubstr("copy failed on /dst/B: it is being written by another transfer"));
+    EXPECT_THAT(transfer->copies, SizeIs(1));
+    transfer->pause->succeed({});
+    loop.drain();
+}
+
+TEST_F(CopyMoveTest, anotherTransferThatEndsDuringTheQuestionHasItAskedAgain)
+{
+    auto other = claims->hold({.place = "ssh:web1", .folder = "/dst", .names = {"a"}});
+    there->before = [&](std::string const &request) {
+        if (request.starts_with("factsAbout"))
+            other.reset();
+    };
+    copy();
+    EXPECT_THAT(requestsOf(*there, "factsAbout"), SizeIs(2));
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+}
+
+TEST_F(CopyMoveTest, aSheetThatStandsHoldsNoOtherTransferUp)
+{
+    there->file("/dst/a", "old");
+    copy();
+    ASSERT_THAT(dialogs->conflicts, SizeIs(1));
+    copy();
+    ASSERT_THAT(dialogs->conflicts, SizeIs(2));
+    resolve({Answer::replace});
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+    dialogs->conflicts.front().answer(std::vector{Answer::replace});
+    loop.drain();
+    ASSERT_THAT(dialogs->conflicts, SizeIs(3)) << "what the other one has written is not what was shown";
+    EXPECT_THAT(dialogs->conflicts.back().question.names, SizeIs(2));
+}
+
 class MoveWithinTest : public CopyMoveTest {
 protected:
     MoveWithinTest()

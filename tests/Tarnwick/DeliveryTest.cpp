@@ -107,6 +107,33 @@ TEST_F(DeliveryTest, aMoveWithinOnePlaceRenamesToNamesThatAreFree)
     EXPECT_EQ(cleared, 1);
 }
 
+TEST_F(DeliveryTest, whatAnotherTransferHasStillToWriteIsNotWritten)
+{
+    transfer->pausesBefore = "b";
+    deliverTo(target, files({"a", "b"}));
+    deliverTo(target, files({"b"}, TransferKind::move));
+    EXPECT_THAT(lastError(), HasSubstr("move failed on /dst/b: it is being written by another transfer"));
+    EXPECT_THAT(transfer->copies, SizeIs(1));
+    EXPECT_EQ(cleared, 0) << "it can be pasted when the other one has ended";
+    transfer->pause->succeed({});
+    loop.drain();
+}
+
+TEST_F(DeliveryTest, twoDuplicatesAtOnceGetTwoNames)
+{
+    auto const first = transfer;
+    first->pausesBefore = "a";
+    deliverTo(source, files({"a"}));
+    transfer = std::make_shared<FakeTransfer>(here);
+    deliverTo(source, files({"a"}));
+    EXPECT_TRUE(here->has("/src/a(3)"));
+    EXPECT_FALSE(here->has("/src/a(2)"));
+    first->pause->succeed({});
+    loop.drain();
+    EXPECT_TRUE(here->has("/src/a(2)"));
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
 TEST_F(DeliveryTest, aQuestionThatFailsStopsIt)
 {
     there->before = [](std::string const &request) {

@@ -3,6 +3,7 @@
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Browsing/LocalSurvey.h"
 #include "TWEngine/Transfer/TransferEngine.h"
+#include "Tarnwick/Operations/ClaimedNames.h"
 #include "Tarnwick/Operations/CopyMove.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/RecordingDisplay.h"
@@ -57,7 +58,8 @@ protected:
                                  .panes = {pane},
                                  .dialogs = dialogs,
                                  .target = pane->operands(),
-                                 .makeTransfer = [this] { return std::make_shared<TransferEngine>(engine, programs); }};
+                                 .makeTransfer = [this] { return std::make_shared<TransferEngine>(engine, programs); },
+                                 .claims = std::make_shared<ClaimedNames>()};
         moving.emplace(loop.start(moveOperands(std::move(context))));
         loop.runUntil([&] { return !dialogs->prompts.empty(); });
         dialogs->prompts.back().answer(other.path());

@@ -1,5 +1,6 @@
 // Moves of real files between real hosts, with what can go wrong on the way.
 
+#include "Tarnwick/Operations/ClaimedNames.h"
 #include "Tarnwick/Operations/CopyMove.h"
 #include "Tarnwick/Operations/TransferRun.h"
 #include "tests/support/FakeDialogs.h"
@@ -89,7 +90,8 @@ protected:
                                  .panes = {source.pane, target.pane},
                                  .dialogs = dialogs,
                                  .target = target.pane->operands(),
-                                 .makeTransfer = [this] { return std::make_shared<TransferEngine>(engine, programs); }};
+                                 .makeTransfer = [this] { return std::make_shared<TransferEngine>(engine, programs); },
+                                 .claims = std::make_shared<ClaimedNames>()};
         context.target.names.clear();
         auto const asked = dialogs->prompts.size();
         moving.emplace(loop.start(moveOperands(std::move(context))));

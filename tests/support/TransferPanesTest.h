@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tarnwick/Operations/ClaimedNames.h"
 #include "Tarnwick/Operations/OperationContext.h"
 #include "tests/support/FakeArchives.h"
 #include "tests/support/FakeConnections.h"
@@ -82,7 +83,8 @@ protected:
                                  .target = target.pane->operands(),
                                  .connections = &connections,
                                  .makeTransfer = [this] { return transfer; },
-                                 .makeArchives = [this] { return archives; }};
+                                 .makeArchives = [this] { return archives; },
+                                 .claims = claims};
         context.target.names.clear();
         return context;
     }
@@ -143,6 +145,7 @@ protected:
     FakeConnections connections{hereBrowser};
     std::shared_ptr<FakeTransfer> transfer = std::make_shared<FakeTransfer>(here);
     std::shared_ptr<FakeArchives> archives = std::make_shared<FakeArchives>();
+    std::shared_ptr<ClaimedNames> claims = std::make_shared<ClaimedNames>();
     std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();
     Side source;
     Side target;
