@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ struct Survey {
     enum class Detail {
         sums,  ///< constant in size for each name
         nodes, ///< also the digest of each entry, to find one tree within another
+        files, ///< also the digest of each file with its time, to count those of one tree in another
     };
 
     struct Part {
@@ -25,6 +27,7 @@ struct Survey {
         std::uint64_t shape = 0; ///< of relative paths, kinds, sizes of regular files and targets of links
         std::uint64_t times = 0; ///< of relative paths and modification times
         /// With Detail::nodes what `shape` is the sum of, in no order; empty if there are more than `mostNodes`.
+        /// With Detail::files those of everything but folders, with whole seconds of their time.
         std::vector<std::uint64_t> nodes = {};
 
         /// `shape` stands for the nodes, whose order has no meaning.
@@ -41,6 +44,9 @@ struct Survey {
         /// True if every entry of `other` is here too, under the same path and with the same shape. False if either
         /// side does not know its nodes.
         bool holds(Part const &other) const;
+
+        /// How many files of `other` are here too. Both with Detail::files; nothing if either side does not know them.
+        std::optional<std::int64_t> countOf(Part const &other) const;
     };
 
     /// Eight bytes each.

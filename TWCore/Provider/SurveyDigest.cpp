@@ -51,10 +51,14 @@ void addToSurvey(Survey::Part &part, SurveyNode const &node, Survey::Detail deta
     shape.add(node.kind == EntryKind::symlink ? node.target : "");
     part.shape += shape.value();
     auto const count = static_cast<std::size_t>(part.files + part.folders);
-    if (detail == Survey::Detail::nodes && count <= Survey::mostNodes)
-        part.nodes.push_back(shape.value());
-    else
+    if (detail == Survey::Detail::sums || count > Survey::mostNodes)
         part.nodes = {};
+    else if (detail == Survey::Detail::nodes)
+        part.nodes.push_back(shape.value());
+    else if (node.kind != EntryKind::directory) {
+        shape.add(isFile ? node.mtime.substr(0, node.mtime.find('.')) : "");
+        part.nodes.push_back(shape.value());
+    }
 
     Digest times;
     times.add(node.path);

@@ -3,8 +3,11 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
+#include "TWCore/Provider/FileSystemWriter.h"
 #include "TWCore/Shell/FileCommands.h"
 #include "TWEngine/Platform/RandomDigits.h"
+#include "TWEngine/Runtime/EngineRuntime.h"
+#include "TWEngine/Runtime/TimeOut.h"
 #include "TWEngine/Transfer/HostWork.h"
 
 namespace tw::HostCopy {
@@ -20,6 +23,64 @@ void throwIfFailed(CommandResult const &result, std::string const &path)
                                      words.empty() ? "exit " + std::to_string(result.status) : std::string(words));
 }
 
+using Names = std::vector<std::string>;
+
+void append(Names &names, std::span<std::string const> more)
+{
+    names.insert(names.end(), more.begin(), more.end());
+}
+
+struct Sides {
+    Survey source;
+    Survey target;
+};
+
+Task<Sides> surveySides(TransferWork::Shared work, std::shared_ptr<FileSystemWriter> host, Names names)
+{
+    auto source = co_await host->survey(work->from.path(), names, Survey::Detail::files);
+    auto target = co_await host->survey(work->to.path(), names, Survey::Detail::files);
+    co_return Sides{std::move(source), std::move(target)};
+}
+
+/// Adds the names of the last command, and counts the files of these and of the `complete` ones.
+void addArrived(TransferSummary &summary, Names const &begun, Sides const &sides)
+{
+    summary.areFilesKnown = true;
+    auto const count = [&](std::string const &name) {
+        auto const source = sides.source.parts.find(name);
+        auto const target = sides.target.parts.find(name);
+        if (source == sides.source.parts.end() || target == sides.target.parts.end())
+            return false;
+        auto const files = target->second.countOf(source->second);
+        summary.files += files.value_or(0);
+        summary.areFilesKnown = summary.areFilesKnown && files;
+        return source->second == target->second;
+    };
+    std::ranges::for_each(summary.complete, count);
+    for (auto const &name : begun) {
+        bool const isThere = sides.target.parts.contains(name);
+        auto &place = count(name) ? summary.complete : isThere ? summary.partial : summary.untouched;
+        place.push_back(name);
+    }
+}
+
+/// What a copy has done that ends with this command. `begun` are its names, and `left` those behind them.
+Task<void> sumUp(TransferWork::Shared work, Names begun, Names left)
+{
+    auto asked = work->summary.complete;
+    append(asked, begun);
+    Outcome<Sides> sides;
+    if (auto host = std::dynamic_pointer_cast<FileSystemWriter>(work->from.host())) {
+        auto asking = surveySides(work, std::move(host), std::move(asked));
+        sides = co_await outcomeOf(withTimeOut(work->engine.clock(), patienceWithSurvey, std::move(asking)));
+    }
+    if (sides.value)
+        addArrived(work->summary, begun, *sides.value);
+    else
+        append(work->summary.partial, begun);
+    append(work->summary.untouched, left);
+}
+
 } // namespace
 
 Task<void> run(TransferWork::Shared work)
@@ -32,22 +93,24 @@ Task<void> run(TransferWork::Shared work)
         auto const paths = work->sources();
         auto const rest = std::span(paths).last(left.size());
         auto const fitting = FileCommands::fittingFront(dialect, rest);
-        std::vector<std::string> const some(fitting.begin(), fitting.end());
+        Names const some(fitting.begin(), fitting.end());
+        Names const begun(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(some.size()));
+        left = left.subspan(some.size());
         auto const token = randomDigits(16);
         auto command = TransferCommands::copyThere(dialect, some, work->to.path(), token);
         auto running = HostWork::run(work->engine, work->from.host(), token, std::move(command));
         auto const outcome = co_await outcomeOf(std::move(running));
-        auto &summary = work->summary;
+        work->summary.areFilesKnown = false;
         bool const isDone = outcome.value && outcome.value->status == 0;
-        auto &place = isDone ? summary.complete : summary.partial;
-        place.insert(place.end(), left.begin(), left.begin() + static_cast<std::ptrdiff_t>(some.size()));
-        left = left.subspan(some.size());
-        if (!isDone)
-            summary.untouched.assign(left.begin(), left.end());
+        if (!isDone) {
+            auto summingUp = sumUp(work, begun, Names(left.begin(), left.end()));
+            co_await std::move(summingUp).withStop({});
+        }
         if (outcome.failure)
             std::rethrow_exception(outcome.failure);
-        summary.words = trimmed(outcome.value->output);
+        work->summary.words = trimmed(outcome.value->output);
         throwIfFailed(*outcome.value, some.front());
+        append(work->summary.complete, begun);
     }
 }
 

@@ -12,7 +12,8 @@ namespace tw {
 
 /// What a transfer has done, for a person who has to go on from there.
 struct TransferSummary {
-    std::int64_t files = 0; ///< that have arrived whole, in folders too
+    std::int64_t files = 0;    ///< that have arrived whole, in folders too
+    bool areFilesKnown = true; ///< false: nobody could say how many have arrived, and `files` means nothing
     std::optional<std::int64_t> totalFiles = {};
     std::vector<std::string> complete = {};  ///< of the names: those that have arrived whole
     std::vector<std::string> partial = {};   ///< of the names: those of which something may be at the target

@@ -210,9 +210,14 @@ Task<Survey> TransferRun::copyAndPublish(Self self, Operands staging, TransferPl
 {
     auto const names = plan.allNames();
     auto const filesBefore = self->end->summary.files;
+    auto const wereFilesKnown = self->end->summary.areFilesKnown;
     auto copied = co_await outcomeOf(copyAndSurvey(self, staging, names));
     auto const whole = only(plan, self->end->summary.complete);
     self->forgetArrivals(names); // the staging folder goes, with all that is still in it
+    if (copied.failure) {
+        self->end->summary.files = filesBefore;
+        self->end->summary.areFilesKnown = wereFilesKnown;
+    }
     if (copied.failure && self->job->isMoveBetweenFileSystems)
         co_await outcomeOf(publishWhole(self, staging, whole, filesBefore));
     auto arrived = copied.take();
@@ -327,6 +332,7 @@ void TransferRun::add(TransferSummary const &part)
 {
     auto &sum = end->summary;
     sum.files += part.files;
+    sum.areFilesKnown = sum.areFilesKnown && part.areFilesKnown;
     if (part.totalFiles)
         sum.totalFiles = sum.totalFiles.value_or(sum.files - part.files) + *part.totalFiles;
     append(sum.complete, part.complete);

@@ -68,6 +68,8 @@ Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vec
 Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summary)
 {
     auto const what = lowerCased(title(kind, count));
+    if (!summary.areFilesKnown)
+        return {"%@ cancelled: it is not known how many files were copied", {what}};
     auto const files = grouped(summary.files);
     if (!summary.totalFiles)
         return {"%@ cancelled: %@ files copied", {what, files}};

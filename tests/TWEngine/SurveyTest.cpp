@@ -83,6 +83,29 @@ TEST_F(SurveyTest, eachDifferenceThatACopyMustNotHaveIsSeen)
     EXPECT_NE(shapeOfA(), withFolder);
 }
 
+TEST_F(SurveyTest, theFilesThatTwoTreesHaveBothAreCounted)
+{
+    auto const tree = [this](std::string const &name) {
+        return localSurvey(folder.path(), {name}, {}, Survey::Detail::files).parts.at(name);
+    };
+    timespec const times[2] = {{1000, 0}, {1000, 0}};
+    for (std::string const name : {"a", "b"}) {
+        folder.folder(name + "/in");
+        for (std::string const file : {"same", "in/same", "longer", "newer"})
+            ASSERT_EQ(::utimensat(AT_FDCWD, folder.file(name + "/" + file, "x").c_str(), times, 0), 0);
+        folder.link(name + "/link", "same");
+    }
+    EXPECT_EQ(tree("a").countOf(tree("b")), 5);
+    folder.file("b/longer", "xx");
+    ASSERT_EQ(::utimensat(AT_FDCWD, folder.path("b/longer").c_str(), times, 0), 0);
+    folder.file("b/newer", "x");
+    folder.file("b/more", "x");
+    EXPECT_EQ(tree("a").countOf(tree("b")), 3);
+    folder.folder("c");
+    EXPECT_EQ(tree("a").countOf(tree("c")), 0);
+    EXPECT_EQ(localSurvey(folder.path(), {"a"}, {}).parts.at("a").countOf(tree("b")), std::nullopt);
+}
+
 TEST_F(SurveyTest, aChangeOfATimeIsSeenInTheTimesOnly)
 {
     folder.folder("a");

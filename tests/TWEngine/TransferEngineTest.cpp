@@ -254,9 +254,16 @@ TEST_F(TransferEngineTest, aCopyOnAHostFailsInTheWordsOfTheHost)
 {
     reach();
     auto const provider = connected();
-    EXPECT_THAT(copy({"none"}, sourceOn(provider), targetOn(provider)),
+    folder.folder("tree");
+    for (std::string const name : {"a", "tree/b", "tree/c"})
+        folder.file(name, name);
+    EXPECT_THAT(copy({"none", "a", "tree"}, sourceOn(provider), targetOn(provider)),
                 HasSubstr("copy failed on " + folder.path("none") + ": cp: "));
-    EXPECT_THAT(transfer->summary().partial, ElementsAre("none"));
+    auto const summary = transfer->summary();
+    EXPECT_THAT(summary.complete, ElementsAre("a", "tree"));
+    EXPECT_THAT(summary.untouched, ElementsAre("none"));
+    EXPECT_TRUE(summary.areFilesKnown);
+    EXPECT_EQ(summary.files, 3);
 }
 
 TEST_F(TransferEngineTest, aCancelledCopyOnAHostEndsThere)
@@ -264,17 +271,41 @@ TEST_F(TransferEngineTest, aCancelledCopyOnAHostEndsThere)
     reach();
     auto const provider = connected();
     auto const shell = shellOf(provider, CommandSession::work);
-    folder.file("huge");
-    std::filesystem::resize_file(folder.path("huge"), 1);
+    for (std::string const name : {"a", "huge", "z"})
+        folder.file(name, name);
+    setTime("a", 1000); // cp gives a file its time last
     // cp waits at a target that takes nothing.
     ASSERT_EQ(::mkfifo(local.path("huge").c_str(), 0600), 0);
-    auto const copying = start({"huge"}, sourceOn(provider), targetOn(provider));
-    waitUntil([&] { return !run(provider, "pgrep -f '^cp -a -- .*huge'").empty(); });
+    auto const copying = start({"a", "huge", "z"}, sourceOn(provider), targetOn(provider));
+    struct stat status;
+    waitUntil([&] { return ::stat(local.path("a").c_str(), &status) == 0 && status.st_mtim.tv_sec == 1000; });
     transfer->cancel();
     EXPECT_EQ(outcomeOf(copying), "cancelled");
     waitUntil([&] { return run(provider, "pgrep -f '^cp -a -- .*huge'").empty(); });
     EXPECT_EQ(shellOf(provider, CommandSession::work), shell);
     waitUntil([&] { return std::filesystem::is_empty(host->temporary()); });
+    auto const summary = transfer->summary();
+    EXPECT_THAT(summary.complete, ElementsAre("a"));
+    EXPECT_THAT(summary.partial, ElementsAre("huge"));
+    EXPECT_THAT(summary.untouched, ElementsAre("z"));
+    EXPECT_TRUE(summary.areFilesKnown);
+    EXPECT_EQ(summary.files, 1);
+}
+
+TEST_F(TransferEngineTest, ifAHostCannotSayWhatHasArrivedThatIsNotKnown)
+{
+    reach();
+    auto const provider = connected();
+    folder.folder("in");
+    folder.file("in/huge", "x");
+    ASSERT_EQ(::mkfifo(local.path("huge").c_str(), 0600), 0);
+    auto const copying = start({"huge"}, TransferEndpoint::remote(provider, folder.path("in")), targetOn(provider));
+    waitUntil([&] { return !run(provider, "pgrep -f '^cp -a -- .*huge'").empty(); });
+    std::filesystem::remove_all(folder.path("in"));
+    transfer->cancel();
+    EXPECT_EQ(outcomeOf(copying), "cancelled");
+    EXPECT_FALSE(transfer->summary().areFilesKnown);
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("huge"));
 }
 
 TEST_F(TransferEngineTest, namesCrossAsTheyAre)

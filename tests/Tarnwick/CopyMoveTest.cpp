@@ -472,6 +472,16 @@ TEST_F(CopyMoveTest, aMoveThatIsCancelledDeletesNothingAndSaysWhatHasArrived)
     EXPECT_THAT(dialogs->errors, IsEmpty());
 }
 
+TEST_F(CopyMoveTest, aCancelWithFilesThatNobodyHasCountedSaysSo)
+{
+    transfer->countsFiles = false;
+    transfer->pausesBefore = "b";
+    move();
+    dialogs->works.front()->cancel();
+    loop.drain();
+    EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: it is not known how many files were copied");
+}
+
 TEST_F(CopyMoveTest, aCancelAfterTheCopyStillKeepsTheSource)
 {
     there->before = [this](std::string const &request) {

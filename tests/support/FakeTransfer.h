@@ -37,6 +37,7 @@ public:
     /// Waited for before this name.
     std::string pausesBefore;
     std::shared_ptr<Completion<Done>> pause;
+    bool countsFiles = true;
     std::vector<std::string> copies; ///< "/from -> /to" of each
     int cancels = 0;
 
@@ -49,7 +50,9 @@ private:
     static Task<void> run(FakeTransfer *self, std::vector<std::string> names, TransferEndpoint from,
                           TransferEndpoint to, Reporter onProgress)
     {
-        self->last = {.totalFiles = static_cast<std::int64_t>(names.size()), .untouched = names};
+        self->last = {.areFilesKnown = self->countsFiles,
+                      .totalFiles = static_cast<std::int64_t>(names.size()),
+                      .untouched = names};
         for (auto const &name : names) {
             onProgress({.item = name, .files = self->last.files, .totalFiles = self->last.totalFiles});
             if (name == self->pausesBefore) {
