@@ -64,13 +64,17 @@ void addArrived(TransferSummary &summary, Names const &begun, Sides const &sides
     }
 }
 
+/// Whether cp has ended on the host. One whose connection was lost may go on.
+enum class State { ended, unknown };
+
 /// What a copy has done that ends with this command. `begun` are its names, and `left` those behind them.
-Task<void> sumUp(TransferWork::Shared work, Names begun, Names left)
+Task<void> sumUp(TransferWork::Shared work, State state, Names begun, Names left)
 {
     auto asked = work->summary.complete;
     append(asked, begun);
     Outcome<Sides> sides;
-    if (auto host = std::dynamic_pointer_cast<FileSystemWriter>(work->from.host())) {
+    auto host = std::dynamic_pointer_cast<FileSystemWriter>(work->from.host());
+    if (host && state == State::ended) {
         auto asking = surveySides(work, std::move(host), std::move(asked));
         sides = co_await outcomeOf(withTimeOut(work->engine.clock(), patienceWithSurvey, std::move(asking)));
     }
@@ -88,6 +92,7 @@ Task<void> run(TransferWork::Shared work)
     auto const count = std::to_string(work->names.size());
     work->report({.bytes = 0, .total = {}, .item = count + " item(s) — server-side copy"});
     auto const dialect = co_await work->from.host()->dialect();
+    auto const context = co_await currentContext();
     std::span<std::string const> left = work->names;
     while (!left.empty()) {
         auto const paths = work->sources();
@@ -103,7 +108,8 @@ Task<void> run(TransferWork::Shared work)
         work->summary.areFilesKnown = false;
         bool const isDone = outcome.value && outcome.value->status == 0;
         if (!isDone) {
-            auto summingUp = sumUp(work, begun, Names(left.begin(), left.end()));
+            auto const state = outcome.value || context.stop.stop_requested() ? State::ended : State::unknown;
+            auto summingUp = sumUp(work, state, begun, Names(left.begin(), left.end()));
             co_await std::move(summingUp).withStop({});
         }
         if (outcome.failure)
