@@ -8,7 +8,7 @@ namespace tw {
 
 std::string ProgressState::text() const
 {
-    if (unit == Unit::items)
+    if (!countsBytes())
         return {};
     auto const size = Fmt::size(bytes, EntryKind::file);
     return total ? size + " of " + Fmt::size(*total, EntryKind::file) : size;

@@ -26,6 +26,9 @@ struct ProgressState {
 
     std::optional<std::int64_t> whole() const { return unit == Unit::bytes ? total : totalFiles; }
 
+    /// False for work on a host that tells nothing before its end.
+    bool countsBytes() const { return unit == Unit::bytes && (bytes > 0 || total); }
+
     /// "12K of 3.4M", or the bytes done alone if the total is not known; empty if no bytes are counted.
     std::string text() const;
 

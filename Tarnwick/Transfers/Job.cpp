@@ -17,7 +17,7 @@ Job::Look Job::lookAt(Time now)
     pace.note(now, state.done());
     auto const whole = state.whole();
     return {.state = state,
-            .speed = state.unit == ProgressState::Unit::bytes ? pace.speed() : std::nullopt,
+            .speed = state.countsBytes() ? pace.speed() : std::nullopt,
             .left = whole ? pace.timeLeft(*whole) : std::nullopt,
             .isCancelled = isCancelled()};
 }

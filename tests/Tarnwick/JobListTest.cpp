@@ -93,6 +93,15 @@ TEST_F(JobListTest, workThatNoLongerReportsBecomesSlower)
     EXPECT_EQ(works.lookAt(*work).speed, 500.0);
 }
 
+TEST_F(JobListTest, workThatTellsNothingBeforeItsEndIsNotCalledStalled)
+{
+    auto const work = works.begin("Copy", [] {});
+    works.update(*work, {.item = "2 item(s) — server-side copy"});
+    now += 10s;
+    EXPECT_EQ(works.lookAt(*work).speed, std::nullopt);
+    EXPECT_EQ(works.lookAt(*work).state.text(), "");
+}
+
 TEST_F(JobListTest, itsEndIsPassedOnIfItSaysHowItEnded)
 {
     std::vector<JobList::End> ends;
