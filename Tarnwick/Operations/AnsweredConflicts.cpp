@@ -11,8 +11,8 @@ bool isAsShown(NameConflict const &now, NameConflict const &shown)
 {
     if (now.source.kind != shown.source.kind || now.target.kind != shown.target.kind)
         return false;
-    if (now.comparison() == NameConflict::Comparison::folders)
-        return true; // their dates change with every file in them, and nothing of them goes
+    if (now.target.kind == EntryKind::directory)
+        return true; // its date changes with every file in it, and nothing of it goes
     return now.target.size == shown.target.size && now.target.mtime == shown.target.mtime;
 }
 

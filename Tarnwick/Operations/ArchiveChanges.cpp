@@ -6,6 +6,7 @@
 #include "Tarnwick/Connections/OpenArchive.h"
 #include "Tarnwick/Operations/ArchiveSteps.h"
 #include "Tarnwick/Operations/ArchiveWords.h"
+#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/CountPhrase.h"
 #include "Tarnwick/Operations/Delivery.h"
 #include "Tarnwick/Operations/TransferSteps.h"
@@ -35,6 +36,18 @@ std::string lastComponent(std::string const &path)
     return path.substr(path.rfind('/') + 1);
 }
 
+/// Performs the work, unless another operation changes the archive file.
+Task<bool> change(OperationContext context, ArchiveSteps::Work work)
+{
+    auto const file = context.operands.archive->file();
+    Operands const written{
+        .browser = file.holder, .connection = file.connection, .path = file.folder(), .names = {file.name()}};
+    auto claim = co_await ClaimSteps::claim(context, "change", written, ClaimedNames::Use::written);
+    work.claim = std::move(claim);
+    auto const isDone = co_await ArchiveSteps::perform(context, std::move(work));
+    co_return isDone;
+}
+
 Task<void> remove(OperationContext context)
 {
     auto const what = context.operands;
@@ -45,11 +58,12 @@ Task<void> remove(OperationContext context)
     auto const survivor = context.nameSurviving();
     ArchiveSteps::Work work{.title = "Changing archive",
                             .conclusion = "Deleted " + countPhrase(what.names.size()) + " from " + name + ".",
+                            .claim = {},
                             .begin = [members = ArchiveWords::membersOf(what), path = what.archive->file().path](
                                          Archives &archives, Archives::Reporter onProgress) {
                                 return archives.remove(members, path, std::move(onProgress));
                             }};
-    auto const isDone = co_await ArchiveSteps::perform(context, std::move(work));
+    auto const isDone = co_await change(context, std::move(work));
     if (isDone) {
         context.unmarkOperands();
         rereadArchive(context, survivor);
@@ -79,11 +93,12 @@ Task<void> add(OperationContext context, Names paths)
     auto const first = paths.empty() ? std::string() : lastComponent(paths.front());
     ArchiveSteps::Work work{.title = "Adding to archive",
                             .conclusion = "Added " + countPhrase(paths.size()) + " to " + name + ".",
+                            .claim = {},
                             .begin = [paths, path = where.archive->file().path,
                                       inner = where.path.substr(1)](Archives &archives, Archives::Reporter onProgress) {
                                 return archives.add(paths, path, inner, std::move(onProgress));
                             }};
-    auto const isDone = co_await ArchiveSteps::perform(context, std::move(work));
+    auto const isDone = co_await change(context, std::move(work));
     if (isDone)
         rereadArchive(context, first);
 }
@@ -125,9 +140,11 @@ Task<void> addFromHost(OperationContext context, FileDrag files)
     if (!mayGoOn)
         co_return;
     auto const folder = co_await context.makeScratchFolder();
-    auto const outcome = co_await outcomeOf(fetch(context, std::move(files), folder));
-    if (outcome.value && !outcome.value->empty())
-        co_await outcomeOf(add(context, *outcome.value));
+    auto outcome = co_await outcomeOf(fetch(context, std::move(files), folder));
+    if (outcome.value && !outcome.value->empty()) {
+        auto const added = co_await outcomeOf(add(context, *outcome.value));
+        outcome.failure = added.failure;
+    }
     Names const staged{folder};
     co_await outcomeOf(context.connections->local()->removePermanently(staged)).withStop({});
     if (outcome.failure)

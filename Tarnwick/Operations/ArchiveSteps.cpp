@@ -49,6 +49,7 @@ Task<bool> perform(OperationContext context, Work work)
     });
     auto working = begin(context, archives, work, TransferSteps::reporterTo(here.executor, shown));
     auto const outcome = co_await outcomeOf(std::move(working));
+    work.claim.reset();
     bool const wasCancelled = failureIs<FileOperationError::Cancelled>(outcome.failure);
     shown->conclude(!outcome.failure ? work.conclusion : PaneStatus::describe(outcome.failure).english());
     shown.reset();
@@ -70,14 +71,16 @@ Task<void> showArrival(OperationContext context, Operands where, std::string nam
     }
 }
 
-Task<bool> isTaken(OperationContext context, Operands where, std::string name)
+Task<Dialogs::Resolution> replaceAll(OperationContext context, std::vector<NameConflict> taken,
+                                     std::function<Dialogs::Confirmation(std::vector<std::string> const &)> question)
 {
-    std::vector<std::string> const names{std::move(name)};
-    auto const facts = co_await where.browser->factsAbout(where.path, names);
-    if (facts.state != FolderFacts::State::missing)
-        co_return !facts.taken.empty();
-    co_await TransferSteps::makeMissing(context, where);
-    co_return false;
+    std::vector<std::string> names;
+    for (auto const &each : taken)
+        names.push_back(each.source.name);
+    auto const answer = co_await context.dialogs->confirm(question(names));
+    if (answer == Dialogs::Answer::cancel)
+        co_return std::nullopt;
+    co_return std::vector(taken.size(), NameConflict::Answer::replace);
 }
 
 } // namespace tw::ArchiveSteps

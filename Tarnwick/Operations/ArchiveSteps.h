@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWEngine/Archives/Archives.h"
+#include "Tarnwick/Operations/ClaimedNames.h"
 #include "Tarnwick/Operations/OperationContext.h"
 
 #include <functional>
@@ -13,8 +14,9 @@ std::optional<TransferEndpoint> endpointOf(Operands const &place, std::string co
 
 /// Work of an archive engine, and what is said about it.
 struct Work {
-    std::string title;      ///< "Unpack a.zip"
-    std::string conclusion; ///< when it is done, for a user who looks at something else by then
+    std::string title;         ///< "Unpack a.zip"
+    std::string conclusion;    ///< when it is done, for a user who looks at something else by then
+    ClaimedNames::Claim claim; ///< on what is written; goes when the work has ended
     std::function<Task<void>(Archives &archives, Archives::Reporter onProgress)> begin;
 };
 
@@ -26,8 +28,8 @@ Task<bool> perform(OperationContext context, Work work);
 /// beside that of the key press, the cursor goes to it.
 Task<void> showArrival(OperationContext context, Operands where, std::string name);
 
-/// Whether a name is taken in a folder. A folder that is missing is offered to be made; Cancelled if the user does not
-/// want that.
-Task<bool> isTaken(OperationContext context, Operands where, std::string name);
+/// Asks once about all names that are taken. Nothing if they are not to be replaced.
+Task<Dialogs::Resolution> replaceAll(OperationContext context, std::vector<NameConflict> taken,
+                                     std::function<Dialogs::Confirmation(std::vector<std::string> const &)> question);
 
 } // namespace tw::ArchiveSteps

@@ -9,56 +9,123 @@ namespace tw::ClaimSteps {
 
 namespace {
 
-ClaimedNames::Names namesAt(Operands const &target, FolderFacts const &facts, std::vector<std::string> names)
+using Names = ClaimedNames::Names;
+using Use = ClaimedNames::Use;
+
+Names namesAt(Operands const &where, FolderFacts const &facts, std::vector<std::string> names, Use use)
 {
-    return {.place = target.browser->providerRef()->identifier(),
-            .folder = facts.realPath.empty() ? target.path : facts.realPath,
+    return {.place = where.browser->providerRef()->identifier(),
+            .folder = facts.realPath.empty() ? where.path : facts.realPath,
             .names = std::move(names),
-            .takesCasesForOne = facts.takesCasesForOne};
+            .takesCasesForOne = facts.takesCasesForOne,
+            .use = use};
 }
 
-std::vector<std::string> writtenBy(TransferPlan const &plan)
+/// `written` at the target, and at the source what leaves of `read`.
+std::vector<Names> changedBy(Writing const &writing, TakenNames::Facts const &facts, std::vector<std::string> written,
+                             std::vector<std::string> read)
 {
-    auto names = plan.keptNames();
-    for (auto const &each : plan.renamed)
-        names.push_back(each.newName);
-    return names;
+    std::vector all{namesAt(writing.target, facts.target, std::move(written), Use::written)};
+    if (writing.leaving.browser)
+        all.push_back(namesAt(writing.leaving, facts.source, std::move(read), Use::moved));
+    return all;
 }
 
-FileOperationError::Failed errorOf(TransferKind kind, std::string path)
+char const *verb(Use use)
 {
-    return {kind == TransferKind::copy ? "copy" : "move", std::move(path),
-            "it is being written by another transfer. Wait for that one, or cancel it"};
+    switch (use) {
+    case Use::written:
+        return "writing";
+    case Use::moved:
+        return "moving";
+    case Use::deleted:
+        return "deleting";
+    }
+    return "changing";
+}
+
+FileOperationError::Failed errorOf(std::string operation, ClaimedNames::Clash clash)
+{
+    return {std::move(operation), std::move(clash.path),
+            std::string("another operation is ") + verb(clash.use) + " it. Wait until it has ended, or cancel it"};
+}
+
+Task<TakenNames::Facts> askTarget(OperationContext context, std::string operation, Operands target)
+{
+    TakenNames::Facts facts;
+    for (;;) {
+        auto said = co_await target.browser->factsAbout(target.path, target.names);
+        facts.target = std::move(said);
+        if (facts.target.state != FolderFacts::State::missing)
+            break;
+        co_await TransferSteps::makeMissing(context, target);
+    }
+    if (facts.target.state == FolderFacts::State::notAFolder)
+        throw FileOperationError::Failed(operation, target.path, "this is a file, and no folder");
+    co_return facts;
 }
 
 } // namespace
 
-Task<Checked> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming)
+Writing of(OperationContext context, TransferJob job, TransferRefusal::Naming naming)
+{
+    auto target = job.target;
+    target.names = job.source.names;
+    auto const leaves = job.kind == TransferKind::move && job.source.browser->writer();
+    return {.operation = job.kind == TransferKind::copy ? "copy" : "move",
+            .target = std::move(target),
+            .leaving = leaves ? job.source : Operands(),
+            .ask = [context, job, naming] { return TransferSteps::check(context, job, naming); }};
+}
+
+Writing into(OperationContext context, std::string operation, Operands target)
+{
+    return {.operation = operation, .target = target, .ask = [context, operation, target] {
+                return askTarget(context, operation, target);
+            }};
+}
+
+Task<Checked> check(OperationContext context, Writing writing)
 {
     for (;;) {
         auto const endings = context.claims->endings();
-        auto facts = co_await TransferSteps::check(context, job, naming);
-        auto wanted = namesAt(job.target, facts.target, job.source.names);
-        if (auto const path = context.claims->clash(wanted))
-            throw errorOf(job.kind, *path);
+        auto facts = co_await writing.ask();
+        auto wanted = changedBy(writing, facts, writing.target.names, writing.leaving.names);
+        if (auto clash = context.claims->clash(wanted))
+            throw errorOf(writing.operation, *std::move(clash));
         if (context.claims->endings() == endings)
             co_return Checked{.facts = std::move(facts), .claim = context.claims->hold(std::move(wanted))};
         // What has ended may have written names after the target had answered.
     }
 }
 
-Task<Named> withFreeNames(OperationContext context, TransferPlan plan, Operands target, Checked checked)
+Task<Named> withFreeNames(OperationContext context, TransferPlan plan, Writing writing, Checked checked)
 {
+    auto const &facts = checked.facts;
     for (;;) {
         auto const endings = context.claims->endings();
-        auto const others = context.claims->besides(checked.claim);
-        auto named = co_await TransferSteps::withFreeNames(plan, target, others, checked.facts.target.takesCasesForOne);
-        auto written = namesAt(target, checked.facts.target, writtenBy(named));
-        auto const isFree = !context.claims->clash(written, checked.claim);
+        auto others = context.claims->besides(checked.claim->front(), checked.claim);
+        auto named = co_await TransferSteps::withFreeNames(plan, writing.target, std::move(others),
+                                                           facts.target.takesCasesForOne);
+        auto changed = changedBy(writing, facts, named.writtenNames(), named.allNames());
+        auto const isFree = !context.claims->clash(changed, checked.claim);
         if (isFree && context.claims->endings() == endings)
-            co_return Named{.plan = std::move(named), .claim = context.claims->hold(std::move(written))};
-        // Another transfer has found the same free names meanwhile.
+            co_return Named{.plan = std::move(named), .claim = context.claims->hold(std::move(changed))};
+        // Another operation has found the same free names meanwhile.
     }
+}
+
+Task<ClaimedNames::Claim> claim(OperationContext context, std::string operation, Operands what, ClaimedNames::Use use)
+{
+    FolderFacts facts;
+    if (context.claims->isAnyAt(what.browser->providerRef()->identifier())) {
+        auto said = co_await what.browser->factsAbout(what.path, {});
+        facts = std::move(said);
+    }
+    std::vector wanted{namesAt(what, facts, what.names, use)};
+    if (auto clash = context.claims->clash(wanted))
+        throw errorOf(std::move(operation), *std::move(clash));
+    co_return context.claims->hold(std::move(wanted));
 }
 
 } // namespace tw::ClaimSteps

@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Operations/TakenNames.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -61,32 +62,43 @@ std::optional<std::string> clashOf(ClaimedNames::Names const &one, ClaimedNames:
 
 } // namespace
 
-std::optional<std::string> ClaimedNames::clash(Names const &wanted, Claim const &own)
+std::optional<ClaimedNames::Clash> ClaimedNames::clash(std::vector<Names> const &wanted, Claim const &own)
 {
-    for (auto const &each : current()) {
-        if (each == own)
-            continue;
-        if (auto path = clashOf(wanted, *each))
-            return path;
+    for (auto const &claim : othersThan(own)) {
+        for (auto const &each : *claim) {
+            for (auto const &names : wanted) {
+                if (auto path = clashOf(names, each))
+                    return Clash{.path = *std::move(path), .use = each.use};
+            }
+        }
     }
     return std::nullopt;
 }
 
-ClaimedNames::Claim ClaimedNames::hold(Names names)
+ClaimedNames::Claim ClaimedNames::hold(std::vector<Names> names)
 {
-    auto claim = std::make_shared<Names const>(std::move(names));
+    auto claim = std::make_shared<std::vector<Names> const>(std::move(names));
     claims.push_back(claim);
     return claim;
 }
 
-std::vector<std::string> ClaimedNames::besides(Claim const &own)
+std::vector<std::string> ClaimedNames::besides(Names const &where, Claim const &own)
 {
     std::vector<std::string> all;
-    for (auto const &each : current()) {
-        if (each != own && each->place == own->place && each->folder == own->folder)
-            all.insert(all.end(), each->names.begin(), each->names.end());
+    for (auto const &claim : othersThan(own)) {
+        for (auto const &each : *claim) {
+            if (each.place == where.place && each.folder == where.folder)
+                all.insert(all.end(), each.names.begin(), each.names.end());
+        }
     }
     return all;
+}
+
+bool ClaimedNames::isAnyAt(std::string const &place)
+{
+    return std::ranges::any_of(othersThan(nullptr), [&](auto const &claim) {
+        return std::ranges::find(*claim, place, &Names::place) != claim->end();
+    });
 }
 
 std::size_t ClaimedNames::endings()
@@ -95,12 +107,14 @@ std::size_t ClaimedNames::endings()
     return ended;
 }
 
-std::vector<ClaimedNames::Claim> ClaimedNames::current()
+std::vector<ClaimedNames::Claim> ClaimedNames::othersThan(Claim const &own) const
 {
-    endings();
     std::vector<Claim> all;
-    for (auto const &each : claims)
-        all.push_back(each.lock());
+    for (auto const &each : claims) {
+        auto claim = each.lock();
+        if (claim && claim != own)
+            all.push_back(std::move(claim));
+    }
     return all;
 }
 

@@ -2,9 +2,8 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
-#include "Tarnwick/Operations/AnsweredConflicts.h"
+#include "Tarnwick/Operations/Agreement.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
-#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/ExtractOut.h"
 #include "Tarnwick/Operations/TargetFolder.h"
 #include "Tarnwick/Operations/TransferSteps.h"
@@ -23,34 +22,6 @@ std::string readOnlyOf(TransferJob const &job)
     return job.isRename() && !job.source.browser->writer() ? job.source.connection : std::string();
 }
 
-/// What is written under which names, as the target and the user agree.
-struct Agreement {
-    TransferPlan plan;
-    ClaimSteps::Checked checked;
-};
-
-/// Nothing if the user calls it off. The target is asked again after each sheet, and a sheet comes again for what has
-/// changed under it.
-Task<std::optional<Agreement>> agree(OperationContext context, TransferJob job)
-{
-    AnsweredConflicts conflicts;
-    for (auto sheet = TransferWords::Sheet::first;; sheet = TransferWords::Sheet::again) {
-        auto work = context.beginWork(job.target.browser);
-        auto checked = co_await ClaimSteps::check(context, job, TransferRefusal::Naming::kept);
-        work.reset();
-        conflicts.learn(TakenNames::conflicts(job.source.names, checked.facts));
-        auto open = conflicts.open();
-        if (open.empty())
-            co_return Agreement{.plan = conflicts.plan(job.source.names), .checked = std::move(checked)};
-        checked.claim.reset(); // a sheet that stands holds nobody else up
-        auto question = TransferWords::conflicts(job.kind, job.target, std::move(open), sheet);
-        auto const answers = co_await context.dialogs->resolve(std::move(question));
-        if (!answers)
-            co_return std::nullopt;
-        conflicts.answer(*answers);
-    }
-}
-
 Task<void> transferTo(OperationContext context, TransferKind kind, std::string where)
 {
     auto work = context.beginWork();
@@ -62,12 +33,15 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
         co_return;
     }
     work.reset();
-    auto agreed = co_await agree(context, job);
+    auto const writing = ClaimSteps::of(context, job, TransferRefusal::Naming::kept);
+    auto agreed = co_await Agreement::reach(context, writing, [context, job](auto taken, auto sheet) {
+        return context.dialogs->resolve(TransferWords::conflicts(job.kind, job.target, std::move(taken), sheet));
+    });
     if (!agreed)
         co_return;
     job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, agreed->checked.facts);
     auto named =
-        co_await ClaimSteps::withFreeNames(context, std::move(agreed->plan), job.target, std::move(agreed->checked));
+        co_await ClaimSteps::withFreeNames(context, std::move(agreed->plan), writing, std::move(agreed->checked));
     job.plan = std::move(named.plan);
     if (job.plan.isEmpty())
         co_return;

@@ -8,6 +8,7 @@
 #include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
+#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/CountPhrase.h"
 #include "Tarnwick/Operations/RequestSize.h"
 #include "Tarnwick/Panes/PaneStatus.h"
@@ -116,6 +117,7 @@ using Work = std::shared_ptr<Deletion>;
 /// Deletes in requests of a moment each: between them the user sees how far it is.
 Task<void> removeInRequests(Work work, std::shared_ptr<Progress> shown)
 {
+    auto const claim = co_await ClaimSteps::claim(work->context, "delete", work->what, ClaimedNames::Use::deleted);
     auto const paths = work->what.paths();
     RequestSize size;
     while (work->done < paths.size()) {

@@ -56,11 +56,12 @@ std::string firstNameOf(TransferPlan const &plan)
 Task<void> run(OperationContext context, TransferJob job, std::function<void()> onMoved)
 {
     auto work = context.beginWork(job.source.browser);
-    auto checked = co_await ClaimSteps::check(context, job, TransferRefusal::Naming::renamed);
+    auto const writing = ClaimSteps::of(context, job, TransferRefusal::Naming::renamed);
+    auto checked = co_await ClaimSteps::check(context, writing);
     job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, checked.facts);
     auto const taken = TakenNames::conflicts(job.source.names, checked.facts);
     auto plan = TransferPlan::of(job.source.names, taken, keepAll(taken));
-    auto named = co_await ClaimSteps::withFreeNames(context, std::move(plan), job.target, std::move(checked));
+    auto named = co_await ClaimSteps::withFreeNames(context, std::move(plan), writing, std::move(checked));
     job.plan = std::move(named.plan);
     work.reset();
     auto const end = co_await TransferSteps::perform(context, job, {.atTarget = firstNameOf(job.plan)});

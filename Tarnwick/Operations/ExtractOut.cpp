@@ -3,6 +3,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "Tarnwick/Connections/OpenArchive.h"
+#include "Tarnwick/Operations/Agreement.h"
 #include "Tarnwick/Operations/ArchiveSteps.h"
 #include "Tarnwick/Operations/ArchiveWords.h"
 #include "Tarnwick/Operations/CountPhrase.h"
@@ -12,27 +13,15 @@ namespace tw {
 
 namespace {
 
-/// False if the user does not want what is there to be replaced.
-Task<bool> mayWrite(OperationContext context, std::vector<std::string> names, Operands target)
-{
-    auto work = context.beginWork(target.browser);
-    auto const facts = co_await target.browser->factsAbout(target.path, std::move(names));
-    work.reset();
-    if (facts.state != FolderFacts::State::present)
-        throw FileOperationError::Failed("copy", target.path, "there is no such folder");
-    if (facts.taken.empty())
-        co_return true;
-    std::vector<std::string> taken;
-    for (auto const &each : facts.taken)
-        taken.push_back(each.name);
-    auto const answer = co_await context.dialogs->confirm(ArchiveWords::replaceAt(TransferWords::place(target), taken));
-    co_return answer == Dialogs::Answer::ok;
-}
-
 Task<void> extract(OperationContext context, Operands what, Operands target)
 {
-    auto const mayGoOn = co_await mayWrite(context, what.names, target);
-    if (!mayGoOn)
+    auto const writing = ClaimSteps::of(context, {.source = what, .target = target}, TransferRefusal::Naming::kept);
+    auto agreed = co_await Agreement::reach(context, writing, [context, target](auto taken, auto /*sheet*/) {
+        return ArchiveSteps::replaceAll(context, std::move(taken), [target](auto const &names) {
+            return ArchiveWords::replaceAt(TransferWords::place(target), names);
+        });
+    });
+    if (!agreed)
         co_return;
     auto const into = ArchiveSteps::endpointOf(target, target.path);
     if (!into)
@@ -42,6 +31,7 @@ Task<void> extract(OperationContext context, Operands what, Operands target)
     ArchiveSteps::Work work{
         .title = TransferWords::title(TransferKind::copy, what.names.size()),
         .conclusion = "Copied " + countPhrase(what.names.size()) + " to " + TransferWords::place(target) + ".",
+        .claim = std::move(agreed->checked.claim),
         .begin = [members, archive, into = *into](Archives &archives, Archives::Reporter onProgress) {
             return archives.extract(members, archive, into, std::move(onProgress));
         }};

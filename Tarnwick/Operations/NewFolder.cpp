@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
+#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Table/NewName.h"
 
@@ -18,6 +19,14 @@ Dialogs::Prompt questionAbout(Operands const &where)
             .objection = objectionToNewName};
 }
 
+Task<void> make(OperationContext context, std::string name)
+{
+    auto where = context.operands;
+    where.names = {name};
+    auto const claim = co_await ClaimSteps::claim(context, "create folder", where, ClaimedNames::Use::written);
+    co_await where.browser->makeDirectory(where.pathOf(name));
+}
+
 } // namespace
 
 Task<void> newFolder(OperationContext context)
@@ -31,7 +40,7 @@ Task<void> newFolder(OperationContext context)
         co_return;
     }
     auto work = context.beginWork();
-    auto const outcome = co_await outcomeOf(where.browser->makeDirectory(where.pathOf(*name)));
+    auto const outcome = co_await outcomeOf(make(context, *name));
     work.reset();
     context.rereadFolder(outcome.failure ? std::string() : *name);
     if (outcome.failure)

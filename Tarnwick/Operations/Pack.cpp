@@ -7,9 +7,9 @@
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "Tarnwick/Format/Fmt.h"
+#include "Tarnwick/Operations/Agreement.h"
 #include "Tarnwick/Operations/ArchiveSteps.h"
 #include "Tarnwick/Operations/CountPhrase.h"
-#include "Tarnwick/Operations/TakenNames.h"
 #include "Tarnwick/Operations/TargetFolder.h"
 #include "Tarnwick/Operations/TransferWords.h"
 
@@ -73,16 +73,19 @@ Task<void> packInto(OperationContext context, PackTarget chosen)
         context.warn({"%@ is read-only", {target.connection}});
         co_return;
     }
-    auto const isTaken = co_await ArchiveSteps::isTaken(context, target, name);
-    if (isTaken) {
-        auto const answer = co_await context.dialogs->confirm(offerToReplace(target, name));
-        if (answer == Dialogs::Answer::cancel)
-            co_return;
-    }
+    target.names = {name};
+    auto const writing = ClaimSteps::into(context, "pack", target);
+    auto agreed = co_await Agreement::reach(context, writing, [context, target](auto taken, auto /*sheet*/) {
+        return ArchiveSteps::replaceAll(context, std::move(taken),
+                                        [target](auto const &names) { return offerToReplace(target, names.front()); });
+    });
+    if (!agreed)
+        co_return;
     auto const what = "Pack " + countPhrase(context.operands.names.size());
     auto const isDone = co_await ArchiveSteps::perform(
         context, {.title = what,
                   .conclusion = what + ": done.",
+                  .claim = std::move(agreed->checked.claim),
                   .begin = [names = context.operands.names, from = *from, archive = *archive,
                             format = chosen.format](Archives &archives, Archives::Reporter onProgress) {
                       return archives.pack(names, from, archive, format, std::move(onProgress));
@@ -104,34 +107,60 @@ Task<void> packAsked(OperationContext context)
         co_await packInto(context, *chosen);
 }
 
+Dialogs::Confirmation questionAbout(std::string const &name, Operands const &target, std::string const &folder)
+{
+    auto into = target;
+    into.path = target.pathOf(folder);
+    auto const stem = archiveStem(name);
+    return {.title = "Unpack " + onOneLine(name) + "?",
+            .message = "Its contents go into " + TransferWords::place(into) + "." +
+                       (folder == stem ? "" : "\n\n" + onOneLine(stem) + " is there already."),
+            .okTitle = "Unpack"};
+}
+
+/// A name for the new folder that is free.
+Task<ClaimSteps::Named> freeFolder(OperationContext context, Operands wanted)
+{
+    auto const work = context.beginWork(wanted.browser);
+    auto const writing = ClaimSteps::into(context, "unpack", wanted);
+    auto checked = co_await ClaimSteps::check(context, writing);
+    auto const taken = TakenNames::conflicts(wanted.names, checked.facts);
+    auto plan = TransferPlan::of(wanted.names, taken, std::vector(taken.size(), NameConflict::Answer::keepBoth));
+    auto named = co_await ClaimSteps::withFreeNames(context, std::move(plan), writing, std::move(checked));
+    co_return named;
+}
+
+/// The name that the user agrees to; nothing if the user calls it off.
+Task<std::optional<ClaimSteps::Named>> agreedFolder(OperationContext context, std::string name)
+{
+    auto wanted = context.target;
+    wanted.names = {archiveStem(name)};
+    for (std::string shown;;) {
+        auto named = co_await freeFolder(context, wanted);
+        auto const folder = named.plan.writtenNames().front();
+        if (folder == shown)
+            co_return named;
+        named.claim.reset(); // a sheet that stands holds nobody else up
+        auto const answer = co_await context.dialogs->confirm(questionAbout(name, wanted, folder));
+        if (answer == Dialogs::Answer::cancel)
+            co_return std::nullopt;
+        shown = folder;
+    }
+}
+
 Task<void> unpackAsked(OperationContext context, std::string name)
 {
-    auto folder = archiveStem(name);
-    auto work = context.beginWork(context.target.browser);
-    auto const isTaken = co_await ArchiveSteps::isTaken(context, context.target, folder);
-    std::string note;
-    if (isTaken) {
-        note = "\n\n" + onOneLine(folder) + " is there already.";
-        std::vector<std::string> const wanted{folder};
-        auto const facts = co_await context.target.browser->factsAbout(context.target.path, wanted);
-        auto const free = co_await TakenNames::freeNames(context.target, wanted, {}, facts.takesCasesForOne);
-        folder = free.front();
-    }
-    work.reset();
-    auto into = context.target;
-    into.path = into.pathOf(folder);
-    auto const answer =
-        co_await context.dialogs->confirm({.title = "Unpack " + onOneLine(name) + "?",
-                                           .message = "Its contents go into " + TransferWords::place(into) + "." + note,
-                                           .okTitle = "Unpack"});
-    if (answer == Dialogs::Answer::cancel)
+    auto agreed = co_await agreedFolder(context, name);
+    if (!agreed)
         co_return;
+    auto const folder = agreed->plan.writtenNames().front();
     auto const archive = ArchiveSteps::endpointOf(context.operands, context.operands.pathOf(name));
-    auto const target = ArchiveSteps::endpointOf(into, into.path);
+    auto const target = ArchiveSteps::endpointOf(context.target, context.target.pathOf(folder));
     auto const what = "Unpack " + onOneLine(name);
     co_await ArchiveSteps::perform(
         context, {.title = what,
                   .conclusion = what + ": done.",
+                  .claim = std::move(agreed->claim),
                   .begin = [archive = *archive, target = *target](Archives &archives, Archives::Reporter onProgress) {
                       return archives.unpack(archive, target, std::move(onProgress));
                   }});

@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
+#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 #include "Tarnwick/Table/NewName.h"
 
@@ -10,10 +11,13 @@ namespace tw {
 namespace {
 
 /// A name with a slash would move the entry to another folder.
-Task<void> renameWithin(Operands where, std::string from, std::string to)
+Task<void> renameWithin(OperationContext context, std::string from, std::string to)
 {
+    auto where = context.operands;
     if (auto objection = objectionToNewName(to))
         throw FileOperationError::Failed("rename", where.pathOf(from), *std::move(objection));
+    where.names = {from, to};
+    auto const claim = co_await ClaimSteps::claim(context, "rename", where, ClaimedNames::Use::moved);
     co_await where.browser->rename(where.pathOf(from), where.pathOf(to));
 }
 
@@ -27,7 +31,7 @@ Task<void> performRename(OperationContext context, std::string from, std::string
         co_return;
     }
     auto work = context.beginWork();
-    auto const outcome = co_await outcomeOf(renameWithin(where, from, to));
+    auto const outcome = co_await outcomeOf(renameWithin(context, from, to));
     work.reset();
     context.rereadFolder(outcome.failure ? from : to);
     if (outcome.failure)

@@ -31,6 +31,14 @@ std::vector<std::string> TransferPlan::keptNames() const
     return all;
 }
 
+std::vector<std::string> TransferPlan::writtenNames() const
+{
+    auto all = keptNames();
+    for (auto const &each : renamed)
+        all.push_back(each.newName);
+    return all;
+}
+
 std::vector<std::string> TransferPlan::allNames() const
 {
     auto all = keptNames();

@@ -30,6 +30,9 @@ struct TransferPlan {
     /// All that are written under their own names, with or without something in the way.
     std::vector<std::string> keptNames() const;
 
+    /// All names that are written at the target.
+    std::vector<std::string> writtenNames() const;
+
     /// All names of the source that are copied.
     std::vector<std::string> allNames() const;
 };

@@ -20,7 +20,7 @@ struct WindowServices {
     DragFetch::MakeFolder dragFolders = {}; ///< empty: files of a host are dragged within the program only
     MakeScratchFile scratchFiles = {};      ///< for what is pasted as a file
     OpeningServices opening = {};           ///< without applications, Return on a file beeps
-    /// Shared by all windows: what one transfer is to write, no other one may.
+    /// Shared by all windows: what one operation changes, no other one may.
     std::shared_ptr<ClaimedNames> claims = std::make_shared<ClaimedNames>();
 };
 

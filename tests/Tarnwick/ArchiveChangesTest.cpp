@@ -15,6 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 /// The pane of the key press is in /src/box.zip of this machine, in its folder /docs with the files a and b.
 class ArchiveChangesTest : public TransferPanesTest {
@@ -110,6 +111,36 @@ TEST_F(ArchiveChangesTest, whatIsThereIsReplacedOnlyIfTheUserSaysSo)
     begin(copyOperands(context()));
     confirm(Dialogs::Answer::ok);
     EXPECT_EQ(archives->calls.size(), 1U);
+}
+
+TEST_F(ArchiveChangesTest, onlyWhatWasShownIsReplaced)
+{
+    there->file("/dst/a", "old");
+    begin(copyOperands(context()));
+    there->nodes.at("/dst/a").mtime += 1;
+    confirm(Dialogs::Answer::ok);
+    EXPECT_THAT(archives->calls, IsEmpty());
+    EXPECT_THAT(dialogs->confirmations, SizeIs(2));
+    confirm(Dialogs::Answer::ok);
+    EXPECT_THAT(archives->calls, SizeIs(1));
+}
+
+TEST_F(ArchiveChangesTest, twoOperationsDoNotWriteOneName)
+{
+    begin(copyOperands(context()));
+    begin(copyOperands(context()));
+    EXPECT_THAT(lastError(), HasSubstr("copy failed on /dst/a: another operation is writing it"));
+    EXPECT_THAT(archives->calls, SizeIs(1));
+    finishWork();
+    begin(copyOperands(context()));
+    EXPECT_THAT(archives->calls, SizeIs(2));
+    finishWork();
+
+    FileDrag const added{.connection = "local", .directory = "/src", .names = {"new"}};
+    begin(deliver(context(), {.drag = added}));
+    begin(deliver(context(), {.drag = added}));
+    EXPECT_THAT(lastError(), HasSubstr("change failed on /src/box.zip: another operation is writing it"));
+    EXPECT_THAT(archives->calls, SizeIs(3));
 }
 
 TEST_F(ArchiveChangesTest, whatIsTooLargeIsUnpackedIfTheUserSaysSo)

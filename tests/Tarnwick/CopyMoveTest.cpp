@@ -1,5 +1,8 @@
 #include "Tarnwick/Operations/CopyMove.h"
 
+#include "Tarnwick/Operations/Delete.h"
+#include "Tarnwick/Operations/NewFolder.h"
+#include "Tarnwick/Operations/Rename.h"
 #include "tests/support/TransferPanesTest.h"
 
 #include <gmock/gmock.h>
@@ -513,7 +516,7 @@ TEST_F(CopyMoveTest, whatAnotherTransferHasStillToWriteIsNotWritten)
     mark({"b"});
     move();
     EXPECT_EQ(lastError(),
-              "move failed on /dst/b: it is being written by another transfer. Wait for that one, or cancel it");
+              "move failed on /dst/b: another operation is writing it. Wait until it has ended, or cancel it");
     EXPECT_THAT(transfer->copies, SizeIs(1));
     EXPECT_TRUE(here->has("/src/b"));
     transfer->pause->succeed({});
@@ -525,13 +528,35 @@ TEST_F(CopyMoveTest, whatAnotherTransferHasStillToWriteIsNotWritten)
 
 TEST_F(CopyMoveTest, namesThatAreOneNameThereAreNotWrittenByTwoTransfers)
 {
+TEST_F(CopyMoveTest, whatATransferWritesOrMovesIsNotChangedMeanwhile)
+{
+    transfer->pausesBefore = "b";
+    move();
+    begin(deleteOperands(context()));
+    confirm(Dialogs::Answer::ok);
+    EXPECT_EQ(lastError(),
+              "delete failed on /src/a: another operation is moving it. Wait until it has ended, or cancel it");
+    begin(performRename(context(), "b", "c"));
+    EXPECT_THAT(lastError(), HasSubstr("rename failed on /src/b: another operation is moving it"));
+    auto inTarget = context();
+    inTarget.operands = target.pane->operands();
+    begin(newFolder(inTarget));
+    answerPrompt("b");
+    EXPECT_THAT(lastError(), HasSubstr("create folder failed on /dst/b: another operation is writing it"));
+    EXPECT_EQ(here->content("/src/b"), "bb");
+    transfer->pause->succeed({});
+    loop.drain();
+    EXPECT_EQ(there->content("/dst/b"), "bb");
+    EXPECT_FALSE(here->has("/src/b"));
+}
+
     there->takesCasesForOne = true;
     here->file("/src/B", "capital");
     transfer->pausesBefore = "b";
     copy();
     mark({"B"});
     copy();
-    EXPECT_THAT(lastError(), HasSubstr("copy failed on /dst/B: it is being written by another transfer"));
+    EXPECT_THAT(lastError(), HasSubstr("copy failed on /dst/B: another operation is writing it"));
     EXPECT_THAT(transfer->copies, SizeIs(1));
     transfer->pause->succeed({});
     loop.drain();
@@ -539,7 +564,7 @@ TEST_F(CopyMoveTest, namesThatAreOneNameThereAreNotWrittenByTwoTransfers)
 
 TEST_F(CopyMoveTest, anotherTransferThatEndsDuringTheQuestionHasItAskedAgain)
 {
-    auto other = claims->hold({.place = "ssh:web1", .folder = "/dst", .names = {"a"}});
+    auto other = claims->hold({{.place = "ssh:web1", .folder = "/dst", .names = {"a"}}});
     there->before = [&](std::string const &request) {
         if (request.starts_with("factsAbout"))
             other.reset();

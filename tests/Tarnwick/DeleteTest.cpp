@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/Delete.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "Tarnwick/Operations/ClaimedNames.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/PaneTest.h"
 
@@ -36,7 +37,8 @@ protected:
 
     void begin()
     {
-        OperationContext context{.operands = pane->operands(), .pane = pane, .panes = {pane}, .dialogs = dialogs};
+        OperationContext context{
+            .operands = pane->operands(), .pane = pane, .panes = {pane}, .dialogs = dialogs, .claims = claims};
         operation = loop.start(deleteOperands(std::move(context)));
         loop.drain();
     }
@@ -63,6 +65,7 @@ protected:
     Dialogs::Confirmation const &question() const { return dialogs->confirmations.back().question; }
 
     std::shared_ptr<FakeDialogs> dialogs = std::make_shared<FakeDialogs>();
+    std::shared_ptr<ClaimedNames> claims = std::make_shared<ClaimedNames>();
     std::optional<Started<void>> operation;
 };
 
@@ -95,6 +98,20 @@ TEST_F(DeleteTest, nothingIsDeletedUnasked)
     loop.drain();
     EXPECT_TRUE(operation->isDone());
     EXPECT_THAT(provider->writes, IsEmpty());
+}
+
+TEST_F(DeleteTest, whatIsBeingDeletedIsClaimedUntilItHasGone)
+{
+    std::vector<ClaimedNames::Names> const wanted{
+        {.place = provider->identifier(), .folder = "/x/a", .names = {"deep"}}};
+    begin();
+    EXPECT_FALSE(claims->clash(wanted)) << "a question that stands holds nobody up";
+    agree();
+    EXPECT_EQ(claims->clash(wanted), (ClaimedNames::Clash{.path = "/x/a", .use = ClaimedNames::Use::deleted}));
+    failWrite("/x/a");
+    ASSERT_THAT(dialogs->errors, SizeIs(1));
+    EXPECT_FALSE(claims->clash(wanted)) << "nor does a message";
+    answer({"a", "b", "c", "d"});
 }
 
 TEST_F(DeleteTest, theCursorGoesToTheNameBelowTheLastThatHasGone)
@@ -230,7 +247,8 @@ TEST_F(DeleteTest, anotherPaneOnTheFolderKeepsItsCursor)
     other->navigate("/x", "d");
     loop.drain();
     ASSERT_EQ(other->cursorName(), "d");
-    OperationContext context{.operands = pane->operands(), .pane = pane, .panes = {pane, other}, .dialogs = dialogs};
+    OperationContext context{
+        .operands = pane->operands(), .pane = pane, .panes = {pane, other}, .dialogs = dialogs, .claims = claims};
     operation = loop.start(deleteOperands(std::move(context)));
     loop.drain();
     agree();

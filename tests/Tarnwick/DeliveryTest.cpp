@@ -112,7 +112,7 @@ TEST_F(DeliveryTest, whatAnotherTransferHasStillToWriteIsNotWritten)
     transfer->pausesBefore = "b";
     deliverTo(target, files({"a", "b"}));
     deliverTo(target, files({"b"}, TransferKind::move));
-    EXPECT_THAT(lastError(), HasSubstr("move failed on /dst/b: it is being written by another transfer"));
+    EXPECT_THAT(lastError(), HasSubstr("move failed on /dst/b: another operation is writing it"));
     EXPECT_THAT(transfer->copies, SizeIs(1));
     EXPECT_EQ(cleared, 0) << "it can be pasted when the other one has ended";
     transfer->pause->succeed({});

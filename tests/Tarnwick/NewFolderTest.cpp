@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/NewFolder.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "Tarnwick/Operations/ClaimedNames.h"
 #include "tests/support/FakeConnections.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/Listings.h"
@@ -79,8 +80,11 @@ protected:
 
     void begin()
     {
-        operation =
-            loop.start(newFolder({.operands = pane->operands(), .pane = pane, .panes = {pane}, .dialogs = dialogs}));
+        operation = loop.start(newFolder({.operands = pane->operands(),
+                                          .pane = pane,
+                                          .panes = {pane},
+                                          .dialogs = dialogs,
+                                          .claims = std::make_shared<ClaimedNames>()}));
         loop.drain();
     }
 

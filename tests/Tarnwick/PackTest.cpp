@@ -79,6 +79,31 @@ TEST_F(PackTest, aNameThatIsTakenIsReplacedAfterAQuestionOnly)
     finishWork();
 }
 
+TEST_F(PackTest, onlyTheArchiveThatWasShownIsReplaced)
+{
+    there->file("/dst/x.zip", "old");
+    beginToPack({"a"});
+    choose("x.zip", ArchiveFormat::zip);
+    there->nodes.at("/dst/x.zip").mtime += 1;
+    confirm(Dialogs::Answer::ok);
+    EXPECT_THAT(archives->calls, SizeIs(1)) << "the formats";
+    EXPECT_THAT(dialogs->confirmations, SizeIs(2));
+    confirm(Dialogs::Answer::ok);
+    EXPECT_THAT(archives->calls, SizeIs(2));
+    finishWork();
+}
+
+TEST_F(PackTest, twoOperationsDoNotWriteOneArchive)
+{
+    beginToPack({"a"});
+    choose("x.zip", ArchiveFormat::zip);
+    beginToPack({"b"});
+    choose("x.zip", ArchiveFormat::zip);
+    EXPECT_THAT(lastError(), HasSubstr("pack failed on /dst/x.zip: another operation is writing it"));
+    EXPECT_THAT(archives->calls, SizeIs(3)) << "one of them packs";
+    finishWork();
+}
+
 TEST_F(PackTest, anArchiveIsUnpackedIntoAFolderOfItsName)
 {
     beginToUnpack("c.tar.gz");
@@ -100,6 +125,20 @@ TEST_F(PackTest, aFolderThatIsThereStaysAsItIs)
     EXPECT_THAT(dialogs->confirmations.back().question.message, HasSubstr("c is there already."));
     confirm(Dialogs::Answer::ok);
     EXPECT_EQ(archives->calls.back(), "unpack /src/c.zip web1:/dst/c(2)");
+    finishWork();
+}
+
+TEST_F(PackTest, aFolderThatIsMadeDuringTheQuestionStaysAsItIs)
+{
+    beginToUnpack("c.zip");
+    there->folder("/dst/c");
+    confirm(Dialogs::Answer::ok);
+    ASSERT_THAT(dialogs->confirmations, SizeIs(2));
+    EXPECT_THAT(dialogs->confirmations.back().question.message, HasSubstr("web1:/dst/c(2)."));
+    confirm(Dialogs::Answer::ok);
+    EXPECT_THAT(archives->calls, ElementsAre("unpack /src/c.zip web1:/dst/c(2)"));
+    beginToUnpack("c.zip");
+    EXPECT_THAT(dialogs->confirmations.back().question.message, HasSubstr("web1:/dst/c(3).")) << "c(2) is claimed";
     finishWork();
 }
 

@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/Rename.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "Tarnwick/Operations/ClaimedNames.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/PaneTest.h"
 
@@ -26,7 +27,11 @@ protected:
 
     void begin(std::string from, std::string to)
     {
-        OperationContext context{.operands = pane->operands(), .pane = pane, .panes = {pane}, .dialogs = dialogs};
+        OperationContext context{.operands = pane->operands(),
+                                 .pane = pane,
+                                 .panes = {pane},
+                                 .dialogs = dialogs,
+                                 .claims = std::make_shared<ClaimedNames>()};
         operation = loop.start(performRename(std::move(context), std::move(from), std::move(to)));
         loop.drain();
     }
