@@ -3,6 +3,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "Tarnwick/Operations/StagingName.h"
 
+#include <optional>
 #include <unordered_set>
 
 namespace tw {
@@ -32,8 +33,9 @@ Task<std::unordered_set<std::string>> presentIn(Operands folder, Names names)
 }
 
 /// Of names whose move has failed somewhere, those that have moved: the source has them no more, and the target has
-/// them. A source that is gone as a whole, as with a disk that was pulled out, tells nothing about its names.
-Task<Names> thoseThatMoved(Job job, std::vector<Renamed> moves)
+/// them. Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its
+/// names.
+Task<std::optional<Names>> thoseThatMoved(Job job, std::vector<Renamed> moves)
 {
     Names sources;
     Names targets;
@@ -43,7 +45,7 @@ Task<Names> thoseThatMoved(Job job, std::vector<Renamed> moves)
     }
     auto const source = co_await job->source.browser->factsAbout(job->source.path, std::move(sources));
     if (source.state != FolderFacts::State::present)
-        co_return Names();
+        co_return std::nullopt;
     auto const left = namesIn(source);
     auto const arrived = co_await presentIn(job->target, std::move(targets));
     Names moved;
@@ -54,7 +56,8 @@ Task<Names> thoseThatMoved(Job job, std::vector<Renamed> moves)
     co_return moved;
 }
 
-/// A failure names one file at most, so both sides are asked afterwards what has moved.
+/// A failure names one file at most, so both sides are asked afterwards what has moved. If they do not answer, any of
+/// the names may have.
 Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
 {
     if (renamings.empty())
@@ -67,8 +70,11 @@ Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
     }
     auto const moving = co_await outcomeOf(job->source.browser->moveAll(std::move(moves)));
     if (moving.failure) {
-        auto asked = co_await outcomeOf(thoseThatMoved(job, std::move(renamings)).withStop({}));
-        moved = asked.value ? std::move(*asked.value) : Names();
+        auto const asked = co_await outcomeOf(thoseThatMoved(job, std::move(renamings)).withStop({}));
+        auto const known = asked.value.value_or(std::nullopt);
+        if (!known)
+            end->summary.partial.insert(end->summary.partial.end(), moved.begin(), moved.end());
+        moved = known.value_or(Names());
     }
     end->summary.complete.insert(end->summary.complete.end(), moved.begin(), moved.end());
     end->gone.insert(end->gone.end(), moved.begin(), moved.end());

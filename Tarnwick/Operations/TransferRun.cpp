@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/TransferRun.h"
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
@@ -89,6 +90,17 @@ TransferPlan only(TransferPlan plan, std::vector<std::string> const &names)
     std::erase_if(plan.keepBoth, [&](auto const &name) { return !some.contains(name); });
     std::erase_if(plan.renamed, [&](auto const &each) { return !some.contains(each.name); });
     return plan;
+}
+
+/// The failure of a renaming out of a staging folder, with the path at the target: the staging folder goes.
+std::exception_ptr atTarget(std::exception_ptr const &failure, TransferJob const &renaming)
+{
+    auto const failed = failureAs<FileOperationError::Failed>(failure);
+    auto const &staging = renaming.source.path;
+    if (!failed || !failed->path.starts_with(staging + "/"))
+        return failure;
+    auto path = renaming.target.pathOf(failed->path.substr(staging.size() + 1));
+    return std::make_exception_ptr(FileOperationError::Failed(failed->operation, std::move(path), failed->detail));
 }
 
 /// What of the plan goes through a staging folder.
@@ -228,19 +240,16 @@ Task<Survey> TransferRun::copyAndPublish(Self self, Operands staging, TransferPl
 /// Gives names of the staging folder their names in the target.
 Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
 {
-    auto const names = plan.allNames();
     auto const job = std::make_shared<TransferJob>(*self->job);
     job->source = std::move(staging);
     job->plan = std::move(plan);
     auto const named = std::make_shared<TransferEnd>();
     auto const moved = co_await outcomeOf(moveWithin(job, named));
     append(self->end->summary.complete, named->gone);
+    append(self->end->summary.partial, named->summary.partial);
     self->end->waiting = named->waiting;
-    if (moved.failure) {
-        // On a host some of the others may have their names too.
-        append(self->end->summary.partial, rest(names, named->gone));
-        std::rethrow_exception(moved.failure);
-    }
+    if (moved.failure)
+        std::rethrow_exception(atTarget(moved.failure, *job));
 }
 
 /// Publishes what was whole when the copy ended before its end, and counts the files of that alone.
@@ -251,9 +260,11 @@ Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan p
     if (names.empty())
         co_return;
     auto const whole = co_await staging.browser->survey(staging.path, names, Survey::Detail::sums);
-    co_await publish(self, staging, std::move(plan));
-    for (auto const &[name, part] : whole.parts)
-        self->end->summary.files += part.files;
+    co_await outcomeOf(publish(self, staging, std::move(plan)));
+    for (auto const &name : self->end->summary.complete) {
+        if (auto const found = whole.parts.find(name); found != whole.parts.end())
+            self->end->summary.files += found->second.files;
+    }
 }
 
 Task<void> TransferRun::copyNames(Self self, Names names, Operands target)

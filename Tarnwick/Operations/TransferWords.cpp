@@ -81,7 +81,7 @@ Text failed(TransferEnd const &end)
     std::vector<Text> lines{PaneStatus::describe(end.failure)};
     addList(lines, "Complete (%@):", end.summary.complete);
     addList(lines, "Perhaps there in part (%@):", end.summary.partial);
-    addList(lines, "Not begun (%@):", end.summary.untouched);
+    addList(lines, "Untouched (%@):", end.summary.untouched);
     if (auto const &waiting = end.waiting; !waiting.names.empty()) {
         lines.emplace_back("\n\n");
         lines.push_back({"The old files are in %@, since their names were taken meanwhile (%@):",
@@ -100,7 +100,7 @@ Text kept(TransferEnd const &end)
         lines.emplace_back("\n\n");
         lines.push_back(PaneStatus::describe(end.sourceFailure));
     }
-    addList(lines, "Changed during the copy (%@):", end.kept.changed);
+    addList(lines, "Changed there during the copy, so the target may have an older state (%@):", end.kept.changed);
     addList(lines, "Not the same at the target (%@):", end.kept.unequal);
     return Text::sequence(std::move(lines));
 }

@@ -27,7 +27,7 @@ Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vec
 /// "copy 3 items cancelled: 412 of 10,000 files copied".
 Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summary);
 
-/// Why it failed, what is complete, what may be there in part, and what was not begun.
+/// Why it failed, what is complete, what may be there in part, and what is untouched.
 Text failed(TransferEnd const &end);
 
 /// What a move has copied and did not take from the source, and why; empty if all has gone.

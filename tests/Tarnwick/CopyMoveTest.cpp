@@ -393,7 +393,7 @@ TEST_F(CopyMoveTest, aFailureOfTheStagedCopyLeavesNothingOfItToo)
     copy();
     resolve({Answer::keepBoth});
     EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a"));
-    EXPECT_THAT(lastError(), HasSubstr("Not begun (1 item):\na"));
+    EXPECT_THAT(lastError(), HasSubstr("Untouched (1 item):\na"));
 }
 
 TEST_F(CopyMoveTest, theSourceOfAMoveGoesWhenAllHasArrived)
@@ -417,7 +417,8 @@ TEST_F(CopyMoveTest, whatChangedDuringTheCopyStaysAndIsNamed)
     move();
     EXPECT_FALSE(here->has("/src/a"));
     EXPECT_TRUE(here->has("/src/b"));
-    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\nb"));
+    EXPECT_THAT(lastError(),
+                HasSubstr("Changed there during the copy, so the target may have an older state (1 item):\nb"));
 }
 
 TEST_F(CopyMoveTest, whatChangesUntilAllIsOnTheDiskStaysToo)
@@ -429,7 +430,8 @@ TEST_F(CopyMoveTest, whatChangesUntilAllIsOnTheDiskStaysToo)
     move();
     EXPECT_FALSE(here->has("/src/a"));
     EXPECT_TRUE(here->has("/src/b"));
-    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\nb"));
+    EXPECT_THAT(lastError(),
+                HasSubstr("Changed there during the copy, so the target may have an older state (1 item):\nb"));
 }
 
 TEST_F(CopyMoveTest, whatIsNotTheSameAtTheTargetStaysAndIsNamed)
@@ -456,7 +458,7 @@ TEST_F(CopyMoveTest, afterAFailureNothingIsDeletedAndTheUserKnowsWhatIsWhere)
     move();
     EXPECT_THAT(here->below("/src"), SizeIs(3));
     EXPECT_EQ(lastError(), "write to remote failed on b: No space left on device\n\n"
-                           "Complete (1 item):\na\n\nPerhaps there in part (1 item):\nb\n\nNot begun (1 item):\nc");
+                           "Complete (1 item):\na\n\nPerhaps there in part (1 item):\nb\n\nUntouched (1 item):\nc");
     EXPECT_THAT(dialogs->wordsOfErrors, ElementsAre("the last words about b"));
     EXPECT_THAT(source.pane->model().markedNames(), SizeIs(3)) << "to be tried again";
     EXPECT_THAT(target.pane->model().visibleNames(), ElementsAre("a"));
@@ -526,8 +528,6 @@ TEST_F(CopyMoveTest, whatAnotherTransferHasStillToWriteIsNotWritten)
     EXPECT_THAT(dialogs->conflicts, SizeIs(1)) << "it is there now, and nobody writes it";
 }
 
-TEST_F(CopyMoveTest, namesThatAreOneNameThereAreNotWrittenByTwoTransfers)
-{
 TEST_F(CopyMoveTest, whatATransferWritesOrMovesIsNotChangedMeanwhile)
 {
     transfer->pausesBefore = "b";
@@ -550,6 +550,8 @@ TEST_F(CopyMoveTest, whatATransferWritesOrMovesIsNotChangedMeanwhile)
     EXPECT_FALSE(here->has("/src/b"));
 }
 
+TEST_F(CopyMoveTest, namesThatAreOneNameThereAreNotWrittenByTwoTransfers)
+{
     there->takesCasesForOne = true;
     here->file("/src/B", "capital");
     transfer->pausesBefore = "b";
@@ -679,6 +681,18 @@ TEST_F(MoveWithinTest, noOldFileIsLostWithADiskThatIsPulledOut)
     EXPECT_EQ(here->content("/dst/b"), "old too");
 }
 
+TEST_F(MoveWithinTest, whatNobodyCanSayIsNotCalledUntouched)
+{
+    here->before = [this](std::string const &request) {
+        if (request == "move /src/b /dst/b")
+            throw FileOperationError::Failed("rename", "/src/b", "no answer");
+        if (request == "factsAbout /src a b" && !requestsOf(*here, "move").empty())
+            throw FileOperationError::Failed("reading", "/src", "no answer");
+    };
+    move();
+    EXPECT_EQ(lastError(), "rename failed on /src/b: no answer\n\nPerhaps there in part (2 items):\na\nb");
+}
+
 TEST_F(MoveWithinTest, aFileThatCannotComeBackStaysInTheStagingFolder)
 {
     here->file("/dst/a", "old");
@@ -769,6 +783,56 @@ TEST_F(MoveBetweenFileSystemsTest, aCancelKeepsTheSourceAndWhatHasArrivedWhole)
     EXPECT_EQ(here->content("/dst/b"), "old");
 }
 
+TEST_F(MoveBetweenFileSystemsTest, ofAFolderThatIsNotWholeNothingStaysAfterACancel)
+{
+    here->folder("/src/f");
+    here->file("/src/f/one", "1");
+    transfer->before = [this](auto const &) {
+        here->copyFrom(*here, "/src/f", here->below("/dst").front());
+        dialogs->works.front()->cancel();
+        throw FileOperationError::Cancelled();
+    };
+    mark({"f"});
+    move();
+    EXPECT_EQ(status(), "⚠︎ move 1 item cancelled: 0 of 1 files copied");
+    EXPECT_THAT(here->below("/dst"), IsEmpty());
+    EXPECT_TRUE(here->has("/src/f/one"));
+}
+
+TEST_F(MoveBetweenFileSystemsTest, ifANameIsTakenAtTheEndItSaysWhatIsThereAndWhatIsUntouched)
+{
+    here->file("/src/c", "c");
+    here->file("/dst/c", "old");
+    mark({"a", "b", "c"});
+    transfer->before = [this](std::string const &name) {
+        if (name == "b")
+            here->file("/dst/b", "of another program");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(lastError(),
+              "rename failed on /dst/b: File exists\n\nComplete (1 item):\na\n\nUntouched (2 items):\nb\nc");
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b", "/dst/c"));
+    EXPECT_EQ(here->content("/dst/b"), "of another program");
+    EXPECT_EQ(here->content("/dst/c"), "old");
+    EXPECT_THAT(here->below("/src"), SizeIs(3));
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aCancelCountsOnlyWhatHasItsName)
+{
+    here->file("/src/c", "c");
+    mark({"a", "b", "c"});
+    transfer->before = [this](std::string const &name) {
+        if (name != "c")
+            return;
+        here->file("/dst/b", "of another program");
+        dialogs->works.front()->cancel();
+        throw FileOperationError::Cancelled();
+    };
+    move();
+    EXPECT_EQ(status(), "⚠︎ move 3 items cancelled: 1 of 3 files copied");
+}
+
 TEST_F(MoveBetweenFileSystemsTest, aCancelAfterTheCopyKeepsTheSourceAndAllThatHasArrived)
 {
     here->before = [this](std::string const &request) {
@@ -822,15 +886,19 @@ TEST_F(MoveBetweenFileSystemsTest, eachTakenNameGetsItsAnswer)
     EXPECT_THAT(dialogs->errors, IsEmpty());
 }
 
-TEST_F(MoveBetweenFileSystemsTest, whatHasChangedMeanwhileStays)
+TEST_F(MoveBetweenFileSystemsTest, whatHasChangedMeanwhileStaysAlsoIfItsCopyHasReplacedAFile)
 {
+    here->file("/dst/a", "old");
     transfer->before = [this](auto const &name) {
         if (name == "b")
             here->nodes.at("/src/a").mtime += 1;
     };
     move();
+    resolve({Answer::replace});
+    EXPECT_EQ(copyOfA(), "aaaa");
     EXPECT_THAT(here->below("/src"), ElementsAre("/src/a"));
-    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\na"));
+    EXPECT_THAT(lastError(),
+                HasSubstr("Changed there during the copy, so the target may have an older state (1 item):\na"));
 }
 
 class MergeTest : public MoveWithinTest {
@@ -891,7 +959,8 @@ TEST_F(MergeTest, theSourceStaysIfItChangedDuringTheCopy)
     transfer->before = [this](auto const &) { here->file("/src/f/sub/late", "late"); };
     merge();
     EXPECT_TRUE(here->has("/src/f/sub/late"));
-    EXPECT_THAT(lastError(), HasSubstr("Changed during the copy (1 item):\nf"));
+    EXPECT_THAT(lastError(),
+                HasSubstr("Changed there during the copy, so the target may have an older state (1 item):\nf"));
 }
 
 TEST_F(MoveWithinTest, bothAreKeptUnderTheirNames)

@@ -133,7 +133,7 @@ TEST_F(MoveBetweenHostsTest, aMoveThatIsCutInTheMiddleLosesNothingAndSaysSo)
     auto const &said = dialogs->errors.front().question;
     EXPECT_THAT(said, HasSubstr("read from remote failed"));
     EXPECT_THAT(said, HasSubstr("Perhaps there in part (1 item):\nmany"));
-    EXPECT_THAT(said, HasSubstr("Not begun (1 item):\nz"));
+    EXPECT_THAT(said, HasSubstr("Untouched (1 item):\nz"));
     EXPECT_EQ(filesIn(folder.path("many")).size(), 500U) << "the source is whole";
     EXPECT_TRUE(std::filesystem::exists(folder.path("z")));
     EXPECT_FALSE(filesIn(local.path("many")).empty()) << "what has arrived stays";
