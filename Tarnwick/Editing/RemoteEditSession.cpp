@@ -146,6 +146,7 @@ void RemoteEditSession::ticked(Found const &found)
         knownEnds = found.endedEditors;
         return editorsEnded();
     }
+    // What it finds may have been uploaded already: by the button, or for an editor that has ended.
     auto const finding = watch.tick(stamp, now);
     // Events of other files beside the copy make it look too, and must not put off the upload.
     if (auto const rest = watch.untilSettled(now))
@@ -154,11 +155,11 @@ void RemoteEditSession::ticked(Found const &found)
     case SaveWatch::Finding::nothing:
         break;
     case SaveWatch::Finding::changed:
-        if (shown.question == Question::none)
+        if (shown.question == Question::none && stamp != copy.record.uploaded)
             say("changed — waiting for the save to settle…");
         break;
     case SaveWatch::Finding::settled:
-        if (stamp != copy.record.uploaded) // it may have been uploaded by the button
+        if (stamp != copy.record.uploaded)
             startUpload(copy);
     }
 }

@@ -253,6 +253,21 @@ TEST_F(RemoteEditSessionTest, aConflictKeepsTheSessionOfAnEditorThatHasEnded)
     EXPECT_EQ(contentOf(path), "mine");
 }
 
+TEST_F(RemoteEditSessionTest, aSaveThatTheButtonUploadedIsNotWaitedForAgain)
+{
+    auto const path = folder.file("a", "old");
+    auto const session = edit(path);
+    save(session, "new");
+    session->uploadNow();
+    loop.runUntil([&] { return contentOf(path) == "new" && !session->state().isUploading; });
+    for (int looks = 0; looks < 5; ++looks) {
+        clock->advance(std::chrono::seconds(1));
+        loop.settle(engine);
+    }
+    EXPECT_THAT(session->state().status.english(), StartsWith("saved to web at "));
+    EXPECT_EQ(uploads(), 1);
+}
+
 TEST_F(RemoteEditSessionTest, aSaveDuringAnUploadIsUploadedAfterIt)
 {
     auto const path = folder.file("a", "old");
