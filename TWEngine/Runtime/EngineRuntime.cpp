@@ -27,9 +27,14 @@ EngineRuntime::EngineRuntime()
 
 EngineRuntime::~EngineRuntime()
 {
-    // A scan may have outlived its Browser. What ends on a thread that blocks goes on on a strand, and the other way
-    // round, so both have to be found at rest with nothing posted in between: counted when it is posted, since work
-    // that is queued behind one's back is not begun yet.
+    waitUntilIdle(); // a scan may have outlived its Browser
+}
+
+void EngineRuntime::waitUntilIdle()
+{
+    // What ends on a thread that blocks goes on on a strand, and the other way round, so both have to be found at rest
+    // with nothing posted in between: counted when it is posted, since work that is queued behind one's back is not
+    // begun yet.
     auto const posted = [this] {
         return fileLanes.posted() + blockingWork.posted() + storeThreads.posted() + strandThreads.posted();
     };

@@ -40,6 +40,10 @@ public:
 
     std::shared_ptr<Clock> const &clock() const noexcept { return systemClock; }
 
+    /// Until nothing is queued or under way on the lanes, workers and strands. What waits for a timer, a pipe or the
+    /// main context is not waited for. Not on one of those threads.
+    void waitUntilIdle();
+
 private:
     // In the order of dependency: work of a strand may wait for a worker or a timer, so the threads of strands end
     // first.

@@ -35,7 +35,7 @@ protected:
         loop.drain();
         clock->advance(std::chrono::seconds(10));
         loop.runUntil([&] { return ended.isDone(); });
-        engine.workers().waitUntilIdle();
+        loop.settle(engine);
     }
 
     std::shared_ptr<EditSessions> newSessions()
@@ -61,12 +61,13 @@ protected:
         std::ofstream(session->localPath(), std::ios::trunc) << content;
     }
 
-    /// Lets time pass until a condition holds: the looks at the copy come by and by.
+    /// Lets time pass until a condition holds, a hundred times as fast as it does: the looks at the copy come with it.
     void passTimeUntil(std::function<bool()> const &condition)
     {
         loop.runUntil([&] {
             if (condition())
                 return true;
+            loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
             clock->advance(std::chrono::milliseconds(100));
             loop.context()->post([] {});
             return false;

@@ -38,8 +38,7 @@ protected:
         loop.drain();
         clock->advance(std::chrono::seconds(10));
         loop.runUntil([&] { return ended.isDone(); });
-        engine.workers().waitUntilIdle();
-        loop.drain();
+        loop.settle(engine);
     }
 
     OperationContext context(std::string connection)

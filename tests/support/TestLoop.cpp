@@ -1,5 +1,7 @@
 #include "tests/support/TestLoop.h"
 
+#include "TWEngine/Runtime/EngineRuntime.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -27,6 +29,13 @@ void TestLoop::drain()
     }
 }
 
+void TestLoop::settle(EngineRuntime &engine)
+{
+    do {
+        engine.waitUntilIdle();
+    } while (runPending() > 0);
+}
+
 bool TestLoop::runUntil(std::function<bool()> condition)
 {
     auto const deadline = std::chrono::steady_clock::now() + hangLimit;
@@ -35,15 +44,17 @@ bool TestLoop::runUntil(std::function<bool()> condition)
         auto const ranBefore = ran;
         if (condition())
             return true;
+        // Looked at here too: a condition that lets time pass never lets the loop sleep.
+        if (std::chrono::steady_clock::now() >= deadline) {
+            ADD_FAILURE() << "the condition waited for did not come about";
+            return false;
+        }
         // A condition that drives the loop itself may have run, unseen, what would make it hold: it is asked again.
         if (ran != ranBefore)
             continue;
         std::unique_lock lock(mutex);
-        if (!woken.wait_until(lock, deadline, [this] { return hasWork; })) {
-            ADD_FAILURE() << "the condition waited for did not come about";
-            return false;
-        }
-        hasWork = false;
+        if (woken.wait_until(lock, deadline, [this] { return hasWork; }))
+            hasWork = false;
     }
 }
 

@@ -8,6 +8,10 @@
 #include <mutex>
 #include <optional>
 
+namespace tw {
+class EngineRuntime;
+}
+
 namespace tw::test {
 
 /// A task under test: its outcome, and a handle to stop it.
@@ -98,6 +102,10 @@ public:
 
     /// Runs until nothing is queued. For tests in which everything lives on this loop.
     void drain();
+
+    /// Runs until nothing is queued, and nothing is under way on the threads of the engine that would queue something.
+    /// At the end of a test: a task whose result comes when the loop is gone is never freed.
+    void settle(EngineRuntime &engine);
 
     /// What only a hang reaches, for a test whose work takes minutes.
     void setHangLimit(std::chrono::minutes limit) { hangLimit = limit; }

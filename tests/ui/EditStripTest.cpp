@@ -54,7 +54,7 @@ void endSessions(EditSessions &edits, EngineRuntime &engine, QtMainContext const
 {
     edits.leaveForNextStart();
     do {
-        engine.workers().waitUntilIdle();
+        engine.waitUntilIdle();
     } while (mainContext.context()->runPending() > 0);
 }
 
