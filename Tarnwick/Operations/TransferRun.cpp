@@ -231,7 +231,7 @@ Task<Survey> TransferRun::copyAndPublish(Self self, Operands staging, TransferPl
         self->end->summary.areFilesKnown = wereFilesKnown;
     }
     if (copied.failure && self->job->isMoveBetweenFileSystems)
-        co_await outcomeOf(publishWhole(self, staging, whole, filesBefore));
+        co_await outcomeOf(publishWhole(self, staging, whole));
     auto arrived = copied.take();
     co_await publish(self, staging, std::move(plan));
     co_return arrived;
@@ -252,10 +252,9 @@ Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
         std::rethrow_exception(atTarget(moved.failure, *job));
 }
 
-/// Publishes what was whole when the copy ended before its end, and counts the files of that alone.
-Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan plan, std::int64_t filesBefore)
+/// Publishes what was whole when the copy ended before its end, and counts its files.
+Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan plan)
 {
-    self->end->summary.files = filesBefore;
     auto const names = plan.allNames();
     if (names.empty())
         co_return;

@@ -41,7 +41,7 @@ private:
     static Task<Survey> copyAndSurvey(Self self, Operands staging, Names names);
     static Task<Survey> copyAndPublish(Self self, Operands staging, TransferPlan plan);
     static Task<void> publish(Self self, Operands staging, TransferPlan plan);
-    static Task<void> publishWhole(Self self, Operands staging, TransferPlan plan, std::int64_t filesBefore);
+    static Task<void> publishWhole(Self self, Operands staging, TransferPlan plan);
     static Task<void> copyNames(Self self, Names names, Operands target);
     static Task<Survey> survey(Self self, Operands where, Names names, Survey::Detail detail);
     static Task<void> removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys);
