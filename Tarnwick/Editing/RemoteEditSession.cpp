@@ -202,13 +202,18 @@ void RemoteEditSession::startUpload(EditStaging::Copy sent)
     spawn({with.mainContext, {}}, upload(weak_from_this(), with, std::move(sent)));
 }
 
-Task<RemoteEditSession::Result> RemoteEditSession::put(EngineRuntime *engine, Task<std::shared_ptr<Browser>> reaching,
-                                                       EditStaging::Copy sent,
+Task<RemoteEditSession::Result> RemoteEditSession::put(Ports ports, EditStaging::Copy sent,
                                                        std::shared_ptr<std::shared_ptr<Browser>> host)
 {
-    *host = co_await std::move(reaching);
+    auto reached = co_await ports.host(sent.record.connection);
+    *host = std::move(reached);
     auto const path = sent.record.path;
-    auto const outcome = co_await outcomeOf(EditedFile::put(engine, (*host)->providerRef(), sent));
+    std::shared_ptr<void const> claim;
+    if (ports.claim) {
+        auto held = co_await ports.claim(*host, path);
+        claim = std::move(held);
+    }
+    auto const outcome = co_await outcomeOf(EditedFile::put(&ports.engine, (*host)->providerRef(), sent));
     // Also after a failure, as the write may have been done.
     auto const folder = path.rfind('/') == 0 ? std::string("/") : folderOf(path);
     co_await outcomeOf((*host)->wroteInto(folder, {path.substr(path.rfind('/') + 1)}));
@@ -220,7 +225,7 @@ Task<RemoteEditSession::Result> RemoteEditSession::put(EngineRuntime *engine, Ta
 Task<void> RemoteEditSession::upload(Weak weak, Ports ports, EditStaging::Copy sent)
 {
     auto const host = std::make_shared<std::shared_ptr<Browser>>();
-    auto outcome = co_await outcomeOf(put(&ports.engine, ports.host(sent.record.connection), sent, host));
+    auto outcome = co_await outcomeOf(put(ports, sent, host));
     auto const self = weak.lock();
     if (!self)
         co_return;

@@ -32,6 +32,9 @@ public:
         std::shared_ptr<Clock> clock;
         /// The host of a connection, once it is up.
         std::function<Task<std::shared_ptr<Browser>>(std::string connection)> host;
+        /// Keeps other operations from changing the file until the result goes. Throws if one of them changes it.
+        /// Empty: there are no others.
+        std::function<Task<std::shared_ptr<void const>>(std::shared_ptr<Browser> host, std::string path)> claim = {};
     };
 
     /// `state` has changed.
@@ -94,8 +97,7 @@ private:
     static Task<void> listen(Weak weak, EngineRuntime *engine, std::string folder);
     static Task<void> look(Weak weak, EngineRuntime *engine, EditStaging::Copy copy);
     static Task<void> lookBeforeLeaving(Weak weak, EngineRuntime *engine, std::string path);
-    static Task<Result> put(EngineRuntime *engine, Task<std::shared_ptr<Browser>> reaching, EditStaging::Copy sent,
-                            std::shared_ptr<std::shared_ptr<Browser>> host);
+    static Task<Result> put(Ports ports, EditStaging::Copy sent, std::shared_ptr<std::shared_ptr<Browser>> host);
     static Task<void> upload(Weak weak, Ports with, EditStaging::Copy sent);
 
     /// What a tick finds on the disk.

@@ -42,7 +42,7 @@ Task<bool> change(OperationContext context, ArchiveSteps::Work work)
     auto const file = context.operands.archive->file();
     Operands const written{
         .browser = file.holder, .connection = file.connection, .path = file.folder(), .names = {file.name()}};
-    auto claim = co_await ClaimSteps::claim(context, "change", written, ClaimedNames::Use::written);
+    auto claim = co_await ClaimSteps::claim(context.claims, "change", written, ClaimedNames::Use::written);
     work.claim = std::move(claim);
     auto const isDone = co_await ArchiveSteps::perform(context, std::move(work));
     co_return isDone;

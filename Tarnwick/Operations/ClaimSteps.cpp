@@ -115,17 +115,18 @@ Task<Named> withFreeNames(OperationContext context, TransferPlan plan, Writing w
     }
 }
 
-Task<ClaimedNames::Claim> claim(OperationContext context, std::string operation, Operands what, ClaimedNames::Use use)
+Task<ClaimedNames::Claim> claim(std::shared_ptr<ClaimedNames> claims, std::string operation, Operands what,
+                                ClaimedNames::Use use)
 {
     FolderFacts facts;
-    if (context.claims->isAnyAt(what.browser->providerRef()->identifier())) {
+    if (claims->isAnyAt(what.browser->providerRef()->identifier())) {
         auto said = co_await what.browser->factsAbout(what.path, {});
         facts = std::move(said);
     }
     std::vector wanted{namesAt(what, facts, what.names, use)};
-    if (auto clash = context.claims->clash(wanted))
+    if (auto clash = claims->clash(wanted))
         throw errorOf(std::move(operation), *std::move(clash));
-    co_return context.claims->hold(std::move(wanted));
+    co_return claims->hold(std::move(wanted));
 }
 
 } // namespace tw::ClaimSteps

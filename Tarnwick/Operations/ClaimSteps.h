@@ -49,6 +49,7 @@ Task<Named> withFreeNames(OperationContext context, TransferPlan plan, Writing w
 
 /// A claim for a change that asks nothing before it. The place is asked where the folder is only if another operation
 /// has claimed something there.
-Task<ClaimedNames::Claim> claim(OperationContext context, std::string operation, Operands what, ClaimedNames::Use use);
+Task<ClaimedNames::Claim> claim(std::shared_ptr<ClaimedNames> claims, std::string operation, Operands what,
+                                ClaimedNames::Use use);
 
 } // namespace tw::ClaimSteps

@@ -117,7 +117,8 @@ using Work = std::shared_ptr<Deletion>;
 /// Deletes in requests of a moment each: between them the user sees how far it is.
 Task<void> removeInRequests(Work work, std::shared_ptr<Progress> shown)
 {
-    auto const claim = co_await ClaimSteps::claim(work->context, "delete", work->what, ClaimedNames::Use::deleted);
+    auto const claim =
+        co_await ClaimSteps::claim(work->context.claims, "delete", work->what, ClaimedNames::Use::deleted);
     auto const paths = work->what.paths();
     RequestSize size;
     while (work->done < paths.size()) {

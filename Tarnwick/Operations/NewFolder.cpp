@@ -23,7 +23,7 @@ Task<void> make(OperationContext context, std::string name)
 {
     auto where = context.operands;
     where.names = {name};
-    auto const claim = co_await ClaimSteps::claim(context, "create folder", where, ClaimedNames::Use::written);
+    auto const claim = co_await ClaimSteps::claim(context.claims, "create folder", where, ClaimedNames::Use::written);
     co_await where.browser->makeDirectory(where.pathOf(name));
 }
 

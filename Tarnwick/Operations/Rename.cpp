@@ -17,7 +17,7 @@ Task<void> renameWithin(OperationContext context, std::string from, std::string 
     if (auto objection = objectionToNewName(to))
         throw FileOperationError::Failed("rename", where.pathOf(from), *std::move(objection));
     where.names = {from, to};
-    auto const claim = co_await ClaimSteps::claim(context, "rename", where, ClaimedNames::Use::moved);
+    auto const claim = co_await ClaimSteps::claim(context.claims, "rename", where, ClaimedNames::Use::moved);
     co_await where.browser->rename(where.pathOf(from), where.pathOf(to));
 }
 

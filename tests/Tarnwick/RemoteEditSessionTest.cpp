@@ -1,3 +1,4 @@
+#include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/Browser.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "Tarnwick/Editing/EditSessions.h"
@@ -41,14 +42,23 @@ protected:
     std::shared_ptr<EditSessions> newSessions()
     {
         return std::make_shared<EditSessions>(
-            RemoteEditSession::Ports{.engine = engine,
-                                     .mainContext = loop.context(),
-                                     .clock = clock,
-                                     .host = [this](std::string const & /*connection*/) { return reached(browser); }},
+            RemoteEditSession::Ports{
+                .engine = engine,
+                .mainContext = loop.context(),
+                .clock = clock,
+                .host = [this](std::string const & /*connection*/) { return reached(browser); },
+                .claim = [this](auto const & /*host*/, auto const &path) { return claimed(isBeingWritten, path); }},
             place);
     }
 
     static Task<std::shared_ptr<Browser>> reached(std::shared_ptr<Browser> host) { co_return host; }
+
+    static Task<std::shared_ptr<void const>> claimed(bool isBeingWritten, std::string path)
+    {
+        if (isBeingWritten)
+            throw FileOperationError::Failed("write", path, "another operation is writing it");
+        co_return nullptr;
+    }
 
     EditSessions::Session edit(std::string const &path)
     {
@@ -90,7 +100,8 @@ protected:
         host, Browser::Collaborators{.strand = Strand(loop.context()), .clock = clock}, Browser::Config{});
     EditStaging::Place place{.base = folder.path("edits")};
     std::shared_ptr<EditSessions> edits = newSessions();
-    int questions = 1; ///< commands that change nothing
+    int questions = 1;           ///< commands that change nothing
+    bool isBeingWritten = false; ///< the file on the host, by another operation
 };
 
 TEST_F(RemoteEditSessionTest, eachSettledSaveReachesTheHost)
@@ -305,6 +316,20 @@ TEST_F(RemoteEditSessionTest, aLargeCopyIsUploadedBesideTheFileFirst)
     session->uploadNow();
     passTimeUntilStatus(session, "saved to web");
     EXPECT_EQ(contentOf(path), large + large);
+}
+
+TEST_F(RemoteEditSessionTest, nothingIsUploadedWhileAnotherOperationWritesTheFile)
+{
+    auto const path = folder.file("a", "old");
+    auto const session = edit(path);
+    isBeingWritten = true;
+    save(session, "new");
+    passTimeUntilStatus(session, "⚠︎ upload failed: write failed on " + path + ": another operation is writing it");
+    EXPECT_EQ(contentOf(path), "old");
+    isBeingWritten = false;
+    session->uploadNow();
+    passTimeUntilStatus(session, "saved to web");
+    EXPECT_EQ(contentOf(path), "new");
 }
 
 TEST_F(RemoteEditSessionTest, whatSomebodyElseHasWrittenIsAskedAbout)

@@ -9,6 +9,7 @@
 #include "Tarnwick/Connections/ArchiveBrowsers.h"
 #include "Tarnwick/Connections/ConnectionRegistry.h"
 #include "Tarnwick/Editing/TerminalEditor.h"
+#include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Preview/FilePreviews.h"
 #include "Tarnwick/Settings/Settings.h"
 #include "Tarnwick/Toolkit/Appearance/ColorScheme.h"
@@ -79,6 +80,18 @@ Task<ArchivePasswords::Password> askForPassword(std::shared_ptr<WindowLoginPromp
     co_return answer ? std::optional(std::string(answer->text.text())) : std::nullopt;
 }
 
+Task<std::shared_ptr<void const>> claimEdited(std::shared_ptr<ClaimedNames> claims, std::shared_ptr<Browser> host,
+                                              std::string path)
+{
+    auto const slash = path.rfind('/');
+    Operands const file{.browser = std::move(host),
+                        .connection = {},
+                        .path = path.substr(0, std::max<std::size_t>(slash, 1)),
+                        .names = {path.substr(slash + 1)}};
+    auto claim = co_await ClaimSteps::claim(std::move(claims), "write", file, ClaimedNames::Use::written);
+    co_return claim;
+}
+
 } // namespace
 
 AppDelegate::AppDelegate(Collaborators collaborators)
@@ -89,7 +102,11 @@ AppDelegate::AppDelegate(Collaborators collaborators)
           RemoteEditSession::Ports{.engine = with.engine,
                                    .mainContext = with.mainContext,
                                    .clock = with.engine.clock(),
-                                   .host = [this](std::string host) { return with.connections.ssh(std::move(host)); }},
+                                   .host = [this](std::string host) { return with.connections.ssh(std::move(host)); },
+                                   .claim =
+                                       [claims = claims](std::shared_ptr<Browser> host, std::string path) {
+                                           return claimEdited(claims, std::move(host), std::move(path));
+                                       }},
           with.edits))
 {
 }
@@ -162,7 +179,8 @@ void AppDelegate::applicationDidFinishLaunching(PaneSpec::Sides const &sides,
                                 auto const isWanted = Settings::editor.read(with.defaults) == EditorChoice::terminal;
                                 return isWanted ? TerminalEditor::ofThisUser() : std::string();
                             },
-                        .activationToken = [this] { return startupToken.next(); }}});
+                        .activationToken = [this] { return startupToken.next(); }},
+            .claims = claims});
     controller->usePreviews(std::make_shared<FilePreviews>(
         with.engine, [] { return Scratch::directory("preview"); },
         FilePreviews::Thumbnails{.folder = UserPaths::ofThisUser().thumbnails,

@@ -98,6 +98,7 @@ private:
     LifeLog lifeLog;
     StartupToken startupToken;
     std::shared_ptr<Applications> const applications;
+    std::shared_ptr<ClaimedNames> const claims = std::make_shared<ClaimedNames>();
     std::shared_ptr<EditSessions> const edits;
     std::unique_ptr<FileManagerService> fileManager;
     bool isAskedToQuit = false; ///< by the user or a signal, not by a window that was closed
