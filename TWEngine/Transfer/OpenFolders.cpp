@@ -34,7 +34,7 @@ bool OpenFolders::enter(std::string_view folder)
 
 void OpenFolders::add(std::string_view name)
 {
-    // What then is refused is a folder of the BSDs' tar with more folders in it than this; that of others is empty.
+    // Then a member below a forgotten folder is refused. Only BSD tar sends such a member after so many others.
     if (awaitedBytes + bytesOf(name) > mostAwaitedBytes)
         forgetAwaited();
     if (!levels.back().awaited.emplace(name).second)

@@ -22,7 +22,7 @@ public:
 
     struct Names {
         std::string place;  ///< FileSystemProvider::identifier
-        std::string folder; ///< path without links
+        std::string folder; ///< path; without links, if the place was asked
         std::vector<std::string> names;
         bool takesCasesForOne = false; ///< the folder
         Use use = Use::written;
