@@ -3,6 +3,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/FileSystemProvider.h"
 #include "TWCore/Provider/FolderFacts.h"
+#include "TWCore/Provider/LockedFolders.h"
 #include "TWCore/Provider/Survey.h"
 
 #include <vector>
@@ -36,8 +37,8 @@ public:
     /// `rename`.
     virtual Task<void> moveAll(std::vector<Move> moves) = 0;
 
-    /// Deletes each of the paths, and nothing can bring them back.
-    virtual Task<void> removePermanently(std::vector<std::string> paths) = 0;
+    /// Deletes each of the paths, and nothing can bring them back. A Windows host takes all folders for `stay`.
+    virtual Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) = 0;
 
     /// What is in the way of writing `names` into `folder`.
     virtual Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) = 0;

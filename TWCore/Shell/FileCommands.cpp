@@ -36,10 +36,23 @@ Paths front(ShellDialect dialect, Paths paths, std::size_t mostBytes)
     return paths.first(count);
 }
 
-std::string removeAtOnce(ShellDialect dialect, Paths paths)
+/// Deletes folders that come before those which they are in. Each that is left, since the folder above is locked too
+/// or for another reason, gets its rights back.
+constexpr std::string_view removeLocked =
+    R"sh(chmod u+w "$@"; rm -rf "$@"; for d do if [ -d "$d" ] && ! [ -L "$d" ]; then chmod u-w "$d"; fi; done)sh";
+
+std::string removeAtOnce(ShellDialect dialect, Paths paths, LockedFolders locked)
 {
-    if (dialect == ShellDialect::posix)
-        return "rm -rf -- " + quotedPaths(dialect, paths);
+    if (dialect == ShellDialect::posix) {
+        auto const list = quotedPaths(dialect, paths);
+        auto const removing = "rm -rf -- " + list;
+        if (locked == LockedFolders::stay)
+            return removing;
+        // A status above 128 is that of a command that was ended.
+        return "{ " + removing + " 2>/dev/null || { [ $? -le 128 ] && find " + list +
+               " -depth -type d ! -perm -200 -exec sh -c " + quote(dialect, removeLocked) + " sh {} + 2>/dev/null; " +
+               removing + "; }; }";
+    }
     return "Remove-Item -LiteralPath " + quotedPaths(dialect, paths) + " -Recurse -Force -ErrorAction Stop";
 }
 
@@ -62,16 +75,16 @@ std::string makeDirectory(ShellDialect dialect, std::string_view path)
     return "New-Item -ItemType Directory -Path " + quotePath(dialect, path) + " -ErrorAction Stop | Out-Null";
 }
 
-std::string remove(ShellDialect dialect, Paths paths)
+std::string remove(ShellDialect dialect, Paths paths, LockedFolders locked)
 {
     auto const first = fittingFront(dialect, paths);
     if (first.size() == paths.size())
-        return removeAtOnce(dialect, paths);
+        return removeAtOnce(dialect, paths, locked);
     // Not by xargs, which not every host has with -0.
     std::string commands = dialect == ShellDialect::posix ? "tw=0\n" : "";
     while (!paths.empty()) {
         auto const some = fittingFront(dialect, paths);
-        commands += removeAtOnce(dialect, some) + (dialect == ShellDialect::posix ? " || tw=1\n" : "\n");
+        commands += removeAtOnce(dialect, some, locked) + (dialect == ShellDialect::posix ? " || tw=1\n" : "\n");
         paths = paths.subspan(some.size());
     }
     return commands += dialect == ShellDialect::posix ? "exit $tw" : "";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TWCore/Provider/LockedFolders.h"
 #include "TWCore/Shell/ShellDialect.h"
 
 #include <chrono>
@@ -37,8 +38,8 @@ Paths fittingRequest(ShellDialect dialect, Paths paths);
 std::string makeDirectory(ShellDialect dialect, std::string_view path);
 
 /// Deletes each path with everything below it. More paths than one command takes are several commands, of which a later
-/// one runs although an earlier one has failed.
-std::string remove(ShellDialect dialect, Paths paths);
+/// one runs although an earlier one has failed. Locked folders that are left have the rights that they had.
+std::string remove(ShellDialect dialect, Paths paths, LockedFolders locked = LockedFolders::stay);
 
 /// Copies each path into the folder `to`, with times and permissions where the host keeps them.
 std::string copy(ShellDialect dialect, Paths from, std::string_view to);

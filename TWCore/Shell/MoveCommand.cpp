@@ -14,6 +14,8 @@ using Move = FileSystemWriter::Move;
 
 /// The functions of a POSIX request. The first form of stat is that of GNU and busybox, the second that of BSD. A
 /// failure prints its words and, in a line of its own, how many moves were done before it.
+///
+/// A folder that its owner cannot write to goes into no other folder. It gets that right for the move (`tw_locked`).
 constexpr std::string_view functions = R"sh(tw_n=0
 tw_end() { printf '%s\n%s\n' "${1:-it was not moved}" "$tw_n"; exit 1; }
 tw_there() { [ -e "$1" ] || [ -L "$1" ]; }
@@ -22,6 +24,14 @@ tw_same() { [ "$1" = "$2" ] || [ "${1%%:*}" != "${2%%:*}" ] || tw_end 'another f
 tw_help=$(mv --help 2>&1)
 case $tw_help in *' -n'*) tw_keep=-n ;; *) tw_keep= ;; esac
 case $tw_help in *' -T'*) tw_plain=-T ;; *) tw_plain= ;; esac
+tw_locked() {
+  local id
+  tw_there "$1" && ! tw_there "$2" && [ -n "$(find "$1" -prune -type d ! -perm -200 2>/dev/null)" ] || return
+  id=$(tw_id "$1")
+  chmod u+w "$1" 2>/dev/null || return
+  said=$(mv $tw_plain $tw_keep -- "$1" "$2" 2>&1)
+  if tw_there "$1"; then chmod u-w "$1"; elif [ "$id" = "$(tw_id "$2")" ]; then chmod u-w "$2"; fi
+}
 tw_into() {
   local from=$1/ to=$2/ name words= said before after count=0
   shift 2
@@ -34,7 +44,7 @@ tw_into() {
   [ $count -eq $# ] || set -- "${@:1:count}"
   if [ $# -gt 0 ]; then
     before=$(tw_id "$@")
-    said=$(mv $tw_keep -- "$@" "$to" 2>&1)
+    said=$(mv $tw_keep -- "$@" "$to" 2>&1) || for name do tw_locked "./$name" "$to$name"; done
     after=$(cd -- "$to" && tw_id "$@")
     local old=() new=() at=0
     [ "$before" = "$after" ] || old=($before) new=($after)
@@ -51,7 +61,7 @@ tw_as() {
   tw_there "$1" || tw_end 'No such file or directory'
   tw_there "$2" && tw_end 'File exists'
   before=$(tw_id "$1")
-  said=$(mv $tw_plain $tw_keep -- "$1" "$2" 2>&1)
+  said=$(mv $tw_plain $tw_keep -- "$1" "$2" 2>&1) || tw_locked "$1" "$2"
   if tw_there "$1" || ! tw_there "$2"; then tw_end "$said"; fi
   tw_same "$before" "$(tw_id "$2")"
   tw_n=$((tw_n + 1))

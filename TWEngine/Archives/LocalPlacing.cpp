@@ -2,6 +2,7 @@
 
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Archives/RightsCleaning.h"
+#include "TWEngine/Browsing/FolderAccess.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
 #include "TWEngine/Browsing/LocalRemoval.h"
 
@@ -52,30 +53,20 @@ bool isFolder(std::string const &path)
 
 enum class Existing { stays, isReplaced };
 
-bool isRenamed(std::string const &from, std::string const &to, Existing existing)
+int rename(std::string const &from, std::string const &to, Existing existing)
 {
     if (existing == Existing::isReplaced)
-        return ::rename(from.c_str(), to.c_str()) == 0;
+        return ::rename(from.c_str(), to.c_str());
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
-        return true;
+        return 0;
     // Some file systems do not know the flag. The caller has looked.
-    return (errno == EINVAL || errno == ENOSYS) && ::rename(from.c_str(), to.c_str()) == 0;
+    return errno == EINVAL || errno == ENOSYS ? ::rename(from.c_str(), to.c_str()) : -1;
 }
 
 void moveTo(std::string const &from, std::string const &to, Existing existing, Job const &job)
 {
-    if (isRenamed(from, to, existing))
-        return;
-    auto const error = errno;
-    struct stat status;
-    bool const isLocked = error == EACCES && ::lstat(from.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-                          (status.st_mode & S_IWUSR) == 0;
-    if (!isLocked)
+    if (auto const error = renameWithAccess(from, [&] { return rename(from, to, existing); }); error != 0)
         fail(job, to, error);
-    // A folder that its owner cannot write to cannot be moved either.
-    auto const mode = status.st_mode & 07777U;
-    if (::chmod(from.c_str(), mode | S_IWUSR) != 0 || !isRenamed(from, to, existing) || ::chmod(to.c_str(), mode) != 0)
-        fail(job, to, errno);
 }
 
 /// What new files of this process are not given. To ask by umask(2) would change it for all threads.
@@ -148,11 +139,8 @@ Left put(Members const &some, Job const &job, std::stop_token const &stop)
     }
     if (!left.members.empty())
         return left;
-    try {
-        removeForGood(some.staging, stop);
-    } catch (FileOperationError const &) {
-        return left; // an archive can give folders a mode that has to be changed first
-    }
+    // An archive can give folders any mode.
+    removeForGood(some.staging, stop, LockedFolders::go);
     return std::nullopt;
 }
 

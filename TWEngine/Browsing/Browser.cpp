@@ -240,13 +240,15 @@ Task<void> Browser::rename(std::string from, std::string to)
                               [from, to](FileSystemWriter &writer) { return writer.rename(from, to); }, {from, to}));
 }
 
-Task<void> Browser::removePermanently(std::vector<std::string> paths)
+Task<void> Browser::removePermanently(std::vector<std::string> paths, LockedFolders locked)
 {
     for (auto &path : paths)
         path = ListingParser::normalize(path);
-    return onStrand(strand, writeHere(
-                                shared_from_this(),
-                                [paths](FileSystemWriter &writer) { return writer.removePermanently(paths); }, paths));
+    return onStrand(strand,
+                    writeHere(
+                        shared_from_this(),
+                        [paths, locked](FileSystemWriter &writer) { return writer.removePermanently(paths, locked); },
+                        paths));
 }
 
 Task<void> Browser::moveAll(std::vector<FileSystemWriter::Move> moves)

@@ -141,7 +141,7 @@ public:
     Task<void> remove(std::vector<std::string> paths);
 
     /// Deletes each of the paths, and nothing can bring them back.
-    Task<void> removePermanently(std::vector<std::string> paths);
+    Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked = LockedFolders::stay);
 
     /// Renames, or moves within the provider.
     Task<void> rename(std::string from, std::string to);

@@ -93,7 +93,7 @@ Task<void> publish(EngineRuntime *engine, Move move, std::string staging)
 
 Task<void> removePath(EngineRuntime *engine, std::string path)
 {
-    return inLane(engine, path, [path](std::stop_token const &stop) { removeForGood(path, stop); });
+    return inLane(engine, path, [path](std::stop_token const &stop) { removeForGood(path, stop, LockedFolders::go); });
 }
 
 Task<void> copyAndPublish(EngineRuntime *engine, Move move, std::string staging)
@@ -120,9 +120,11 @@ Task<void> moveHere(EngineRuntime *engine, Move move)
     auto const staging = co_await makeStaging(engine, move);
     auto outcome = co_await outcomeOf(copyAndPublish(engine, move, staging));
     // Also after a cancellation, which must not stop this.
-    co_await outcomeOf(removePath(engine, staging).withStop({}));
+    auto const cleared = co_await outcomeOf(removePath(engine, staging).withStop({}));
     outcome.take();
     co_await removePath(engine, move.from).withStop({});
+    if (cleared.failure)
+        std::rethrow_exception(cleared.failure);
 }
 
 } // namespace

@@ -144,12 +144,13 @@ Task<void> moveToTrash(FileLanes *lanes, std::vector<std::string> paths)
     }
 }
 
-Task<void> removeAllForGood(FileLanes *lanes, std::vector<std::string> paths)
+Task<void> removeAllForGood(FileLanes *lanes, std::vector<std::string> paths, LockedFolders locked)
 {
     auto const context = co_await currentContext();
     for (auto const &path : paths)
-        co_await lanes->run(path, LastLink::keep, WorkPriority::interactive,
-                            [path, stop = context.stop](std::string const & /*place*/) { removeForGood(path, stop); });
+        co_await lanes->run(
+            path, LastLink::keep, WorkPriority::interactive,
+            [path, locked, stop = context.stop](std::string const & /*place*/) { removeForGood(path, stop, locked); });
 }
 
 using Moves = std::shared_ptr<std::vector<FileSystemWriter::Move> const>;
@@ -262,9 +263,9 @@ Task<void> LocalProvider::moveAll(std::vector<Move> moves)
     return moveAllInLanes(&engine, std::make_shared<std::vector<Move> const>(std::move(moves)));
 }
 
-Task<void> LocalProvider::removePermanently(std::vector<std::string> paths)
+Task<void> LocalProvider::removePermanently(std::vector<std::string> paths, LockedFolders locked)
 {
-    return removeAllForGood(&lanes, std::move(paths));
+    return removeAllForGood(&lanes, std::move(paths), locked);
 }
 
 Task<FolderFacts> LocalProvider::factsAbout(std::string folder, std::vector<std::string> names)

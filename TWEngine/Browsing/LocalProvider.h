@@ -56,7 +56,7 @@ public:
     Task<void> moveAll(std::vector<Move> moves) override;
 
     /// In order, up to the first failure.
-    Task<void> removePermanently(std::vector<std::string> paths) override;
+    Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) override;
 
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
     Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;

@@ -2,6 +2,7 @@
 
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Browsing/FolderAccess.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
 #include "TWEngine/Runtime/OpenFolder.h"
 
@@ -19,9 +20,31 @@ namespace {
 /// level, since a tree may be deeper than a process can have files open.
 class Removal {
 public:
-    Removal(std::string const &path, std::stop_token const &token) : root(path), stop(token) {}
+    Removal(std::string const &path, std::stop_token const &token, LockedFolders what)
+        : root(path), stop(token), locked(what)
+    {
+    }
 
     void run()
+    {
+        try {
+            removeRoot();
+        } catch (...) {
+            lockAgain();
+            throw;
+        }
+    }
+
+private:
+    /// A folder on the way from the root to where the walk is.
+    struct Level {
+        std::string name; ///< in the folder above; of the root, its path
+        dev_t device;
+        ino_t inode;
+        std::optional<mode_t> mode; ///< that it had, if it was locked
+    };
+
+    void removeRoot()
     {
         auto const slash = root.rfind('/');
         if (root.contains('\0') || slash == std::string::npos || slash + 1 == root.size())
@@ -37,14 +60,6 @@ public:
         if (::unlinkat(folder.get(), name.c_str(), AT_REMOVEDIR) != 0)
             fail(errno);
     }
-
-private:
-    /// A folder on the way from the root to where the walk is.
-    struct Level {
-        std::string name; ///< in the folder above; of the root, its path
-        dev_t device;
-        ino_t inode;
-    };
 
     [[noreturn]] void fail(int error, std::string const &name = {}) const
     {
@@ -70,17 +85,18 @@ private:
             fail(error, isRoot ? "" : name);
         if (!isRoot && status.st_dev != way.front().device)
             fail(EBUSY, name);
-        open(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), isRoot ? "" : name);
-        way.push_back({name, status.st_dev, status.st_ino});
+        auto const isLocked = (status.st_mode & S_IRWXU) != S_IRWXU;
+        auto access =
+            isLocked && locked == LockedFolders::go ? FolderAccess::give(folder, name, S_IRWXU) : std::nullopt;
+        auto inner =
+            openFolder(FileDescriptor(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
+        if (!inner)
+            fail(errno, isRoot ? "" : name);
+        way.push_back({name, status.st_dev, status.st_ino, {}});
+        here = std::move(inner);
+        if (access)
+            way.back().mode = access->keep();
         return false;
-    }
-
-    void open(int descriptor, std::string const &name)
-    {
-        auto folder = openFolder(FileDescriptor(descriptor));
-        if (!folder)
-            fail(errno, name);
-        here = std::move(folder);
     }
 
     /// Empties the root.
@@ -99,34 +115,59 @@ private:
         }
     }
 
+    OpenFolder openAbove() const
+    {
+        return openFolder(FileDescriptor(::openat(::dirfd(here.get()), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+    }
+
+    bool isHere(Level const &level) const
+    {
+        struct stat status;
+        return ::fstat(::dirfd(here.get()), &status) == 0 && status.st_dev == level.device &&
+               status.st_ino == level.inode;
+    }
+
     /// Goes up, removes the folder it comes from, and reads on. What was read there before is gone.
     void leave()
     {
-        auto const above = ::openat(::dirfd(here.get()), "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        open(above, "");
-        auto const left = way.back().name;
-        way.pop_back();
-        struct stat status;
-        if (::fstat(::dirfd(here.get()), &status) != 0)
+        auto above = openAbove();
+        if (!above)
             fail(errno);
+        auto const left = std::exchange(here, std::move(above));
+        auto const level = std::move(way.back());
+        way.pop_back();
         // Somebody has moved the folder meanwhile. What is above it now is not ours to delete.
-        if (status.st_dev != way.back().device || status.st_ino != way.back().inode)
-            fail(ENOENT, left);
-        if (::unlinkat(::dirfd(here.get()), left.c_str(), AT_REMOVEDIR) != 0)
-            fail(errno, left);
+        auto const isMoved = !isHere(way.back());
+        if (!isMoved && ::unlinkat(::dirfd(here.get()), level.name.c_str(), AT_REMOVEDIR) == 0)
+            return;
+        auto const error = isMoved ? ENOENT : errno;
+        if (level.mode)
+            ::fchmod(::dirfd(left.get()), *level.mode);
+        fail(error, level.name);
+    }
+
+    /// For the folders on the way, when the walk ends early.
+    void lockAgain()
+    {
+        for (; !way.empty() && here && isHere(way.back()); way.pop_back()) {
+            if (way.back().mode)
+                ::fchmod(::dirfd(here.get()), *way.back().mode);
+            here = openAbove();
+        }
     }
 
     std::string const &root;
     std::stop_token const &stop;
+    LockedFolders const locked;
     std::vector<Level> way;
     OpenFolder here;
 };
 
 } // namespace
 
-void removeForGood(std::string const &path, std::stop_token const &stop)
+void removeForGood(std::string const &path, std::stop_token const &stop, LockedFolders locked)
 {
-    Removal(path, stop).run();
+    Removal(path, stop, locked).run();
 }
 
 } // namespace tw

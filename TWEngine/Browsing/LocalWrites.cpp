@@ -1,6 +1,7 @@
 #include "TWEngine/Browsing/LocalWrites.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Browsing/FolderAccess.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 
@@ -66,6 +67,7 @@ void moveToTrash(std::string const &path)
     // GIO's own local files: its default may load modules that ask the session bus, which need not answer.
     std::unique_ptr<GFile, Unreference> const file(g_vfs_get_file_for_path(g_vfs_get_local(), path.c_str()));
     GError *failure = nullptr;
+    auto const access = FolderAccess::give(AT_FDCWD, path, S_IWUSR);
     if (g_file_trash(file.get(), nullptr, &failure))
         return;
     std::unique_ptr<GError, FreeError> const error(failure);
@@ -79,9 +81,10 @@ Renamed rename(std::string const &from, std::string const &to)
     requireNameable(renaming, from);
     if (to.contains('\0'))
         throw FileOperationError::Failed(renaming, from, systemText(ENOENT));
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+    auto const error = renameWithAccess(
+        from, [&] { return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE); });
+    if (error == 0)
         return Renamed::done;
-    auto const error = errno;
     if (error == EXDEV)
         return Renamed::isOnAnotherFileSystem;
     if (!isUnknownFlag(error))
@@ -95,8 +98,10 @@ void renameAfterLooking(std::string const &from, std::string const &to)
     struct stat there;
     if (::lstat(to.c_str(), &there) == 0)
         throw FileOperationError::Failed(renaming, from, systemText(EEXIST));
-    if (errno != ENOENT || ::rename(from.c_str(), to.c_str()) != 0)
+    if (errno != ENOENT)
         throw FileOperationError::Failed(renaming, from, systemText(errno));
+    if (auto const error = renameWithAccess(from, [&] { return ::rename(from.c_str(), to.c_str()); }); error != 0)
+        throw FileOperationError::Failed(renaming, from, systemText(error));
 }
 
 void sync(std::string const &folder)

@@ -15,7 +15,8 @@ void moveToTrash(std::string const &path);
 
 enum class Renamed { done, isOnAnotherFileSystem };
 
-/// Renames or moves within one file system. An existing target is an error, and stays as it is.
+/// Renames or moves within one file system, also a folder that its owner cannot write to. An existing target is an
+/// error, and stays as it is.
 Renamed rename(std::string const &from, std::string const &to);
 
 /// Like `rename`, for a file system that cannot refuse an existing target itself. Looks for a target first, so a target

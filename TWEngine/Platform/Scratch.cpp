@@ -67,24 +67,11 @@ std::optional<pid_t> processOf(std::string_view name)
     return isWhole && process > 0 ? std::optional(process) : std::nullopt;
 }
 
-/// Folders that were fetched may have the mode of their origin, which can keep their own user from emptying them.
-void makeRemovable(std::filesystem::path const &folder)
-{
-    std::error_code ignored;
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_all, std::filesystem::perm_options::add,
-                                 ignored);
-    for (auto each = std::filesystem::directory_iterator(folder, ignored);
-         each != std::filesystem::directory_iterator(); each.increment(ignored)) {
-        if (each->symlink_status(ignored).type() == std::filesystem::file_type::directory)
-            makeRemovable(each->path());
-    }
-}
-
 void removeFolder(std::filesystem::path const &folder)
 {
     try {
-        makeRemovable(folder);
-        removeForGood(folder.native(), {});
+        // Folders that were fetched have the rights of their origin.
+        removeForGood(folder.native(), {}, LockedFolders::go);
     } catch (std::exception const &) {
         // What is left is tried again by the next launch.
     }

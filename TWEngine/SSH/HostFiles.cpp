@@ -110,14 +110,14 @@ Task<void> requireMoved(Host host, std::vector<FileSystemWriter::Move> moves)
     }
 }
 
-Task<void> removeOn(EngineRuntime *engine, Host host, Paths paths)
+Task<void> removeOn(EngineRuntime *engine, Host host, Paths paths, LockedFolders locked)
 {
     if (paths.empty())
         co_return;
     auto const dialect = co_await host->dialect();
     while (!paths.empty()) {
         auto const some = takeFront(paths, FileCommands::fittingRequest(dialect, paths).size());
-        Change change{"delete", some.front(), FileCommands::remove(dialect, some), FileCommands::changeLimit};
+        Change change{"delete", some.front(), FileCommands::remove(dialect, some, locked), FileCommands::changeLimit};
         auto const token = randomDigits(16);
         auto sending = dialect == ShellDialect::posix
                            ? HostWork::run(*engine, host, token, EndableCommand::text(token, "rm", change.command),
@@ -154,9 +154,9 @@ Task<void> makeDirectory(Host host, std::string path)
         fail(change, {.output = "the connection was lost before the folder was made", .status = 0});
 }
 
-Task<void> remove(EngineRuntime &engine, Host host, Paths paths)
+Task<void> remove(EngineRuntime &engine, Host host, Paths paths, LockedFolders locked)
 {
-    return removeOn(&engine, std::move(host), std::move(paths));
+    return removeOn(&engine, std::move(host), std::move(paths), locked);
 }
 
 Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves)

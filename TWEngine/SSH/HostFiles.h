@@ -36,7 +36,7 @@ Task<void> makeDirectory(Host host, std::string path);
 /// Deletes each path with everything below it. A failure may leave any part deleted.
 ///
 /// Cancellation: on a POSIX host as HostWork::run. A question in the interactive session is answered afterwards.
-Task<void> remove(EngineRuntime &engine, Host host, Paths paths);
+Task<void> remove(EngineRuntime &engine, Host host, Paths paths, LockedFolders locked = LockedFolders::stay);
 
 /// Renames or moves on the host, see MoveCommand.
 Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves);

@@ -238,7 +238,7 @@ Task<void> SSHProvider::makeDirectory(std::string path)
 
 Task<void> SSHProvider::remove(std::vector<std::string> paths)
 {
-    return HostFiles::remove(engine, shared_from_this(), std::move(paths));
+    return removePermanently(std::move(paths), LockedFolders::stay);
 }
 
 Task<void> SSHProvider::rename(std::string from, std::string to)
@@ -251,9 +251,9 @@ Task<void> SSHProvider::moveAll(std::vector<Move> moves)
     return HostFiles::moveAll(shared_from_this(), std::move(moves));
 }
 
-Task<void> SSHProvider::removePermanently(std::vector<std::string> paths)
+Task<void> SSHProvider::removePermanently(std::vector<std::string> paths, LockedFolders locked)
 {
-    return remove(std::move(paths));
+    return HostFiles::remove(engine, shared_from_this(), std::move(paths), locked);
 }
 
 Task<FolderFacts> SSHProvider::factsAbout(std::string folder, std::vector<std::string> names)

@@ -90,7 +90,7 @@ public:
     Task<void> remove(std::vector<std::string> paths) override;
     Task<void> rename(std::string from, std::string to) override;
     Task<void> moveAll(std::vector<Move> moves) override;
-    Task<void> removePermanently(std::vector<std::string> paths) override;
+    Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) override;
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
     Task<void> sync(std::string folder) override;
 

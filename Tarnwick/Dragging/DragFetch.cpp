@@ -159,7 +159,8 @@ void DragFetch::remove(std::string what) const
 Task<void> DragFetch::removeCopies(std::shared_ptr<Browser> local, std::string folder)
 {
     std::vector<std::string> paths{std::move(folder)};
-    co_await outcomeOf(local->removePermanently(std::move(paths))); // best effort: it goes with the process
+    // Best effort: it goes with the process.
+    co_await outcomeOf(local->removePermanently(std::move(paths), LockedFolders::go));
 }
 
 } // namespace tw

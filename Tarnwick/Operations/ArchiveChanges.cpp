@@ -146,7 +146,7 @@ Task<void> addFromHost(OperationContext context, FileDrag files)
         outcome.failure = added.failure;
     }
     Names const staged{folder};
-    co_await outcomeOf(context.connections->local()->removePermanently(staged)).withStop({});
+    co_await outcomeOf(context.connections->local()->removePermanently(staged, LockedFolders::go)).withStop({});
     if (outcome.failure)
         std::rethrow_exception(outcome.failure);
 }

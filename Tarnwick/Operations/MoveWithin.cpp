@@ -135,12 +135,14 @@ Task<void> clearStaging(Job job, End end, Operands staging, Names names)
             std::erase_if(unreplaced, [&](auto const &name) { return !left.value->contains(name); });
     }
     if (unreplaced.empty()) {
-        co_await outcomeOf(staging.browser->removePermanently({staging.path}));
+        auto const removed = co_await outcomeOf(staging.browser->removePermanently({staging.path}, LockedFolders::go));
+        if (removed.failure)
+            end->leftBehind.push_back(staging.path);
         co_return;
     }
     end->waiting = {.folder = staging.path, .names = std::move(unreplaced)};
     if (!staging.names.empty())
-        co_await outcomeOf(staging.browser->removePermanently(staging.paths()));
+        co_await outcomeOf(staging.browser->removePermanently(staging.paths(), LockedFolders::go));
 }
 
 Task<void> replaceFiles(Job job, End end, Names names)

@@ -42,8 +42,9 @@ struct TransferEnd {
     };
 
     Waiting waiting = {};
-    std::exception_ptr failure = {};       ///< of the copy or the renaming
-    std::exception_ptr sourceFailure = {}; ///< everything was copied, but not everything could be deleted
+    std::vector<std::string> leftBehind = {}; ///< paths of staging folders that could not be deleted
+    std::exception_ptr failure = {};          ///< of the copy or the renaming
+    std::exception_ptr sourceFailure = {};    ///< everything was copied, but not everything could be deleted
 };
 
 } // namespace tw

@@ -202,9 +202,10 @@ Task<Survey> TransferRun::copyStaged(Self self, TransferPlan plan)
     co_await staging.browser->makeDirectory(staging.path);
     auto publishing = copyAndPublish(self, staging, std::move(plan));
     auto arrived = co_await outcomeOf(std::move(publishing));
-    auto const cleared = co_await outcomeOf(staging.browser->removePermanently({staging.path}));
-    if (!arrived.failure && cleared.failure)
-        std::rethrow_exception(cleared.failure);
+    auto removing = staging.browser->removePermanently({staging.path}, LockedFolders::go).withStop({});
+    auto const cleared = co_await outcomeOf(std::move(removing));
+    if (cleared.failure)
+        self->end->leftBehind.push_back(staging.path);
     co_return arrived.take();
 }
 
@@ -248,6 +249,7 @@ Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
     append(self->end->summary.complete, named->gone);
     append(self->end->summary.partial, named->summary.partial);
     self->end->waiting = named->waiting;
+    append(self->end->leftBehind, named->leftBehind);
     if (moved.failure)
         std::rethrow_exception(atTarget(moved.failure, *job));
 }
@@ -310,8 +312,9 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
     auto source = self->job->source;
     source.names = going;
     // A Trash on the same disk would free nothing of it, and one on another disk would be one more copy.
-    auto removing = self->job->isMoveBetweenFileSystems ? source.browser->removePermanently(source.paths())
-                                                        : source.browser->remove(source.paths());
+    auto const isForGood = self->job->isMoveBetweenFileSystems || !source.browser->writer()->deleteIsReversible();
+    auto removing = isForGood ? source.browser->removePermanently(source.paths(), LockedFolders::go)
+                              : source.browser->remove(source.paths());
     auto const removed = co_await outcomeOf(std::move(removing));
     if (!removed.failure) {
         append(self->end->gone, going);

@@ -200,6 +200,9 @@ Task<void> tell(OperationContext context, TransferJob job, TransferEnd end)
 {
     if (failureIs<FileOperationError::Cancelled>(end.failure)) {
         context.warn(TransferWords::cancelled(job.kind, job.source.names.size(), end.summary));
+        auto left = TransferWords::leftBehind(end);
+        if (!left.isEmpty())
+            co_await context.dialogs->error(std::move(left));
         co_return;
     }
     if (end.failure) {

@@ -27,6 +27,16 @@ void addList(std::vector<Text> &lines, char const *heading, Names const &names)
     lines.emplace_back("\n" + Dialogs::describe(names, mostNames));
 }
 
+void addLeftBehind(std::vector<Text> &lines, TransferEnd const &end)
+{
+    for (auto const &folder : end.leftBehind) {
+        if (!lines.empty())
+            lines.emplace_back("\n\n");
+        lines.push_back({"The folder %@ could not be deleted. Nothing in it is needed any more.",
+                         {onOneLine(WindowsPath::display(folder))}});
+    }
+}
+
 } // namespace
 
 std::string place(Operands const &where)
@@ -88,13 +98,14 @@ Text failed(TransferEnd const &end)
                          {onOneLine(WindowsPath::display(waiting.folder)), countPhrase(waiting.names.size())}});
         lines.emplace_back("\n" + Dialogs::describe(waiting.names, mostNames));
     }
+    addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }
 
 Text kept(TransferEnd const &end)
 {
     if (!end.sourceFailure && end.kept.changed.empty() && end.kept.unequal.empty())
-        return {};
+        return leftBehind(end);
     std::vector<Text> lines{"Everything was copied, but not everything was deleted where it came from."};
     if (end.sourceFailure) {
         lines.emplace_back("\n\n");
@@ -102,6 +113,14 @@ Text kept(TransferEnd const &end)
     }
     addList(lines, "Changed there during the copy, so the target may have an older state (%@):", end.kept.changed);
     addList(lines, "Not the same at the target (%@):", end.kept.unequal);
+    addLeftBehind(lines, end);
+    return Text::sequence(std::move(lines));
+}
+
+Text leftBehind(TransferEnd const &end)
+{
+    std::vector<Text> lines;
+    addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }
 

@@ -30,8 +30,11 @@ Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summ
 /// Why it failed, what is complete, what may be there in part, and what is untouched.
 Text failed(TransferEnd const &end);
 
-/// What a move has copied and did not take from the source, and why; empty if all has gone.
+/// What a move has copied and did not take from the source, and why, and what is left behind; empty if nothing is.
 Text kept(TransferEnd const &end);
+
+/// The staging folders that could not be deleted; empty if there are none.
+Text leftBehind(TransferEnd const &end);
 
 /// "Copied 3 items to web1:/srv."
 Text done(TransferJob const &job);

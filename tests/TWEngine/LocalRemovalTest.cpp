@@ -3,7 +3,9 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "tests/support/DiskRows.h"
+#include "tests/support/PrivateMount.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WithoutPrivileges.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -29,6 +31,22 @@ protected:
         return "no failure";
     }
 
+    /// With one file in it.
+    std::string lockedFolder(std::string const &name) const
+    {
+        auto const path = folder.folder(name);
+        folder.file(name + "/file", "kept");
+        ::chmod(path.c_str(), locked);
+        return path;
+    }
+
+    static mode_t modeOf(std::string const &path)
+    {
+        struct stat status;
+        return ::stat(path.c_str(), &status) == 0 ? status.st_mode & ACCESSPERMS : 0;
+    }
+
+    static constexpr mode_t locked = 0555;
     TemporaryFolder folder;
 };
 
@@ -81,6 +99,38 @@ TEST_F(LocalRemovalTest, whatCannotBeDeletedIsNamed)
     EXPECT_EQ(failureOf(missing), "delete failed on " + missing + ": No such file or directory");
     EXPECT_NE(failureOf(missing + '\0' + "x"), "no failure");
     EXPECT_THAT(failureOf("/proc/self/fdinfo"), testing::StartsWith("delete failed on /proc/self/fdinfo"));
+}
+
+TEST_F(LocalRemovalTest, aLockedFolderStaysUnlessItIsToGo)
+{
+    WithoutPrivileges const user;
+    folder.folder("tree/a");
+    lockedFolder("tree/a/locked");
+    auto const linked = lockedFolder("linked");
+    folder.link("tree/a/link", linked);
+    ::chmod(folder.path("tree/a").c_str(), 0);
+    ::chmod(folder.path("tree").c_str(), locked);
+    EXPECT_THAT(failureOf(folder.path("tree")), testing::HasSubstr("Permission denied"));
+    removeForGood(folder.path("tree"), {}, LockedFolders::go);
+    EXPECT_THAT(namesOnDisk(folder.path()), ElementsAre("linked"));
+    EXPECT_EQ(modeOf(linked), locked);
+}
+
+TEST_F(LocalRemovalTest, lockedFoldersThatAreLeftAreLockedAgain)
+{
+    auto const mounted = folder.folder("tree/a/mounted");
+    auto const expectation = [&] {
+        WithoutPrivileges const user;
+        for (std::string const name : {"tree/a", "tree"})
+            ::chmod(folder.path(name).c_str(), locked);
+        try {
+            removeForGood(folder.path("tree"), {}, LockedFolders::go);
+        } catch (FileOperationError::Failed const &) {
+            return modeOf(folder.path("tree/a")) == locked && modeOf(folder.path("tree")) == locked;
+        }
+        return false;
+    };
+    EXPECT_EXIT(exitWithMount(folder.folder("disk"), mounted, expectation), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(LocalRemovalTest, aStopEndsItBeforeTheNextEntry)

@@ -8,6 +8,7 @@
 #include "tests/support/SurveyTree.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestLoop.h"
+#include "tests/support/WithoutPrivileges.h"
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>
@@ -44,7 +45,9 @@ public:
 
     void TearDown() override { fs::remove_all(data); }
 
-    std::string contentOf(std::string const &name) const { return test::contentOf(data + "/Trash/files/" + name); }
+    std::string path(std::string const &name) const { return data + "/Trash/files/" + name; }
+
+    std::string contentOf(std::string const &name) const { return test::contentOf(path(name)); }
 
 private:
     std::string const data = (fs::temp_directory_path() / ("tarnwick-trash-" + std::to_string(::getpid()))).string();
@@ -168,6 +171,24 @@ TEST_F(LocalWritesTest, aFileSystemThatCannotRefuseATargetIsLookedAtFirst)
     EXPECT_EQ(contentOf(folder.path("free")), "new");
 }
 
+TEST_F(LocalWritesTest, aFolderThatItsOwnerCannotWriteToMovesAndKeepsItsRights)
+{
+    WithoutPrivileges const user;
+    auto const rights = [](std::string const &path) { return fs::status(path).permissions(); };
+    auto const isLocked = fs::perms(0555);
+    auto const from = folder.folder("from");
+    auto const lockedToo = folder.folder("locked too");
+    for (auto const &path : {from, lockedToo})
+        fs::permissions(path, isLocked);
+    EXPECT_THROW(LocalWrites::rename(from, lockedToo + "/to"), FileOperationError::Failed);
+    EXPECT_EQ(rights(from), isLocked);
+    LocalWrites::rename(from, folder.folder("sub") + "/to");
+    EXPECT_EQ(rights(folder.path("sub/to")), isLocked);
+    LocalWrites::renameAfterLooking(folder.path("sub/to"), folder.path("again"));
+    LocalWrites::moveToTrash(folder.path("again"));
+    EXPECT_EQ(rights(trash->path("again")), isLocked);
+}
+
 TEST_F(LocalWritesTest, renamingThatFailsSaysWhy)
 {
     auto const missing = folder.path("missing");
@@ -257,7 +278,7 @@ TEST_F(LocalWritesTest, whatIsDeletedForGoodIsNotInTheTrash)
     auto const file = folder.file("deleted for good", "content");
     auto const full = folder.folder("full");
     folder.file("full/inner", "deep");
-    loop.run(provider.removePermanently({file, full}));
+    loop.run(provider.removePermanently({file, full}, LockedFolders::stay));
     EXPECT_TRUE(fs::is_empty(folder.path()));
     EXPECT_EQ(trash->contentOf("deleted for good"), "");
 }

@@ -34,6 +34,27 @@ protected:
         return MoveCommand::failure(answer.output, moves.size());
     }
 
+    static void lock(std::string const &path) { std::filesystem::permissions(path, std::filesystem::perms(0555)); }
+
+    static std::filesystem::perms rightsOf(std::string const &path)
+    {
+        return std::filesystem::status(path).permissions();
+    }
+
+    void expectLockedFoldersToMove()
+    {
+        dropPrivileges();
+        for (auto const *name : {"-n", "a\n", "z"})
+            lock(folder.folder(std::string("from/") + name));
+        folder.file("from/b");
+        folder.link("from/link", folder.path("from/z"));
+        EXPECT_FALSE(perform({move("-n"), move("a\n"), move("b"), move("link"), move("z")}));
+        EXPECT_FALSE(perform({{folder.path("to/z"), folder.path("renamed")}}));
+        EXPECT_THAT(arrived(), ElementsAre("-n", "a\n", "b", "link"));
+        for (auto const *path : {"to/-n", "to/a\n", "renamed"})
+            EXPECT_EQ(rightsOf(folder.path(path)), std::filesystem::perms(0555)) << path;
+    }
+
     std::vector<std::string> left() const { return namesOnDisk(folder.path("from")); }
 
     std::vector<std::string> arrived() const { return namesOnDisk(folder.path("to")); }
@@ -82,6 +103,26 @@ TEST_F(MoveCommandTest, namesOfAllBytesMoveWithTheToolsOfBSD)
 exec /bin/mv "$@"
 )sh");
     expectHostileNamesToMove();
+}
+
+TEST_F(MoveCommandTest, lockedFoldersMoveAndKeepTheirRights)
+{
+    expectLockedFoldersToMove();
+}
+
+TEST_F(MoveCommandTest, lockedFoldersMoveWithBusybox)
+{
+    useBusybox();
+    expectLockedFoldersToMove();
+}
+
+TEST_F(MoveCommandTest, aLockedFolderThatCannotMoveKeepsItsRights)
+{
+    dropPrivileges();
+    lock(folder.folder("from/a"));
+    lock(folder.path("to"));
+    ASSERT_TRUE(perform({move("a")}));
+    EXPECT_EQ(rightsOf(folder.path("from/a")), std::filesystem::perms(0555));
 }
 
 TEST_F(MoveCommandTest, aTakenNameStopsAndBothStay)

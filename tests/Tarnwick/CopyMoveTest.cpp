@@ -396,6 +396,22 @@ TEST_F(CopyMoveTest, aFailureOfTheStagedCopyLeavesNothingOfItToo)
     EXPECT_THAT(lastError(), HasSubstr("Untouched (1 item):\na"));
 }
 
+TEST_F(CopyMoveTest, aStagingFolderThatIsLeftBehindIsNamed)
+{
+    there->file("/dst/a", "old");
+    mark({"a"});
+    there->before = [](std::string const &request) {
+        if (request.starts_with("removePermanently /dst/.tw-paste-"))
+            throw FileOperationError::Failed("delete", "/dst", "no way");
+    };
+    transfer->before = [](auto const &) { throw FileOperationError::Failed("write to remote", "a", "no space"); };
+    copy();
+    resolve({Answer::keepBoth});
+    auto const staging = there->below("/dst").front();
+    EXPECT_THAT(staging, StartsWith("/dst/.tw-paste-"));
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + staging + " could not be deleted."));
+}
+
 TEST_F(CopyMoveTest, theSourceOfAMoveGoesWhenAllHasArrived)
 {
     move();

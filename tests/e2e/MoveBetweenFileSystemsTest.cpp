@@ -10,6 +10,7 @@
 #include "tests/support/SurveyTree.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestLoop.h"
+#include "tests/support/WithoutPrivileges.h"
 
 #include <gmock/gmock.h>
 
@@ -85,6 +86,7 @@ protected:
         return false;
     }
 
+    WithoutPrivileges const user;
     EngineRuntime engine;
     TestLoop loop;
     TemporaryFolder folder;
@@ -117,6 +119,22 @@ TEST_F(MoveBetweenFileSystemsTest, aTreeArrivesWithAllThatIsInItAndGoesFromItsSo
     EXPECT_EQ(localSurvey(other.path(), names, {}), before);
     EXPECT_EQ(namesOnDisk(other.path()), names) << "nothing else is left";
     EXPECT_EQ(namesOnDisk(folder.path()).size(), hidden);
+}
+
+TEST_F(MoveBetweenFileSystemsTest, foldersThatTheirOwnerCannotWriteToArriveAndGo)
+{
+    folder.folder("locked/inner");
+    folder.file("locked/inner/file", "content");
+    for (auto const *name : {"locked/inner", "locked"})
+        fs::permissions(folder.path(name), fs::perms(0555));
+    moveAll();
+    loop.runUntil([&] { return moving->isDone(); });
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+    EXPECT_THAT(namesOnDisk(other.path()), ElementsAre("locked"));
+    EXPECT_EQ(contentOf(other.path("locked/inner/file")), "content");
+    for (auto const *name : {"locked/inner", "locked"})
+        EXPECT_EQ(fs::status(other.path(name)).permissions(), fs::perms(0555));
+    EXPECT_THAT(namesOnDisk(folder.path()), IsEmpty());
 }
 
 TEST_F(MoveBetweenFileSystemsTest, aCancelInTheMiddleOfAFileKeepsTheSourceAndWhatHasArrivedWhole)

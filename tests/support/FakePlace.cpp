@@ -133,7 +133,7 @@ Task<void> FakePlace::remove(std::vector<std::string> paths)
     co_return;
 }
 
-Task<void> FakePlace::removePermanently(std::vector<std::string> paths)
+Task<void> FakePlace::removePermanently(std::vector<std::string> paths, LockedFolders /*locked*/)
 {
     request(joined("removePermanently", paths));
     for (auto const &path : paths)

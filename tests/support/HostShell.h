@@ -53,16 +53,25 @@ exec /usr/bin/stat -c "$format" "$@"
 )sh");
     }
 
+    /// From now on permissions apply, also if the tests are root's.
+    void dropPrivileges() { hasPrivileges = false; }
+
     CommandResult run(std::string const &request)
     {
         auto environment = inheritedEnvironment();
         environment["PATH"] = searchPath;
         environment["LC_ALL"] = "C";
-        auto const shell = start({.program = "/bin/bash",
-                                  .arguments = {"-s"},
-                                  .environment = std::move(environment),
-                                  .input = PipeEnd{},
-                                  .output = PipeEnd{}});
+        ChildCommand command{.program = "/bin/bash",
+                             .arguments = {"-s"},
+                             .environment = std::move(environment),
+                             .input = PipeEnd{},
+                             .output = PipeEnd{}};
+        if (!hasPrivileges && ::geteuid() == 0) {
+            constexpr auto rights = "-dac_override,-dac_read_search,-fowner";
+            command.program = "/usr/bin/setpriv";
+            command.arguments = {"--bounding-set", rights, "--inh-caps", rights, "--", "/bin/bash", "-s"};
+        }
+        auto const shell = start(std::move(command));
         auto const output = loop.start(restOf(shell, ChildOutput::standard));
         loop.run(shell->write("( eval " + quote(ShellDialect::posix, request) + " ) 2>&1 </dev/null\n"));
         shell->closeInput();
@@ -76,6 +85,7 @@ exec /usr/bin/stat -c "$format" "$@"
 private:
     TemporaryFolder tools;
     std::string searchPath = "/usr/bin:/bin";
+    bool hasPrivileges = true;
 };
 
 } // namespace tw::test

@@ -39,7 +39,7 @@ public:
         return note(this, what);
     }
 
-    Task<void> removePermanently(std::vector<std::string> paths) override
+    Task<void> removePermanently(std::vector<std::string> paths, LockedFolders /*locked*/) override
     {
         std::string what = "removePermanently";
         for (auto const &path : paths)

@@ -77,7 +77,7 @@ public:
 
     Task<void> moveAll(std::vector<Move>) override { return none<void>(); }
 
-    Task<void> removePermanently(std::vector<std::string>) override { return none<void>(); }
+    Task<void> removePermanently(std::vector<std::string>, LockedFolders) override { return none<void>(); }
 
     Task<FolderFacts> factsAbout(std::string, std::vector<std::string>) override { return none<FolderFacts>(); }
 
