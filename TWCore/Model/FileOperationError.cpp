@@ -10,6 +10,11 @@ FileOperationError::Failed::Failed(std::string attempted, std::string target, st
 {
 }
 
+FileOperationError::OtherFileSystem::OtherFileSystem(std::string from)
+    : FileOperationError("rename failed on " + from + ": Invalid cross-device link"), path(std::move(from))
+{
+}
+
 FileOperationError::NoTrash::NoTrash(std::string target, std::string reason)
     : FileOperationError("move to Trash failed on " + target + ": " + reason),
       path(std::move(target)),

@@ -9,6 +9,7 @@ namespace tw {
 class FileOperationError : public std::exception {
 public:
     class Failed;
+    class OtherFileSystem;
     class NoTrash;
     class Unsupported;
     class Cancelled;
@@ -29,6 +30,14 @@ public:
     std::string const operation;
     std::string const path;
     std::string const detail;
+};
+
+/// A name that was to be renamed leads to another file system, where it has to be copied.
+class FileOperationError::OtherFileSystem final : public FileOperationError {
+public:
+    explicit OtherFileSystem(std::string path);
+
+    std::string const path; ///< what was to be renamed
 };
 
 /// The place of `path` has no Trash, or a file is too far from it. Deleting for good may still work.

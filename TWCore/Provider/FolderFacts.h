@@ -28,6 +28,7 @@ struct FolderFacts {
         std::int64_t size = 0;  ///< bytes
         std::int64_t mtime = 0; ///< whole seconds since 1970-01-01 UTC
         std::optional<FileIdentity> identity = {};
+        bool isMountPoint = false; ///< another file system begins there
     };
 
     State state = State::missing;

@@ -177,7 +177,8 @@ std::optional<std::string> pathFromHex(std::string_view digits)
     return path;
 }
 
-FolderFacts::Occupant occupant(std::string const &name, std::vector<std::string_view> const &columns)
+FolderFacts::Occupant occupant(std::string const &name, std::vector<std::string_view> const &columns,
+                               std::vector<FileIdentity> const &way)
 {
     FolderFacts::Occupant taken{.name = name};
     if (columns.size() != 4)
@@ -186,6 +187,9 @@ FolderFacts::Occupant occupant(std::string const &name, std::vector<std::string_
     taken.kind = entryKindOfMode(number<std::uint32_t>(columns[1], 16).value_or(0));
     taken.size = std::max<std::int64_t>(number<std::int64_t>(columns[2]).value_or(0), 0);
     taken.mtime = number<std::int64_t>(columns[3]).value_or(0);
+    // Of folders only: layers of one mount can have devices of their own for files.
+    taken.isMountPoint = taken.kind == EntryKind::directory && taken.identity && !way.empty() &&
+                         taken.identity->device != way.front().device;
     return taken;
 }
 
@@ -201,7 +205,7 @@ bool readTaken(Lines &lines, Names names, FolderFacts &facts)
         auto const isWhole = numbers.size() == rows.size();
         for (std::size_t index = 0; index < numbers.size(); ++index)
             facts.taken.push_back(
-                occupant(names[numbers[index]], isWhole ? rows[index] : std::vector<std::string_view>()));
+                occupant(names[numbers[index]], isWhole ? rows[index] : std::vector<std::string_view>(), facts.way));
         numbers.clear();
         rows.clear();
     };

@@ -2,6 +2,7 @@
 
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Browsing/MountPoint.h"
 #include "TWEngine/Runtime/OpenFolder.h"
 
 #include <cerrno>
@@ -122,7 +123,8 @@ std::optional<FolderFacts::Occupant> occupantOf(int folder, std::string const &f
                                  .kind = entryKindOfMode(status.st_mode),
                                  .size = status.st_size,
                                  .mtime = status.st_mtim.tv_sec,
-                                 .identity = identityOf(status)};
+                                 .identity = identityOf(status),
+                                 .isMountPoint = isMountPoint(folder, name)};
 }
 
 } // namespace

@@ -185,15 +185,23 @@ Task<std::size_t> moveInOneLane(FileLanes *lanes, Moves moves, std::size_t first
     co_return done;
 }
 
-Task<void> moveAllInLanes(EngineRuntime *engine, Moves moves)
+Task<void> moveAllInLanes(FileLanes *lanes, Moves moves)
 {
     for (std::size_t first = 0; first < moves->size();) {
         auto const end = endOfRun(moves, first);
-        auto const done = co_await moveInOneLane(&engine->files(), moves, first, end);
+        auto const done = co_await moveInOneLane(lanes, moves, first, end);
         if (done < end)
-            co_await moveToOtherFileSystem(*engine, (*moves)[done]);
-        first = done < end ? done + 1 : end;
+            throw FileOperationError::OtherFileSystem((*moves)[done].from);
+        first = end;
     }
+}
+
+Task<void> renameAnywhere(EngineRuntime *engine, FileSystemWriter::Move move)
+{
+    auto const moves = std::make_shared<std::vector<FileSystemWriter::Move> const>(1, move);
+    auto const done = co_await moveInOneLane(&engine->files(), moves, 0, 1);
+    if (done == 0)
+        co_await moveToOtherFileSystem(*engine, std::move(move));
 }
 
 Task<Survey> surveyInLane(FileLanes *lanes, std::string folder, std::vector<std::string> names, Survey::Detail detail)
@@ -255,12 +263,12 @@ Task<void> LocalProvider::remove(std::vector<std::string> paths)
 
 Task<void> LocalProvider::rename(std::string from, std::string to)
 {
-    return moveAll({Move{std::move(from), std::move(to)}});
+    return renameAnywhere(&engine, {std::move(from), std::move(to)});
 }
 
 Task<void> LocalProvider::moveAll(std::vector<Move> moves)
 {
-    return moveAllInLanes(&engine, std::make_shared<std::vector<Move> const>(std::move(moves)));
+    return moveAllInLanes(&lanes, std::make_shared<std::vector<Move> const>(std::move(moves)));
 }
 
 Task<void> LocalProvider::removePermanently(std::vector<std::string> paths, LockedFolders locked)

@@ -4,6 +4,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/FolderAccess.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Browsing/MountPoint.h"
 #include "TWEngine/Runtime/OpenFolder.h"
 
 #include <cerrno>
@@ -83,8 +84,8 @@ private:
             fail(errno, isRoot ? "" : name);
         if (!S_ISDIR(status.st_mode))
             fail(error, isRoot ? "" : name);
-        if (!isRoot && status.st_dev != way.front().device)
-            fail(EBUSY, name);
+        if (isMountPoint(folder, name) || (!isRoot && status.st_dev != way.front().device))
+            fail(EBUSY, isRoot ? "" : name);
         auto const isLocked = (status.st_mode & S_IRWXU) != S_IRWXU;
         auto access =
             isLocked && locked == LockedFolders::go ? FolderAccess::give(folder, name, S_IRWXU) : std::nullopt;

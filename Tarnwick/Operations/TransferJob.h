@@ -19,7 +19,7 @@ struct TransferJob {
     Operands source = {};
     Operands target = {}; ///< without names
     TransferPlan plan = {};
-    bool isMoveBetweenFileSystems = false; ///< of this machine, where nothing can be renamed
+    bool isMoveBetweenFileSystems = false; ///< of one place, where nothing can be renamed
 
     /// Moves within one place rename: no bytes move.
     bool isRename() const

@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/TransferPlan.h"
 
 #include <unordered_map>
+#include <unordered_set>
 
 namespace tw {
 
@@ -37,6 +38,17 @@ std::vector<std::string> TransferPlan::writtenNames() const
     for (auto const &each : renamed)
         all.push_back(each.newName);
     return all;
+}
+
+TransferPlan TransferPlan::only(std::vector<std::string> const &names) const
+{
+    std::unordered_set<std::string> const some(names.begin(), names.end());
+    auto part = *this;
+    std::erase_if(part.free, [&](auto const &name) { return !some.contains(name); });
+    std::erase_if(part.replace, [&](auto const &each) { return !some.contains(each.source.name); });
+    std::erase_if(part.keepBoth, [&](auto const &name) { return !some.contains(name); });
+    std::erase_if(part.renamed, [&](auto const &each) { return !some.contains(each.name); });
+    return part;
 }
 
 std::vector<std::string> TransferPlan::allNames() const

@@ -33,6 +33,9 @@ struct TransferPlan {
     /// All names that are written at the target.
     std::vector<std::string> writtenNames() const;
 
+    /// The plan for some of its names.
+    TransferPlan only(std::vector<std::string> const &names) const;
+
     /// All names of the source that are copied.
     std::vector<std::string> allNames() const;
 };

@@ -81,17 +81,6 @@ std::vector<std::string> rest(std::vector<std::string> const &names, std::vector
     return left;
 }
 
-/// The plan for some of its names.
-TransferPlan only(TransferPlan plan, std::vector<std::string> const &names)
-{
-    std::unordered_set<std::string> const some(names.begin(), names.end());
-    std::erase_if(plan.free, [&](auto const &name) { return !some.contains(name); });
-    std::erase_if(plan.replace, [&](auto const &each) { return !some.contains(each.source.name); });
-    std::erase_if(plan.keepBoth, [&](auto const &name) { return !some.contains(name); });
-    std::erase_if(plan.renamed, [&](auto const &each) { return !some.contains(each.name); });
-    return plan;
-}
-
 /// The failure of a renaming out of a staging folder, with the path at the target: the staging folder goes.
 std::exception_ptr atTarget(std::exception_ptr const &failure, TransferJob const &renaming)
 {
@@ -225,7 +214,7 @@ Task<Survey> TransferRun::copyAndPublish(Self self, Operands staging, TransferPl
     auto const filesBefore = self->end->summary.files;
     auto const wereFilesKnown = self->end->summary.areFilesKnown;
     auto copied = co_await outcomeOf(copyAndSurvey(self, staging, names));
-    auto const whole = only(plan, self->end->summary.complete);
+    auto const whole = plan.only(self->end->summary.complete);
     self->forgetArrivals(names); // the staging folder goes, with all that is still in it
     if (copied.failure) {
         self->end->summary.files = filesBefore;

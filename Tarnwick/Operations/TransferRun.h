@@ -13,9 +13,11 @@ namespace tw {
 ///
 /// The source of a move goes last: only names that have arrived whole, as both sides say when all has been copied, and
 /// only if everything could be copied. Names that are written under other ones are copied into a staging folder of the
-/// target first, since a transfer writes every name as it is. Between two file systems of this machine all are, except
+/// target first, since a transfer writes every name as it is. Between two file systems of one place all are, except
 /// folders that merge: there is never a part of a file under its name, and a file that is replaced stays until the new
-/// one is whole. What goes from this machine goes to the Trash, except to another of its file systems: for good.
+/// one is whole. What goes from this machine goes to the Trash, except to another of its file systems: for good. A
+/// renaming fails with FileOperationError::OtherFileSystem if it turns out that it leads to another file system after
+/// all.
 ///
 /// Threads: main context only.
 /// Lifetime: shared; `perform` keeps it.

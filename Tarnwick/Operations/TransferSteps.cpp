@@ -37,6 +37,25 @@ FileOperationError::Failed errorOf(TransferRefusal const &refusal, TransferJob c
     return {operation, job.target.path, ""};
 }
 
+bool isOnePlace(TransferJob const &job)
+{
+    return job.source.browser->providerRef()->identifier() == job.target.browser->providerRef()->identifier();
+}
+
+/// A move ends with the deletion of its source, and nobody can delete a mount point: what is in it would go, and the
+/// move fail. Of a host, it is known by its device only. A subvolume has one of its own too, and can be renamed.
+void refuseMountPoints(TransferJob const &job, TakenNames::Facts const &facts)
+{
+    auto const isHost = std::dynamic_pointer_cast<CommandHost>(job.source.browser->providerRef()) != nullptr;
+    auto const renames = isOnePlace(job) && !isMoveBetweenFileSystems(job, facts);
+    if (job.kind == TransferKind::copy || (isHost && renames))
+        return;
+    auto const found = std::ranges::find_if(facts.source.taken, &FolderFacts::Occupant::isMountPoint);
+    if (found != facts.source.taken.end())
+        throw FileOperationError::Failed("move", job.source.pathOf(found->name),
+                                         "this is a file system of its own, such as a mounted disk, and does not move");
+}
+
 /// True if the target has everything that is to be written there, as if it were the source under another name. Two
 /// spellings of one host, or a host that is this machine, are two places.
 bool mayBeOneFolder(TakenNames::Facts const &facts)
@@ -127,9 +146,7 @@ Transfer::Reporter reporterTo(std::shared_ptr<Executor> main, std::weak_ptr<Prog
 
 Task<TakenNames::Facts> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming)
 {
-    auto const isOnePlace =
-        job.source.browser->providerRef()->identifier() == job.target.browser->providerRef()->identifier();
-    auto const places = isOnePlace ? TransferRefusal::Places::same : TransferRefusal::Places::different;
+    auto const places = isOnePlace(job) ? TransferRefusal::Places::same : TransferRefusal::Places::different;
     auto facts = co_await TakenNames::ask(job.source, job.target);
     if (facts.target.state == FolderFacts::State::missing) {
         co_await makeMissing(context, job.target);
@@ -138,7 +155,8 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
     }
     if (auto const refusal = TransferRefusal::of(facts.source, facts.target, places, naming))
         throw errorOf(*refusal, job);
-    if (!isOnePlace && naming == TransferRefusal::Naming::kept && mayBeOneFolder(facts)) {
+    refuseMountPoints(job, facts);
+    if (!isOnePlace(job) && naming == TransferRefusal::Naming::kept && mayBeOneFolder(facts)) {
         auto const isOne = co_await isOneFolder(job);
         if (isOne)
             throw errorOf({Reason::ontoItself, job.source.names.front()}, job);
@@ -148,12 +166,9 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
 
 bool isMoveBetweenFileSystems(TransferJob const &job, TakenNames::Facts const &facts)
 {
-    auto const isHere = [](Operands const &place) {
-        return !std::dynamic_pointer_cast<CommandHost>(place.browser->providerRef());
-    };
     auto const &from = facts.source.way;
     auto const &to = facts.target.way;
-    return job.kind == TransferKind::move && isHere(job.source) && isHere(job.target) && !from.empty() && !to.empty() &&
+    return job.kind == TransferKind::move && isOnePlace(job) && !from.empty() && !to.empty() &&
            from.front().device != to.front().device;
 }
 
@@ -170,7 +185,22 @@ Task<TransferPlan> withFreeNames(TransferPlan plan, Operands target, std::vector
     co_return plan;
 }
 
-Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor cursor, std::stop_token callOff)
+namespace {
+
+/// What is left of a move when a name could not be renamed, since that leads to another file system.
+std::optional<TransferJob> leftToCopy(TransferJob job, TransferEnd const &end)
+{
+    auto const isElsewhere = failureIs<FileOperationError::OtherFileSystem>(end.failure);
+    auto const isClear = end.waiting.names.empty() && end.summary.partial.empty();
+    if (!isElsewhere || !job.isRename() || !isClear)
+        return std::nullopt;
+    job.plan = job.plan.only(end.summary.untouched);
+    job.isMoveBetweenFileSystems = true;
+    return job;
+}
+
+/// With progress if bytes move.
+Task<TransferEnd> performOnce(OperationContext context, TransferJob job, std::stop_token callOff)
 {
     auto const here = co_await currentContext();
     std::shared_ptr<Progress> shown;
@@ -187,9 +217,29 @@ Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor curs
     std::stop_callback const calledOff(std::move(callOff), cancel);
     auto end = co_await run->perform();
     work.reset();
-    if (shown)
+    if (shown && !leftToCopy(job, end))
         shown->conclude(conclusion(job, end).english());
-    shown.reset();
+    co_return end;
+}
+
+void addRenamed(TransferEnd &end, TransferEnd const &renamed)
+{
+    auto const prepend = [](auto &names, auto const &more) { names.insert(names.begin(), more.begin(), more.end()); };
+    prepend(end.gone, renamed.gone);
+    prepend(end.summary.complete, renamed.summary.complete);
+    prepend(end.leftBehind, renamed.leftBehind);
+}
+
+} // namespace
+
+Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor cursor, std::stop_token callOff)
+{
+    auto end = co_await performOnce(context, job, callOff);
+    if (auto copying = leftToCopy(job, end)) {
+        auto copied = co_await performOnce(context, *std::move(copying), callOff);
+        addRenamed(copied, end);
+        end = std::move(copied);
+    }
     if (!end.failure)
         context.unmarkOperands();
     rereadPanes(context, job, end, cursor);

@@ -19,8 +19,8 @@ Task<void> makeMissing(OperationContext context, Operands folder);
 /// if the user does not want that.
 Task<TakenNames::Facts> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming);
 
-/// True for a move between folders of this machine on different file systems. A host moves between its file systems
-/// itself.
+/// True for a move within one place between folders on different devices. Others may turn out to be such moves when
+/// something is renamed: mounts of one device, or layers of one mount.
 bool isMoveBetweenFileSystems(TransferJob const &job, TakenNames::Facts const &facts);
 
 /// The plan with a free name for each that is to be kept beside the one that is there. `others` are not free.

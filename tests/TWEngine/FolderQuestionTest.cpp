@@ -97,6 +97,14 @@ TEST_F(FolderQuestionTest, aHostWithoutStatStillSaysWhichNamesAreTaken)
     EXPECT_THAT(facts.way, IsEmpty());
 }
 
+TEST_F(FolderQuestionTest, aMountPointHasAnotherDevice)
+{
+    auto const facts = ask("/", {"proc", "usr"});
+    ASSERT_THAT(namesOf(facts), ElementsAre("proc", "usr"));
+    EXPECT_TRUE(facts.taken[0].isMountPoint);
+    EXPECT_FALSE(facts.taken[1].isMountPoint);
+}
+
 TEST_F(FolderQuestionTest, namesOfAllBytesAreToldApart)
 {
     auto const hostile = hostileNames();

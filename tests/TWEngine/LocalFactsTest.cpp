@@ -47,6 +47,14 @@ TEST_F(LocalFactsTest, whatHasANameIsDescribedInTheOrderOfTheQuestion)
     EXPECT_EQ(facts.taken[1].identity, identityOf(file));
 }
 
+TEST_F(LocalFactsTest, aMountPointIsSaidToBeOne)
+{
+    auto const facts = localFactsAbout("/", {"proc", "usr"});
+    ASSERT_THAT(facts.taken, SizeIs(2));
+    EXPECT_TRUE(facts.taken[0].isMountPoint);
+    EXPECT_FALSE(facts.taken[1].isMountPoint);
+}
+
 TEST_F(LocalFactsTest, namesOfAllBytesAreFound)
 {
     auto const names = hostileNames();

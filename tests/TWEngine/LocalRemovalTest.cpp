@@ -116,6 +116,18 @@ TEST_F(LocalRemovalTest, aLockedFolderStaysUnlessItIsToGo)
     EXPECT_EQ(modeOf(linked), locked);
 }
 
+TEST_F(LocalRemovalTest, whatIsMountedStaysWhole)
+{
+    auto const mounted = folder.folder("mounted");
+    auto const disk = folder.folder("disk");
+    folder.file("disk/file", "kept");
+    auto const expectation = [&] {
+        return failureOf(mounted) == "delete failed on " + mounted + ": Device or resource busy" &&
+               contentOf(mounted + "/file") == "kept";
+    };
+    EXPECT_EXIT(exitWithMount(disk, mounted, expectation), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(LocalRemovalTest, lockedFoldersThatAreLeftAreLockedAgain)
 {
     auto const mounted = folder.folder("tree/a/mounted");

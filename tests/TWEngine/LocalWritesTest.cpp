@@ -5,6 +5,7 @@
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Browsing/LocalSurvey.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
+#include "tests/support/PrivateMount.h"
 #include "tests/support/SurveyTree.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestLoop.h"
@@ -54,6 +55,18 @@ private:
 };
 
 auto *const trash = static_cast<OwnTrash *>(testing::AddGlobalTestEnvironment(new OwnTrash));
+
+TEST(SecondMountTest, aRenamingIntoAnotherMountOfTheSameDeviceLeadsToAnotherFileSystem)
+{
+    TemporaryFolder const folder;
+    auto const from = folder.file("from", "kept");
+    auto const there = folder.folder("there");
+    auto const expectation = [&] {
+        return LocalWrites::rename(from, there + "/to") == LocalWrites::Renamed::isOnAnotherFileSystem;
+    };
+    EXPECT_EXIT(exitWithMount(there, there, expectation), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(contentOf(from), "kept");
+}
 
 class LocalWritesTest : public testing::Test {
 protected:
@@ -221,13 +234,28 @@ TEST_F(LocalWritesTest, aMoveToAnotherFileSystemIsACopyAndTheOriginalGoes)
     fillTree(folder);
     ASSERT_EQ(::mkfifo(folder.path("tree/pipe").c_str(), 0600), 0);
     auto const before = localSurvey(folder.path(), {"tree", "-"}, {});
-    loop.run(
-        provider.moveAll({{folder.path("tree"), other.path("tree")}, {folder.path("-"), other.path("renamed\n")}}));
+    loop.run(provider.rename(folder.path("tree"), other.path("tree")));
+    loop.run(provider.rename(folder.path("-"), other.path("renamed\n")));
     EXPECT_EQ(localSurvey(other.path(), {"tree"}, {}).parts.at("tree").shape, before.parts.at("tree").shape);
     EXPECT_EQ(contentOf(other.path("renamed\n")), "12345");
     EXPECT_FALSE(fs::exists(folder.path("tree")));
     EXPECT_FALSE(fs::exists(folder.path("-")));
     EXPECT_EQ(namesOnDisk(other.path()), (std::vector<std::string>{"renamed\n", "tree"})) << "nothing else is left";
+}
+
+TEST_F(LocalWritesTest, aMoveOfManyNamesStopsAtAnotherFileSystem)
+{
+    TemporaryFolder const other(anotherFileSystem(folder.path()));
+    auto const near = folder.file("near", "moves");
+    auto const far = folder.file("far", "kept");
+    try {
+        loop.run(provider.moveAll({{near, folder.path("moved")}, {far, other.path("far")}}));
+        FAIL() << "a file was renamed into another file system";
+    } catch (FileOperationError::OtherFileSystem const &failure) {
+        EXPECT_EQ(failure.path, far);
+    }
+    EXPECT_EQ(contentOf(folder.path("moved")), "moves");
+    EXPECT_EQ(contentOf(far), "kept");
 }
 
 TEST_F(LocalWritesTest, aMoveToAnotherFileSystemKeepsWhatIsThere)

@@ -917,6 +917,40 @@ TEST_F(MoveBetweenFileSystemsTest, whatHasChangedMeanwhileStaysAlsoIfItsCopyHasR
                 HasSubstr("Changed there during the copy, so the target may have an older state (1 item):\na"));
 }
 
+TEST_F(MoveBetweenFileSystemsTest, mountsOfOneDeviceAreNoticedWhenNothingCanBeRenamed)
+{
+    here->isOneDevice = true;
+    here->file("/dst/b", "old");
+    here->folder("/src/f");
+    here->file("/src/f/new", "new");
+    here->folder("/dst/f");
+    mark({"f", "a", "b"});
+    transfer->pausesBefore = "b";
+    move();
+    resolve({Answer::replace, Answer::replace});
+    EXPECT_TRUE(dialogs->works.back()->isUnderWay);
+    transfer->pause->succeed({});
+    loop.drain();
+    EXPECT_THAT(here->below("/src"), IsEmpty());
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b", "/dst/f", "/dst/f/new"));
+    EXPECT_EQ(here->content("/dst/b"), "bb");
+    EXPECT_THAT(requestsOf(*here, "remove "), IsEmpty()) << "nothing goes to the Trash";
+    EXPECT_THAT(source.pane->model().visibleNames(), IsEmpty());
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aMountPointDoesNotMove)
+{
+    here->otherFileSystem = "/src/usb";
+    here->folder("/src/usb");
+    here->file("/src/usb/file", "kept");
+    mark({"usb", "a"});
+    move();
+    EXPECT_THAT(lastError(), HasSubstr("move failed on /src/usb: this is a file system of its own"));
+    EXPECT_THAT(here->below("/dst"), IsEmpty());
+    EXPECT_EQ(here->content("/src/usb/file"), "kept");
+}
+
 class MergeTest : public MoveWithinTest {
 protected:
     MergeTest()

@@ -82,7 +82,9 @@ protected:
         programs.ssh = path;
     }
 
-    void moveAll()
+    void moveAll() { moveAllTo(local.path()); }
+
+    void moveAllTo(std::string const &folderThere)
     {
         source.pane->markAll(PaneModel::Marks::insert);
         OperationContext context{.operands = source.pane->operands(),
@@ -96,7 +98,7 @@ protected:
         auto const asked = dialogs->prompts.size();
         moving.emplace(loop.start(moveOperands(std::move(context))));
         loop.runUntil([&] { return dialogs->prompts.size() > asked; });
-        dialogs->prompts.back().answer(local.path());
+        dialogs->prompts.back().answer(folderThere);
     }
 
     std::set<std::string> filesIn(std::string const &path) const { return namesIn(path); }
@@ -121,6 +123,25 @@ TEST_F(MoveBetweenHostsTest, aFolderOfManyFilesArrivesWholeAndGoesFromItsSource)
     EXPECT_EQ(contentOf(local.path("z")), "the last");
     EXPECT_THAT(filesIn(folder.path()), IsEmpty());
     loop.runUntil([&] { return source.pane->model().visibleNames().empty(); });
+}
+
+TEST_F(MoveBetweenHostsTest, betweenFileSystemsOfOneHostTheHostCopiesAndIsWatched)
+{
+    TemporaryFolder const other(anotherFileSystem(folder.path()));
+    makeFiles(100);
+    other.file("z", "old");
+    show(source, "host", folder.path());
+    show(target, "host", other.path());
+    moveAllTo(other.path());
+    loop.runUntil([&] { return !dialogs->conflicts.empty(); });
+    dialogs->conflicts.back().answer(std::vector{NameConflict::Answer::replace});
+    finish(*moving);
+    EXPECT_EQ(dialogs->works.size(), 1U);
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+    EXPECT_EQ(filesIn(other.path("many")).size(), 100U);
+    EXPECT_EQ(contentOf(other.path("z")), "the last");
+    EXPECT_THAT(filesIn(other.path()), ElementsAre("many", "z"));
+    EXPECT_THAT(filesIn(folder.path()), IsEmpty());
 }
 
 TEST_F(MoveBetweenHostsTest, aMoveThatIsCutInTheMiddleLosesNothingAndSaysSo)

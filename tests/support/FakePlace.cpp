@@ -79,7 +79,7 @@ std::uint64_t FakePlace::deviceOf(std::string const &path) const
 void FakePlace::moveTree(std::string const &from, std::string const &to)
 {
     if (deviceOf(from) != deviceOf(to))
-        throw Failed("rename", from, "Invalid cross-device link");
+        throw FileOperationError::OtherFileSystem(from);
     if (!has(from))
         throw Failed("rename", from, "No such file or directory");
     if (has(to))
@@ -166,7 +166,7 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
     facts.realPath = folder;
     for (auto above = folder;; above = above.substr(0, above.rfind('/'))) {
         auto const path = above.empty() ? "/" : above;
-        facts.way.push_back({.device = deviceOf(path), .inode = nodes.at(path).inode});
+        facts.way.push_back({.device = isOneDevice ? 1 : deviceOf(path), .inode = nodes.at(path).inode});
         if (path == "/")
             break;
     }
@@ -179,7 +179,8 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
                                .kind = node.content ? EntryKind::file : EntryKind::directory,
                                .size = node.content ? static_cast<std::int64_t>(node.content->size()) : 0,
                                .mtime = node.mtime,
-                               .identity = FileIdentity{.device = deviceOf(found->first), .inode = node.inode}});
+                               .identity = FileIdentity{.device = deviceOf(found->first), .inode = node.inode},
+                               .isMountPoint = found->first == otherFileSystem});
     }
     co_return facts;
 }
