@@ -154,10 +154,7 @@ std::optional<std::string> complaint(ExitStatus status, std::string words)
 {
     if (status.isSuccess())
         return std::nullopt;
-    if (!words.empty())
-        return words;
-    auto const number = std::to_string(status.number);
-    return status.cause == ExitStatus::Cause::killed ? "ended by signal " + number : "exit " + number;
+    return words.empty() ? status.text() : std::move(words);
 }
 
 } // namespace tw::ArchiveChild

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace tw {
 
 /// How a child process ended.
@@ -14,6 +16,9 @@ struct ExitStatus {
     int number = 0; ///< the exit code, or the signal
 
     bool isSuccess() const noexcept { return cause == Cause::exited && number == 0; }
+
+    /// "exit 2" or "ended by signal 9": the reason for a failure of a program that has said none.
+    std::string text() const;
 
     friend bool operator==(ExitStatus const &, ExitStatus const &) = default;
 };

@@ -218,7 +218,8 @@ Task<void> runStep(TransferWork::Shared work, std::shared_ptr<FileDescriptor con
     work->summary.words = run->child->words();
     if (!exit.value)
         std::rethrow_exception(exit.failure);
-    throw FileOperationError::Failed("copy", failing, work->summary.words);
+    auto const &words = work->summary.words;
+    throw FileOperationError::Failed("copy", failing, words.empty() ? exit.value->text() : words);
 }
 
 /// In order. `isFolder` says which names have a step alone; empty: none has.

@@ -6,10 +6,7 @@ namespace {
 
 std::string wordsOf(PipeEnding::Program const &program)
 {
-    if (!program.words.empty())
-        return program.words;
-    auto const number = std::to_string(program.status.number);
-    return program.status.cause == ExitStatus::Cause::killed ? "ended by signal " + number : "exit " + number;
+    return program.words.empty() ? program.status.text() : program.words;
 }
 
 } // namespace

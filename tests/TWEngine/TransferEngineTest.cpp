@@ -1,5 +1,7 @@
 #include "TWEngine/Transfer/TransferEngine.h"
 
+#include "tests/hosts/ProcessTree.h"
+#include "tests/support/HeldFile.h"
 #include "tests/support/TransferTest.h"
 
 namespace tw::test {
@@ -131,6 +133,56 @@ TEST_F(LocalTransferTest, aFolderThatIsGoneIsSaid)
     auto const gone = TransferEndpoint::local(folder.path("gone"));
     EXPECT_EQ(copy({"a"}, gone, targetHere()), "copy failed on " + gone.path() + ": No such file or directory");
     EXPECT_THAT(transfer->summary().untouched, ElementsAre("a"));
+}
+
+/// Three files of a folder, at the first of which cp stands still.
+class StoppedCopyTest : public LocalTransferTest {
+protected:
+    StoppedCopyTest()
+    {
+        folder.file("a", "a");
+        folder.folder("tree");
+        for (auto const *const name : {"tree/1", "tree/2", "tree/3"})
+            held.try_emplace(name, folder.file(name, name));
+        folder.file("z", "z");
+        copying.emplace(start({"a", "tree", "z"}, sourceHere(), targetHere()));
+        waitUntil([this] { return std::ranges::any_of(held, isWanted); });
+    }
+
+    void expectThatTheTreeHasFailed()
+    {
+        auto const summary = transfer->summary();
+        EXPECT_THAT(summary.complete, ElementsAre("a"));
+        EXPECT_THAT(summary.partial, ElementsAre("tree"));
+        EXPECT_THAT(summary.untouched, ElementsAre("z"));
+    }
+
+    static bool isWanted(std::pair<std::string const, HeldFile> const &each) { return each.second.isWanted(); }
+
+    std::map<std::string, HeldFile> held;
+    std::optional<Started<void>> copying;
+};
+
+TEST_F(StoppedCopyTest, aProgramThatIsKilledIsNamedByItsEnd)
+{
+    for (auto const &process : descendantsOf(::getpid()))
+        if (process.name == "cp")
+            ::kill(process.id, SIGKILL);
+    EXPECT_EQ(outcomeOf(*copying), "copy failed on tree: ended by signal 9");
+    expectThatTheTreeHasFailed();
+    EXPECT_EQ(transfer->summary().files, 1);
+}
+
+TEST_F(StoppedCopyTest, filesThatVanishMeanwhileLeaveTheOthersWhole)
+{
+    for (auto const &each : held)
+        if (!isWanted(each))
+            std::filesystem::remove(folder.path(each.first));
+    held.clear();
+    EXPECT_THAT(outcomeOf(*copying), HasSubstr("No such file or directory"));
+    expectThatTheTreeHasFailed();
+    EXPECT_EQ(transfer->summary().files, 2);
+    EXPECT_EQ(namesIn(local.path("tree")), namesIn(folder.path("tree")));
 }
 
 TEST_F(LocalTransferTest, aCancelEndsIt)
@@ -396,6 +448,30 @@ TEST_F(TransferEngineTest, aCancelEndsBothSides)
         EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
         waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + folder.path() + "'").empty(); });
         waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + local.path() + "'").empty(); });
+        std::filesystem::remove(local.path("large"));
+    }
+}
+
+TEST_F(TransferEngineTest, aLostLineOfOneOfTwoHostsEndsBothSides)
+{
+    reach();
+    DelayProxy otherLine(host->address().port, {});
+    client.add("other", host->address().through(otherLine.port()));
+    auto const provider = connected();
+    auto const other = makeProvider("other");
+    loop.run(other->connect());
+    folder.file("large");
+    std::filesystem::resize_file(folder.path("large"), std::int64_t{20} << 30U);
+    for (auto *const each : {line.get(), &otherLine}) {
+        auto const before = reports().size();
+        auto const copying = start({"large"}, sourceOn(provider), targetOn(other));
+        waitUntil([&] { return reports().size() > before + 20; });
+        each->cut();
+        EXPECT_THAT(outcomeOf(copying), testing::StartsWith(each == line.get() ? "read from remote failed on large: "
+                                                                               : "write to remote failed on large: "));
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
+        for (auto const &path : {folder.path(), local.path()})
+            waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + path + "'").empty(); });
         std::filesystem::remove(local.path("large"));
     }
 }
