@@ -7,6 +7,7 @@ namespace tw::test {
 namespace {
 
 using testing::AllOf;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
 using testing::StartsWith;
@@ -169,21 +170,88 @@ TEST_F(SSHProviderSessionsTest, aSessionKeepsItsNonceAndEachHasItsOwn)
 }
 
 /// What is lost between is lost on a real line.
-class ChangeOverALineTest : public SSHProviderTest {};
+class ChangeOverALineTest : public SSHProviderTest {
+protected:
+    ChangeOverALineTest()
+    {
+        reach();
+        provider = connected();
+        shellOf(provider, work);
+        for (auto const *const name : {"old", "to be deleted"})
+            folder.file(name);
+    }
+
+    std::vector<std::function<Task<void>()>> changes() const
+    {
+        return {[this] { return provider->makeDirectory(folder.path("made")); },
+                [this] { return provider->rename(folder.path("old"), folder.path("new")); },
+                [this] { return provider->remove({folder.path("to be deleted")}); }};
+    }
+
+    std::string outcomeOfLoss(std::function<Task<void>()> const &change, std::function<bool()> const &isTime)
+    {
+        auto const changing = loop.start(change());
+        while (!isTime())
+            loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+        line->cut();
+        line->resume();
+        return failureOf(changing);
+    }
+
+    std::set<std::string> names() const
+    {
+        std::set<std::string> found;
+        for (auto const &entry : std::filesystem::directory_iterator(folder.path()))
+            found.insert(entry.path().filename().string());
+        return found;
+    }
+
+    Provider provider;
+};
 
 TEST_F(ChangeOverALineTest, aCutBehindAChangeLeavesItUnknown)
 {
-    reach();
-    auto const provider = connected();
     auto const changing = loop.start(
         provider->runCommand({.text = "cd '" + folder.path() + "'; touch begun; until [ -e go ]; do sleep 0.01; done",
                               .session = work,
                               .effect = CommandEffect::changes}));
-    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'") == "begun\n"; });
+    loop.runUntil([&] { return run(provider, "cd '" + folder.path() + "'; echo beg*") == "begun\n"; });
     line->cut();
     folder.file("go");
     EXPECT_THAT(failureOf(changing), HasSubstr("it is not known whether this was done"));
     EXPECT_EQ(run(provider, "echo back", work), "back\n");
+}
+
+TEST_F(ChangeOverALineTest, aChangeThatIsLostOnItsWayIsNotCalledMade)
+{
+    auto const before = names();
+    std::vector<std::string> outcomes;
+    for (auto const &change : changes()) {
+        shellOf(provider, work);
+        line->stall(Ways::towardsHost);
+        auto const sent = line->traffic().towardsHost.received;
+        constexpr int lessThanACommand = 100; // but more than a sign of life of ssh
+        outcomes.push_back(
+            outcomeOfLoss(change, [&] { return line->traffic().towardsHost.received > sent + lessThanACommand; }));
+    }
+    EXPECT_THAT(outcomes,
+                ElementsAre("create folder failed on " + folder.path("made") +
+                                ": the connection was lost before the folder was made",
+                            "rename failed on " + folder.path("old") + ": the connection was lost before it was moved",
+                            "delete failed on " + folder.path("to be deleted") +
+                                ": the connection was lost, and 1 of 1 were still there afterwards"));
+    EXPECT_EQ(names(), before);
+}
+
+TEST_F(ChangeOverALineTest, aChangeWhoseAnswerIsLostIsFoundToBeMade)
+{
+    for (auto const &change : changes()) {
+        shellOf(provider, work);
+        line->stall(Ways::towardsClient);
+        auto const before = names();
+        EXPECT_EQ(outcomeOfLoss(change, [&] { return names() != before; }), "it succeeded");
+    }
+    EXPECT_THAT(names(), ElementsAre("made", "new"));
 }
 
 /// Programs that are run in place of ssh.

@@ -1,7 +1,9 @@
 // Copies that meet an unusual machine: no permission, no room, missing or other tools, trees of an unusual shape.
 
 #include "TWEngine/Transfer/Measure.h"
+#include "tests/hosts/LoginScripts.h"
 #include "tests/support/HostShell.h"
+#include "tests/support/SmallDisk.h"
 #include "tests/support/TransferFaultsTest.h"
 
 #include <sys/xattr.h>
@@ -31,15 +33,15 @@ protected:
                program + " \"$@\"; fi\nexec " + program + " \"$@\"";
     }
 
-    /// The same on a really full disk: a small one that only the program sees at the target. What it has written there
-    /// is in the target's folder afterwards.
-    std::string onSmallDisk(std::string const &program) const
+    /// A client whose host runs the command, which it gets as $1, so.
+    std::string clientOf(std::string const &text)
     {
-        auto const &target = local.path();
-        auto const inside = "mount --bind " + target + " " + scripts.path("real") +
-                            " && mount -t tmpfs -o size=64k none " + target + " && { " + program +
-                            " \"$@\"; s=$?; cp -a " + target + "/. " + scripts.path("real") + "/; exit $s; }";
-        return "exec unshare --user --map-root-user --mount sh -c '" + inside + "' sh \"$@\"";
+        return script("ssh", "for word; do :; done; set -- \"$word\"\n" + text);
+    }
+
+    std::string onFullTarget(std::string const &program) const
+    {
+        return onSmallDisk(program, local.path(), scripts.folder("real"));
     }
 };
 
@@ -60,31 +62,112 @@ TEST_F(TransferExtremesTest, aFolderThatCannotBeReadIsNamedAndTheRestArrives)
     expectTruth(names);
 }
 
+TEST_F(TransferExtremesTest, aFileThatAHostMayNotReadIsNamedAndTheRestArrives)
+{
+    auto const names = makeItems();
+    ASSERT_EQ(::chmod(folder.path("a/file 3").c_str(), 0), 0);
+    programs.ssh = clientOf(withoutPrivileges("sh -c"));
+    for (auto const &to : {targetHere(), targetThere()}) {
+        emptyTarget();
+        EXPECT_THAT(carry(names, sourceThere(), to), AllOf(HasSubstr("a/file 3"), HasSubstr("Permission denied")));
+        expectTruth(names);
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("a"));
+        EXPECT_THAT(transfer->summary().complete, ElementsAre("b", "c", "d"));
+        EXPECT_EQ(namesIn(local.path("a")).size(), 4U);
+    }
+}
+
 TEST_F(TransferExtremesTest, aFolderThatCannotBeWrittenIsNamedAndTheRestArrives)
 {
     auto const names = makeItems();
     programs.tar = tarOf(withoutPrivileges("tar"));
+    programs.ssh = clientOf(withoutPrivileges("sh -c"));
     local.folder("d");
-    ASSERT_EQ(::chmod(local.path("d").c_str(), 0500), 0);
     // The folder gets the mode of the one that comes at the end, so this one keeps others from writing too.
     ASSERT_EQ(::chmod(folder.path("d").c_str(), 0500), 0);
-    EXPECT_THAT(carry(names, sourceThere(), targetHere()), AllOf(HasSubstr("d/file"), HasSubstr("Permission denied")));
-    EXPECT_THAT(transfer->summary().complete, ElementsAre("a", "b", "c"));
-    EXPECT_THAT(transfer->summary().partial, ElementsAre("d"));
+    for (auto const &[from, to] : streams()) {
+        ASSERT_EQ(::chmod(local.path("d").c_str(), 0500), 0);
+        EXPECT_THAT(carry(names, from, to), AllOf(HasSubstr("d/file"), HasSubstr("Permission denied")));
+        EXPECT_THAT(transfer->summary().complete, ElementsAre("a", "b", "c"));
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("d"));
+    }
 }
 
 TEST_F(TransferExtremesTest, aDiskThatIsFullIsSaidByItsName)
 {
     auto const names = makeItems();
-    scripts.folder("real");
-    programs.tar = tarOf(whenUnpacking(onSmallDisk("tar")));
-    EXPECT_THAT(carry(names, sourceThere(), targetHere()), HasSubstr("No space left on device"));
-    expectTruth(names);
-    EXPECT_THAT(transfer->summary().partial, testing::Contains("b"));
+    programs.tar = tarOf(whenUnpacking(onFullTarget("tar")));
+    programs.ssh = clientOf("case $1 in *-xpf*) " + onFullTarget("sh -c") + ";; esac; exec sh -c \"$@\"");
+    for (auto const &[from, to] : streams()) {
+        emptyTarget();
+        EXPECT_THAT(carry(names, from, to), AllOf(HasSubstr("write to "), HasSubstr("No space left on device")));
+        expectTruth(names);
+        EXPECT_THAT(transfer->summary().complete, testing::Contains("a"));
+        EXPECT_THAT(transfer->summary().partial, testing::Contains("b"));
+    }
     emptyTarget();
-    programs.cp = script("cp", onSmallDisk("cp"));
+    programs.cp = script("cp", onFullTarget("cp"));
     EXPECT_THAT(carry(names, sourceHere(), targetHere()), HasSubstr("No space left on device"));
     expectTruth(names);
+}
+
+TEST_F(TransferExtremesTest, aFullDiskOfAHostIsSaidByWhatCopiesAndMovesThere)
+{
+    auto const names = makeItems();
+    for (std::string const program : {"cp", "mv"})
+        script(program, onFullTarget("/bin/" + program));
+    reach({.loginScript = "#!/bin/sh\nPATH=" + scripts.path() + ":$PATH exec /bin/sh -c \"$SSH_ORIGINAL_COMMAND\"\n"});
+    auto const provider = connected();
+    EXPECT_THAT(copy(names, sourceOn(provider), targetOn(provider)), HasSubstr("No space left on device"));
+    expectTruth(names);
+    EXPECT_THAT(transfer->summary().complete, testing::Contains("a"));
+    EXPECT_THAT(transfer->summary().partial, testing::Contains("b"));
+    emptyTarget();
+    EXPECT_THAT(failureOf(loop.start(provider->moveAll({{folder.path("b"), local.path("b")}}))),
+                HasSubstr("No space left on device"));
+    EXPECT_EQ(contentOf(folder.path("b")).size(), 100'000U);
+}
+
+TEST_F(TransferExtremesTest, whatAHostMayNotDoIsSaidByTheCopyThere)
+{
+    auto const names = makeItems();
+    reach({.loginScript = loginWithoutPrivileges()});
+    auto const provider = connected();
+    ASSERT_EQ(::chmod(folder.path("a/file 3").c_str(), 0), 0);
+    ASSERT_EQ(::chmod(folder.path("d").c_str(), 0500), 0);
+    ASSERT_EQ(::chmod(local.folder("d").c_str(), 0500), 0);
+    EXPECT_THAT(copy(names, sourceOn(provider), targetOn(provider)),
+                AllOf(HasSubstr("a/file 3"), HasSubstr("d/file"), HasSubstr("Permission denied")));
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("b", "c"));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("a", "d"));
+    EXPECT_EQ(transfer->summary().files, 6);
+    EXPECT_EQ(filesThatAreWhole(), 6);
+}
+
+TEST_F(TransferExtremesTest, aFileWithHolesKeepsThemWhereCpCopiesItAndArrivesWholeEverywhere)
+{
+    constexpr auto size = 8'000'000;
+    std::filesystem::resize_file(folder.file("holes", "begins"), size);
+    std::ofstream(folder.path("holes"), std::ios::app) << "ends";
+    auto const usedBytes = [this] {
+        struct stat status = {};
+        EXPECT_EQ(::stat(local.path("holes").c_str(), &status), 0);
+        return status.st_blocks * 512;
+    };
+    for (auto const &[from, to] : streams()) {
+        emptyTarget();
+        EXPECT_EQ(carry({"holes"}, from, to), "done");
+        expectSame("holes");
+    }
+    EXPECT_EQ(carry({"holes"}, sourceHere(), targetHere()), "done");
+    expectSame("holes");
+    EXPECT_LT(usedBytes(), size / 10);
+    reach();
+    auto const provider = connected();
+    emptyTarget();
+    EXPECT_EQ(copy({"holes"}, sourceOn(provider), targetOn(provider)), "done");
+    expectSame("holes");
+    EXPECT_LT(usedBytes(), size / 10);
 }
 
 TEST_F(TransferExtremesTest, aQuotaThatIsUsedUpIsSaidByItsName)
@@ -196,22 +279,56 @@ TEST_F(HostMeasureTest, aHostWithoutAToolHasNoTotalAndItsFilesAreCounted)
     }
 }
 
-class HostCopyTest : public TransferTest {};
+/// Copies on a host over a line that is lost: nobody can say then how far cp has come.
+class HostCopyTest : public TransferTest {
+protected:
+    HostCopyTest()
+    {
+        reach();
+        provider = connected();
+        shellOf(provider, CommandSession::work);
+        for (auto const *const name : {"a", "b"})
+            folder.file(name, name);
+        setTime("b", 1000); // cp gives a file its time last
+    }
 
-TEST_F(HostCopyTest, aCopyOnAHostWhoseLineIsCutIsNotCalledDone)
+    void loseTheLineWhen(std::function<bool()> condition)
+    {
+        auto const copying = start({"a", "b"}, sourceOn(provider), targetOn(provider));
+        waitUntil(std::move(condition));
+        line->cut();
+        line->resume();
+        EXPECT_THAT(outcomeOf(copying), HasSubstr("connection"));
+        EXPECT_THAT(transfer->summary().complete, testing::IsEmpty());
+        EXPECT_THAT(transfer->summary().partial, UnorderedElementsAre("a", "b"));
+    }
+
+    Provider provider;
+};
+
+TEST_F(HostCopyTest, aCopyThatIsUnderWayIsNotCalledDone)
 {
-    reach();
-    auto const provider = connected();
-    for (auto const *const name : {"a", "b"})
-        folder.file(name, name);
     // cp waits at a target that takes nothing.
     ASSERT_EQ(::mkfifo(local.path("a").c_str(), 0600), 0);
-    auto const copying = start({"a", "b"}, sourceOn(provider), targetOn(provider));
-    waitUntil([&] { return !run(provider, "pgrep -f '^cp -a -- .*" + folder.path("a") + "'").empty(); });
-    line->cut();
-    EXPECT_THAT(outcomeOf(copying), HasSubstr("connection"));
-    EXPECT_THAT(transfer->summary().complete, testing::IsEmpty());
-    EXPECT_THAT(transfer->summary().partial, UnorderedElementsAre("a", "b"));
+    loseTheLineWhen([&] { return !run(provider, "pgrep -f '^cp -a -- .*" + folder.path("a") + "'").empty(); });
+}
+
+TEST_F(HostCopyTest, aCopyWhoseCommandIsLostIsNotCalledDone)
+{
+    line->stall(Ways::towardsHost);
+    auto const before = line->traffic().towardsHost.received;
+    constexpr int lessThanACommand = 300; // but more than a sign of life of ssh
+    loseTheLineWhen([&] { return line->traffic().towardsHost.received > before + lessThanACommand; });
+    EXPECT_TRUE(std::filesystem::is_empty(local.path()));
+}
+
+TEST_F(HostCopyTest, aCopyWhoseAnswerIsLostIsNotCalledDone)
+{
+    line->stall(Ways::towardsClient);
+    struct stat status;
+    loseTheLineWhen([&] { return ::stat(local.path("b").c_str(), &status) == 0 && status.st_mtim.tv_sec == 1000; });
+    expectSame("a");
+    expectSame("b");
 }
 
 } // namespace

@@ -9,6 +9,7 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 using testing::StartsWith;
 
 constexpr std::size_t cuts[] = {0, 1, 511, 512, 513, 5000, 10'240, 24'000, 60'000, 143'359, 140'000, 122'880};
@@ -59,6 +60,24 @@ TEST_F(TransferFaultsTest, aStreamBetweenTwoHostsThatIsCutSaysWhatHasArrived)
         EXPECT_THAT(carry(names, sourceThere(), targetThere()), StartsWith("read from remote failed on 4 items: "));
         expectTruth(names);
     }
+}
+
+TEST_F(TransferFaultsTest, aStreamBetweenTwoHostsOfWhichOneIsLostSaysWhatHasArrived)
+{
+    auto const names = makeItems();
+    for (auto const cut : {0, 5000, 60'000, 122'880}) {
+        emptyTarget();
+        cutAfter(static_cast<std::size_t>(cut), "exit 255", Lines::target);
+        EXPECT_THAT(carry(names, sourceThere(), targetThere()), StartsWith("write to remote failed on 4 items: "));
+        expectTruth(names);
+        EXPECT_THAT(transfer->summary().complete, IsEmpty()) << "what was on its way cannot be known here";
+        emptyTarget();
+        cutAfter(static_cast<std::size_t>(cut), "exit 255", Lines::source);
+        EXPECT_THAT(carry(names, sourceThere(), targetThere()), StartsWith("read from remote failed on 4 items: "));
+        expectTruth(names);
+    }
+    // The host that is left has unpacked all that had come.
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("a", "b", "c"));
 }
 
 TEST_F(TransferFaultsTest, aKilledProgramIsNamedByItsEnd)
@@ -212,28 +231,54 @@ TEST_F(TransferFaultsTest, aNameThatIsGoneLeavesTheOthersWhole)
 
 TEST_F(TransferFaultsTest, aSourceThatShrinksMeanwhileIsNotComplete)
 {
-    folder.file("large");
-    std::filesystem::resize_file(folder.path("large"), 200'000'000);
     folder.file("small", "x");
     auto const shrink = [path = folder.path("large")](TransferProgress const &progress) {
         if (progress.bytes > 0)
             std::filesystem::resize_file(path, 1000);
     };
-    EXPECT_THAT(carry({"large", "small"}, sourceHere(), targetThere(), shrink), HasSubstr("shrank"));
-    EXPECT_THAT(transfer->summary().partial, ElementsAre("large")) << transfer->summary().words;
-    EXPECT_THAT(transfer->summary().complete, ElementsAre("small"));
+    for (auto const &[from, to] : streams()) {
+        std::filesystem::resize_file(folder.file("large"), moreThanPipesHold);
+        EXPECT_THAT(carry({"large", "small"}, from, to, shrink), HasSubstr("shrank"));
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("large")) << transfer->summary().words;
+        EXPECT_THAT(transfer->summary().complete, ElementsAre("small"));
+    }
 }
 
 TEST_F(TransferFaultsTest, aSourceThatGrowsMeanwhileIsNotComplete)
 {
-    folder.file("large");
-    std::filesystem::resize_file(folder.path("large"), 200'000'000);
     auto const grow = [path = folder.path("large")](TransferProgress const &progress) {
         if (progress.bytes > 0)
             std::ofstream(path, std::ios::app) << "more";
     };
-    EXPECT_THAT(carry({"large"}, sourceHere(), targetThere(), grow), HasSubstr("changed"));
-    EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
+    for (auto const &[from, to] : streams()) {
+        std::filesystem::resize_file(folder.file("large"), moreThanPipesHold);
+        EXPECT_THAT(carry({"large"}, from, to, grow), HasSubstr("changed"));
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
+    }
+}
+
+TEST_F(TransferFaultsTest, filesThatVanishMeanwhileLeaveTheOthersWhole)
+{
+    folder.file("first", "x");
+    folder.file("last", "x");
+    folder.folder("tree");
+    std::set<std::string> const all{"tree/1", "tree/2", "tree/3"};
+    auto const removeOthers = [&](TransferProgress const &progress) {
+        if (all.contains(progress.item))
+            for (auto const &name : all)
+                if (name != progress.item)
+                    std::filesystem::remove(folder.path(name));
+    };
+    for (auto const &[from, to] : streams()) {
+        emptyTarget();
+        for (auto const &name : all)
+            std::filesystem::resize_file(folder.file(name), moreThanPipesHold);
+        EXPECT_THAT(carry({"first", "tree", "last"}, from, to, removeOthers), HasSubstr("File removed before we read"));
+        EXPECT_THAT(transfer->summary().complete, ElementsAre("first", "last"));
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("tree"));
+        EXPECT_EQ(transfer->summary().files, 2);
+        EXPECT_THAT(namesIn(local.path("tree")), SizeIs(1)) << "the one that was on its way";
+    }
 }
 
 TEST_F(TransferFaultsTest, aHostThatSendsWhatWasNotAskedForWritesNothingOfIt)

@@ -2,8 +2,8 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 
 #include <sys/stat.h>
@@ -72,8 +72,11 @@ std::string anotherFileSystem(std::string const &path)
 
 std::string contentOf(std::string const &path)
 {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    // Byte by byte, with iterators, a sanitizer takes a second for a megabyte.
+    std::ifstream const stream(path, std::ios::binary);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return std::move(content).str();
 }
 
 } // namespace tw::test

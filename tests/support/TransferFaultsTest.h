@@ -27,12 +27,17 @@ protected:
         return path;
     }
 
-    /// A client that loses the connection after so many bytes of what it carries.
-    void cutAfter(std::size_t bytes, std::string const &end = "exit 255")
+    enum class Lines { both, source, target };
+
+    /// Clients that lose their connections after so many bytes of what they carry.
+    void cutAfter(std::size_t bytes, std::string const &end = "exit 255", Lines lines = Lines::both)
     {
         auto const head = "head -c " + std::to_string(bytes);
-        programs.ssh = script("ssh", "for word; do :; done\ncase $word in\n*-cf*) sh -c \"$word\" | " + head +
-                                         " ;;\n*) " + head + " | sh -c \"$word\" ;;\nesac\n" + end);
+        auto const isCut = lines == Lines::both ? "*" : lines == Lines::source ? "*-cf*" : "*-xpf*";
+        programs.ssh =
+            script("ssh", "for word; do :; done\ncase $word in " + std::string(isCut) +
+                              ") ;; *) exec sh -c \"$word\";; esac\ncase $word in\n*-cf*) sh -c \"$word\" | " + head +
+                              " ;;\n*) " + head + " | sh -c \"$word\" ;;\nesac\n" + end);
     }
 
     std::string tarOf(std::string const &text) { return script("tar", text); }
@@ -51,6 +56,12 @@ protected:
     TransferEndpoint sourceThere() const { return TransferEndpoint::remote(fakeHost, folder.path()); }
 
     TransferEndpoint targetThere() const { return TransferEndpoint::remote(otherHost, local.path()); }
+
+    /// The ways of a stream: from here to a host, back, and from host to host.
+    std::vector<std::pair<TransferEndpoint, TransferEndpoint>> streams() const
+    {
+        return {{sourceHere(), targetThere()}, {sourceThere(), targetHere()}, {sourceThere(), targetThere()}};
+    }
 
     std::string carry(
         Names names, TransferEndpoint from, TransferEndpoint to,
