@@ -1,6 +1,9 @@
 #include "Tarnwick/Operations/MoveWithin.h"
 
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
+#include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Operations/StagingName.h"
 
 #include <optional>
@@ -32,10 +35,14 @@ Task<std::unordered_set<std::string>> presentIn(Operands folder, Names names)
     co_return namesIn(facts);
 }
 
-/// Of names whose move has failed somewhere, those that have moved: the source has them no more, and the target has
-/// them. Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its
-/// names.
-Task<std::optional<Names>> thoseThatMoved(Job job, std::vector<Renamed> moves)
+/// What is known of names whose move has failed somewhere.
+struct Moved {
+    Names whole;  ///< the source has them no more, and the target has them
+    Names inPart; ///< both sides have them
+};
+
+/// Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its names.
+Task<std::optional<Moved>> whatHasMoved(Job job, std::vector<Renamed> moves)
 {
     Names sources;
     Names targets;
@@ -48,12 +55,28 @@ Task<std::optional<Names>> thoseThatMoved(Job job, std::vector<Renamed> moves)
         co_return std::nullopt;
     auto const left = namesIn(source);
     auto const arrived = co_await presentIn(job->target, std::move(targets));
-    Names moved;
+    Moved moved;
     for (auto const &each : moves) {
-        if (!left.contains(each.name) && arrived.contains(each.newName))
-            moved.push_back(each.name);
+        if (arrived.contains(each.newName))
+            (left.contains(each.name) ? moved.inPart : moved.whole).push_back(each.name);
     }
     co_return moved;
+}
+
+/// What a host says of a name that something else has taken.
+constexpr std::string_view isTaken = "File exists";
+
+/// What a failed move may have left at the target. The mv of a host copies what goes to another of its file systems,
+/// which not every host tells beforehand. On this machine it is a renaming, and has no parts; what is there is
+/// something else that has taken the name.
+Names partsLeft(TransferJob const &job, std::exception_ptr const &failure, Names inPart)
+{
+    if (!std::dynamic_pointer_cast<CommandHost>(job.target.browser->providerRef()))
+        return {};
+    auto const failed = failureAs<FileOperationError::Failed>(failure);
+    if (failed && failed->detail == isTaken)
+        std::erase_if(inPart, [&](auto const &name) { return job.source.pathOf(name) == failed->path; });
+    return inPart;
 }
 
 /// A failure names one file at most, so both sides are asked afterwards what has moved. If they do not answer, any of
@@ -70,11 +93,11 @@ Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
     }
     auto const moving = co_await outcomeOf(job->source.browser->moveAll(std::move(moves)));
     if (moving.failure) {
-        auto const asked = co_await outcomeOf(thoseThatMoved(job, std::move(renamings)).withStop({}));
+        auto const asked = co_await outcomeOf(whatHasMoved(job, std::move(renamings)).withStop({}));
         auto const known = asked.value.value_or(std::nullopt);
-        if (!known)
-            end->summary.partial.insert(end->summary.partial.end(), moved.begin(), moved.end());
-        moved = known.value_or(Names());
+        auto const parts = known ? partsLeft(*job, moving.failure, known->inPart) : moved;
+        end->summary.partial.insert(end->summary.partial.end(), parts.begin(), parts.end());
+        moved = known ? known->whole : Names();
     }
     end->summary.complete.insert(end->summary.complete.end(), moved.begin(), moved.end());
     end->gone.insert(end->gone.end(), moved.begin(), moved.end());

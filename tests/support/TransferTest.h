@@ -14,8 +14,9 @@ class TransferTest : public SSHProviderTest {
 protected:
     using Names = std::vector<std::string>;
 
-    /// So a program that reads a file of this size has not come to its end when the first bytes of it have passed.
-    static constexpr std::uintmax_t moreThanPipesHold = 20'000'000;
+    /// So a program that reads a file of this size has not come to its end when the first bytes of it have passed, also
+    /// with ssh between, which holds 2 MiB.
+    static constexpr std::uintmax_t moreThanPipesHold = 10'000'000;
 
     TransferTools tools() const
     {

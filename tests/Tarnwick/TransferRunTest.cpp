@@ -1,0 +1,188 @@
+// Moves of real files on which something goes wrong on the way: what has not arrived whole stays where it was.
+
+#include "Tarnwick/Operations/TransferRun.h"
+
+#include "TWEngine/Browsing/LocalProvider.h"
+#include "Tarnwick/Operations/TransferWords.h"
+#include "tests/support/HeldFile.h"
+#include "tests/support/SmallDisk.h"
+#include "tests/support/TransferTest.h"
+
+namespace tw::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+class TransferRunTest : public TransferTest {
+protected:
+    /// A folder of a host, or without a name of this machine.
+    Operands place(std::string const &name, std::string path)
+    {
+        std::shared_ptr<FileSystemProvider> provider = std::make_shared<LocalProvider>(engine);
+        if (!name.empty()) {
+            auto const there = makeProvider(name);
+            loop.run(there->connect());
+            provider = there;
+        }
+        auto browser = std::make_shared<Browser>(
+            std::move(provider),
+            Browser::Collaborators{.strand = Strand(loop.context()), .clock = engine.clock(), .store = nullptr},
+            Browser::Config{});
+        return {.browser = std::move(browser), .connection = {}, .path = std::move(path), .names = {}};
+    }
+
+    static TransferJob moveOf(Names const &names, Operands source, Operands target)
+    {
+        TransferJob job{.kind = TransferKind::move, .source = std::move(source), .target = std::move(target)};
+        job.source.names = names;
+        job.plan.free = names;
+        return job;
+    }
+
+    static std::string failureOf(TransferEnd const &end)
+    {
+        return end.failure ? TransferWords::failed(end).english() : "it succeeded";
+    }
+};
+
+/// The parameter is the way: "up" to a host, "down" from one, "between" two of them, or "across" from one file system
+/// of this machine to another.
+class MoveOfRealFilesTest : public TransferRunTest, public testing::WithParamInterface<char const *> {
+protected:
+    MoveOfRealFilesTest()
+    {
+        folder.folder("tree");
+        for (auto const &name : {"first", "last"})
+            folder.file(name, name);
+        for (auto const &name : large)
+            std::filesystem::resize_file(folder.file(name), moreThanPipesHold);
+    }
+
+    static bool isAcross() { return std::string_view(GetParam()) == "across"; }
+
+    TransferJob makeJob()
+    {
+        std::string_view const way = GetParam();
+        client.add("other", host->address());
+        auto source = place(way == "down" || way == "between" ? "host" : "", folder.path());
+        auto target = place(way == "up" ? "host" : way == "between" ? "other" : "", local.path());
+        auto job = moveOf({"first", "tree", "last"}, std::move(source), std::move(target));
+        job.isMoveBetweenFileSystems = isAcross();
+        return job;
+    }
+
+    /// Acts once when the first of the large files is on its way, with its name.
+    TransferEnd moveAndMeanwhile(std::function<void(std::string const &)> act)
+    {
+        std::map<std::string, HeldFile> held; // tar would not wait for them
+        for (auto const &name : large)
+            if (isAcross())
+                held.try_emplace(name, folder.path(name));
+        std::once_flag hasActed;
+        auto const actOnce = [&](std::string const &item) {
+            if (large.contains(item))
+                std::call_once(hasActed, act, item);
+        };
+        auto const run = std::make_shared<TransferRun>(
+            makeJob(), makeTransfer(), [actOnce](TransferProgress const &progress) { actOnce(progress.item); });
+        auto const moving = loop.start(run->perform());
+        auto const isWanted = [](auto const &each) { return each.second.isWanted(); };
+        waitUntil([&] { return held.empty() || std::ranges::any_of(held, isWanted); });
+        if (isAcross())
+            actOnce(std::ranges::find_if(held, isWanted)->first);
+        held.clear();
+        finish(moving);
+        return moving.value();
+    }
+
+    std::set<std::string> const large{"tree/1", "tree/2", "tree/3"};
+};
+
+TEST_P(MoveOfRealFilesTest, ifFilesOfAFolderVanishOnTheWayNothingIsDeletedAndTheFolderIsNamed)
+{
+    reach();
+    auto const end = moveAndMeanwhile([&](std::string const &onItsWay) {
+        for (auto const &name : large)
+            if (name != onItsWay)
+                std::filesystem::remove(folder.path(name));
+    });
+    EXPECT_THAT(end.gone, IsEmpty());
+    EXPECT_EQ(namesIn(folder.path()), (std::set<std::string>{"first", "last", "tree"}));
+    if (isAcross()) {
+        EXPECT_THAT(failureOf(end), HasSubstr("No such file or directory"));
+        EXPECT_THAT(failureOf(end), HasSubstr("Complete (1 item):\nfirst"));
+        EXPECT_THAT(failureOf(end), HasSubstr("Untouched (2 items):\ntree\nlast"));
+        EXPECT_THAT(namesIn(local.path()), ElementsAre("first"));
+    } else {
+        EXPECT_THAT(failureOf(end), HasSubstr("File removed before we read it"));
+        EXPECT_THAT(failureOf(end), HasSubstr("Complete (2 items):\nfirst\nlast"));
+        EXPECT_THAT(failureOf(end), HasSubstr("Perhaps there in part (1 item):\ntree"));
+        expectSame("last");
+    }
+    expectSame("first");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, MoveOfRealFilesTest, testing::Values("up", "down", "between", "across"));
+
+class MoveOfGrowingFilesTest : public MoveOfRealFilesTest {};
+
+TEST_P(MoveOfGrowingFilesTest, aFileThatGrowsBehindItsCopyStaysAndIsNamed)
+{
+    reach();
+    auto const end = moveAndMeanwhile(
+        [&](std::string const & /*onItsWay*/) { std::ofstream(folder.path("first"), std::ios::app) << " and more"; });
+    EXPECT_EQ(failureOf(end), "it succeeded");
+    EXPECT_THAT(end.gone, UnorderedElementsAre("tree", "last"));
+    EXPECT_THAT(TransferWords::kept(end).english(),
+                HasSubstr("Changed there during the copy, so the target may have an older state (1 item):\nfirst"));
+    EXPECT_THAT(namesIn(folder.path()), ElementsAre("first"));
+    EXPECT_EQ(contentOf(folder.path("first")), "first and more");
+    EXPECT_EQ(namesIn(local.path("tree")).size(), 3U);
+}
+
+// What is moved up goes to the Trash of whoever runs the test.
+INSTANTIATE_TEST_SUITE_P(Ways, MoveOfGrowingFilesTest, testing::Values("down", "between", "across"));
+
+class MoveToAFullDiskTest : public MoveOfRealFilesTest {};
+
+TEST_P(MoveToAFullDiskTest, keepsItsSource)
+{
+    TemporaryFolder const scratch;
+    reach({.loginScript = "#!/bin/sh\nset -- \"$SSH_ORIGINAL_COMMAND\"\ncase $1 in *-xpf*) " +
+                          onSmallDisk("sh -c", local.path(), scratch.path()) + ";; esac\nexec sh -c \"$1\"\n"});
+    auto const end = moveAndMeanwhile([](std::string const & /*onItsWay*/) {});
+    EXPECT_THAT(failureOf(end), HasSubstr("No space left on device"));
+    EXPECT_THAT(failureOf(end), HasSubstr("Complete (1 item):\nfirst"));
+    EXPECT_THAT(end.gone, IsEmpty());
+    EXPECT_EQ(namesIn(folder.path()), (std::set<std::string>{"first", "last", "tree"}));
+    EXPECT_EQ(namesIn(folder.path("tree")).size(), 3U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, MoveToAFullDiskTest, testing::Values("up", "between"));
+
+TEST_F(TransferRunTest, whatAHostHasMovedInPartIsNotCalledUntouched)
+{
+    TemporaryFolder const tools;
+    TemporaryFolder const scratch;
+    auto const mv = tools.file("mv", "#!/bin/sh\n" + onSmallDisk("/bin/mv", local.path(), scratch.path()) + "\n");
+    ASSERT_EQ(::chmod(mv.c_str(), 0755), 0);
+    reach({.loginScript = "#!/bin/sh\nPATH=" + tools.path() + ":$PATH exec /bin/sh -c \"$SSH_ORIGINAL_COMMAND\"\n"});
+    auto const content = std::string(100'000, 'x');
+    folder.file("large", content);
+    auto const source = place("host", folder.path());
+    auto target = source;
+    target.path = local.path();
+    auto const run = std::make_shared<TransferRun>(moveOf({"large"}, source, target), makeTransfer(),
+                                                   [](TransferProgress const &) {});
+    auto const end = loop.run(run->perform());
+    EXPECT_THAT(failureOf(end), HasSubstr("No space left on device"));
+    EXPECT_THAT(failureOf(end), HasSubstr("Perhaps there in part (1 item):\nlarge"));
+    EXPECT_TRUE(std::filesystem::exists(local.path("large")));
+    EXPECT_EQ(contentOf(folder.path("large")), content);
+}
+
+} // namespace
+} // namespace tw::test
