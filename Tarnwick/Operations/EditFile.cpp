@@ -16,21 +16,10 @@ namespace {
 
 constexpr auto plainText = "text/plain";
 
-void say(OperationContext const &context, Text text)
-{
-    if (auto const asked = context.pane.lock())
-        asked->showStatus(std::move(text));
-}
-
-std::string tokenOf(OpeningServices const &services)
-{
-    return services.activationToken ? services.activationToken() : std::string();
-}
-
 Task<Application> openAs(OpeningServices services, std::string path, std::string contentType)
 {
     return services.applications->open(
-        {.path = std::move(path), .contentType = std::move(contentType), .activationToken = tokenOf(services)});
+        {.path = std::move(path), .contentType = std::move(contentType), .activationToken = services.tokenNow()});
 }
 
 /// What an editor is started on.
@@ -64,7 +53,7 @@ Task<Editor> openEditor(OpeningServices services, Subject subject)
         co_return Editor::application;
     }
     auto command = TerminalEditor::command(editor, subject.path, subject.endMark);
-    co_await services.applications->runInTerminal("the editor", std::move(command), tokenOf(services));
+    co_await services.applications->runInTerminal("the editor", std::move(command), services.tokenNow());
     co_return Editor::terminal;
 }
 
@@ -81,12 +70,12 @@ Task<void> openEditorAgain(OpeningServices services, EditSessions::Session sessi
         session->expectEditorsEnd();
 }
 
-Task<EditedFile::Fetched> bring(OperationContext context, FileToOpen file)
+Task<EditedFile::Fetched> copyToEdit(OperationContext context, FileToOpen file)
 {
     auto const from = context.operands.connection;
     auto const provider = context.operands.browser->providerRef();
     auto work = context.beginWork();
-    say(context, {"fetching %@…", {file.name()}});
+    context.say({"fetching %@…", {file.name()}});
     auto const wanted = co_await mayFetch(context, file, Purpose::editing);
     if (!wanted)
         throw Cancelled();
@@ -109,7 +98,7 @@ Task<void> editThere(OperationContext context, FileToOpen file)
     auto const claim = edits->claim(from, file.path);
     if (!claim)
         co_return;
-    auto fetched = co_await bring(context, file);
+    auto fetched = co_await copyToEdit(context, file);
     auto const opened = co_await outcomeOf(openEditor(context.opening, subjectOf(fetched.copy, file)));
     if (opened.failure) {
         edits->drop(fetched);
@@ -118,7 +107,7 @@ Task<void> editThere(OperationContext context, FileToOpen file)
     auto const session = edits->add(std::move(fetched));
     if (*opened.value == Editor::terminal)
         session->expectEditorsEnd();
-    say(context, {"editing %@ — each save goes to %@", {file.name(), from}});
+    context.say({"editing %@ — each save goes to %@", {file.name(), from}});
 }
 
 Task<void> edit(OperationContext context, FileToOpen file)
@@ -144,7 +133,7 @@ Task<void> editFile(OperationContext context, FileToOpen file)
     auto const outcome = co_await outcomeOf(edit(context, std::move(file)));
     if (!outcome.failure)
         co_return;
-    say(context, "");
+    context.say("");
     if (failureIs<Cancelled>(outcome.failure))
         co_return;
     if (failureIs<ApplicationError::NothingOpens>(outcome.failure))

@@ -20,18 +20,12 @@ bool isOfThisMachine(OperationContext const &context)
     return context.operands.connection == localConnection;
 }
 
-void say(OperationContext const &context, Text text)
-{
-    if (auto const asked = context.pane.lock())
-        asked->showStatus(std::move(text));
-}
-
 void showFailure(OperationContext const &context, std::string const &name, std::exception_ptr const &failure)
 {
     try {
         std::rethrow_exception(failure);
     } catch (Cancelled const &) {
-        say(context, "");
+        context.say("");
     } catch (ApplicationError::NothingOpens const &) {
         context.warn({"nothing on this Mac opens %@", {name}});
     } catch (...) {
@@ -62,7 +56,7 @@ Task<std::int64_t> sizeOf(RemoteFiles::Source source)
 }
 
 /// A copy of a file that lies elsewhere.
-Task<std::string> bring(OperationContext context, FileToOpen file)
+Task<std::string> copyOf(OperationContext context, FileToOpen file)
 {
     auto const source = sourceOf(context, file);
     auto const &copies = context.opening.copies;
@@ -71,20 +65,15 @@ Task<std::string> bring(OperationContext context, FileToOpen file)
         co_return *std::move(ready);
     auto const stop = std::make_shared<std::stop_source>();
     auto work = context.beginWork();
-    say(context, {"fetching %@…", {file.name()}});
+    context.say({"fetching %@…", {file.name()}});
     auto const wanted = co_await mayFetch(context, file, Purpose::opening);
     if (!wanted)
         throw Cancelled();
     auto const shown =
         context.dialogs->progress("Fetching " + onOneLine(file.name()) + "…", [stop] { stop->request_stop(); });
     auto path = co_await copies->localCopy(source).withStop(stop->get_token());
-    say(context, ""); // a question may follow, or a failure to open it
+    context.say(""); // a question may follow, or a failure to open it
     co_return path;
-}
-
-std::string tokenOf(OpeningServices const &services)
-{
-    return services.activationToken ? services.activationToken() : "";
 }
 
 Task<void> askForApplication(OperationContext context, FileToOpen file)
@@ -121,7 +110,7 @@ Task<bool> isAnsweredByQuestion(OperationContext context, FileToOpen file, std::
         co_await askForApplication(context, file);
         break;
     case ProgramQuestion::Way::run:
-        co_await context.opening.applications->run(path, nature.kind, tokenOf(context.opening));
+        co_await context.opening.applications->run(path, nature.kind, context.opening.tokenNow());
         break;
     }
     co_return true;
@@ -158,7 +147,7 @@ Task<void> open(OperationContext context, FileToOpen file, std::string applicati
             if (isAnswered)
                 co_return;
         }
-        path = co_await bring(context, file);
+        path = co_await copyOf(context, file);
     }
     auto const &applications = context.opening.applications;
     auto const modeThere = isOfThisMachine(context) ? std::uint16_t(0) : file.mode;
@@ -171,9 +160,9 @@ Task<void> open(OperationContext context, FileToOpen file, std::string applicati
     auto const opened = co_await applications->open({.path = path,
                                                      .contentType = nature.contentType,
                                                      .application = application,
-                                                     .activationToken = tokenOf(context.opening)});
-    say(context, isOfThisMachine(context) ? Text("opened %@ with %@", {file.name(), opened.name})
-                                          : Text("opened a local copy of %@ — F4 edits the original", {file.name()}));
+                                                     .activationToken = context.opening.tokenNow()});
+    context.say(isOfThisMachine(context) ? Text("opened %@ with %@", {file.name(), opened.name})
+                                         : Text("opened a local copy of %@ — F4 edits the original", {file.name()}));
 }
 
 Task<void> showingFailures(OperationContext context, std::string name, Task<void> work)

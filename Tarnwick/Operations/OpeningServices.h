@@ -20,6 +20,9 @@ struct OpeningServices {
     std::function<std::string()> terminalEditor = {};
     /// Lets the window of a program that is started now come to the front; may answer nothing.
     std::function<std::string()> activationToken = {};
+
+    /// That of now; empty without one.
+    std::string tokenNow() const { return activationToken ? activationToken() : std::string(); }
 };
 
 } // namespace tw

@@ -24,6 +24,12 @@ Task<void> show(std::shared_ptr<Dialogs> dialogs, std::exception_ptr failure)
 
 } // namespace
 
+void OperationContext::say(Text text) const
+{
+    if (auto const asked = pane.lock())
+        asked->showStatus(std::move(text));
+}
+
 void OperationContext::warn(Text const &text) const
 {
     if (auto const asked = pane.lock())

@@ -37,6 +37,9 @@ struct OperationContext {
     /// Opens a viewer on a file of that place. The status line says why there is none.
     std::function<void(Operands const &where, FileToOpen const &file)> view = {};
 
+    /// Shows on the pane's status line what the operation is doing.
+    void say(Text text) const;
+
     /// Shows on the pane's status line what kept the operation from beginning, or that the user has cancelled it.
     void warn(Text const &text) const;
 
