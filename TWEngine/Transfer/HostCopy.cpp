@@ -64,6 +64,14 @@ void addArrived(TransferSummary &summary, Names const &begun, Sides const &sides
     }
 }
 
+std::int64_t filesOf(Survey const &survey)
+{
+    std::int64_t files = 0;
+    for (auto const &[name, part] : survey.parts)
+        files += part.files;
+    return files;
+}
+
 /// Whether cp has ended on the host. One whose connection was lost may go on.
 enum class State { ended, unknown };
 
@@ -82,6 +90,8 @@ Task<void> sumUp(TransferWork::Shared work, State state, Names begun, Names left
         addArrived(work->summary, begun, *sides.value);
     else
         append(work->summary.partial, begun);
+    if (sides.value && left.empty())
+        work->summary.totalFiles = filesOf(sides.value->source);
     append(work->summary.untouched, left);
 }
 

@@ -316,6 +316,7 @@ TEST_F(TransferEngineTest, aCopyOnAHostFailsInTheWordsOfTheHost)
     EXPECT_THAT(summary.untouched, ElementsAre("none"));
     EXPECT_TRUE(summary.areFilesKnown);
     EXPECT_EQ(summary.files, 3);
+    EXPECT_EQ(summary.totalFiles, 3);
 }
 
 TEST_F(TransferEngineTest, aCancelledCopyOnAHostEndsThere)
@@ -342,6 +343,7 @@ TEST_F(TransferEngineTest, aCancelledCopyOnAHostEndsThere)
     EXPECT_THAT(summary.untouched, ElementsAre("z"));
     EXPECT_TRUE(summary.areFilesKnown);
     EXPECT_EQ(summary.files, 1);
+    EXPECT_EQ(summary.totalFiles, 3);
 }
 
 TEST_F(TransferEngineTest, ifAHostCannotSayWhatHasArrivedThatIsNotKnown)
