@@ -22,8 +22,8 @@ tw_there() { [ -e "$1" ] || [ -L "$1" ]; }
 tw_id() { stat -c %d:%i -- "$@" 2>/dev/null || stat -f %d:%i -- "$@" 2>/dev/null; }
 tw_same() { [ "$1" = "$2" ] || [ "${1%%:*}" != "${2%%:*}" ] || tw_end 'another file has taken the name'; }
 tw_help=$(mv --help 2>&1)
-case $tw_help in *' -n'*) tw_keep=-n ;; *) tw_keep= ;; esac
-case $tw_help in *' -T'*) tw_plain=-T ;; *) tw_plain= ;; esac
+case $tw_help in *[[:space:]]-n*) tw_keep=-n ;; *) tw_keep= ;; esac
+case $tw_help in *[[:space:]]-T*) tw_plain=-T ;; *) tw_plain= ;; esac
 tw_locked() {
   local id
   tw_there "$1" && ! tw_there "$2" && [ -n "$(find "$1" -prune -type d ! -perm -200 2>/dev/null)" ] || return

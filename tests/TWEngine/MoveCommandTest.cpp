@@ -184,6 +184,23 @@ exec /bin/mv "$@"
         EXPECT_TRUE(perform({{folder.path("from/a"), target}})) << target;
 }
 
+TEST_F(MoveCommandTest, aFileThatAppearsUnderTheTargetsNameStaysWithBusybox)
+{
+    replaceTool("mv", R"sh(
+[ "$1" != --help ] || exec busybox mv --help
+for target; do :; done
+[ ! -d "$target" ] || target=$target/a
+echo theirs > "$target"
+exec busybox mv "$@"
+)sh");
+    folder.file("from/a", "ours");
+    for (auto const &target : {folder.path("to/a"), folder.path("to/b")}) {
+        EXPECT_TRUE(perform({{folder.path("from/a"), target}})) << target;
+        EXPECT_EQ(contentOf(target), "theirs\n");
+        EXPECT_EQ(contentOf(folder.path("from/a")), "ours");
+    }
+}
+
 TEST_F(MoveCommandTest, anotherFileUnderTheNewNameIsNoSuccess)
 {
     replaceTool("mv", "[ \"$1\" != --help ] || exit 0; echo x > \"$3/a\"; rm -- \"$2\"");
