@@ -82,11 +82,14 @@ Task<void> copy(EngineRuntime *engine, Move move, std::string staging)
 Task<void> publish(EngineRuntime *engine, Move move, std::string staging)
 {
     return inLane(engine, staging, [move, staging](std::stop_token const & /*stop*/) {
+        auto renamed = LocalWrites::Renamed::done;
         try {
-            LocalWrites::rename(staging + '/' + nameOf(move.from), move.to);
+            renamed = LocalWrites::rename(staging + '/' + nameOf(move.from), move.to);
         } catch (FileOperationError::Failed const &failure) {
             fail(move, failure.detail);
         }
+        if (renamed != LocalWrites::Renamed::done) // a union of file systems can say so within one folder
+            fail(move, systemText(EXDEV));
         LocalWrites::sync(folderOf(move.to));
     });
 }

@@ -89,19 +89,22 @@ Renamed rename(std::string const &from, std::string const &to)
         return Renamed::isOnAnotherFileSystem;
     if (!isUnknownFlag(error))
         throw FileOperationError::Failed(renaming, from, systemText(error));
-    renameAfterLooking(from, to);
-    return Renamed::done;
+    return renameAfterLooking(from, to);
 }
 
-void renameAfterLooking(std::string const &from, std::string const &to)
+Renamed renameAfterLooking(std::string const &from, std::string const &to)
 {
     struct stat there;
     if (::lstat(to.c_str(), &there) == 0)
         throw FileOperationError::Failed(renaming, from, systemText(EEXIST));
     if (errno != ENOENT)
         throw FileOperationError::Failed(renaming, from, systemText(errno));
-    if (auto const error = renameWithAccess(from, [&] { return ::rename(from.c_str(), to.c_str()); }); error != 0)
+    auto const error = renameWithAccess(from, [&] { return ::rename(from.c_str(), to.c_str()); });
+    if (error == EXDEV)
+        return Renamed::isOnAnotherFileSystem;
+    if (error != 0)
         throw FileOperationError::Failed(renaming, from, systemText(error));
+    return Renamed::done;
 }
 
 void sync(std::string const &folder)

@@ -13,7 +13,7 @@ void makeDirectory(std::string const &path);
 /// Throws FileOperationError::NoTrash where there is no Trash for the path.
 void moveToTrash(std::string const &path);
 
-enum class Renamed { done, isOnAnotherFileSystem };
+enum class [[nodiscard]] Renamed { done, isOnAnotherFileSystem };
 
 /// Renames or moves within one file system, also a folder that its owner cannot write to. An existing target is an
 /// error, and stays as it is.
@@ -21,7 +21,7 @@ Renamed rename(std::string const &from, std::string const &to);
 
 /// Like `rename`, for a file system that cannot refuse an existing target itself. Looks for a target first, so a target
 /// that another program makes in between is replaced.
-void renameAfterLooking(std::string const &from, std::string const &to);
+Renamed renameAfterLooking(std::string const &from, std::string const &to);
 
 /// Ends when what was written on the file system of `folder` is on its disk.
 void sync(std::string const &folder);

@@ -16,6 +16,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <tuple>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -176,11 +177,11 @@ TEST_F(LocalWritesTest, aFileSystemThatCannotRefuseATargetIsLookedAtFirst)
 {
     auto const from = folder.file("from", "new");
     auto const to = folder.file("to", "kept");
-    EXPECT_THROW(LocalWrites::renameAfterLooking(from, to), FileOperationError::Failed);
-    EXPECT_THROW(LocalWrites::renameAfterLooking(from, folder.link("broken", "nowhere at all")),
+    EXPECT_THROW(std::ignore = LocalWrites::renameAfterLooking(from, to), FileOperationError::Failed);
+    EXPECT_THROW(std::ignore = LocalWrites::renameAfterLooking(from, folder.link("broken", "nowhere at all")),
                  FileOperationError::Failed);
     EXPECT_EQ(contentOf(to), "kept");
-    LocalWrites::renameAfterLooking(from, folder.path("free"));
+    EXPECT_EQ(LocalWrites::renameAfterLooking(from, folder.path("free")), LocalWrites::Renamed::done);
     EXPECT_EQ(contentOf(folder.path("free")), "new");
 }
 
@@ -193,11 +194,11 @@ TEST_F(LocalWritesTest, aFolderThatItsOwnerCannotWriteToMovesAndKeepsItsRights)
     auto const lockedToo = folder.folder("locked too");
     for (auto const &path : {from, lockedToo})
         fs::permissions(path, isLocked);
-    EXPECT_THROW(LocalWrites::rename(from, lockedToo + "/to"), FileOperationError::Failed);
+    EXPECT_THROW(std::ignore = LocalWrites::rename(from, lockedToo + "/to"), FileOperationError::Failed);
     EXPECT_EQ(rights(from), isLocked);
-    LocalWrites::rename(from, folder.folder("sub") + "/to");
+    EXPECT_EQ(LocalWrites::rename(from, folder.folder("sub") + "/to"), LocalWrites::Renamed::done);
     EXPECT_EQ(rights(folder.path("sub/to")), isLocked);
-    LocalWrites::renameAfterLooking(folder.path("sub/to"), folder.path("again"));
+    EXPECT_EQ(LocalWrites::renameAfterLooking(folder.path("sub/to"), folder.path("again")), LocalWrites::Renamed::done);
     LocalWrites::moveToTrash(folder.path("again"));
     EXPECT_EQ(rights(trash->path("again")), isLocked);
 }
