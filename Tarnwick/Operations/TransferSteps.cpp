@@ -14,6 +14,8 @@
 #include "Tarnwick/Panes/PaneStatus.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 namespace tw::TransferSteps {
 
@@ -56,13 +58,18 @@ void refuseMountPoints(TransferJob const &job, TakenNames::Facts const &facts)
                                          "this is a file system of its own, such as a mounted disk, and does not move");
 }
 
-/// True if the target has everything that is to be written there, as if it were the source under another name. Two
-/// spellings of one host, or a host that is this machine, are two places.
+/// True if the target has something that is to be written there, as if it were the source under another name. Two
+/// spellings of one host, or a host that is this machine, are two places. Others of the names may have changed between
+/// the two questions.
 bool mayBeOneFolder(TakenNames::Facts const &facts)
 {
-    auto const &there = facts.target.taken; // both are in the order of the question
-    return !there.empty() && std::ranges::equal(facts.source.taken, there, [](auto const &one, auto const &other) {
-        return one.name == other.name && one.kind == other.kind && one.size == other.size && one.mtime == other.mtime;
+    std::unordered_map<std::string_view, FolderFacts::Occupant const *> here;
+    for (auto const &each : facts.source.taken)
+        here.emplace(each.name, &each);
+    return std::ranges::any_of(facts.target.taken, [&](auto const &there) {
+        auto const found = here.find(there.name);
+        return found != here.end() && found->second->kind == there.kind && found->second->size == there.size &&
+               found->second->mtime == there.mtime;
     });
 }
 

@@ -190,6 +190,22 @@ TEST_F(CopyMoveTest, aFolderIsNotMovedOntoItselfUnderAnotherNameOfItsHost)
     EXPECT_THAT(there->below("/src"), ElementsAre("/src/a", "/src/b")) << "nothing is left of the question";
 }
 
+TEST_F(CopyMoveTest, norIfAFileInItGrowsMeanwhile)
+{
+    there->nodes = here->nodes;
+    here->before = [this](std::string const &request) {
+        if (!request.starts_with("factsAbout"))
+            return;
+        here->nodes = there->nodes;
+        there->file("/src/b", there->content("/src/b") + "x");
+    };
+    mark({"a", "b"});
+    beginToMove();
+    answerPrompt("/src");
+    EXPECT_EQ(lastError(), "move failed on /src/a: it is there already: source and target are the same");
+    EXPECT_TRUE(here->has("/src/a"));
+}
+
 TEST_F(CopyMoveTest, theSameFilesOnAnotherMachineAreNoSameFolder)
 {
     there->file("/dst/a", "AAAA");
