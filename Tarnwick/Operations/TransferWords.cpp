@@ -29,6 +29,13 @@ void addList(std::vector<Text> &lines, char const *heading, Names const &names)
 
 void addLeftBehind(std::vector<Text> &lines, TransferEnd const &end)
 {
+    if (auto const &waiting = end.waiting; !waiting.names.empty()) {
+        if (!lines.empty())
+            lines.emplace_back("\n\n");
+        lines.push_back({"The old files are in %@, since they could not be moved back (%@):",
+                         {onOneLine(WindowsPath::display(waiting.folder)), countPhrase(waiting.names.size())}});
+        lines.emplace_back("\n" + Dialogs::describe(waiting.names, mostNames));
+    }
     for (auto const &folder : end.leftBehind) {
         if (!lines.empty())
             lines.emplace_back("\n\n");
@@ -92,12 +99,6 @@ Text failed(TransferEnd const &end)
     addList(lines, "Complete (%@):", end.summary.complete);
     addList(lines, "Perhaps there in part (%@):", end.summary.partial);
     addList(lines, "Untouched (%@):", end.summary.untouched);
-    if (auto const &waiting = end.waiting; !waiting.names.empty()) {
-        lines.emplace_back("\n\n");
-        lines.push_back({"The old files are in %@, since their names were taken meanwhile (%@):",
-                         {onOneLine(WindowsPath::display(waiting.folder)), countPhrase(waiting.names.size())}});
-        lines.emplace_back("\n" + Dialogs::describe(waiting.names, mostNames));
-    }
     addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }

@@ -33,7 +33,7 @@ Text failed(TransferEnd const &end);
 /// What a move has copied and did not take from the source, and why, and what is left behind; empty if nothing is.
 Text kept(TransferEnd const &end);
 
-/// The staging folders that could not be deleted; empty if there are none.
+/// What of the user's and of ours is still in staging folders; empty if there is nothing.
 Text leftBehind(TransferEnd const &end);
 
 /// "Copied 3 items to web1:/srv."

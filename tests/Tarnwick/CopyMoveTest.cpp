@@ -756,7 +756,7 @@ TEST_F(MoveWithinTest, anOldFileWhoseNameAnotherProgramTakesIsKept)
     EXPECT_THAT(here->below(staging), ElementsAre(staging + "/b"));
     EXPECT_EQ(here->content(staging + "/b"), "old too");
     EXPECT_THAT(lastError(),
-                HasSubstr("The old files are in " + staging + ", since their names were taken meanwhile (1 item):\nb"));
+                HasSubstr("The old files are in " + staging + ", since they could not be moved back (1 item):\nb"));
 }
 
 TEST_F(MoveWithinTest, aFileThatWasToBeReplacedMayHaveGone)

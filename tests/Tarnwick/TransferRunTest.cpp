@@ -48,6 +48,14 @@ protected:
     }
 };
 
+TEST(TransferWordsTest, afterACancelItIsSaidWhereTheOldFilesAre)
+{
+    TransferEnd end;
+    end.waiting = {.folder = "/to/.tw-paste-1", .names = {"a"}};
+    EXPECT_EQ(TransferWords::leftBehind(end).english(),
+              "The old files are in /to/.tw-paste-1, since they could not be moved back (1 item):\na");
+}
+
 /// The parameter is the way: "up" to a host, "down" from one, "between" two of them, or "across" from one file system
 /// of this machine to another.
 class MoveOfRealFilesTest : public TransferRunTest, public testing::WithParamInterface<char const *> {
