@@ -1,7 +1,9 @@
 #include "TWEngine/Transfer/LocalCopy.h"
 
+#include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Runtime/TimeOut.h"
 #include "TWEngine/Transfer/ArrivedNames.h"
 #include "TWEngine/Transfer/CopyingChild.h"
 #include "TWEngine/Transfer/Measuring.h"
@@ -26,6 +28,9 @@ constexpr std::chrono::milliseconds leastBetweenCounts{500};
 constexpr int restOfCounting = 10;
 
 constexpr std::chrono::milliseconds noPatience{0};
+
+/// A person waits for the end of a cancel, and a disk may be dead.
+constexpr std::chrono::seconds patienceWithCount{3};
 
 /// A person sees the whole of a small copy from its beginning; a large one does not wait for it.
 constexpr std::chrono::milliseconds timeToMeasure{1};
@@ -153,6 +158,21 @@ Task<std::string> account(Run run)
     co_return first;
 }
 
+/// Where nobody says in time what has arrived, anything of the step may have.
+Task<std::string> accountInTime(Run run, bool isCancelled)
+{
+    auto counting = account(run);
+    if (isCancelled)
+        counting = withTimeOut(run->work->engine.clock(), patienceWithCount, std::move(counting)).withStop({});
+    auto const counted = co_await outcomeOf(std::move(counting));
+    if (counted.value)
+        co_return *counted.value;
+    auto &summary = run->work->summary;
+    summary.areFilesKnown = false;
+    std::ranges::move(namesOf(*run->work, run->step), std::back_inserter(summary.partial));
+    co_return run->work->label;
+}
+
 void addUntouched(TransferWork &work, std::size_t from)
 {
     work.summary.untouched.insert(work.summary.untouched.end(), work.names.begin() + static_cast<std::ptrdiff_t>(from),
@@ -183,11 +203,15 @@ Task<std::vector<Measure>> measuresOf(Run run)
 
 Task<void> addComplete(Run run)
 {
-    auto const measures = co_await measuresOf(run);
     auto &work = *run->work;
     auto const names = namesOf(work, run->step);
     work.summary.complete.insert(work.summary.complete.end(), names.begin(), names.end());
-    for (auto const &each : measures) {
+    auto const measures = co_await outcomeOf(measuresOf(run));
+    if (!measures.value) {
+        work.summary.areFilesKnown = false;
+        co_return;
+    }
+    for (auto const &each : *measures.value) {
         work.bytesBefore += each.bytes;
         work.filesBefore += each.files.value_or(0);
     }
@@ -197,6 +221,11 @@ Task<void> addComplete(Run run)
 
 Task<void> runStep(TransferWork::Shared work, std::shared_ptr<FileDescriptor const> from, Step step)
 {
+    auto const context = co_await currentContext();
+    if (context.stop.stop_requested()) {
+        addUntouched(*work, step.first);
+        throw Cancelled();
+    }
     work->reportStep(0, 0, work->names[step.first]);
     auto const run = std::make_shared<Running>(Running{.work = work, .step = step, .child = nullptr});
     auto const names = namesOf(*work, step);
@@ -207,13 +236,13 @@ Task<void> runStep(TransferWork::Shared work, std::shared_ptr<FileDescriptor con
         work->engine, TransferCommands::copyHere(work->tools, std::move(from), names, work->to.path()), atFirstLine);
     auto const exit = co_await outcomeOf(untilExit(run));
     if (exit.value && exit.value->isSuccess()) {
-        co_await addComplete(run).withStop({});
+        co_await addComplete(run);
         co_return;
     }
 
     if (!exit.value)
         co_await TransferChild::endSoon(run->child, noPatience).withStop({});
-    auto const failing = co_await account(run).withStop({});
+    auto const failing = co_await accountInTime(run, !exit.value);
     addUntouched(*work, step.first + step.count);
     work->summary.words = run->child->words();
     if (!exit.value)

@@ -3,6 +3,8 @@
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Runtime/TimeOut.h"
 
+#include <csignal>
+
 namespace tw {
 
 namespace {
@@ -11,6 +13,9 @@ namespace {
 constexpr std::chrono::seconds patienceWithWords{2};
 
 constexpr std::chrono::milliseconds patienceAfterRequest{50};
+
+/// A killed program ends at once, unless it is in a call of the system that nothing interrupts.
+constexpr std::chrono::seconds patienceAfterKill{1};
 
 } // namespace
 
@@ -72,8 +77,8 @@ Task<ExitStatus> TransferChild::endSoon(Shared self, std::chrono::milliseconds p
     self->child->terminate();
     co_await outcomeOf(withTimeOut(clock, patienceAfterRequest, self->child->wait()).withStop({}));
     self->child->kill();
-    auto const status = co_await self->child->wait().withStop({});
-    co_return status;
+    auto const status = co_await outcomeOf(withTimeOut(clock, patienceAfterKill, self->child->wait()).withStop({}));
+    co_return status.value.value_or(ExitStatus{.cause = ExitStatus::Cause::killed, .number = SIGKILL});
 }
 
 } // namespace tw

@@ -30,7 +30,8 @@ public:
     /// Waits for its end and for its last words.
     static Task<ExitStatus> end(Shared self);
 
-    /// Lets it end by itself for as long, then asks it, then kills it. Ends when it is gone. Takes no stop.
+    /// Lets it end by itself for as long, then asks it, then kills it. Ends when it is gone, or soon after the kill if
+    /// a dead disk holds it: the status is then the one that it will have. Takes no stop.
     static Task<ExitStatus> endSoon(Shared self, std::chrono::milliseconds patience);
 
     std::string words() const { return kept.text(); }

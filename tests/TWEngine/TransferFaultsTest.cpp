@@ -1,5 +1,6 @@
 #include "tests/support/TransferFaultsTest.h"
 
+#include "tests/hosts/TestMount.h"
 #include "tests/support/TarArchive.h"
 
 namespace tw::test {
@@ -183,6 +184,29 @@ TEST_F(TransferFaultsTest, theFilesOfACopyThatIsUnderWayAreCountedWhereTheyArriv
     EXPECT_EQ(carry({"tree"}, sourceHere(), targetHere(), cancelAtThree), "cancelled");
     EXPECT_EQ(transfer->summary().files, 3);
     EXPECT_THAT(transfer->summary().partial, ElementsAre("tree"));
+}
+
+TEST_F(TransferFaultsTest, aCancelDoesNotWaitForADeadDisk)
+{
+    folder.file("first", "first");
+    folder.folder("tree");
+    auto const dead = local.path("tree/dead");
+    local.folder("tree");
+    local.folder("tree/dead");
+    auto const mount = TestMount::silent(dead);
+    // In place of cp: for the folder it asks the dead disk, and no signal ends it. The count of what has arrived comes
+    // to that disk too.
+    programs.cp = script("cp", "case \"$*\" in *tree*) : >'" + local.path("asks") + "'; exec cat '" + dead +
+                                   "/file';; esac; exec cp \"$@\"");
+    transfer = std::make_shared<TransferEngine>(engine, programs);
+    auto const copying =
+        loop.start(transfer->copy({"first", "tree"}, sourceHere(), targetHere(), [](TransferProgress const &) {}));
+    waitUntil([this] { return std::filesystem::exists(local.path("asks")); });
+    transfer->cancel();
+    EXPECT_EQ(outcomeOf(copying), "cancelled");
+    EXPECT_THAT(transfer->summary().complete, ElementsAre("first"));
+    EXPECT_THAT(transfer->summary().partial, ElementsAre("tree"));
+    EXPECT_FALSE(transfer->summary().areFilesKnown);
 }
 
 TEST_F(TransferFaultsTest, aFileOnADiskThatKeepsEvenSecondsOnlyIsComplete)
