@@ -8,6 +8,20 @@
 
 namespace tw {
 
+namespace {
+
+/// No writer has a request for this, so something that comes into the folder behind its listing goes with it.
+Task<void> removeIfEmpty(std::shared_ptr<FileSystemWriter> place, std::string path)
+{
+    auto const listings = co_await place->fetch(path, 1, FetchPriority::interactive);
+    auto const found = listings.find(path);
+    if (found == listings.end() || found->second.count() > 0 || found->second.truncated())
+        throw FileOperationError::Failed("delete", path, "it is not empty");
+    co_await place->removePermanently({path}, LockedFolders::stay);
+}
+
+} // namespace
+
 Browser::Browser(std::shared_ptr<FileSystemProvider> source, Collaborators collaborators, Config settings)
     : provider(std::move(source)),
       strand(std::move(collaborators.strand)),
@@ -249,6 +263,13 @@ Task<void> Browser::removePermanently(std::vector<std::string> paths, LockedFold
                         shared_from_this(),
                         [paths, locked](FileSystemWriter &writer) { return writer.removePermanently(paths, locked); },
                         paths));
+}
+
+Task<void> Browser::removeEmptyFolder(std::string path)
+{
+    auto where = ListingParser::normalize(path);
+    auto write = [place = writer(), where](FileSystemWriter &) { return removeIfEmpty(place, where); };
+    return onStrand(strand, writeHere(shared_from_this(), std::move(write), {where}));
 }
 
 Task<void> Browser::moveAll(std::vector<FileSystemWriter::Move> moves)

@@ -143,6 +143,9 @@ public:
     /// Deletes each of the paths, and nothing can bring them back.
     Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked = LockedFolders::stay);
 
+    /// Deletes a folder if its listing is empty, and fails if it is not.
+    Task<void> removeEmptyFolder(std::string path);
+
     /// Renames, or moves within the provider.
     Task<void> rename(std::string from, std::string to);
     Task<void> moveAll(std::vector<FileSystemWriter::Move> moves);
@@ -170,6 +173,9 @@ public:
     std::string providerName() const { return provider->displayName(); }
 
     std::shared_ptr<FileSystemProvider> const &providerRef() const noexcept { return provider; }
+
+    /// For an operation that gives its places only so much time.
+    std::shared_ptr<Clock> const &clockRef() const noexcept { return clock; }
 
     /// The provider as one that can change files, or null.
     std::shared_ptr<FileSystemWriter> writer() const { return std::dynamic_pointer_cast<FileSystemWriter>(provider); }

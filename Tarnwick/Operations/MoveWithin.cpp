@@ -1,12 +1,15 @@
 #include "Tarnwick/Operations/MoveWithin.h"
 
+#include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
-#include "Tarnwick/Operations/StagingName.h"
+#include "Tarnwick/Operations/StagingFolder.h"
 
+#include <algorithm>
 #include <optional>
+#include <span>
 #include <unordered_set>
 
 namespace tw {
@@ -79,6 +82,18 @@ Names partsLeft(TransferJob const &job, std::exception_ptr const &failure, Names
     return inPart;
 }
 
+/// In requests of a moment each: between them it can be cancelled.
+Task<void> moveInRequests(std::shared_ptr<Browser> place, std::vector<Move> moves)
+{
+    auto const context = co_await currentContext();
+    for (std::span<Move const> left = moves; !left.empty(); left = left.subspan(std::min(mostInRequest, left.size()))) {
+        if (context.stop.stop_requested())
+            throw Cancelled();
+        auto const some = left.first(std::min(mostInRequest, left.size()));
+        co_await place->moveAll({some.begin(), some.end()});
+    }
+}
+
 /// A failure names one file at most, so both sides are asked afterwards what has moved. If they do not answer, any of
 /// the names may have.
 Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
@@ -91,7 +106,7 @@ Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
         moved.push_back(each.name);
         moves.push_back({job->source.pathOf(each.name), job->target.pathOf(each.newName)});
     }
-    auto const moving = co_await outcomeOf(job->source.browser->moveAll(std::move(moves)));
+    auto const moving = co_await outcomeOf(moveInRequests(job->source.browser, std::move(moves)));
     if (moving.failure) {
         auto const asked = co_await outcomeOf(whatHasMoved(job, std::move(renamings)).withStop({}));
         auto const known = asked.value.value_or(std::nullopt);
@@ -138,17 +153,16 @@ std::vector<Renamed> asTheyAre(Names const &names)
 
 Task<void> moveOver(Job job, End end, Operands staging, Names names)
 {
-    co_await job->target.browser->moveAll(movesBetween(job->target, staging, names));
+    co_await moveInRequests(job->target.browser, movesBetween(job->target, staging, names));
     co_await moveNames(job, end, asTheyAre(names));
 }
 
 /// Moves back what was not replaced, and deletes what was. An old file that cannot be moved back stays in the staging
 /// folder, for example because another program has made a file of its name.
-Task<void> clearStaging(Job job, End end, Operands staging, Names names)
+Task<void> clear(Job job, End end, Operands staging, Names names)
 {
     std::unordered_set<std::string> const replaced(end->gone.begin(), end->gone.end());
     Names unreplaced;
-    staging.names.clear();
     for (auto const &name : names)
         (replaced.contains(name) ? staging.names : unreplaced).push_back(name);
     if (!unreplaced.empty()) {
@@ -157,27 +171,28 @@ Task<void> clearStaging(Job job, End end, Operands staging, Names names)
         if (left.value)
             std::erase_if(unreplaced, [&](auto const &name) { return !left.value->contains(name); });
     }
-    if (unreplaced.empty()) {
-        auto const removed = co_await outcomeOf(staging.browser->removePermanently({staging.path}, LockedFolders::go));
-        if (removed.failure)
-            end->leftBehind.push_back(staging.path);
-        co_return;
-    }
-    end->waiting = {.folder = staging.path, .names = std::move(unreplaced)};
+    if (!unreplaced.empty())
+        end->waiting = {.folder = staging.path, .names = std::move(unreplaced)};
+    // Not the folder as a whole: others may have put something into it.
     if (!staging.names.empty())
         co_await outcomeOf(staging.browser->removePermanently(staging.paths(), LockedFolders::go));
 }
 
 Task<void> replaceFiles(Job job, End end, Names names)
 {
-    auto staging = job->target;
-    staging.path = job->target.pathOf(stagingName());
-    co_await staging.browser->makeDirectory(staging.path);
-    auto const replaced = co_await outcomeOf(moveOver(job, end, staging, names));
-    // Also after a stop: nobody would look for the old files in the staging folder.
-    co_await clearStaging(job, end, staging, names).withStop({});
-    if (replaced.failure)
-        std::rethrow_exception(replaced.failure);
+    auto const staging = co_await StagingFolder::begin(job->target);
+    auto replaced = co_await outcomeOf(staging.made());
+    if (!replaced.failure) {
+        replaced = co_await outcomeOf(moveOver(job, end, staging.place(), names));
+        // Also after a stop: nobody would look for the old files in the staging folder.
+        co_await clear(job, end, staging.place(), names).withStop({});
+    }
+    if (end->waiting.names.empty()) {
+        auto const isGone = co_await staging.discard(StagingFolder::Content::files);
+        if (!isGone)
+            end->leftBehind.push_back(staging.place().path);
+    }
+    replaced.take();
 }
 
 } // namespace

@@ -43,6 +43,8 @@ struct TransferEnd {
 
     Waiting waiting = {};
     std::vector<std::string> leftBehind = {}; ///< paths of staging folders that could not be deleted
+    bool isSourceTouched = false;             ///< everything has arrived, and the deletion of the source was begun
+    bool isGoneKnown = true;                  ///< false: the source did not say what that has deleted
     std::exception_ptr failure = {};          ///< of the copy or the renaming
     std::exception_ptr sourceFailure = {};    ///< everything was copied, but not everything could be deleted
 };

@@ -5,15 +5,19 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
-#include "TWEngine/Runtime/Completion.h"
+#include "TWEngine/Runtime/TimeOut.h"
+#include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/MoveWithin.h"
-#include "Tarnwick/Operations/StagingName.h"
+#include "Tarnwick/Operations/StagingFolder.h"
 
 #include <unordered_set>
 
 namespace tw {
 
 namespace {
+
+/// Of a place that is asked what a deletion has left.
+constexpr std::chrono::seconds patienceWithSource{3};
 
 void append(std::vector<std::string> &to, std::vector<std::string> const &names)
 {
@@ -24,33 +28,6 @@ TransferEndpoint endpointOf(Operands const &place)
 {
     auto host = std::dynamic_pointer_cast<CommandHost>(place.browser->providerRef());
     return host ? TransferEndpoint::remote(std::move(host), place.path) : TransferEndpoint::local(place.path);
-}
-
-template <class T>
-Task<void> answer(std::shared_ptr<Completion<T>> answered, Task<T> asking)
-{
-    auto outcome = co_await outcomeOf(std::move(asking));
-    if (outcome.failure)
-        answered->fail(outcome.failure);
-    else
-        answered->succeed(*std::move(outcome.value));
-}
-
-/// A question that is called off goes on until it is answered, but nobody waits for the answer.
-template <class T>
-Task<T> answerUntil(std::stop_token token, Task<T> asking)
-{
-    auto const context = co_await currentContext();
-    auto const answered = std::make_shared<Completion<T>>();
-    spawn({context.executor, token}, answer(answered, std::move(asking)));
-    auto value = co_await Completion<T>::wait(answered).withStop(token);
-    co_return value;
-}
-
-Task<Done> sync(Operands folder)
-{
-    co_await folder.browser->sync(folder.path);
-    co_return Done();
 }
 
 /// The folders that go into a folder of their name.
@@ -131,7 +108,9 @@ void TransferRun::throwIfCancelled() const
 
 Task<TransferEnd> TransferRun::performHere(Self self)
 {
-    auto const outcome = co_await outcomeOf(performSteps(self));
+    auto const here = co_await currentContext();
+    std::stop_callback const passOn(here.stop, [self] { self->cancel(); });
+    auto const outcome = co_await outcomeOf(performSteps(self).withStop(self->stop.get_token()));
     auto end = *self->end;
     end.failure = outcome.failure;
     if (end.failure && self->stop.stop_requested())
@@ -186,15 +165,12 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
 /// The result is what has arrived, if it is a move.
 Task<Survey> TransferRun::copyStaged(Self self, TransferPlan plan)
 {
-    auto staging = self->job->target;
-    staging.path = staging.pathOf(stagingName());
-    co_await staging.browser->makeDirectory(staging.path);
+    auto const staging = co_await StagingFolder::begin(self->job->target);
     auto publishing = copyAndPublish(self, staging, std::move(plan));
     auto arrived = co_await outcomeOf(std::move(publishing));
-    auto removing = staging.browser->removePermanently({staging.path}, LockedFolders::go).withStop({});
-    auto const cleared = co_await outcomeOf(std::move(removing));
-    if (cleared.failure)
-        self->end->leftBehind.push_back(staging.path);
+    auto const isGone = co_await staging.discard(StagingFolder::Content::copies);
+    if (!isGone)
+        self->end->leftBehind.push_back(staging.place().path);
     co_return arrived.take();
 }
 
@@ -208,8 +184,10 @@ Task<Survey> TransferRun::copyAndSurvey(Self self, Operands staging, Names names
     co_return surveyed;
 }
 
-Task<Survey> TransferRun::copyAndPublish(Self self, Operands staging, TransferPlan plan)
+Task<Survey> TransferRun::copyAndPublish(Self self, StagingFolder folder, TransferPlan plan)
 {
+    co_await folder.made();
+    auto const staging = folder.place();
     auto const names = plan.allNames();
     auto const filesBefore = self->end->summary.files;
     auto const wereFilesKnown = self->end->summary.areFilesKnown;
@@ -221,7 +199,7 @@ Task<Survey> TransferRun::copyAndPublish(Self self, Operands staging, TransferPl
         self->end->summary.areFilesKnown = wereFilesKnown;
     }
     if (copied.failure && self->job->isMoveBetweenFileSystems)
-        co_await outcomeOf(publishWhole(self, staging, whole));
+        co_await outcomeOf(publishWhole(self, staging, whole)).withStop({});
     auto arrived = copied.take();
     co_await publish(self, staging, std::move(plan));
     co_return arrived;
@@ -282,13 +260,14 @@ Task<Survey> TransferRun::survey(Self self, Operands where, Names names, Survey:
         co_return Survey();
     self->throwIfCancelled();
     auto asking = where.browser->survey(where.path, std::move(names), detail);
-    auto survey = co_await answerUntil(self->stop.get_token(), std::move(asking));
+    auto survey = co_await answerUntilStopped(std::move(asking));
     co_return survey;
 }
 
 Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys)
 {
-    co_await answerUntil(self->stop.get_token(), sync(self->job->target));
+    auto const &target = self->job->target;
+    co_await answerUntilStopped(target.browser->sync(target.path));
     // Behind the sync, which may take minutes: until then somebody may have changed the source.
     auto after = co_await survey(self, self->job->source, plan.allNames(), detailFor(plan));
     surveys.after = std::move(after);
@@ -304,13 +283,25 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
     auto const isForGood = self->job->isMoveBetweenFileSystems || !source.browser->writer()->deleteIsReversible();
     auto removing = isForGood ? source.browser->removePermanently(source.paths(), LockedFolders::go)
                               : source.browser->remove(source.paths());
+    self->end->isSourceTouched = true;
     auto const removed = co_await outcomeOf(std::move(removing));
     if (!removed.failure) {
         append(self->end->gone, going);
         co_return;
     }
+    co_await noteGone(self, going).withStop({});
+    self->throwIfCancelled();
     self->end->sourceFailure = removed.failure;
-    auto const left = co_await outcomeOf(source.browser->factsAbout(source.path, going));
+}
+
+/// Which names of the source have gone. A place that does not answer does not hold a cancel for long.
+Task<void> TransferRun::noteGone(Self self, Names going)
+{
+    auto const &source = self->job->source;
+    auto asking = answerUntilStopped(source.browser->factsAbout(source.path, going));
+    auto const left =
+        co_await outcomeOf(withTimeOut(source.browser->clockRef(), patienceWithSource, std::move(asking)));
+    self->end->isGoneKnown = left.value.has_value();
     if (!left.value)
         co_return;
     Names still;

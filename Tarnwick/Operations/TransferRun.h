@@ -9,6 +9,8 @@
 
 namespace tw {
 
+class StagingFolder;
+
 /// Carries out a TransferJob.
 ///
 /// The source of a move goes last: only names that have arrived whole, as both sides say when all has been copied, and
@@ -22,7 +24,7 @@ namespace tw {
 /// Threads: main context only.
 /// Lifetime: shared; `perform` keeps it.
 /// Cancellation: by `cancel`, within a moment. What has arrived stays; of the names in a staging folder, those that are
-/// whole, if it is between two file systems. Deletions are not called off.
+/// whole, if it is between two file systems. A source of which all has arrived may be deleted in part by then.
 class TransferRun : public std::enable_shared_from_this<TransferRun> {
 public:
     TransferRun(TransferJob job, std::shared_ptr<Transfer> transfer, Transfer::Reporter onProgress);
@@ -41,12 +43,13 @@ private:
     static Task<void> copyAndRemove(Self self, TransferPlan plan);
     static Task<Survey> copyStaged(Self self, TransferPlan plan);
     static Task<Survey> copyAndSurvey(Self self, Operands staging, Names names);
-    static Task<Survey> copyAndPublish(Self self, Operands staging, TransferPlan plan);
+    static Task<Survey> copyAndPublish(Self self, StagingFolder folder, TransferPlan plan);
     static Task<void> publish(Self self, Operands staging, TransferPlan plan);
     static Task<void> publishWhole(Self self, Operands staging, TransferPlan plan);
     static Task<void> copyNames(Self self, Names names, Operands target);
     static Task<Survey> survey(Self self, Operands where, Names names, Survey::Detail detail);
     static Task<void> removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys);
+    static Task<void> noteGone(Self self, Names going);
 
     Transfer::Reporter reporterOfNextCopy() const;
     void add(TransferSummary const &part);

@@ -6,9 +6,10 @@
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
+#include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/ProgressThrottle.h"
-#include "Tarnwick/Operations/StagingName.h"
+#include "Tarnwick/Operations/StagingFolder.h"
 #include "Tarnwick/Operations/TransferRun.h"
 #include "Tarnwick/Operations/TransferWords.h"
 #include "Tarnwick/Panes/PaneStatus.h"
@@ -73,19 +74,26 @@ bool mayBeOneFolder(TakenNames::Facts const &facts)
     });
 }
 
+Task<bool> isSeenIn(Operands folder, StagingFolder probe)
+{
+    co_await probe.made();
+    auto const &path = probe.place().path;
+    std::vector const names{path.substr(path.rfind('/') + 1)};
+    auto const facts = co_await answerUntilStopped(folder.browser->factsAbout(folder.path, names));
+    co_return !facts.taken.empty();
+}
+
 /// Whether a folder that is made at the target appears at the source. A move onto itself would delete the only copy.
-Task<bool> isOneFolder(TransferJob job)
+Task<bool> isOneFolder(OperationContext context, TransferJob job)
 {
     if (!job.source.browser->writer())
         co_return false;
-    auto probe = job.target;
-    probe.names = {stagingName()};
-    co_await probe.browser->makeDirectory(probe.pathOf(probe.names.front()));
-    auto const seen = co_await outcomeOf(job.source.browser->factsAbout(job.source.path, probe.names));
-    co_await outcomeOf(probe.browser->removePermanently(probe.paths())).withStop({});
-    if (seen.failure)
-        std::rethrow_exception(seen.failure);
-    co_return !seen.value->taken.empty();
+    auto const probe = co_await StagingFolder::begin(job.target);
+    auto seen = co_await outcomeOf(isSeenIn(job.source, probe));
+    auto const isGone = co_await probe.discard(StagingFolder::Content::files);
+    if (!isGone)
+        co_await context.dialogs->error(TransferWords::leftBehind({.leftBehind = {probe.place().path}}));
+    co_return seen.take();
 }
 
 /// True if bytes move: not for a renaming.
@@ -107,7 +115,7 @@ void rereadPanes(OperationContext const &context, TransferJob const &job, Transf
 {
     auto const allGone = end.gone.size() == job.source.names.size();
     auto const asked = context.pane.lock();
-    if (!end.gone.empty() || end.sourceFailure || job.isRename()) // otherwise the source is as it was
+    if (!end.gone.empty() || end.isSourceTouched || job.isRename()) // otherwise the source is as it was
         context.rereadWithout(job.source, end.gone, allGone ? cursor.atSource : std::string());
     for (auto const &weak : context.panes) {
         if (auto const each = weak.lock())
@@ -123,7 +131,7 @@ Text conclusion(TransferJob const &job, TransferEnd const &end)
         return kept.isEmpty() ? TransferWords::done(job) : kept;
     }
     if (failureIs<FileOperationError::Cancelled>(end.failure))
-        return TransferWords::cancelled(job.kind, job.source.names.size(), end.summary);
+        return TransferWords::cancelled(job, end);
     return PaneStatus::describe(end.failure);
 }
 
@@ -164,7 +172,7 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
         throw errorOf(*refusal, job);
     refuseMountPoints(job, facts);
     if (!isOnePlace(job) && naming == TransferRefusal::Naming::kept && mayBeOneFolder(facts)) {
-        auto const isOne = co_await isOneFolder(job);
+        auto const isOne = co_await isOneFolder(context, job);
         if (isOne)
             throw errorOf({Reason::ontoItself, job.source.names.front()}, job);
     }
@@ -256,7 +264,7 @@ Task<TransferEnd> perform(OperationContext context, TransferJob job, Cursor curs
 Task<void> tell(OperationContext context, TransferJob job, TransferEnd end)
 {
     if (failureIs<FileOperationError::Cancelled>(end.failure)) {
-        context.warn(TransferWords::cancelled(job.kind, job.source.names.size(), end.summary));
+        context.warn(TransferWords::cancelled(job, end));
         auto left = TransferWords::leftBehind(end);
         if (!left.isEmpty())
             co_await context.dialogs->error(std::move(left));

@@ -39,7 +39,7 @@ void addLeftBehind(std::vector<Text> &lines, TransferEnd const &end)
     for (auto const &folder : end.leftBehind) {
         if (!lines.empty())
             lines.emplace_back("\n\n");
-        lines.push_back({"The folder %@ could not be deleted. Nothing in it is needed any more.",
+        lines.push_back({"The folder %@ could not be deleted. Nothing that was put into it here is needed any more.",
                          {onOneLine(WindowsPath::display(folder))}});
     }
 }
@@ -82,9 +82,19 @@ Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vec
             .names = std::move(taken)};
 }
 
-Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summary)
+Text cancelled(TransferJob const &job, TransferEnd const &end)
 {
-    auto const what = lowerCased(title(kind, count));
+    auto const &summary = end.summary;
+    auto const count = job.source.names.size();
+    auto const what = lowerCased(title(job.kind, count));
+    auto const gone = grouped(static_cast<std::int64_t>(end.gone.size()));
+    auto const all = grouped(static_cast<std::int64_t>(count));
+    if (!end.isGoneKnown)
+        return {"%@ cancelled: everything has arrived, it is not known what was removed from the source", {what}};
+    if (end.isSourceTouched)
+        return {"%@ cancelled: everything has arrived, %@ of %@ items removed from the source", {what, gone, all}};
+    if (!end.gone.empty())
+        return {"%@ cancelled: %@ of %@ items moved", {what, gone, all}};
     if (!summary.areFilesKnown)
         return {"%@ cancelled: it is not known how many files were copied", {what}};
     auto const files = grouped(summary.files);

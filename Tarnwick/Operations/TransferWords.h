@@ -24,8 +24,8 @@ enum class Sheet {
 
 Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vector<NameConflict> taken, Sheet sheet);
 
-/// "copy 3 items cancelled: 412 of 10,000 files copied".
-Text cancelled(TransferKind kind, std::size_t count, TransferSummary const &summary);
+/// "copy 3 items cancelled: 412 of 10,000 files copied". Of a move, what has gone from the source.
+Text cancelled(TransferJob const &job, TransferEnd const &end);
 
 /// Why it failed, what is complete, what may be there in part, and what is untouched.
 Text failed(TransferEnd const &end);

@@ -1,8 +1,11 @@
 #include "Tarnwick/Operations/CopyMove.h"
 
 #include "Tarnwick/Operations/Delete.h"
+#include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/NewFolder.h"
 #include "Tarnwick/Operations/Rename.h"
+#include "Tarnwick/Operations/StagingFolder.h"
+#include "Tarnwick/Operations/StagingName.h"
 #include "tests/support/TransferPanesTest.h"
 
 #include <gmock/gmock.h>
@@ -17,6 +20,7 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
@@ -632,6 +636,16 @@ protected:
         show(target, hereBrowser, "local", "/dst");
         mark({"a", "b"});
     }
+
+    /// The first staging folder in a folder.
+    std::string stagingIn(std::string const &folder) const
+    {
+        for (auto const &path : here->below(folder)) {
+            if (path.starts_with(folder + "/" + std::string(stagingPrefix)))
+                return path;
+        }
+        return "none";
+    }
 };
 
 TEST_F(MoveWithinTest, aMoveWithinOnePlaceRenamesAndShowsNoProgress)
@@ -757,6 +771,45 @@ TEST_F(MoveWithinTest, anOldFileWhoseNameAnotherProgramTakesIsKept)
     EXPECT_EQ(here->content(staging + "/b"), "old too");
     EXPECT_THAT(lastError(),
                 HasSubstr("The old files are in " + staging + ", since they could not be moved back (1 item):\nb"));
+}
+
+TEST_F(MoveWithinTest, whatAnotherProgramPutsIntoTheStagingFolderStaysAndTheFolderIsNamed)
+{
+    here->file("/dst/a", "old");
+    here->before = [this](std::string const &request) {
+        if (request == "move /src/a /dst/a")
+            here->file(stagingIn("/dst") + "/other", "of another program");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "aaaa");
+    auto const staging = stagingIn("/dst");
+    EXPECT_THAT(here->below(staging), ElementsAre(staging + "/other"));
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + staging + " could not be deleted."));
+}
+
+TEST_F(MoveWithinTest, aStagingFolderThatMayHaveBeenMadeIsGoneOrNamed)
+{
+    here->file("/dst/a", "old");
+    auto isSilent = false;
+    here->before = [&](std::string const &request) {
+        if (request.starts_with("makeDirectory")) {
+            here->folder(request.substr(request.find('/')));
+            throw std::runtime_error("the connection was lost");
+        }
+        if (isSilent && request.starts_with("removePermanently"))
+            throw std::runtime_error("the connection was lost");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+    EXPECT_THAT(lastError(), Not(HasSubstr("could not be deleted")));
+    isSilent = true;
+    mark({"a"});
+    move();
+    resolve({Answer::replace});
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst") + " could not be deleted."));
+    EXPECT_EQ(here->content("/dst/a"), "old");
 }
 
 TEST_F(MoveWithinTest, aFileThatWasToBeReplacedMayHaveGone)
@@ -889,6 +942,39 @@ TEST_F(MoveBetweenFileSystemsTest, aCancelDoesNotWaitUntilADiskHasWrittenEveryth
     EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
 }
 
+TEST_F(MoveBetweenFileSystemsTest, aCancelEndsTheDeletionOfTheSourceAndSaysHowFarItWas)
+{
+    here->before = [this](std::string const &request) {
+        if (request == "removePermanently /src/a /src/b")
+            here->removing = std::make_shared<Completion<Done>>();
+    };
+    move();
+    EXPECT_FALSE(operation->isDone());
+    dialogs->works.front()->cancel();
+    loop.drain();
+    EXPECT_TRUE(operation->isDone());
+    EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: everything has arrived, 1 of 2 items removed from the source");
+    EXPECT_THAT(here->below("/src"), ElementsAre("/src/b"));
+    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+    EXPECT_THAT(source.pane->model().visibleNames(), ElementsAre("b"));
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aCancelDoesNotWaitForAPlaceThatDoesNotAnswer)
+{
+    here->making = std::make_shared<Completion<Done>>();
+    move();
+    dialogs->works.front()->cancel();
+    loop.drain();
+    clock->advance(StagingFolder::patience);
+    loop.drain();
+    EXPECT_THAT(lastError(), HasSubstr("The folder /dst/.tw-paste-"));
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+    here->making->succeed({});
+    loop.drain();
+    EXPECT_THAT(here->below("/dst"), IsEmpty()) << "it goes all the same";
+}
+
 TEST_F(MoveBetweenFileSystemsTest, aFileOfTheNameThatAnotherProgramMakesMeanwhileStays)
 {
     transfer->before = [this](auto const &) { here->file("/dst/a", "of another program"); };
@@ -996,6 +1082,24 @@ TEST_F(MergeTest, theSourceOfAFolderThatWasMergedGoesWhenAllOfItHasArrived)
     EXPECT_EQ(here->content("/dst/f/both"), "newer");
     EXPECT_FALSE(here->has("/src/f"));
     EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MergeTest, aCancelEndsTheRenamingBesideIt)
+{
+    std::vector<std::string> names{"f"};
+    for (std::size_t number = 0; number < 2 * mostInRequest; ++number) {
+        names.push_back("name " + std::to_string(1000 + number));
+        here->file("/src/" + names.back(), "");
+    }
+    mark(names);
+    here->before = [this](std::string const &request) {
+        if (request == "move /src/name 1000 /dst/name 1000")
+            dialogs->works.front()->cancel();
+    };
+    merge();
+    EXPECT_THAT(requestsOf(*here, "move"), SizeIs(mostInRequest));
+    EXPECT_EQ(status(), "⚠︎ move 201 items cancelled: 100 of 201 items moved");
+    EXPECT_TRUE(here->has("/src/f"));
 }
 
 TEST_F(MergeTest, aFolderThatGetsAFileUnderTheSheetIsMergedAsWell)

@@ -151,7 +151,7 @@ TEST_P(MoveOfGrowingFilesTest, aFileThatGrowsBehindItsCopyStaysAndIsNamed)
     EXPECT_EQ(namesIn(local.path("tree")).size(), 3U);
 }
 
-// What is moved up goes to the Trash of whoever runs the test.
+// Not "up": what is moved up goes to the Trash, and a test must not put anything into the user's Trash.
 INSTANTIATE_TEST_SUITE_P(Ways, MoveOfGrowingFilesTest, testing::Values("down", "between", "across"));
 
 class MoveToAFullDiskTest : public MoveOfRealFilesTest {};

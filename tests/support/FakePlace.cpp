@@ -121,8 +121,9 @@ Task<void> FakePlace::makeDirectory(std::string path)
     request("makeDirectory " + path);
     if (has(path))
         throw Failed("create folder", path, "File exists");
+    if (making)
+        co_await Completion<Done>::wait(making);
     folder(path);
-    co_return;
 }
 
 Task<void> FakePlace::remove(std::vector<std::string> paths)
@@ -136,9 +137,11 @@ Task<void> FakePlace::remove(std::vector<std::string> paths)
 Task<void> FakePlace::removePermanently(std::vector<std::string> paths, LockedFolders /*locked*/)
 {
     request(joined("removePermanently", paths));
-    for (auto const &path : paths)
+    for (auto const &path : paths) {
         erase(path);
-    co_return;
+        if (removing)
+            co_await Completion<Done>::wait(removing);
+    }
 }
 
 Task<void> FakePlace::rename(std::string from, std::string to)

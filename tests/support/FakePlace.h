@@ -43,10 +43,12 @@ public:
 
     /// Called with each request before it is done: "remove /a /b". It may throw in its place.
     std::function<void(std::string const &request)> before = [](auto const &) {};
-    std::string otherFileSystem;               ///< the folder that one is mounted on
-    bool isOneDevice = false;                  ///< both file systems, as with two mounts of one disk
-    std::shared_ptr<Completion<Done>> syncing; ///< a sync waits for it, if there is one
-    std::vector<std::string> requests;         ///< that have been done or failed, the questions too
+    std::string otherFileSystem;                ///< the folder that one is mounted on
+    bool isOneDevice = false;                   ///< both file systems, as with two mounts of one disk
+    std::shared_ptr<Completion<Done>> syncing;  ///< a sync waits for it, if there is one
+    std::shared_ptr<Completion<Done>> making;   ///< the making of a folder likewise
+    std::shared_ptr<Completion<Done>> removing; ///< a removal for good likewise, behind each path
+    std::vector<std::string> requests;          ///< that have been done or failed, the questions too
     bool isReversible = true;
     bool takesCasesForOne = false;
 

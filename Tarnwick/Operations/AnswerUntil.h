@@ -1,0 +1,44 @@
+#pragma once
+
+#include "TWCore/Async/Outcome.h"
+#include "TWEngine/Runtime/Completion.h"
+
+namespace tw {
+
+namespace detail {
+
+template <class T>
+using AnswerValue = std::conditional_t<std::is_void_v<T>, Done, T>;
+
+template <class T>
+Task<void> answer(std::shared_ptr<Completion<AnswerValue<T>>> answered, Task<T> asking)
+{
+    auto outcome = co_await outcomeOf(std::move(asking));
+    if (outcome.failure) {
+        answered->fail(outcome.failure);
+        co_return;
+    }
+    if constexpr (std::is_void_v<T>)
+        answered->succeed({});
+    else
+        answered->succeed(*std::move(outcome.value));
+}
+
+} // namespace detail
+
+/// Waits for `asking`, and for no longer than this task is wanted: a place that was asked need not answer.
+///
+/// Cancellation: at once. `asking` is stopped too, and goes on without a waiter for as long as it takes.
+template <class T>
+Task<T> answerUntilStopped(Task<T> asking)
+{
+    using Value = detail::AnswerValue<T>;
+    auto const context = co_await currentContext();
+    auto const answered = std::make_shared<Completion<Value>>();
+    spawn(context, detail::answer<T>(answered, std::move(asking)));
+    auto value = co_await Completion<Value>::wait(answered);
+    if constexpr (!std::is_void_v<T>)
+        co_return value;
+}
+
+} // namespace tw
