@@ -41,7 +41,14 @@ struct ChildPipe::Stream {
         WaitType what;
     };
 
-    explicit Stream(boost::asio::io_context &context) : descriptor(context) {}
+    enum class How { moved, copied };
+
+    Stream(boost::asio::io_context &context, FileDescriptor opened) : end(std::move(opened)), watch(context) {}
+
+    ~Stream() { endWatch(); }
+
+    Stream(Stream const &) = delete;
+    Stream &operator=(Stream const &) = delete;
 
     /// Fills `buffer`, with nothing at the end of the stream. False if the pipe is empty but not at its end.
     bool tryRead(std::string &buffer)
@@ -70,18 +77,19 @@ struct ChildPipe::Stream {
         return served(static_cast<std::size_t>(count));
     }
 
-    /// Advances `moved` by what went from one pipe into the other. Otherwise returns the end to be waited for: at the
-    /// end of `from` nothing is moved, and nobody is waited for.
-    static std::optional<Waiting> tryMove(std::shared_ptr<Stream> const &from, std::shared_ptr<Stream> const &to,
-                                          std::size_t most, std::size_t &moved)
+    /// Sets `passed` to what went from one pipe into the other. Otherwise returns the end to be waited for: at the end
+    /// of `from` nothing passes, and nobody is waited for.
+    static std::optional<Waiting> tryPass(std::shared_ptr<Stream> const &from, std::shared_ptr<Stream> const &to,
+                                          How how, std::size_t most, std::size_t &passed)
     {
         std::scoped_lock const lock(from->mutex, to->mutex);
         auto const source = from->openNumber();
-        auto const count =
-            ::splice(source, nullptr, to->openNumber(), nullptr, most, SPLICE_F_MOVE | SPLICE_F_NONBLOCK);
+        auto const target = to->openNumber();
+        auto const count = how == How::moved ? ::splice(source, nullptr, target, nullptr, most, SPLICE_F_NONBLOCK)
+                                             : ::tee(source, target, most, SPLICE_F_NONBLOCK);
         if (count >= 0) {
-            moved = static_cast<std::size_t>(count);
-            from->served(moved);
+            passed = static_cast<std::size_t>(count);
+            from->served(passed);
             return std::nullopt;
         }
         mustWait(errno);
@@ -90,6 +98,19 @@ struct ChildPipe::Stream {
         if (::poll(&state, 1, 0) == 0)
             return Waiting{from, WaitType::wait_read};
         return Waiting{to, WaitType::wait_write};
+    }
+
+    /// Calls `take` with the open end and with how much is still to be taken, until that is all.
+    template <class Take>
+    void takeAll(std::size_t count, Take const &take)
+    {
+        std::lock_guard const lock(mutex);
+        for (auto left = count; left > 0;) {
+            auto const taken = take(openNumber(), left);
+            if (taken <= 0)
+                throw PipeError(taken < 0 ? errno : EPIPE);
+            left -= static_cast<std::size_t>(taken);
+        }
     }
 
     bool takeTurnIsOver()
@@ -105,25 +126,29 @@ struct ChildPipe::Stream {
     {
         std::lock_guard const lock(mutex);
         servedThisTurn = 0;
+        boost::system::error_code error;
+        if (!watch.is_open())
+            watch.assign(openNumber(), error);
+        if (error)
+            throw PipeError(error.value());
         // Whatever it says, a closed or a broken pipe included, the next attempt says it better.
-        if (descriptor.is_open())
-            descriptor.async_wait(what, [self, ready](boost::system::error_code) { ready->succeed({}); });
-        else
+        watch.async_wait(what, [self, ready](boost::system::error_code) {
+            self->cancelWait();
             ready->succeed({});
+        });
     }
 
     void cancelWait()
     {
         std::lock_guard const lock(mutex);
-        boost::system::error_code ignored;
-        descriptor.cancel(ignored);
+        endWatch();
     }
 
     void close()
     {
         std::lock_guard const lock(mutex);
-        boost::system::error_code ignored;
-        descriptor.close(ignored);
+        endWatch();
+        end = FileDescriptor();
     }
 
     static Task<void> untilReady(std::shared_ptr<Stream> self, WaitType what)
@@ -169,27 +194,30 @@ struct ChildPipe::Stream {
         co_return bytes;
     }
 
-    static Task<std::size_t> move(std::shared_ptr<Stream> from, std::shared_ptr<Stream> to, std::size_t most)
+    static Task<std::size_t> pass(std::shared_ptr<Stream> from, std::shared_ptr<Stream> to, How how, std::size_t most)
     {
-        std::size_t moved = 0;
+        std::size_t passed = 0;
         for (;;) {
             co_await keepInTurn(from);
-            auto const waiting = tryMove(from, to, most, moved);
+            auto const waiting = tryPass(from, to, how, most, passed);
             if (!waiting)
-                co_return moved;
+                co_return passed;
             co_await untilReady(waiting->pipe, waiting->what);
         }
     }
 
-    // Under the mutex.
-    boost::asio::posix::stream_descriptor descriptor;
-
 private:
-    int openNumber()
+    int openNumber() const
     {
-        if (!descriptor.is_open())
+        if (!end)
             throw PipeError(EBADF);
-        return descriptor.native_handle();
+        return end.get();
+    }
+
+    void endWatch()
+    {
+        if (watch.is_open())
+            watch.release();
     }
 
     bool served(std::size_t count)
@@ -208,19 +236,18 @@ private:
 
     std::mutex mutex;
     // Under the mutex.
+    FileDescriptor end;
+    /// Open only while a task waits: otherwise the I/O thread would be woken by each write of the other side.
+    boost::asio::posix::stream_descriptor watch;
     std::size_t servedThisTurn = 0;
 };
 
-ChildPipe::ChildPipe(IoThread &io, FileDescriptor end) : stream(std::make_shared<Stream>(io.context()))
+ChildPipe::ChildPipe(IoThread &io, FileDescriptor end)
 {
     // Only our end: the flag belongs to it, and the child expects a pipe that blocks.
     if (fcntl(end.get(), F_SETFL, O_NONBLOCK) != 0)
         throw SpawnError(errno, "pipe");
-    boost::system::error_code error;
-    stream->descriptor.assign(end.get(), error);
-    if (error)
-        throw SpawnError(error.value(), "pipe");
-    end.release();
+    stream = std::make_shared<Stream>(io.context(), std::move(end));
 }
 
 ChildPipe::~ChildPipe()
@@ -240,7 +267,26 @@ Task<std::string> ChildPipe::write(std::string bytes) const
 
 Task<std::size_t> ChildPipe::moveTo(ChildPipe const &target, std::size_t most) const
 {
-    return Stream::move(stream, target.stream, most);
+    return Stream::pass(stream, target.stream, Stream::How::moved, most);
+}
+
+Task<std::size_t> ChildPipe::copyTo(ChildPipe const &target, std::size_t most) const
+{
+    return Stream::pass(stream, target.stream, Stream::How::copied, most);
+}
+
+void ChildPipe::take(std::span<char> bytes) const
+{
+    stream->takeAll(bytes.size(),
+                    [&](int end, std::size_t left) { return ::read(end, bytes.last(left).data(), left); });
+}
+
+void ChildPipe::drop(std::size_t count) const
+{
+    static FileDescriptor const nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    stream->takeAll(count, [](int end, std::size_t left) {
+        return ::splice(end, nullptr, nowhere.get(), nullptr, left, SPLICE_F_NONBLOCK);
+    });
 }
 
 void ChildPipe::close() const noexcept

@@ -3,6 +3,8 @@
 #include "TWCore/Async/Task.h"
 #include "TWEngine/Runtime/FileDescriptor.h"
 
+#include <memory>
+#include <span>
 #include <string>
 
 namespace tw {
@@ -33,13 +35,22 @@ public:
     /// See ChildProcess::moveOutput.
     Task<std::size_t> moveTo(ChildPipe const &target, std::size_t most) const;
 
+    /// See ChildProcess::copyOutput.
+    Task<std::size_t> copyTo(ChildPipe const &target, std::size_t most) const;
+
+    /// See ChildProcess::takeOutput.
+    void take(std::span<char> bytes) const;
+
+    /// See ChildProcess::dropOutput.
+    void drop(std::size_t count) const;
+
     /// Reads and writes in flight, and later ones, throw PipeError.
     void close() const noexcept;
 
 private:
     struct Stream;
 
-    std::shared_ptr<Stream> const stream;
+    std::shared_ptr<Stream> stream;
 };
 
 } // namespace tw

@@ -150,6 +150,25 @@ Task<std::size_t> ChildProcess::moveOutput(ChildProcess const &target, std::size
     return output && target.input ? output->moveTo(*target.input, most) : notAPipe<std::size_t>();
 }
 
+Task<std::size_t> ChildProcess::copyOutput(ChildProcess const &target, std::size_t most) const
+{
+    return output && target.input ? output->copyTo(*target.input, most) : notAPipe<std::size_t>();
+}
+
+void ChildProcess::takeOutput(std::span<char> bytes) const
+{
+    if (!output)
+        throw PipeError(EBADF);
+    output->take(bytes);
+}
+
+void ChildProcess::dropOutput(std::size_t count) const
+{
+    if (!output)
+        throw PipeError(EBADF);
+    output->drop(count);
+}
+
 void ChildProcess::closeInput() const noexcept
 {
     if (input)

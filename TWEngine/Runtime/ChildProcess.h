@@ -51,6 +51,15 @@ public:
     /// A stopped task has moved nothing.
     Task<std::size_t> moveOutput(ChildProcess const &target, std::size_t most) const;
 
+    /// The same, but what has passed is still in the output, to be taken or dropped.
+    Task<std::size_t> copyOutput(ChildProcess const &target, std::size_t most) const;
+
+    /// Fills `bytes` from the standard output, which is known to have so many. Throws PipeError.
+    void takeOutput(std::span<char> bytes) const;
+
+    /// The same without reading them.
+    void dropOutput(std::size_t count) const;
+
     /// The child sees the end of its input after the bytes that were written. A write in flight fails. Does nothing on
     /// a closed input, or on an input that is no pipe.
     void closeInput() const noexcept;

@@ -317,6 +317,24 @@ TEST_F(ChildProcessPipeTest, bytesMoveFromOneChildToAnother)
     EXPECT_EQ(wait(second), exited(0));
 }
 
+TEST_F(ChildProcessPipeTest, copiedBytesAreStillToBeTakenOrDropped)
+{
+    auto const first = startCat();
+    auto const second = startCat();
+    loop.run(first->write("a header and data"));
+    EXPECT_EQ(loop.run(first->copyOutput(*second, severalMiB)), 17U);
+    EXPECT_EQ(read(second), "a header and data");
+
+    std::string header(8, ' ');
+    first->takeOutput(header);
+    EXPECT_EQ(header, "a header");
+    first->dropOutput(4);
+    EXPECT_EQ(read(first), " data");
+    EXPECT_THROW(first->takeOutput(header), PipeError) << "there is nothing more";
+    endOf(first);
+    endOf(second);
+}
+
 TEST_F(ChildProcessPipeTest, aMoveStopsWhileItWaitsForEitherChild)
 {
     auto const source = startShell("exec cat /dev/zero");
