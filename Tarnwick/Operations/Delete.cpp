@@ -7,29 +7,27 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/WindowsPath.h"
+#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
 #include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/CountPhrase.h"
+#include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/RequestSize.h"
+#include "Tarnwick/Operations/TransferWords.h"
 #include "Tarnwick/Panes/PaneStatus.h"
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <optional>
 #include <stop_token>
-#include <unordered_set>
 
 namespace tw {
 
 namespace {
 
-/// More names than that do not help to decide.
-constexpr std::size_t mostNamesInQuestion = 8;
-
 std::string listOf(Operands const &what)
 {
-    return onOneLine(WindowsPath::display(what.path)) + ":\n" + Dialogs::describe(what.names, mostNamesInQuestion);
+    return onOneLine(WindowsPath::display(what.path)) + ":\n" + Dialogs::describe(what.names, TransferWords::mostNames);
 }
 
 Dialogs::Confirmation questionAbout(Operands const &what, bool isReversible)
@@ -54,24 +52,28 @@ Dialogs::Confirmation questionWithoutTrash(Operands const &left, FileOperationEr
             .danger = Dialogs::Danger::destructive};
 }
 
-/// The names that are still there; all of them if the place does not answer.
-Task<Operands> leftOf(Operands what)
+using Names = std::vector<std::string>;
+
+/// What a deletion has left.
+struct Left {
+    Operands what;        ///< the names that are still there; all of them if the place does not answer
+    Names folders = {};   ///< of these
+    bool isKnown = false; ///< the place has answered
+};
+
+Task<Left> leftOf(Operands what)
 {
     auto const facts = co_await outcomeOf(what.browser->factsAbout(what.path, what.names));
     if (!facts.value)
-        co_return what;
+        co_return Left{.what = std::move(what)};
     what.names.clear();
-    for (auto const &each : facts.value->taken)
-        what.names.push_back(each.name);
-    co_return what;
-}
-
-std::vector<std::string> goneFrom(Operands const &what, Operands const &left)
-{
-    std::unordered_set<std::string_view> const still(left.names.begin(), left.names.end());
-    std::vector<std::string> gone;
-    std::ranges::copy_if(what.names, std::back_inserter(gone), [&](auto const &name) { return !still.contains(name); });
-    return gone;
+    Left left{.what = std::move(what), .isKnown = true};
+    for (auto const &each : facts.value->taken) {
+        left.what.names.push_back(each.name);
+        if (each.kind == EntryKind::directory)
+            left.folders.push_back(each.name);
+    }
+    co_return left;
 }
 
 enum class How { asThePlaceDoes, permanently };
@@ -83,6 +85,7 @@ struct Deletion {
     How how = How::asThePlaceDoes;
     bool isToTrash = false;
     std::size_t done = 0;            ///< of the names, from the first one on
+    std::size_t begun = 0;           ///< of the names, those of a request under way too
     std::stop_source cancelled = {}; ///< by the user
 
     std::string title() const
@@ -127,6 +130,7 @@ Task<void> removeInRequests(Work work, std::shared_ptr<Progress> shown)
         shown->update(work->state());
         auto const first = paths.begin() + static_cast<std::ptrdiff_t>(work->done);
         auto const count = std::min(size.items(), paths.size() - work->done);
+        work->begun = work->done + count;
         auto const begin = std::chrono::steady_clock::now();
         co_await work->request({first, first + static_cast<std::ptrdiff_t>(count)});
         size.took(std::chrono::steady_clock::now() - begin);
@@ -136,9 +140,50 @@ Task<void> removeInRequests(Work work, std::shared_ptr<Progress> shown)
 
 /// How a deletion has ended.
 struct DeletionEnd {
-    Operands left; ///< the names that are still there
+    Left left;
     std::exception_ptr failure;
+
+    Names const &names() const noexcept { return left.what.names; }
 };
+
+/// What of the names that are left may be deleted in part: a folder of the request that failed. On this machine the
+/// failure names it and nothing behind it was begun; the rm of a host goes on with the next. The Trash takes all of a
+/// folder or nothing.
+Names partsOf(Deletion const &work, DeletionEnd const &end)
+{
+    auto const &what = work.what;
+    auto const isHost = std::dynamic_pointer_cast<CommandHost>(what.browser->providerRef()) != nullptr;
+    auto const failed = failureAs<FileOperationError::Failed>(end.failure);
+    Names const begun(what.names.begin(), what.names.begin() + static_cast<std::ptrdiff_t>(work.begun));
+    auto const unbegun = namesWithout(what.names, begun);
+    auto parts = namesWithout(end.left.isKnown ? end.left.folders : end.names(), unbegun);
+    std::erase_if(parts, [&](auto const &name) {
+        auto const path = what.pathOf(name);
+        auto const isNamed = failed && (failed->path == path || failed->path.starts_with(path + "/"));
+        return end.left.isKnown && (work.isToTrash || (!isHost && !isNamed));
+    });
+    return parts;
+}
+
+/// Why it failed, and what has come of the names, if a request was sent.
+Text failureOf(Deletion const &work, DeletionEnd const &end)
+{
+    if (work.begun == 0)
+        return TransferWords::failed(end.failure, {});
+    auto const parts = partsOf(work, end);
+    return TransferWords::failed(
+        end.failure,
+        {{work.isToTrash ? "In the Trash (%@):" : "Deleted (%@):", namesWithout(work.what.names, end.names())},
+         {end.left.isKnown ? "Perhaps deleted in part (%@):" : "Perhaps deleted (%@):", parts},
+         {"Untouched (%@):", namesWithout(end.names(), parts)}});
+}
+
+/// What a program has said, if that is several lines.
+std::string wordsOf(DeletionEnd const &end)
+{
+    auto const failed = failureAs<FileOperationError::Failed>(end.failure);
+    return failed && failed->detail.contains('\n') ? failed->detail : std::string();
+}
 
 bool isCancelled(Work const &work, DeletionEnd const &end)
 {
@@ -150,7 +195,7 @@ Text conclusionOf(Work const &work, DeletionEnd const &end)
 {
     auto const count = work->what.names.size();
     if (isCancelled(work, end))
-        return work->cancelledWords(count - end.left.names.size());
+        return work->cancelledWords(count - end.names().size());
     if (end.failure)
         return PaneStatus::describe(end.failure);
     return {work->isToTrash ? "Moved %@ to the Trash." : "Deleted %@.", {countPhrase(count)}};
@@ -167,10 +212,11 @@ Task<DeletionEnd> perform(Work work)
     auto const outcome = co_await outcomeOf(removeInRequests(work, shown).withStop(work->cancelled.get_token()));
     if (here.stop.stop_requested())
         throw Cancelled();
-    DeletionEnd end{.left = work->what, .failure = outcome.failure};
-    end.left.names.erase(end.left.names.begin(), end.left.names.begin() + static_cast<std::ptrdiff_t>(work->done));
+    DeletionEnd end{.left = {.what = work->what}, .failure = outcome.failure};
+    auto &names = end.left.what.names;
+    names.erase(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(work->done));
     if (end.failure) {
-        auto left = co_await leftOf(end.left);
+        auto left = co_await leftOf(end.left.what);
         end.left = std::move(left);
     }
     shown->conclude(conclusionOf(work, end).english());
@@ -180,7 +226,8 @@ Task<DeletionEnd> perform(Work work)
 void rereadPanes(Work const &work, DeletionEnd const &end, std::string const &survivor)
 {
     auto const &what = work->what;
-    work->context.rereadWithout(what, goneFrom(what, end.left), end.left.names.empty() ? survivor : std::string());
+    auto const gone = namesWithout(what.names, end.names());
+    work->context.rereadWithout(what, gone, end.names().empty() ? survivor : std::string());
 }
 
 Task<void> tell(Work work, DeletionEnd end)
@@ -188,7 +235,7 @@ Task<void> tell(Work work, DeletionEnd end)
     if (isCancelled(work, end))
         work->context.warn(conclusionOf(work, end));
     else if (end.failure)
-        co_await work->context.showFailure(end.failure);
+        co_await work->context.dialogs->error(failureOf(*work, end), wordsOf(end));
 }
 
 /// Deletes. What the Trash refuses is deleted permanently, if the user wants that.
@@ -200,15 +247,15 @@ Task<void> removeAll(OperationContext context, bool isToTrash)
     auto end = co_await perform(work);
     rereadPanes(work, end, survivor);
     auto const refusal = failureAs<FileOperationError::NoTrash>(end.failure);
-    if (!refusal || end.left.names.empty()) {
+    if (!refusal || end.names().empty()) {
         co_await tell(work, end);
         co_return;
     }
-    auto const answer = co_await context.dialogs->confirm(questionWithoutTrash(end.left, *refusal));
+    auto const answer = co_await context.dialogs->confirm(questionWithoutTrash(end.left.what, *refusal));
     if (answer == Dialogs::Answer::cancel)
         co_return;
     auto const second =
-        std::make_shared<Deletion>(Deletion{.context = context, .what = end.left, .how = How::permanently});
+        std::make_shared<Deletion>(Deletion{.context = context, .what = end.left.what, .how = How::permanently});
     end = co_await perform(second);
     rereadPanes(second, end, survivor);
     co_await tell(second, end);

@@ -8,6 +8,7 @@
 #include "TWEngine/Runtime/TimeOut.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/MoveWithin.h"
+#include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/StagingFolder.h"
 
 #include <unordered_set>
@@ -44,18 +45,6 @@ std::unordered_set<std::string> mergedBy(TransferPlan const &plan)
 Survey::Detail detailFor(TransferPlan const &plan)
 {
     return mergedBy(plan).empty() ? Survey::Detail::sums : Survey::Detail::nodes;
-}
-
-/// Without the names in `gone`.
-std::vector<std::string> rest(std::vector<std::string> const &names, std::vector<std::string> const &gone)
-{
-    std::unordered_set<std::string_view> const without(gone.begin(), gone.end());
-    std::vector<std::string> left;
-    for (auto const &name : names) {
-        if (!without.contains(name))
-            left.push_back(name);
-    }
-    return left;
 }
 
 /// The failure of a renaming out of a staging folder, with the path at the target: the staging folder goes.
@@ -117,7 +106,7 @@ Task<TransferEnd> TransferRun::performHere(Self self)
         end.failure = std::make_exception_ptr(FileOperationError::Cancelled());
     auto begun = end.summary.complete;
     append(begun, end.summary.partial);
-    end.summary.untouched = rest(self->job->plan.allNames(), begun);
+    end.summary.untouched = namesWithout(self->job->plan.allNames(), begun);
     co_return end;
 }
 
@@ -146,7 +135,7 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
         before = std::move(surveyed);
     }
     auto const staged = stagedOf(*self->job, plan);
-    auto const direct = rest(plan.keptNames(), staged.keptNames());
+    auto const direct = namesWithout(plan.keptNames(), staged.keptNames());
     if (!direct.empty())
         co_await copyNames(self, direct, self->job->target);
     Survey arrived;
@@ -307,7 +296,7 @@ Task<void> TransferRun::noteGone(Self self, Names going)
     Names still;
     for (auto const &each : left.value->taken)
         still.push_back(each.name);
-    append(self->end->gone, rest(going, still));
+    append(self->end->gone, namesWithout(going, still));
 }
 
 /// The numbers of a copy go on where those of the copies before it ended.
@@ -337,8 +326,8 @@ void TransferRun::add(TransferSummary const &part)
 void TransferRun::forgetArrivals(Names const &names)
 {
     auto &sum = end->summary;
-    sum.complete = rest(sum.complete, names);
-    sum.partial = rest(sum.partial, names);
+    sum.complete = namesWithout(sum.complete, names);
+    sum.partial = namesWithout(sum.partial, names);
 }
 
 } // namespace tw

@@ -10,21 +10,19 @@ namespace tw::TransferWords {
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 std::string pathOf(Operands const &where)
 {
     return onOneLine(WindowsPath::display(where.path));
 }
 
 /// "\n\nComplete (2 items):\na\nb"; nothing without names.
-void addList(std::vector<Text> &lines, char const *heading, Names const &names)
+void addList(std::vector<Text> &lines, List const &list)
 {
-    if (names.empty())
+    if (list.names.empty())
         return;
     lines.emplace_back("\n\n");
-    lines.push_back({heading, {countPhrase(names.size())}});
-    lines.emplace_back("\n" + Dialogs::describe(names, mostNames));
+    lines.push_back({list.heading, {countPhrase(list.names.size())}});
+    lines.emplace_back("\n" + Dialogs::describe(list.names, mostNames));
 }
 
 void addLeftBehind(std::vector<Text> &lines, TransferEnd const &end)
@@ -103,12 +101,19 @@ Text cancelled(TransferJob const &job, TransferEnd const &end)
     return {"%@ cancelled: %@ of %@ files copied", {what, files, grouped(*summary.totalFiles)}};
 }
 
+Text failed(std::exception_ptr const &failure, std::vector<List> const &lists)
+{
+    std::vector<Text> lines{PaneStatus::describe(failure)};
+    for (auto const &list : lists)
+        addList(lines, list);
+    return Text::sequence(std::move(lines));
+}
+
 Text failed(TransferEnd const &end)
 {
-    std::vector<Text> lines{PaneStatus::describe(end.failure)};
-    addList(lines, "Complete (%@):", end.summary.complete);
-    addList(lines, "Perhaps there in part (%@):", end.summary.partial);
-    addList(lines, "Untouched (%@):", end.summary.untouched);
+    std::vector<Text> lines{failed(end.failure, {{"Complete (%@):", end.summary.complete},
+                                                 {"Perhaps there in part (%@):", end.summary.partial},
+                                                 {"Untouched (%@):", end.summary.untouched}})};
     addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }
@@ -122,8 +127,8 @@ Text kept(TransferEnd const &end)
         lines.emplace_back("\n\n");
         lines.push_back(PaneStatus::describe(end.sourceFailure));
     }
-    addList(lines, "Changed there during the copy, so the target may have an older state (%@):", end.kept.changed);
-    addList(lines, "Not the same at the target (%@):", end.kept.unequal);
+    addList(lines, {"Changed there during the copy, so the target may have an older state (%@):", end.kept.changed});
+    addList(lines, {"Not the same at the target (%@):", end.kept.unequal});
     addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }

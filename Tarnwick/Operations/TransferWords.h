@@ -27,6 +27,15 @@ Dialogs::Conflicts conflicts(TransferKind kind, Operands const &target, std::vec
 /// "copy 3 items cancelled: 412 of 10,000 files copied". Of a move, what has gone from the source.
 Text cancelled(TransferJob const &job, TransferEnd const &end);
 
+/// Names under a heading, which has a place for how many they are.
+struct List {
+    char const *heading;
+    std::vector<std::string> names;
+};
+
+/// Why something failed, and what has come of its names. An empty list is left out.
+Text failed(std::exception_ptr const &failure, std::vector<List> const &lists);
+
 /// Why it failed, what is complete, what may be there in part, and what is untouched.
 Text failed(TransferEnd const &end);
 

@@ -4,6 +4,7 @@
 #include "Tarnwick/Operations/ClaimedNames.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/PaneTest.h"
+#include "tests/support/TransferPanesTest.h"
 
 #include <gmock/gmock.h>
 
@@ -139,7 +140,8 @@ TEST_F(DeleteTest, afterAFailureTheRestStaysMarked)
     agree();
     failWrite("/x/b");
     ASSERT_THAT(dialogs->errors, SizeIs(1));
-    EXPECT_EQ(dialogs->errors.front().question, "delete failed on /x/b: Permission denied");
+    EXPECT_EQ(dialogs->errors.front().question,
+              "delete failed on /x/b: Permission denied\n\nUntouched (2 items):\na\nb");
     answer({"b", "c", "d"});
     EXPECT_THAT(marked(), ElementsAre("b"));
     EXPECT_EQ(cursorName(), "c");
@@ -258,6 +260,51 @@ TEST_F(DeleteTest, anotherPaneOnTheFolderKeepsItsCursor)
     EXPECT_EQ(other->cursorName(), "d");
     EXPECT_EQ(other->model().visibleNames(), (std::vector<std::string>{"b", "c", "d"}));
     other->detach(otherDisplay);
+}
+
+/// The folders f and g, each with an entry, and the file a, in a pane on a place without a Trash.
+class FailedDeleteTest : public TransferPanesTest {
+protected:
+    void deleteIn(std::string const &folder)
+    {
+        auto &place = folder == "/src" ? *here : *there;
+        for (auto const *const name : {"/f", "/g"}) {
+            place.folder(folder + name);
+            place.file(folder + name + "/in", "");
+        }
+        place.file(folder + "/a", "aaaa");
+        place.isReversible = false;
+        mark({"f", "g", "a"});
+        begin(deleteOperands(context()));
+        confirm(Dialogs::Answer::ok);
+    }
+};
+
+TEST_F(FailedDeleteTest, aFailureSaysWhatIsDeletedWhatMayBeInPartAndWhatIsUntouched)
+{
+    here->before = [this](std::string const &request) {
+        if (!request.starts_with("remove"))
+            return;
+        std::erase_if(here->nodes, [](auto const &node) { return node.first.starts_with("/src/f"); });
+        throw FileOperationError::Failed("delete", "/src/g/in", "Permission denied");
+    };
+    deleteIn("/src");
+    EXPECT_EQ(lastError(), "delete failed on /src/g/in: Permission denied\n\nDeleted (1 item):\nf"
+                           "\n\nPerhaps deleted in part (1 item):\ng\n\nUntouched (1 item):\na");
+    EXPECT_EQ(dialogs->wordsOfErrors.back(), "");
+}
+
+TEST_F(FailedDeleteTest, aHostMayHaveDeletedPartsOfEveryFolderThatIsLeft)
+{
+    show(source, thereBrowser, "web1", "/dst");
+    there->before = [](std::string const &request) {
+        if (request.starts_with("remove"))
+            throw FileOperationError::Failed("delete", "/dst/f", "rm: /dst/f/in: no\nrm: /dst/g/in: no");
+    };
+    deleteIn("/dst");
+    EXPECT_THAT(lastError(), ::testing::HasSubstr("Perhaps deleted in part (2 items):\nf\ng"));
+    EXPECT_THAT(lastError(), ::testing::HasSubstr("Untouched (1 item):\na"));
+    EXPECT_EQ(dialogs->wordsOfErrors.back(), "rm: /dst/f/in: no\nrm: /dst/g/in: no");
 }
 
 } // namespace
