@@ -1,5 +1,6 @@
 #include "Tarnwick/Operations/TakenNames.h"
 
+#include "TWCore/Model/FileOperationError.h"
 #include "Tarnwick/Operations/UniqueName.h"
 
 #include <unicode/unistr.h>
@@ -59,12 +60,16 @@ public:
         }
     }
 
-    /// A name for which every number is taken stays.
-    std::vector<std::string> result() const
+    std::vector<std::string> result(Operands const &target) const
     {
         std::vector<std::string> all;
-        for (std::size_t place = 0; place < names.size(); ++place)
-            all.push_back(found[place].value_or(names[place]));
+        for (std::size_t place = 0; place < names.size(); ++place) {
+            if (!found[place])
+                throw FileOperationError::Failed("write", target.pathOf(names[place]),
+                                                 "the names with all numbers up to " +
+                                                     std::to_string(highestUniqueNumber) + " are taken");
+            all.push_back(*found[place]);
+        }
         return all;
     }
 
@@ -136,7 +141,7 @@ Task<std::vector<std::string>> freeNames(Operands target, std::vector<std::strin
         auto const facts = co_await target.browser->factsAbout(target.path, std::move(candidates));
         search.learn(facts.taken);
     }
-    co_return search.result();
+    co_return search.result(target);
 }
 
 } // namespace tw::TakenNames

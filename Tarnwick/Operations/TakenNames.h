@@ -28,7 +28,7 @@ std::vector<NameConflict> conflicts(std::vector<std::string> const &names, Facts
 std::string keyOf(std::string const &name, bool takesCasesForOne);
 
 /// For each of `names` another one that is free at the target, and that none of `others` has, which are about to be
-/// written too.
+/// written too. Throws FileOperationError::Failed if there is none.
 Task<std::vector<std::string>> freeNames(Operands target, std::vector<std::string> names,
                                          std::vector<std::string> others, bool takesCasesForOne);
 

@@ -6,6 +6,7 @@
 #include "Tarnwick/Operations/Rename.h"
 #include "Tarnwick/Operations/StagingFolder.h"
 #include "Tarnwick/Operations/StagingName.h"
+#include "Tarnwick/Operations/UniqueName.h"
 #include "tests/support/TransferPanesTest.h"
 
 #include <gmock/gmock.h>
@@ -392,6 +393,18 @@ TEST_F(CopyMoveTest, namesThatAreOneNameThereAreTaken)
     EXPECT_EQ(dialogs->conflicts.front().question.names.size(), 1U);
     resolve({Answer::keepBoth});
     EXPECT_THAT(there->below("/dst"), SizeIs(2));
+}
+
+TEST_F(CopyMoveTest, aNameForWhichAllNumbersAreTakenIsNotWritten)
+{
+    there->file("/dst/a", "old");
+    for (int number = 2; number <= highestUniqueNumber; ++number)
+        there->file("/dst/a(" + std::to_string(number) + ")", "old");
+    mark({"a"});
+    copy();
+    resolve({Answer::keepBoth});
+    EXPECT_EQ(lastError(), "write failed on /dst/a: the names with all numbers up to 9999 are taken");
+    EXPECT_THAT(transfer->copies, IsEmpty());
 }
 
 TEST_F(CopyMoveTest, nothingOfTheStagingFolderIsLeft)
