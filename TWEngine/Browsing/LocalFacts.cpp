@@ -5,12 +5,19 @@
 #include "TWEngine/Browsing/MountPoint.h"
 #include "TWEngine/Runtime/OpenFolder.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
+#include <linux/fs.h>
+#include <linux/magic.h>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 
 namespace tw {
 
@@ -18,6 +25,9 @@ namespace {
 
 /// Of a folder, as many names are looked at for one with a letter in it.
 constexpr int mostNamesTried = 10'000;
+
+/// Of HFS+, which the headers of the kernel do not name.
+constexpr std::uint32_t hfsPlusMagic = 0x482B;
 
 /// The levels of a path: each takes two bytes of it at least.
 constexpr std::size_t mostLevels = PATH_MAX / 2;
@@ -91,9 +101,28 @@ std::optional<bool> takesForOne(int folder, std::string const &name)
            identityOf(status) == identityOf(otherStatus);
 }
 
+/// ext4, F2FS and tmpfs have folders that do, among others that do not.
+bool isMarkedSo(int folder)
+{
+    int flags = 0; // the kernel writes an int, whatever the name of the request says
+    return ::ioctl(folder, FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_CASEFOLD_FL) != 0;
+}
+
+/// For a folder in which no name says it, such as the root of an empty disk. Servers of SMB nearly always do.
+bool isOnSuchADisk(int folder)
+{
+    constexpr std::array<std::uint32_t, 5> types{MSDOS_SUPER_MAGIC, EXFAT_SUPER_MAGIC, CIFS_SUPER_MAGIC,
+                                                 SMB2_SUPER_MAGIC, hfsPlusMagic};
+    struct statfs status;
+    return ::fstatfs(folder, &status) == 0 &&
+           std::ranges::find(types, static_cast<std::uint32_t>(status.f_type)) != types.end();
+}
+
 bool takesCasesForOne(int descriptor, std::string const &realPath, std::vector<FileIdentity> const &way)
 {
     auto const names = openFolder(FileDescriptor(::openat(descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+    if (names && isMarkedSo(::dirfd(names.get())))
+        return true;
     for (auto tried = 0; names && tried < mostNamesTried; ++tried) {
         auto const *const entry = nextEntry(names);
         if (!entry)
@@ -103,10 +132,10 @@ bool takesCasesForOne(int descriptor, std::string const &realPath, std::vector<F
     }
     // The folder's own name speaks for it only on the same file system.
     auto const slash = realPath.rfind('/');
-    if (way.size() < 2 || way[0].device != way[1].device)
-        return false;
+    auto const isWithin = way.size() >= 2 && way[0].device == way[1].device;
     FileDescriptor const above(::openat(descriptor, "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    return above && takesForOne(above.get(), realPath.substr(slash + 1)).value_or(false);
+    auto const answer = isWithin && above ? takesForOne(above.get(), realPath.substr(slash + 1)) : std::nullopt;
+    return answer.value_or(isOnSuchADisk(descriptor));
 }
 
 std::optional<FolderFacts::Occupant> occupantOf(int folder, std::string const &folderPath, std::string const &name)

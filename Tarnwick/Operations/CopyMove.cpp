@@ -40,6 +40,7 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
     if (!agreed)
         co_return;
     job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, agreed->checked.facts);
+    job.targetTakesCasesForOne = agreed->checked.facts.target.takesCasesForOne;
     auto named =
         co_await ClaimSteps::withFreeNames(context, std::move(agreed->plan), writing, std::move(agreed->checked));
     job.plan = std::move(named.plan);

@@ -59,6 +59,7 @@ Task<void> run(OperationContext context, TransferJob job, std::function<void()> 
     auto const writing = ClaimSteps::of(context, job, TransferRefusal::Naming::renamed);
     auto checked = co_await ClaimSteps::check(context, writing);
     job.isMoveBetweenFileSystems = TransferSteps::isMoveBetweenFileSystems(job, checked.facts);
+    job.targetTakesCasesForOne = checked.facts.target.takesCasesForOne;
     auto const taken = TakenNames::conflicts(job.source.names, checked.facts);
     auto plan = TransferPlan::of(job.source.names, taken, keepAll(taken));
     auto named = co_await ClaimSteps::withFreeNames(context, std::move(plan), writing, std::move(checked));

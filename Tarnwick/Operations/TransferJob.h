@@ -20,6 +20,7 @@ struct TransferJob {
     Operands target = {}; ///< without names
     TransferPlan plan = {};
     bool isMoveBetweenFileSystems = false; ///< of one place, where nothing can be renamed
+    bool targetTakesCasesForOne = false;
 
     /// Moves within one place rename: no bytes move.
     bool isRename() const

@@ -1,5 +1,7 @@
 #include "Tarnwick/Operations/TransferPlan.h"
 
+#include "Tarnwick/Operations/TakenNames.h"
+
 #include <unordered_map>
 #include <unordered_set>
 
@@ -49,6 +51,23 @@ TransferPlan TransferPlan::only(std::vector<std::string> const &names) const
     std::erase_if(part.keepBoth, [&](auto const &name) { return !some.contains(name); });
     std::erase_if(part.renamed, [&](auto const &each) { return !some.contains(each.name); });
     return part;
+}
+
+std::vector<TransferPlan> TransferPlan::rounds(bool takesCasesForOne) const
+{
+    if (!takesCasesForOne)
+        return {*this};
+    std::unordered_map<std::string, std::size_t> seen; // how often, by key
+    std::vector<std::vector<std::string>> names;
+    for (auto const &name : allNames()) {
+        auto const round = seen[TakenNames::keyOf(name, takesCasesForOne)]++;
+        names.resize(std::max(names.size(), round + 1));
+        names[round].push_back(name);
+    }
+    std::vector<TransferPlan> parts;
+    for (auto const &some : names)
+        parts.push_back(only(some));
+    return parts;
 }
 
 std::vector<std::string> TransferPlan::allNames() const

@@ -36,6 +36,10 @@ struct TransferPlan {
     /// The plan for some of its names.
     TransferPlan only(std::vector<std::string> const &names) const;
 
+    /// The plan in parts, one after the other, so that no part has two names that are one at the target. It is one part
+    /// unless the target takes cases for one.
+    std::vector<TransferPlan> rounds(bool takesCasesForOne) const;
+
     /// All names of the source that are copied.
     std::vector<std::string> allNames() const;
 };

@@ -10,6 +10,7 @@
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/StagingFolder.h"
+#include "Tarnwick/Operations/TakenNames.h"
 
 #include <unordered_set>
 
@@ -40,6 +41,15 @@ std::unordered_set<std::string> mergedBy(TransferPlan const &plan)
             merged.insert(each.source.name);
     }
     return merged;
+}
+
+/// A name of an earlier round that one of this round has replaced is not at the target any more.
+void forgetReplaced(Survey &arrived, TransferPlan const &round)
+{
+    std::unordered_set<std::string> keys;
+    for (auto const &each : round.replace)
+        keys.insert(TakenNames::keyOf(each.source.name, true));
+    std::erase_if(arrived.parts, [&](auto const &part) { return keys.contains(TakenNames::keyOf(part.first, true)); });
 }
 
 Survey::Detail detailFor(TransferPlan const &plan)
@@ -116,7 +126,12 @@ Task<void> TransferRun::performSteps(Self self)
         co_await copyAndRemove(self, self->job->plan);
         co_return;
     }
-    co_await moveWithin(self->job, self->end);
+    auto const rounds = self->job->plan.rounds(self->job->targetTakesCasesForOne);
+    for (auto const &round : rounds) {
+        auto const job = std::make_shared<TransferJob>(*self->job);
+        job->plan = round;
+        co_await moveWithin(job, self->end);
+    }
     TransferPlan merged;
     for (auto const &each : self->job->plan.replace) {
         if (!isFileOverFile(each))
@@ -134,19 +149,25 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
         auto surveyed = co_await survey(self, self->job->source, plan.allNames(), Survey::Detail::sums);
         before = std::move(surveyed);
     }
-    auto const staged = stagedOf(*self->job, plan);
-    auto const direct = namesWithout(plan.keptNames(), staged.keptNames());
-    if (!direct.empty())
-        co_await copyNames(self, direct, self->job->target);
-    Survey arrived;
-    if (!staged.allNames().empty()) {
-        auto surveyed = co_await copyStaged(self, staged);
-        arrived = std::move(surveyed);
+    Names direct;
+    Survey staged; // what has arrived through staging folders
+    auto const rounds = plan.rounds(self->job->targetTakesCasesForOne);
+    for (auto const &round : rounds) {
+        auto const some = stagedOf(*self->job, round);
+        auto const others = namesWithout(round.keptNames(), some.keptNames());
+        if (!others.empty())
+            co_await copyNames(self, others, self->job->target);
+        append(direct, others);
+        if (some.allNames().empty())
+            continue;
+        auto arrived = co_await copyStaged(self, some);
+        forgetReplaced(staged, round);
+        staged.parts.merge(arrived.parts);
     }
     if (!removes)
         co_return;
     auto target = co_await survey(self, self->job->target, direct, detailFor(plan));
-    target.parts.merge(arrived.parts);
+    target.parts.merge(staged.parts);
     co_await removeArrived(self, std::move(plan),
                            {.before = std::move(before), .after = {}, .target = std::move(target)});
 }

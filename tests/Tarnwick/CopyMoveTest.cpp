@@ -988,6 +988,35 @@ TEST_F(MoveBetweenFileSystemsTest, aCancelDoesNotWaitForAPlaceThatDoesNotAnswer)
     EXPECT_THAT(here->below("/dst"), IsEmpty()) << "it goes all the same";
 }
 
+class MoveToADiskWithoutCasesTest : public MoveBetweenFileSystemsTest {
+protected:
+    MoveToADiskWithoutCasesTest()
+    {
+        here->takesCasesForOne = true;
+        here->file("/src/A", "capital");
+        mark({"A", "a"});
+        move();
+    }
+};
+
+TEST_F(MoveToADiskWithoutCasesTest, namesThatAreOneThereDoNotMeetInTheStagingFolder)
+{
+    resolve({Answer::keepBoth});
+    EXPECT_EQ(here->content("/dst/A"), "capital");
+    EXPECT_EQ(here->content("/dst/a(2)"), "aaaa");
+    EXPECT_THAT(here->below("/src"), ElementsAre("/src/b"));
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MoveToADiskWithoutCasesTest, ofTwoTheOneThatIsReplacedStaysAtTheSource)
+{
+    resolve({Answer::replace});
+    EXPECT_EQ(copyOfA(), "aaaa");
+    EXPECT_EQ(here->content("/src/A"), "capital");
+    EXPECT_FALSE(here->has("/src/a"));
+    EXPECT_THAT(lastError(), HasSubstr("Not the same at the target (1 item):\nA"));
+}
+
 TEST_F(MoveBetweenFileSystemsTest, aFileOfTheNameThatAnotherProgramMakesMeanwhileStays)
 {
     transfer->before = [this](auto const &) { here->file("/dst/a", "of another program"); };

@@ -49,7 +49,7 @@ std::vector<std::string> FakePlace::below(std::string const &folder) const
 
 void FakePlace::copyFrom(FakePlace const &source, std::string const &path, std::string const &folder)
 {
-    auto const target = pathIn(folder, path.substr(path.rfind('/') + 1));
+    auto const target = spelledHere(pathIn(folder, path.substr(path.rfind('/') + 1)));
     auto const nodesThere = source.nodes; // the place may be this one
     for (auto const &[each, node] : nodesThere) {
         if (each != path && !isBelow(each, path))
@@ -93,11 +93,18 @@ void FakePlace::moveTree(std::string const &from, std::string const &to)
     }
 }
 
+bool FakePlace::foldsIn(std::string const &path) const
+{
+    return takesCasesForOne && (otherFileSystem.empty() || deviceOf(path) == 2);
+}
+
 /// The path of a node here that the place takes for `path`.
 std::string FakePlace::spelledHere(std::string const &path) const
 {
+    if (!foldsIn(path))
+        return path;
     for (auto const &[each, node] : nodes) {
-        if (takesCasesForOne && folded(each) == folded(path))
+        if (folded(each) == folded(path))
             return each;
     }
     return path;
@@ -153,7 +160,7 @@ Task<void> FakePlace::moveAll(std::vector<Move> moves)
 {
     for (auto const &[from, to] : moves) {
         request("move " + from + " " + to);
-        moveTree(from, to);
+        moveTree(spelledHere(from), spelledHere(to));
     }
     co_return;
 }
@@ -162,7 +169,7 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
 {
     request(joined("factsAbout " + folder, names));
     FolderFacts facts;
-    facts.takesCasesForOne = takesCasesForOne;
+    facts.takesCasesForOne = foldsIn(folder);
     if (!has(folder))
         co_return facts;
     facts.state = nodes.at(folder).content ? FolderFacts::State::notAFolder : FolderFacts::State::present;
@@ -193,7 +200,7 @@ Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> name
     request(joined("survey " + folder, names));
     Survey survey;
     for (auto const &name : names) {
-        auto const root = pathIn(folder, name);
+        auto const root = spelledHere(pathIn(folder, name));
         if (!has(root))
             continue;
         auto &part = survey.parts[name];

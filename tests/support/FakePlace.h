@@ -50,7 +50,7 @@ public:
     std::shared_ptr<Completion<Done>> removing; ///< a removal for good likewise, behind each path
     std::vector<std::string> requests;          ///< that have been done or failed, the questions too
     bool isReversible = true;
-    bool takesCasesForOne = false;
+    bool takesCasesForOne = false; ///< everywhere, or on the other file system if there is one
 
     std::string identifier() const override { return place; }
 
@@ -77,6 +77,7 @@ private:
     void request(std::string what);
     void erase(std::string const &path);
     std::uint64_t deviceOf(std::string const &path) const;
+    bool foldsIn(std::string const &path) const;
     void moveTree(std::string const &from, std::string const &to);
     std::string spelledHere(std::string const &path) const;
 
