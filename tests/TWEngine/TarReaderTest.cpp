@@ -154,6 +154,35 @@ TEST(TarReaderTest, aSizeInBase256IsRead)
     EXPECT_EQ(refusal(TarArchive::header({.name = "file", .size = size})), "the stream is not a tar archive");
 }
 
+TEST(TarReaderTest, aSizeThatOctalDigitsCannotHoldIsRead)
+{
+    constexpr std::int64_t bytes = (std::int64_t{8} << 30U) + 1000;
+    std::string base256(12, '\0');
+    base256.front() = '\x80';
+    for (std::size_t index = 0; index < 8; ++index)
+        base256[11 - index] = static_cast<char>(bytes >> (8 * index));
+    auto const attributes = TarArchive::paxRecord("size", std::to_string(bytes));
+    TemporaryFolder const folder;
+    std::filesystem::resize_file(folder.file("large"), static_cast<std::uintmax_t>(bytes));
+    auto const front = [&](std::string const &format) {
+        // tar is told that nobody reads the rest.
+        return outputOf("tar -cf - --format=" + format + " -C " + folder.path() + " large 2>/dev/null | head -c 1536");
+    };
+    auto const inAttributes = TarArchive::member({.name = "x", .kind = 'x', .data = attributes}) +
+                              TarArchive::header({.name = "large", .size = "00000000000"});
+    for (auto const &archive : {TarArchive::header({.name = "large", .size = base256}), inAttributes,
+                                front("gnu").substr(0, 512), front("pax")}) {
+        std::vector<std::string> names;
+        TarReader reader([&](TarMember const &member) { names.push_back(member.name); });
+        reader.take(archive);
+        EXPECT_THAT(names, ElementsAre("large"));
+        constexpr std::int64_t padding = 24; // to a block
+        EXPECT_EQ(reader.dataLeft(), bytes + padding);
+        reader.skip(reader.dataLeft());
+        EXPECT_EQ(reader.files(), 1);
+    }
+}
+
 TEST(TarReaderTest, attributesChangeNameAndSize)
 {
     auto const attributes = TarArchive::paxRecord("path", "long name") + TarArchive::paxRecord("size", "600") +

@@ -1,5 +1,6 @@
 #include "TWEngine/Transfer/TransferEngine.h"
 
+#include "TWEngine/Transfer/TransferLog.h"
 #include "tests/hosts/ProcessTree.h"
 #include "tests/support/HeldFile.h"
 #include "tests/support/TransferTest.h"
@@ -365,24 +366,45 @@ TEST_F(TransferEngineTest, ifAHostCannotSayWhatHasArrivedThatIsNotKnown)
 TEST_F(TransferEngineTest, namesCrossAsTheyAre)
 {
     reach();
+    client.add("other", host->address());
     auto const provider = connected();
-    std::string everyByte;
+    auto const other = makeProvider("other");
+    loop.run(other->connect());
+    std::string everyByte = "-";
     for (int byte = 1; byte < 256; ++byte)
         if (byte != '/')
             everyByte += static_cast<char>(byte);
-    Names const names{"-rf", "a b", "it's",    "\xC3\xA4", "ends\n", "\xFF\n\n", "$(true)",
-                      "*",   "@a",  everyByte, "...",      "\\x41",  "a\\nb",    "\\101"};
+    Names const names{"-rf",     "a b",
+                      "it's",    "\xC3\xA4",
+                      "ends\n",  "\xFF\n\n",
+                      "$(true)", "*",
+                      "@a",      everyByte,
+                      "...",     "\\x41",
+                      "a\\nb",   "\\101",
+                      "-\n",     std::string(254, 'n') + "\n",
+                      "\n-rf",   "--\xF0\x9F\x98\x80"};
     for (auto const &name : names)
         folder.file(name, name);
-    EXPECT_EQ(copy(names, sourceHere(), targetOn(provider)), "done");
+    for (auto const &[from, to] : {std::pair(sourceHere(), targetOn(provider)),
+                                   {sourceOn(provider), targetHere()},
+                                   {sourceOn(provider), targetOn(other)},
+                                   {sourceOn(provider), targetOn(provider)}}) {
+        std::filesystem::remove_all(local.path());
+        std::filesystem::create_directory(local.path());
+        EXPECT_EQ(copy(names, from, to), "done");
+        for (auto const &name : names)
+            expectSame(name);
+        EXPECT_EQ(namesIn(local.path()).size(), names.size());
+        EXPECT_EQ(transfer->summary().complete, names);
+    }
+    std::vector<FileSystemWriter::Move> moves;
     for (auto const &name : names)
-        expectSame(name);
-    std::filesystem::remove_all(local.path());
-    std::filesystem::create_directory(local.path());
-    EXPECT_EQ(copy(names, sourceOn(provider), targetHere()), "done");
+        moves.push_back({local.path(name), local.path("moved/" + name)});
+    local.folder("moved");
+    loop.run(provider->moveAll(moves));
+    EXPECT_EQ(namesIn(local.path()), std::set<std::string>{"moved"});
     for (auto const &name : names)
-        expectSame(name);
-    EXPECT_EQ(reports().front().item, "14 items");
+        expectSameTree(folder.path(name), local.path("moved/" + name));
 }
 
 TEST_F(TransferEngineTest, aTargetWithAnOddNameIsReached)
@@ -476,6 +498,75 @@ TEST_F(TransferEngineTest, aLostLineOfOneOfTwoHostsEndsBothSides)
             waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + path + "'").empty(); });
         std::filesystem::remove(local.path("large"));
     }
+}
+
+/// Behind so many bytes it is known that the first one has been unpacked.
+constexpr std::int64_t moreThanIsInFlight = 2 * TransferLog::mostInFlight;
+
+TEST_F(TransferEngineTest, aCancelWaitsForNoSilentLine)
+{
+    reach();
+    auto const provider = connected();
+    shellOf(provider, CommandSession::work); // which measures
+    folder.file("first", "x");
+    std::filesystem::resize_file(folder.file("large"), std::int64_t{20} << 30U);
+    for (bool const isUp : {true, false}) {
+        auto const clients = childrenOfOurs();
+        auto const before = reports().size();
+        auto const copying = isUp ? start({"first", "large"}, sourceHere(), targetOn(provider))
+                                  : start({"first", "large"}, sourceOn(provider), targetHere());
+        waitUntil([&] { return reports().size() > before && reports().back().bytes > moreThanIsInFlight; });
+        line->stall();
+        transfer->cancel();
+        EXPECT_EQ(outcomeOf(copying), "cancelled");
+        EXPECT_TRUE(std::ranges::includes(clients, childrenOfOurs())) << "its programs have ended";
+        EXPECT_THAT(transfer->summary().complete, ElementsAre("first"));
+        EXPECT_THAT(transfer->summary().partial, ElementsAre("large"));
+        line->resume();
+        for (auto const &path : {folder.path(), local.path()})
+            waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + path + "'").empty(); });
+        std::filesystem::remove(local.path("large"));
+    }
+}
+
+TEST_F(TransferEngineTest, aLineThatStaysSilentEndsItsCopies)
+{
+    reach();
+    auto const provider = connected({.keepAliveInterval = std::chrono::seconds(1)});
+    folder.file("first", "x");
+    std::filesystem::resize_file(folder.file("large"), std::int64_t{20} << 30U);
+    auto const up = start({"first", "large"}, sourceHere(), TransferEndpoint::remote(provider, local.folder("up")));
+    auto const upwards = transfer;
+    waitUntil([&] { return !reports().empty() && reports().back().bytes > moreThanIsInFlight; });
+    auto const down = start({"first", "large"}, sourceOn(provider), targetHere());
+    waitUntil([&] { return std::filesystem::exists(local.path("large")); });
+    line->stall();
+    EXPECT_THAT(outcomeOf(up), testing::StartsWith("write to remote failed on 2 items: "));
+    EXPECT_THAT(outcomeOf(down), testing::StartsWith("read from remote failed on 2 items: "));
+    for (auto const &each : {upwards, transfer}) {
+        EXPECT_THAT(each->summary().complete, ElementsAre("first"));
+        EXPECT_THAT(each->summary().partial, ElementsAre("large"));
+    }
+    line->resume();
+    for (auto const &path : {folder.path(), local.path()})
+        waitUntil([&] { return run(provider, "pgrep -f '^tar -.*" + path + "'").empty(); });
+}
+
+TEST_F(TransferEngineTest, aTargetThatVanishesDuringACopyOnItsHostIsAFailure)
+{
+    reach();
+    auto const provider = connected();
+    for (std::string const name : {"a", "b"})
+        folder.file(name, name);
+    std::optional<HeldFile> held(folder.path("b"));
+    auto const copying = start({"a", "b"}, sourceOn(provider), targetOn(provider));
+    waitUntil([&] { return held->isWanted(); });
+    std::filesystem::remove_all(local.path());
+    held.reset();
+    EXPECT_THAT(outcomeOf(copying), HasSubstr("No such file or directory"));
+    EXPECT_THAT(transfer->summary().complete, IsEmpty());
+    EXPECT_EQ(namesIn(folder.path()), (std::set<std::string>{"a", "b"}));
+    std::filesystem::create_directory(local.path());
 }
 
 TEST_F(TransferEngineTest, aStoppedCallerIsNoCancelOfTheUser)

@@ -173,15 +173,20 @@ TEST_F(TransferExtremesTest, aFileWithHolesKeepsThemWhereCpCopiesItAndArrivesWho
 TEST_F(TransferExtremesTest, aQuotaThatIsUsedUpIsSaidByItsName)
 {
     auto const names = makeItems();
-    auto const &target = local.path();
     // A stand-in for a disk with quotas: it takes one name, and then no more.
-    programs.tar =
-        tarOf(whenUnpacking("tar -xpf - -C " + target +
-                            " a 2>/dev/null; cat >/dev/null; for n in b c d; do echo \"tar: $n: Cannot open: "
-                            "Disk quota exceeded\" >&2; done; exit 2"));
-    EXPECT_THAT(carry(names, sourceThere(), targetHere()), HasSubstr("b: Cannot open: Disk quota exceeded"));
-    EXPECT_THAT(transfer->summary().complete, ElementsAre("a"));
-    expectTruth(names);
+    auto const unpacking = "tar -xpf - -C " + local.path() +
+                           " a 2>/dev/null; cat >/dev/null; for n in b c d; do echo \"tar: $n: Cannot open: "
+                           "Disk quota exceeded\" >&2; done; exit 2";
+    programs.tar = tarOf(whenUnpacking(unpacking));
+    programs.ssh = clientOf("case $1 in *-xpf*) " + unpacking + ";; esac; exec sh -c \"$1\"");
+    for (auto const &[from, to] : streams()) {
+        emptyTarget();
+        EXPECT_THAT(carry(names, from, to),
+                    AllOf(HasSubstr("write to "), HasSubstr("b: Cannot open: Disk quota exceeded")));
+        EXPECT_THAT(transfer->summary().words, HasSubstr("d: Cannot open: Disk quota exceeded"));
+        EXPECT_THAT(transfer->summary().complete, ElementsAre("a"));
+        expectTruth(names);
+    }
 }
 
 TEST_F(TransferExtremesTest, aTargetThatVanishesIsAFailureAndTheSourceStays)
@@ -189,14 +194,16 @@ TEST_F(TransferExtremesTest, aTargetThatVanishesIsAFailureAndTheSourceStays)
     folder.file("large", std::string(2'000'000, 'x'));
     folder.file("small", "x");
     // More than pipes hold, so the other side is in the folder when it goes.
-    programs.ssh =
-        script("ssh", "for word; do :; done; { head -c 1000000; rm -rf " + local.path() + "; cat; } | sh -c \"$word\"");
-    EXPECT_THAT(carry({"large", "small"}, sourceHere(), targetThere()),
-                HasSubstr("small: Cannot open: No such file or directory"));
-    EXPECT_THAT(transfer->summary().partial, testing::Contains("small"));
-    EXPECT_THAT(carry({"small"}, sourceHere(), targetHere()), HasSubstr("No such file or directory"));
-    EXPECT_EQ(namesIn(folder.path()), (std::set<std::string>{"large", "small"}));
-    std::filesystem::create_directory(local.path());
+    auto const vanishing = "{ head -c 1000000; rm -rf " + local.path() + "; cat; } | ";
+    programs.tar = tarOf(whenUnpacking(vanishing + "tar \"$@\"; exit"));
+    programs.ssh = clientOf("case $1 in *-xpf*) " + vanishing + "sh -c \"$1\"; exit;; esac; exec sh -c \"$1\"");
+    for (auto const &[from, to] : streams()) {
+        EXPECT_THAT(carry({"large", "small"}, from, to), HasSubstr("small: Cannot open: No such file or directory"));
+        EXPECT_THAT(transfer->summary().partial, testing::Contains("small"));
+        EXPECT_THAT(carry({"small"}, sourceHere(), targetHere()), HasSubstr("No such file or directory"));
+        EXPECT_EQ(namesIn(folder.path()), (std::set<std::string>{"large", "small"}));
+        std::filesystem::create_directory(local.path());
+    }
 }
 
 TEST_F(TransferExtremesTest, aTreeOfTwoHundredLevelsArrivesOnEachRoute)
@@ -214,6 +221,11 @@ TEST_F(TransferExtremesTest, aTreeOfTwoHundredLevelsArrivesOnEachRoute)
         EXPECT_EQ(carry({"deep"}, from, to), "done");
         expectSame("deep");
     }
+    reach();
+    auto const provider = connected();
+    emptyTarget();
+    EXPECT_EQ(copy({"deep"}, sourceOn(provider), targetOn(provider)), "done");
+    expectSame("deep");
 }
 
 TEST_F(TransferExtremesTest, aSocketStopsNoCopyAndNoTarTakesIt)
@@ -225,6 +237,11 @@ TEST_F(TransferExtremesTest, aSocketStopsNoCopyAndNoTarTakesIt)
     EXPECT_THAT(namesIn(local.path("tree")), ElementsAre("file"));
     emptyTarget();
     EXPECT_EQ(carry({"tree"}, sourceHere(), targetHere()), "done");
+    expectSame("tree");
+    reach();
+    auto const provider = connected();
+    emptyTarget();
+    EXPECT_EQ(copy({"tree"}, sourceOn(provider), targetOn(provider)), "done");
     expectSame("tree");
 }
 
@@ -276,6 +293,48 @@ TEST_F(HostMeasureTest, aHostWithoutAToolHasNoTotalAndItsFilesAreCounted)
         useBusyboxWithout(tool);
         EXPECT_EQ(measure().bytes, 0) << tool;
         EXPECT_EQ(measure().files, 2) << tool;
+    }
+}
+
+/// A host on which nothing can be measured.
+class UnmeasuredHost : public FakeCommandHost {
+public:
+    UnmeasuredHost(std::optional<CommandResult> said, std::string markWhenAsked)
+        : answer(std::move(said)), mark(std::move(markWhenAsked))
+    {
+    }
+
+    Task<CommandResult> runCommand(HostCommand /*command*/) override
+    {
+        std::ofstream{mark};
+        if (!answer)
+            throw std::runtime_error("the connection was lost");
+        co_return *answer;
+    }
+
+private:
+    std::optional<CommandResult> const answer; ///< nothing: the question fails
+    std::string const mark;
+};
+
+TEST_F(TransferExtremesTest, withoutAMeasureThereIsNoTotalAndTheCopyGoesOn)
+{
+    auto const names = makeItems();
+    auto const mark = scripts.path("asked");
+    programs.ssh = clientOf("until [ -e " + mark + " ]; do sleep 0.01; done; exec sh -c \"$1\"");
+    using Answer = std::optional<CommandResult>;
+    for (auto const &answer :
+         {Answer(), Answer({.output = "sh: du: not found\n", .status = 127}), Answer({.output = "", .status = 1})}) {
+        emptyTarget();
+        std::filesystem::remove(mark);
+        auto const there = TransferEndpoint::remote(std::make_shared<UnmeasuredHost>(answer, mark), folder.path());
+        EXPECT_EQ(carry(names, there, targetHere(),
+                        [](TransferProgress const &progress) {
+                            EXPECT_FALSE(progress.total);
+                            EXPECT_FALSE(progress.totalFiles);
+                        }),
+                  "done");
+        expectTruth(names);
     }
 }
 

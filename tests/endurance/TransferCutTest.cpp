@@ -39,11 +39,14 @@ TEST_F(TransferCutTest, anUploadThatIsCutAnywhereSaysTheTruth)
 TEST_F(TransferCutTest, aStreamBetweenHostsThatIsCutAnywhereSaysTheTruth)
 {
     auto const names = makeItems();
-    for (std::size_t index = 0; index < places; ++index) {
-        emptyTarget();
-        cutAfter(placeOf(index));
-        EXPECT_THAT(carry(names, sourceThere(), targetThere()), StartsWith("read from remote failed"));
-        expectTruth(names);
+    for (auto const lines : {Lines::both, Lines::source, Lines::target}) {
+        for (std::size_t index = 0; index < places; ++index) {
+            emptyTarget();
+            cutAfter(placeOf(index), "exit 255", lines);
+            EXPECT_THAT(carry(names, sourceThere(), targetThere()),
+                        StartsWith(lines == Lines::target ? "write to remote failed" : "read from remote failed"));
+            expectTruth(names);
+        }
     }
 }
 
@@ -73,6 +76,24 @@ TEST_F(TransferCutTest, aFileOfMoreThanFourGibibytesArrives)
     emptyTarget();
     EXPECT_EQ(carry({"large"}, sourceHere(), targetHere()), "done");
     EXPECT_EQ(std::filesystem::file_size(local.path("large")), static_cast<std::uintmax_t>(bytes));
+}
+
+TEST_F(TransferCutTest, eachOfMoreThanFourGibibytesPasses)
+{
+    constexpr std::int64_t bytes = std::int64_t{5} << 30U;
+    std::filesystem::resize_file(folder.file("large"), bytes);
+    auto const counting = "tar -xOf - | wc -c >" + local.path("count");
+    programs.tar = tarOf(whenUnpacking(counting + "; exit"));
+    programs.ssh = script("ssh", "for word; do :; done; case $word in *-xpf*) " + counting +
+                                     "; exit;; esac; exec sh -c \"$word\"");
+    for (auto const &[from, to] : streams()) {
+        std::int64_t passed = 0;
+        EXPECT_EQ(carry({"large"}, from, to, [&](TransferProgress const &progress) { passed = progress.bytes; }),
+                  "done");
+        EXPECT_EQ(contentOf(local.path("count")), std::to_string(bytes) + "\n");
+        EXPECT_GE(passed, bytes + 512);
+        EXPECT_LE(passed, bytes + 512 + 20 * 512) << "a header, and the rest of a record";
+    }
 }
 
 } // namespace
