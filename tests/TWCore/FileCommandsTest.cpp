@@ -1,5 +1,9 @@
 #include "TWCore/Shell/FileCommands.h"
 
+#include "TWCore/Shell/MoveCommand.h"
+#include "tests/support/PowerShellLiterals.h"
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tw::test {
@@ -58,6 +62,24 @@ TEST(FileCommandsTest, aNameIsNeverAnOptionAndKeepsItsLineFeed)
 {
     std::vector<std::string> const odd{"-rf", "/a\nb"};
     EXPECT_EQ(FileCommands::remove(posix, odd), "rm -rf -- '-rf' '/a\nb'");
+}
+
+TEST(FileCommandsTest, aWindowsHostReadsEachNameAsItIs)
+{
+    using testing::ElementsAre;
+    for (auto const &name : namesForPowerShell) {
+        auto const native = "C:/" + name;
+        std::vector<std::string> const paths{"/" + native, "/D:/b"};
+        auto const both = ElementsAre(native, "D:/b");
+        EXPECT_THAT(powerShellLiterals(FileCommands::remove(powershell, paths)), both);
+        EXPECT_THAT(powerShellLiterals(FileCommands::measure(powershell, paths)), both);
+        EXPECT_THAT(powerShellLiterals(FileCommands::copy(powershell, paths, paths.front())),
+                    ElementsAre(native, "D:/b", native));
+        EXPECT_THAT(powerShellLiterals(FileCommands::makeDirectory(powershell, paths.front())), ElementsAre(native));
+        std::vector<FileSystemWriter::Move> const moves{{paths.back(), paths.front()}};
+        EXPECT_THAT(powerShellLiterals(MoveCommand::text(powershell, moves)),
+                    ElementsAre(native, "File exists", "D:/b", native));
+    }
 }
 
 TEST(FileCommandsTest, theRootOfAWindowsHostIsNoPathThere)

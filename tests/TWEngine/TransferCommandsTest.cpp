@@ -1,9 +1,11 @@
 #include "TWEngine/Transfer/TransferCommands.h"
 
 #include "TWCore/Shell/Base64.h"
+#include "tests/support/PowerShellLiterals.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unicode/unistr.h>
 
 namespace tw::test {
 namespace {
@@ -14,18 +16,18 @@ using Names = std::vector<std::string>;
 
 TransferTools const tools{.cp = "/bin/cp", .tar = "/bin/tar", .ssh = "/bin/ssh"};
 
-/// The script of a Windows command line, which is ASCII here.
+/// The script of a Windows command line.
 std::string scriptOf(std::string const &command)
 {
     constexpr std::string_view call = "powershell -NoProfile -NoLogo -EncodedCommand ";
     EXPECT_TRUE(command.starts_with(call));
     auto const wide = Base64::decode(command.substr(call.size())).value_or("");
+    icu::UnicodeString units;
+    for (std::size_t at = 0; at + 1 < wide.size(); at += 2)
+        units += static_cast<char16_t>(static_cast<unsigned char>(wide[at]) |
+                                       (static_cast<unsigned char>(wide[at + 1]) << 8U));
     std::string script;
-    for (std::size_t at = 0; at + 1 < wide.size(); at += 2) {
-        EXPECT_EQ(wide[at + 1], '\0');
-        script += wide[at];
-    }
-    return script;
+    return units.toUTF8String(script);
 }
 
 TEST(TransferCommandsTest, theRootHasNoSecondSlash)
@@ -88,6 +90,19 @@ TEST(TransferCommandsTest, theCommandsOfAWindowsHost)
     EXPECT_EQ(scriptOf(TransferCommands::unpackThere(powershell, "/")), "& tar @('-xf','-','-C','')");
     EXPECT_EQ(scriptOf(TransferCommands::packThere(powershell, "/", Names{"a"})),
               "& tar @('-cf','-','-C','','--','a')");
+}
+
+TEST(TransferCommandsTest, aWindowsHostReadsEachNameAsItIs)
+{
+    for (auto const &name : namesForPowerShell) {
+        EXPECT_THAT(powerShellLiterals(scriptOf(TransferCommands::packThere(powershell, "/C:/x", Names{name, "b"}))),
+                    ElementsAre("-cf", "-", "-C", "C:/x", "--", name.starts_with('@') ? "./" + name : name, "b"));
+        EXPECT_THAT(powerShellLiterals(scriptOf(TransferCommands::unpackThere(powershell, "/C:/" + name))),
+                    ElementsAre("-xf", "-", "-C", "C:/" + name));
+        EXPECT_THAT(
+            powerShellLiterals(TransferCommands::copyThere(powershell, Names{"/C:/" + name}, "/C:/" + name, "token")),
+            ElementsAre("C:/" + name, "C:/" + name));
+    }
 }
 
 TEST(TransferCommandsTest, aWindowsCommandIsPlainAsciiWhateverTheName)
