@@ -4,9 +4,12 @@
 
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "Tarnwick/Operations/TransferWords.h"
+#include "tests/hosts/ProcessTree.h"
 #include "tests/support/HeldFile.h"
 #include "tests/support/SmallDisk.h"
 #include "tests/support/TransferTest.h"
+
+#include <thread>
 
 namespace tw::test {
 namespace {
@@ -56,8 +59,8 @@ TEST(TransferWordsTest, afterACancelItIsSaidWhereTheOldFilesAre)
               "The old files are in /to/.tw-paste-1, since they could not be moved back (1 item):\na");
 }
 
-/// The parameter is the way: "up" to a host, "down" from one, "between" two of them, or "across" from one file system
-/// of this machine to another.
+/// The parameter is the way: "up" to a host, "down" from one, "between" two of them, "across" from one file system of
+/// this machine to another, or "there", the same on a host.
 class MoveOfRealFilesTest : public TransferRunTest, public testing::WithParamInterface<char const *> {
 protected:
     MoveOfRealFilesTest()
@@ -69,14 +72,17 @@ protected:
             std::filesystem::resize_file(folder.file(name), moreThanPipesHold);
     }
 
-    static bool isAcross() { return std::string_view(GetParam()) == "across"; }
+    static bool isThere() { return std::string_view(GetParam()) == "there"; }
+
+    /// By cp, and through a staging folder.
+    static bool isAcross() { return std::string_view(GetParam()) == "across" || isThere(); }
 
     TransferJob makeJob()
     {
         std::string_view const way = GetParam();
         client.add("other", host->address());
-        auto source = place(way == "down" || way == "between" ? "host" : "", folder.path());
-        auto target = place(way == "up" ? "host" : way == "between" ? "other" : "", local.path());
+        auto source = place(way == "down" || way == "between" || isThere() ? "host" : "", folder.path());
+        auto target = place(way == "up" || isThere() ? "host" : way == "between" ? "other" : "", local.path());
         auto job = moveOf({"first", "tree", "last"}, std::move(source), std::move(target));
         job.isMoveBetweenFileSystems = isAcross();
         return job;
@@ -135,6 +141,27 @@ TEST_P(MoveOfRealFilesTest, ifFilesOfAFolderVanishOnTheWayNothingIsDeletedAndThe
 
 INSTANTIATE_TEST_SUITE_P(Ways, MoveOfRealFilesTest, testing::Values("up", "down", "between", "across"));
 
+class MoveWhoseCopyIsKilledTest : public MoveOfRealFilesTest {};
+
+TEST_P(MoveWhoseCopyIsKilledTest, keepsItsSource)
+{
+    reach();
+    auto const end = moveAndMeanwhile([&](std::string const & /*onItsWay*/) {
+        for (auto const &process : descendantsOf(::getpid()))
+            if (process.name == "cp")
+                ::kill(process.id, SIGKILL);
+    });
+    EXPECT_NE(failureOf(end), "it succeeded");
+    EXPECT_THAT(failureOf(end), HasSubstr("Complete (1 item):\nfirst"));
+    EXPECT_THAT(failureOf(end), HasSubstr("Untouched (2 items):\ntree\nlast"));
+    EXPECT_THAT(end.gone, IsEmpty());
+    EXPECT_EQ(namesIn(folder.path()), (std::set<std::string>{"first", "last", "tree"}));
+    EXPECT_EQ(namesIn(folder.path("tree")).size(), 3U);
+    EXPECT_THAT(namesIn(local.path()), ElementsAre("first")) << "nothing of the staging folder";
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, MoveWhoseCopyIsKilledTest, testing::Values("across", "there"));
+
 class MoveOfGrowingFilesTest : public MoveOfRealFilesTest {};
 
 TEST_P(MoveOfGrowingFilesTest, aFileThatGrowsBehindItsCopyStaysAndIsNamed)
@@ -152,7 +179,59 @@ TEST_P(MoveOfGrowingFilesTest, aFileThatGrowsBehindItsCopyStaysAndIsNamed)
 }
 
 // Not "up": what is moved up goes to the Trash, and a test must not put anything into the user's Trash.
-INSTANTIATE_TEST_SUITE_P(Ways, MoveOfGrowingFilesTest, testing::Values("down", "between", "across"));
+INSTANTIATE_TEST_SUITE_P(Ways, MoveOfGrowingFilesTest, testing::Values("down", "between", "across", "there"));
+
+class MoveOfLinksTest : public MoveOfRealFilesTest {
+protected:
+    void linkFirstToTree()
+    {
+        std::filesystem::remove(folder.path("first"));
+        folder.link("first", "tree");
+    }
+
+    /// Its path, also in a staging folder; empty if it has not been unpacked yet.
+    std::string copyOfFirst() const
+    {
+        for (auto const &entry : std::filesystem::recursive_directory_iterator(local.path()))
+            if (entry.path().filename() == "first")
+                return entry.path().string();
+        return {};
+    }
+};
+
+TEST_P(MoveOfLinksTest, aLinkToAFolderThatLeadsElsewhereBehindItsCopyStaysAndIsNamed)
+{
+    reach();
+    linkFirstToTree();
+    auto const end = moveAndMeanwhile([&](std::string const & /*onItsWay*/) {
+        std::filesystem::remove(folder.path("first"));
+        folder.link("first", "last");
+    });
+    EXPECT_EQ(failureOf(end), "it succeeded");
+    EXPECT_THAT(end.gone, UnorderedElementsAre("tree", "last"));
+    EXPECT_THAT(end.kept.changed, ElementsAre("first"));
+    EXPECT_EQ(std::filesystem::read_symlink(folder.path("first")), "last");
+    EXPECT_EQ(std::filesystem::read_symlink(local.path("first")), "tree");
+}
+
+TEST_P(MoveOfLinksTest, aLinkToAFolderWhoseCopyLeadsElsewhereStaysAndIsNamed)
+{
+    reach();
+    linkFirstToTree();
+    auto const end = moveAndMeanwhile([&](std::string const & /*onItsWay*/) {
+        auto copy = copyOfFirst();
+        for (; copy.empty(); copy = copyOfFirst())
+            std::this_thread::yield();
+        std::filesystem::remove(copy);
+        std::filesystem::create_symlink("last", copy);
+    });
+    EXPECT_EQ(failureOf(end), "it succeeded");
+    EXPECT_THAT(end.gone, UnorderedElementsAre("tree", "last"));
+    EXPECT_THAT(end.kept.unequal, ElementsAre("first"));
+    EXPECT_EQ(std::filesystem::read_symlink(folder.path("first")), "tree");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, MoveOfLinksTest, testing::Values("down", "across"));
 
 class MoveToAFullDiskTest : public MoveOfRealFilesTest {};
 

@@ -63,21 +63,27 @@ protected:
         show(target, "other", local.path());
     }
 
-    /// Many small files in a folder, and a name besides.
+    /// Many small files in a folder, and a name before and behind it.
     void makeFiles(int count)
     {
+        folder.folder("a");
+        folder.file("a/file", "the first");
         folder.folder("many");
         for (int number = 0; number < count; ++number)
             folder.file("many/file " + std::to_string(number), std::string(1000, 'x'));
         folder.file("z", "the last");
     }
 
-    /// The client of the transfer loses its connection after so many bytes that come from the source.
-    void cutAfter(std::size_t bytes)
+    enum class Line { source, target };
+
+    /// The client of the transfer on one side loses its connection after so many bytes.
+    void cutAfter(std::size_t bytes, Line line = Line::source)
     {
-        auto const path =
-            scripts.file("ssh", "#!/bin/sh\nfor word; do :; done\ncase $word in *-cf*) sh -c \"$word\" | head -c " +
-                                    std::to_string(bytes) + "; exit 255;; *) exec sh -c \"$word\";; esac\n");
+        auto const head = "head -c " + std::to_string(bytes);
+        auto const cut =
+            line == Line::source ? "*-cf*) sh -c \"$word\" | " + head : "*-xpf*) " + head + " | sh -c \"$word\"";
+        auto const path = scripts.file("ssh", "#!/bin/sh\nfor word; do :; done\ncase $word in " + cut +
+                                                  "; exit 255;; *) exec sh -c \"$word\";; esac\n");
         ::chmod(path.c_str(), 0755);
         programs.ssh = path;
     }
@@ -120,6 +126,7 @@ TEST_F(MoveBetweenHostsTest, aFolderOfManyFilesArrivesWholeAndGoesFromItsSource)
     finish(*moving);
     EXPECT_THAT(dialogs->errors, IsEmpty());
     EXPECT_EQ(filesIn(local.path("many")).size(), 10'000U);
+    EXPECT_EQ(contentOf(local.path("a/file")), "the first");
     EXPECT_EQ(contentOf(local.path("z")), "the last");
     EXPECT_THAT(filesIn(folder.path()), IsEmpty());
     loop.runUntil([&] { return source.pane->model().visibleNames().empty(); });
@@ -140,24 +147,37 @@ TEST_F(MoveBetweenHostsTest, betweenFileSystemsOfOneHostTheHostCopiesAndIsWatche
     EXPECT_THAT(dialogs->errors, IsEmpty());
     EXPECT_EQ(filesIn(other.path("many")).size(), 100U);
     EXPECT_EQ(contentOf(other.path("z")), "the last");
-    EXPECT_THAT(filesIn(other.path()), ElementsAre("many", "z"));
+    EXPECT_THAT(filesIn(other.path()), ElementsAre("a", "many", "z"));
     EXPECT_THAT(filesIn(folder.path()), IsEmpty());
 }
 
 TEST_F(MoveBetweenHostsTest, aMoveThatIsCutInTheMiddleLosesNothingAndSaysSo)
 {
-    makeFiles(500);
+    makeFiles(10'000);
+    auto const all = filesIn(folder.path("many"));
     showBoth();
-    cutAfter(400'000);
-    moveAll();
-    loop.runUntil([&] { return !dialogs->errors.empty(); });
-    auto const &said = dialogs->errors.front().question;
-    EXPECT_THAT(said, HasSubstr("read from remote failed"));
-    EXPECT_THAT(said, HasSubstr("Perhaps there in part (1 item):\nmany"));
-    EXPECT_THAT(said, HasSubstr("Untouched (1 item):\nz"));
-    EXPECT_EQ(filesIn(folder.path("many")).size(), 500U) << "the source is whole";
-    EXPECT_TRUE(std::filesystem::exists(folder.path("z")));
-    EXPECT_FALSE(filesIn(local.path("many")).empty()) << "what has arrived stays";
+    constexpr std::size_t inTheMiddle = 12'000'000; // of 15 million; 8 MiB may be in flight
+    for (auto const line : {Line::source, Line::target}) {
+        std::filesystem::remove_all(local.path("many"));
+        std::filesystem::remove_all(local.path("a"));
+        cutAfter(inTheMiddle, line);
+        auto const errors = dialogs->errors.size();
+        moveAll();
+        loop.runUntil([&] { return dialogs->errors.size() > errors; });
+        auto &error = dialogs->errors.back();
+        EXPECT_THAT(error.question,
+                    HasSubstr(line == Line::source ? "read from remote failed" : "write to remote failed"));
+        EXPECT_THAT(error.question, HasSubstr("Complete (1 item):\na\n"));
+        EXPECT_THAT(error.question, HasSubstr("Perhaps there in part (1 item):\nmany\n"));
+        EXPECT_THAT(error.question, HasSubstr("Untouched (1 item):\nz"));
+        error.answer({});
+        finish(*moving);
+        EXPECT_EQ(filesIn(folder.path("many")), all) << "the source is whole";
+        EXPECT_THAT(filesIn(folder.path()), ElementsAre("a", "many", "z"));
+        EXPECT_EQ(contentOf(local.path("a/file")), "the first");
+        EXPECT_FALSE(filesIn(local.path("many")).empty()) << "what has arrived stays";
+        EXPECT_FALSE(std::filesystem::exists(local.path("z")));
+    }
 }
 
 TEST_F(MoveBetweenHostsTest, aMoveThatIsCutIsDoneByTheNextOne)
@@ -173,7 +193,7 @@ TEST_F(MoveBetweenHostsTest, aMoveThatIsCutIsDoneByTheNextOne)
     programs = usual;
     moveAll();
     loop.runUntil([&] { return !dialogs->conflicts.empty(); });
-    dialogs->conflicts.front().answer(std::vector{NameConflict::Answer::replace});
+    dialogs->conflicts.front().answer(std::vector(2, NameConflict::Answer::replace));
     finish(*moving);
     EXPECT_THAT(dialogs->errors, testing::SizeIs(1)) << "of the first move";
     EXPECT_EQ(filesIn(local.path("many")).size(), 200U);
