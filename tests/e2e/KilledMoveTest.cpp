@@ -5,10 +5,11 @@ namespace {
 
 TEST_P(KilledMoveTest, aProgramThatIsKilledDuringAMoveHasLostNothing)
 {
-    expectNothingLostIn(12);
+    expectNothingLostIn(6);
 }
 
-INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest, testing::Values("down", "up", "over", "across"));
+INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest,
+                         testing::Values("down", "up", "over", "across", "between", "within", "merging"));
 
 } // namespace
 } // namespace tw::test

@@ -8,7 +8,8 @@ TEST_P(KilledMoveTest, aProgramThatIsKilledInAHundredMomentsOfAMoveHasLostNothin
     expectNothingLostIn(100);
 }
 
-INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest, testing::Values("down", "up", "over", "across"));
+INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest,
+                         testing::Values("down", "up", "over", "across", "between", "within", "merging"));
 
 } // namespace
 } // namespace tw::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/hosts/ProcessTree.h"
 #include "tests/support/SSHProviderTest.h"
 
 #include <chrono>
@@ -20,17 +21,25 @@ class KilledMoveTest : public SSHProviderTest, public testing::WithParamInterfac
 protected:
     using Clock = std::chrono::steady_clock;
 
-    KilledMoveTest() { reach(); }
+    KilledMoveTest()
+    {
+        reach();
+        client.add("other", host->address());
+    }
 
     void makeFiles()
     {
+        folder.folder("tree");
+        folder.file("tree/leaf", "leaf");
         for (int number = 0; number < fileCount; ++number) {
             folder.file(nameOf(number), contentOfFile(number));
             if (isOver())
                 local.file(nameOf(number), oldContent);
         }
-        folder.folder("tree");
-        folder.file("tree/leaf", "leaf");
+        if (isMerging()) {
+            local.folder("tree");
+            local.file("tree/old", oldContent);
+        }
     }
 
     void empty() const
@@ -45,6 +54,7 @@ protected:
     std::optional<int> moveAndKillAfter(std::chrono::microseconds time)
     {
         auto const program = startMove();
+        ::kill(program, SIGCONT);
         loop.run(engine.clock()->sleep(time));
         ::kill(program, SIGKILL);
         return endOf(program);
@@ -52,8 +62,9 @@ protected:
 
     std::chrono::microseconds timeOfWholeMove()
     {
-        auto const begin = Clock::now();
         auto const program = startMove();
+        auto const begin = Clock::now();
+        ::kill(program, SIGCONT);
         EXPECT_EQ(endOf(program), 0);
         return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin);
     }
@@ -66,13 +77,27 @@ protected:
         for (int number = 0; isOver() && number < fileCount; ++number)
             EXPECT_TRUE(isReplacedOrThere(nameOf(number), contentOfFile(number))) << nameOf(number);
         EXPECT_TRUE(isWhole("tree/leaf", "leaf"));
+        EXPECT_TRUE(!isMerging() || holds(local.path("tree/old"), oldContent));
         for (auto const &entry : std::filesystem::directory_iterator(local.path())) {
             auto const name = entry.path().filename().string();
             EXPECT_TRUE(name.starts_with("file ") || name == "tree" || name.starts_with(".tw-paste-")) << name;
         }
     }
 
-    /// The whole move takes so long, and is killed in as many moments spread over that time.
+    /// What a killed program has begun on a host goes on to its end there, and leaves nothing in the temporary folder.
+    void waitForTheHost()
+    {
+        auto const isOfTheHost = [this](ProcessRecord const &each) {
+            return !each.hasEnded() && !each.name.starts_with("sshd") && !processesBefore.contains(each.id);
+        };
+        loop.runUntil([&] {
+            loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+            return std::ranges::none_of(descendantsOf(::getpid()), isOfTheHost) &&
+                   std::filesystem::is_empty(host->temporary());
+        });
+    }
+
+    /// The whole move is killed in as many moments, one in each part of the time that it takes.
     void expectNothingLostIn(int moments)
     {
         makeFiles();
@@ -84,8 +109,10 @@ protected:
         for (int moment = 0; moment < moments; ++moment) {
             empty();
             makeFiles();
-            std::uniform_int_distribution<std::int64_t> times(0, whole.count());
+            std::uniform_int_distribution<std::int64_t> times(whole.count() * moment / moments,
+                                                              whole.count() * (moment + 1) / moments);
             killed += moveAndKillAfter(std::chrono::microseconds(times(random))) ? 0 : 1;
+            waitForTheHost();
             expectNothingLost();
         }
         EXPECT_GT(killed, 0) << "no moment was on the way";
@@ -97,7 +124,9 @@ private:
 
     static bool isOver() { return std::string_view(GetParam()) == "over"; }
 
-    static std::string nameOf(int number) { return "file " + std::to_string(number); }
+    static bool isMerging() { return std::string_view(GetParam()) == "merging"; }
+
+    static std::string nameOf(int number) { return (isMerging() ? "tree/file " : "file ") + std::to_string(number); }
 
     static std::string contentOfFile(int number) { return std::string(20'000, static_cast<char>('a' + number % 26)); }
 
@@ -121,6 +150,7 @@ private:
         return isThere || holds(local.path(name), content);
     }
 
+    /// It stands still, and has nothing left to do but to move.
     pid_t startMove() const
     {
         std::string arguments[] = {TARNWICK_MOVE_FILES, client.program(), socketBase.path(),
@@ -134,7 +164,19 @@ private:
                             nullptr};
         pid_t program = 0;
         EXPECT_EQ(::posix_spawn(&program, pointers[0], nullptr, nullptr, pointers, ::environ), 0);
+        int status = 0;
+        while (::waitpid(program, &status, WUNTRACED) < 0 && errno == EINTR) {
+        }
+        EXPECT_TRUE(WIFSTOPPED(status));
         return program;
+    }
+
+    static std::set<pid_t> processesOfOurs()
+    {
+        std::set<pid_t> ids;
+        for (auto const &each : descendantsOf(::getpid()))
+            ids.insert(each.id);
+        return ids;
     }
 
     static std::optional<int> endOf(pid_t program)
@@ -144,6 +186,8 @@ private:
         }
         return WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt;
     }
+
+    std::set<pid_t> const processesBefore = processesOfOurs(); ///< such as a server that tests share
 };
 
 } // namespace tw::test
