@@ -82,15 +82,17 @@ Names partsLeft(TransferJob const &job, std::exception_ptr const &failure, Names
     return inPart;
 }
 
-/// In requests of a moment each: between them it can be cancelled.
-Task<void> moveInRequests(std::shared_ptr<Browser> place, std::vector<Move> moves)
+/// In requests of a moment each if it can be cancelled: that is done between them. Each costs a round trip.
+Task<void> moveInRequests(Job job, std::shared_ptr<Browser> place, std::vector<Move> moves)
 {
     auto const context = co_await currentContext();
-    for (std::span<Move const> left = moves; !left.empty(); left = left.subspan(std::min(mostInRequest, left.size()))) {
+    auto const most = copies(*job) ? mostInRequest : moves.size();
+    for (std::span<Move const> left = moves; !left.empty();) {
         if (context.stop.stop_requested())
             throw Cancelled();
-        auto const some = left.first(std::min(mostInRequest, left.size()));
+        auto const some = left.first(std::min(most, left.size()));
         co_await place->moveAll({some.begin(), some.end()});
+        left = left.subspan(some.size());
     }
 }
 
@@ -106,7 +108,7 @@ Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
         moved.push_back(each.name);
         moves.push_back({job->source.pathOf(each.name), job->target.pathOf(each.newName)});
     }
-    auto const moving = co_await outcomeOf(moveInRequests(job->source.browser, std::move(moves)));
+    auto const moving = co_await outcomeOf(moveInRequests(job, job->source.browser, std::move(moves)));
     if (moving.failure) {
         auto const asked = co_await outcomeOf(whatHasMoved(job, std::move(renamings)).withStop({}));
         auto const known = asked.value.value_or(std::nullopt);
@@ -153,7 +155,7 @@ std::vector<Renamed> asTheyAre(Names const &names)
 
 Task<void> moveOver(Job job, End end, Operands staging, Names names)
 {
-    co_await moveInRequests(job->target.browser, movesBetween(job->target, staging, names));
+    co_await moveInRequests(job, job->target.browser, movesBetween(job->target, staging, names));
     co_await moveNames(job, end, asTheyAre(names));
 }
 
@@ -196,6 +198,11 @@ Task<void> replaceFiles(Job job, End end, Names names)
 }
 
 } // namespace
+
+bool copies(TransferJob const &job)
+{
+    return !job.isRename() || !std::ranges::all_of(job.plan.replace, isFileOverFile);
+}
 
 bool isFileOverFile(NameConflict const &conflict)
 {

@@ -96,12 +96,6 @@ Task<bool> isOneFolder(OperationContext context, TransferJob job)
     co_return seen.take();
 }
 
-/// True if bytes move: not for a renaming.
-bool copies(TransferJob const &job)
-{
-    return !job.isRename() || !std::ranges::all_of(job.plan.replace, isFileOverFile);
-}
-
 ProgressState stateOf(TransferProgress const &progress)
 {
     return {.bytes = progress.bytes,
