@@ -58,13 +58,13 @@ tw_cases() {
   fi
 }
 tw_names() {
-  local number=$1 name there=() numbers=
+  local number=$1 name there=()
   shift
   for name do
-    if [ -e "./$name" ] || [ -L "./$name" ]; then there+=("./$name") numbers="$numbers $number"; fi
+    if [ -e "./$name" ] || [ -L "./$name" ]; then there[number]=./$name; fi
     number=$((number + 1))
   done
-  echo "taken$numbers"
+  echo "taken ${!there[*]}"
   [ ${#there[@]} -eq 0 ] || tw_stat "${there[@]}"
 }
 echo folder
