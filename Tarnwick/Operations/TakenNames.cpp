@@ -1,5 +1,6 @@
 #include "Tarnwick/Operations/TakenNames.h"
 
+#include "TWCore/Async/WhenAll.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "Tarnwick/Operations/UniqueName.h"
 
@@ -96,13 +97,15 @@ std::string keyOf(std::string const &name, bool takesCasesForOne)
 
 Task<Facts> ask(Operands source, Operands target)
 {
-    Facts facts;
-    if (source.browser->writer()) {
-        auto said = co_await source.browser->factsAbout(source.path, source.names);
-        facts.source = std::move(said);
-    }
-    auto said = co_await target.browser->factsAbout(target.path, source.names);
-    facts.target = std::move(said);
+    std::vector<Task<FolderFacts>> questions;
+    questions.push_back(target.browser->factsAbout(target.path, source.names));
+    if (source.browser->writer())
+        questions.push_back(source.browser->factsAbout(source.path, source.names));
+    // At once: a person waits, and the names of thousands of files are a while under way.
+    auto answers = co_await whenAll(std::move(questions), 2);
+    Facts facts{.source = {}, .target = std::move(answers.front())};
+    if (answers.size() > 1)
+        facts.source = std::move(answers.back());
     co_return facts;
 }
 
