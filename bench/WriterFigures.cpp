@@ -1,31 +1,29 @@
-// What it costs to move and delete 10,000 names: on a host 50 ms away, and into the Trash of this machine.
+// What it costs to move and delete 10,000 names, from the answered question on: on a host 50 ms away, and into the
+// Trash of this machine.
 
 #include "TWCore/Shell/FileCommands.h"
+#include "TWCore/Shell/FolderQuestion.h"
 #include "TWCore/Shell/MoveCommand.h"
 #include "TWEngine/Browsing/LocalProvider.h"
-#include "TWEngine/Runtime/EngineRuntime.h"
-#include "TWEngine/SSH/SSHProvider.h"
-#include "bench/BenchLoop.h"
+#include "TWEngine/Transfer/TransferEngine.h"
+#include "Tarnwick/Operations/ClaimedNames.h"
+#include "Tarnwick/Operations/CopyMove.h"
+#include "Tarnwick/Operations/Delete.h"
+#include "bench/FarHost.h"
 #include "bench/Figure.h"
-#include "tests/hosts/DelayProxy.h"
-#include "tests/hosts/SSHClient.h"
-#include "tests/hosts/TestHost.h"
-#include "tests/support/TemporaryFolder.h"
 
+#include <filesystem>
 #include <stdexcept>
-
-#include <unistd.h>
 
 namespace tw::bench {
 namespace {
 
 using test::TemporaryFolder;
-using Moves = std::vector<FileSystemWriter::Move>;
 using Paths = std::vector<std::string>;
 using enum Figures::Yardstick;
 
 constexpr int runs = 5;
-constexpr int names = 10'000;
+constexpr int count = 10'000;
 constexpr std::chrono::milliseconds roundTrip{50};
 
 /// The work session sends thousands of names over a line whose window is still small.
@@ -35,17 +33,20 @@ constexpr double mostRoundTripsOfAMove = 5;
 constexpr double largestDeleteRatio = 1.1;
 
 /// The same names again and again.
-std::string nameOf(int number)
+Paths names()
 {
-    return "a name of a common length " + std::to_string(number);
+    Paths all;
+    for (int number = 0; number < count; ++number)
+        all.push_back("a name of a common length " + std::to_string(number));
+    return all;
 }
 
 Paths fill(TemporaryFolder const &folder, std::string const &below)
 {
     folder.folder(below);
     Paths paths;
-    for (int number = 0; number < names; ++number)
-        paths.push_back(folder.file(below + '/' + nameOf(number)));
+    for (auto const &name : names())
+        paths.push_back(folder.file(below + '/' + name));
     return paths;
 }
 
@@ -64,69 +65,133 @@ double shellTime(std::string const &request)
     return millisecondsOf([&] { runOrFail("cat '" + script + "' | bash -s >/dev/null"); });
 }
 
-/// The host and the line to it.
-class FarHost {
+/// A user who agrees to everything, and whom nothing may surprise.
+class Agreeing final : public Dialogs {
 public:
-    FarHost()
+    Task<void> error(Text message, std::string /*words*/) override { return fail<void>(message.english()); }
+
+    Task<void> details(Text title, std::string /*words*/) override { return fail<void>(title.english()); }
+
+    Task<std::optional<std::string>> prompt(Prompt question) override { co_return question.initial; }
+
+    Task<std::optional<PackTarget>> packPrompt(PackPrompt question) override
     {
-        client.add("far", host.address().through(line.port()));
-        loop.run(provider->connect());
-        // The session that changes things comes up before the figures.
-        loop.run(provider->runCommand({.text = "true", .session = CommandSession::work}));
+        return fail<std::optional<PackTarget>>(question.title);
     }
 
-    ~FarHost() { loop.run(provider->disconnect()); }
+    Task<Answer> confirm(Confirmation /*question*/) override { co_return Answer::ok; }
 
-    FarHost(FarHost const &) = delete;
-    FarHost &operator=(FarHost const &) = delete;
+    Task<std::optional<std::size_t>> choose(Choice question) override
+    {
+        return fail<std::optional<std::size_t>>(question.title);
+    }
 
-    EngineRuntime engine;
-    BenchLoop loop;
-    test::TestHost host{engine};
-    test::DelayProxy line{host.address().port, roundTrip};
-    test::SSHClient client;
-    TemporaryFolder sockets;
-    std::shared_ptr<SSHProvider> provider = std::make_shared<SSHProvider>(
-        SSHProvider::Collaborators{
-            .engine = engine, .sshProgram = client.program(), .sockets = {.base = sockets.path(), .user = ::getuid()}},
-        "far");
+    Task<std::optional<std::string>> chooseApplication(ApplicationChoice question) override
+    {
+        return fail<std::optional<std::string>>(question.file);
+    }
+
+    Task<Resolution> resolve(Conflicts question) override { return fail<Resolution>(question.title); }
+
+    std::unique_ptr<Progress> progress(std::string /*title*/, std::function<void()> /*onCancel*/) override
+    {
+        class Unseen final : public Progress {
+            void update(ProgressState const &state) override { keep(state); }
+        };
+
+        return std::make_unique<Unseen>();
+    }
+
+private:
+    template <class T>
+    static Task<T> fail(std::string what)
+    {
+        throw std::runtime_error(what);
+        co_return T();
+    }
 };
 
-Moves movesBetween(TemporaryFolder const &folder, std::string const &from, std::string const &to)
-{
-    Moves moves;
-    for (int number = 0; number < names; ++number)
-        moves.push_back({folder.path(from + '/' + nameOf(number)), folder.path(to + '/' + nameOf(number))});
-    return moves;
-}
+/// Operations on a host, as from a pane.
+class Pane {
+public:
+    explicit Pane(FarHost &on) : far(on)
+    {
+        far.loop.run(provider->connect());
+        // The session that changes things comes up before the figures.
+        far.loop.run(provider->runCommand({.text = "true", .session = CommandSession::work}));
+    }
 
-void measureMove(Figures &figures, FarHost &far)
+    ~Pane()
+    {
+        far.loop.run(browser->shutdown());
+        far.loop.run(provider->disconnect());
+    }
+
+    Pane(Pane const &) = delete;
+    Pane &operator=(Pane const &) = delete;
+
+    double timeOf(Operation operation, std::string const &path, std::string const &other)
+    {
+        OperationContext context{
+            .operands = {browser, "far", path, names()},
+            .pane = {},
+            .panes = {},
+            .dialogs = std::make_shared<Agreeing>(),
+            .target = {browser, "far", other, {}},
+            .makeTransfer = [this] { return std::make_shared<TransferEngine>(far.engine, TransferTools::find()); },
+            .claims = std::make_shared<ClaimedNames>()};
+        return millisecondsOf([&] { far.loop.run(operation(std::move(context))); });
+    }
+
+private:
+    FarHost &far;
+    std::shared_ptr<SSHProvider> const provider = far.provider();
+    std::shared_ptr<Browser> const browser = far.browser(provider);
+};
+
+void measureMove(Figures &figures, Pane &pane)
 {
     TemporaryFolder const folder;
     fill(folder, "from");
     folder.folder("to");
-    auto const there = movesBetween(folder, "from", "to");
-    auto const back = movesBetween(folder, "to", "from");
+    auto const from = folder.path("from");
+    auto const to = folder.path("to");
+    std::vector<FileSystemWriter::Move> back;
+    for (auto const &name : names())
+        back.push_back({to + '/' + name, from + '/' + name});
+    auto const hostsOwn = [&] {
+        auto const questions = shellTime(FolderQuestion::text(ShellDialect::posix, from, names())) +
+                               shellTime(FolderQuestion::text(ShellDialect::posix, to, names()));
+        return questions + shellTime(MoveCommand::text(ShellDialect::posix, back));
+    };
     auto const medians = takeTurns(
-        runs, [&] { return millisecondsOf([&] { far.loop.run(far.provider->moveAll(there)); }); },
-        [&] { return shellTime(MoveCommand::text(ShellDialect::posix, back)); });
+        runs,
+        [&] {
+            auto const time = pane.timeOf(&moveOperands, from, to);
+            if (!std::filesystem::is_empty(from))
+                throw std::runtime_error("not all names have moved");
+            return time;
+        },
+        hostsOwn);
     auto const roundTrips = (medians.subject - medians.peer) / static_cast<double>(roundTrip.count());
     figures.report("move of 10,000 names on a host, beside the host's own time", roundTrips, limit,
                    mostRoundTripsOfAMove, "round trips", 1.0);
 }
 
-void measureDelete(Figures &figures, FarHost &far)
+void measureDelete(Figures &figures, Pane &pane)
 {
     TemporaryFolder const folder;
-    Paths paths;
     auto const medians = takeTurns(
         runs,
         [&] {
-            paths = fill(folder, "deleted");
-            return millisecondsOf([&] { far.loop.run(far.provider->remove(paths)); });
+            fill(folder, "deleted");
+            auto const time = pane.timeOf(&deleteOperands, folder.path("deleted"), folder.path());
+            if (!std::filesystem::is_empty(folder.path("deleted")))
+                throw std::runtime_error("not all names were deleted");
+            return time;
         },
         [&] {
-            fill(folder, "deleted");
+            auto const paths = fill(folder, "deleted");
             return static_cast<double>(roundTrip.count()) + shellTime(FileCommands::remove(ShellDialect::posix, paths));
         });
     figures.report("delete of 10,000 names on a host, beside a round trip and the host's own time", medians.subject,
@@ -161,9 +226,10 @@ int measureAll()
     ::setenv("XDG_DATA_HOME", data.path().c_str(), 1);
     Figures figures;
     {
-        FarHost far;
-        measureMove(figures, far);
-        measureDelete(figures, far);
+        FarHost far(roundTrip);
+        Pane pane(far);
+        measureMove(figures, pane);
+        measureDelete(figures, pane);
     }
     showTrash();
     return figures.exitCode();

@@ -123,7 +123,9 @@ Task<void> removeInRequests(Work work, std::shared_ptr<Progress> shown)
     auto const claim =
         co_await ClaimSteps::claim(work->context.claims, "delete", work->what, ClaimedNames::Use::deleted);
     auto const paths = work->what.paths();
-    RequestSize size;
+    // A host deletes thousands of names in the time of a round trip, and each request costs one.
+    auto const isOnHost = !work->what.browser->writer()->deleteIsReversible();
+    RequestSize size(isOnHost ? RequestSize::most : RequestSize::first);
     while (work->done < paths.size()) {
         if (work->cancelled.stop_requested())
             throw FileOperationError::Cancelled();

@@ -13,13 +13,16 @@ public:
     static constexpr std::size_t most = 10'000;
     static constexpr std::chrono::milliseconds aim{500};
 
+    /// A guess of how many the first request has.
+    explicit RequestSize(std::size_t guess = first) noexcept : size(guess) {}
+
     std::size_t items() const noexcept { return size; }
 
     /// The last request, of `items()`, has taken so long.
     void took(std::chrono::nanoseconds time) noexcept;
 
 private:
-    std::size_t size = first;
+    std::size_t size;
 };
 
 } // namespace tw

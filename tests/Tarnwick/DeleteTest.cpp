@@ -205,7 +205,7 @@ TEST_F(DeleteTest, manyNamesAreDeletedInRequestsAndProgressIsShown)
 TEST_F(DeleteTest, aCancelSaysWhatWasDeletedAndTheWordsStay)
 {
     provider->isReversible = false;
-    showMany(250);
+    showMany(10'250);
     begin();
     agree();
     endWrite();
@@ -213,8 +213,8 @@ TEST_F(DeleteTest, aCancelSaysWhatWasDeletedAndTheWordsStay)
     loop.drain();
     answer({"a", "b"});
     EXPECT_TRUE(operation->isDone());
-    EXPECT_EQ(display.status, "⚠︎ delete 250 items cancelled: 100 of 250 items deleted");
-    EXPECT_EQ(dialogs->works.front()->conclusion, "delete 250 items cancelled: 100 of 250 items deleted");
+    EXPECT_EQ(display.status, "⚠︎ delete 10250 items cancelled: 10,000 of 10,250 items deleted");
+    EXPECT_EQ(dialogs->works.front()->conclusion, "delete 10250 items cancelled: 10,000 of 10,250 items deleted");
     EXPECT_THAT(dialogs->errors, IsEmpty());
     EXPECT_THAT(provider->writes, SizeIs(2));
 }
