@@ -11,7 +11,8 @@ namespace tw {
 enum class CommandSession {
     interactive, ///< a person waits for the answer, and the command takes less than a second
     background,  ///< nobody waits for the answer
-    work         ///< the command changes something on the host, or may take longer
+    work,        ///< the command changes something on the host, or may take longer
+    longWork     ///< the same, and short work must not wait behind it: it may itself wait for other long work
 };
 
 /// What happens to a command whose connection was lost after it was sent.

@@ -338,8 +338,10 @@ void HostSessions::adopt(Set set)
         return;
     for (auto const role : {Role::first, Role::background, Role::spare})
         spawn({strand.executor(), {}}, shutDown(before->shell(role)));
-    // A changing command may be under way in it. It ends with its last user.
-    leftBehind.push_back(before->shell(Role::work));
+    // A changing command may be under way in them. Each ends with its last user.
+    for (auto const role : HostLife::workRoles)
+        leftBehind.push_back(before->shell(role));
+    announceRoom();
     std::erase_if(leftBehind, [](auto const &each) { return each.expired(); });
 }
 

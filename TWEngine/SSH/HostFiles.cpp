@@ -35,10 +35,10 @@ struct Change {
                                      words.empty() ? "exit " + std::to_string(result.status) : std::string(words));
 }
 
-Task<CommandResult> send(Host host, Change change)
+Task<CommandResult> send(Host host, Change change, CommandSession session = CommandSession::work)
 {
     return host->runCommand({.text = std::move(change.command),
-                             .session = CommandSession::work,
+                             .session = session,
                              .effect = CommandEffect::changes,
                              .limit = change.limit});
 }
@@ -121,7 +121,7 @@ Task<void> removeOn(EngineRuntime *engine, Host host, Paths paths, LockedFolders
         auto const token = randomDigits(16);
         auto sending = dialect == ShellDialect::posix
                            ? HostWork::run(*engine, host, token, EndableCommand::text(token, "rm", change.command),
-                                           CommandEffect::changes, FileCommands::changeLimit)
+                                           CommandEffect::changes, FileCommands::changeLimit, CommandSession::work)
                            : send(host, change);
         auto const result = co_await resultIfKnown(std::move(sending));
         if (result && result->status != 0)
@@ -203,7 +203,7 @@ Task<void> copy(Host host, Paths from, std::string to, std::chrono::duration<dou
     while (!from.empty()) {
         auto const some = takeFitting(dialect, from);
         Change const change{"copy", some.front(), FileCommands::copy(dialect, some, to), limit};
-        auto const result = co_await send(host, change);
+        auto const result = co_await send(host, change, CommandSession::longWork);
         if (result.status != 0)
             fail(change, result);
     }
@@ -216,7 +216,7 @@ Task<void> sync(Host host, std::string folder)
     if (command.empty())
         co_return;
     auto const result = co_await host->runCommand(
-        {.text = std::move(command), .session = CommandSession::work, .limit = FileCommands::changeLimit});
+        {.text = std::move(command), .session = CommandSession::longWork, .limit = FileCommands::changeLimit});
     if (result.status != 0)
         fail({.operation = "writing", .path = folder, .command = {}}, result);
 }
@@ -230,7 +230,7 @@ Task<std::int64_t> totalSize(Host host, Paths paths)
     while (!paths.empty()) {
         auto const some = takeFitting(dialect, paths);
         auto const result = co_await host->runCommand({.text = FileCommands::measure(dialect, some),
-                                                       .session = CommandSession::work,
+                                                       .session = CommandSession::longWork,
                                                        .limit = FileCommands::measureLimit});
         total += FileCommands::totalSize(dialect, result.output);
     }

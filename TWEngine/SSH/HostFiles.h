@@ -14,7 +14,7 @@ class EngineRuntime;
 
 } // namespace tw
 
-/// What changes and measures the files of a host, by commands in its work session.
+/// What changes and measures the files of a host, by commands in its sessions for work.
 ///
 /// A list that does not fit into one request is sent in several, one after the other, up to the first that fails. An
 /// empty list sends nothing.

@@ -1,6 +1,7 @@
 #include "TWEngine/SSH/HostLife.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace tw {
@@ -168,25 +169,58 @@ void HostLife::forgetSessions()
     replaceAgain.reset();
 }
 
-HostLife::Route HostLife::route(Choice choice, bool isHeldUp) const
+HostLife::Route HostLife::route(Choice choice, Busy const &busy) const
 {
     auto const wanted = [&] {
         switch (choice) {
         case Choice::interactive:
-            return isHeldUp && std::ranges::all_of(inFlight, &Request::isRepeatable, &Requests::value_type::second)
+            return busy.isFirstHeldUp &&
+                           std::ranges::all_of(inFlight, &Request::isRepeatable, &Requests::value_type::second)
                        ? Role::spare
                        : Role::first;
         case Choice::background:
         case Choice::backgroundIfReady:
             return Role::background;
         case Choice::work:
-            return Role::work;
+        case Choice::longWork:
+            break;
         }
-        return Role::first;
+        return Role::work;
     }();
+    if (wanted == Role::work)
+        return routeOfWork(choice, busy);
     auto const isRefused = stateOf(wanted) == SessionState::refused;
     auto const role = isRefused && choice != Choice::background ? Role::first : wanted;
     return {.role = role, .isReady = stateOf(role) != SessionState::down};
+}
+
+/// An idle session, one that is not connected yet, or the one that is least busy, in this order.
+HostLife::Route HostLife::routeOfWork(Choice choice, Busy const &busy) const
+{
+    using Rank = std::tuple<int, std::size_t, std::size_t>;
+    auto const rankOf = [&](Role role) -> Rank {
+        auto const &load = busy.work.at(workIndex(role));
+        if (stateOf(role) == SessionState::down)
+            return {1, 0, 0};
+        return {load.requests == 0 ? 0 : 2, load.longOnes, load.requests};
+    };
+    std::size_t usable = 0;
+    std::size_t longOnes = 0;
+    std::optional<Role> best;
+    for (auto const role : workRoles) {
+        if (stateOf(role) == SessionState::refused)
+            continue;
+        ++usable;
+        longOnes += busy.work.at(workIndex(role)).longOnes;
+        if (!best || rankOf(role) < rankOf(*best))
+            best = role;
+    }
+    if (!best)
+        return {.role = Role::first, .isReady = true};
+    // One session stays free of long work, if there are several.
+    if (choice == Choice::longWork && longOnes >= std::max<std::size_t>(usable - 1, 1))
+        return {.role = *best, .hasToWait = true};
+    return {.role = *best, .isReady = stateOf(*best) == SessionState::up};
 }
 
 void HostLife::sessionUp(Role role)
@@ -197,6 +231,12 @@ void HostLife::sessionUp(Role role)
 void HostLife::sessionRefused(Role role)
 {
     stateOf(role) = SessionState::refused;
+    if (!isWork(role))
+        return;
+    for (auto const other : workRoles) {
+        if (stateOf(other) == SessionState::down)
+            stateOf(other) = SessionState::refused;
+    }
 }
 
 HostLife::Orders HostLife::sessionLost(Role role, std::uint64_t generation, Time now)

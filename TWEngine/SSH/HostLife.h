@@ -3,6 +3,7 @@
 #include "TWCore/Provider/HostStatus.h"
 #include "TWEngine/Shell/ClientReport.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
@@ -32,15 +33,41 @@ public:
         first,      ///< logs in, and carries what a person waits for
         background, ///< what nobody waits for
         work,       ///< what changes something or takes long
-        spare,      ///< takes the place of the first one when that is held up
+        secondWork, ///< what would wait behind the work of the first such session
+        thirdWork,
+        spare, ///< takes the place of the first one when that is held up
     };
+
+    /// The sessions that carry work, in the order in which they are connected.
+    static constexpr std::array workRoles{Role::work, Role::secondWork, Role::thirdWork};
+
+    static constexpr bool isWork(Role role) { return std::ranges::find(workRoles, role) != workRoles.end(); }
+
+    /// Where a work session stands among `workRoles`.
+    static constexpr std::size_t workIndex(Role role)
+    {
+        return static_cast<std::size_t>(role) - static_cast<std::size_t>(Role::work);
+    }
 
     /// Which session a request is for.
     enum class Choice {
         interactive,
         background,
         backgroundIfReady, ///< the first one if there is no second
-        work
+        work,
+        longWork ///< leaves a work session to the other work
+    };
+
+    /// The requests that a work session has and has not answered yet.
+    struct Load {
+        std::size_t requests = 0;
+        std::size_t longOnes = 0; ///< those of them that are long work
+    };
+
+    /// What the sessions are busy with.
+    struct Busy {
+        bool isFirstHeldUp = false; ///< by a listing that nobody waits for
+        std::array<Load, workRoles.size()> work = {};
     };
 
     struct Order {
@@ -68,7 +95,8 @@ public:
     /// Where a request goes.
     struct Route {
         Role role = Role::first;
-        bool isReady = false; ///< false: the session is to be connected first, and `route` to be asked again
+        bool isReady = false;   ///< false: the session is to be connected first, and `route` to be asked again
+        bool hasToWait = false; ///< until long work has ended; `route` is to be asked again then
 
         friend bool operator==(Route const &, Route const &) = default;
     };
@@ -111,10 +139,11 @@ public:
 
     // The sessions of a host that is up.
 
-    /// The session for a request. `isHeldUp`: the first session is busy with a listing that nobody waits for.
-    Route route(Choice choice, bool isHeldUp) const;
+    /// The session for a request.
+    Route route(Choice choice, Busy const &busy) const;
     void sessionUp(Role role);
-    /// It could not be connected. Until the host is connected anew, its requests go over the first session.
+    /// It could not be connected. Until the host is connected anew, its requests go over the first session, and work
+    /// over the work sessions that there are. A host that refuses one for work is asked for no further one.
     void sessionRefused(Role role);
     /// It has ended, or was found to have ended. With `generation` of the time when it was used. The end of a
     /// background session that was up counts as that of the first one: a cut line ends both, and either may notice
@@ -190,6 +219,7 @@ private:
     Orders endAttempt(Order::Why why, Phase next, Time now);
     void forgetSessions();
     Orders beginReplacing();
+    Route routeOfWork(Choice choice, Busy const &busy) const;
     std::optional<Time> awaitedSince() const;
     std::optional<Time> silentAt() const;
     std::optional<Time> spareAt() const;
@@ -217,7 +247,7 @@ private:
 
     // Of the connection.
     bool connectionHadQuestion = false;
-    std::array<SessionState, 4> sessions = {};
+    std::array<SessionState, 6> sessions = {};
     Requests inFlight;
     Time lastHeard;
     bool isSpareBegun = false;

@@ -58,7 +58,11 @@ Task<HostSessions::Target> HostSessions::session(Self self, Choice choice)
         if (!self->life.isUp())
             throw RemoteShellError::NotConnected();
         auto const set = self->sessions;
-        auto const route = self->life.route(choice, set->shell(Role::first)->isHeldUp());
+        auto const route = self->life.route(choice, set->busy());
+        if (route.hasToWait) {
+            co_await awaitRoom(self);
+            continue;
+        }
         if (!route.isReady) {
             co_await bringUp(self, set, route.role);
             continue;
@@ -66,8 +70,25 @@ Task<HostSessions::Target> HostSessions::session(Self self, Choice choice)
         if (route.role == Role::spare)
             self->letSpareTakeOver();
         auto const role = route.role == Role::spare ? Role::first : route.role;
-        co_return Target{set->shell(role), role};
+        auto carried = HostLife::isWork(role) ? std::make_unique<Carried>(self, set, role, choice) : nullptr;
+        co_return Target{set->shell(role), role, std::move(carried)};
     }
+}
+
+/// Until long work may have a session. The caller looks again whether it has: others were told too.
+Task<void> HostSessions::awaitRoom(Self self)
+{
+    auto const endedBefore = self->life.endings();
+    auto const room = self->waitingForRoom.emplace_back(std::make_shared<Completion<bool>>());
+    co_await Completion<bool>::wait(room);
+    if (self->life.endings() != endedBefore)
+        failAsShutDown();
+}
+
+void HostSessions::announceRoom()
+{
+    for (auto const &waiting : std::exchange(waitingForRoom, {}))
+        waiting->succeed(true);
 }
 
 Task<void> HostSessions::bringUp(Self self, Set set, Role role)
@@ -168,6 +189,7 @@ Task<void> HostSessions::disconnect()
 Task<void> HostSessions::disconnectHere(Self self)
 {
     self->follow(self->life.end(self->now()));
+    self->announceRoom();
     self->timer.request_stop();
     self->wakingAt.reset();
     std::vector<SharedTask<void>> ending;

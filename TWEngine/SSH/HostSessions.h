@@ -5,6 +5,7 @@
 #include "TWCore/Provider/HostCommand.h"
 #include "TWEngine/Passwords/LoginDesk.h"
 #include "TWEngine/Passwords/SavedPasswords.h"
+#include "TWEngine/Runtime/Completion.h"
 #include "TWEngine/Runtime/SharedTask.h"
 #include "TWEngine/Runtime/UpdateFanOut.h"
 #include "TWEngine/SSH/HostConfiguration.h"
@@ -27,7 +28,8 @@ struct SupersededAttempt {};
 /// Connects the sessions with one host and sends requests over them, as its HostLife decides.
 ///
 /// The first session comes up with `connect`, each other one when it is first needed. A host that refuses the others
-/// serves everything over the first. A host that is silent while a person waits is connected beside the silent
+/// serves everything over the first. Long work leaves one of the sessions for work to what is short, and waits for its
+/// turn before it is sent. A host that is silent while a person waits is connected beside the silent
 /// connection, which the new one then replaces.
 ///
 /// Threads: not serialised; all of it runs on the strand that it was made with.
@@ -123,9 +125,13 @@ private:
         SharedTask<void> task;
     };
 
+    /// Counts a request as the load of a work session for as long as it lives.
+    class Carried;
+
     struct Target {
         Shell shell;
         Role role;
+        std::unique_ptr<Carried> carried; ///< null: the session is none for work
     };
 
     /// Counts a question as asked for as long as it lives.
@@ -137,6 +143,8 @@ private:
     template <class T>
     static Task<T> askOnce(Self self, Task<T> question, CommandEffect effect);
     static Task<Target> session(Self self, Choice choice);
+    static Task<void> awaitRoom(Self self);
+    void announceRoom();
     static Task<void> bringUp(Self self, Set set, Role role);
     static Task<void> bringUpSpare(Self self, Set set);
     static Task<void> connectSession(Self self, Set set, Role role);
@@ -195,6 +203,7 @@ private:
     std::optional<Replacement> replacement; ///< the last one
     /// Sessions of connections that were replaced while they carried work.
     std::vector<std::weak_ptr<RemoteShell>> leftBehind;
+    std::vector<std::shared_ptr<Completion<bool>>> waitingForRoom; ///< long work that waits for its turn
     std::uint64_t lastAsked = 0;
     int connectionsBeside = 0;
     UpdateFanOut<HostStatus> subscribers;
@@ -221,6 +230,35 @@ public:
 private:
     Self const self;
     std::uint64_t number = 0; ///< 0: no request has it
+};
+
+class HostSessions::Carried {
+public:
+    Carried(Self sessions, Set carrying, Role by, Choice choice)
+        : self(std::move(sessions)), set(std::move(carrying)), role(by), isLong(choice == Choice::longWork)
+    {
+        auto &load = set->loadOf(role);
+        ++load.requests;
+        load.longOnes += isLong ? 1 : 0;
+    }
+
+    ~Carried()
+    {
+        auto &load = set->loadOf(role);
+        --load.requests;
+        load.longOnes -= isLong ? 1 : 0;
+        if (isLong)
+            self->announceRoom();
+    }
+
+    Carried(Carried const &) = delete;
+    Carried &operator=(Carried const &) = delete;
+
+private:
+    Self const self;
+    Set const set;
+    Role const role;
+    bool const isLong;
 };
 
 template <class T>

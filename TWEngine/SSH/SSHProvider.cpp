@@ -34,6 +34,8 @@ HostSessions::Choice choiceOf(CommandSession session)
         return HostSessions::Choice::background;
     case CommandSession::work:
         return HostSessions::Choice::work;
+    case CommandSession::longWork:
+        return HostSessions::Choice::longWork;
     }
     bug("no such session");
 }

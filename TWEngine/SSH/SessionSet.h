@@ -21,7 +21,8 @@ public:
     using Role = HostLife::Role;
     using Shell = std::shared_ptr<RemoteShell>;
 
-    static constexpr std::array roles{Role::first, Role::background, Role::work, Role::spare};
+    static constexpr std::array roles{Role::first,      Role::background, Role::work,
+                                      Role::secondWork, Role::thirdWork,  Role::spare};
 
     /// Makes the session that begins in `role`. `place` is what `roleOf` is asked for later.
     using Maker = std::function<Shell(Role role, std::size_t place)>;
@@ -53,6 +54,10 @@ public:
     /// The connecting of a session, or of its last time.
     std::optional<SharedTask<void>> &comingUp(Role role) { return coming.at(index(role)); }
 
+    HostLife::Busy busy() const { return {.isFirstHeldUp = shell(Role::first)->isHeldUp(), .work = loads}; }
+
+    HostLife::Load &loadOf(Role workRole) { return loads.at(HostLife::workIndex(workRole)); }
+
     RemoteShellOptions const options;
 
 private:
@@ -61,6 +66,7 @@ private:
     std::array<Shell, roles.size()> shells;
     std::array<Role, roles.size()> standing = roles;
     std::array<std::optional<SharedTask<void>>, roles.size()> coming;
+    std::array<HostLife::Load, HostLife::workRoles.size()> loads = {};
 };
 
 } // namespace tw

@@ -10,7 +10,7 @@ namespace tw::HostWork {
 
 namespace {
 
-/// A host that does not answer must not hold a cancel; its work then goes on.
+/// A host that does not answer, and a program that does not end, must not hold a cancel; the work then goes on.
 constexpr std::chrono::seconds patienceWithEnd{5};
 
 /// Of a command that was sent: its answer, which one task waits for, and then that it is over.
@@ -41,6 +41,13 @@ Task<Ending> endOn(EngineRuntime *engine, std::shared_ptr<CommandHost> host, std
     co_return outcome.value->status == 0 ? Ending::isUnderWay : Ending::isNothing;
 }
 
+/// What the caller does about the remains goes over another session, and must come behind the last of the command.
+Task<void> awaitEnd(EngineRuntime *engine, Sent sent)
+{
+    auto ended = Completion<bool>::wait(sent.over);
+    co_await outcomeOf(withTimeOut(engine->clock(), patienceWithEnd, std::move(ended)).withStop({}));
+}
+
 /// The answer of a command and its end may cross.
 Task<void> forgetWhenOver(std::shared_ptr<CommandHost> host, std::string token, Sent sent)
 {
@@ -61,7 +68,9 @@ Task<CommandResult> runSent(EngineRuntime *engine, std::shared_ptr<CommandHost> 
         auto const ending = co_await endOn(engine, host, token);
         if (ending == Ending::noAnswer)
             stopSending.request_stop();
-        if (ending != Ending::isUnderWay)
+        if (ending == Ending::isUnderWay)
+            co_await awaitEnd(engine, sent);
+        else
             spawn({context.executor, {}}, forgetWhenOver(host, token, sent));
     }
     co_return outcome.take();
@@ -70,10 +79,9 @@ Task<CommandResult> runSent(EngineRuntime *engine, std::shared_ptr<CommandHost> 
 } // namespace
 
 Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
-                        CommandEffect effect, std::chrono::seconds limit)
+                        CommandEffect effect, std::chrono::seconds limit, CommandSession session)
 {
-    auto sending =
-        host->runCommand({.text = std::move(text), .session = CommandSession::work, .effect = effect, .limit = limit});
+    auto sending = host->runCommand({.text = std::move(text), .session = session, .effect = effect, .limit = limit});
     return runSent(&engine, std::move(host), std::move(token), std::move(sending));
 }
 

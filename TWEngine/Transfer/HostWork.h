@@ -12,14 +12,14 @@ namespace HostWork {
 /// Work within a host may take long, and nobody sees it grow.
 inline constexpr std::chrono::seconds longestWork{3600};
 
-/// `text` is a command that `EndableCommand::end(token)` ends, or one of a Windows host, which cannot be ended. It runs
-/// in the work session.
+/// `text` is a command that `EndableCommand::end(token)` ends, or one of a Windows host, which cannot be ended.
 ///
-/// Cancellation: ends the command on the host, by a command in another session, and throws Cancelled. The answer is not
-/// waited for: the session gives it when the command has ended.
+/// Cancellation: ends the command on the host, by a command in another session, and throws Cancelled. A command that is
+/// under way has ended by then, unless it does not end within some seconds.
 /// Errors: what `CommandHost::runCommand` throws.
 Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
-                        CommandEffect effect = CommandEffect::changes, std::chrono::seconds limit = longestWork);
+                        CommandEffect effect = CommandEffect::changes, std::chrono::seconds limit = longestWork,
+                        CommandSession session = CommandSession::longWork);
 
 /// The same for a command that is sent in another way, with its answer as the result of `sending`. That is stopped only
 /// if the host does not answer; otherwise it goes on until the command has ended.

@@ -42,7 +42,7 @@ Task<void> measureThere(TransferWork::Shared work)
     while (!left.empty()) {
         auto const some = FileCommands::fittingFront(dialect, left);
         auto const result = co_await host->runCommand({.text = TransferCommands::measureThere(dialect, some),
-                                                       .session = CommandSession::work,
+                                                       .session = CommandSession::longWork,
                                                        .limit = FileCommands::measureLimit});
         sum += Measure::parse(dialect, result.output);
         left = left.subspan(some.size());

@@ -79,7 +79,7 @@ TEST_F(HostFilesTest, measuringChangesNothingAndIgnoresTheStatus)
 {
     EXPECT_EQ(answer(HostFiles::totalSize(host, {"/a"}), {.output = "3\n", .status = 1}), 3072);
     auto const &command = host->runs.back().command;
-    EXPECT_EQ(command.session, CommandSession::work);
+    EXPECT_EQ(command.session, CommandSession::longWork);
     EXPECT_EQ(command.effect, CommandEffect::none);
     EXPECT_EQ(command.limit, 120s);
 }

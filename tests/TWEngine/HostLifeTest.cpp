@@ -34,6 +34,8 @@ Order replacing(OrderKind kind, std::uint64_t number)
     return {.kind = kind, .number = number};
 }
 
+constexpr HostLife::Busy heldUp{.isFirstHeldUp = true};
+
 /// A host, and a clock that the test moves.
 class HostLifeTest : public testing::Test {
 protected:
@@ -217,12 +219,12 @@ TEST_F(HostLifeTest, whatComesFromAnAttemptThatHasEndedHasNoEffect)
 TEST_F(HostLifeTest, eachKindOfRequestHasItsSession)
 {
     comeUp();
-    EXPECT_EQ(life.route(Choice::interactive, false), (Route{Role::first, true}));
-    EXPECT_EQ(life.route(Choice::background, false), (Route{Role::background, false}));
-    EXPECT_EQ(life.route(Choice::backgroundIfReady, false), (Route{Role::background, false}));
-    EXPECT_EQ(life.route(Choice::work, false), (Route{Role::work, false}));
+    EXPECT_EQ(life.route(Choice::interactive, {}), (Route{Role::first, true}));
+    EXPECT_EQ(life.route(Choice::background, {}), (Route{Role::background, false}));
+    EXPECT_EQ(life.route(Choice::backgroundIfReady, {}), (Route{Role::background, false}));
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::work, false}));
     life.sessionUp(Role::work);
-    EXPECT_EQ(life.route(Choice::work, false), (Route{Role::work, true}));
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::work, true}));
 }
 
 TEST_F(HostLifeTest, aHostThatRefusesASessionServesItsRequestsOverTheFirst)
@@ -230,10 +232,65 @@ TEST_F(HostLifeTest, aHostThatRefusesASessionServesItsRequestsOverTheFirst)
     comeUp();
     for (auto const role : {Role::background, Role::work, Role::spare})
         life.sessionRefused(role);
-    EXPECT_EQ(life.route(Choice::interactive, true), (Route{Role::first, true}));
-    EXPECT_EQ(life.route(Choice::backgroundIfReady, false), (Route{Role::first, true}));
-    EXPECT_EQ(life.route(Choice::work, false), (Route{Role::first, true}));
-    EXPECT_EQ(life.route(Choice::background, false), (Route{Role::background, true})) << "and fails there";
+    EXPECT_EQ(life.route(Choice::interactive, heldUp), (Route{Role::first, true}));
+    EXPECT_EQ(life.route(Choice::backgroundIfReady, {}), (Route{Role::first, true}));
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::first, true}));
+    EXPECT_EQ(life.route(Choice::background, {}), (Route{Role::background, true})) << "and fails there";
+}
+
+// The load of the sessions for work.
+
+constexpr HostLife::Load oneShort{.requests = 1};
+constexpr HostLife::Load oneLong{.requests = 1, .longOnes = 1};
+
+TEST_F(HostLifeTest, workFindsASessionThatIsIdle)
+{
+    comeUp();
+    for (auto const role : HostLife::workRoles)
+        life.sessionUp(role);
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::work, true})) << "always the same, which is warm";
+    EXPECT_EQ(life.route(Choice::work, {.work = {oneLong}}), (Route{Role::secondWork, true}));
+    EXPECT_EQ(life.route(Choice::longWork, {.work = {oneShort, oneLong}}), (Route{Role::thirdWork, true}));
+}
+
+TEST_F(HostLifeTest, anotherWorkSessionIsConnectedWhenAllAreBusy)
+{
+    comeUp();
+    life.sessionUp(Role::work);
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::work, true}));
+    EXPECT_EQ(life.route(Choice::work, {.work = {oneShort}}), (Route{Role::secondWork, false}));
+    EXPECT_EQ(life.route(Choice::longWork, {.work = {oneLong}}), (Route{Role::secondWork, false}));
+}
+
+TEST_F(HostLifeTest, whereAllAreBusyWorkGoesToTheOneThatIsLeastSo)
+{
+    comeUp();
+    for (auto const role : HostLife::workRoles)
+        life.sessionUp(role);
+    EXPECT_EQ(life.route(Choice::work, {.work = {oneLong, {.requests = 3}, oneLong}}), (Route{Role::secondWork, true}));
+    EXPECT_EQ(life.route(Choice::work, {.work = {HostLife::Load{.requests = 2}, oneShort, oneShort}}),
+              (Route{Role::secondWork, true}));
+    EXPECT_EQ(life.route(Choice::longWork, {.work = {oneShort, oneLong, oneShort}}), (Route{Role::work, true}));
+}
+
+TEST_F(HostLifeTest, longWorkLeavesOneSessionToTheOther)
+{
+    comeUp();
+    EXPECT_TRUE(life.route(Choice::longWork, {.work = {oneLong, oneLong}}).hasToWait);
+    for (auto const role : HostLife::workRoles)
+        life.sessionUp(role);
+    EXPECT_TRUE(life.route(Choice::longWork, {.work = {oneLong, {}, oneLong}}).hasToWait);
+    EXPECT_EQ(life.route(Choice::work, {.work = {oneLong, {}, oneLong}}), (Route{Role::secondWork, true}));
+}
+
+TEST_F(HostLifeTest, aHostThatRefusesAWorkSessionDoesItsWorkInThoseThatThereAre)
+{
+    comeUp();
+    life.sessionUp(Role::work);
+    life.sessionRefused(Role::secondWork);
+    EXPECT_EQ(life.route(Choice::work, {.work = {oneLong}}), (Route{Role::work, true}));
+    EXPECT_TRUE(life.route(Choice::longWork, {.work = {oneLong}}).hasToWait);
+    EXPECT_EQ(life.route(Choice::longWork, {.work = {oneShort}}), (Route{Role::work, true}));
 }
 
 TEST_F(HostLifeTest, aNewConnectionKnowsNothingOfTheSessionsBefore)
@@ -242,7 +299,7 @@ TEST_F(HostLifeTest, aNewConnectionKnowsNothingOfTheSessionsBefore)
     life.sessionRefused(Role::work);
     life.sessionLost(Role::first, 1, now);
     comeUp();
-    EXPECT_EQ(life.route(Choice::work, false), (Route{Role::work, false}));
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::work, false}));
 }
 
 TEST_F(HostLifeTest, theLossOfTheFirstSessionIsThatOfTheHost)
@@ -250,7 +307,7 @@ TEST_F(HostLifeTest, theLossOfTheFirstSessionIsThatOfTheHost)
     comeUp();
     life.sessionLost(Role::work, 1, now);
     EXPECT_EQ(phase(), Phase::up);
-    EXPECT_EQ(life.route(Choice::work, false), (Route{Role::work, false}));
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::work, false}));
     life.sessionLost(Role::first, 1, now);
     EXPECT_EQ(phase(), Phase::lost);
     EXPECT_THAT(want(), ElementsAre(begin(2)));
@@ -289,12 +346,12 @@ TEST_F(HostLifeTest, aLossThatIsLearntOfLateIsNotThatOfTheNextConnection)
 TEST_F(HostLifeTest, behindAListingThatNobodyWaitsForTheSpareSessionIsUsed)
 {
     comeUp();
-    EXPECT_EQ(life.route(Choice::interactive, true), (Route{Role::spare, false}));
+    EXPECT_EQ(life.route(Choice::interactive, heldUp), (Route{Role::spare, false}));
     life.sessionUp(Role::spare);
-    EXPECT_EQ(life.route(Choice::interactive, true), (Route{Role::spare, true}));
+    EXPECT_EQ(life.route(Choice::interactive, heldUp), (Route{Role::spare, true}));
     life.spareTookOver();
-    EXPECT_EQ(life.route(Choice::interactive, false), (Route{Role::first, true}));
-    EXPECT_EQ(life.route(Choice::interactive, true), (Route{Role::spare, false}));
+    EXPECT_EQ(life.route(Choice::interactive, {}), (Route{Role::first, true}));
+    EXPECT_EQ(life.route(Choice::interactive, heldUp), (Route{Role::spare, false}));
     life.sessionLost(Role::first, 1, now);
     EXPECT_EQ(phase(), Phase::up) << "the old session has ended, not the new one";
 }
@@ -303,9 +360,9 @@ TEST_F(HostLifeTest, aSessionWithAChangingCommandIsNotEndedForAnotherRequest)
 {
     comeUp();
     life.asked(1, false, now);
-    EXPECT_EQ(life.route(Choice::interactive, true), (Route{Role::first, true}));
+    EXPECT_EQ(life.route(Choice::interactive, heldUp), (Route{Role::first, true}));
     life.settled(1);
-    EXPECT_EQ(life.route(Choice::interactive, true).role, Role::spare);
+    EXPECT_EQ(life.route(Choice::interactive, heldUp).role, Role::spare);
 }
 
 TEST_F(HostLifeTest, theSpareSessionBeginsWhenAnAnswerIsLate)
@@ -375,7 +432,7 @@ TEST_F(HostLifeTest, theNewConnectionTakesThePlaceOfTheSilentOne)
     EXPECT_THAT(life.replacementUp(1, now), ElementsAre(replacing(OrderKind::replace, 1)));
     EXPECT_EQ(phase(), Phase::up);
     EXPECT_EQ(life.generation(), 2U);
-    EXPECT_EQ(life.route(Choice::work, false), (Route{Role::work, false}));
+    EXPECT_EQ(life.route(Choice::work, {}), (Route{Role::work, false}));
 }
 
 TEST_F(HostLifeTest, aConnectionBesideThatFailsIsTriedAgainAsLongAsSomebodyWaits)

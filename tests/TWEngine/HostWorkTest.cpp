@@ -53,12 +53,13 @@ protected:
     std::shared_ptr<FakeCommandHost> host = std::make_shared<FakeCommandHost>();
 };
 
-TEST_F(HostWorkTest, aCommandThatWasEndedCleansUpItself)
+TEST_F(HostWorkTest, aCommandThatWasEndedIsOverWhenItsCallerGoesOnAndCleansUpItself)
 {
     auto const running = startAndStop();
     answer(1, 0);
-    expectCancelled(running);
+    EXPECT_FALSE(running.isDone()) << "it may still be ending";
     answer(0, 143);
+    expectCancelled(running);
     EXPECT_EQ(host->runs.size(), 2U);
 }
 

@@ -142,6 +142,36 @@ TEST_F(SSHProviderSessionsTest, aHostThatRefusesASessionForWorkDoesItsWorkInTheF
     EXPECT_EQ(shellOf(provider, work), shellOf(provider, interactive));
 }
 
+TEST_F(SSHProviderSessionsTest, workThatWaitsForItsTurnEndsWithADisconnect)
+{
+    Gate const gate;
+    auto const provider = connected();
+    std::vector<Started<CommandResult>> copies;
+    for (auto const *const command : {"first", "second", "third"})
+        copies.push_back(loop.start(provider->runCommand(
+            {.text = "touch '" + folder.path(command) + "'; " + gate.waiting(), .session = longWork})));
+    loop.runUntil([&] { return run(provider, "ls '" + folder.path() + "'") == "first\nsecond\n"; });
+    loop.run(provider->disconnect());
+    EXPECT_EQ(failureOf(copies.back()), "disconnected: shut down");
+    EXPECT_FALSE(std::filesystem::exists(folder.path("third")));
+}
+
+TEST_F(SSHProviderSessionsTest, aHostThatRefusesAnotherSessionForWorkDoesItBehindTheFirst)
+{
+    Gate const gate;
+    auto const provider = connected();
+    auto const shell = shellOf(provider, work);
+    standIn.behave({.fault = StandInSSH::Fault::refuse, .message = "no more sessions"});
+    std::vector copies{change(provider, gate.waiting())};
+    for (auto const session : {longWork, work})
+        copies.push_back(loop.start(provider->runCommand({.text = "echo $$", .session = session})));
+    gate.open();
+    for (auto const &copy : copies)
+        finish(copy);
+    EXPECT_EQ(copies[1].value().output, shell);
+    EXPECT_EQ(copies[2].value().output, shell);
+}
+
 TEST_F(SSHProviderSessionsTest, aChangeThatIsUnderWayAtADisconnectMayBeDone)
 {
     Gate const gate;
@@ -167,6 +197,58 @@ TEST_F(SSHProviderSessionsTest, aSessionKeepsItsNonceAndEachHasItsOwn)
     loop.run(provider->disconnect());
     loop.run(provider->connect());
     EXPECT_EQ(nonces(), first);
+}
+
+/// A host whose cp notes that it has begun, and waits until the test lets it go on.
+class LongWorkTest : public SSHProviderTest {
+protected:
+    LongWorkTest()
+    {
+        auto const cp =
+            tools.file("cp", "#!/bin/sh\necho >>" + begun + "\n" + gate.waiting() + "\nexec /bin/cp \"$@\"\n");
+        EXPECT_EQ(::chmod(cp.c_str(), 0755), 0);
+        reach(
+            {.loginScript = "#!/bin/sh\nPATH=" + tools.path() + ":$PATH exec /bin/sh -c \"$SSH_ORIGINAL_COMMAND\"\n"});
+        provider = connected();
+    }
+
+    Started<void> copy(std::string const &name)
+    {
+        return loop.start(provider->copyOnRemote({folder.file(name, name)}, local.path(), std::chrono::hours(1)));
+    }
+
+    void waitForBegun(std::size_t count)
+    {
+        while (!std::filesystem::exists(begun) || std::filesystem::file_size(begun) < count)
+            loop.run(engine.clock()->sleep(std::chrono::milliseconds(1)));
+    }
+
+    TemporaryFolder tools;
+    std::string const begun = tools.path("begun");
+    Gate gate;
+    Provider provider;
+};
+
+TEST_F(LongWorkTest, twoLongCopiesHoldUpNoShortWorkAndTheThirdWaitsForThem)
+{
+    std::vector copies{copy("a"), copy("b")};
+    waitForBegun(2);
+    copies.push_back(copy("c"));
+    loop.run(provider->makeDirectory(folder.path("new")));
+    loop.run(provider->rename(folder.path("new"), folder.path("renamed")));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.path("renamed")));
+    loop.run(provider->remove({folder.path("renamed")}));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("renamed")));
+    EXPECT_EQ(std::filesystem::file_size(begun), 2U);
+    for (auto const *const name : {"a", "b", "c"})
+        EXPECT_FALSE(std::filesystem::exists(local.path(name)));
+    for (auto const done : {1, 2, 3}) {
+        gate.open();
+        loop.runUntil([&] { return std::ranges::count_if(copies, &Started<void>::isDone) == done; });
+    }
+    for (auto const &each : copies)
+        EXPECT_EQ(failureOf(each), "it succeeded");
+    EXPECT_EQ(contentOf(local.path("c")), "c");
 }
 
 /// What is lost between is lost on a real line.
