@@ -33,7 +33,8 @@ struct HostCommand {
     CommandSession session = CommandSession::interactive;
     CommandEffect effect = CommandEffect::none;
     CommandOnLoss onLoss = CommandOnLoss::connects;
-    /// How long the command may take; without a limit, the default of the session holds.
+    /// How long a command that changes nothing may take; without a limit, the default of the session holds. A late
+    /// answer of one that changes something counts: the host is as it says.
     std::optional<std::chrono::duration<double>> limit = {};
 };
 

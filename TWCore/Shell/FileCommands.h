@@ -15,8 +15,8 @@ namespace tw::FileCommands {
 
 using Paths = std::span<std::string const>;
 
-/// How long deleting and renaming may take: a large tree, or a move from one disk to another.
-inline constexpr std::chrono::seconds changeLimit{300};
+/// How long a host may take to put what it has in memory on its disk.
+inline constexpr std::chrono::seconds syncLimit{300};
 
 /// How long measuring may take; nobody waits longer for a total.
 inline constexpr std::chrono::seconds measureLimit{120};

@@ -56,11 +56,7 @@ Saved savedNow(std::string const &path)
 Task<CommandResult> run(Provider place, std::string command, CommandEffect effect, CommandSession session)
 {
     auto const host = std::dynamic_pointer_cast<CommandHost>(place);
-    auto result = co_await host->runCommand(
-        {.text = std::move(command),
-         .session = session,
-         .effect = effect,
-         .limit = session == CommandSession::work ? std::optional(FileCommands::changeLimit) : std::nullopt});
+    auto result = co_await host->runCommand({.text = std::move(command), .session = session, .effect = effect});
     co_return result;
 }
 

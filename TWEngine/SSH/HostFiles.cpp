@@ -25,7 +25,6 @@ struct Change {
     std::string operation;
     std::string path;
     std::string command;
-    std::optional<std::chrono::duration<double>> limit = {};
 };
 
 [[noreturn]] void fail(Change const &change, CommandResult const &result)
@@ -37,10 +36,7 @@ struct Change {
 
 Task<CommandResult> send(Host host, Change change, CommandSession session = CommandSession::work)
 {
-    return host->runCommand({.text = std::move(change.command),
-                             .session = session,
-                             .effect = CommandEffect::changes,
-                             .limit = change.limit});
+    return host->runCommand({.text = std::move(change.command), .session = session, .effect = CommandEffect::changes});
 }
 
 /// What follows from a command with an effect: its result, or nothing if the connection was lost meanwhile.
@@ -117,11 +113,11 @@ Task<void> removeOn(EngineRuntime *engine, Host host, Paths paths, LockedFolders
     auto const dialect = co_await host->dialect();
     while (!paths.empty()) {
         auto const some = takeFront(paths, FileCommands::fittingRequest(dialect, paths).size());
-        Change change{"delete", some.front(), FileCommands::remove(dialect, some, locked), FileCommands::changeLimit};
+        Change change{"delete", some.front(), FileCommands::remove(dialect, some, locked)};
         auto const token = randomDigits(16);
         auto sending = dialect == ShellDialect::posix
                            ? HostWork::run(*engine, host, token, EndableCommand::text(token, "rm", change.command),
-                                           CommandEffect::changes, FileCommands::changeLimit, CommandSession::work)
+                                           CommandEffect::changes, {}, CommandSession::work)
                            : send(host, change);
         auto const result = co_await resultIfKnown(std::move(sending));
         if (result && result->status != 0)
@@ -164,7 +160,7 @@ Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves)
     auto const dialect = co_await host->dialect();
     while (!moves.empty()) {
         auto const some = takeFront(moves, MoveCommand::fittingFront(dialect, moves).size());
-        Change change{"rename", some.front().from, MoveCommand::text(dialect, some), FileCommands::changeLimit};
+        Change change{"rename", some.front().from, MoveCommand::text(dialect, some)};
         auto const result = co_await resultIfKnown(send(host, change));
         if (result && result->status == 0)
             continue;
@@ -195,14 +191,14 @@ Task<FolderFacts> factsAbout(Host host, std::string folder, std::vector<std::str
     co_return *std::move(all);
 }
 
-Task<void> copy(Host host, Paths from, std::string to, std::chrono::duration<double> limit)
+Task<void> copy(Host host, Paths from, std::string to)
 {
     if (from.empty())
         co_return;
     auto const dialect = co_await host->dialect();
     while (!from.empty()) {
         auto const some = takeFitting(dialect, from);
-        Change const change{"copy", some.front(), FileCommands::copy(dialect, some, to), limit};
+        Change const change{"copy", some.front(), FileCommands::copy(dialect, some, to)};
         auto const result = co_await send(host, change, CommandSession::longWork);
         if (result.status != 0)
             fail(change, result);
@@ -216,7 +212,7 @@ Task<void> sync(Host host, std::string folder)
     if (command.empty())
         co_return;
     auto const result = co_await host->runCommand(
-        {.text = std::move(command), .session = CommandSession::longWork, .limit = FileCommands::changeLimit});
+        {.text = std::move(command), .session = CommandSession::longWork, .limit = FileCommands::syncLimit});
     if (result.status != 0)
         fail({.operation = "writing", .path = folder, .command = {}}, result);
 }

@@ -44,8 +44,8 @@ Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves);
 /// What is in the way of writing `names` into `folder`, asked in the interactive session: a person waits for it.
 Task<FolderFacts> factsAbout(Host host, std::string folder, std::vector<std::string> names);
 
-/// Copies into the folder `to` on the host, within `limit` for each command.
-Task<void> copy(Host host, Paths from, std::string to, std::chrono::duration<double> limit);
+/// Copies into the folder `to` on the host.
+Task<void> copy(Host host, Paths from, std::string to);
 
 /// Ends when what was written in `folder` is on its disk.
 Task<void> sync(Host host, std::string folder);

@@ -43,10 +43,6 @@ void HostSessions::failAsLost(std::exception_ptr const &failure) const
         std::rethrow_exception(failure);
     } catch (RemoteShellError::Disconnected const &) {
         throw RemoteShellError::OutcomeUnknown(host);
-    } catch (RemoteShellError::TimedOut const &late) {
-        if (late.session == RemoteShellError::TimedOut::Session::ended)
-            throw RemoteShellError::OutcomeUnknown(host);
-        throw;
     }
 }
 

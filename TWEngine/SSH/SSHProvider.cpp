@@ -228,7 +228,7 @@ Task<CommandResult> SSHProvider::runCommand(HostCommand command)
     return onStrand(strand, sessions->asking<CommandResult>(
                                 choice,
                                 [command = std::move(command)](RemoteShell &shell) {
-                                    return shell.run(command.text, command.limit);
+                                    return shell.run(command.text, command.limit, command.effect);
                                 },
                                 effect, onLoss));
 }
@@ -268,9 +268,9 @@ Task<void> SSHProvider::sync(std::string folder)
     return HostFiles::sync(shared_from_this(), std::move(folder));
 }
 
-Task<void> SSHProvider::copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit)
+Task<void> SSHProvider::copyOnRemote(std::vector<std::string> from, std::string to)
 {
-    return HostFiles::copy(shared_from_this(), std::move(from), std::move(to), limit);
+    return HostFiles::copy(shared_from_this(), std::move(from), std::move(to));
 }
 
 Task<std::int64_t> SSHProvider::totalSize(std::vector<std::string> paths)

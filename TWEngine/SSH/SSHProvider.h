@@ -97,7 +97,7 @@ public:
     /// Uses an ssh client of its own, since the list of a large tree is more than a session keeps. For POSIX hosts.
     Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;
 
-    Task<void> copyOnRemote(std::vector<std::string> from, std::string to, std::chrono::duration<double> limit);
+    Task<void> copyOnRemote(std::vector<std::string> from, std::string to);
     Task<std::int64_t> totalSize(std::vector<std::string> paths);
 
     /// See HostSessions.

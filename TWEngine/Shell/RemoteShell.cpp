@@ -14,6 +14,7 @@
 
 #include <array>
 #include <cstdio>
+#include <limits>
 
 namespace tw {
 
@@ -265,8 +266,7 @@ Task<ListingResponse> RemoteShell::answerWithin(std::shared_ptr<Clock> clock, An
     auto const started = clock->steadyNow();
     auto outcome = co_await outcomeOf(Completion<ListingResponse>::wait(answer).withStop({}));
     if (clock->steadyNow() - started >= limit)
-        throw RemoteShellError::TimedOut(limit, outcome.failure ? RemoteShellError::TimedOut::Session::ended
-                                                                : RemoteShellError::TimedOut::Session::stillThere);
+        throw RemoteShellError::TimedOut(limit);
     co_return outcome.take();
 }
 
@@ -297,13 +297,15 @@ Task<std::int64_t> RemoteShell::fileSize(std::string path)
     return sizeIn(ask(ShellRequest::size(dialect, path), options.requestTimeout));
 }
 
-Task<CommandResult> RemoteShell::run(std::string command, std::optional<Seconds> limit)
+Task<CommandResult> RemoteShell::run(std::string command, std::optional<Seconds> limit, CommandEffect effect)
 {
     static constexpr auto resultIn = [](Task<ListingResponse> asked) -> Task<CommandResult> {
         auto const response = co_await std::move(asked);
         co_return CommandResult{.output = repaired(response.bytes), .status = response.status};
     };
-    return resultIn(ask(ShellRequest::run(dialect, command), limit.value_or(options.requestTimeout)));
+    constexpr Seconds noLimit(std::numeric_limits<double>::infinity());
+    auto const allowed = effect == CommandEffect::changes ? noLimit : limit.value_or(options.requestTimeout);
+    return resultIn(ask(ShellRequest::run(dialect, command), allowed));
 }
 
 Task<std::string> RemoteShell::readChunk(std::string path, std::int64_t offset, std::size_t length)

@@ -101,8 +101,10 @@ public:
     /// Bytes; 0 for a missing file.
     Task<std::int64_t> fileSize(std::string path);
 
-    /// Runs a command in a subshell of the session. Without `limit`, the limit of the options holds.
-    Task<CommandResult> run(std::string command, std::optional<Seconds> limit);
+    /// Runs a command in a subshell of the session. Without `limit`, the limit of the options holds. A command that
+    /// changes something has none.
+    Task<CommandResult> run(std::string command, std::optional<Seconds> limit,
+                            CommandEffect effect = CommandEffect::none);
 
     /// At most `length` bytes from `offset` on; none for an unreadable file.
     Task<std::string> readChunk(std::string path, std::int64_t offset, std::size_t length);

@@ -39,8 +39,8 @@ std::string RemoteShellError::Disconnected::plainText() const
     return "disconnected(detail: " + quoted(detail) + ")";
 }
 
-RemoteShellError::TimedOut::TimedOut(std::chrono::duration<double> after, Session whichIs)
-    : RemoteShellError("timed out after " + wholeSeconds(after) + "s"), limit(after), session(whichIs)
+RemoteShellError::TimedOut::TimedOut(std::chrono::duration<double> after)
+    : RemoteShellError("timed out after " + wholeSeconds(after) + "s"), limit(after)
 {
 }
 

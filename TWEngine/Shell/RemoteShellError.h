@@ -60,14 +60,11 @@ public:
 /// The answer took longer than was allowed.
 class RemoteShellError::TimedOut final : public RemoteShellError {
 public:
-    enum class Session { stillThere, ended };
-
-    TimedOut(std::chrono::duration<double> limit, Session session);
+    explicit TimedOut(std::chrono::duration<double> limit);
 
     std::string plainText() const override;
 
     std::chrono::duration<double> const limit;
-    Session const session; ///< ended: there was no answer at all
 };
 
 /// The connection was lost after a command was sent that changes something. Sending it again might do it twice.

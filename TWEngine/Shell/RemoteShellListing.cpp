@@ -73,8 +73,7 @@ Task<ListingResponse> RemoteShell::answerUnlessLeft(std::shared_ptr<RemoteShell>
         throw Cancelled();
     }
     if (self->clock->steadyNow() - started >= limit)
-        throw RemoteShellError::TimedOut(limit, outcome.failure ? RemoteShellError::TimedOut::Session::ended
-                                                                : RemoteShellError::TimedOut::Session::stillThere);
+        throw RemoteShellError::TimedOut(limit);
     co_return outcome.take();
 }
 

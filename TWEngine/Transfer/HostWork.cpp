@@ -79,7 +79,7 @@ Task<CommandResult> runSent(EngineRuntime *engine, std::shared_ptr<CommandHost> 
 } // namespace
 
 Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
-                        CommandEffect effect, std::chrono::seconds limit, CommandSession session)
+                        CommandEffect effect, std::optional<std::chrono::seconds> limit, CommandSession session)
 {
     auto sending = host->runCommand({.text = std::move(text), .session = session, .effect = effect, .limit = limit});
     return runSent(&engine, std::move(host), std::move(token), std::move(sending));

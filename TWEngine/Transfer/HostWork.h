@@ -9,16 +9,14 @@ class EngineRuntime;
 /// Runs a long command of an operation on a host, so that it can be ended.
 namespace HostWork {
 
-/// Work within a host may take long, and nobody sees it grow.
-inline constexpr std::chrono::seconds longestWork{3600};
-
-/// `text` is a command that `EndableCommand::end(token)` ends, or one of a Windows host, which cannot be ended.
+/// `text` is a command that `EndableCommand::end(token)` ends, or one of a Windows host, which cannot be ended. `limit`
+/// is for one that changes nothing, see HostCommand.
 ///
 /// Cancellation: ends the command on the host, by a command in another session, and throws Cancelled. A command that is
 /// under way has ended by then, unless it does not end within some seconds.
 /// Errors: what `CommandHost::runCommand` throws.
 Task<CommandResult> run(EngineRuntime &engine, std::shared_ptr<CommandHost> host, std::string token, std::string text,
-                        CommandEffect effect = CommandEffect::changes, std::chrono::seconds limit = longestWork,
+                        CommandEffect effect = CommandEffect::changes, std::optional<std::chrono::seconds> limit = {},
                         CommandSession session = CommandSession::longWork);
 
 /// The same for a command that is sent in another way, with its answer as the result of `sending`. That is stopped only

@@ -58,20 +58,18 @@ TEST_F(HostFilesTest, aChangeRunsInTheWorkSessionAndIsMarkedAsOne)
     EXPECT_EQ(command.text, "mkdir '/srv/new'");
     EXPECT_EQ(command.session, CommandSession::work);
     EXPECT_EQ(command.effect, CommandEffect::changes);
-    EXPECT_EQ(command.limit, std::nullopt);
 }
 
-TEST_F(HostFilesTest, deletingRenamingAndCopyingHaveTheirLimits)
+TEST_F(HostFilesTest, deletingRenamingAndCopyingAreChanges)
 {
     auto const deleting = commandOf(HostFiles::remove(engine, host, {"/a", "/b"}));
     EXPECT_THAT(deleting.text, testing::HasSubstr("\nrm -rf -- '/a' '/b'\n"));
-    EXPECT_EQ(deleting.limit, 300s);
+    EXPECT_EQ(deleting.effect, CommandEffect::changes);
     auto const renaming = commandOf(HostFiles::moveAll(host, {{"/a", "/b"}}));
     EXPECT_THAT(renaming.text, testing::EndsWith("tw_as '/a' '/b'\n"));
-    EXPECT_EQ(renaming.limit, 300s);
-    auto const copying = commandOf(HostFiles::copy(host, {"/a"}, "/b", 3600s));
+    EXPECT_EQ(renaming.effect, CommandEffect::changes);
+    auto const copying = commandOf(HostFiles::copy(host, {"/a"}, "/b"));
     EXPECT_EQ(copying.text, "cp -a -- '/a' '/b'/");
-    EXPECT_EQ(copying.limit, 3600s);
     EXPECT_EQ(copying.effect, CommandEffect::changes);
 }
 
@@ -95,7 +93,7 @@ TEST_F(HostFilesTest, anEmptyListSendsNothing)
 {
     loop.run(HostFiles::remove(engine, host, {}));
     loop.run(HostFiles::moveAll(host, {}));
-    loop.run(HostFiles::copy(host, {}, "/b", 1s));
+    loop.run(HostFiles::copy(host, {}, "/b"));
     EXPECT_EQ(loop.run(HostFiles::totalSize(host, {})), 0);
     EXPECT_TRUE(host->runs.empty());
 }
@@ -120,7 +118,7 @@ TEST_F(HostFilesTest, aFailureHasTheWordsOfTheHost)
     EXPECT_EQ(
         failureFor(HostFiles::moveAll(host, {{"/w", "/z"}, {"/x", "/y"}}), {.output = "mv: no\n1\n", .status = 1}),
         "rename failed on /x: mv: no");
-    EXPECT_EQ(failureFor(HostFiles::copy(host, {"/x", "/y"}, "/z", 1s), {.output = "cp: no", .status = 1}),
+    EXPECT_EQ(failureFor(HostFiles::copy(host, {"/x", "/y"}, "/z"), {.output = "cp: no", .status = 1}),
               "copy failed on /x: cp: no");
 }
 

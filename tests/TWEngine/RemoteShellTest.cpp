@@ -234,6 +234,21 @@ TEST_F(RemoteShellTest, aTimeOutIsToldWithItsLateAnswer)
     EXPECT_TRUE(stateOf(shell).isConnected);
 }
 
+TEST_F(RemoteShellTest, theLateAnswerOfAChangeIsItsAnswer)
+{
+    auto const manual = std::make_shared<ManualClock>();
+    clock = manual;
+    Gate const gate;
+    auto const shell = connected();
+    auto const late =
+        loop.start(shell->run(gate.waiting() + "; echo made", std::chrono::seconds(7), CommandEffect::changes));
+    loop.drain();
+    manual->advance(std::chrono::hours(2));
+    gate.open();
+    loop.runUntil([&] { return late.isDone(); });
+    EXPECT_EQ(late.value().output, "made\n");
+}
+
 TEST_F(RemoteShellTest, aRequestWithoutALimitHasThatOfTheSession)
 {
     auto const manual = std::make_shared<ManualClock>();

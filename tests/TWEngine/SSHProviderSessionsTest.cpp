@@ -214,7 +214,7 @@ protected:
 
     Started<void> copy(std::string const &name)
     {
-        return loop.start(provider->copyOnRemote({folder.file(name, name)}, local.path(), std::chrono::hours(1)));
+        return loop.start(provider->copyOnRemote({folder.file(name, name)}, local.path()));
     }
 
     void waitForBegun(std::size_t count)

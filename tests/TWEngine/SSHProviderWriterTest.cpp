@@ -142,7 +142,7 @@ TEST_F(SSHProviderWriterTest, pathsAreCopiedOnTheHost)
     folder.folder("from");
     folder.file("from/file", "content");
     auto const to = folder.folder("to it's");
-    loop.run(provider->copyOnRemote({folder.path("from")}, to, std::chrono::seconds(60)));
+    loop.run(provider->copyOnRemote({folder.path("from")}, to));
     EXPECT_TRUE(std::filesystem::exists(to + "/from/file"));
     EXPECT_TRUE(std::filesystem::exists(folder.path("from/file")));
 }

@@ -316,10 +316,7 @@ TEST_F(FolderWatcherTest, aHostThatIsAwayIsAskedAtTheSamePace)
 
 TEST_F(FolderWatcherTest, eachProbeThatGetsStuckDoublesTheWaitForTheNext)
 {
-    auto const stuck = [] {
-        return std::make_exception_ptr(
-            RemoteShellError::TimedOut(seconds(10), RemoteShellError::TimedOut::Session::ended));
-    };
+    auto const stuck = [] { return std::make_exception_ptr(RemoteShellError::TimedOut(seconds(10))); };
     watchHost();
     for (auto const wait : {seconds(6), seconds(12), seconds(24)}) {
         auto const before = probes();

@@ -90,7 +90,7 @@ TEST(HostWordingTest, aConnectionThatEndsHasItsSentence)
     auto const lost = noticeFor(RemoteShellError::Disconnected("client_loop: send disconnect: Broken pipe"));
     EXPECT_EQ(lost.text.english(), "The connection to web was lost. Retry connects again.");
     EXPECT_EQ(lost.details, "client_loop: send disconnect: Broken pipe\n");
-    EXPECT_EQ(textFor(TimedOut(std::chrono::seconds(60), TimedOut::Session::stillThere)),
+    EXPECT_EQ(textFor(TimedOut(std::chrono::seconds(60))),
               "No answer from web within 60 s. It may be busy; try again.");
     EXPECT_EQ(textFor(RemoteShellError::NotConnected()), "There is no connection to web. Retry makes one.");
 }

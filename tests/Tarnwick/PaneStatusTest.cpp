@@ -32,7 +32,7 @@ TEST(PaneStatusTest, anErrorInPartsReadsAsTheErrorItself)
         textsOf(LocalProviderError::CannotOpen("/a", EACCES)),
         textsOf(RemoteShellError::ConnectFailed("web", "no route to host")),
         textsOf(RemoteShellError::Disconnected("broken pipe")),
-        textsOf(RemoteShellError::TimedOut(std::chrono::seconds(15), RemoteShellError::TimedOut::Session::ended)),
+        textsOf(RemoteShellError::TimedOut(std::chrono::seconds(15))),
         textsOf(RemoteShellError::OutcomeUnknown("web")),
         textsOf(RemoteShellError::NotConnected()),
         textsOf(std::runtime_error("100% of something else")),
@@ -46,9 +46,7 @@ TEST(PaneStatusTest, theErrorsOfAPaneHaveTheirWords)
     auto const words = [](auto const &error) { return PaneStatus::describe(std::make_exception_ptr(error)).english(); };
     EXPECT_EQ(words(RemoteShellError::ConnectFailed("web", "no route to host")), "cannot reach web: no route to host");
     EXPECT_EQ(words(RemoteShellError::Disconnected("broken pipe")), "disconnected: broken pipe");
-    EXPECT_EQ(words(RemoteShellError::TimedOut(std::chrono::milliseconds(15900),
-                                               RemoteShellError::TimedOut::Session::stillThere)),
-              "timed out after 15s");
+    EXPECT_EQ(words(RemoteShellError::TimedOut(std::chrono::milliseconds(15900))), "timed out after 15s");
     EXPECT_EQ(words(RemoteShellError::NotConnected()), "not connected");
     EXPECT_EQ(words(LocalProviderError::CannotOpen("/a", EACCES)), "/a: Permission denied");
     EXPECT_EQ(words(BrowserError::NotADirectory("/a")), "/a is not a directory");

@@ -58,7 +58,7 @@ std::vector<Text> formedTexts()
         described(BrowserError::NotADirectory("/a")),
         described(RemoteShellError::ConnectFailed("web", "no way")),
         described(RemoteShellError::Disconnected("no way")),
-        described(RemoteShellError::TimedOut(std::chrono::seconds(1), RemoteShellError::TimedOut::Session::ended)),
+        described(RemoteShellError::TimedOut(std::chrono::seconds(1))),
         described(RemoteShellError::OutcomeUnknown("web")),
         described(RemoteShellError::NotConnected()),
     };
