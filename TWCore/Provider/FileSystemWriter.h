@@ -34,7 +34,7 @@ public:
 
     /// Moves within this provider, in order and in as few requests as possible. Throws the first failure; earlier moves
     /// stay done, and on a host some of the next ones may be done too. An existing target is an error, as with
-    /// `rename`. What leads to another file system is FileOperationError::OtherFileSystem, except on hosts, which copy.
+    /// `rename`. What leads to another file system is FileOperationError::OtherFileSystem; some hosts copy instead.
     virtual Task<void> moveAll(std::vector<Move> moves) = 0;
 
     /// Deletes each of the paths, and nothing can bring them back. A Windows host takes all folders for `stay`.

@@ -16,25 +16,46 @@ using Move = FileSystemWriter::Move;
 /// failure prints its words and, in a line of its own, how many moves were done before it.
 ///
 /// A folder that its owner cannot write to goes into no other folder. It gets that right for the move (`tw_locked`).
+///
+/// Linux takes two mounts of one disk for two file systems, and a layered one may copy too. A copy has another inode,
+/// and the kind, rights, time and size of its original (`tw_same`); of a folder, the size is that of its own list.
 constexpr std::string_view functions = R"sh(tw_n=0
 tw_end() { printf '%s\n%s\n' "${1:-it was not moved}" "$tw_n"; exit 1; }
 tw_there() { [ -e "$1" ] || [ -L "$1" ]; }
-tw_id() { stat -c %d:%i -- "$@" 2>/dev/null || stat -f %d:%i -- "$@" 2>/dev/null; }
-tw_same() { [ "$1" = "$2" ] || [ "${1%%:*}" != "${2%%:*}" ] || tw_end 'another file has taken the name'; }
+tw_id() { stat -c %d:%i:%f:%Y:%s -- "$@" 2>/dev/null || stat -f %d:%i:%Xp:%m:%z -- "$@" 2>/dev/null; }
+tw_same() {
+  local old=${1#*:*:} new=${2#*:*:}
+  case $old in 4???:*) old=${old%:*} new=${new%:*} ;; esac
+  [ "${1%:*:*:*}" = "${2%:*:*:*}" ] || [ "${1%%:*}" != "${2%%:*}" ] || [ "$old" = "$new" ] ||
+    tw_end 'another file has taken the name'
+}
+tw_mount() {
+  { while read -r key value; do [ "$key" != mnt_id: ] || echo "$value"; done; } 9<"$1" </proc/self/fdinfo/9
+} 2>/dev/null
+tw_apart() {
+  local from to
+  from=$(tw_mount "$1") to=$(tw_mount "$2")
+  if [ -n "$from" ] && [ -n "$to" ] && [ "$from" != "$to" ]; then
+    printf 'another file system\n%s\n' "$tw_n"
+    exit 18
+  fi
+}
 tw_help=$(mv --help 2>&1)
 case $tw_help in *[[:space:]]-n*) tw_keep=-n ;; *) tw_keep= ;; esac
 case $tw_help in *[[:space:]]-T*) tw_plain=-T ;; *) tw_plain= ;; esac
 tw_locked() {
-  local id
+  local id now
   tw_there "$1" && ! tw_there "$2" && [ -n "$(find "$1" -prune -type d ! -perm -200 2>/dev/null)" ] || return
   id=$(tw_id "$1")
   chmod u+w "$1" 2>/dev/null || return
   said=$(mv $tw_plain $tw_keep -- "$1" "$2" 2>&1)
-  if tw_there "$1"; then chmod u-w "$1"; elif [ "$id" = "$(tw_id "$2")" ]; then chmod u-w "$2"; fi
+  now=$(tw_id "$2")
+  if tw_there "$1"; then chmod u-w "$1"; elif [ "${id%:*:*:*}" = "${now%:*:*:*}" ]; then chmod u-w "$2"; fi
 }
 tw_into() {
   local from=$1/ to=$2/ name words= said before after count=0
   shift 2
+  tw_apart "$from" "$to"
   cd -- "$from" || tw_end 'No such file or directory'
   for name do
     if ! [[ -e $name || -L $name ]]; then words='No such file or directory'; break; fi
@@ -60,6 +81,7 @@ tw_as() {
   local before said
   tw_there "$1" || tw_end 'No such file or directory'
   tw_there "$2" && tw_end 'File exists'
+  [ "${1%/*}" = "${2%/*}" ] || tw_apart "${1%/*}/" "${2%/*}/"
   before=$(tw_id "$1")
   said=$(mv $tw_plain $tw_keep -- "$1" "$2" 2>&1) || tw_locked "$1" "$2"
   if tw_there "$1" || ! tw_there "$2"; then tw_end "$said"; fi
@@ -87,6 +109,15 @@ Place placeOf(std::string_view path)
     return {path.substr(0, slash), path.substr(slash + 1)};
 }
 
+/// The names in a folder, as it spells them, are compared byte by byte.
+constexpr std::string_view spelling = R"sh(tw_found=1
+for name in * .*; do
+  [ "$name" != "$1" ] || exit 1
+  [ "$name" != "$2" ] || tw_found=0
+done
+exit $tw_found
+)sh";
+
 /// Whether the second move can be part of the program call of the first.
 ///
 /// To stat, a dash means its standard input.
@@ -107,8 +138,7 @@ std::size_t bytesOf(ShellDialect dialect, Move const &move)
 
 std::string single(Move const &move)
 {
-    auto const onlyCase = lowerCased(move.from) == lowerCased(move.to);
-    return (onlyCase ? "tw_recase " : "tw_as ") + quotePath(ShellDialect::posix, move.from) + ' ' +
+    return (changesOnlyCase(move) ? "tw_recase " : "tw_as ") + quotePath(ShellDialect::posix, move.from) + ' ' +
            quotePath(ShellDialect::posix, move.to) + '\n';
 }
 
@@ -138,9 +168,8 @@ std::string powerShellMove(Move const &move)
     auto const dialect = ShellDialect::powershell;
     auto const target = quotePath(dialect, move.to);
     // Windows takes both cases for one.
-    auto const refusal = lowerCased(move.from) == lowerCased(move.to)
-                             ? ""
-                             : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
+    auto const refusal =
+        changesOnlyCase(move) ? "" : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
     return refusal + "Move-Item -LiteralPath " + quotePath(dialect, move.from) + " -Destination " + target +
            " -Force -ErrorAction Stop";
 }
@@ -175,6 +204,20 @@ std::string text(ShellDialect dialect, Moves moves)
         moves = moves.subspan(count);
     }
     return request;
+}
+
+bool changesOnlyCase(Move const &move)
+{
+    return lowerCased(move.from) == lowerCased(move.to);
+}
+
+std::string isRespelled(Move const &move)
+{
+    auto const dialect = ShellDialect::posix;
+    auto const to = placeOf(move.to);
+    return "cd -- " + quotePath(dialect, std::string(to.folder) + '/') + " || exit 2\nset -- " +
+           quotePath(dialect, placeOf(move.from).name) + ' ' + quotePath(dialect, to.name) + '\n' +
+           std::string(spelling);
 }
 
 Failure failure(std::string_view output, std::size_t count)

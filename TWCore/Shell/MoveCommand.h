@@ -4,6 +4,7 @@
 #include "TWCore/Shell/ShellDialect.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,7 +16,10 @@
 /// Names that stay the same move together, as one program call for some thousands of them. So the first failure stops
 /// the request, but names behind it in the same call may have moved. A move counts as done only if the old name is gone
 /// and the new name is the same file: a program may report success although it has moved nothing, or moved into a
-/// folder that has just appeared. A file that goes to another disk becomes another file, and is looked for by its name.
+/// folder that has just appeared. Where the host copies, it is a file of the same kind, rights, time and size.
+///
+/// What leads to another mount fails with `otherFileSystem`: mv would copy, unseen and without an end. A host that does
+/// not say what its mounts are, such as one of BSD, copies to another disk.
 ///
 /// A target that exists is a failure, and both stay as they are; but the other case of the same name is no target on a
 /// file system that takes both for one.
@@ -27,6 +31,15 @@ using Moves = std::span<FileSystemWriter::Move const>;
 Moves fittingFront(ShellDialect dialect, Moves moves);
 
 std::string text(ShellDialect dialect, Moves moves);
+
+/// The status of a request that has stopped at a move to another file system. Of the moves before it, all are done.
+inline constexpr std::int32_t otherFileSystem = 18;
+
+/// Both names are one on a file system that takes both cases for one.
+bool changesOnlyCase(FileSystemWriter::Move const &move);
+
+/// A request whose status is 0 if the folder of both names lists the new one and not the old one. For POSIX hosts.
+std::string isRespelled(FileSystemWriter::Move const &move);
 
 struct Failure {
     std::size_t index = 0; ///< of the move that failed; those before it are done

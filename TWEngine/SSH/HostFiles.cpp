@@ -2,7 +2,6 @@
 
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Shell/EndableCommand.h"
 #include "TWCore/Shell/FileCommands.h"
@@ -55,8 +54,18 @@ std::string nameOf(std::string const &path)
     return path.substr(path.rfind('/') + 1);
 }
 
-/// Those of `paths` that exist, as the host sees it now. Throws OutcomeUnknown if it cannot be asked: it is asked after
-/// a change that the connection was lost over.
+/// The result of a question that is asked after a change over which the connection was lost. Throws OutcomeUnknown if
+/// the host cannot be asked.
+template <class T>
+Task<T> askedAfterLoss(Host host, Task<T> asking)
+{
+    auto outcome = co_await outcomeOf(std::move(asking));
+    if (outcome.failure)
+        throw RemoteShellError::OutcomeUnknown(host->host());
+    co_return *std::move(outcome.value);
+}
+
+/// Those of `paths` that exist, as the host sees it after a loss.
 Task<std::set<std::string>> existing(Host host, Paths paths)
 {
     std::map<std::string, Paths> namesByFolder;
@@ -64,10 +73,8 @@ Task<std::set<std::string>> existing(Host host, Paths paths)
         namesByFolder[parentOf(path)].push_back(nameOf(path));
     std::set<std::string> found;
     for (auto const &[folder, names] : namesByFolder) {
-        auto outcome = co_await outcomeOf(factsAbout(host, folder, names));
-        if (outcome.failure)
-            throw RemoteShellError::OutcomeUnknown(host->host());
-        for (auto const &taken : outcome.value->taken)
+        auto const facts = co_await askedAfterLoss(host, factsAbout(host, folder, names));
+        for (auto const &taken : facts.taken)
             found.insert((folder == "/" ? folder : folder + '/') + taken.name);
     }
     co_return found;
@@ -89,6 +96,14 @@ Paths takeFitting(ShellDialect dialect, Paths &paths)
     return takeFront(paths, FileCommands::fittingFront(dialect, paths).size());
 }
 
+/// Where both cases are one name, both are there before and after. What the folder lists tells them apart.
+Task<bool> isRespelled(Host host, FileSystemWriter::Move move)
+{
+    auto asking = host->runCommand({.text = MoveCommand::isRespelled(move)});
+    auto const answer = co_await askedAfterLoss(host, std::move(asking));
+    co_return answer.status == 0;
+}
+
 /// Throws for the first of the moves that the host has not made, after the connection was lost meanwhile.
 Task<void> requireMoved(Host host, std::vector<FileSystemWriter::Move> moves)
 {
@@ -99,9 +114,10 @@ Task<void> requireMoved(Host host, std::vector<FileSystemWriter::Move> moves)
     }
     auto const there = co_await existing(host, std::move(paths));
     for (auto const &move : moves) {
-        // Where both cases are one name, the old one is there as long as the new one.
-        auto const isGone = !there.contains(move.from) || lowerCased(move.from) == lowerCased(move.to);
-        if (!isGone || !there.contains(move.to))
+        auto hasMoved = !there.contains(move.from) && there.contains(move.to);
+        if (!hasMoved && there.contains(move.to) && MoveCommand::changesOnlyCase(move))
+            hasMoved = co_await isRespelled(host, move);
+        if (!hasMoved)
             throw FileOperationError::Failed("rename", move.from, "the connection was lost before it was moved");
     }
 }
@@ -145,8 +161,8 @@ Task<void> makeDirectory(Host host, std::string path)
         fail(change, *result);
     if (result)
         co_return;
-    auto const there = co_await existing(host, {path});
-    if (there.empty())
+    auto const facts = co_await askedAfterLoss(host, factsAbout(host, parentOf(path), {nameOf(path)}));
+    if (facts.taken.empty() || facts.taken.front().kind != EntryKind::directory)
         fail(change, {.output = "the connection was lost before the folder was made", .status = 0});
 }
 
@@ -170,6 +186,8 @@ Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves)
         }
         auto const failure = MoveCommand::failure(result->output, some.size());
         change.path = some[failure.index].from;
+        if (result->status == MoveCommand::otherFileSystem && dialect == ShellDialect::posix)
+            throw FileOperationError::OtherFileSystem(change.path);
         fail(change, {.output = failure.words, .status = result->status});
     }
 }

@@ -1,6 +1,8 @@
 #include "TWEngine/SSH/HostFiles.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "TWCore/Shell/FileCommands.h"
+#include "TWCore/Shell/MoveCommand.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "TWEngine/Shell/RemoteShellError.h"
 #include "tests/support/FakeCommandHost.h"
@@ -69,8 +71,19 @@ TEST_F(HostFilesTest, deletingRenamingAndCopyingAreChanges)
     EXPECT_THAT(renaming.text, testing::EndsWith("tw_as '/a' '/b'\n"));
     EXPECT_EQ(renaming.effect, CommandEffect::changes);
     auto const copying = commandOf(HostFiles::copy(host, {"/a"}, "/b"));
-    EXPECT_EQ(copying.text, "cp -a -- '/a' '/b'/");
+    EXPECT_EQ(copying.text, FileCommands::copy(ShellDialect::posix, std::vector<std::string>{"/a"}, "/b"));
     EXPECT_EQ(copying.effect, CommandEffect::changes);
+}
+
+TEST_F(HostFilesTest, aMoveThatLeadsToAnotherFileSystemIsForTheCallerToCopy)
+{
+    try {
+        answer(HostFiles::moveAll(host, {{"/a/x", "/b/x"}, {"/a/y", "/c/y"}}),
+               {.output = "another file system\n1\n", .status = MoveCommand::otherFileSystem});
+        FAIL() << "it has moved";
+    } catch (FileOperationError::OtherFileSystem const &failure) {
+        EXPECT_EQ(failure.path, "/a/y");
+    }
 }
 
 TEST_F(HostFilesTest, measuringChangesNothingAndIgnoresTheStatus)
@@ -164,15 +177,16 @@ TEST_F(HostFilesTest, aQuestionThatFailsIsNoAnswer)
 class LostHostFilesTest : public HostFilesTest {
 protected:
     /// Nothing if the change succeeds.
-    std::string failureOf(Task<void> change, std::vector<std::string> const &answers)
+    std::string failureOf(Task<void> change, std::vector<CommandResult> const &answers)
     {
+        auto const sent = host->runs.size();
         auto const changing = loop.start(std::move(change));
-        loop.runUntil([&] { return host->runs.size() == 1; });
+        loop.runUntil([&] { return host->runs.size() > sent; });
         host->runs.back().answer->fail(std::make_exception_ptr(RemoteShellError::OutcomeUnknown("box")));
         for (auto const &answer : answers) {
             auto const before = host->runs.size();
             loop.runUntil([&] { return host->runs.size() > before; });
-            host->runs.back().answer->succeed({.output = answer});
+            host->runs.back().answer->succeed(answer);
         }
         loop.runUntil([&] { return changing.isDone(); });
         try {
@@ -183,18 +197,24 @@ protected:
         return "";
     }
 
-    static std::string taken(std::string const &numbers)
+    static CommandResult taken(std::string const &numbers, std::string const &mode = "81a4")
     {
         auto answer = "folder\n2f0a\n1:2 \ntwo\ntaken" + numbers + "\n";
         for (auto const byte : numbers)
-            answer += byte == ' ' ? "1:3 81a4 5 6\n" : "";
-        return answer + ".\n";
+            answer += byte == ' ' ? "1:3 " + mode + " 5 6\n" : "";
+        return {.output = answer + ".\n"};
     }
 };
 
 TEST_F(LostHostFilesTest, aFolderThatIsThereWasMade)
 {
-    EXPECT_EQ(failureOf(HostFiles::makeDirectory(host, "/srv/new"), {taken(" 0")}), "");
+    EXPECT_EQ(failureOf(HostFiles::makeDirectory(host, "/srv/new"), {taken(" 0", "41ed")}), "");
+}
+
+TEST_F(LostHostFilesTest, aFileOfItsNameIsNotTheFolder)
+{
+    EXPECT_EQ(failureOf(HostFiles::makeDirectory(host, "/srv/new"), {taken(" 0")}),
+              "create folder failed on /srv/new: the connection was lost before the folder was made");
 }
 
 TEST_F(LostHostFilesTest, aFolderThatIsNotThereWasNotMade)
@@ -205,7 +225,7 @@ TEST_F(LostHostFilesTest, aFolderThatIsNotThereWasNotMade)
 
 TEST_F(LostHostFilesTest, whatIsGoneWasDeleted)
 {
-    EXPECT_EQ(failureOf(HostFiles::remove(engine, host, {"/a/x", "/b/y"}), {taken(""), "none\n"}), "");
+    EXPECT_EQ(failureOf(HostFiles::remove(engine, host, {"/a/x", "/b/y"}), {taken(""), {.output = "none\n"}}), "");
 }
 
 TEST_F(LostHostFilesTest, whatIsStillThereWasNotDeleted)
@@ -217,6 +237,14 @@ TEST_F(LostHostFilesTest, whatIsStillThereWasNotDeleted)
 TEST_F(LostHostFilesTest, whatHasLeftItsPlaceAndIsAtTheOtherHasMoved)
 {
     EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/b/x"}}), {taken(""), taken(" 0")}), "");
+}
+
+TEST_F(LostHostFilesTest, ofAChangeOfCaseTheListedSpellingDecides)
+{
+    auto const oneName = taken(" 0 1");
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/a/X"}}), {oneName, {.output = {}, .status = 0}}), "");
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/a/X"}}), {oneName, {.output = {}, .status = 1}}),
+              "rename failed on /a/x: the connection was lost before it was moved");
 }
 
 TEST_F(LostHostFilesTest, theFirstThatHasNotMovedIsNamed)

@@ -55,6 +55,23 @@ protected:
             EXPECT_EQ(rightsOf(folder.path(path)), std::filesystem::perms(0555)) << path;
     }
 
+    /// "to" is mounted once more, where nobody else sees it.
+    void expectAnotherMountToBeSeen()
+    {
+        folder.file("from/a", "content");
+        folder.folder("mount");
+        auto const mounted = folder.path("mount");
+        for (std::string const target : {"/a", "/b"}) {
+            auto const request = MoveCommand::text(posix, std::vector<Move>{{folder.path("from/a"), mounted + target}});
+            auto const script = "/bin/mount --bind " + folder.path("to") + ' ' + mounted + " || exit 9\n" + request;
+            auto const answer = run(std::string("/usr/bin/unshare ") + (::geteuid() == 0 ? "-m" : "-rm") +
+                                    " /bin/bash -c " + quote(posix, script));
+            EXPECT_EQ(answer.status, MoveCommand::otherFileSystem) << answer.output;
+        }
+        EXPECT_THAT(left(), ElementsAre("a"));
+        EXPECT_THAT(arrived(), IsEmpty());
+    }
+
     std::vector<std::string> left() const { return namesOnDisk(folder.path("from")); }
 
     std::vector<std::string> arrived() const { return namesOnDisk(folder.path("to")); }
@@ -224,13 +241,60 @@ TEST_F(MoveCommandTest, whatTheHostSaysIsPassedOn)
     EXPECT_EQ(perform({move("a")})->words, "mv: Permission denied");
 }
 
-TEST_F(MoveCommandTest, aFileThatGoesToAnotherDiskHasMoved)
+TEST_F(MoveCommandTest, whatLeadsToAnotherFileSystemIsSaidAndStays)
 {
     TemporaryFolder const other(anotherFileSystem(folder.path()));
+    for (std::string const name : {"a", "b"})
+        folder.file("from/" + name, name);
+    for (std::string const target : {"b", "c"}) {
+        auto const answer =
+            run(MoveCommand::text(posix, std::vector<Move>{{folder.path("from/b"), other.path(target)}}));
+        EXPECT_EQ(answer.status, MoveCommand::otherFileSystem) << answer.output;
+    }
+    EXPECT_THAT(left(), ElementsAre("a", "b"));
+    EXPECT_THAT(namesOnDisk(other.path()), IsEmpty());
+}
+
+TEST_F(MoveCommandTest, anotherMountOfOneDiskIsAnotherFileSystem)
+{
+    expectAnotherMountToBeSeen();
+}
+
+TEST_F(MoveCommandTest, anotherMountOfOneDiskIsAnotherFileSystemWithBusybox)
+{
+    useBusybox();
+    expectAnotherMountToBeSeen();
+}
+
+TEST_F(MoveCommandTest, whatAProgramCopiesAndDeletesHasMoved)
+{
+    // As mv does where the system refuses to rename within one disk.
+    replaceTool("mv", R"sh(
+[ "$1" != --help ] || exit 0
+for last; do :; done
+[ "$1" != -- ] || shift
+while [ $# -gt 1 ]; do cp -a -- "$1" "$last" && rm -r -- "$1"; shift; done
+)sh");
     folder.file("from/a", "content");
-    EXPECT_FALSE(perform({{folder.path("from/a"), other.path("a")}}));
-    EXPECT_EQ(contentOf(other.path("a")), "content");
-    EXPECT_THAT(left(), IsEmpty());
+    folder.folder("from/tree");
+    for (int index = 0; index < 1000; ++index)
+        folder.file("from/tree/" + std::to_string(index));
+    EXPECT_FALSE(perform({move("a"), move("tree")}));
+    EXPECT_FALSE(perform({{folder.path("to/a"), folder.path("renamed")}}));
+    EXPECT_EQ(contentOf(folder.path("renamed")), "content");
+    EXPECT_THAT(namesOnDisk(folder.path("to/tree")), SizeIs(1000));
+}
+
+TEST_F(MoveCommandTest, theSpellingOfANameIsWhatItsFolderLists)
+{
+    Move const change{folder.path("from/it's x"), folder.path("from/It's X")};
+    auto const isRespelled = [&] { return run(MoveCommand::isRespelled(change)).status == 0; };
+    folder.file("from/it's x");
+    EXPECT_FALSE(isRespelled());
+    folder.file("from/It's X");
+    EXPECT_FALSE(isRespelled()) << "both are there";
+    std::filesystem::remove(folder.path("from/it's x"));
+    EXPECT_TRUE(isRespelled());
 }
 
 TEST_F(MoveCommandTest, tenThousandNamesAreAFewRequests)
