@@ -41,6 +41,19 @@ Paths front(ShellDialect dialect, Paths paths, std::size_t mostBytes)
 constexpr std::string_view removeLocked =
     R"sh(chmod u+w "$@"; rm -rf "$@"; for d do if [ -d "$d" ] && ! [ -L "$d" ]; then chmod u-w "$d"; fi; done)sh";
 
+/// cp waits at a pipe until somebody reads it, also at one that lies below a folder of the target. Only GNU has an
+/// option against that, so others still wait below a folder. A target that is new or a file starts no other program.
+constexpr std::string_view copyAll = R"sh(
+tw_help= tw_replace=
+for tw_from do
+  tw_there=$tw_to${tw_from##*/}
+  if [ -f "$tw_there" ] || ! [ -e "$tw_there" ]; then continue; fi
+  [ -n "$tw_help" ] || tw_help=$(command cp --help 2>&1)
+  case $tw_help in *--remove-destination*) tw_replace=--remove-destination; break ;; esac
+  [ -d "$tw_from" ] || [ -d "$tw_there" ] || [ "$tw_from" -ef "$tw_there" ] || rm -f -- "$tw_there"
+done
+cp -a $tw_replace -- "$@" "$tw_to")sh";
+
 std::string removeAtOnce(ShellDialect dialect, Paths paths, LockedFolders locked)
 {
     if (dialect == ShellDialect::posix) {
@@ -93,7 +106,8 @@ std::string remove(ShellDialect dialect, Paths paths, LockedFolders locked)
 std::string copy(ShellDialect dialect, Paths from, std::string_view to)
 {
     if (dialect == ShellDialect::posix)
-        return "cp -a -- " + quotedPaths(dialect, from) + " " + quotePath(dialect, to) + "/";
+        return "set -- " + quotedPaths(dialect, from) + "; tw_to=" + quotePath(dialect, to) + '/' +
+               std::string(copyAll);
     return "Copy-Item -LiteralPath " + quotedPaths(dialect, from) + " -Destination " + quotePath(dialect, to) +
            " -Recurse -Force -ErrorAction Stop";
 }

@@ -43,7 +43,8 @@ TEST(FileCommandsTest, morePathsThanACommandTakesAreDeletedByOneRequest)
 
 TEST(FileCommandsTest, pathsAreCopiedIntoAFolder)
 {
-    EXPECT_EQ(FileCommands::copy(posix, two, "/to"), "cp -a -- '/C:/a b' '/C:/it'\\''s' '/to'/");
+    EXPECT_THAT(FileCommands::copy(posix, two, "/to"),
+                testing::StartsWith("set -- '/C:/a b' '/C:/it'\\''s'; tw_to='/to'/\n"));
     EXPECT_EQ(FileCommands::copy(powershell, two, "/D:/to"),
               "Copy-Item -LiteralPath 'C:/a b','C:/it''s' -Destination 'D:/to' -Recurse -Force -ErrorAction Stop");
 }

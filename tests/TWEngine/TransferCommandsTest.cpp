@@ -1,6 +1,8 @@
 #include "TWEngine/Transfer/TransferCommands.h"
 
 #include "TWCore/Shell/Base64.h"
+#include "TWCore/Shell/FileCommands.h"
+#include "tests/support/HostShell.h"
 #include "tests/support/PowerShellLiterals.h"
 
 #include <gmock/gmock.h>
@@ -129,6 +131,60 @@ TEST(TransferCommandsTest, aCopyOnAWindowsHostIsItsOwn)
 {
     EXPECT_EQ(TransferCommands::copyThere(powershell, Names{"/C:/a"}, "/C:/to", "token"),
               "Copy-Item -LiteralPath 'C:/a' -Destination 'C:/to' -Recurse -Force -ErrorAction Stop");
+}
+
+/// Copies on a host, onto pipes that nobody reads.
+class CopyCommandTest : public HostShellTest {
+protected:
+    CopyCommandTest()
+    {
+        for (std::string const name : {"from/tree", "to/tree"})
+            folder.folder(name);
+        for (std::string const name : {"from/a", "from/it's", "from/tree/b"})
+            folder.file(name, "content");
+    }
+
+    void makePipe(std::string const &name) const { ASSERT_EQ(::mkfifo(folder.path(name).c_str(), 0600), 0); }
+
+    void expectAllToBeCopied()
+    {
+        std::vector const paths{folder.path("from/a"), folder.path("from/it's"), folder.path("from/tree")};
+        auto const result = run(FileCommands::copy(ShellDialect::posix, paths, folder.path("to")));
+        EXPECT_EQ(result.status, 0) << result.output;
+        for (std::string const name : {"a", "it's", "tree/b"})
+            EXPECT_EQ(contentOf(folder.path("to/" + name)), "content");
+    }
+};
+
+TEST_F(CopyCommandTest, aPipeIsReplacedAlsoBelowAFolder)
+{
+    makePipe("to/it's");
+    makePipe("to/tree/b");
+    expectAllToBeCopied();
+}
+
+TEST_F(CopyCommandTest, aPipeIsReplacedWithBusybox)
+{
+    useBusybox();
+    makePipe("to/it's");
+    expectAllToBeCopied();
+}
+
+TEST_F(CopyCommandTest, aPipeIsReplacedByACopyWithoutThatOption)
+{
+    replaceTool("cp", "[ \"$1\" != --help ] || exit 64; exec /bin/cp \"$@\"");
+    makePipe("to/it's");
+    expectAllToBeCopied();
+}
+
+TEST_F(CopyCommandTest, aCopyOfAPipeOntoItselfLeavesIt)
+{
+    replaceTool("cp", "[ \"$1\" != --help ] || exit 64; exec /bin/cp \"$@\"");
+    makePipe("from/pipe");
+    EXPECT_NE(
+        run(FileCommands::copy(ShellDialect::posix, std::vector{folder.path("from/pipe")}, folder.path("from"))).status,
+        0);
+    EXPECT_TRUE(std::filesystem::is_fifo(folder.path("from/pipe")));
 }
 
 } // namespace

@@ -48,6 +48,29 @@ protected:
                                          [this](TransferProgress const &progress) { note(progress); }));
     }
 
+    /// Reaches a host whose cp stops for ever when it has made the file "huge".
+    void reachWithSlowCopies()
+    {
+        auto const cp = programs.file("cp", "#!/bin/sh\nfor to; do :; done\n"
+                                            "for each; do case $each in\n"
+                                            "-* | \"$to\") ;;\n"
+                                            "*/huge) : >\"$to/huge\"; echo $$ >" +
+                                                programs.path("stopped") +
+                                                "; exec sleep 1000 ;;\n"
+                                                "*) /bin/cp -a -- \"$each\" \"$to\" ;;\nesac; done\n");
+        EXPECT_EQ(::chmod(cp.c_str(), 0755), 0);
+        reach({.loginScript =
+                   "#!/bin/sh\nPATH=" + programs.path() + ":$PATH exec /bin/sh -c \"$SSH_ORIGINAL_COMMAND\"\n"});
+    }
+
+    /// The process id of that cp, once it has stopped.
+    pid_t stoppedCopy() const
+    {
+        pid_t number = 0;
+        std::ifstream(programs.path("stopped")) >> number;
+        return number;
+    }
+
     /// "done", or the text of the error.
     std::string copy(Names names, TransferEndpoint from, TransferEndpoint to)
     {
@@ -146,6 +169,8 @@ private:
         std::lock_guard const lock(mutex);
         noted.push_back(progress);
     }
+
+    TemporaryFolder programs; ///< of the host
 
     std::mutex mutex;
     // Under the mutex.
