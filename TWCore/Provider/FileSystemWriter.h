@@ -40,6 +40,9 @@ public:
     /// Deletes each of the paths, and nothing can bring them back. A Windows host takes all folders for `stay`.
     virtual Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) = 0;
 
+    /// Deletes a folder in which there is nothing. Otherwise it fails, and everything stays.
+    virtual Task<void> removeEmptyFolder(std::string path) = 0;
+
     /// What is in the way of writing `names` into `folder`.
     virtual Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) = 0;
 

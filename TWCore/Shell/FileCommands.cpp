@@ -88,6 +88,14 @@ std::string makeDirectory(ShellDialect dialect, std::string_view path)
     return "New-Item -ItemType Directory -Path " + quotePath(dialect, path) + " -ErrorAction Stop | Out-Null";
 }
 
+std::string removeEmptyFolder(ShellDialect dialect, std::string_view path)
+{
+    if (dialect == ShellDialect::posix)
+        return "rmdir -- " + quotePath(dialect, path);
+    // Remove-Item would ask what to do with the content, and nobody is there to answer.
+    return "[IO.Directory]::Delete(" + quotePath(dialect, path) + ")";
+}
+
 std::string remove(ShellDialect dialect, Paths paths, LockedFolders locked)
 {
     auto const first = fittingFront(dialect, paths);

@@ -37,6 +37,9 @@ Paths fittingRequest(ShellDialect dialect, Paths paths);
 /// Creates one folder. Fails on a POSIX host if the name exists.
 std::string makeDirectory(ShellDialect dialect, std::string_view path);
 
+/// Deletes one folder, and fails if there is anything in it.
+std::string removeEmptyFolder(ShellDialect dialect, std::string_view path);
+
 /// Deletes each path with everything below it. More paths than one command takes are several commands, of which a later
 /// one runs although an earlier one has failed. Locked folders that are left have the rights that they had.
 std::string remove(ShellDialect dialect, Paths paths, LockedFolders locked = LockedFolders::stay);

@@ -8,20 +8,6 @@
 
 namespace tw {
 
-namespace {
-
-/// No writer has a request for this, so something that comes into the folder behind its listing goes with it.
-Task<void> removeIfEmpty(std::shared_ptr<FileSystemWriter> place, std::string path)
-{
-    auto const listings = co_await place->fetch(path, 1, FetchPriority::interactive);
-    auto const found = listings.find(path);
-    if (found == listings.end() || found->second.count() > 0 || found->second.truncated())
-        throw FileOperationError::Failed("delete", path, "it is not empty");
-    co_await place->removePermanently({path}, LockedFolders::stay);
-}
-
-} // namespace
-
 Browser::Browser(std::shared_ptr<FileSystemProvider> source, Collaborators collaborators, Config settings)
     : provider(std::move(source)),
       strand(std::move(collaborators.strand)),
@@ -268,7 +254,7 @@ Task<void> Browser::removePermanently(std::vector<std::string> paths, LockedFold
 Task<void> Browser::removeEmptyFolder(std::string path)
 {
     auto where = ListingParser::normalize(path);
-    auto write = [place = writer(), where](FileSystemWriter &) { return removeIfEmpty(place, where); };
+    auto write = [where](FileSystemWriter &writer) { return writer.removeEmptyFolder(where); };
     return onStrand(strand, writeHere(shared_from_this(), std::move(write), {where}));
 }
 

@@ -256,6 +256,12 @@ Task<void> LocalProvider::makeDirectory(std::string path)
                      [path](std::string const & /*place*/) { LocalWrites::makeDirectory(path); });
 }
 
+Task<void> LocalProvider::removeEmptyFolder(std::string path)
+{
+    return lanes.run(path, LastLink::keep, WorkPriority::interactive,
+                     [path](std::string const & /*place*/) { LocalWrites::removeEmptyFolder(path); });
+}
+
 Task<void> LocalProvider::remove(std::vector<std::string> paths)
 {
     return moveToTrash(&lanes, std::move(paths));

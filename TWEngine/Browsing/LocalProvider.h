@@ -58,6 +58,8 @@ public:
     /// In order, up to the first failure.
     Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) override;
 
+    Task<void> removeEmptyFolder(std::string path) override;
+
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
     Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;
     Task<void> sync(std::string folder) override;

@@ -61,6 +61,13 @@ void makeDirectory(std::string const &path)
         throw FileOperationError::Failed(makingFolder, path, systemText(failure.value()));
 }
 
+void removeEmptyFolder(std::string const &path)
+{
+    requireNameable("delete", path);
+    if (::rmdir(path.c_str()) != 0)
+        throw FileOperationError::Failed("delete", path, systemText(errno));
+}
+
 void moveToTrash(std::string const &path)
 {
     requireNameable(trashing, path);

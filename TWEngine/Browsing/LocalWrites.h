@@ -10,6 +10,9 @@ namespace tw::LocalWrites {
 /// Makes the folder, with those above it that are missing. An existing folder is a success.
 void makeDirectory(std::string const &path);
 
+/// Fails if there is anything in it.
+void removeEmptyFolder(std::string const &path);
+
 /// Throws FileOperationError::NoTrash where there is no Trash for the path.
 void moveToTrash(std::string const &path);
 

@@ -166,6 +166,20 @@ Task<void> makeDirectory(Host host, std::string path)
         fail(change, {.output = "the connection was lost before the folder was made", .status = 0});
 }
 
+Task<void> removeEmptyFolder(Host host, std::string path)
+{
+    auto const dialect = co_await host->dialect();
+    Change const change{"delete", path, FileCommands::removeEmptyFolder(dialect, path)};
+    auto const result = co_await resultIfKnown(send(host, change));
+    if (result && result->status != 0)
+        fail(change, *result);
+    if (result)
+        co_return;
+    auto const left = co_await existing(host, {path});
+    if (!left.empty())
+        fail(change, {.output = "the connection was lost before the folder was deleted", .status = 0});
+}
+
 Task<void> remove(EngineRuntime &engine, Host host, Paths paths, LockedFolders locked)
 {
     return removeOn(&engine, std::move(host), std::move(paths), locked);

@@ -38,6 +38,9 @@ Task<void> makeDirectory(Host host, std::string path);
 /// Cancellation: on a POSIX host as HostWork::run. A question in the interactive session is answered afterwards.
 Task<void> remove(EngineRuntime &engine, Host host, Paths paths, LockedFolders locked = LockedFolders::stay);
 
+/// Deletes one folder, and fails if there is anything in it.
+Task<void> removeEmptyFolder(Host host, std::string path);
+
 /// Renames or moves on the host, see MoveCommand.
 Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves);
 

@@ -258,6 +258,11 @@ Task<void> SSHProvider::removePermanently(std::vector<std::string> paths, Locked
     return HostFiles::remove(engine, shared_from_this(), std::move(paths), locked);
 }
 
+Task<void> SSHProvider::removeEmptyFolder(std::string path)
+{
+    return HostFiles::removeEmptyFolder(shared_from_this(), std::move(path));
+}
+
 Task<FolderFacts> SSHProvider::factsAbout(std::string folder, std::vector<std::string> names)
 {
     return HostFiles::factsAbout(shared_from_this(), std::move(folder), std::move(names));

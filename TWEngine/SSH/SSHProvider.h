@@ -91,6 +91,7 @@ public:
     Task<void> rename(std::string from, std::string to) override;
     Task<void> moveAll(std::vector<Move> moves) override;
     Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) override;
+    Task<void> removeEmptyFolder(std::string path) override;
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
     Task<void> sync(std::string folder) override;
 

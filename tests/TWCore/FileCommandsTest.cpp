@@ -16,6 +16,8 @@ std::vector<std::string> const two{"/C:/a b", "/C:/it's"};
 TEST(FileCommandsTest, aFolderIsMade)
 {
     EXPECT_EQ(FileCommands::makeDirectory(posix, "/srv/new"), "mkdir '/srv/new'");
+    EXPECT_EQ(FileCommands::removeEmptyFolder(posix, "/srv/-it's"), "rmdir -- '/srv/-it'\\''s'");
+    EXPECT_EQ(FileCommands::removeEmptyFolder(powershell, "/C:/it's"), "[IO.Directory]::Delete('C:/it''s')");
     EXPECT_EQ(FileCommands::makeDirectory(powershell, "/C:/new"),
               "New-Item -ItemType Directory -Path 'C:/new' -ErrorAction Stop | Out-Null");
 }

@@ -87,6 +87,18 @@ protected:
     LocalProvider provider{runtime};
 };
 
+TEST_F(LocalWritesTest, onlyAFolderWithNothingInItIsDeletedAsEmpty)
+{
+    auto const empty = folder.folder("empty");
+    auto const full = folder.folder("full");
+    auto const file = folder.file("full/file", "content");
+    loop.run(provider.removeEmptyFolder(empty));
+    EXPECT_FALSE(std::filesystem::exists(empty));
+    EXPECT_EQ(failureOf(provider.removeEmptyFolder(full)), "delete failed on " + full + ": Directory not empty");
+    EXPECT_EQ(failureOf(provider.removeEmptyFolder(file)), "delete failed on " + file + ": Not a directory");
+    EXPECT_TRUE(std::filesystem::exists(file));
+}
+
 TEST_F(LocalWritesTest, aFolderIsMadeWithThoseAboveIt)
 {
     loop.run(provider.makeDirectory(folder.path("a/b/-c '\n")));

@@ -38,6 +38,17 @@ TEST_F(SSHProviderWriterTest, theWordsOfTheHostTellWhyItFailed)
     EXPECT_THROW(loop.run(provider->rename(folder.path("none"), folder.path("other"))), FileOperationError::Failed);
 }
 
+TEST_F(SSHProviderWriterTest, onlyAFolderWithNothingInItIsDeletedAsEmpty)
+{
+    auto const empty = folder.folder("-it's empty\n");
+    auto const full = folder.folder("full");
+    auto const file = folder.file("full/file", "content");
+    loop.run(provider->removeEmptyFolder(empty));
+    EXPECT_FALSE(std::filesystem::exists(empty));
+    EXPECT_THAT(failureOf(loop.start(provider->removeEmptyFolder(full))), HasSubstr("not empty"));
+    EXPECT_TRUE(std::filesystem::exists(file));
+}
+
 TEST_F(SSHProviderWriterTest, pathsAreDeletedWithWhatIsBelowThem)
 {
     folder.folder("a/b");

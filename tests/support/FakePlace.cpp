@@ -133,6 +133,15 @@ Task<void> FakePlace::makeDirectory(std::string path)
     folder(path);
 }
 
+Task<void> FakePlace::removeEmptyFolder(std::string path)
+{
+    request("removeEmptyFolder " + path);
+    if (!below(path).empty())
+        throw Failed("delete", path, "Directory not empty");
+    erase(path);
+    co_return;
+}
+
 Task<void> FakePlace::remove(std::vector<std::string> paths)
 {
     request(joined("remove", paths));

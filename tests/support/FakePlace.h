@@ -63,6 +63,7 @@ public:
     bool deleteIsReversible() const override { return isReversible; }
 
     Task<void> makeDirectory(std::string path) override;
+    Task<void> removeEmptyFolder(std::string path) override;
     Task<void> remove(std::vector<std::string> paths) override;
     Task<void> rename(std::string from, std::string to) override;
     Task<void> moveAll(std::vector<Move> moves) override;

@@ -21,6 +21,8 @@ public:
 
     Task<void> makeDirectory(std::string path) override { return note(this, "makeDirectory " + path); }
 
+    Task<void> removeEmptyFolder(std::string path) override { return note(this, "removeEmptyFolder " + path); }
+
     Task<void> remove(std::vector<std::string> paths) override
     {
         std::string what = "remove";

@@ -71,6 +71,8 @@ public:
 
     Task<void> makeDirectory(std::string) override { return none<void>(); }
 
+    Task<void> removeEmptyFolder(std::string) override { return none<void>(); }
+
     Task<void> remove(std::vector<std::string>) override { return none<void>(); }
 
     Task<void> rename(std::string, std::string) override { return none<void>(); }
