@@ -35,7 +35,8 @@ std::string text(std::string_view token, std::string_view program, std::string_v
 std::string end(std::string_view token)
 {
     auto const file = fileOf(token);
-    return "(umask 077; set -C; : >" + file + ".end) 2>/dev/null; tw_number=$(cat " + file +
+    return "(umask 077; set -C; : >" + file + ".end) 2>/dev/null || [ -e " + file + ".end ] || exit " +
+           std::to_string(cannotBeEnded) + "; tw_number=$(cat " + file +
            " 2>/dev/null) && { [ -z \"$tw_number\" ] || kill \"$tw_number\"; }";
 }
 

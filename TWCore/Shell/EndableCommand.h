@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -14,8 +15,12 @@ namespace tw::EndableCommand {
 std::string text(std::string_view token, std::string_view program, std::string_view script);
 
 /// Ends that command, from another session. Calls that have not begun yet end when they begin. Status 0: the command is
-/// under way, and what this leaves goes with it. Otherwise it has not begun or is over, and `forget` is needed.
+/// under way, and what this leaves goes with it. `cannotBeEnded`: nothing was changed. Otherwise it has not begun or is
+/// over, and `forget` is needed.
 std::string end(std::string_view token);
+
+/// No file can be written there, so the command goes on, or is over.
+inline constexpr std::int32_t cannotBeEnded = 3;
 
 /// A condition for `script`: `position` will have an answer, and `end` will work.
 std::string isWatched();

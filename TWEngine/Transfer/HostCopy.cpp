@@ -1,5 +1,6 @@
 #include "TWEngine/Transfer/HostCopy.h"
 
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
@@ -118,7 +119,8 @@ Task<void> run(TransferWork::Shared work)
         work->summary.areFilesKnown = false;
         bool const isDone = outcome.value && outcome.value->status == 0;
         if (!isDone) {
-            auto const state = outcome.value || context.stop.stop_requested() ? State::ended : State::unknown;
+            auto const isEnded = context.stop.stop_requested() && !failureIs<HostWork::MayGoOn>(outcome.failure);
+            auto const state = outcome.value || isEnded ? State::ended : State::unknown;
             auto summingUp = sumUp(work, state, begun, Names(left.begin(), left.end()));
             co_await std::move(summingUp).withStop({});
         }

@@ -8,6 +8,7 @@
 #include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "TWCore/Provider/CommandHost.h"
+#include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
 #include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/CountPhrase.h"
@@ -196,6 +197,8 @@ bool isCancelled(Work const &work, DeletionEnd const &end)
 Text conclusionOf(Work const &work, DeletionEnd const &end)
 {
     auto const count = work->what.names.size();
+    if (isCancelled(work, end) && failureIs<HostWork::MayGoOn>(end.failure))
+        return {"%@ cancelled: the host may go on, so it is not known what is deleted", {lowerCased(work->title())}};
     if (isCancelled(work, end))
         return work->cancelledWords(count - end.names().size());
     if (end.failure)

@@ -6,6 +6,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
 #include "TWEngine/Runtime/TimeOut.h"
+#include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/NamesWithout.h"
@@ -300,6 +301,8 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
         co_return;
     }
     co_await noteGone(self, going).withStop({});
+    if (failureIs<HostWork::MayGoOn>(removed.failure))
+        self->end->isGoneKnown = false;
     self->throwIfCancelled();
     self->end->sourceFailure = removed.failure;
 }

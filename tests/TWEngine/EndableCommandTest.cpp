@@ -126,9 +126,12 @@ TEST_P(EndableCommandTest, whatAnotherHasMadeInThatPlaceStaysAsItIs)
     }
 }
 
-TEST_P(EndableCommandTest, aProgramRunsWhereNothingCanBeWritten)
+TEST_P(EndableCommandTest, aProgramRunsWhereNothingCanBeWrittenAndItsEndSaysThatItCannot)
 {
-    std::filesystem::remove(host.path());
+    EXPECT_NE(statusOfEnd(), EndableCommand::cannotBeEnded);
+    EXPECT_NE(statusOfEnd(), EndableCommand::cannotBeEnded) << "the second time too";
+    std::filesystem::remove_all(host.path());
+    EXPECT_EQ(statusOfEnd(), EndableCommand::cannotBeEnded);
     EXPECT_EQ(run("cat", "cat " + folder.file("file", "content")), (Ended{0, "content"}));
 }
 

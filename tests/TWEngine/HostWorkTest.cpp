@@ -2,6 +2,7 @@
 
 #include "TWEngine/Transfer/HostWork.h"
 
+#include "TWCore/Shell/EndableCommand.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
 #include "tests/support/FakeCommandHost.h"
 #include "tests/support/TestLoop.h"
@@ -76,6 +77,7 @@ TEST_F(HostWorkTest, nothingStaysThereIfTheAnswerAndTheEndCross)
 
 TEST_F(HostWorkTest, aCommandThatHadNotBegunIsWaitedForBeforeItsEndIsForgotten)
 {
+    host->areSent = true;
     auto const running = startAndStop();
     answer(1, 1);
     expectCancelled(running);
@@ -83,6 +85,28 @@ TEST_F(HostWorkTest, aCommandThatHadNotBegunIsWaitedForBeforeItsEndIsForgotten)
     answer(0, 143);
     waitForRuns(3);
     EXPECT_THAT(textOf(2), HasSubstr("rm -f"));
+    answer(2, 0);
+}
+
+TEST_F(HostWorkTest, aCommandThatWaitsForItsTurnIsNotSentAnyMore)
+{
+    auto const running = startAndStop();
+    answer(1, 1);
+    expectCancelled(running);
+    waitForRuns(3);
+    EXPECT_THAT(textOf(2), HasSubstr("rm -f")) << "and its end is forgotten, since nothing will see it";
+    answer(2, 0);
+}
+
+TEST_F(HostWorkTest, aCommandThatCannotBeEndedIsNotCalledCancelled)
+{
+    host->areSent = true;
+    auto const running = startAndStop();
+    answer(1, EndableCommand::cannotBeEnded);
+    loop.runUntil([&] { return running.isDone(); });
+    EXPECT_THROW(running.value(), HostWork::MayGoOn);
+    answer(0, 0);
+    waitForRuns(3);
     answer(2, 0);
 }
 

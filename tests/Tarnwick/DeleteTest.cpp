@@ -1,6 +1,7 @@
 #include "Tarnwick/Operations/Delete.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/ClaimedNames.h"
 #include "tests/support/FakeDialogs.h"
 #include "tests/support/PaneTest.h"
@@ -217,6 +218,18 @@ TEST_F(DeleteTest, aCancelSaysWhatWasDeletedAndTheWordsStay)
     EXPECT_EQ(dialogs->works.front()->conclusion, "delete 10250 items cancelled: 10,000 of 10,250 items deleted");
     EXPECT_THAT(dialogs->errors, IsEmpty());
     EXPECT_THAT(provider->writes, SizeIs(2));
+}
+
+TEST_F(DeleteTest, aCancelThatAHostDoesNotFollowSaysSo)
+{
+    provider->isReversible = false;
+    provider->followsStops = false;
+    begin();
+    agree();
+    dialogs->works.front()->cancel();
+    provider->writes.back().fail(std::make_exception_ptr(HostWork::MayGoOn()));
+    loop.drain();
+    EXPECT_EQ(display.status, "⚠︎ delete 1 item cancelled: the host may go on, so it is not known what is deleted");
 }
 
 TEST_F(DeleteTest, thereIsNothingToDeleteOnTheRowOfTheFolderAbove)

@@ -36,13 +36,15 @@ public:
     {
         auto const answer = std::make_shared<Completion<CommandResult>>();
         runs.push_back({std::move(command), answer});
-        return Completion<CommandResult>::wait(answer);
+        auto answering = Completion<CommandResult>::wait(answer);
+        return areSent ? std::move(answering).withStop({}) : std::move(answering);
     }
 
     std::string name = "box";
     ShellDialect speaks = ShellDialect::posix;
     std::string home = "/home/ann";
     ArchiveCapability archives = {};
+    bool areSent = false;  ///< a stop does not take commands back
     std::vector<Run> runs; ///< the commands so far, the oldest first
 
 private:

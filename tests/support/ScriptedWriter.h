@@ -65,6 +65,7 @@ public:
     Task<void> sync(std::string folder) override { return note(this, "sync " + folder); }
 
     bool isReversible = true;
+    bool followsStops = true; ///< false: a write that is stopped waits all the same
 
     /// Those asked for so far, ended or not.
     std::vector<Write> writes;
@@ -74,7 +75,11 @@ private:
     {
         auto const end = std::make_shared<Completion<Done>>();
         self->writes.push_back({std::move(what), end});
-        co_await Completion<Done>::wait(end);
+        auto waiting = Completion<Done>::wait(end);
+        if (self->followsStops)
+            co_await std::move(waiting);
+        else
+            co_await std::move(waiting).withStop({});
     }
 };
 
