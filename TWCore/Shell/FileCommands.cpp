@@ -41,16 +41,20 @@ Paths front(ShellDialect dialect, Paths paths, std::size_t mostBytes)
 constexpr std::string_view removeLocked =
     R"sh(chmod u+w "$@"; rm -rf "$@"; for d do if [ -d "$d" ] && ! [ -L "$d" ]; then chmod u-w "$d"; fi; done)sh";
 
-/// cp waits at a pipe until somebody reads it, also at one that lies below a folder of the target. Only GNU has an
-/// option against that, so others still wait below a folder. A target that is new or a file starts no other program.
+/// cp waits at a pipe until somebody reads it, and writes through a link to the file that it leads to, also below a
+/// folder of the target. Only GNU has an option against that, so others still do it below a folder. With the option a
+/// file goes before the new one can be read, so it is used only if there is a pipe or a link. A target that is new or a
+/// file starts no other program.
 constexpr std::string_view copyAll = R"sh(
 tw_help= tw_replace=
 for tw_from do
   tw_there=$tw_to${tw_from##*/}
-  if [ -f "$tw_there" ] || ! [ -e "$tw_there" ]; then continue; fi
+  if [ -L "$tw_there" ]; then :; elif [ -f "$tw_there" ] || ! [ -e "$tw_there" ]; then continue; fi
+  [ -n "$(find "$tw_there" ! -type f ! -type d -print 2>/dev/null | head -n 1)" ] || continue
   [ -n "$tw_help" ] || tw_help=$(command cp --help 2>&1)
   case $tw_help in *--remove-destination*) tw_replace=--remove-destination; break ;; esac
-  [ -d "$tw_from" ] || [ -d "$tw_there" ] || [ "$tw_from" -ef "$tw_there" ] || rm -f -- "$tw_there"
+  if [ -d "$tw_there" ] && ! [ -L "$tw_there" ]; then continue; fi
+  [ -d "$tw_from" ] || ! [ -r "$tw_from" ] || [ "$tw_from" -ef "$tw_there" ] || rm -f -- "$tw_there"
 done
 cp -a $tw_replace -- "$@" "$tw_to")sh";
 

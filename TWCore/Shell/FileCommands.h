@@ -44,8 +44,8 @@ std::string removeEmptyFolder(ShellDialect dialect, std::string_view path);
 /// one runs although an earlier one has failed. Locked folders that are left have the rights that they had.
 std::string remove(ShellDialect dialect, Paths paths, LockedFolders locked = LockedFolders::stay);
 
-/// Copies each path into the folder `to`, with times and permissions where the host keeps them. A pipe or a device of
-/// its name is replaced; below a folder of its name, too, where cp can do that.
+/// Copies each path into the folder `to`, with times and permissions where the host keeps them. A pipe, a device or a
+/// link of its name is replaced; below a folder of its name, too, where cp can do that.
 std::string copy(ShellDialect dialect, Paths from, std::string_view to);
 
 /// Ends when what was written on the disk of `folder` is there. GNU sync knows disks; others write all of them. Windows

@@ -15,7 +15,8 @@ namespace {
 /// name; for each batch the numbers of the names that are taken, and a line for each of them; a full stop.
 ///
 /// Cases are tried with a name that is there, or with the folder's own name if the folder above is on the same disk.
-/// Links are no good for that, since a link may lead to its other case.
+/// Links are no good for that, since a link may lead to its other case. In the empty root of a disk, its file system
+/// tells; of one that is not known to take them for two, the answer is the one with which nothing is overwritten.
 constexpr std::string_view functions = R"sh(
 if ! [ -d "$tw_d" ]; then
   if [ -e "$tw_d" ] || [ -L "$tw_d" ]; then echo file; else echo none; fi
@@ -49,6 +50,13 @@ tw_cases() {
   if [ -z "$name" ]; then
     here=$(tw_stat .) above=$(tw_stat ..)
     [ "${here%%:*}" = "${above%%:*}" ] && name=../${1##*/}
+  fi
+  if [ -z "$name" ]; then
+    case $(stat -f -c %T . 2>/dev/null) in
+      ext2/ext3 | xfs | btrfs | zfs | f2fs | tmpfs | ramfs | overlayfs | nfs) echo two ;;
+      *) echo one ;;
+    esac
+    return
   fi
   other=$(printf '%s' "$name" | tr 'A-Za-z' 'a-zA-Z')
   if [ "$name" != "$other" ] && [ -e "$name" ] && ! [ -L "$other" ] && [ "$name" -ef "$other" ]; then

@@ -176,6 +176,20 @@ TEST_F(FolderQuestionTest, aFolderThatTakesCasesForOneIsRecognised)
     EXPECT_TRUE(ask(folder.path()).takesCasesForOne);
 }
 
+TEST_F(FolderQuestionTest, ofAnEmptyDiskTheFileSystemTellsWhetherItTakesCasesForOne)
+{
+    auto const takesCasesForOne = [&](std::string const &kind) {
+        auto const stat = "stat() { case $* in '-f -c %T .') " + kind +
+                          ";; *' -- ..') echo '99:1 41ed 0 0';; *) command stat \"$@\";; esac; }\n";
+        auto const facts =
+            FolderQuestion::facts(posix, run(stat + FolderQuestion::text(posix, folder.path(), {})).output, {});
+        return facts.value().takesCasesForOne;
+    };
+    EXPECT_FALSE(takesCasesForOne("echo ext2/ext3"));
+    EXPECT_TRUE(takesCasesForOne("echo msdos"));
+    EXPECT_TRUE(takesCasesForOne("false")) << "a host that does not say";
+}
+
 TEST(FolderQuestionAnswerTest, anAnswerThatIsCutIsNone)
 {
     std::vector<std::string> const names{"a", "b"};

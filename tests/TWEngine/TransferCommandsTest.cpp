@@ -133,7 +133,7 @@ TEST(TransferCommandsTest, aCopyOnAWindowsHostIsItsOwn)
               "Copy-Item -LiteralPath 'C:/a' -Destination 'C:/to' -Recurse -Force -ErrorAction Stop");
 }
 
-/// Copies on a host, onto pipes that nobody reads.
+/// Copies on a host, onto pipes that nobody reads and links to a file that is not meant.
 class CopyCommandTest : public HostShellTest {
 protected:
     CopyCommandTest()
@@ -144,6 +144,12 @@ protected:
             folder.file(name, "content");
     }
 
+    void makeLink(std::string const &name) const
+    {
+        folder.file("elsewhere", "kept");
+        folder.link(name, folder.path("elsewhere"));
+    }
+
     void makePipe(std::string const &name) const { ASSERT_EQ(::mkfifo(folder.path(name).c_str(), 0600), 0); }
 
     void expectAllToBeCopied()
@@ -151,8 +157,12 @@ protected:
         std::vector const paths{folder.path("from/a"), folder.path("from/it's"), folder.path("from/tree")};
         auto const result = run(FileCommands::copy(ShellDialect::posix, paths, folder.path("to")));
         EXPECT_EQ(result.status, 0) << result.output;
-        for (std::string const name : {"a", "it's", "tree/b"})
+        for (std::string const name : {"a", "it's", "tree/b"}) {
             EXPECT_EQ(contentOf(folder.path("to/" + name)), "content");
+            EXPECT_FALSE(std::filesystem::is_symlink(folder.path("to/" + name))) << name;
+        }
+        if (std::filesystem::exists(folder.path("elsewhere")))
+            EXPECT_EQ(contentOf(folder.path("elsewhere")), "kept");
     }
 };
 
@@ -174,6 +184,29 @@ TEST_F(CopyCommandTest, aPipeIsReplacedByACopyWithoutThatOption)
 {
     replaceTool("cp", "[ \"$1\" != --help ] || exit 64; exec /bin/cp \"$@\"");
     makePipe("to/it's");
+    expectAllToBeCopied();
+}
+
+TEST_F(CopyCommandTest, aLinkIsReplacedAlsoBelowAFolder)
+{
+    makeLink("to/a");
+    makeLink("to/tree/b");
+    folder.link("to/it's", folder.path("none"));
+    expectAllToBeCopied();
+}
+
+TEST_F(CopyCommandTest, aLinkIsReplacedWithBusybox)
+{
+    useBusybox();
+    makeLink("to/a");
+    expectAllToBeCopied();
+}
+
+TEST_F(CopyCommandTest, aLinkIsReplacedByACopyWithoutThatOption)
+{
+    replaceTool("cp", "[ \"$1\" != --help ] || exit 64; exec /bin/cp \"$@\"");
+    makeLink("to/a");
+    folder.link("to/it's", folder.path("to/tree"));
     expectAllToBeCopied();
 }
 
