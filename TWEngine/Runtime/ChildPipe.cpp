@@ -33,6 +33,18 @@ constexpr std::size_t leastRoom = std::size_t{4} * 1024;
 /// end of its executor's queue; enough of them that the hop, some 10 µs, does not count.
 constexpr std::size_t bytesATurn = std::size_t{8} * 1024 * 1024;
 
+/// What takes everything. Opened once; a failure is tried again the next time.
+int nowhere()
+{
+    static FileDescriptor const opened = [] {
+        FileDescriptor null(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+        if (!null)
+            throw PipeError(errno);
+        return null;
+    }();
+    return opened.get();
+}
+
 } // namespace
 
 struct ChildPipe::Stream {
@@ -107,9 +119,9 @@ struct ChildPipe::Stream {
         std::lock_guard const lock(mutex);
         for (auto left = count; left > 0;) {
             auto const taken = take(openNumber(), left);
-            if (taken <= 0)
+            if (taken == 0 || (taken < 0 && errno != EINTR))
                 throw PipeError(taken < 0 ? errno : EPIPE);
-            left -= static_cast<std::size_t>(taken);
+            left -= static_cast<std::size_t>(std::max<ssize_t>(taken, 0));
         }
     }
 
@@ -283,9 +295,8 @@ void ChildPipe::take(std::span<char> bytes) const
 
 void ChildPipe::drop(std::size_t count) const
 {
-    static FileDescriptor const nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
     stream->takeAll(count, [](int end, std::size_t left) {
-        return ::splice(end, nullptr, nowhere.get(), nullptr, left, SPLICE_F_NONBLOCK);
+        return ::splice(end, nullptr, nowhere(), nullptr, left, SPLICE_F_NONBLOCK);
     });
 }
 

@@ -107,6 +107,7 @@ Task<bool> isRespelled(Host host, FileSystemWriter::Move move)
 /// Throws for the first of the moves that the host has not made, after the connection was lost meanwhile.
 Task<void> requireMoved(Host host, std::vector<FileSystemWriter::Move> moves)
 {
+    auto const dialect = co_await host->dialect();
     Paths paths;
     for (auto const &move : moves) {
         paths.push_back(move.from);
@@ -115,7 +116,8 @@ Task<void> requireMoved(Host host, std::vector<FileSystemWriter::Move> moves)
     auto const there = co_await existing(host, std::move(paths));
     for (auto const &move : moves) {
         auto hasMoved = !there.contains(move.from) && there.contains(move.to);
-        if (!hasMoved && there.contains(move.to) && MoveCommand::changesOnlyCase(move))
+        auto const mayBeRespelled = dialect == ShellDialect::posix && MoveCommand::changesOnlyCase(move);
+        if (!hasMoved && there.contains(move.to) && mayBeRespelled)
             hasMoved = co_await isRespelled(host, move);
         if (!hasMoved)
             throw FileOperationError::Failed("rename", move.from, "the connection was lost before it was moved");

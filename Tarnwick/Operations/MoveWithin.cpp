@@ -5,6 +5,8 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Provider/CommandHost.h"
+#include "TWEngine/Runtime/TimeOut.h"
+#include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/StagingFolder.h"
 
 #include <algorithm>
@@ -180,6 +182,20 @@ Task<void> clear(Job job, End end, Operands staging, Names names)
         co_await outcomeOf(staging.browser->removePermanently(staging.paths(), LockedFolders::go));
 }
 
+/// A staging folder is still there. A host may have moved files into it after its connection was lost.
+Task<void> noteLeft(End end, Operands staging, Names names)
+{
+    auto asking = answerUntilStopped(presentIn(staging, names));
+    auto const there =
+        co_await outcomeOf(withTimeOut(staging.browser->clockRef(), StagingFolder::patience, std::move(asking)));
+    if (there.value)
+        std::erase_if(names, [&](auto const &name) { return !there.value->contains(name); });
+    if (names.empty())
+        end->leftBehind.push_back(staging.path);
+    else
+        end->waiting = {.folder = staging.path, .names = std::move(names)};
+}
+
 Task<void> replaceFiles(Job job, End end, Names names)
 {
     auto const staging = co_await StagingFolder::begin(job->target);
@@ -192,7 +208,7 @@ Task<void> replaceFiles(Job job, End end, Names names)
     if (end->waiting.names.empty()) {
         auto const isGone = co_await staging.discard(StagingFolder::Content::files);
         if (!isGone)
-            end->leftBehind.push_back(staging.place().path);
+            co_await noteLeft(end, staging.place(), std::move(names)).withStop({});
     }
     replaced.take();
 }

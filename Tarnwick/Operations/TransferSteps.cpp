@@ -259,7 +259,7 @@ Task<void> tell(OperationContext context, TransferJob job, TransferEnd end)
 {
     if (failureIs<FileOperationError::Cancelled>(end.failure)) {
         context.warn(TransferWords::cancelled(job, end));
-        auto left = TransferWords::leftBehind(end);
+        auto left = TransferWords::kept(end);
         if (!left.isEmpty())
             co_await context.dialogs->error(std::move(left));
         co_return;

@@ -87,10 +87,15 @@ Text cancelled(TransferJob const &job, TransferEnd const &end)
     auto const what = lowerCased(title(job.kind, count));
     auto const gone = grouped(static_cast<std::int64_t>(end.gone.size()));
     auto const all = grouped(static_cast<std::int64_t>(count));
+    auto const hasArrived = end.kept.changed.empty() && end.kept.unequal.empty();
     if (!end.isGoneKnown)
-        return {"%@ cancelled: everything has arrived, it is not known what was removed from the source", {what}};
+        return {hasArrived ? "%@ cancelled: everything has arrived, it is not known what was removed from the source"
+                           : "%@ cancelled: it is not known what was removed from the source",
+                {what}};
     if (end.isSourceTouched)
-        return {"%@ cancelled: everything has arrived, %@ of %@ items removed from the source", {what, gone, all}};
+        return {hasArrived ? "%@ cancelled: everything has arrived, %@ of %@ items removed from the source"
+                           : "%@ cancelled: %@ of %@ items removed from the source",
+                {what, gone, all}};
     if (!end.gone.empty())
         return {"%@ cancelled: %@ of %@ items moved", {what, gone, all}};
     if (!summary.areFilesKnown)

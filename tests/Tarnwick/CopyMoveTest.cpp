@@ -810,7 +810,7 @@ TEST_F(MoveWithinTest, aStagingFolderThatMayHaveBeenMadeIsGoneOrNamed)
             here->folder(request.substr(request.find('/')));
             throw std::runtime_error("the connection was lost");
         }
-        if (isSilent && request.starts_with("removePermanently"))
+        if (isSilent && request.starts_with("removeEmptyFolder"))
             throw std::runtime_error("the connection was lost");
     };
     move();
