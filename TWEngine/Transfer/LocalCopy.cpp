@@ -3,6 +3,7 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProviderError.h"
+#include "TWEngine/Runtime/OpenFolder.h"
 #include "TWEngine/Runtime/TimeOut.h"
 #include "TWEngine/Transfer/ArrivedNames.h"
 #include "TWEngine/Transfer/CopyingChild.h"
@@ -12,6 +13,7 @@
 #include <cerrno>
 #include <ctime>
 #include <span>
+#include <unordered_set>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -82,6 +84,67 @@ Look lookAt(std::string const &folder, std::vector<std::string> const &paths)
     }
     return found;
 }
+
+/// Looks for what cp must not write to: a link leads to another file, a pipe waits for a reader, and the file of
+/// somebody else would not get its times. Only what has the name of something that is copied is looked at.
+class ExistingFiles {
+public:
+    explicit ExistingFiles(std::stop_token const &stopped) : stop(stopped) {}
+
+    /// Whether there is such a thing at the `names` of the folder `to`, or below them.
+    bool mustGo(int from, std::string const &to, std::vector<std::string> const &names) const
+    {
+        auto const folder = opened(AT_FDCWD, to.c_str(), 0);
+        if (!folder)
+            return true;
+        auto const number = ::dirfd(folder.get());
+        if (names.size() <= fewNames)
+            return std::ranges::any_of(names, [&](auto const &name) { return mustGo(from, number, name.c_str(), 0); });
+        // A new folder has none of thousands of names, and says so at once.
+        std::unordered_set<std::string_view> wanted;
+        while (auto const *const entry = nextEntry(folder)) {
+            if (wanted.empty())
+                wanted.insert(names.begin(), names.end());
+            if (wanted.contains(entry->d_name) && mustGo(from, number, entry->d_name, 0))
+                return true;
+        }
+        return errno != 0;
+    }
+
+private:
+    static OpenFolder opened(int parent, char const *name, int flags)
+    {
+        return openFolder(FileDescriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags)));
+    }
+
+    bool mustGo(int from, int to, char const *name, int level) const
+    {
+        struct stat status;
+        if (::fstatat(to, name, &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) != 0)
+            return errno != ENOENT;
+        if (S_ISREG(status.st_mode))
+            return user != 0 && status.st_uid != user;
+        if (!S_ISDIR(status.st_mode) || level == mostLevels || stop.stop_requested())
+            return true;
+        auto const source = opened(from, name, O_NOFOLLOW);
+        if (!source)
+            return false; // cp cannot copy what is in it either
+        auto const target = opened(to, name, O_NOFOLLOW);
+        if (!target)
+            return true;
+        while (auto const *const entry = nextEntry(source)) {
+            if (mustGo(::dirfd(source.get()), ::dirfd(target.get()), entry->d_name, level + 1))
+                return true;
+        }
+        return false;
+    }
+
+    /// Each holds two descriptors.
+    static constexpr int mostLevels = 100;
+
+    std::stop_token const &stop;
+    uid_t const user = ::geteuid();
+};
 
 std::vector<std::string> namesOf(TransferWork const &work, Step const &step)
 {
@@ -219,6 +282,17 @@ Task<void> addComplete(Run run)
     work.reportStep(0, 0, names.back());
 }
 
+Task<TransferCommands::Existing> existingAt(TransferWork::Shared work, std::shared_ptr<FileDescriptor const> from,
+                                            std::vector<std::string> names)
+{
+    auto const context = co_await currentContext();
+    auto const to = work->to.path();
+    auto const mustGo = co_await work->engine.files().runBetween(
+        work->from.path(), to, FileLanes::LastLink::follow, WorkPriority::interactive,
+        [from, to, names, stop = context.stop] { return ExistingFiles(stop).mustGo(from->get(), to, names); });
+    co_return mustGo ? TransferCommands::Existing::removed : TransferCommands::Existing::opened;
+}
+
 Task<void> runStep(TransferWork::Shared work, std::shared_ptr<FileDescriptor const> from, Step step)
 {
     auto const context = co_await currentContext();
@@ -231,9 +305,14 @@ Task<void> runStep(TransferWork::Shared work, std::shared_ptr<FileDescriptor con
     auto const names = namesOf(*work, step);
     // A cp of many names would go on behind one that fails, and on a full disk leave an empty file for each.
     auto const atFirstLine = step.count > 1 ? TransferChild::AtFirstLine::end : TransferChild::AtFirstLine::goOn;
+    auto const existing = co_await outcomeOf(existingAt(work, from, names));
+    if (!existing.value) {
+        addUntouched(*work, step.first);
+        std::rethrow_exception(existing.failure);
+    }
     ::clock_gettime(CLOCK_REALTIME_COARSE, &run->begun);
-    run->child = co_await TransferChild::start(
-        work->engine, TransferCommands::copyHere(work->tools, std::move(from), names, work->to.path()), atFirstLine);
+    auto command = TransferCommands::copyHere(work->tools, std::move(from), names, work->to.path(), *existing.value);
+    run->child = co_await TransferChild::start(work->engine, std::move(command), atFirstLine);
     auto const exit = co_await outcomeOf(untilExit(run));
     if (exit.value && exit.value->isSuccess()) {
         co_await addComplete(run);

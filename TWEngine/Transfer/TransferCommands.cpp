@@ -144,13 +144,12 @@ Environment tarEnvironment(Environment inherited)
 }
 
 ChildCommand copyHere(TransferTools const &tools, std::shared_ptr<FileDescriptor const> from, Names names,
-                      std::string const &to)
+                      std::string const &to, Existing existing)
 {
     // One cp for many names: to start a program takes longer than to copy a small file. With the folder as the target,
     // a folder is merged with the one that has its name there, and never put into it.
-    // What lies there is removed and not written to: through a link, cp would write to another file, and at a FIFO it
-    // would wait for a reader.
-    Arguments arguments{"-a", "--remove-destination", "--target-directory=" + to, "--"};
+    auto const *const replacing = existing == Existing::removed ? "--remove-destination" : "--force";
+    Arguments arguments{"-a", replacing, "--target-directory=" + to, "--"};
     // Names without their folder: the system walks down to each, and for small files that is a part of the time.
     arguments.insert(arguments.end(), names.begin(), names.end());
     auto command = programOfOurs(tools.cp, std::move(arguments));

@@ -33,9 +33,15 @@ Names fittingFrontHere(Names names);
 /// are.
 Environment tarEnvironment(Environment inherited);
 
+/// What becomes of a file that has the name of a new one.
+enum class Existing {
+    opened, ///< it is written to, if that can be; it stays as it is if the new one cannot be read
+    removed ///< first: what it leads to stays as it is
+};
+
 /// Copies `names` of its working folder into another folder of this machine.
 ChildCommand copyHere(TransferTools const &tools, std::shared_ptr<FileDescriptor const> from, Names names,
-                      std::string const &to);
+                      std::string const &to, Existing existing);
 
 /// Writes an archive of `names` to its output.
 ChildCommand pack(TransferTools const &tools, std::string const &folder, Names names);

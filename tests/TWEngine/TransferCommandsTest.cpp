@@ -46,9 +46,12 @@ TEST(TransferCommandsTest, theLabelIsTheNameOrTheirNumber)
 
 TEST(TransferCommandsTest, theProgramsOfThisMachine)
 {
-    auto const copy = TransferCommands::copyHere(tools, nullptr, Names{"-a", "b"}, "/to");
+    using Existing = TransferCommands::Existing;
+    auto copy = TransferCommands::copyHere(tools, nullptr, Names{"-a", "b"}, "/to", Existing::opened);
     EXPECT_EQ(copy.program, "/bin/cp");
-    EXPECT_THAT(copy.arguments, ElementsAre("-a", "--remove-destination", "--target-directory=/to", "--", "-a", "b"));
+    EXPECT_THAT(copy.arguments, ElementsAre("-a", "--force", "--target-directory=/to", "--", "-a", "b"));
+    copy = TransferCommands::copyHere(tools, nullptr, Names{"b"}, "/to", Existing::removed);
+    EXPECT_THAT(copy.arguments, ElementsAre("-a", "--remove-destination", "--target-directory=/to", "--", "b"));
 
     auto const pack = TransferCommands::pack(tools, "/from", Names{"-a", "@b"});
     EXPECT_EQ(pack.program, "/bin/tar");

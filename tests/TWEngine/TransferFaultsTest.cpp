@@ -253,6 +253,25 @@ TEST_F(TransferFaultsTest, aNameThatIsGoneLeavesTheOthersWhole)
     EXPECT_EQ(transfer->summary().files, 12);
 }
 
+TEST_F(TransferFaultsTest, anOldFileStaysIfTheNewOneCannotBeRead)
+{
+    programs.cp = script("cp", "rights=-dac_override,-dac_read_search\n[ $(id -u) = 0 ] || exec /bin/cp \"$@\"\n"
+                               "exec setpriv --bounding-set $rights --inh-caps $rights -- /bin/cp \"$@\"");
+    folder.folder("tree");
+    local.folder("tree");
+    for (std::string const name : {"file", "tree/below"}) {
+        ASSERT_EQ(::chmod(folder.file(name, "new").c_str(), 0), 0);
+        local.file(name, "old");
+    }
+    folder.file("tree/other", "new");
+    local.file("tree/other", "old");
+    EXPECT_THAT(carry({"file"}, sourceHere(), targetHere()), HasSubstr("Permission denied"));
+    EXPECT_THAT(carry({"tree"}, sourceHere(), targetHere()), HasSubstr("Permission denied"));
+    EXPECT_EQ(contentOf(local.path("file")), "old");
+    EXPECT_EQ(contentOf(local.path("tree/below")), "old");
+    EXPECT_EQ(contentOf(local.path("tree/other")), "new");
+}
+
 TEST_F(TransferFaultsTest, aSourceThatShrinksMeanwhileIsNotComplete)
 {
     folder.file("small", "x");
