@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWCore/Async/Clock.h"
+#include "TWCore/Provider/CommandHost.h"
 #include "TWCore/Provider/FileSystemProvider.h"
 #include "TWCore/Provider/FileSystemWriter.h"
 #include "TWEngine/Browsing/FetchSchedule.h"
@@ -179,6 +180,9 @@ public:
 
     /// The provider as one that can change files, or null.
     std::shared_ptr<FileSystemWriter> writer() const { return std::dynamic_pointer_cast<FileSystemWriter>(provider); }
+
+    /// The provider as a host that runs commands, or null.
+    std::shared_ptr<CommandHost> host() const { return std::dynamic_pointer_cast<CommandHost>(provider); }
 
 private:
     using Fetch = FetchSchedule::Fetch;

@@ -291,7 +291,7 @@ Task<void> ConnectionRegistry::Shared::disconnectUnused(std::weak_ptr<Shared> we
     auto self = weak.lock();
     if (!self || !self->browsers.contains(key))
         co_return;
-    auto const host = std::dynamic_pointer_cast<CommandHost>(self->browsers.at(key)->providerRef());
+    auto const host = self->browsers.at(key)->host();
     self.reset();
     if (!host)
         co_return;

@@ -4,7 +4,6 @@
 #include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWCore/Provider/CommandHost.h"
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "Tarnwick/Operations/ArchiveWords.h"
 #include "Tarnwick/Operations/TransferSteps.h"
@@ -35,8 +34,7 @@ std::optional<TransferEndpoint> endpointOf(Operands const &place, std::string co
 {
     if (!place.browser->writer())
         return std::nullopt;
-    auto host = std::dynamic_pointer_cast<CommandHost>(place.browser->providerRef());
-    return host ? TransferEndpoint::remote(std::move(host), path) : TransferEndpoint::local(path);
+    return place.endpoint(path);
 }
 
 Task<bool> perform(OperationContext context, Work work)

@@ -7,7 +7,6 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/WindowsPath.h"
-#include "TWCore/Provider/CommandHost.h"
 #include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
 #include "Tarnwick/Operations/ClaimSteps.h"
@@ -155,7 +154,7 @@ struct DeletionEnd {
 Names partsOf(Deletion const &work, DeletionEnd const &end)
 {
     auto const &what = work.what;
-    auto const isHost = std::dynamic_pointer_cast<CommandHost>(what.browser->providerRef()) != nullptr;
+    auto const isHost = what.browser->host() != nullptr;
     auto const failed = failureAs<FileOperationError::Failed>(end.failure);
     Names const begun(what.names.begin(), what.names.begin() + static_cast<std::ptrdiff_t>(work.begun));
     auto const unbegun = namesWithout(what.names, begun);

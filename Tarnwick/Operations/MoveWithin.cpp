@@ -4,7 +4,6 @@
 #include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWCore/Provider/CommandHost.h"
 #include "TWEngine/Runtime/TimeOut.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/StagingFolder.h"
@@ -76,7 +75,7 @@ constexpr std::string_view isTaken = "File exists";
 /// something else that has taken the name.
 Names partsLeft(TransferJob const &job, std::exception_ptr const &failure, Names inPart)
 {
-    if (!std::dynamic_pointer_cast<CommandHost>(job.target.browser->providerRef()))
+    if (!job.target.browser->host())
         return {};
     auto const failed = failureAs<FileOperationError::Failed>(failure);
     if (failed && failed->detail == isTaken)

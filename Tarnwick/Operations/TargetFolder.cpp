@@ -24,7 +24,7 @@ std::optional<std::string> environmentVariable(std::string const &name)
 
 Task<std::string> homeOn(std::shared_ptr<Browser> browser)
 {
-    auto const host = std::dynamic_pointer_cast<CommandHost>(browser->providerRef());
+    auto const host = browser->host();
     if (!host)
         co_return PaneSpec::localHome().path;
     auto home = co_await host->defaultDirectory();

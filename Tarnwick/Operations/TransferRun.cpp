@@ -4,7 +4,6 @@
 #include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWCore/Provider/CommandHost.h"
 #include "TWEngine/Runtime/TimeOut.h"
 #include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
@@ -25,12 +24,6 @@ constexpr std::chrono::seconds patienceWithSource{3};
 void append(std::vector<std::string> &to, std::vector<std::string> const &names)
 {
     to.insert(to.end(), names.begin(), names.end());
-}
-
-TransferEndpoint endpointOf(Operands const &place)
-{
-    auto host = std::dynamic_pointer_cast<CommandHost>(place.browser->providerRef());
-    return host ? TransferEndpoint::remote(std::move(host), place.path) : TransferEndpoint::local(place.path);
 }
 
 /// The folders that go into a folder of their name.
@@ -249,8 +242,8 @@ Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan p
 Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
 {
     self->throwIfCancelled();
-    auto const source = endpointOf(self->job->source);
-    auto const there = endpointOf(target);
+    auto const source = self->job->source.endpoint(self->job->source.path);
+    auto const there = target.endpoint(target.path);
     auto copying = self->transfer->copy(names, source, there, self->reporterOfNextCopy());
     auto const copied = co_await outcomeOf(std::move(copying));
     co_await target.browser->wroteInto(target.path, names);

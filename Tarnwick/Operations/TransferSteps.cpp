@@ -5,7 +5,6 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWCore/Provider/CommandHost.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/ProgressThrottle.h"
@@ -49,7 +48,7 @@ bool isOnePlace(TransferJob const &job)
 /// move fail. Of a host, it is known by its device only. A subvolume has one of its own too, and can be renamed.
 void refuseMountPoints(TransferJob const &job, TakenNames::Facts const &facts)
 {
-    auto const isHost = std::dynamic_pointer_cast<CommandHost>(job.source.browser->providerRef()) != nullptr;
+    auto const isHost = job.source.browser->host() != nullptr;
     auto const renames = isOnePlace(job) && !isMoveBetweenFileSystems(job, facts);
     if (job.kind == TransferKind::copy || (isHost && renames))
         return;

@@ -198,7 +198,7 @@ void FolderWatcher::readingEnded(RefreshPace::Time began)
 
 void FolderWatcher::probe(bool reportsFirst)
 {
-    auto host = browser ? std::dynamic_pointer_cast<CommandHost>(browser->providerRef()) : nullptr;
+    auto host = browser ? browser->host() : nullptr;
     if (isProbing || !host || with.visibility() != Visibility::lookedAt)
         return;
     isProbing = true;

@@ -67,7 +67,7 @@ Task<bool> HostArrival::showRemembered(std::weak_ptr<HostArrival> weak, Task<std
 /// Without a path that the user asked for, the host chooses. It also knows where "~" is.
 Task<std::string> HostArrival::startingFolder(std::shared_ptr<Browser> source, PaneSpec wanted)
 {
-    auto const host = std::dynamic_pointer_cast<CommandHost>(source->providerRef());
+    auto const host = source->host();
     auto const isBelowHome = wanted.path.starts_with('~');
     if ((wanted.pathWasExplicit && !isBelowHome) || !host)
         co_return wanted.path;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TWEngine/Browsing/Browser.h"
+#include "TWEngine/Transfer/TransferEndpoint.h"
 
 #include <memory>
 #include <string>
@@ -30,6 +31,13 @@ struct Operands {
         for (auto const &name : names)
             all.push_back(pathOf(name));
         return all;
+    }
+
+    /// A path on the machine of the browser, as one side of a transfer.
+    TransferEndpoint endpoint(std::string at) const
+    {
+        auto host = browser->host();
+        return host ? TransferEndpoint::remote(std::move(host), std::move(at)) : TransferEndpoint::local(std::move(at));
     }
 };
 

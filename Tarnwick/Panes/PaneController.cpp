@@ -264,7 +264,7 @@ void PaneController::showWaiting()
 
 PaneSpinner::Work PaneController::beginChange(std::shared_ptr<Browser> const &place) const
 {
-    auto host = std::dynamic_pointer_cast<CommandHost>(place->providerRef());
+    auto host = place->host();
     if (!host)
         return spinner.begin();
 

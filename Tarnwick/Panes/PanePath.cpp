@@ -45,7 +45,7 @@ Task<DirectorySnapshot> namesToComplete(Task<KnownConnection> finding, std::stri
         co_return kept.value_or(DirectorySnapshot());
     }
     if (!folder.starts_with('/')) {
-        auto const host = std::dynamic_pointer_cast<CommandHost>(from.browser->providerRef());
+        auto const host = from.browser->host();
         if (!host)
             co_return DirectorySnapshot();
         auto const home = co_await host->defaultDirectory();
@@ -69,7 +69,7 @@ TypedPath::Context PaneController::typedContext(std::string home) const
 void PaneController::goToTyped(std::string text)
 {
     wasTouched = false;
-    auto const host = std::dynamic_pointer_cast<CommandHost>(browser->providerRef());
+    auto const host = browser->host();
     if (host && beginsAtHome(text))
         spawn({collaborators.mainContext, {}},
               performTyped(weak_from_this(), host, std::move(text), navigator->token()));
@@ -135,7 +135,7 @@ Task<void> PaneController::performCompletion(std::weak_ptr<PaneController> weak,
 {
     auto const context = co_await currentContext();
     auto home = PaneSpec::localHome().path;
-    auto const host = std::dynamic_pointer_cast<CommandHost>(source->providerRef());
+    auto const host = source->host();
     if (host && beginsAtHome(text)) {
         auto const outcome = co_await outcomeOf(host->defaultDirectory());
         home = outcome.value.value_or("/");
