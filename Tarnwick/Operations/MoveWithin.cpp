@@ -6,6 +6,7 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Runtime/TimeOut.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
+#include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/StagingFolder.h"
 
 #include <algorithm>
@@ -184,6 +185,7 @@ Task<void> clear(Job job, End end, Operands staging, Names names)
 /// A staging folder is still there. A host may have moved files into it after its connection was lost.
 Task<void> noteLeft(End end, Operands staging, Names names)
 {
+    names = namesWithout(names, end->gone); // their new files are there
     auto asking = answerUntilStopped(presentIn(staging, names));
     auto const there =
         co_await outcomeOf(withTimeOut(staging.browser->clockRef(), StagingFolder::patience, std::move(asking)));

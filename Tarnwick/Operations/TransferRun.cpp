@@ -37,14 +37,30 @@ std::unordered_set<std::string> mergedBy(TransferPlan const &plan)
     return merged;
 }
 
-/// A name of an earlier round that one of this round has replaced is not at the target any more.
-void forgetReplaced(Survey &arrived, TransferPlan const &round)
-{
-    std::unordered_set<std::string> keys;
-    for (auto const &each : round.replace)
-        keys.insert(TakenNames::keyOf(each.source.name, true));
-    std::erase_if(arrived.parts, [&](auto const &part) { return keys.contains(TakenNames::keyOf(part.first, true)); });
-}
+/// What names of a plan are at the target in the end. One of an earlier round that one of a later round replaces is not
+/// there any more, though something of its kind and size may be.
+class Arrivals {
+public:
+    explicit Arrivals(TransferPlan const &plan) : renamed(plan.keepBoth.begin(), plan.keepBoth.end()) {}
+
+    void forgetReplaced(TransferPlan const &round)
+    {
+        std::unordered_set<std::string> keys;
+        for (auto const &each : round.replace)
+            keys.insert(TakenNames::keyOf(each.source.name, true));
+        auto const isReplaced = [&](auto const &name) {
+            return keys.contains(TakenNames::keyOf(name, true)) && !renamed.contains(name);
+        };
+        std::erase_if(direct, isReplaced);
+        std::erase_if(staged.parts, [&](auto const &part) { return isReplaced(part.first); });
+    }
+
+    std::vector<std::string> direct; ///< the target is still to be asked about them
+    Survey staged;                   ///< what came through staging folders
+
+private:
+    std::unordered_set<std::string> renamed; // they keep clear of all names
+};
 
 Survey::Detail detailFor(TransferPlan const &plan)
 {
@@ -143,25 +159,24 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
         auto surveyed = co_await survey(self, self->job->source, plan.allNames(), Survey::Detail::sums);
         before = std::move(surveyed);
     }
-    Names direct;
-    Survey staged; // what has arrived through staging folders
+    Arrivals arrivals(plan);
     auto const rounds = plan.rounds(self->job->targetTakesCasesForOne);
     for (auto const &round : rounds) {
         auto const some = stagedOf(*self->job, round);
         auto const others = namesWithout(round.keptNames(), some.keptNames());
+        arrivals.forgetReplaced(round);
         if (!others.empty())
             co_await copyNames(self, others, self->job->target);
-        append(direct, others);
+        append(arrivals.direct, others);
         if (some.allNames().empty())
             continue;
         auto arrived = co_await copyStaged(self, some);
-        forgetReplaced(staged, round);
-        staged.parts.merge(arrived.parts);
+        arrivals.staged.parts.merge(arrived.parts);
     }
     if (!removes)
         co_return;
-    auto target = co_await survey(self, self->job->target, direct, detailFor(plan));
-    target.parts.merge(staged.parts);
+    auto target = co_await survey(self, self->job->target, arrivals.direct, detailFor(plan));
+    target.parts.merge(arrivals.staged.parts);
     co_await removeArrived(self, std::move(plan),
                            {.before = std::move(before), .after = {}, .target = std::move(target)});
 }
@@ -294,6 +309,7 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
         co_return;
     }
     co_await noteGone(self, going).withStop({});
+    self->end->mayBePartlyGone = self->end->mayBePartlyGone && isForGood; // the Trash takes all of a folder or nothing
     if (failureIs<HostWork::MayGoOn>(removed.failure))
         self->end->isGoneKnown = false;
     self->throwIfCancelled();
@@ -311,8 +327,10 @@ Task<void> TransferRun::noteGone(Self self, Names going)
     if (!left.value)
         co_return;
     Names still;
-    for (auto const &each : left.value->taken)
+    for (auto const &each : left.value->taken) {
         still.push_back(each.name);
+        self->end->mayBePartlyGone = self->end->mayBePartlyGone || each.kind == EntryKind::directory;
+    }
     append(self->end->gone, namesWithout(going, still));
 }
 

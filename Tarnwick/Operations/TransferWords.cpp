@@ -92,10 +92,13 @@ Text cancelled(TransferJob const &job, TransferEnd const &end)
         return {hasArrived ? "%@ cancelled: everything has arrived, it is not known what was removed from the source"
                            : "%@ cancelled: it is not known what was removed from the source",
                 {what}};
-    if (end.isSourceTouched)
-        return {hasArrived ? "%@ cancelled: everything has arrived, %@ of %@ items removed from the source"
-                           : "%@ cancelled: %@ of %@ items removed from the source",
-                {what, gone, all}};
+    if (end.isSourceTouched) {
+        Text removed(hasArrived ? "%@ cancelled: everything has arrived, %@ of %@ items removed from the source"
+                                : "%@ cancelled: %@ of %@ items removed from the source",
+                     {what, gone, all});
+        return end.mayBePartlyGone ? Text::sequence({std::move(removed), ", one more perhaps in part"})
+                                   : std::move(removed);
+    }
     if (!end.gone.empty())
         return {"%@ cancelled: %@ of %@ items moved", {what, gone, all}};
     if (!summary.areFilesKnown)

@@ -395,6 +395,18 @@ TEST_F(CopyMoveTest, namesThatAreOneNameThereAreTaken)
     EXPECT_THAT(there->below("/dst"), SizeIs(2));
 }
 
+TEST_F(CopyMoveTest, ofTwoNamesThatAreOneNameThereTheReplacedOneStaysAtTheSourceAlsoIfItIsAsLarge)
+{
+    there->takesCasesForOne = true;
+    here->file("/src/A", "AAAA");
+    mark({"A", "a"});
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/src/A"), "AAAA");
+    EXPECT_FALSE(here->has("/src/a"));
+    EXPECT_THAT(lastError(), HasSubstr("Not the same at the target (1 item):\nA"));
+}
+
 TEST_F(CopyMoveTest, aNameForWhichAllNumbersAreTakenIsNotWritten)
 {
     there->file("/dst/a", "old");
@@ -786,6 +798,20 @@ TEST_F(MoveWithinTest, anOldFileWhoseNameAnotherProgramTakesIsKept)
                 HasSubstr("The old files are in " + staging + ", since they could not be moved back (1 item):\nb"));
 }
 
+TEST_F(MoveWithinTest, oldFilesThatWereReplacedAndCannotBeDeletedAreNotToComeBack)
+{
+    here->file("/dst/a", "old");
+    here->before = [](std::string const &request) {
+        if (request.starts_with("removePermanently /dst/.tw-paste-"))
+            throw FileOperationError::Failed("delete", "/dst", "no answer");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "aaaa");
+    EXPECT_THAT(lastError(), Not(HasSubstr("moved back")));
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst")));
+}
+
 TEST_F(MoveWithinTest, whatAnotherProgramPutsIntoTheStagingFolderStaysAndTheFolderIsNamed)
 {
     here->file("/dst/a", "old");
@@ -971,6 +997,23 @@ TEST_F(MoveBetweenFileSystemsTest, aCancelEndsTheDeletionOfTheSourceAndSaysHowFa
     EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
     EXPECT_THAT(source.pane->model().visibleNames(), ElementsAre("b"));
     EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aFolderWhoseDeletionWasCancelledIsNotCalledWhole)
+{
+    here->folder("/src/f");
+    here->folder("/src/g");
+    here->before = [this](std::string const &request) {
+        if (request == "removePermanently /src/f /src/g")
+            here->removing = std::make_shared<Completion<Done>>();
+    };
+    mark({"f", "g"});
+    move();
+    EXPECT_FALSE(operation->isDone());
+    dialogs->works.front()->cancel();
+    loop.drain();
+    EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: everything has arrived, 1 of 2 items removed from the source, "
+                        "one more perhaps in part");
 }
 
 TEST_F(MoveBetweenFileSystemsTest, aCancelDoesNotWaitForAPlaceThatDoesNotAnswer)
