@@ -21,10 +21,27 @@ std::size_t ConflictAnswers::openCount() const
     return static_cast<std::size_t>(std::ranges::count(given, false, &std::optional<Answer>::has_value));
 }
 
+void ConflictAnswers::setAnswer(std::size_t index, std::optional<Answer> answer)
+{
+    if (answer != Answer::replace || conflicts.at(index).isReplaceable())
+        given.at(index) = answer;
+}
+
+bool ConflictAnswers::isReplaceOpen() const
+{
+    for (std::size_t index = 0; index < given.size(); ++index) {
+        if (!given[index] && conflicts[index].isReplaceable())
+            return true;
+    }
+    return false;
+}
+
 void ConflictAnswers::answerRest(Answer answer)
 {
-    for (auto &each : given)
-        each = each.value_or(answer);
+    for (std::size_t index = 0; index < given.size(); ++index) {
+        if (!given[index])
+            setAnswer(index, answer);
+    }
 }
 
 std::vector<NameConflict::Answer> ConflictAnswers::all() const

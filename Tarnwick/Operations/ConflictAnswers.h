@@ -19,14 +19,18 @@ public:
 
     std::optional<Answer> answer(std::size_t index) const { return given.at(index); }
 
-    /// Nothing takes an answer back.
-    void setAnswer(std::size_t index, std::optional<Answer> answer) { given.at(index) = answer; }
+    /// Nothing takes an answer back. Without effect if the answer is to replace what cannot be replaced.
+    void setAnswer(std::size_t index, std::optional<Answer> answer);
 
     /// The first name without an answer behind `index`, and then before it.
     std::optional<std::size_t> nextOpen(std::size_t index) const;
 
     std::size_t openCount() const;
 
+    /// True if a name without an answer can be replaced.
+    bool isReplaceOpen() const;
+
+    /// Names that cannot be replaced stay without an answer if that is it.
     void answerRest(Answer answer);
 
     /// Every name has its answer.

@@ -13,4 +13,9 @@ NameConflict::Comparison NameConflict::comparison() const noexcept
     return source.size == target.size ? Comparison::same : Comparison::differs;
 }
 
+bool NameConflict::isReplaceable() const noexcept
+{
+    return (source.kind == EntryKind::directory) == (target.kind == EntryKind::directory);
+}
+
 } // namespace tw

@@ -25,6 +25,10 @@ struct NameConflict {
     FolderFacts::Occupant target;
 
     Comparison comparison() const noexcept;
+
+    /// False for a folder and a file: no tool that copies puts one in the place of the other on every route, and nobody
+    /// means to give a whole folder for a file.
+    bool isReplaceable() const noexcept;
 };
 
 } // namespace tw

@@ -71,6 +71,19 @@ TEST(ConflictAnswersTest, theRestGetsOneAnswerAndSingleAnswersStay)
     EXPECT_EQ(answers.openCount(), 0U);
 }
 
+TEST(ConflictAnswersTest, aFolderAndAFileDoNotReplaceEachOther)
+{
+    ConflictAnswers answers({{folderOf(1), fileOf(1, 1)}, {fileOf(1, 1), folderOf(1)}, {folderOf(1), folderOf(1)}});
+    answers.setAnswer(0, Answer::replace);
+    answers.answerRest(Answer::replace);
+    EXPECT_EQ(answers.answer(0), std::nullopt);
+    EXPECT_EQ(answers.answer(1), std::nullopt);
+    EXPECT_EQ(answers.answer(2), Answer::replace);
+    EXPECT_FALSE(answers.isReplaceOpen());
+    answers.answerRest(Answer::keepBoth);
+    EXPECT_THAT(answers.all(), ElementsAre(Answer::keepBoth, Answer::keepBoth, Answer::replace));
+}
+
 TEST(ConflictAnswersTest, anAnswerCanBeTakenBack)
 {
     auto answers = threeNames();

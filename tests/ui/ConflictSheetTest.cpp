@@ -69,6 +69,32 @@ TEST_F(ConflictSheetTest, returnSkipsWhatHasNoAnswer)
     EXPECT_THAT(sheet->answers(), ElementsAre(Answer::skip, Answer::skip));
 }
 
+TEST_F(ConflictSheetTest, replaceIsNotOfferedForAFolderAndAFile)
+{
+    auto mixed = conflictAbout("b");
+    mixed.source.kind = EntryKind::directory;
+    ask({conflictAbout("a"), mixed});
+    button(QStringLiteral("&Replace")).click();
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_FALSE(button(QStringLiteral("&Replace")).isEnabled());
+    button(QStringLiteral("&Keep Both")).click();
+    EXPECT_TRUE(isAccepted());
+    EXPECT_THAT(sheet->answers(), ElementsAre(Answer::replace, Answer::keepBoth));
+}
+
+TEST_F(ConflictSheetTest, aSingleFolderThatMeetsAFileIsKeptOrSkipped)
+{
+    auto mixed = conflictAbout("a");
+    mixed.source.kind = EntryKind::directory;
+    ask({mixed});
+    EXPECT_FALSE(button(QStringLiteral("&Replace")).isEnabled());
+    press(Qt::Key_R);
+    EXPECT_TRUE(sheet->isVisible());
+    press(Qt::Key_K);
+    EXPECT_TRUE(isAccepted());
+    EXPECT_THAT(sheet->answers(), ElementsAre(Answer::keepBoth));
+}
+
 TEST_F(ConflictSheetTest, returnDoesNotReplaceEvenOnItsButton)
 {
     ask({conflictAbout("a"), conflictAbout("b")});

@@ -30,7 +30,8 @@ ConflictSheet::ConflictSheet(Dialogs::Conflicts question, QWidget *window)
       names(new ConflictTable(*model, this)),
       replace(addAnswer("&Replace", NameConflict::Answer::replace)),
       keepBoth(addAnswer("&Keep Both", NameConflict::Answer::keepBoth)),
-      skip(addAnswer("&Skip", NameConflict::Answer::skip))
+      skip(addAnswer("&Skip", NameConflict::Answer::skip)),
+      count(new QLabel(this))
 {
     names->fitInto(std::clamp(window->width() - aroundWidth, leastWidth, mostWidth), window->height() - aroundHeight);
     addContent(names);
@@ -38,20 +39,19 @@ ConflictSheet::ConflictSheet(Dialogs::Conflicts question, QWidget *window)
     replace->setAutoDefault(false);
     skip->setDefault(true);
     buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
+    count->setTextFormat(Qt::PlainText);
+    addContent(count);
     if (model->rowCount() > 1) {
-        count = new QLabel(this);
-        count->setTextFormat(Qt::PlainText);
-        addContent(count);
         proceed = buttons().addButton(Wording::shown("&Continue"), QDialogButtonBox::AcceptRole);
         proceed->setAutoDefault(false);
         names->onAnswered = [this] { showCount(); };
-        showCount();
     } else {
         names->onAnswered = [this] {
             if (model->answers().openCount() == 0)
                 accept();
         };
     }
+    showCount();
     names->setFocus();
 }
 
@@ -60,7 +60,10 @@ QPushButton *ConflictSheet::addAnswer(char const *title, NameConflict::Answer an
     auto *const button = buttons().addButton(Wording::shown(title), QDialogButtonBox::ActionRole);
     connect(button, &QPushButton::clicked, this, [this, answer] {
         model->answerRest(answer);
-        accept();
+        if (model->answers().openCount() == 0)
+            accept();
+        else
+            showCount();
     });
     return button;
 }
@@ -70,14 +73,21 @@ void ConflictSheet::showCount()
 {
     auto const open = model->answers().openCount();
     auto const isDone = open == 0;
-    count->setText(Wording::shown(isDone
-                                      ? Text("Every name has its answer.")
-                                      : Text("R, K and S answer for the selected names, the buttons for the rest (%@).",
-                                             {grouped(static_cast<std::int64_t>(open))})));
-    proceed->setEnabled(isDone);
-    for (auto *const each : {replace, keepBoth, skip})
-        each->setEnabled(!isDone);
-    (isDone ? proceed : skip)->setDefault(true);
+    auto const isReplaceOpen = model->answers().isReplaceOpen();
+    Text words("R, K and S answer for the selected names, the buttons for the rest (%@).",
+               {grouped(static_cast<std::int64_t>(open))});
+    if (isDone)
+        words = "Every name has its answer.";
+    else if (!isReplaceOpen)
+        words = "A folder and a file do not replace each other.";
+    count->setText(Wording::shown(words));
+    count->setVisible(proceed || !isReplaceOpen);
+    replace->setEnabled(isReplaceOpen);
+    keepBoth->setEnabled(!isDone);
+    skip->setEnabled(!isDone);
+    if (proceed)
+        proceed->setEnabled(isDone);
+    (isDone && proceed ? proceed : skip)->setDefault(true);
 }
 
 std::vector<NameConflict::Answer> ConflictSheet::answers() const

@@ -36,9 +36,8 @@ private:
     QPushButton *const replace;
     QPushButton *const keepBoth;
     QPushButton *const skip;
-    // Null for a question about one name.
-    QPushButton *proceed = nullptr;
-    QLabel *count = nullptr;
+    QLabel *const count;
+    QPushButton *proceed = nullptr; // null for a question about one name
 };
 
 } // namespace tw
