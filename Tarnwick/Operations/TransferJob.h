@@ -43,12 +43,13 @@ struct TransferEnd {
     };
 
     Waiting waiting = {};
-    std::vector<std::string> leftBehind = {}; ///< paths of staging folders that could not be deleted
-    bool isSourceTouched = false;             ///< everything has arrived, and the deletion of the source was begun
-    bool isGoneKnown = true;                  ///< false: the source did not say what that has deleted
-    bool mayBePartlyGone = false;             ///< a folder is still at the source, perhaps without all that was in it
-    std::exception_ptr failure = {};          ///< of the copy or the renaming
-    std::exception_ptr sourceFailure = {};    ///< everything was copied, but not everything could be deleted
+    std::vector<std::string> overwritten = {}; ///< the old file is gone, and the new one is not whole
+    std::vector<std::string> leftBehind = {};  ///< paths of staging folders that could not be deleted
+    bool isSourceTouched = false;              ///< everything has arrived, and the deletion of the source was begun
+    bool isGoneKnown = true;                   ///< false: the source did not say what that has deleted
+    bool mayBePartlyGone = false;              ///< a folder is still at the source, perhaps without all that was in it
+    std::exception_ptr failure = {};           ///< of the copy or the renaming
+    std::exception_ptr sourceFailure = {};     ///< everything was copied, but not everything could be deleted
 };
 
 } // namespace tw

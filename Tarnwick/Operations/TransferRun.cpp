@@ -12,14 +12,15 @@
 #include "Tarnwick/Operations/StagingFolder.h"
 #include "Tarnwick/Operations/TakenNames.h"
 
+#include <unordered_map>
 #include <unordered_set>
 
 namespace tw {
 
 namespace {
 
-/// Of a place that is asked what a deletion has left.
-constexpr std::chrono::seconds patienceWithSource{3};
+/// Of a place that is asked what an operation has left.
+constexpr std::chrono::seconds patience{3};
 
 void append(std::vector<std::string> &to, std::vector<std::string> const &names)
 {
@@ -120,14 +121,48 @@ Task<TransferEnd> TransferRun::performHere(Self self)
     auto const here = co_await currentContext();
     std::stop_callback const passOn(here.stop, [self] { self->cancel(); });
     auto const outcome = co_await outcomeOf(performSteps(self).withStop(self->stop.get_token()));
+    if (outcome.failure)
+        co_await noteOverwritten(self).withStop({});
     auto end = *self->end;
     end.failure = outcome.failure;
     if (end.failure && self->stop.stop_requested())
         end.failure = std::make_exception_ptr(FileOperationError::Cancelled());
     auto begun = end.summary.complete;
     append(begun, end.summary.partial);
+    append(begun, end.overwritten);
     end.summary.untouched = namesWithout(self->job->plan.allNames(), begun);
     co_return end;
+}
+
+/// A copy writes over an old file without a way back. The target is asked which of those whose new file is not whole
+/// are still the ones that the user was shown.
+Task<void> TransferRun::noteOverwritten(Self self)
+{
+    auto const &end = self->end;
+    auto const &target = self->job->target;
+    std::unordered_set<std::string> const complete(end->summary.complete.begin(), end->summary.complete.end());
+    std::unordered_map<std::string, FolderFacts::Occupant> old;
+    Names names;
+    for (auto const &each : self->job->plan.replace) {
+        if (each.target.kind == EntryKind::directory || complete.contains(each.source.name))
+            continue;
+        old.emplace(each.source.name, each.target);
+        names.push_back(each.source.name);
+    }
+    if (names.empty() || self->job->isRename() || self->job->isMoveBetweenFileSystems)
+        co_return;
+    auto asking = answerUntilStopped(target.browser->factsAbout(target.path, names));
+    auto const now = co_await outcomeOf(withTimeOut(target.browser->clockRef(), patience, std::move(asking)));
+    if (!now.value)
+        co_return;
+    for (auto const &each : now.value->taken) {
+        auto const &shown = old.at(each.name);
+        if (each.kind == shown.kind && each.size == shown.size && each.mtime == shown.mtime)
+            old.erase(each.name);
+    }
+    end->summary.partial = namesWithout(end->summary.partial, names);
+    std::erase_if(names, [&](auto const &name) { return !old.contains(name); });
+    end->overwritten = std::move(names);
 }
 
 Task<void> TransferRun::performSteps(Self self)
@@ -321,8 +356,7 @@ Task<void> TransferRun::noteGone(Self self, Names going)
 {
     auto const &source = self->job->source;
     auto asking = answerUntilStopped(source.browser->factsAbout(source.path, going));
-    auto const left =
-        co_await outcomeOf(withTimeOut(source.browser->clockRef(), patienceWithSource, std::move(asking)));
+    auto const left = co_await outcomeOf(withTimeOut(source.browser->clockRef(), patience, std::move(asking)));
     self->end->isGoneKnown = left.value.has_value();
     if (!left.value)
         co_return;

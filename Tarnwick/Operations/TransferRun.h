@@ -39,6 +39,7 @@ private:
     using Names = std::vector<std::string>;
 
     static Task<TransferEnd> performHere(Self self);
+    static Task<void> noteOverwritten(Self self);
     static Task<void> performSteps(Self self);
     static Task<void> copyAndRemove(Self self, TransferPlan plan);
     static Task<Survey> copyStaged(Self self, TransferPlan plan);

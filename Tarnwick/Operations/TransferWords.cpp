@@ -20,13 +20,16 @@ void addList(std::vector<Text> &lines, List const &list)
 {
     if (list.names.empty())
         return;
-    lines.emplace_back("\n\n");
+    if (!lines.empty())
+        lines.emplace_back("\n\n");
     lines.push_back({list.heading, {countPhrase(list.names.size())}});
     lines.emplace_back("\n" + Dialogs::describe(list.names, mostNames));
 }
 
-void addLeftBehind(std::vector<Text> &lines, TransferEnd const &end)
+/// What has come of old files, and of the folders that they waited in.
+void addOldFiles(std::vector<Text> &lines, TransferEnd const &end)
 {
+    addList(lines, {"The old file is gone, and the new one is not whole (%@):", end.overwritten});
     if (auto const &waiting = end.waiting; !waiting.names.empty()) {
         if (!lines.empty())
             lines.emplace_back("\n\n");
@@ -122,7 +125,7 @@ Text failed(TransferEnd const &end)
     std::vector<Text> lines{failed(end.failure, {{"Complete (%@):", end.summary.complete},
                                                  {"Perhaps there in part (%@):", end.summary.partial},
                                                  {"Untouched (%@):", end.summary.untouched}})};
-    addLeftBehind(lines, end);
+    addOldFiles(lines, end);
     return Text::sequence(std::move(lines));
 }
 
@@ -137,14 +140,14 @@ Text kept(TransferEnd const &end)
     }
     addList(lines, {"Changed there during the copy, so the target may have an older state (%@):", end.kept.changed});
     addList(lines, {"Not the same at the target (%@):", end.kept.unequal});
-    addLeftBehind(lines, end);
+    addOldFiles(lines, end);
     return Text::sequence(std::move(lines));
 }
 
 Text leftBehind(TransferEnd const &end)
 {
     std::vector<Text> lines;
-    addLeftBehind(lines, end);
+    addOldFiles(lines, end);
     return Text::sequence(std::move(lines));
 }
 

@@ -419,6 +419,39 @@ TEST_F(CopyMoveTest, aNameForWhichAllNumbersAreTakenIsNotWritten)
     EXPECT_THAT(transfer->copies, IsEmpty());
 }
 
+TEST_F(CopyMoveTest, anOldFileThatIsGoneWithoutAWholeNewOneIsNamed)
+{
+    there->file("/dst/a", "old");
+    there->file("/dst/b", "old too");
+    there->file("/dst/c", "also old");
+    here->file("/src/c", "c");
+    mark({"a", "b", "c"});
+    transfer->before = [this](std::string const &name) {
+        if (name != "b")
+            return;
+        there->file("/dst/b", "b");
+        throw FileOperationError::Failed("write to remote", "b", "no space");
+    };
+    copy();
+    resolve({Answer::replace, Answer::replace, Answer::replace});
+    EXPECT_EQ(lastError(),
+              "write to remote failed on b: no space\n\nComplete (1 item):\na\n\nUntouched (1 item):\nc\n\n"
+              "The old file is gone, and the new one is not whole (1 item):\nb");
+}
+
+TEST_F(CopyMoveTest, afterACancelTheOldFileThatIsGoneIsNamed)
+{
+    there->file("/dst/b", "old");
+    transfer->pausesBefore = "b";
+    copy();
+    resolve({Answer::replace});
+    there->nodes.erase("/dst/b");
+    dialogs->works.front()->cancel();
+    loop.drain();
+    EXPECT_EQ(status(), "⚠︎ copy 2 items cancelled: 1 of 2 files copied");
+    EXPECT_EQ(lastError(), "The old file is gone, and the new one is not whole (1 item):\nb");
+}
+
 TEST_F(CopyMoveTest, nothingOfTheStagingFolderIsLeft)
 {
     there->file("/dst/a", "old");
