@@ -4,9 +4,24 @@ namespace tw {
 
 namespace {
 
+/// ssh(1): its status if an error occurred, of which it says nothing where it shares a connection. tar has no such one.
+constexpr ExitStatus lost{ExitStatus::Cause::exited, 255};
+
 std::string wordsOf(PipeEnding::Program const &program)
 {
-    return program.words.empty() ? program.status.text() : program.words;
+    if (!program.words.empty())
+        return program.words;
+    auto const isLost = !program.isHere && program.status == lost;
+    return program.status.text() + (isLost ? ": the connection was lost" : "");
+}
+
+/// GNU tar says no more than this of the first block that a full disk takes in part.
+std::string wordsOfConsumer(PipeEnding::Program const &program)
+{
+    auto words = wordsOf(program);
+    if (words.find(": Wrote only ") != words.npos && words.find("No space left") == words.npos)
+        words += "\nThe disk may be full.";
+    return words;
 }
 
 } // namespace
@@ -19,11 +34,11 @@ std::optional<PipeEnding::Failure> PipeEnding::failure() const
         return Failure{reading, refusal};
     bool const hasWritten = consumer.status.isSuccess();
     if (couldNotWrite && !(hasWritten && isWhole))
-        return Failure{writing, hasWritten ? "it ended before the archive" : wordsOf(consumer)};
+        return Failure{writing, hasWritten ? "it ended before the archive" : wordsOfConsumer(consumer)};
     if (!producer.status.isSuccess())
         return Failure{reading, wordsOf(producer)};
     if (!hasWritten)
-        return Failure{writing, wordsOf(consumer)};
+        return Failure{writing, wordsOfConsumer(consumer)};
     if (!isWhole)
         return Failure{reading, "the archive ended too early"};
     return std::nullopt;

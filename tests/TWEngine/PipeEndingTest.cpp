@@ -44,6 +44,24 @@ TEST(PipeEndingTest, aConsumerAloneIsJudgedByItsWords)
     EXPECT_EQ(textOf(ending), "write to remote: No space left on device");
 }
 
+TEST(PipeEndingTest, aDiskThatTookABlockInPartMayBeFull)
+{
+    auto ending = good();
+    ending.consumer = {.status = failed, .words = "tar: b: Wrote only 6144 of 10240 bytes"};
+    EXPECT_EQ(textOf(ending), "write to this Mac: tar: b: Wrote only 6144 of 10240 bytes\nThe disk may be full.");
+    ending.consumer.words += "\ntar: c: Cannot write: No space left on device";
+    EXPECT_EQ(textOf(ending), "write to this Mac: " + ending.consumer.words);
+}
+
+TEST(PipeEndingTest, aConnectionThatIsLostInSilenceIsCalledLost)
+{
+    auto ending = good();
+    ending.producer = {.status = {ExitStatus::Cause::exited, 255}, .isHere = false};
+    EXPECT_EQ(textOf(ending), "read from remote: exit 255: the connection was lost");
+    ending.producer.isHere = true;
+    EXPECT_EQ(textOf(ending), "read from this Mac: exit 255");
+}
+
 TEST(PipeEndingTest, aConsumerThatStoppedReadingIsTheCauseOfTheProducersEnd)
 {
     auto ending = good();
