@@ -4,7 +4,6 @@
 #include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWEngine/Runtime/TimeOut.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/StagingFolder.h"
@@ -112,8 +111,10 @@ Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
     }
     auto const moving = co_await outcomeOf(moveInRequests(job, job->source.browser, std::move(moves)));
     if (moving.failure) {
-        auto const asked = co_await outcomeOf(whatHasMoved(job, std::move(renamings)).withStop({}));
+        auto const asked = co_await outcomeOf(answerSoonAfterStop(job->target.browser->clockRef(), patienceWithAnswer,
+                                                                  whatHasMoved(job, std::move(renamings))));
         auto const known = asked.value.value_or(std::nullopt);
+        end->summary.areFilesKnown = end->summary.areFilesKnown && known.has_value();
         auto const parts = known ? partsLeft(*job, moving.failure, known->inPart) : moved;
         end->summary.partial.insert(end->summary.partial.end(), parts.begin(), parts.end());
         moved = known ? known->whole : Names();
@@ -161,34 +162,43 @@ Task<void> moveOver(Job job, End end, Operands staging, Names names)
     co_await moveNames(job, end, asTheyAre(names));
 }
 
-/// Moves back what was not replaced, and deletes what was. An old file that cannot be moved back stays in the staging
-/// folder, for example because another program has made a file of its name.
-Task<void> clear(Job job, End end, Operands staging, Names names)
+/// Moves `unreplaced` back, and deletes the old files of the other names of `staging`. The result is what cannot be
+/// moved back, for example because another program has made a file of its name: it stays in the staging folder.
+Task<Names> clear(Operands staging, Operands target, Names unreplaced)
 {
-    std::unordered_set<std::string> const replaced(end->gone.begin(), end->gone.end());
-    Names unreplaced;
-    for (auto const &name : names)
-        (replaced.contains(name) ? staging.names : unreplaced).push_back(name);
+    staging.names = namesWithout(staging.names, unreplaced);
     if (!unreplaced.empty()) {
-        co_await outcomeOf(putBack(staging, job->target, unreplaced));
+        co_await outcomeOf(putBack(staging, target, unreplaced));
         auto const left = co_await outcomeOf(presentIn(staging, unreplaced));
         if (left.value)
             std::erase_if(unreplaced, [&](auto const &name) { return !left.value->contains(name); });
     }
-    if (!unreplaced.empty())
-        end->waiting = {.folder = staging.path, .names = std::move(unreplaced)};
     // Not the folder as a whole: others may have put something into it.
     if (!staging.names.empty())
         co_await outcomeOf(staging.browser->removePermanently(staging.paths(), LockedFolders::go));
+    co_return unreplaced;
+}
+
+/// Also after a stop: nobody would look for the old files in the staging folder. Of a place that does not answer then,
+/// any of them may be there; what was asked of it is done when it answers again.
+Task<void> clearInTime(Job job, End end, Operands staging, Names names)
+{
+    auto unreplaced = namesWithout(names, end->gone);
+    staging.names = std::move(names);
+    auto clearing = clear(staging, job->target, unreplaced).withStop({});
+    auto const left =
+        co_await outcomeOf(answerSoonAfterStop(staging.browser->clockRef(), patienceWithWork, std::move(clearing)));
+    auto waiting = left.value.value_or(std::move(unreplaced));
+    if (!waiting.empty())
+        end->waiting = {.folder = staging.path, .names = std::move(waiting)};
 }
 
 /// A staging folder is still there. A host may have moved files into it after its connection was lost.
 Task<void> noteLeft(End end, Operands staging, Names names)
 {
     names = namesWithout(names, end->gone); // their new files are there
-    auto asking = answerUntilStopped(presentIn(staging, names));
-    auto const there =
-        co_await outcomeOf(withTimeOut(staging.browser->clockRef(), StagingFolder::patience, std::move(asking)));
+    auto const there = co_await outcomeOf(
+        answerInTime(staging.browser->clockRef(), StagingFolder::patience, presentIn(staging, names)));
     if (there.value)
         std::erase_if(names, [&](auto const &name) { return !there.value->contains(name); });
     if (names.empty())
@@ -203,8 +213,7 @@ Task<void> replaceFiles(Job job, End end, Names names)
     auto replaced = co_await outcomeOf(staging.made());
     if (!replaced.failure) {
         replaced = co_await outcomeOf(moveOver(job, end, staging.place(), names));
-        // Also after a stop: nobody would look for the old files in the staging folder.
-        co_await clear(job, end, staging.place(), names).withStop({});
+        co_await clearInTime(job, end, staging.place(), names);
     }
     if (end->waiting.names.empty()) {
         auto const isGone = co_await staging.discard(StagingFolder::Content::files);

@@ -1,7 +1,6 @@
 #include "Tarnwick/Operations/StagingFolder.h"
 
 #include "TWCore/Async/FailureKind.h"
-#include "TWEngine/Runtime/TimeOut.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/StagingName.h"
 
@@ -25,17 +24,16 @@ Task<StagingFolder> StagingFolder::begin(Operands parent)
 
 Task<bool> StagingFolder::discard(Content content) const
 {
-    return discardHere(*this, content).withStop({});
+    return discardHere(*this, content);
 }
 
 Task<bool> StagingFolder::discardHere(StagingFolder self, Content content)
 {
-    auto going = isGoneAfter(self, content);
-    if (self.making.isDone())
-        co_return co_await std::move(going);
-    auto leaving = answerUntilStopped(std::move(going).withStop({}));
-    auto const left = co_await outcomeOf(withTimeOut(self.folder.browser->clockRef(), patience, std::move(leaving)));
-    co_return left.value.value_or(false);
+    auto const limit = self.making.isDone() ? patienceWithWork : patience;
+    auto leaving = isGoneAfter(self, content).withStop({});
+    auto const isGone =
+        co_await outcomeOf(answerSoonAfterStop(self.folder.browser->clockRef(), limit, std::move(leaving)));
+    co_return isGone.value.value_or(false);
 }
 
 Task<bool> StagingFolder::isGoneAfter(StagingFolder self, Content content)

@@ -34,7 +34,9 @@ public:
     /// cancel.
     static constexpr std::chrono::seconds patience{2};
 
-    /// Deletes it. False if it may be there all the same. Takes no stop.
+    /// Deletes it. False if it may be there all the same.
+    ///
+    /// Cancellation: it is waited for some seconds more, and goes all the same if the place does not answer by then.
     Task<bool> discard(Content content) const;
 
 private:

@@ -44,7 +44,7 @@ struct TransferEnd {
 
     Waiting waiting = {};
     std::vector<std::string> overwritten = {}; ///< the old file is gone, and the new one is not whole
-    std::vector<std::string> leftBehind = {};  ///< paths of staging folders that could not be deleted
+    std::vector<std::string> leftBehind = {};  ///< paths of staging folders that may be there still
     bool isSourceTouched = false;              ///< everything has arrived, and the deletion of the source was begun
     bool isGoneKnown = true;                   ///< false: the source did not say what that has deleted
     bool mayBePartlyGone = false;              ///< a folder is still at the source, perhaps without all that was in it

@@ -4,7 +4,6 @@
 #include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
-#include "TWEngine/Runtime/TimeOut.h"
 #include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/MoveWithin.h"
@@ -18,9 +17,6 @@
 namespace tw {
 
 namespace {
-
-/// Of a place that is asked what an operation has left.
-constexpr std::chrono::seconds patience{3};
 
 void append(std::vector<std::string> &to, std::vector<std::string> const &names)
 {
@@ -151,8 +147,9 @@ Task<void> TransferRun::noteOverwritten(Self self)
     }
     if (names.empty() || self->job->isRename() || self->job->isMoveBetweenFileSystems)
         co_return;
-    auto asking = answerUntilStopped(target.browser->factsAbout(target.path, names));
-    auto const now = co_await outcomeOf(withTimeOut(target.browser->clockRef(), patience, std::move(asking)));
+    auto asking = target.browser->factsAbout(target.path, names);
+    auto const now =
+        co_await outcomeOf(answerInTime(target.browser->clockRef(), patienceWithAnswer, std::move(asking)));
     if (!now.value)
         co_return;
     for (auto const &each : now.value->taken) {
@@ -222,9 +219,13 @@ Task<Survey> TransferRun::copyStaged(Self self, TransferPlan plan)
     auto const staging = co_await StagingFolder::begin(self->job->target);
     auto publishing = copyAndPublish(self, staging, std::move(plan));
     auto arrived = co_await outcomeOf(std::move(publishing));
-    auto const isGone = co_await staging.discard(StagingFolder::Content::copies);
-    if (!isGone)
-        self->end->leftBehind.push_back(staging.place().path);
+    auto const path = staging.place().path;
+    // `publish` leaves it behind if a renaming may be under way: what is renamed must not be deleted at the same time.
+    if (!namesWithout({path}, self->end->leftBehind).empty()) {
+        auto const isGone = co_await staging.discard(StagingFolder::Content::copies);
+        if (!isGone)
+            self->end->leftBehind.push_back(path);
+    }
     co_return arrived.take();
 }
 
@@ -252,18 +253,21 @@ Task<Survey> TransferRun::copyAndPublish(Self self, StagingFolder folder, Transf
         self->end->summary.files = filesBefore;
         self->end->summary.areFilesKnown = wereFilesKnown;
     }
-    if (copied.failure && self->job->isMoveBetweenFileSystems)
-        co_await outcomeOf(publishWhole(self, staging, whole)).withStop({});
+    if (copied.failure && self->job->isMoveBetweenFileSystems) {
+        auto publishing = publishWhole(self, staging, whole);
+        co_await outcomeOf(withLaterStop(staging.browser->clockRef(), patienceWithWork, std::move(publishing)));
+    }
     auto arrived = copied.take();
     co_await publish(self, staging, std::move(plan));
     co_return arrived;
 }
 
-/// Gives names of the staging folder their names in the target.
+/// Gives names of the staging folder their names in the target. If nobody knows which of them have got them, the folder
+/// is left behind.
 Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
 {
     auto const job = std::make_shared<TransferJob>(*self->job);
-    job->source = std::move(staging);
+    job->source = staging;
     job->plan = std::move(plan);
     auto const named = std::make_shared<TransferEnd>();
     auto const moved = co_await outcomeOf(moveWithin(job, named));
@@ -271,20 +275,30 @@ Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
     append(self->end->summary.partial, named->summary.partial);
     self->end->waiting = named->waiting;
     append(self->end->leftBehind, named->leftBehind);
+    if (!named->summary.areFilesKnown) {
+        self->end->summary.areFilesKnown = false;
+        self->end->leftBehind.push_back(staging.path);
+    }
     if (moved.failure)
         std::rethrow_exception(atTarget(moved.failure, *job));
 }
 
-/// Publishes what was whole when the copy ended before its end, and counts its files.
+/// Publishes what was whole when the copy ended before its end, and counts its files if that does not take long.
 Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan plan)
 {
     auto const names = plan.allNames();
     if (names.empty())
         co_return;
-    auto const whole = co_await staging.browser->survey(staging.path, names, Survey::Detail::sums);
+    auto counting = staging.browser->survey(staging.path, names, Survey::Detail::sums);
+    auto const whole =
+        co_await outcomeOf(answerInTime(staging.browser->clockRef(), patienceWithAnswer, std::move(counting)));
     co_await outcomeOf(publish(self, staging, std::move(plan)));
+    if (!whole.value) {
+        self->end->summary.areFilesKnown = false;
+        co_return;
+    }
     for (auto const &name : self->end->summary.complete) {
-        if (auto const found = whole.parts.find(name); found != whole.parts.end())
+        if (auto const found = whole.value->parts.find(name); found != whole.value->parts.end())
             self->end->summary.files += found->second.files;
     }
 }
@@ -355,8 +369,9 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
 Task<void> TransferRun::noteGone(Self self, Names going)
 {
     auto const &source = self->job->source;
-    auto asking = answerUntilStopped(source.browser->factsAbout(source.path, going));
-    auto const left = co_await outcomeOf(withTimeOut(source.browser->clockRef(), patience, std::move(asking)));
+    auto asking = source.browser->factsAbout(source.path, going);
+    auto const left =
+        co_await outcomeOf(answerInTime(source.browser->clockRef(), patienceWithAnswer, std::move(asking)));
     self->end->isGoneKnown = left.value.has_value();
     if (!left.value)
         co_return;

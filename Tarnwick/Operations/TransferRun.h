@@ -23,8 +23,9 @@ class StagingFolder;
 ///
 /// Threads: main context only.
 /// Lifetime: shared; `perform` keeps it.
-/// Cancellation: by `cancel`, within a moment. What has arrived stays; of the names in a staging folder, those that are
-/// whole, if it is between two file systems. A source of which all has arrived may be deleted in part by then.
+/// Cancellation: by `cancel`, within a moment, or within some seconds if a place does not answer. What has arrived
+/// stays; of the names in a staging folder, those that are whole, if it is between two file systems. A source of which
+/// all has arrived may be deleted in part by then.
 class TransferRun : public std::enable_shared_from_this<TransferRun> {
 public:
     TransferRun(TransferJob job, std::shared_ptr<Transfer> transfer, Transfer::Reporter onProgress);

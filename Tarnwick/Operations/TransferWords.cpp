@@ -40,8 +40,9 @@ void addOldFiles(std::vector<Text> &lines, TransferEnd const &end)
     for (auto const &folder : end.leftBehind) {
         if (!lines.empty())
             lines.emplace_back("\n\n");
-        lines.push_back({"The folder %@ could not be deleted. Nothing that was put into it here is needed any more.",
-                         {onOneLine(WindowsPath::display(folder))}});
+        lines.push_back(
+            {"The folder %@ could not be deleted, or not yet. Nothing that was put into it here is needed any more.",
+             {onOneLine(WindowsPath::display(folder))}});
     }
 }
 

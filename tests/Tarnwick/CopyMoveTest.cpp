@@ -487,7 +487,7 @@ TEST_F(CopyMoveTest, aStagingFolderThatIsLeftBehindIsNamed)
     resolve({Answer::keepBoth});
     auto const staging = there->below("/dst").front();
     EXPECT_THAT(staging, StartsWith("/dst/.tw-paste-"));
-    EXPECT_THAT(lastError(), HasSubstr("The folder " + staging + " could not be deleted."));
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + staging + " could not be deleted, or not yet."));
 }
 
 TEST_F(CopyMoveTest, theSourceOfAMoveGoesWhenAllHasArrived)
@@ -857,7 +857,7 @@ TEST_F(MoveWithinTest, whatAnotherProgramPutsIntoTheStagingFolderStaysAndTheFold
     EXPECT_EQ(here->content("/dst/a"), "aaaa");
     auto const staging = stagingIn("/dst");
     EXPECT_THAT(here->below(staging), ElementsAre(staging + "/other"));
-    EXPECT_THAT(lastError(), HasSubstr("The folder " + staging + " could not be deleted."));
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + staging + " could not be deleted, or not yet."));
 }
 
 TEST_F(MoveWithinTest, aStagingFolderThatMayHaveBeenMadeIsGoneOrNamed)
@@ -880,7 +880,7 @@ TEST_F(MoveWithinTest, aStagingFolderThatMayHaveBeenMadeIsGoneOrNamed)
     mark({"a"});
     move();
     resolve({Answer::replace});
-    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst") + " could not be deleted."));
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst") + " could not be deleted, or not yet."));
     EXPECT_EQ(here->content("/dst/a"), "old");
 }
 
@@ -1062,6 +1062,63 @@ TEST_F(MoveBetweenFileSystemsTest, aCancelDoesNotWaitForAPlaceThatDoesNotAnswer)
     here->making->succeed({});
     loop.drain();
     EXPECT_THAT(here->below("/dst"), IsEmpty()) << "it goes all the same";
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aDiskThatDiesDoesNotHoldACancel)
+{
+    transfer->before = [this](std::string const &name) {
+        if (name != "b")
+            return;
+        here->silence = std::make_shared<SharedCompletion<Done>>();
+        dialogs->works.front()->cancel();
+        throw FileOperationError::Cancelled();
+    };
+    move();
+    letTimePass();
+    EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: it is not known how many files were copied");
+    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst") + " could not be deleted, or not yet."));
+    EXPECT_THAT(requestsOf(*here, "removePermanently"), IsEmpty()) << "a file may be on its way out of it";
+    EXPECT_THAT(here->below("/src"), SizeIs(2));
+}
+
+TEST_F(MoveBetweenFileSystemsTest, ofADiskThatDiesWhileFilesAreReplacedItIsSaidWhereTheOldOnesMayBe)
+{
+    here->file("/dst/a", "old");
+    std::string staging;
+    here->before = [this, &staging](std::string const &request) {
+        if (transfer->cancels > 0 || !request.starts_with("move ") || !request.ends_with("/a /dst/a"))
+            return;
+        staging = requestsOf(*here, "move /dst/a ").front().substr(std::string("move /dst/a ").size());
+        here->silence = std::make_shared<SharedCompletion<Done>>();
+        dialogs->works.front()->cancel();
+    };
+    move();
+    resolve({Answer::replace});
+    letTimePass();
+    EXPECT_FALSE(dialogs->works.front()->isUnderWay);
+    EXPECT_THAT(lastError(), HasSubstr("The old files are in " + staging.substr(0, staging.rfind('/')) + ", "));
+    EXPECT_EQ(here->content(staging), "old");
+
+    here->wakeUp();
+    loop.drain();
+    EXPECT_EQ(here->content("/dst/a"), "old") << "it comes back with the disk";
+}
+
+TEST_F(MoveBetweenFileSystemsTest, aDeletionOfCopiesThatTakesLongIsWaitedForUntilACancel)
+{
+    transfer->before = [this](std::string const &name) {
+        if (name != "b")
+            return;
+        here->removing = std::make_shared<Completion<Done>>();
+        std::rethrow_exception(failed("no way"));
+    };
+    move();
+    letTimePass();
+    EXPECT_TRUE(dialogs->works.front()->isUnderWay);
+    dialogs->works.front()->cancel();
+    letTimePass();
+    EXPECT_FALSE(dialogs->works.front()->isUnderWay);
+    EXPECT_THAT(lastError(), HasSubstr("The folder /dst/.tw-paste-"));
 }
 
 class MoveToADiskWithoutCasesTest : public MoveBetweenFileSystemsTest {

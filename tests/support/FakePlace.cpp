@@ -60,10 +60,22 @@ void FakePlace::copyFrom(FakePlace const &source, std::string const &path, std::
     }
 }
 
-void FakePlace::request(std::string what)
+void FakePlace::wakeUp()
+{
+    for (auto const &each : {&syncing, &making, &removing}) {
+        if (auto const waiting = std::exchange(*each, nullptr))
+            waiting->succeed({});
+    }
+    if (auto const waiting = std::exchange(silence, nullptr))
+        waiting->settle({.value = Done(), .failure = {}});
+}
+
+Task<void> FakePlace::request(std::string what)
 {
     requests.push_back(what);
     before(what);
+    if (silence)
+        co_await SharedCompletion<Done>::wait(silence);
 }
 
 void FakePlace::erase(std::string const &path)
@@ -125,7 +137,7 @@ Task<Listings> FakePlace::fetch(std::string path, int /*depth*/, FetchPriority /
 
 Task<void> FakePlace::makeDirectory(std::string path)
 {
-    request("makeDirectory " + path);
+    co_await request("makeDirectory " + path);
     if (has(path))
         throw Failed("create folder", path, "File exists");
     if (making)
@@ -135,24 +147,22 @@ Task<void> FakePlace::makeDirectory(std::string path)
 
 Task<void> FakePlace::removeEmptyFolder(std::string path)
 {
-    request("removeEmptyFolder " + path);
+    co_await request("removeEmptyFolder " + path);
     if (!below(path).empty())
         throw Failed("delete", path, "Directory not empty");
     erase(path);
-    co_return;
 }
 
 Task<void> FakePlace::remove(std::vector<std::string> paths)
 {
-    request(joined("remove", paths));
+    co_await request(joined("remove", paths));
     for (auto const &path : paths)
         erase(path);
-    co_return;
 }
 
 Task<void> FakePlace::removePermanently(std::vector<std::string> paths, LockedFolders /*locked*/)
 {
-    request(joined("removePermanently", paths));
+    co_await request(joined("removePermanently", paths));
     for (auto const &path : paths) {
         erase(path);
         if (removing)
@@ -168,15 +178,14 @@ Task<void> FakePlace::rename(std::string from, std::string to)
 Task<void> FakePlace::moveAll(std::vector<Move> moves)
 {
     for (auto const &[from, to] : moves) {
-        request("move " + from + " " + to);
+        co_await request("move " + from + " " + to);
         moveTree(spelledHere(from), spelledHere(to));
     }
-    co_return;
 }
 
 Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::string> names)
 {
-    request(joined("factsAbout " + folder, names));
+    co_await request(joined("factsAbout " + folder, names));
     FolderFacts facts;
     facts.takesCasesForOne = foldsIn(folder);
     if (!has(folder))
@@ -206,7 +215,7 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
 
 Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> names, Survey::Detail detail)
 {
-    request(joined("survey " + folder, names));
+    co_await request(joined("survey " + folder, names));
     Survey survey;
     for (auto const &name : names) {
         auto const root = spelledHere(pathIn(folder, name));
@@ -232,7 +241,7 @@ Task<Survey> FakePlace::survey(std::string folder, std::vector<std::string> name
 
 Task<void> FakePlace::sync(std::string folder)
 {
-    request("sync " + folder);
+    co_await request("sync " + folder);
     if (syncing)
         co_await Completion<Done>::wait(syncing);
 }

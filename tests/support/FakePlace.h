@@ -2,7 +2,7 @@
 
 #include "TWCore/Provider/CommandHost.h"
 #include "TWCore/Provider/FileSystemWriter.h"
-#include "TWEngine/Runtime/Completion.h"
+#include "TWEngine/Runtime/SharedCompletion.h"
 
 #include <cstdint>
 #include <functional>
@@ -41,6 +41,9 @@ public:
     /// Copies a file, or a folder with all that is in it, into a folder here; folders merge.
     void copyFrom(FakePlace const &source, std::string const &path, std::string const &folder);
 
+    /// Answers all that waits.
+    void wakeUp();
+
     /// Called with each request before it is done: "remove /a /b". It may throw in its place.
     std::function<void(std::string const &request)> before = [](auto const &) {};
     std::string otherFileSystem;                ///< the folder that one is mounted on
@@ -48,7 +51,9 @@ public:
     std::shared_ptr<Completion<Done>> syncing;  ///< a sync waits for it, if there is one
     std::shared_ptr<Completion<Done>> making;   ///< the making of a folder likewise
     std::shared_ptr<Completion<Done>> removing; ///< a removal for good likewise, behind each path
-    std::vector<std::string> requests;          ///< that have been done or failed, the questions too
+    /// Everything that is asked for likewise, as with a disk that does not answer.
+    std::shared_ptr<SharedCompletion<Done>> silence;
+    std::vector<std::string> requests; ///< that have begun or failed, the questions too
     bool isReversible = true;
     bool takesCasesForOne = false; ///< everywhere, or on the other file system if there is one
 
@@ -75,7 +80,7 @@ public:
     std::map<std::string, Node> nodes;
 
 private:
-    void request(std::string what);
+    Task<void> request(std::string what);
     void erase(std::string const &path);
     std::uint64_t deviceOf(std::string const &path) const;
     bool foldsIn(std::string const &path) const;

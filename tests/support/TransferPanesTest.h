@@ -36,6 +36,7 @@ protected:
     ~TransferPanesTest() override
     {
         dialogs->close();
+        here->wakeUp();
         loop.drain();
         for (auto *side : {&source, &target}) {
             side->pane->detach(side->display);
@@ -107,6 +108,15 @@ protected:
     {
         dialogs->confirmations.back().answer(answer);
         loop.drain();
+    }
+
+    /// Until the first sheet that shows progress says that its work has ended, but not for ever.
+    void letTimePass()
+    {
+        for (int second = 0; second < 60 && dialogs->works.front()->isUnderWay; ++second) {
+            clock->advance(std::chrono::seconds(1));
+            loop.drain();
+        }
     }
 
     void resolve(std::vector<NameConflict::Answer> answers)
