@@ -8,6 +8,7 @@
 #include "TWCore/Model/LowerCased.h"
 #include "TWCore/Model/WindowsPath.h"
 #include "TWEngine/Transfer/HostWork.h"
+#include "Tarnwick/Operations/AnswerUntil.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
 #include "Tarnwick/Operations/ClaimSteps.h"
 #include "Tarnwick/Operations/CountPhrase.h"
@@ -63,7 +64,9 @@ struct Left {
 
 Task<Left> leftOf(Operands what)
 {
-    auto const facts = co_await outcomeOf(what.browser->factsAbout(what.path, what.names));
+    auto asking = what.browser->factsAbout(what.path, what.names);
+    auto const facts =
+        co_await outcomeOf(answerInTime(what.browser->clockRef(), patienceWithAnswer, std::move(asking)));
     if (!facts.value)
         co_return Left{.what = std::move(what)};
     what.names.clear();
@@ -198,6 +201,10 @@ Text conclusionOf(Work const &work, DeletionEnd const &end)
     auto const count = work->what.names.size();
     if (isCancelled(work, end) && failureIs<HostWork::MayGoOn>(end.failure))
         return {"%@ cancelled: the host may go on, so it is not known what is deleted", {lowerCased(work->title())}};
+    if (isCancelled(work, end) && !end.left.isKnown)
+        return {work->isToTrash ? "%@ cancelled: it is not known what was moved"
+                                : "%@ cancelled: it is not known what is deleted",
+                {lowerCased(work->title())}};
     if (isCancelled(work, end))
         return work->cancelledWords(count - end.names().size());
     if (end.failure)

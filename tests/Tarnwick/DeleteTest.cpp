@@ -307,6 +307,18 @@ TEST_F(FailedDeleteTest, aFailureSaysWhatIsDeletedWhatMayBeInPartAndWhatIsUntouc
     EXPECT_EQ(dialogs->wordsOfErrors.back(), "");
 }
 
+TEST_F(FailedDeleteTest, aDiskThatDiesDoesNotHoldACancel)
+{
+    here->before = [this](std::string const &request) {
+        if (request.starts_with("remove"))
+            here->silence = std::make_shared<SharedCompletion<Done>>();
+    };
+    deleteIn("/src");
+    dialogs->works.front()->cancel();
+    letTimePass();
+    EXPECT_EQ(source.display.status, "⚠︎ delete 3 items cancelled: it is not known what is deleted");
+}
+
 TEST_F(FailedDeleteTest, aHostMayHaveDeletedPartsOfEveryFolderThatIsLeft)
 {
     show(source, thereBrowser, "web1", "/dst");
