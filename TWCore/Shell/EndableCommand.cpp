@@ -11,13 +11,19 @@ std::string fileOf(std::string_view token)
     return std::string(folder) + "/.tarnwick-" + std::string(token);
 }
 
+std::string endableFunction(std::string_view program, std::string const &isEnded)
+{
+    std::string const name(program);
+    return name + "() { if " + isEnded + "; then return 143; fi; { exec " + name + " \"$@\" <&9 9<&- & } 9<&0; " +
+           "{ echo $! >\"$tw_number\"; if " + isEnded + "; then kill $!; fi; wait $!; set -- $?; " +
+           "echo >\"$tw_number\"; } 2>/dev/null; return $1; }\n";
+}
+
 } // namespace
 
-std::string text(std::string_view token, std::string_view program, std::string_view script)
+std::string text(std::string_view token, std::initializer_list<std::string_view> programs, std::string_view script)
 {
     auto const file = fileOf(token);
-    auto const isEnded = "[ -e " + file + ".end ]";
-    std::string const name(program);
     // The file is made here, so that nobody else's is written to later. The number goes as soon as the program has been
     // waited for: it may become that of another one. `end` may come before the number is written; then the program is
     // ended here. In the background, a program would have an empty input.
@@ -25,11 +31,12 @@ std::string text(std::string_view token, std::string_view program, std::string_v
     // Starting rm takes longer than all of this, so it is not waited for. It removes the end last: an end that has
     // still found the file goes too. Not by a trap: bash then handles SIGTERM, and a program that gets it before its
     // `exec` would live on.
-    return "tw_number=" + file + "; (umask 077; set -C; : >\"$tw_number\") 2>/dev/null || tw_number=/dev/null\n(" +
-           name + "() { if " + isEnded + "; then return 143; fi; { exec " + name + " \"$@\" <&9 9<&- & } 9<&0; " +
-           "{ echo $! >\"$tw_number\"; if " + isEnded + "; then kill $!; fi; wait $!; set -- $?; " +
-           "echo >\"$tw_number\"; } 2>/dev/null; return $1; }\n" + std::string(script) + "\n)\ntw_s=$?; exec rm -f " +
-           file + " " + file + ".end >/dev/null 2>&1 &\nexit $tw_s";
+    auto command =
+        "tw_number=" + file + "; (umask 077; set -C; : >\"$tw_number\") 2>/dev/null || tw_number=/dev/null\n(";
+    for (auto const program : programs)
+        command += endableFunction(program, "[ -e " + file + ".end ]");
+    return command + std::string(script) + "\n)\ntw_s=$?; exec rm -f " + file + " " + file +
+           ".end >/dev/null 2>&1 &\nexit $tw_s";
 }
 
 std::string end(std::string_view token)

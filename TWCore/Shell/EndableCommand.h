@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -8,11 +9,11 @@
 /// meanwhile.
 namespace tw::EndableCommand {
 
-/// Runs `script`, in which each call of `program` can be ended. The shell ends with it: it is one that was made for it.
-/// The program's process leaves its number in a file, which goes a moment after the last answer; where no file can be
-/// written, the program cannot be ended and runs all the same. `token` names the file: letters and digits that nobody
-/// can guess, since the folder is a shared one.
-std::string text(std::string_view token, std::string_view program, std::string_view script);
+/// Runs `script`, in which each call of one of the `programs` can be ended; only one of them runs at a time. The shell
+/// ends with the script: it is one that was made for it. The program's process leaves its number in a file, which goes
+/// a moment after the last answer; where no file can be written, the program cannot be ended and runs all the same.
+/// `token` names the file: letters and digits that nobody can guess, since the folder is a shared one.
+std::string text(std::string_view token, std::initializer_list<std::string_view> programs, std::string_view script);
 
 /// Ends that command, from another session. Calls that have not begun yet end when they begin. Status 0: the command is
 /// under way, and what this leaves goes with it. `cannotBeEnded`: nothing was changed. Otherwise it has not begun or is

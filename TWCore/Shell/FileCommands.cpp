@@ -43,20 +43,52 @@ constexpr std::string_view removeLocked =
 
 /// cp waits at a pipe until somebody reads it, and writes through a link to the file that it leads to, also below a
 /// folder of the target. Only GNU has an option against that, so others still do it below a folder. With the option a
-/// file goes before the new one can be read, so it is used only if there is a pipe or a link. A target that is new or a
-/// file starts no other program.
+/// file goes before the new one can be read, so it is used only if there is a pipe or a link at a name of the source.
+/// A target that is new or a file starts no other program.
+///
+/// Without the option, a link goes just before its own cp: if an earlier one fails or is ended, the link stays.
 constexpr std::string_view copyAll = R"sh(
-tw_help= tw_replace=
+tw_help= tw_replace= tw_status=0
+tw_meets() {
+  tw_there=$tw_to${1##*/}
+  [ -L "$tw_there" ] || { [ -e "$tw_there" ] && ! [ -f "$tw_there" ]; }
+}
+tw_names() {
+  for tw_from do
+    tw_meets "$tw_from" || continue
+    cd -- "${tw_from%/*}/" && find "./${tw_from##*/}" -print0
+    [ $? -le 128 ] || break
+  done
+}
+tw_look='for n do
+  [ -L "$n" ] && exit 255
+  ! [ -e "$n" ] || [ -f "$n" ] || [ -d "$n" ] || exit 255
+done'
 for tw_from do
-  tw_there=$tw_to${tw_from##*/}
-  if [ -L "$tw_there" ]; then :; elif [ -f "$tw_there" ] || ! [ -e "$tw_there" ]; then continue; fi
-  [ -n "$(find "$tw_there" ! -type f ! -type d -print 2>/dev/null | head -n 1)" ] || continue
-  [ -n "$tw_help" ] || tw_help=$(command cp --help 2>&1)
-  case $tw_help in *--remove-destination*) tw_replace=--remove-destination; break ;; esac
-  if [ -d "$tw_there" ] && ! [ -L "$tw_there" ]; then continue; fi
-  [ -d "$tw_from" ] || ! [ -r "$tw_from" ] || [ "$tw_from" -ef "$tw_there" ] || rm -f -- "$tw_there"
+  if tw_meets "$tw_from"; then tw_help=.$(command cp --help 2>&1); break; fi
 done
-cp -a $tw_replace -- "$@" "$tw_to")sh";
+case $tw_help in
+'') ;;
+*--remove-destination*)
+  { tw_names "$@" | (cd -- "$tw_to" && xargs -0 sh -c "$tw_look" sh); } 2>/dev/null ||
+    tw_replace=--remove-destination
+  ;;
+*)
+  for tw_from do
+    shift
+    if ! tw_meets "$tw_from" || { [ -d "$tw_there" ] && ! [ -L "$tw_there" ]; }; then
+      set -- "$@" "$tw_from"
+      continue
+    fi
+    [ -d "$tw_from" ] || ! [ -r "$tw_from" ] || [ "$tw_from" -ef "$tw_there" ] || rm -f -- "$tw_there"
+    cp -a -- "$tw_from" "$tw_to" || tw_status=$?
+    [ $tw_status -le 128 ] || exit $tw_status
+  done
+  [ $# -gt 0 ] || exit $tw_status
+  ;;
+esac
+cp -a $tw_replace -- "$@" "$tw_to" || tw_status=$?
+exit $tw_status)sh";
 
 std::string removeAtOnce(ShellDialect dialect, Paths paths, LockedFolders locked)
 {

@@ -95,7 +95,7 @@ Task<ArchiveMembers> readThere(EngineRuntime *engine, std::string path, std::sha
     auto const command = ArchiveListCommand::there(dialect, capability, host->host(), path);
     auto const token = randomDigits(tokenDigits);
     auto text =
-        dialect == ShellDialect::posix ? EndableCommand::text(token, command.program, command.text) : command.text;
+        dialect == ShellDialect::posix ? EndableCommand::text(token, {command.program}, command.text) : command.text;
     // tar takes none to list members.
     bool const isAsked = access.password && command.form == Form::sevenZip;
     auto running = isAsked ? PasswordedWork::run(*engine, access.ssh, host, {text, token, *access.password})

@@ -116,7 +116,7 @@ std::string text(Machine const &machine, Steps const &steps, std::string_view to
     if (steps.place)
         script += " && " + ArchiveScripts::place(*steps.place).inSubshell();
     script += "\ns=$?\n[ $s = 0 ] || " + ArchiveScripts::removeStaging(steps.staging).inSubshell() + "\nexit $s";
-    return EndableCommand::text(token, steps.attempts.front().program, script);
+    return EndableCommand::text(token, {steps.attempts.front().program}, script);
 }
 
 Task<void> runThere(ArchiveWork::Shared work, Machine machine, Steps steps)

@@ -134,7 +134,7 @@ Task<void> removeOn(EngineRuntime *engine, Host host, Paths paths, LockedFolders
         Change change{"delete", some.front(), FileCommands::remove(dialect, some, locked)};
         auto const token = randomDigits(16);
         auto sending = dialect == ShellDialect::posix
-                           ? HostWork::run(*engine, host, token, EndableCommand::text(token, "rm", change.command),
+                           ? HostWork::run(*engine, host, token, EndableCommand::text(token, {"rm"}, change.command),
                                            CommandEffect::changes, {}, CommandSession::work)
                            : send(host, change);
         auto const result = co_await resultIfKnown(std::move(sending));

@@ -218,7 +218,8 @@ std::string copyThere(ShellDialect dialect, std::span<std::string const> from, s
 {
     if (dialect == ShellDialect::powershell)
         return FileCommands::copy(dialect, from, to);
-    return EndableCommand::text(token, "cp", FileCommands::copy(dialect, from, to));
+    // find, since a tree may be large; rm, so that nothing goes whose cp does not begin any more.
+    return EndableCommand::text(token, {"cp", "find", "rm"}, FileCommands::copy(dialect, from, to));
 }
 
 std::string measureThere(ShellDialect dialect, std::span<std::string const> paths)

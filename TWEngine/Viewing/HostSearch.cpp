@@ -61,7 +61,7 @@ Task<Answer> ask(Search what)
     if (!script)
         co_return Answer();
     auto const token = randomDigits(tokenDigits);
-    auto text = EndableCommand::text(token, "grep", *script);
+    auto text = EndableCommand::text(token, {"grep"}, *script);
     auto const context = co_await currentContext();
     std::optional<ChildTask<void>> watching;
     if (what.progress && what.question.farthest > 0)

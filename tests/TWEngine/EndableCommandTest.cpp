@@ -35,7 +35,7 @@ protected:
 
     ChildHandle beginEndable(std::string_view program, std::string_view script)
     {
-        return begin(EndableCommand::text("token", program, script));
+        return begin(EndableCommand::text("token", {program}, script));
     }
 
     Ended endOf(ChildHandle const &child)

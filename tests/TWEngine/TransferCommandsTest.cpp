@@ -1,6 +1,7 @@
 #include "TWEngine/Transfer/TransferCommands.h"
 
 #include "TWCore/Shell/Base64.h"
+#include "TWCore/Shell/EndableCommand.h"
 #include "TWCore/Shell/FileCommands.h"
 #include "tests/support/HostShell.h"
 #include "tests/support/PowerShellLiterals.h"
@@ -14,6 +15,7 @@ namespace {
 
 using enum ShellDialect;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using Names = std::vector<std::string>;
 
 TransferTools const tools{.cp = "/bin/cp", .tar = "/bin/tar", .ssh = "/bin/ssh"};
@@ -211,6 +213,37 @@ TEST_F(CopyCommandTest, aLinkIsReplacedByACopyWithoutThatOption)
     makeLink("to/a");
     folder.link("to/it's", folder.path("to/tree"));
     expectAllToBeCopied();
+}
+
+TEST_F(CopyCommandTest, aLinkThatIsNotInTheWayCostsNoOldFile)
+{
+    replaceTool("cp", "printf '%s ' \"$@\" >>" + folder.path("calls") + "; exec /bin/cp \"$@\"");
+    makeLink("to/other");
+    makeLink("to/tree/other");
+    expectAllToBeCopied();
+    EXPECT_THAT(contentOf(folder.path("calls")), testing::Not(HasSubstr("--remove-destination")));
+}
+
+TEST_F(CopyCommandTest, aLookThroughTheSourceIsEndedWithTheCopy)
+{
+    auto const token = std::to_string(::getpid());
+    makePipe("pipe");
+    replaceTool("find", "(" + EndableCommand::end(token) + "); read -rt 5 <>" + folder.path("pipe") + "; : >" +
+                            folder.path("survived"));
+    auto const command = TransferCommands::copyThere(posix, Names{folder.path("from/tree")}, folder.path("to"), token);
+    EXPECT_EQ(run(command).status, 143);
+    EXPECT_FALSE(std::filesystem::exists(folder.path("survived")));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("to/tree/b")));
+}
+
+TEST_F(CopyCommandTest, withoutThatOptionALinkStaysUntilItsOwnCopyBegins)
+{
+    replaceTool("cp", "[ \"$1\" != --help ] || exit 64; exit 143");
+    makeLink("to/a");
+    makeLink("to/it's");
+    std::vector const paths{folder.path("from/a"), folder.path("from/it's")};
+    EXPECT_EQ(run(FileCommands::copy(ShellDialect::posix, paths, folder.path("to"))).status, 143);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("to/it's")));
 }
 
 TEST_F(CopyCommandTest, aCopyOfAPipeOntoItselfLeavesIt)
