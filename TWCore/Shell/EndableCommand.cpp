@@ -42,9 +42,12 @@ std::string text(std::string_view token, std::initializer_list<std::string_view>
 std::string end(std::string_view token)
 {
     auto const file = fileOf(token);
-    return "(umask 077; set -C; : >" + file + ".end) 2>/dev/null || [ -e " + file + ".end ] || exit " +
-           std::to_string(cannotBeEnded) + "; tw_number=$(cat " + file +
-           " 2>/dev/null) && { [ -z \"$tw_number\" ] || kill \"$tw_number\"; }";
+    // The number is read behind the attempt to leave the mark: a program that starts in between looks for the mark when
+    // its number is there.
+    return "(umask 077; set -C; : >" + file + ".end) 2>/dev/null || [ -e " + file + ".end ]; tw_mark=$?; " +
+           "tw_number=$(cat " + file +
+           " 2>/dev/null) && { [ -z \"$tw_number\" ] || kill \"$tw_number\"; }; tw_kill=$?; " +
+           "[ $tw_mark = 0 ] || exit " + std::to_string(cannotBeEnded) + "; [ $tw_kill = 0 ]";
 }
 
 std::string isWatched()

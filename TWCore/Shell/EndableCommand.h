@@ -16,11 +16,11 @@ namespace tw::EndableCommand {
 std::string text(std::string_view token, std::initializer_list<std::string_view> programs, std::string_view script);
 
 /// Ends that command, from another session. Calls that have not begun yet end when they begin. Status 0: the command is
-/// under way, and what this leaves goes with it. `cannotBeEnded`: nothing was changed. Otherwise it has not begun or is
-/// over, and `forget` is needed.
+/// under way, and what this leaves goes with it. `cannotBeEnded`: only a call that is under way was ended, if its
+/// number is known. Otherwise it has not begun or is over, and `forget` is needed.
 std::string end(std::string_view token);
 
-/// No file can be written there, so the command goes on, or is over.
+/// No file can be written there, so calls that have not begun yet run all the same, and the command goes on or is over.
 inline constexpr std::int32_t cannotBeEnded = 3;
 
 /// A condition for `script`: `position` will have an answer, and `end` will work.

@@ -135,6 +135,17 @@ TEST_P(EndableCommandTest, aProgramRunsWhereNothingCanBeWrittenAndItsEndSaysThat
     EXPECT_EQ(run("cat", "cat " + folder.file("file", "content")), (Ended{0, "content"}));
 }
 
+TEST_P(EndableCommandTest, aProgramUnderWayIsEndedAlsoWhereThoseBehindItCannotBe)
+{
+    host.link(".tarnwick-token.end", host.path("none")); // so it cannot be made, and is not there
+    auto const child = beginEndable("cat", "cat; echo $?");
+    while (!contentOf(host.path(".tarnwick-token")).ends_with("\n"))
+        loop.run(SystemClock(*io).sleep(std::chrono::milliseconds(1)));
+    EXPECT_EQ(statusOfEnd(), EndableCommand::cannotBeEnded);
+    EXPECT_EQ(endOf(child), (Ended{0, "143\n"}));
+    waitUntilNothingIsLeft();
+}
+
 INSTANTIATE_TEST_SUITE_P(Shells, EndableCommandTest, ::testing::Values("/bin/bash", "/bin/dash", "/bin/busybox sh"));
 
 } // namespace
