@@ -1,12 +1,14 @@
 #include "TWEngine/Archives/ArchiveEngine.h"
 
 #include "TWCore/Async/Cancelled.h"
+#include "TWCore/Async/FailureKind.h"
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Archives/ArchiveChange.h"
 #include "TWEngine/Archives/ArchivePacking.h"
 #include "TWEngine/Archives/ArchiveUnpacking.h"
 #include "TWEngine/Archives/LocalArchiveTools.h"
+#include "TWEngine/Transfer/HostWork.h"
 #include "TWEngine/Transfer/TransferEngine.h"
 
 namespace tw {
@@ -91,7 +93,7 @@ Task<void> ArchiveEngine::carryOut(Task<void> working, std::stop_source own)
     if (context.stop.stop_requested())
         throw Cancelled();
     // Whatever the tools said when they were ended.
-    if (own.stop_requested())
+    if (own.stop_requested() && !failureIs<HostWork::MayGoOn>(outcome.failure))
         throw FileOperationError::Cancelled();
     outcome.take();
 }

@@ -5,6 +5,7 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Browsing/LocalProvider.h"
+#include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/ArchiveWords.h"
 #include "Tarnwick/Operations/TransferSteps.h"
 #include "Tarnwick/Panes/PaneStatus.h"
@@ -28,6 +29,16 @@ Task<void> begin(OperationContext context, std::shared_ptr<Archives> archives, W
     outcome.take();
 }
 
+/// In one sentence; nothing if it was not cancelled.
+std::optional<Text> cancelledWords(std::string const &title, std::exception_ptr const &failure)
+{
+    if (failureIs<HostWork::MayGoOn>(failure))
+        return Text("%@ cancelled: the host may go on with it", {title});
+    if (failureIs<FileOperationError::Cancelled>(failure))
+        return Text("%@ cancelled", {title});
+    return std::nullopt;
+}
+
 } // namespace
 
 std::optional<TransferEndpoint> endpointOf(Operands const &place, std::string const &path)
@@ -48,11 +59,11 @@ Task<bool> perform(OperationContext context, Work work)
     auto working = begin(context, archives, work, TransferSteps::reporterTo(here.executor, shown));
     auto const outcome = co_await outcomeOf(std::move(working));
     work.claim.reset();
-    bool const wasCancelled = failureIs<FileOperationError::Cancelled>(outcome.failure);
+    auto const cancelled = cancelledWords(work.title, outcome.failure);
     shown->conclude(!outcome.failure ? work.conclusion : PaneStatus::describe(outcome.failure).english());
     shown.reset();
-    if (wasCancelled)
-        context.warn({"%@ cancelled", {work.title}});
+    if (cancelled)
+        context.warn(*cancelled);
     else if (outcome.failure)
         co_await context.showFailure(outcome.failure);
     co_return !outcome.failure;

@@ -80,5 +80,26 @@ TEST_F(ArchiveHostTest, aCancelEndsTheWorkOfAHost)
     waitUntil([&] { return arrived().empty(); });
 }
 
+TEST_F(ArchiveHostTest, aCancelThatAHostDoesNotFollowIsNotCalledCancelled)
+{
+    TemporaryFolder const slow;
+    ASSERT_EQ(::mkfifo(slow.path("wait").c_str(), 0600), 0);
+    auto const tar = slow.file("tar", "#!/bin/sh\ncase \"$*\" in */archive.tar.gz*) : >" + slow.path("begun") +
+                                          "; read line <" + slow.path("wait") + " ;; esac\nexec /bin/tar \"$@\"\n");
+    ASSERT_EQ(::chmod(tar.c_str(), 0755), 0);
+    reach({.loginScript = "#!/bin/sh\nPATH=" + slow.path() + ":$PATH exec /bin/sh -c \"$SSH_ORIGINAL_COMMAND\"\n"});
+    auto const provider = connected();
+    std::filesystem::remove(host->temporary());
+    folder.file("a", "a");
+    auto const archive = TransferEndpoint::remote(provider, local.path("a.tar.gz"));
+    auto const started =
+        loop.start(makeArchives()->pack({"a"}, sourceOn(provider), archive, ArchiveFormat::tarGz, reporter()));
+    waitUntil([&] { return std::filesystem::exists(slow.path("begun")) || started.isDone(); });
+    archives->cancel();
+    EXPECT_EQ(outcomeOf(started), "the host may go on with it");
+    std::ofstream(slow.path("wait")) << "\n";
+    waitUntil([&] { return arrived().contains("a.tar.gz"); });
+}
+
 } // namespace
 } // namespace tw::test

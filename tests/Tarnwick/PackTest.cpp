@@ -1,5 +1,6 @@
 #include "Tarnwick/Operations/Pack.h"
 
+#include "TWEngine/Transfer/HostWork.h"
 #include "tests/support/TransferPanesTest.h"
 
 #include <gmock/gmock.h>
@@ -102,6 +103,16 @@ TEST_F(PackTest, twoOperationsDoNotWriteOneArchive)
     EXPECT_THAT(lastError(), HasSubstr("pack failed on /dst/x.zip: another operation is writing it"));
     EXPECT_THAT(archives->calls, SizeIs(3)) << "one of them packs";
     finishWork();
+}
+
+TEST_F(PackTest, aCancelThatAHostDoesNotFollowSaysSo)
+{
+    beginToPack({"a"});
+    choose("x.zip", ArchiveFormat::zip);
+    archives->end->fail(std::make_exception_ptr(HostWork::MayGoOn()));
+    loop.drain();
+    EXPECT_EQ(source.display.status, "⚠︎ Pack 1 item cancelled: the host may go on with it");
+    EXPECT_THAT(dialogs->errors, IsEmpty());
 }
 
 TEST_F(PackTest, anArchiveIsUnpackedIntoAFolderOfItsName)
