@@ -144,7 +144,7 @@ Task<void> HostSessions::makeAttempt(Self self, std::uint64_t number, Way way)
     if (outcome.failure)
         self->life.attemptFailed(number, self->now());
     else
-        self->life.attemptUp(number, self->now());
+        self->life.attemptUp(number, self->now(), self->sessions->options.sharing);
     self->follow({});
     self->attempt->outcome->settle(std::move(outcome));
 }

@@ -1,6 +1,7 @@
 #include "TWEngine/SSH/HostLife.h"
 
 #include <algorithm>
+#include <ranges>
 #include <tuple>
 #include <utility>
 
@@ -139,7 +140,7 @@ HostLife::Orders HostLife::refuse(std::uint64_t attempt, Order::Why why, Time no
     return endAttempt(why, Phase::givenUp, now);
 }
 
-void HostLife::attemptUp(std::uint64_t attempt, Time now)
+void HostLife::attemptUp(std::uint64_t attempt, Time now, Sharing sharing)
 {
     if (!isCurrent(attempt))
         return;
@@ -148,6 +149,10 @@ void HostLife::attemptUp(std::uint64_t attempt, Time now)
     connectionHadQuestion = attemptHadQuestion;
     forgetSessions();
     stateOf(Role::first) = SessionState::up;
+    if (sharing == Sharing::users) {
+        for (auto const role : workRoles | std::views::drop(workSessionsBesideUser))
+            stateOf(role) = SessionState::refused;
+    }
     lastHeard = now;
     enter(Phase::up, now);
 }

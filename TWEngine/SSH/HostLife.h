@@ -2,6 +2,7 @@
 
 #include "TWCore/Provider/HostStatus.h"
 #include "TWEngine/Shell/ClientReport.h"
+#include "TWEngine/Shell/RemoteShellOptions.h"
 
 #include <algorithm>
 #include <array>
@@ -24,6 +25,7 @@ public:
     using Time = std::chrono::steady_clock::time_point;
     using Duration = std::chrono::steady_clock::duration;
     using Phase = HostStatus::Phase;
+    using Sharing = RemoteShellOptions::Sharing;
 
     /// Whether ssh may ask the user for what it needs to know.
     enum class Way { quiet, asking };
@@ -40,6 +42,10 @@ public:
 
     /// The sessions that carry work, in the order in which they are connected.
     static constexpr std::array workRoles{Role::work, Role::secondWork, Role::thirdWork};
+
+    /// So many of them go over a connection that the user has opened. A server takes ten sessions a connection as it is
+    /// delivered. With five sessions and the four clients of HostSlots, one is left for a terminal of the user.
+    static constexpr std::size_t workSessionsBesideUser = 2;
 
     static constexpr bool isWork(Role role) { return std::ranges::find(workRoles, role) != workRoles.end(); }
 
@@ -134,7 +140,7 @@ public:
     void questionClosed(std::uint64_t attempt, Time now);
     /// No question is answered any more.
     Orders refuse(std::uint64_t attempt, Order::Why why, Time now);
-    void attemptUp(std::uint64_t attempt, Time now);
+    void attemptUp(std::uint64_t attempt, Time now, Sharing sharing = Sharing::ours);
     void attemptFailed(std::uint64_t attempt, Time now);
 
     // The sessions of a host that is up.
@@ -204,7 +210,11 @@ public:
     Duration limitOfPhase() const { return phaseLimit; }
 
 private:
-    enum class SessionState { down, up, refused };
+    enum class SessionState {
+        down,
+        up,
+        refused ///< by the host, or not to be asked for
+    };
 
     struct Request {
         bool isRepeatable = true;

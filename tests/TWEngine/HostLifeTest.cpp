@@ -293,6 +293,24 @@ TEST_F(HostLifeTest, aHostThatRefusesAWorkSessionDoesItsWorkInThoseThatThereAre)
     EXPECT_EQ(life.route(Choice::longWork, {.work = {oneShort}}), (Route{Role::work, true}));
 }
 
+TEST_F(HostLifeTest, aConnectionOfTheUserHasTwoSessionsForWorkUntilOneOfOursReplacesIt)
+{
+    auto const bringUpTwo = [&] {
+        life.sessionUp(Role::work);
+        life.sessionUp(Role::secondWork);
+    };
+    want();
+    life.attemptUp(1, now, RemoteShellOptions::Sharing::users);
+    bringUpTwo();
+    EXPECT_TRUE(life.route(Choice::longWork, {.work = {oneLong}}).hasToWait);
+    EXPECT_EQ(life.route(Choice::work, {.work = {oneLong, oneShort}}), (Route{Role::secondWork, true}));
+    ask(1);
+    after(5s);
+    life.replacementUp(1, now);
+    bringUpTwo();
+    EXPECT_EQ(life.route(Choice::work, {.work = {oneLong, oneShort}}), (Route{Role::thirdWork, false}));
+}
+
 TEST_F(HostLifeTest, aNewConnectionKnowsNothingOfTheSessionsBefore)
 {
     comeUp();

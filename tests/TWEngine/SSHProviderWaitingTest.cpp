@@ -258,27 +258,55 @@ TEST_F(SSHProviderStagesTest, theStagesOfAConnectionAreSeen)
     finish(connecting);
 }
 
-TEST_F(SSHProviderStagesTest, aConnectionThatTheUserHasOpenedIsUsed)
+/// The user has opened a connection to the host.
+class UsersConnectionTest : public SSHProviderTest {
+protected:
+    void SetUp() override
+    {
+        reach();
+        client.add("host", host->address().through(line->port()), SSHClient::Knowledge::right,
+                   "ControlPath " + socket + "\n");
+        ASSERT_TRUE(runClient({"-o", "BatchMode=yes", "-M", "-N", "-f", "--", "host"}));
+        provider = connected();
+    }
+
+    void TearDown() override
+    {
+        loop.run(provider->disconnect());
+        EXPECT_TRUE(runClient({"-O", "exit", "--", "host"}));
+    }
+
+    bool runClient(std::vector<std::string> arguments)
+    {
+        auto child = ChildProcess::start(engine.io(), {.program = client.program(), .arguments = std::move(arguments)});
+        return child && loop.run((*child)->wait()).isSuccess();
+    }
+
+    std::string const socket = socketBase.path("users");
+    Provider provider;
+};
+
+TEST_F(UsersConnectionTest, itIsUsed)
 {
-    reach();
-    auto const socket = socketBase.path("users");
-    client.add("host", host->address().through(line->port()), SSHClient::Knowledge::right,
-               "ControlPath " + socket + "\n");
-    ChildCommand master{.program = client.program(),
-                        .arguments = {"-o", "BatchMode=yes", "-M", "-N", "-f", "--", "host"}};
-    auto child = ChildProcess::start(engine.io(), std::move(master));
-    ASSERT_TRUE(child);
-    ASSERT_TRUE(loop.run((*child)->wait()).isSuccess());
-    auto const provider = makeProvider();
-    loop.run(provider->connect());
     EXPECT_EQ(run(provider, "echo in", work), "in\n");
     EXPECT_EQ(line->traffic().connections, 1U);
     EXPECT_THAT(loop.run(provider->transportOptions()), testing::Contains("ControlPath=" + socket));
-    loop.run(provider->disconnect());
-    ChildCommand leave{.program = client.program(), .arguments = {"-O", "exit", "--", "host"}};
-    auto leaving = ChildProcess::start(engine.io(), std::move(leave));
-    ASSERT_TRUE(leaving);
-    EXPECT_TRUE(loop.run((*leaving)->wait()).isSuccess());
+}
+
+TEST_F(UsersConnectionTest, longWorkHasOneOfItsTwoSessionsForWork)
+{
+    Gate const gate;
+    std::vector<Started<CommandResult>> copies;
+    for (auto const *const name : {"first", "second"})
+        copies.push_back(loop.start(provider->runCommand(
+            {.text = "touch '" + folder.path(name) + "'; " + gate.waiting(), .session = longWork})));
+    EXPECT_EQ(run(provider, "echo short", work), "short\n");
+    EXPECT_EQ(run(provider, "ls '" + folder.path() + "'"), "first\n");
+    for (auto const &copy : copies) {
+        gate.open();
+        finish(copy);
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.path("second")));
 }
 
 } // namespace
