@@ -75,8 +75,10 @@ Task<HostSessions::Target> HostSessions::session(Self self, Choice choice)
 Task<void> HostSessions::awaitRoom(Self self)
 {
     auto const endedBefore = self->life.endings();
-    auto const room = self->waitingForRoom.emplace_back(std::make_shared<Completion<bool>>());
-    co_await Completion<bool>::wait(room);
+    auto const room = self->waitingForRoom.emplace_back(std::make_shared<Completion<Done>>());
+    auto outcome = co_await outcomeOf(Completion<Done>::wait(room));
+    std::erase(self->waitingForRoom, room); // it is still there if the caller was stopped
+    outcome.take();
     if (self->life.endings() != endedBefore)
         failAsShutDown();
 }
@@ -84,7 +86,7 @@ Task<void> HostSessions::awaitRoom(Self self)
 void HostSessions::announceRoom()
 {
     for (auto const &waiting : std::exchange(waitingForRoom, {}))
-        waiting->succeed(true);
+        waiting->succeed({});
 }
 
 Task<void> HostSessions::bringUp(Self self, Set set, Role role)

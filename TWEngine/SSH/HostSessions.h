@@ -29,8 +29,8 @@ struct SupersededAttempt {};
 ///
 /// The first session comes up with `connect`, each other one when it is first needed. A host that refuses the others
 /// serves everything over the first. Long work leaves one of the sessions for work to what is short, and waits for its
-/// turn before it is sent. A host that is silent while a person waits is connected beside the silent
-/// connection, which the new one then replaces.
+/// turn before it is sent. A host that is silent while a person waits is connected beside the silent connection, which
+/// the new one then replaces.
 ///
 /// Threads: not serialised; all of it runs on the strand that it was made with.
 /// Lifetime: shared; the engine outlives it. It is disconnected before it is dropped.
@@ -203,7 +203,7 @@ private:
     std::optional<Replacement> replacement; ///< the last one
     /// Sessions of connections that were replaced while they carried work.
     std::vector<std::weak_ptr<RemoteShell>> leftBehind;
-    std::vector<std::shared_ptr<Completion<bool>>> waitingForRoom; ///< long work that waits for its turn
+    std::vector<std::shared_ptr<Completion<Done>>> waitingForRoom; ///< long work that waits for its turn
     std::uint64_t lastAsked = 0;
     int connectionsBeside = 0;
     UpdateFanOut<HostStatus> subscribers;
