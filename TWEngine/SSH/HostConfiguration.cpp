@@ -83,7 +83,8 @@ Task<bool> checkMaster(EngineRuntime *engine, std::string program, std::string h
         withTimeOut(engine->clock(), masterLimit,
                     runClient(engine, std::move(program),
                               {"-o", "ControlPath=" + controlPath, "-O", "check", "--", std::move(host)})));
-    co_return outcome.value &&outcome.value->status.isSuccess();
+    auto const isOpen = outcome.value && outcome.value->status.isSuccess();
+    co_return isOpen;
 }
 
 } // namespace

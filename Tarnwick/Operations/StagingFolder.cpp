@@ -48,7 +48,8 @@ Task<bool> StagingFolder::isGoneAfter(StagingFolder self, Content content)
     if (!removed.failure)
         co_return true;
     auto const facts = co_await outcomeOf(self.above.browser->factsAbout(self.above.path, self.above.names));
-    co_return facts.value &&facts.value->state == FolderFacts::State::present &&facts.value->taken.empty();
+    auto const isGone = facts.value && facts.value->state == FolderFacts::State::present && facts.value->taken.empty();
+    co_return isGone;
 }
 
 } // namespace tw
