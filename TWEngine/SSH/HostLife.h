@@ -192,8 +192,6 @@ public:
 
     bool isCurrent(std::uint64_t attempt) const { return isAttempting() && attempt == attempts; }
 
-    bool isReplacing(std::uint64_t number) const { return replacing == number; }
-
     /// The number of the attempt under way, or of the last one.
     std::uint64_t attempt() const { return attempts; }
 
