@@ -31,7 +31,7 @@ public:
     struct Prompt {
         std::string title;
         std::string message;
-        std::string initial;
+        std::string initial; ///< any bytes; those that the user does not change are in the answer as they are
         std::string okTitle;
         /// Asked when the user confirms, with the trimmed text. An objection is shown at the text, which stays to be
         /// corrected. None: an empty text is no answer.

@@ -33,7 +33,7 @@ Dialogs::PackPrompt questionFor(OperationContext const &context, std::vector<Arc
     auto const &source = context.operands;
     return {.title = "Pack " + countPhrase(source.names.size()),
             .message = TransferWords::place(source) + "\n" + Dialogs::describe(source.names, mostNames),
-            .directory = onOneLine(WindowsPath::display(context.target.path)),
+            .directory = WindowsPath::display(context.target.path),
             .stem = onOneLine(stemFor(source)),
             .formats = std::move(formats)};
 }

@@ -1,6 +1,5 @@
 #include "Tarnwick/Operations/TargetFolder.h"
 
-#include "TWCore/Model/DisplayText.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "TWCore/Model/Trimmed.h"
 #include "TWCore/Model/WindowsPath.h"
@@ -59,8 +58,8 @@ Task<Operands> targetFolder(OperationContext context, std::string text)
 {
     auto target = context.target;
     target.names.clear();
-    // The field shows a sign for each byte that is no text.
-    if (text == trimmed(onOneLine(WindowsPath::display(target.path))))
+    // Read as a path, it would lose the white space at its ends.
+    if (text == trimmed(WindowsPath::display(target.path)))
         co_return target;
     TypedPath::Context where{.folder = target.path,
                              .localHome = PaneSpec::localHome().path,

@@ -63,7 +63,7 @@ Dialogs::Prompt question(TransferKind kind, Operands const &source, Operands con
     return {.title = title(kind, source.names.size()),
             .message = Dialogs::describe(source.names, mostNames) + "\n\nfrom " + place(source) + "\nto " +
                        withNothingHidden(target.connection) + ":",
-            .initial = pathOf(target),
+            .initial = WindowsPath::display(target.path),
             .okTitle = kind == TransferKind::copy ? "Copy" : "Move"};
 }
 

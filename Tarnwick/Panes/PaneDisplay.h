@@ -80,7 +80,7 @@ public:
     virtual void takeKeyboardFocus() = 0;
 
     /// Opens a field over a name, with the keyboard. It closes with `hideNameField`, which gives the keyboard back to
-    /// the rows if the field has it.
+    /// the rows if the field has it. Its bytes are those that it was given, but for what the user has changed.
     virtual void showNameField(NameField const &field) = 0;
     virtual std::string textOfNameField() const = 0;
     virtual void hideNameField() = 0;

@@ -20,7 +20,7 @@ void PaneController::beginRename()
     renaming.emplace(std::string(cursorName()), Fmt::IsDirectory{entry->isDirectory()});
     holdRefreshes();
     display->takeKeyboardFocus();
-    display->showNameField({.row = *cursor.row(), .text = renaming->shown(), .base = renaming->base()});
+    display->showNameField({.row = *cursor.row(), .text = renaming->original(), .base = renaming->base()});
 }
 
 void PaneController::scheduleRename(int row, std::chrono::milliseconds delay)

@@ -13,22 +13,18 @@ class RenameEdit {
 public:
     RenameEdit(std::string name, Fmt::IsDirectory isDirectory);
 
-    /// The exact bytes of the name before the edit.
+    /// The exact bytes of the name before the edit. The field begins with them.
     std::string const &original() const noexcept { return name; }
 
-    /// What the field begins with: the name as text.
-    std::string const &shown() const noexcept { return text; }
-
-    /// The part of `shown` that is selected at first: all but the extension.
+    /// The part of `original` that is selected at first: all but the extension.
     std::string const &base() const noexcept { return selected; }
 
-    /// The name that a text in the field stands for, without white space around it. Nothing: the entry keeps its name.
-    /// So does one whose field was not touched, also where its text is not the name to the byte.
+    /// The name that the bytes in the field stand for, without white space around it. Nothing: the entry keeps its
+    /// name. So does one whose field was not touched, also where its name has white space around it.
     std::optional<std::string> newName(std::string_view typed) const;
 
 private:
     std::string name;
-    std::string text;
     std::string selected;
 };
 

@@ -38,9 +38,16 @@ TEST(RenameEditTest, aFieldThatWasNotTouchedRenamesNothing)
 {
     for (std::string const name : {" blanks around ", "line end\n", "bad \xFF bytes", " "}) {
         auto const edit = fileNamed(name);
-        EXPECT_EQ(edit.newName(edit.shown()), std::nullopt) << name;
+        EXPECT_EQ(edit.newName(edit.original()), std::nullopt) << name;
         EXPECT_EQ(edit.original(), name);
     }
+}
+
+TEST(RenameEditTest, theFieldGetsTheBytesOfTheName)
+{
+    auto const edit = fileNamed("bad\xFF\xFE.txt");
+    EXPECT_EQ(edit.original(), "bad\xFF\xFE.txt");
+    EXPECT_EQ(edit.base(), "bad\xFF\xFE");
 }
 
 TEST(RenameEditTest, aTrimmedNameIsANewNameOnceTheFieldWasTouched)

@@ -78,6 +78,21 @@ TEST_F(PaneRenameTest, theBaseIsSelectedAndReturnRenames)
     EXPECT_TRUE(table(PaneSide::left).hasFocus());
 }
 
+TEST_F(PaneRenameTest, bytesThatAreNoTextStayWhereTheyAreNotEdited)
+{
+    left.file("1\xFF\xFEname");
+    auto &field = edit();
+    press(Qt::Key_End);
+    type(QStringLiteral("X"));
+    for (auto back = 0; back < 5; ++back)
+        press(Qt::Key_Left);
+    EXPECT_EQ(field.cursorPosition(), 3); // behind both bytes
+    press(Qt::Key_Backspace);
+    press(Qt::Key_Return);
+    waitForName("1\xFFnameX");
+    EXPECT_FALSE(isThere("1\xFF\xFEname"));
+}
+
 TEST_F(PaneRenameTest, escapeLeavesTheName)
 {
     edit();

@@ -201,6 +201,17 @@ TEST_F(SheetDialogsTest, theInitialTextIsThereToBeReplaced)
     EXPECT_EQ(asked.outcome->value, Text("/srv"));
 }
 
+TEST_F(SheetDialogsTest, bytesOfThePathThatAreNoTextAreInTheAnswer)
+{
+    auto question = namedPrompt("Copy");
+    question.initial = "/srv/bad\xFF";
+    auto const asked = ask(dialogs->prompt(question));
+    press(Qt::Key_End);
+    type("/new");
+    press(Qt::Key_Return);
+    EXPECT_EQ(asked.outcome->value, Text("/srv/bad\xFF/new"));
+}
+
 TEST_F(SheetDialogsTest, thePathOfAnArchiveFollowsItsFormatAndANameThatSaysAFormatCountsMore)
 {
     using enum ArchiveFormat;

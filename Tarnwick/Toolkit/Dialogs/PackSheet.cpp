@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Dialogs/PackSheet.h"
 
 #include "TWCore/Model/Trimmed.h"
+#include "Tarnwick/Toolkit/Appearance/FieldText.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 
 #include <QComboBox>
@@ -20,7 +21,7 @@ PackSheet::PackSheet(Dialogs::PackPrompt const &question, QWidget *window)
     for (auto const format : offered)
         formats->addItem(QString::fromUtf8(displayName(format)));
     auto const first = PackTarget::suggested(question.directory, question.stem, chosen());
-    line->setText(QString::fromStdString(first));
+    line->setText(FieldText::ofBytes(first));
     line->setAccessibleName(Wording::shown("Archive"));
     addContent(line);
     auto *const row = new QWidget(this);
@@ -36,11 +37,11 @@ PackSheet::PackSheet(Dialogs::PackPrompt const &question, QWidget *window)
     ok->setDefault(true);
     buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
     connect(formats, &QComboBox::activated, this, [this] {
-        line->setText(QString::fromStdString(PackTarget::withFormat(line->text().toStdString(), chosen())));
+        line->setText(FieldText::ofBytes(PackTarget::withFormat(FieldText::bytesOf(line->text()), chosen())));
     });
     // The name without its extension is what is most often changed.
     auto const nameBegins = line->text().lastIndexOf(u'/') + 1;
-    auto const stem = QString::fromStdString(question.stem);
+    auto const stem = FieldText::ofBytes(question.stem);
     line->setSelection(static_cast<int>(nameBegins), static_cast<int>(stem.size()));
     line->setFocus();
 }
@@ -52,7 +53,7 @@ ArchiveFormat PackSheet::chosen() const
 
 std::optional<PackTarget> PackSheet::target() const
 {
-    auto const text = line->text().toStdString();
+    auto const text = FieldText::bytesOf(line->text());
     auto const path = trimmed(text);
     if (path.empty())
         return std::nullopt;

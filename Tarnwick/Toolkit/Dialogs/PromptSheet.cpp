@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Dialogs/PromptSheet.h"
 
 #include "TWCore/Model/Trimmed.h"
+#include "Tarnwick/Toolkit/Appearance/FieldText.h"
 #include "Tarnwick/Toolkit/Appearance/Wording.h"
 
 #include <QLabel>
@@ -12,7 +13,7 @@ namespace tw {
 PromptSheet::PromptSheet(Dialogs::Prompt const &question, QWidget *window)
     : Sheet(Wording::shown(question.title), Wording::shown(question.message), window),
       objection(question.objection),
-      line(new QLineEdit(QString::fromStdString(question.initial), this)),
+      line(new QLineEdit(FieldText::ofBytes(question.initial), this)),
       complaintLine(new QLabel(this))
 {
     line->setAccessibleName(windowTitle());
@@ -31,7 +32,7 @@ PromptSheet::PromptSheet(Dialogs::Prompt const &question, QWidget *window)
 
 std::string PromptSheet::text() const
 {
-    return std::string(trimmed(line->text().toStdString()));
+    return std::string(trimmed(FieldText::bytesOf(line->text())));
 }
 
 QString PromptSheet::complaint() const

@@ -1,6 +1,7 @@
 #include "Tarnwick/Toolkit/Table/PaneTableView.h"
 
 #include "Tarnwick/Table/NameField.h"
+#include "Tarnwick/Toolkit/Appearance/FieldText.h"
 #include "Tarnwick/Toolkit/Table/ColumnWidths.h"
 #include "Tarnwick/Toolkit/Table/KeyPresses.h"
 #include "Tarnwick/Toolkit/Table/NameEditor.h"
@@ -289,8 +290,8 @@ void PaneTableView::showNameField(NameField const &field)
     hideNameField();
     auto place = visualRect(model()->index(field.row, static_cast<int>(PaneColumn::name)));
     place.setLeft(place.left() + look.fonts.iconSize() + PaneDelegate::cellMargin);
-    auto const base = QString::fromStdString(field.base).size();
-    nameEditor = new NameEditor(viewport(), place, QString::fromStdString(field.text), base);
+    auto const base = FieldText::ofBytes(field.base).size();
+    nameEditor = new NameEditor(viewport(), place, FieldText::ofBytes(field.text), base);
     nameEditor->setFont(look.fonts.text);
     nameEditor->onConfirmed = onNameConfirmed;
     nameEditor->onCancelled = onNameCancelled;
@@ -301,7 +302,7 @@ void PaneTableView::showNameField(NameField const &field)
 
 std::string PaneTableView::textOfNameField() const
 {
-    return nameEditor ? nameEditor->takeText().toStdString() : std::string();
+    return nameEditor ? FieldText::bytesOf(nameEditor->takeText()) : std::string();
 }
 
 void PaneTableView::hideNameField()
