@@ -8,6 +8,9 @@ void Job::update(Time now, ProgressState newState)
 {
     if (newState.item.empty())
         newState.item = std::move(state.item);
+    // A host counts the blocks of its disk, and a file with holes has more bytes than that.
+    if (newState.total && newState.bytes > *newState.total)
+        newState.total.reset();
     state = std::move(newState);
     pace.note(now, state.done());
 }

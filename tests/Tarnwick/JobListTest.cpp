@@ -93,6 +93,20 @@ TEST_F(JobListTest, workThatNoLongerReportsBecomesSlower)
     EXPECT_EQ(works.lookAt(*work).speed, 500.0);
 }
 
+TEST_F(JobListTest, aTotalThatHasBeenPassedIsNotKnownAnyMore)
+{
+    auto const work = works.begin("Copy", [] {});
+    works.update(*work, {.bytes = 1000, .total = 4000, .files = 1, .totalFiles = 3});
+    now += 1s;
+    works.update(*work, {.bytes = 5000, .total = 4000, .files = 2, .totalFiles = 3});
+    auto const look = works.lookAt(*work);
+    EXPECT_EQ(look.state.text(), "4.9K");
+    EXPECT_EQ(look.state.totalFiles, 3);
+    EXPECT_EQ(look.state.share(), std::nullopt);
+    EXPECT_EQ(look.speed, 4000.0);
+    EXPECT_EQ(look.left, std::nullopt);
+}
+
 TEST_F(JobListTest, workThatTellsNothingBeforeItsEndIsNotCalledStalled)
 {
     auto const work = works.begin("Copy", [] {});
