@@ -123,10 +123,8 @@ TEST(QuestionSheetTest, eachWayIsAButtonAndReturnPressesTheFirst)
         return qobject_cast<QPushButton *>(*std::ranges::find(buttons, text, &QAbstractButton::text));
     };
     EXPECT_TRUE(button(QStringLiteral("View"))->isDefault());
-    for (auto const *const way : {"Open", "Run"}) {
+    for (auto const *const way : {"Open", "Run"})
         EXPECT_FALSE(button(QLatin1String(way))->isDefault());
-        EXPECT_FALSE(button(QLatin1String(way))->autoDefault()) << "the keyboard may be on it";
-    }
     button(QStringLiteral("Cancel"))->click();
     EXPECT_EQ(sheet->wayTaken(), std::nullopt);
     QSignalSpy finished(sheet, &QDialog::finished);

@@ -252,15 +252,18 @@ TEST_F(SheetDialogsTest, anObjectionIsShownAndTheTextStaysToBeCorrected)
     EXPECT_EQ(asked.outcome->value, Text("good"));
 }
 
-TEST_F(SheetDialogsTest, returnNeverMeansTheDestructiveAnswer)
+TEST_F(SheetDialogsTest, returnMeansTheDestructiveAnswerOnlyOnItsButton)
 {
     auto const asked = askWhetherToDelete();
     press(Qt::Key_Return);
     EXPECT_EQ(asked.outcome->value, Dialogs::Answer::cancel);
     auto const again = askWhetherToDelete();
-    button(QStringLiteral("Delete Permanently")).setFocus();
+    auto &destructive = button(QStringLiteral("Delete Permanently"));
+    for (auto tabs = 0; tabs < 3 && !destructive.hasFocus(); ++tabs)
+        press(Qt::Key_Tab);
+    EXPECT_TRUE(destructive.isDefault()); // no other button looks as if Return pressed it
     press(Qt::Key_Return);
-    EXPECT_EQ(again.outcome->value, Dialogs::Answer::cancel);
+    EXPECT_EQ(again.outcome->value, Dialogs::Answer::ok);
 }
 
 TEST_F(SheetDialogsTest, theDestructiveAnswerTakesItsButton)
@@ -298,7 +301,8 @@ TEST_F(SheetDialogsTest, theWordsOfAProgramThatHasFailedComeUpWithAButton)
     auto const asked = ask(dialogs->error("Copying failed.", "tar: a: Cannot open\ntar: Exiting"));
     auto &words = *sheet().findChild<WordsView *>();
     EXPECT_FALSE(words.isVisible());
-    button(QStringLiteral("Details")).click();
+    button(QStringLiteral("&Details")).setFocus();
+    press(Qt::Key_Return);
     EXPECT_TRUE(words.isVisible());
     EXPECT_EQ(words.toPlainText(), QStringLiteral("tar: a: Cannot open\ntar: Exiting"));
     press(Qt::Key_Escape);

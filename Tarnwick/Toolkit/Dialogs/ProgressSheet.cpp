@@ -46,9 +46,9 @@ ProgressSheet::ProgressSheet(std::shared_ptr<JobList> list, std::shared_ptr<Job>
     grid->addWidget(left, 1, 1);
     addContent(numbers);
     addContent(item);
-    cancel->setAutoDefault(false);
     auto *const background = buttons().addButton(Wording::shown("Run in &Background"), QDialogButtonBox::ActionRole);
     connect(background, &QPushButton::clicked, this, [this] { works->move(work, Job::Place::background); });
+    background->setDefault(true);
     background->setFocus();
     refresh();
 }

@@ -31,8 +31,6 @@ QuestionSheet::QuestionSheet(Dialogs::Confirmation const &question, QWidget *win
     auto *const ok = buttons().addButton(Wording::shown(question.okTitle), QDialogButtonBox::AcceptRole);
     auto *const cancel = buttons().addButton(Wording::shown("Cancel"), QDialogButtonBox::RejectRole);
     auto const isDestructive = question.danger == Dialogs::Danger::destructive;
-    // A button that has the keyboard takes Return for itself. A destructive button must not.
-    ok->setAutoDefault(!isDestructive);
     if (isDestructive)
         lookDangerous(*ok);
     auto *const usual = isDestructive ? cancel : ok;
@@ -47,7 +45,6 @@ QuestionSheet::QuestionSheet(Dialogs::Choice const &question, QWidget *window)
         auto const isFirst = way == 0;
         auto *const button = buttons().addButton(Wording::shown(question.ways[way]),
                                                  isFirst ? QDialogButtonBox::AcceptRole : QDialogButtonBox::ActionRole);
-        button->setAutoDefault(isFirst);
         connect(button, &QPushButton::clicked, this, [this, way] {
             taken = way;
             accept();
@@ -83,8 +80,7 @@ void QuestionSheet::offerDetails(std::string const &words)
     view->setAccessibleName(Wording::shown("Details"));
     view->hide();
     addContent(view);
-    auto *const details = buttons().addButton(Wording::shown("Details"), QDialogButtonBox::ActionRole);
-    details->setAutoDefault(false);
+    auto *const details = buttons().addButton(Wording::shown("&Details"), QDialogButtonBox::ActionRole);
     details->setCheckable(true);
     connect(details, &QPushButton::toggled, view, &QWidget::setVisible);
 }

@@ -16,7 +16,6 @@ WordsSheet::WordsSheet(Text const &title, std::string const &words, QWidget *win
     addContent(wordsView);
 
     auto *const copy = buttons().addButton(Wording::shown("Copy"), QDialogButtonBox::ActionRole);
-    copy->setAutoDefault(false);
     connect(copy, &QPushButton::clicked, this, &WordsSheet::copyAll);
     auto *const close = buttons().addButton(Wording::shown("Close"), QDialogButtonBox::RejectRole);
     close->setDefault(true);
