@@ -6,6 +6,7 @@
 #include <QFontInfo>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QScreen>
 
 namespace tw {
 
@@ -13,6 +14,9 @@ namespace {
 
 constexpr int margin = 20;
 constexpr int iconSize = 48;
+
+/// Of the screen, what a sheet needs above and below its message: the title, a field, the buttons, and its frame.
+constexpr int aroundHeight = 260;
 
 QLabel *heading(QString const &text, QWidget *parent)
 {
@@ -60,8 +64,10 @@ Sheet::Sheet(QString const &title, QString const &message, QWidget *window, std:
     }
     column->setSpacing(margin / 2);
     column->addWidget(heading(title, this));
-    if (text)
+    if (text) {
         column->addWidget(text);
+        text->setRoom(window->screen()->availableGeometry().height() - aroundHeight);
+    }
     row->addLayout(column, 1);
     all->addLayout(row);
     all->addWidget(buttonRow);
@@ -82,8 +88,10 @@ void Sheet::setVisible(bool visible)
 void Sheet::addContent(QWidget *content)
 {
     column->addWidget(content);
-    if (text)
-        text->widen(content->minimumWidth());
+    if (!text)
+        return;
+    text->widen(content->minimumWidth());
+    text->giveRoom(content->minimumHeight());
 }
 
 } // namespace tw

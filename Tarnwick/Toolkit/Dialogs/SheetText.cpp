@@ -11,8 +11,8 @@ namespace {
 
 constexpr int usualWidth = 380;
 
-/// What is longer scrolls: a sheet is to fit on a small screen.
-constexpr int mostLines = 14;
+/// Of a longer text so many lines are shown without any room, so that it can be read.
+constexpr int leastLines = 14;
 
 /// Of a message that a host makes longer than this, the rest is not shown.
 constexpr qsizetype mostCharacters = 16'384;
@@ -38,6 +38,12 @@ void SheetText::widen(int width)
     updateGeometry();
 }
 
+void SheetText::setRoom(int height)
+{
+    room = height;
+    updateGeometry();
+}
+
 QSize SheetText::sizeHint() const
 {
     std::unique_ptr<QTextDocument> const measured(document()->clone());
@@ -45,7 +51,7 @@ QSize SheetText::sizeHint() const
     measured->documentLayout()->setPaintDevice(viewport());
     measured->setTextWidth(textWidth);
     auto const height = static_cast<int>(std::ceil(measured->size().height()));
-    return {textWidth, std::min(height, mostLines * fontMetrics().lineSpacing())};
+    return {textWidth, std::min(height, std::max(room, leastLines * fontMetrics().lineSpacing()))};
 }
 
 } // namespace tw
