@@ -94,7 +94,7 @@ std::string removeAtOnce(ShellDialect dialect, Paths paths, LockedFolders locked
 {
     if (dialect == ShellDialect::posix) {
         auto const list = quotedPaths(dialect, paths);
-        auto const removing = "rm -rf -- " + list;
+        auto removing = "rm -rf -- " + list;
         if (locked == LockedFolders::stay)
             return removing;
         // A status above 128 is that of a command that was ended.

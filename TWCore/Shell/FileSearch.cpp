@@ -50,7 +50,7 @@ std::string search(std::string const &pattern, Question const &question)
 std::string measure(std::string const &path, std::int64_t to, std::int64_t farthest)
 {
     auto const end = std::to_string(to);
-    auto const size = "tw_to=" + end + "; tw_size=$(stat -Lc %s " + path + " 2>/dev/null) || tw_size=-1; ";
+    auto size = "tw_to=" + end + "; tw_size=$(stat -Lc %s " + path + " 2>/dev/null) || tw_size=-1; ";
     if (farthest <= to)
         return size;
     auto const isFarther = "[ \"$tw_size\" -gt " + end + " ] && [ \"$tw_size\" -le " + std::to_string(farthest) + " ]";

@@ -51,7 +51,7 @@ std::optional<std::string> pathFor(Environment const &environment, uid_t user)
 {
     auto const folder = valueOf(environment, "XDG_RUNTIME_DIR");
     auto const display = displayName(environment);
-    auto const path = folder + "/tarnwick-window-" + display;
+    auto path = folder + "/tarnwick-window-" + display;
     auto const fits = path.size() < sizeof(sockaddr_un::sun_path);
     if (display.empty() || !folder.starts_with('/') || !fits || !PrivateFolder::isPrivateTo(user, folder))
         return std::nullopt;

@@ -133,16 +133,22 @@ private:
     ArrivedNames found;
 };
 
+Task<ArrivedNames> findHere(EngineRuntime *engine, std::string from, std::string to, ArrivedNames::Copying copying,
+                            WorkPriority priority)
+{
+    auto const context = co_await currentContext();
+    auto found = co_await engine->files().runBetween(
+        from, to, FileLanes::LastLink::follow, priority,
+        [from, to, copying = std::move(copying), stop = context.stop] { return Walk(copying, stop).run(from, to); });
+    co_return found;
+}
+
 } // namespace
 
 Task<ArrivedNames> ArrivedNames::find(EngineRuntime &engine, std::string from, std::string to, Copying copying,
                                       WorkPriority priority)
 {
-    auto const context = co_await currentContext();
-    auto found = co_await engine.files().runBetween(
-        from, to, FileLanes::LastLink::follow, priority,
-        [from, to, copying = std::move(copying), stop = context.stop] { return Walk(copying, stop).run(from, to); });
-    co_return found;
+    return findHere(&engine, std::move(from), std::move(to), std::move(copying), priority);
 }
 
 } // namespace tw

@@ -224,7 +224,7 @@ std::string copyThere(ShellDialect dialect, std::span<std::string const> from, s
 
 std::string measureThere(ShellDialect dialect, std::span<std::string const> paths)
 {
-    auto const size = FileCommands::measure(dialect, paths);
+    auto size = FileCommands::measure(dialect, paths);
     if (dialect == ShellDialect::powershell)
         return size;
     return size + "; find " + quotedPaths(dialect, paths) + " ! -type d -print0 2>/dev/null | tr -dc '\\000' | wc -c";

@@ -82,9 +82,9 @@ Text missingKey(HostFailure const &failure)
 
 Text changedKey(HostFailure const &failure)
 {
-    Text const changed{"The key of %@ has changed. This happens when it was installed anew, or when somebody stands in "
-                       "between.",
-                       {hostName(failure)}};
+    Text changed{"The key of %@ has changed. This happens when it was installed anew, or when somebody stands in "
+                 "between.",
+                 {hostName(failure)}};
     if (failure.storedAt.empty())
         return changed;
     return joined(changed, {"The old key is in %@.", {fileName(failure.storedAt)}});

@@ -162,7 +162,7 @@ Task<bool> FilePreviews::makeThumbnail(Request request, std::string beginning)
 
 Task<void> FilePreviews::showThere(Request request)
 {
-    auto const reader = std::dynamic_pointer_cast<FileSystemReader>(request.subject.browser->providerRef());
+    auto reader = std::dynamic_pointer_cast<FileSystemReader>(request.subject.browser->providerRef());
     if (!reader) {
         request.tell({}, Text("%@ cannot read files", {request.subject.connection}));
         co_return;
@@ -192,10 +192,11 @@ Task<bool> FilePreviews::showStandIn(Request request, PreviewKind kind, std::str
         co_return false;
     PictureRequest whole{.format = kind.format, .room = request.room};
     auto decoded = co_await request.self->decoder->decode(PreviewFile::inMemory(jpeg), std::move(whole));
-    if (decoded)
-        request.tell(PreviewWords::facts(kind.title, request.subject),
-                     std::make_shared<Picture const>(*std::move(decoded)), PreviewContent::Detail::little);
-    co_return decoded.has_value();
+    if (!decoded)
+        co_return false;
+    request.tell(PreviewWords::facts(kind.title, request.subject), std::make_shared<Picture const>(*std::move(decoded)),
+                 PreviewContent::Detail::little);
+    co_return true;
 }
 
 /// What a listing says is the size of a link, or of a file that has grown since.
