@@ -19,7 +19,7 @@ inline Task<void> stopLater(std::shared_ptr<Clock> clock, std::chrono::nanosecon
 } // namespace detail
 
 /// Runs `work`, which hears a stop of this task `delay` later. For what has to be done after a cancel too, where a dead
-/// disk must not hold the cancel for ever. Without a stop it takes as long as it takes.
+/// disk must not hold the cancel. Without a stop, `work` has no limit of time.
 template <class T>
 Task<T> withLaterStop(std::shared_ptr<Clock> clock, std::chrono::nanoseconds delay, Task<T> work)
 {

@@ -6,10 +6,10 @@
 #include "TWCore/Model/FileOperationError.h"
 #include "TWEngine/Transfer/HostWork.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
+#include "Tarnwick/Operations/Arrivals.h"
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/StagingFolder.h"
-#include "Tarnwick/Operations/TakenNames.h"
 
 #include <unordered_map>
 #include <unordered_set>
@@ -33,31 +33,6 @@ std::unordered_set<std::string> mergedBy(TransferPlan const &plan)
     }
     return merged;
 }
-
-/// What names of a plan are at the target in the end. One of an earlier round that one of a later round replaces is not
-/// there any more, though something of its kind and size may be.
-class Arrivals {
-public:
-    explicit Arrivals(TransferPlan const &plan) : renamed(plan.keepBoth.begin(), plan.keepBoth.end()) {}
-
-    void forgetReplaced(TransferPlan const &round)
-    {
-        std::unordered_set<std::string> keys;
-        for (auto const &each : round.replace)
-            keys.insert(TakenNames::keyOf(each.source.name, true));
-        auto const isReplaced = [&](auto const &name) {
-            return keys.contains(TakenNames::keyOf(name, true)) && !renamed.contains(name);
-        };
-        std::erase_if(direct, isReplaced);
-        std::erase_if(staged.parts, [&](auto const &part) { return isReplaced(part.first); });
-    }
-
-    std::vector<std::string> direct; ///< the target is still to be asked about them
-    Survey staged;                   ///< what came through staging folders
-
-private:
-    std::unordered_set<std::string> renamed; // they keep clear of all names
-};
 
 Survey::Detail detailFor(TransferPlan const &plan)
 {
