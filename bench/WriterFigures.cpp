@@ -162,7 +162,7 @@ void measureMove(Figures &figures, Pane &pane)
     auto const hostsOwn = [&] {
         auto const questions = shellTime(FolderQuestion::text(ShellDialect::posix, from, names())) +
                                shellTime(FolderQuestion::text(ShellDialect::posix, to, names()));
-        return questions + shellTime(MoveCommand::text(ShellDialect::posix, back));
+        return questions + shellTime(MoveCommand::text(ShellDialect::posix, back, FileSystemWriter::Existing::stays));
     };
     auto const medians = takeTurns(
         runs,

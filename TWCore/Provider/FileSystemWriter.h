@@ -32,10 +32,16 @@ public:
         std::string to;
     };
 
+    /// What a move does to a file that has its new name. A folder always stays, and that is an error.
+    enum class Existing {
+        stays,     ///< which is an error
+        isReplaced ///< there is the old file or the new one at any moment; only for a file that moves
+    };
+
     /// Moves within this provider, in order and in as few requests as possible. Throws the first failure; earlier moves
-    /// stay done, and on a host some of the next ones may be done too. An existing target is an error, as with
-    /// `rename`. What leads to another file system is FileOperationError::OtherFileSystem; some hosts copy instead.
-    virtual Task<void> moveAll(std::vector<Move> moves) = 0;
+    /// stay done, and on a host some of the next ones may be done too. What leads to another file system is
+    /// FileOperationError::OtherFileSystem; some hosts copy instead.
+    virtual Task<void> moveAll(std::vector<Move> moves, Existing existing) = 0;
 
     /// Deletes each of the paths, and nothing can bring them back. A Windows host takes all folders for `stay`.
     virtual Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) = 0;

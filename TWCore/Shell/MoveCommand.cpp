@@ -11,9 +11,13 @@ namespace tw::MoveCommand {
 namespace {
 
 using Move = FileSystemWriter::Move;
+using Existing = FileSystemWriter::Existing;
 
 /// The functions of a POSIX request. The first form of stat is that of GNU and busybox, the second that of BSD. A
 /// failure prints its words and, in a line of its own, how many moves were done before it.
+///
+/// Without -T, the one that takes the new name as it is, mv moves into the folder that a link of that name leads to.
+/// The name of a move into another folder is no such link to it, since mv puts that name together itself.
 ///
 /// A folder that its owner cannot write to goes into no other folder. It gets that right for the move (`tw_locked`).
 ///
@@ -22,6 +26,8 @@ using Move = FileSystemWriter::Move;
 constexpr std::string_view functions = R"sh(tw_n=0
 tw_end() { printf '%s\n%s\n' "${1:-it was not moved}" "$tw_n"; exit 1; }
 tw_there() { [ -e "$1" ] || [ -L "$1" ]; }
+tw_taken() { tw_there "$1"; }
+tw_why='File exists'
 tw_id() { stat -c %d:%i:%f:%Y:%s -- "$@" 2>/dev/null || stat -f %d:%i:%Xp:%m:%z -- "$@" 2>/dev/null; }
 tw_same() {
   local old=${1#*:*:} new=${2#*:*:}
@@ -59,7 +65,7 @@ tw_into() {
   cd -- "$from" || tw_end 'No such file or directory'
   for name do
     if ! [[ -e $name || -L $name ]]; then words='No such file or directory'; break; fi
-    if [[ -e $to$name || -L $to$name ]]; then words='File exists'; break; fi
+    if tw_taken "$to$name"; then words=$tw_why; break; fi
     count=$((count + 1))
   done
   [ $count -eq $# ] || set -- "${@:1:count}"
@@ -80,7 +86,7 @@ tw_into() {
 tw_as() {
   local before said
   tw_there "$1" || tw_end 'No such file or directory'
-  tw_there "$2" && tw_end 'File exists'
+  if tw_taken "$2" || { [ -z "$tw_plain" ] && [ -d "$2" ]; }; then tw_end "$tw_why"; fi
   [ "${1%/*}" = "${2%/*}" ] || tw_apart "${1%/*}/" "${2%/*}/"
   before=$(tw_id "$1")
   said=$(mv $tw_plain $tw_keep -- "$1" "$2" 2>&1) || tw_locked "$1" "$2"
@@ -94,6 +100,12 @@ tw_recase() {
   said=$(mv -- "$1" "$2" 2>&1) || tw_end "$said"
   tw_n=$((tw_n + 1))
 }
+)sh";
+
+/// Behind the functions: a file has the new name at any moment.
+constexpr std::string_view replacing = R"sh(tw_keep=-f
+tw_why='a folder has the name'
+tw_taken() { [ -d "$1" ] && ! [ -L "$1" ]; }
 )sh";
 
 struct Place {
@@ -163,13 +175,16 @@ std::pair<std::string, std::size_t> line(Moves moves)
     return {text + '\n', count};
 }
 
-std::string powerShellMove(Move const &move)
+std::string powerShellMove(Move const &move, Existing existing)
 {
     auto const dialect = ShellDialect::powershell;
     auto const target = quotePath(dialect, move.to);
-    // Windows takes both cases for one.
-    auto const refusal =
-        changesOnlyCase(move) ? "" : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
+    auto refusal =
+        existing == Existing::isReplaced
+            ? "if(Test-Path -LiteralPath " + target + " -PathType Container){ throw 'a folder has the name' }; "
+            : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
+    if (changesOnlyCase(move)) // Windows takes both cases for one
+        refusal.clear();
     return refusal + "Move-Item -LiteralPath " + quotePath(dialect, move.from) + " -Destination " + target +
            " -Force -ErrorAction Stop";
 }
@@ -189,15 +204,17 @@ Moves fittingFront(ShellDialect dialect, Moves moves)
     return moves.first(count);
 }
 
-std::string text(ShellDialect dialect, Moves moves)
+std::string text(ShellDialect dialect, Moves moves, Existing existing)
 {
     if (dialect == ShellDialect::powershell) {
         std::string request = "$tw=0; try {\n";
         for (auto const &move : moves)
-            request += powerShellMove(move) + "; $tw++\n";
+            request += powerShellMove(move, existing) + "; $tw++\n";
         return request + "} catch { throw ($_.Exception.Message + \"`n$tw\") }";
     }
     std::string request(functions);
+    if (existing == Existing::isReplaced)
+        request += replacing;
     while (!moves.empty()) {
         auto const [words, count] = line(moves);
         request += words;

@@ -21,8 +21,8 @@
 /// What leads to another mount fails with `otherFileSystem`: mv would copy, unseen and without an end. A host that does
 /// not say what its mounts are, such as one of BSD, copies to another disk.
 ///
-/// A target that exists is a failure, and both stay as they are; but the other case of the same name is no target on a
-/// file system that takes both for one.
+/// A target that is to stay is a failure, and so is a folder; both stay as they are. But the other case of the same
+/// name is no target on a file system that takes both for one.
 namespace tw::MoveCommand {
 
 using Moves = std::span<FileSystemWriter::Move const>;
@@ -30,7 +30,7 @@ using Moves = std::span<FileSystemWriter::Move const>;
 /// The first of `moves` that fit into one request, at least one; none only if there are none.
 Moves fittingFront(ShellDialect dialect, Moves moves);
 
-std::string text(ShellDialect dialect, Moves moves);
+std::string text(ShellDialect dialect, Moves moves, FileSystemWriter::Existing existing);
 
 /// The status of a request that has stopped at a move to another file system. Of the moves before it, all are done.
 inline constexpr std::int32_t otherFileSystem = 18;

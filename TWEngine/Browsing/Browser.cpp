@@ -258,7 +258,7 @@ Task<void> Browser::removeEmptyFolder(std::string path)
     return onStrand(strand, writeHere(shared_from_this(), std::move(write), {where}));
 }
 
-Task<void> Browser::moveAll(std::vector<FileSystemWriter::Move> moves)
+Task<void> Browser::moveAll(std::vector<FileSystemWriter::Move> moves, FileSystemWriter::Existing existing)
 {
     std::vector<std::string> touched;
     for (auto &move : moves) {
@@ -266,9 +266,8 @@ Task<void> Browser::moveAll(std::vector<FileSystemWriter::Move> moves)
         touched.push_back(move.from);
         touched.push_back(move.to);
     }
-    return onStrand(strand, writeHere(
-                                shared_from_this(), [moves](FileSystemWriter &writer) { return writer.moveAll(moves); },
-                                std::move(touched)));
+    auto write = [moves, existing](FileSystemWriter &writer) { return writer.moveAll(moves, existing); };
+    return onStrand(strand, writeHere(shared_from_this(), std::move(write), std::move(touched)));
 }
 
 Task<void> Browser::wroteInto(std::string folder, std::vector<std::string> names)

@@ -149,7 +149,7 @@ public:
 
     /// Renames, or moves within the provider.
     Task<void> rename(std::string from, std::string to);
-    Task<void> moveAll(std::vector<FileSystemWriter::Move> moves);
+    Task<void> moveAll(std::vector<FileSystemWriter::Move> moves, FileSystemWriter::Existing existing);
 
     /// Forgets as after a write what something else has written, or deleted, under `names` in `folder`: a transfer.
     Task<void> wroteInto(std::string folder, std::vector<std::string> names);

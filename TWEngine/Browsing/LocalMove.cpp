@@ -84,7 +84,8 @@ Task<void> publish(EngineRuntime *engine, Move move, std::string staging)
     return inLane(engine, staging, [move, staging](std::stop_token const & /*stop*/) {
         auto renamed = LocalWrites::Renamed::done;
         try {
-            renamed = LocalWrites::rename(staging + '/' + nameOf(move.from), move.to);
+            renamed =
+                LocalWrites::rename(staging + '/' + nameOf(move.from), move.to, FileSystemWriter::Existing::stays);
         } catch (FileOperationError::Failed const &failure) {
             fail(move, failure.detail);
         }

@@ -154,6 +154,7 @@ Task<void> removeAllForGood(FileLanes *lanes, std::vector<std::string> paths, Lo
 }
 
 using Moves = std::shared_ptr<std::vector<FileSystemWriter::Move> const>;
+using Existing = FileSystemWriter::Existing;
 
 /// Behind the last of the moves from `first` on that go from the same folder to the same folder.
 std::size_t endOfRun(Moves const &moves, std::size_t first)
@@ -167,17 +168,17 @@ std::size_t endOfRun(Moves const &moves, std::size_t first)
 
 /// The moves from `first` up to `end` as one piece of work. Returns the first that leads to another file system, or
 /// `end`.
-Task<std::size_t> moveInOneLane(FileLanes *lanes, Moves moves, std::size_t first, std::size_t end)
+Task<std::size_t> moveInOneLane(FileLanes *lanes, Moves moves, Existing existing, std::size_t first, std::size_t end)
 {
     auto const context = co_await currentContext();
     auto const &[from, to] = (*moves)[first];
     auto const done = co_await lanes->runBetween(
-        from, to, LastLink::keep, WorkPriority::interactive, [moves, first, end, stop = context.stop] {
+        from, to, LastLink::keep, WorkPriority::interactive, [moves, existing, first, end, stop = context.stop] {
             for (auto index = first; index < end; ++index) {
                 if (stop.stop_requested())
                     throw Cancelled();
                 auto const &move = (*moves)[index];
-                if (LocalWrites::rename(move.from, move.to) == LocalWrites::Renamed::isOnAnotherFileSystem)
+                if (LocalWrites::rename(move.from, move.to, existing) == LocalWrites::Renamed::isOnAnotherFileSystem)
                     return index;
             }
             return end;
@@ -185,11 +186,11 @@ Task<std::size_t> moveInOneLane(FileLanes *lanes, Moves moves, std::size_t first
     co_return done;
 }
 
-Task<void> moveAllInLanes(FileLanes *lanes, Moves moves)
+Task<void> moveAllInLanes(FileLanes *lanes, Moves moves, Existing existing)
 {
     for (std::size_t first = 0; first < moves->size();) {
         auto const end = endOfRun(moves, first);
-        auto const done = co_await moveInOneLane(lanes, moves, first, end);
+        auto const done = co_await moveInOneLane(lanes, moves, existing, first, end);
         if (done < end)
             throw FileOperationError::OtherFileSystem((*moves)[done].from);
         first = end;
@@ -199,7 +200,7 @@ Task<void> moveAllInLanes(FileLanes *lanes, Moves moves)
 Task<void> renameAnywhere(EngineRuntime *engine, FileSystemWriter::Move move)
 {
     auto const moves = std::make_shared<std::vector<FileSystemWriter::Move> const>(1, move);
-    auto const done = co_await moveInOneLane(&engine->files(), moves, 0, 1);
+    auto const done = co_await moveInOneLane(&engine->files(), moves, Existing::stays, 0, 1);
     if (done == 0)
         co_await moveToOtherFileSystem(*engine, std::move(move));
 }
@@ -272,9 +273,9 @@ Task<void> LocalProvider::rename(std::string from, std::string to)
     return renameAnywhere(&engine, {std::move(from), std::move(to)});
 }
 
-Task<void> LocalProvider::moveAll(std::vector<Move> moves)
+Task<void> LocalProvider::moveAll(std::vector<Move> moves, Existing existing)
 {
-    return moveAllInLanes(&lanes, std::make_shared<std::vector<Move> const>(std::move(moves)));
+    return moveAllInLanes(&lanes, std::make_shared<std::vector<Move> const>(std::move(moves)), existing);
 }
 
 Task<void> LocalProvider::removePermanently(std::vector<std::string> paths, LockedFolders locked)

@@ -53,7 +53,7 @@ public:
 
     /// Between two file systems this copies, and deletes the original last; see moveToOtherFileSystem.
     Task<void> rename(std::string from, std::string to) override;
-    Task<void> moveAll(std::vector<Move> moves) override;
+    Task<void> moveAll(std::vector<Move> moves, Existing existing) override;
 
     /// In order, up to the first failure.
     Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) override;

@@ -83,18 +83,19 @@ void moveToTrash(std::string const &path)
     throw FileOperationError::Failed(trashing, path, error->message);
 }
 
-Renamed rename(std::string const &from, std::string const &to)
+Renamed rename(std::string const &from, std::string const &to, FileSystemWriter::Existing existing)
 {
     requireNameable(renaming, from);
     if (to.contains('\0'))
         throw FileOperationError::Failed(renaming, from, systemText(ENOENT));
-    auto const error = renameWithAccess(
-        from, [&] { return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE); });
+    auto const flags = existing == FileSystemWriter::Existing::stays ? RENAME_NOREPLACE : 0U;
+    auto const error =
+        renameWithAccess(from, [&] { return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags); });
     if (error == 0)
         return Renamed::done;
     if (error == EXDEV)
         return Renamed::isOnAnotherFileSystem;
-    if (!isUnknownFlag(error))
+    if (flags == 0 || !isUnknownFlag(error))
         throw FileOperationError::Failed(renaming, from, systemText(error));
     return renameAfterLooking(from, to);
 }

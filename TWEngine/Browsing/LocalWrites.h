@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include "TWCore/Provider/FileSystemWriter.h"
 
 /// Changes to files of this machine. All of it blocks: for a worker thread.
 ///
@@ -18,12 +18,11 @@ void moveToTrash(std::string const &path);
 
 enum class [[nodiscard]] Renamed { done, isOnAnotherFileSystem };
 
-/// Renames or moves within one file system, also a folder that its owner cannot write to. An existing target is an
-/// error, and stays as it is.
-Renamed rename(std::string const &from, std::string const &to);
+/// Renames or moves within one file system, also a folder that its owner cannot write to.
+Renamed rename(std::string const &from, std::string const &to, FileSystemWriter::Existing existing);
 
-/// Like `rename`, for a file system that cannot refuse an existing target itself. Looks for a target first, so a target
-/// that another program makes in between is replaced.
+/// Like `rename` with a target that stays, for a file system that cannot refuse an existing target itself. Looks for a
+/// target first, so a target that another program makes in between is replaced.
 Renamed renameAfterLooking(std::string const &from, std::string const &to);
 
 /// Ends when what was written on the file system of `folder` is on its disk.

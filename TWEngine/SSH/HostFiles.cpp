@@ -187,12 +187,12 @@ Task<void> remove(EngineRuntime &engine, Host host, Paths paths, LockedFolders l
     return removeOn(&engine, std::move(host), std::move(paths), locked);
 }
 
-Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves)
+Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves, FileSystemWriter::Existing existing)
 {
     auto const dialect = co_await host->dialect();
     while (!moves.empty()) {
         auto const some = takeFront(moves, MoveCommand::fittingFront(dialect, moves).size());
-        Change change{"rename", some.front().from, MoveCommand::text(dialect, some)};
+        Change change{"rename", some.front().from, MoveCommand::text(dialect, some, existing)};
         auto const result = co_await resultIfKnown(send(host, change));
         if (result && result->status == 0)
             continue;

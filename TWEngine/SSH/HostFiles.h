@@ -42,7 +42,7 @@ Task<void> remove(EngineRuntime &engine, Host host, Paths paths, LockedFolders l
 Task<void> removeEmptyFolder(Host host, std::string path);
 
 /// Renames or moves on the host, see MoveCommand.
-Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves);
+Task<void> moveAll(Host host, std::vector<FileSystemWriter::Move> moves, FileSystemWriter::Existing existing);
 
 /// What is in the way of writing `names` into `folder`, asked in the interactive session: a person waits for it.
 Task<FolderFacts> factsAbout(Host host, std::string folder, std::vector<std::string> names);

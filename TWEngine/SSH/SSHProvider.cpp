@@ -245,12 +245,12 @@ Task<void> SSHProvider::remove(std::vector<std::string> paths)
 
 Task<void> SSHProvider::rename(std::string from, std::string to)
 {
-    return HostFiles::moveAll(shared_from_this(), {Move{std::move(from), std::move(to)}});
+    return HostFiles::moveAll(shared_from_this(), {Move{std::move(from), std::move(to)}}, Existing::stays);
 }
 
-Task<void> SSHProvider::moveAll(std::vector<Move> moves)
+Task<void> SSHProvider::moveAll(std::vector<Move> moves, Existing existing)
 {
-    return HostFiles::moveAll(shared_from_this(), std::move(moves));
+    return HostFiles::moveAll(shared_from_this(), std::move(moves), existing);
 }
 
 Task<void> SSHProvider::removePermanently(std::vector<std::string> paths, LockedFolders locked)

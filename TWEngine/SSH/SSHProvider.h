@@ -89,7 +89,7 @@ public:
     Task<void> makeDirectory(std::string path) override;
     Task<void> remove(std::vector<std::string> paths) override;
     Task<void> rename(std::string from, std::string to) override;
-    Task<void> moveAll(std::vector<Move> moves) override;
+    Task<void> moveAll(std::vector<Move> moves, Existing existing) override;
     Task<void> removePermanently(std::vector<std::string> paths, LockedFolders locked) override;
     Task<void> removeEmptyFolder(std::string path) override;
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;

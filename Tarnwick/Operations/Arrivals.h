@@ -10,21 +10,24 @@
 
 namespace tw {
 
-/// The names of a plan that have arrived at the target, where several rounds copy them. A name that a later round has
-/// replaced is not among them, though the target may have a file of that name, kind and size.
+/// The names of a plan that have arrived at the target, where several steps copy them. A name that a later step has
+/// replaced, since the target takes cases for one, is not among them, though the target may have a file of that name,
+/// kind and size.
 class Arrivals {
 public:
-    explicit Arrivals(TransferPlan const &plan) : renamed(plan.keepBoth.begin(), plan.keepBoth.end()) {}
-
-    /// To be called before the names of `round` are copied.
-    void forgetReplaced(TransferPlan const &round)
+    Arrivals(TransferPlan const &plan, bool targetTakesCasesForOne)
+        : renamed(plan.keepBoth.begin(), plan.keepBoth.end()), takesCasesForOne(targetTakesCasesForOne)
     {
+    }
+
+    /// To be called before the names of `step` are copied.
+    void forgetReplaced(TransferPlan const &step)
+    {
+        auto const keyOf = [this](auto const &name) { return TakenNames::keyOf(name, takesCasesForOne); };
         std::unordered_set<std::string> keys;
-        for (auto const &each : round.replace)
-            keys.insert(TakenNames::keyOf(each.source.name, true));
-        auto const isReplaced = [&](auto const &name) {
-            return keys.contains(TakenNames::keyOf(name, true)) && !renamed.contains(name);
-        };
+        for (auto const &each : step.replace)
+            keys.insert(keyOf(each.source.name));
+        auto const isReplaced = [&](auto const &name) { return keys.contains(keyOf(name)) && !renamed.contains(name); };
         std::erase_if(direct, isReplaced);
         std::erase_if(staged.parts, [&](auto const &part) { return isReplaced(part.first); });
     }
@@ -34,6 +37,7 @@ public:
 
 private:
     std::unordered_set<std::string> renamed; // they keep clear of all names
+    bool takesCasesForOne;
 };
 
 } // namespace tw

@@ -5,8 +5,6 @@
 #include "TWCore/Async/Outcome.h"
 #include "TWCore/Model/FileOperationError.h"
 #include "Tarnwick/Operations/AnswerUntil.h"
-#include "Tarnwick/Operations/NamesWithout.h"
-#include "Tarnwick/Operations/StagingFolder.h"
 
 #include <algorithm>
 #include <optional>
@@ -20,6 +18,7 @@ namespace {
 using Job = std::shared_ptr<TransferJob const>;
 using End = std::shared_ptr<TransferEnd>;
 using Move = FileSystemWriter::Move;
+using Existing = FileSystemWriter::Existing;
 using Names = std::vector<std::string>;
 
 using Renamed = TransferPlan::Renamed;
@@ -45,8 +44,9 @@ struct Moved {
     Names inPart; ///< both sides have them
 };
 
-/// Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its names.
-Task<std::optional<Moved>> whatHasMoved(Job job, std::vector<Renamed> moves)
+/// Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its names. A
+/// file that was to be replaced is there in any case, whole.
+Task<std::optional<Moved>> whatHasMoved(Job job, std::vector<Renamed> moves, Existing existing)
 {
     Names sources;
     Names targets;
@@ -61,8 +61,12 @@ Task<std::optional<Moved>> whatHasMoved(Job job, std::vector<Renamed> moves)
     auto const arrived = co_await presentIn(job->target, std::move(targets));
     Moved moved;
     for (auto const &each : moves) {
-        if (arrived.contains(each.newName))
-            (left.contains(each.name) ? moved.inPart : moved.whole).push_back(each.name);
+        if (!arrived.contains(each.newName))
+            continue;
+        if (!left.contains(each.name))
+            moved.whole.push_back(each.name);
+        else if (existing == Existing::stays)
+            moved.inPart.push_back(each.name);
     }
     co_return moved;
 }
@@ -84,7 +88,7 @@ Names partsLeft(TransferJob const &job, std::exception_ptr const &failure, Names
 }
 
 /// In requests of a moment each if it can be cancelled: that is done between them. Each costs a round trip.
-Task<void> moveInRequests(Job job, std::shared_ptr<Browser> place, std::vector<Move> moves)
+Task<void> moveInRequests(Job job, std::vector<Move> moves, Existing existing)
 {
     auto const context = co_await currentContext();
     auto const most = copies(*job) ? mostInRequest : moves.size();
@@ -92,14 +96,14 @@ Task<void> moveInRequests(Job job, std::shared_ptr<Browser> place, std::vector<M
         if (context.stop.stop_requested())
             throw Cancelled();
         auto const some = left.first(std::min(most, left.size()));
-        co_await place->moveAll({some.begin(), some.end()});
+        co_await job->source.browser->moveAll({some.begin(), some.end()}, existing);
         left = left.subspan(some.size());
     }
 }
 
 /// A failure names one file at most, so both sides are asked afterwards what has moved. If they do not answer, any of
 /// the names may have.
-Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
+Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings, Existing existing)
 {
     if (renamings.empty())
         co_return;
@@ -109,10 +113,10 @@ Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
         moved.push_back(each.name);
         moves.push_back({job->source.pathOf(each.name), job->target.pathOf(each.newName)});
     }
-    auto const moving = co_await outcomeOf(moveInRequests(job, job->source.browser, std::move(moves)));
+    auto const moving = co_await outcomeOf(moveInRequests(job, std::move(moves), existing));
     if (moving.failure) {
         auto const asked = co_await outcomeOf(answerSoonAfterStop(job->target.browser->clockRef(), patienceWithAnswer,
-                                                                  whatHasMoved(job, std::move(renamings))));
+                                                                  whatHasMoved(job, std::move(renamings), existing)));
         auto const known = asked.value.value_or(std::nullopt);
         end->summary.areFilesKnown = end->summary.areFilesKnown && known.has_value();
         auto const parts = known ? partsLeft(*job, moving.failure, known->inPart) : moved;
@@ -125,28 +129,6 @@ Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings)
         std::rethrow_exception(moving.failure);
 }
 
-std::vector<Move> movesBetween(Operands const &from, Operands const &to, Names const &names)
-{
-    std::vector<Move> moves;
-    for (auto const &name : names)
-        moves.push_back({from.pathOf(name), to.pathOf(name)});
-    return moves;
-}
-
-/// Moves files back whose places are still free.
-Task<void> putBack(Operands staging, Operands target, Names names)
-{
-    auto const waiting = co_await presentIn(staging, names);
-    auto const taken = co_await presentIn(target, names);
-    Names homeless;
-    for (auto const &name : names) {
-        if (waiting.contains(name) && !taken.contains(name))
-            homeless.push_back(name);
-    }
-    if (!homeless.empty())
-        co_await target.browser->moveAll(movesBetween(staging, target, homeless));
-}
-
 /// Each name to the same name.
 std::vector<Renamed> asTheyAre(Names const &names)
 {
@@ -154,73 +136,6 @@ std::vector<Renamed> asTheyAre(Names const &names)
     for (auto const &name : names)
         same.push_back({.name = name, .newName = name});
     return same;
-}
-
-Task<void> moveOver(Job job, End end, Operands staging, Names names)
-{
-    co_await moveInRequests(job, job->target.browser, movesBetween(job->target, staging, names));
-    co_await moveNames(job, end, asTheyAre(names));
-}
-
-/// Moves `unreplaced` back, and deletes the old files of the other names of `staging`. The result is what cannot be
-/// moved back, for example because another program has made a file of its name: it stays in the staging folder.
-Task<Names> clear(Operands staging, Operands target, Names unreplaced)
-{
-    staging.names = namesWithout(staging.names, unreplaced);
-    if (!unreplaced.empty()) {
-        co_await outcomeOf(putBack(staging, target, unreplaced));
-        auto const left = co_await outcomeOf(presentIn(staging, unreplaced));
-        if (left.value)
-            std::erase_if(unreplaced, [&](auto const &name) { return !left.value->contains(name); });
-    }
-    // Not the folder as a whole: others may have put something into it.
-    if (!staging.names.empty())
-        co_await outcomeOf(staging.browser->removePermanently(staging.paths(), LockedFolders::go));
-    co_return unreplaced;
-}
-
-/// Also after a stop: nobody would look for the old files in the staging folder. Of a place that does not answer then,
-/// any of them may be there; what was asked of it is done when it answers again.
-Task<void> clearInTime(Job job, End end, Operands staging, Names names)
-{
-    auto unreplaced = namesWithout(names, end->gone);
-    staging.names = std::move(names);
-    auto clearing = clear(staging, job->target, unreplaced).withStop({});
-    auto const left =
-        co_await outcomeOf(answerSoonAfterStop(staging.browser->clockRef(), patienceWithWork, std::move(clearing)));
-    auto waiting = left.value.value_or(std::move(unreplaced));
-    if (!waiting.empty())
-        end->waiting = {.folder = staging.path, .names = std::move(waiting)};
-}
-
-/// A staging folder is still there. A host may have moved files into it after its connection was lost.
-Task<void> noteLeft(End end, Operands staging, Names names)
-{
-    names = namesWithout(names, end->gone); // their new files are there
-    auto const there = co_await outcomeOf(
-        answerInTime(staging.browser->clockRef(), StagingFolder::patience, presentIn(staging, names)));
-    if (there.value)
-        std::erase_if(names, [&](auto const &name) { return !there.value->contains(name); });
-    if (names.empty())
-        end->leftBehind.push_back(staging.path);
-    else
-        end->waiting = {.folder = staging.path, .names = std::move(names)};
-}
-
-Task<void> replaceFiles(Job job, End end, Names names)
-{
-    auto const staging = co_await StagingFolder::begin(job->target);
-    auto replaced = co_await outcomeOf(staging.made());
-    if (!replaced.failure) {
-        replaced = co_await outcomeOf(moveOver(job, end, staging.place(), names));
-        co_await clearInTime(job, end, staging.place(), names);
-    }
-    if (end->waiting.names.empty()) {
-        auto const isGone = co_await staging.discard(StagingFolder::Content::files);
-        if (!isGone)
-            co_await noteLeft(end, staging.place(), std::move(names)).withStop({});
-    }
-    replaced.take();
 }
 
 } // namespace
@@ -239,14 +154,13 @@ Task<void> moveWithin(Job job, End end)
 {
     auto unhindered = asTheyAre(job->plan.free);
     unhindered.insert(unhindered.end(), job->plan.renamed.begin(), job->plan.renamed.end());
-    co_await moveNames(job, end, std::move(unhindered));
+    co_await moveNames(job, end, std::move(unhindered), Existing::stays);
     Names replacing;
     for (auto const &each : job->plan.replace) {
         if (isFileOverFile(each))
             replacing.push_back(each.source.name);
     }
-    if (!replacing.empty())
-        co_await replaceFiles(job, end, std::move(replacing));
+    co_await moveNames(job, end, asTheyAre(replacing), Existing::isReplaced);
 }
 
 } // namespace tw

@@ -36,20 +36,12 @@ struct TransferEnd {
     std::vector<std::string> gone = {}; ///< from the source
     MoveCheck kept = {};                ///< of a move: what was copied and stays is `changed` or `unequal`
 
-    /// Old files that were to be replaced and were not, and whose names are taken.
-    struct Waiting {
-        std::string folder = {}; ///< path
-        std::vector<std::string> names = {};
-    };
-
-    Waiting waiting = {};
-    std::vector<std::string> overwritten = {}; ///< the old file is gone, and the new one is not whole
-    std::vector<std::string> leftBehind = {};  ///< paths of staging folders that may be there still
-    bool isSourceTouched = false;              ///< everything has arrived, and the deletion of the source was begun
-    bool isGoneKnown = true;                   ///< false: the source did not say what that has deleted
-    bool mayBePartlyGone = false;              ///< a folder is still at the source, perhaps without all that was in it
-    std::exception_ptr failure = {};           ///< of the copy or the renaming
-    std::exception_ptr sourceFailure = {};     ///< everything was copied, but not everything could be deleted
+    std::vector<std::string> leftBehind = {}; ///< paths of staging folders that may be there still
+    bool isSourceTouched = false;             ///< everything has arrived, and the deletion of the source was begun
+    bool isGoneKnown = true;                  ///< false: the source did not say what that has deleted
+    bool mayBePartlyGone = false;             ///< a folder is still at the source, perhaps without all that was in it
+    std::exception_ptr failure = {};          ///< of the copy or the renaming
+    std::exception_ptr sourceFailure = {};    ///< everything was copied, but not everything could be deleted
 };
 
 } // namespace tw

@@ -70,6 +70,25 @@ std::vector<TransferPlan> TransferPlan::rounds(bool takesCasesForOne) const
     return parts;
 }
 
+std::vector<TransferPlan> TransferPlan::batches(std::int64_t mostBytes) const
+{
+    std::vector<TransferPlan> parts;
+    if (isEmpty())
+        return parts;
+    parts.push_back(*this);
+    parts.back().replace.clear();
+    std::int64_t bytes = 0;
+    for (auto const &each : replace) {
+        bytes += each.source.size;
+        if (bytes > mostBytes && !parts.back().isEmpty()) {
+            parts.emplace_back();
+            bytes = each.source.size;
+        }
+        parts.back().replace.push_back(each);
+    }
+    return parts;
+}
+
 std::vector<std::string> TransferPlan::allNames() const
 {
     auto all = keptNames();

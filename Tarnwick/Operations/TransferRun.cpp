@@ -11,7 +11,7 @@
 #include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/StagingFolder.h"
 
-#include <unordered_map>
+#include <span>
 #include <unordered_set>
 
 namespace tw {
@@ -50,15 +50,10 @@ std::exception_ptr atTarget(std::exception_ptr const &failure, TransferJob const
     return std::make_exception_ptr(FileOperationError::Failed(failed->operation, std::move(path), failed->detail));
 }
 
-/// What of the plan goes through a staging folder.
-TransferPlan stagedOf(TransferJob const &job, TransferPlan plan)
+/// Whether a copy is what the user was shown, and no part of it.
+bool isCopyOf(Survey::Part const &copy, FolderFacts::Occupant const &source)
 {
-    if (!job.isMoveBetweenFileSystems) {
-        plan.free.clear();
-        plan.replace.clear();
-    }
-    std::erase_if(plan.replace, [](auto const &each) { return !isFileOverFile(each); });
-    return plan;
+    return copy.files == 1 && copy.folders == 0 && (source.kind != EntryKind::file || copy.bytes == source.size);
 }
 
 } // namespace
@@ -92,49 +87,18 @@ Task<TransferEnd> TransferRun::performHere(Self self)
     auto const here = co_await currentContext();
     std::stop_callback const passOn(here.stop, [self] { self->cancel(); });
     auto const outcome = co_await outcomeOf(performSteps(self).withStop(self->stop.get_token()));
-    if (outcome.failure)
-        co_await noteOverwritten(self).withStop({});
     auto end = *self->end;
     end.failure = outcome.failure;
     if (end.failure && self->stop.stop_requested())
         end.failure = std::make_exception_ptr(FileOperationError::Cancelled());
     auto begun = end.summary.complete;
     append(begun, end.summary.partial);
-    append(begun, end.overwritten);
     end.summary.untouched = namesWithout(self->job->plan.allNames(), begun);
+    if (!self->behind)
+        end.summary.totalFiles.reset();
+    else if (end.summary.totalFiles)
+        *end.summary.totalFiles += self->behind->files;
     co_return end;
-}
-
-/// A copy writes over an old file without a way back. The target is asked which of those whose new file is not whole
-/// are still the ones that the user was shown.
-Task<void> TransferRun::noteOverwritten(Self self)
-{
-    auto const &end = self->end;
-    auto const &target = self->job->target;
-    std::unordered_set<std::string> const complete(end->summary.complete.begin(), end->summary.complete.end());
-    std::unordered_map<std::string, FolderFacts::Occupant> old;
-    Names names;
-    for (auto const &each : self->job->plan.replace) {
-        if (each.target.kind == EntryKind::directory || complete.contains(each.source.name))
-            continue;
-        old.emplace(each.source.name, each.target);
-        names.push_back(each.source.name);
-    }
-    if (names.empty() || self->job->isRename() || self->job->isMoveBetweenFileSystems)
-        co_return;
-    auto asking = target.browser->factsAbout(target.path, names);
-    auto const now =
-        co_await outcomeOf(answerInTime(target.browser->clockRef(), patienceWithAnswer, std::move(asking)));
-    if (!now.value)
-        co_return;
-    for (auto const &each : now.value->taken) {
-        auto const &shown = old.at(each.name);
-        if (each.kind == shown.kind && each.size == shown.size && each.mtime == shown.mtime)
-            old.erase(each.name);
-    }
-    end->summary.partial = namesWithout(end->summary.partial, names);
-    std::erase_if(names, [&](auto const &name) { return !old.contains(name); });
-    end->overwritten = std::move(names);
 }
 
 Task<void> TransferRun::performSteps(Self self)
@@ -166,19 +130,19 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
         auto surveyed = co_await survey(self, self->job->source, plan.allNames(), Survey::Detail::sums);
         before = std::move(surveyed);
     }
-    Arrivals arrivals(plan);
-    auto const rounds = plan.rounds(self->job->targetTakesCasesForOne);
-    for (auto const &round : rounds) {
-        auto const some = stagedOf(*self->job, round);
-        auto const others = namesWithout(round.keptNames(), some.keptNames());
-        arrivals.forgetReplaced(round);
-        if (!others.empty())
-            co_await copyNames(self, others, self->job->target);
-        append(arrivals.direct, others);
-        if (some.allNames().empty())
+    Arrivals arrivals(plan, self->job->targetTakesCasesForOne);
+    auto const steps = CopyStep::of(*self->job, plan);
+    for (auto left = std::span(steps); !left.empty(); left = left.subspan(1)) {
+        auto const &step = left.front();
+        self->behind = CopyStep::sizeOf(left.subspan(1));
+        arrivals.forgetReplaced(step.plan);
+        if (step.isStaged) {
+            auto arrived = co_await copyStaged(self, step.plan);
+            arrivals.staged.parts.merge(arrived.parts);
             continue;
-        auto arrived = co_await copyStaged(self, some);
-        arrivals.staged.parts.merge(arrived.parts);
+        }
+        co_await copyNames(self, step.plan.keptNames(), self->job->target);
+        append(arrivals.direct, step.plan.keptNames());
     }
     if (!removes)
         co_return;
@@ -227,8 +191,6 @@ Task<Survey> TransferRun::copyAndPublish(Self self, StagingFolder folder, Transf
     if (copied.failure) {
         self->end->summary.files = filesBefore;
         self->end->summary.areFilesKnown = wereFilesKnown;
-    }
-    if (copied.failure && self->job->isMoveBetweenFileSystems) {
         auto publishing = publishWhole(self, staging, whole);
         co_await outcomeOf(withLaterStop(staging.browser->clockRef(), patienceWithWork, std::move(publishing)));
     }
@@ -248,8 +210,6 @@ Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
     auto const moved = co_await outcomeOf(moveWithin(job, named));
     append(self->end->summary.complete, named->gone);
     append(self->end->summary.partial, named->summary.partial);
-    self->end->waiting = named->waiting;
-    append(self->end->leftBehind, named->leftBehind);
     if (!named->summary.areFilesKnown) {
         self->end->summary.areFilesKnown = false;
         self->end->leftBehind.push_back(staging.path);
@@ -259,6 +219,7 @@ Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
 }
 
 /// Publishes what was whole when the copy ended before its end, and counts its files if that does not take long.
+/// Nothing replaces a file without having been looked at.
 Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan plan)
 {
     auto const names = plan.allNames();
@@ -267,6 +228,12 @@ Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan p
     auto counting = staging.browser->survey(staging.path, names, Survey::Detail::sums);
     auto const whole =
         co_await outcomeOf(answerInTime(staging.browser->clockRef(), patienceWithAnswer, std::move(counting)));
+    std::erase_if(plan.replace, [&](auto const &each) {
+        if (!whole.value)
+            return true;
+        auto const found = whole.value->parts.find(each.source.name);
+        return found == whole.value->parts.end() || !isCopyOf(found->second, each.source);
+    });
     co_await outcomeOf(publish(self, staging, std::move(plan)));
     if (!whole.value) {
         self->end->summary.areFilesKnown = false;
@@ -310,7 +277,9 @@ Task<Survey> TransferRun::survey(Self self, Operands where, Names names, Survey:
 Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys)
 {
     auto const &target = self->job->target;
+    self->tell("waiting until it is on the disk");
     co_await answerUntilStopped(target.browser->sync(target.path));
+    self->tell("comparing the source with the copy");
     // Behind the sync, which may take minutes: until then somebody may have changed the source.
     auto after = co_await survey(self, self->job->source, plan.allNames(), detailFor(plan));
     surveys.after = std::move(after);
@@ -327,6 +296,7 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
     auto removing = isForGood ? source.browser->removePermanently(source.paths(), LockedFolders::go)
                               : source.browser->remove(source.paths());
     self->end->isSourceTouched = true;
+    self->tell("deleting the source");
     auto const removed = co_await outcomeOf(std::move(removing));
     if (!removed.failure) {
         append(self->end->gone, going);
@@ -361,12 +331,32 @@ Task<void> TransferRun::noteGone(Self self, Names going)
 /// The numbers of a copy go on where those of the copies before it ended.
 Transfer::Reporter TransferRun::reporterOfNextCopy() const
 {
-    return [report = onProgress, files = end->summary.files](TransferProgress progress) {
+    return [report = onProgress, sum = bytes, before = bytes->load(), files = end->summary.files,
+            behind = behind](TransferProgress progress) {
+        progress.bytes += before;
+        *sum = progress.bytes;
+        if (!behind)
+            progress.total.reset();
+        else if (progress.total)
+            *progress.total += before + behind->bytes;
+        if (!behind)
+            progress.totalFiles.reset();
+        else if (progress.totalFiles)
+            *progress.totalFiles += files + behind->files;
         progress.files += files;
-        if (progress.totalFiles)
-            *progress.totalFiles += files;
         report(progress);
     };
+}
+
+/// Says what is done behind the copies.
+void TransferRun::tell(std::string doing) const
+{
+    auto const copied = bytes->load();
+    onProgress({.bytes = copied,
+                .total = copied > 0 ? std::optional(copied) : std::nullopt,
+                .item = std::move(doing),
+                .files = end->summary.files,
+                .totalFiles = end->summary.files});
 }
 
 void TransferRun::add(TransferSummary const &part)

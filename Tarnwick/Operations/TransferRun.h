@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Tarnwick/Operations/TransferJob.h"
+#include "Tarnwick/Operations/CopyStep.h"
 
+#include <atomic>
 #include <memory>
 #include <stop_token>
 #include <string>
@@ -14,18 +15,16 @@ class StagingFolder;
 /// Carries out a TransferJob.
 ///
 /// The source of a move goes last: only names that have arrived whole, as both sides say when all has been copied, and
-/// only if everything could be copied. Names that are written under other ones are copied into a staging folder of the
-/// target first, since a transfer writes every name as it is. Between two file systems of one place all are, except
-/// folders that merge: there is never a part of a file under its name, and a file that is replaced stays until the new
-/// one is whole. What goes from this machine goes to the Trash, except to another of its file systems: for good. A
+/// only if everything could be copied. What goes through a staging folder of the target, see CopyStep, is renamed when
+/// it is whole. What goes from this machine goes to the Trash, except to another of its file systems: for good. A
 /// renaming fails with FileOperationError::OtherFileSystem if it turns out that it leads to another file system after
 /// all.
 ///
 /// Threads: main context only.
 /// Lifetime: shared; `perform` keeps it.
 /// Cancellation: by `cancel`, within a moment, or within some seconds if a place does not answer. What has arrived
-/// stays; of the names in a staging folder, those that are whole, if it is between two file systems. A source of which
-/// all has arrived may be deleted in part by then.
+/// stays; of the names in a staging folder, those that are whole. A source of which all has arrived may be deleted in
+/// part by then.
 class TransferRun : public std::enable_shared_from_this<TransferRun> {
 public:
     TransferRun(TransferJob job, std::shared_ptr<Transfer> transfer, Transfer::Reporter onProgress);
@@ -40,7 +39,6 @@ private:
     using Names = std::vector<std::string>;
 
     static Task<TransferEnd> performHere(Self self);
-    static Task<void> noteOverwritten(Self self);
     static Task<void> performSteps(Self self);
     static Task<void> copyAndRemove(Self self, TransferPlan plan);
     static Task<Survey> copyStaged(Self self, TransferPlan plan);
@@ -54,6 +52,7 @@ private:
     static Task<void> noteGone(Self self, Names going);
 
     Transfer::Reporter reporterOfNextCopy() const;
+    void tell(std::string doing) const;
     void add(TransferSummary const &part);
     void forgetArrivals(Names const &names);
     void throwIfCancelled() const;
@@ -64,6 +63,8 @@ private:
     Transfer::Reporter const onProgress;
 
     std::stop_source stop;
+    std::optional<CopyStep::Size> behind = CopyStep::Size(); ///< what is copied behind the step under way
+    std::shared_ptr<std::atomic<std::int64_t>> const bytes = std::make_shared<std::atomic<std::int64_t>>(0);
     std::shared_ptr<TransferEnd> const end = std::make_shared<TransferEnd>();
 };
 

@@ -199,8 +199,7 @@ namespace {
 std::optional<TransferJob> leftToCopy(TransferJob job, TransferEnd const &end)
 {
     auto const isElsewhere = failureIs<FileOperationError::OtherFileSystem>(end.failure);
-    auto const isClear = end.waiting.names.empty() && end.summary.partial.empty();
-    if (!isElsewhere || !job.isRename() || !isClear)
+    if (!isElsewhere || !job.isRename() || !end.summary.partial.empty())
         return std::nullopt;
     job.plan = job.plan.only(end.summary.untouched);
     job.isMoveBetweenFileSystems = true;

@@ -26,17 +26,8 @@ void addList(std::vector<Text> &lines, List const &list)
     lines.emplace_back("\n" + Dialogs::describe(list.names, mostNames));
 }
 
-/// What has come of old files, and of the folders that they waited in.
-void addOldFiles(std::vector<Text> &lines, TransferEnd const &end)
+void addLeftBehind(std::vector<Text> &lines, TransferEnd const &end)
 {
-    addList(lines, {"The old file is gone, and the new one is not whole (%@):", end.overwritten});
-    if (auto const &waiting = end.waiting; !waiting.names.empty()) {
-        if (!lines.empty())
-            lines.emplace_back("\n\n");
-        lines.push_back({"The old files are in %@, since they could not be moved back (%@):",
-                         {onOneLine(WindowsPath::display(waiting.folder)), countPhrase(waiting.names.size())}});
-        lines.emplace_back("\n" + Dialogs::describe(waiting.names, mostNames));
-    }
     for (auto const &folder : end.leftBehind) {
         if (!lines.empty())
             lines.emplace_back("\n\n");
@@ -126,7 +117,7 @@ Text failed(TransferEnd const &end)
     std::vector<Text> lines{failed(end.failure, {{"Complete (%@):", end.summary.complete},
                                                  {"Perhaps there in part (%@):", end.summary.partial},
                                                  {"Untouched (%@):", end.summary.untouched}})};
-    addOldFiles(lines, end);
+    addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }
 
@@ -141,14 +132,14 @@ Text kept(TransferEnd const &end)
     }
     addList(lines, {"Changed there during the copy, so the target may have an older state (%@):", end.kept.changed});
     addList(lines, {"Not the same at the target (%@):", end.kept.unequal});
-    addOldFiles(lines, end);
+    addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }
 
 Text leftBehind(TransferEnd const &end)
 {
     std::vector<Text> lines;
-    addOldFiles(lines, end);
+    addLeftBehind(lines, end);
     return Text::sequence(std::move(lines));
 }
 

@@ -42,7 +42,7 @@ Text failed(TransferEnd const &end);
 /// What a move has copied and did not take from the source, and why, and what is left behind; empty if nothing is.
 Text kept(TransferEnd const &end);
 
-/// Which old files are gone or elsewhere, and which staging folders are still there; empty if there is nothing.
+/// Which staging folders are still there; empty if none is.
 Text leftBehind(TransferEnd const &end);
 
 /// "Copied 3 items to web1:/srv."

@@ -80,7 +80,7 @@ TEST(FileCommandsTest, aWindowsHostReadsEachNameAsItIs)
                     ElementsAre(native, "D:/b", native));
         EXPECT_THAT(powerShellLiterals(FileCommands::makeDirectory(powershell, paths.front())), ElementsAre(native));
         std::vector<FileSystemWriter::Move> const moves{{paths.back(), paths.front()}};
-        EXPECT_THAT(powerShellLiterals(MoveCommand::text(powershell, moves)),
+        EXPECT_THAT(powerShellLiterals(MoveCommand::text(powershell, moves, FileSystemWriter::Existing::stays)),
                     ElementsAre(native, "File exists", "D:/b", native));
     }
 }

@@ -97,7 +97,7 @@ TEST_F(BrowserWritesTest, movedFoldersAreForgottenAtAllTheirPlaces)
 {
     std::vector<std::string> const paths{"/a", "/a/x", "/a/x/deep", "/b", "/b/x", "/c"};
     know(paths);
-    auto const moved = begin(browser->moveAll({{"/a/x/", "/b/x"}}));
+    auto const moved = begin(browser->moveAll({{"/a/x/", "/b/x"}}, FileSystemWriter::Existing::stays));
     EXPECT_EQ(writer->writes.back().what, "moveAll /a/x /b/x");
     succeed();
     moved.value();

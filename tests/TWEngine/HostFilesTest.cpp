@@ -14,6 +14,7 @@
 namespace tw::test {
 namespace {
 
+using Existing = FileSystemWriter::Existing;
 using namespace std::chrono_literals;
 
 class HostFilesTest : public testing::Test {
@@ -67,7 +68,7 @@ TEST_F(HostFilesTest, deletingRenamingAndCopyingAreChanges)
     auto const deleting = commandOf(HostFiles::remove(engine, host, {"/a", "/b"}));
     EXPECT_THAT(deleting.text, testing::HasSubstr("\nrm -rf -- '/a' '/b'\n"));
     EXPECT_EQ(deleting.effect, CommandEffect::changes);
-    auto const renaming = commandOf(HostFiles::moveAll(host, {{"/a", "/b"}}));
+    auto const renaming = commandOf(HostFiles::moveAll(host, {{"/a", "/b"}}, Existing::stays));
     EXPECT_THAT(renaming.text, testing::EndsWith("tw_as '/a' '/b'\n"));
     EXPECT_EQ(renaming.effect, CommandEffect::changes);
     auto const copying = commandOf(HostFiles::copy(host, {"/a"}, "/b"));
@@ -78,7 +79,7 @@ TEST_F(HostFilesTest, deletingRenamingAndCopyingAreChanges)
 TEST_F(HostFilesTest, aMoveThatLeadsToAnotherFileSystemIsForTheCallerToCopy)
 {
     try {
-        answer(HostFiles::moveAll(host, {{"/a/x", "/b/x"}, {"/a/y", "/c/y"}}),
+        answer(HostFiles::moveAll(host, {{"/a/x", "/b/x"}, {"/a/y", "/c/y"}}, Existing::stays),
                {.output = "another file system\n1\n", .status = MoveCommand::otherFileSystem});
         FAIL() << "it has moved";
     } catch (FileOperationError::OtherFileSystem const &failure) {
@@ -105,7 +106,7 @@ TEST_F(HostFilesTest, aWindowsHostIsAskedInItsOwnLanguage)
 TEST_F(HostFilesTest, anEmptyListSendsNothing)
 {
     loop.run(HostFiles::remove(engine, host, {}));
-    loop.run(HostFiles::moveAll(host, {}));
+    loop.run(HostFiles::moveAll(host, {}, Existing::stays));
     loop.run(HostFiles::copy(host, {}, "/b"));
     EXPECT_EQ(loop.run(HostFiles::totalSize(host, {})), 0);
     EXPECT_TRUE(host->runs.empty());
@@ -128,9 +129,9 @@ TEST_F(HostFilesTest, aFailureHasTheWordsOfTheHost)
 {
     EXPECT_EQ(failureFor(HostFiles::makeDirectory(host, "/x"), {.output = "mkdir: File exists\n", .status = 1}),
               "create folder failed on /x: mkdir: File exists");
-    EXPECT_EQ(
-        failureFor(HostFiles::moveAll(host, {{"/w", "/z"}, {"/x", "/y"}}), {.output = "mv: no\n1\n", .status = 1}),
-        "rename failed on /x: mv: no");
+    EXPECT_EQ(failureFor(HostFiles::moveAll(host, {{"/w", "/z"}, {"/x", "/y"}}, Existing::stays),
+                         {.output = "mv: no\n1\n", .status = 1}),
+              "rename failed on /x: mv: no");
     EXPECT_EQ(failureFor(HostFiles::copy(host, {"/x", "/y"}, "/z"), {.output = "cp: no", .status = 1}),
               "copy failed on /x: cp: no");
 }
@@ -236,20 +237,24 @@ TEST_F(LostHostFilesTest, whatIsStillThereWasNotDeleted)
 
 TEST_F(LostHostFilesTest, whatHasLeftItsPlaceAndIsAtTheOtherHasMoved)
 {
-    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/b/x"}}), {taken(""), taken(" 0")}), "");
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/b/x"}}, Existing::stays), {taken(""), taken(" 0")}), "");
 }
 
 TEST_F(LostHostFilesTest, ofAChangeOfCaseTheListedSpellingDecides)
 {
     auto const oneName = taken(" 0 1");
-    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/a/X"}}), {oneName, {.output = {}, .status = 0}}), "");
-    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/a/X"}}), {oneName, {.output = {}, .status = 1}}),
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/a/X"}}, Existing::stays),
+                        {oneName, {.output = {}, .status = 0}}),
+              "");
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/a/X"}}, Existing::stays),
+                        {oneName, {.output = {}, .status = 1}}),
               "rename failed on /a/x: the connection was lost before it was moved");
 }
 
 TEST_F(LostHostFilesTest, theFirstThatHasNotMovedIsNamed)
 {
-    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/b/x"}, {"/a/y", "/b/y"}}), {taken(" 1"), taken(" 0")}),
+    EXPECT_EQ(failureOf(HostFiles::moveAll(host, {{"/a/x", "/b/x"}, {"/a/y", "/b/y"}}, Existing::stays),
+                        {taken(" 1"), taken(" 0")}),
               "rename failed on /a/y: the connection was lost before it was moved");
 }
 

@@ -24,6 +24,7 @@
 namespace tw::test {
 namespace {
 
+using Existing = FileSystemWriter::Existing;
 namespace fs = std::filesystem;
 
 /// Gives this process a Trash of its own, beside the tests' folders and on their file system.
@@ -63,7 +64,7 @@ TEST(SecondMountTest, aRenamingIntoAnotherMountOfTheSameDeviceLeadsToAnotherFile
     auto const from = folder.file("from", "kept");
     auto const there = folder.folder("there");
     auto const expectation = [&] {
-        return LocalWrites::rename(from, there + "/to") == LocalWrites::Renamed::isOnAnotherFileSystem;
+        return LocalWrites::rename(from, there + "/to", Existing::stays) == LocalWrites::Renamed::isOnAnotherFileSystem;
     };
     EXPECT_EXIT(exitWithMount(there, there, expectation), testing::ExitedWithCode(0), "");
     EXPECT_EQ(contentOf(from), "kept");
@@ -206,9 +207,10 @@ TEST_F(LocalWritesTest, aFolderThatItsOwnerCannotWriteToMovesAndKeepsItsRights)
     auto const lockedToo = folder.folder("locked too");
     for (auto const &path : {from, lockedToo})
         fs::permissions(path, isLocked);
-    EXPECT_THROW(std::ignore = LocalWrites::rename(from, lockedToo + "/to"), FileOperationError::Failed);
+    EXPECT_THROW(std::ignore = LocalWrites::rename(from, lockedToo + "/to", Existing::stays),
+                 FileOperationError::Failed);
     EXPECT_EQ(rights(from), isLocked);
-    EXPECT_EQ(LocalWrites::rename(from, folder.folder("sub") + "/to"), LocalWrites::Renamed::done);
+    EXPECT_EQ(LocalWrites::rename(from, folder.folder("sub") + "/to", Existing::stays), LocalWrites::Renamed::done);
     EXPECT_EQ(rights(folder.path("sub/to")), isLocked);
     EXPECT_EQ(LocalWrites::renameAfterLooking(folder.path("sub/to"), folder.path("again")), LocalWrites::Renamed::done);
     LocalWrites::moveToTrash(folder.path("again"));
@@ -235,10 +237,29 @@ TEST_F(LocalWritesTest, thousandsOfNamesMoveUntilOneIsTaken)
         moves.push_back({folder.file("from/" + name), folder.path("to/" + name)});
     }
     auto const taken = folder.file("to/1500", "kept");
-    EXPECT_EQ(failureOf(provider.moveAll(moves)), "rename failed on " + folder.path("from/1500") + ": File exists");
+    EXPECT_EQ(failureOf(provider.moveAll(moves, Existing::stays)),
+              "rename failed on " + folder.path("from/1500") + ": File exists");
     EXPECT_TRUE(fs::exists(folder.path("to/1499")));
     EXPECT_TRUE(fs::exists(folder.path("from/1501")));
     EXPECT_EQ(contentOf(taken), "kept");
+}
+
+TEST_F(LocalWritesTest, oldFilesAreReplacedAndFoldersAreNot)
+{
+    folder.folder("from");
+    folder.folder("to/taken");
+    std::vector<FileSystemWriter::Move> moves;
+    for (std::string const name : {"file", "link", "taken"})
+        moves.push_back({folder.file("from/" + name, "new"), folder.path("to/" + name)});
+    folder.file("to/file", "old");
+    auto const kept = folder.file("kept", "kept");
+    folder.link("to/link", kept);
+    EXPECT_EQ(failureOf(provider.moveAll(moves, Existing::isReplaced)),
+              "rename failed on " + folder.path("from/taken") + ": Is a directory");
+    EXPECT_EQ(contentOf(folder.path("to/file")), "new");
+    EXPECT_EQ(contentOf(folder.path("to/link")), "new");
+    EXPECT_EQ(contentOf(kept), "kept");
+    EXPECT_EQ(contentOf(folder.path("from/taken")), "new");
 }
 
 TEST_F(LocalWritesTest, aMoveToAnotherFileSystemIsACopyAndTheOriginalGoes)
@@ -262,7 +283,7 @@ TEST_F(LocalWritesTest, aMoveOfManyNamesStopsAtAnotherFileSystem)
     auto const near = folder.file("near", "moves");
     auto const far = folder.file("far", "kept");
     try {
-        loop.run(provider.moveAll({{near, folder.path("moved")}, {far, other.path("far")}}));
+        loop.run(provider.moveAll({{near, folder.path("moved")}, {far, other.path("far")}}, Existing::stays));
         FAIL() << "a file was renamed into another file system";
     } catch (FileOperationError::OtherFileSystem const &failure) {
         EXPECT_EQ(failure.path, far);

@@ -14,6 +14,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using enum ShellDialect;
 using Move = FileSystemWriter::Move;
+using Existing = FileSystemWriter::Existing;
 
 class MoveCommandTest : public HostShellTest {
 protected:
@@ -26,9 +27,9 @@ protected:
     Move move(std::string const &name) const { return {folder.path("from/" + name), folder.path("to/" + name)}; }
 
     /// Nothing if the request succeeds.
-    std::optional<MoveCommand::Failure> perform(std::vector<Move> const &moves)
+    std::optional<MoveCommand::Failure> perform(std::vector<Move> const &moves, Existing existing = Existing::stays)
     {
-        auto const answer = run(MoveCommand::text(posix, moves));
+        auto const answer = run(MoveCommand::text(posix, moves, existing));
         if (answer.status == 0)
             return std::nullopt;
         return MoveCommand::failure(answer.output, moves.size());
@@ -62,7 +63,8 @@ protected:
         folder.folder("mount");
         auto const mounted = folder.path("mount");
         for (std::string const target : {"/a", "/b"}) {
-            auto const request = MoveCommand::text(posix, std::vector<Move>{{folder.path("from/a"), mounted + target}});
+            auto const request =
+                MoveCommand::text(posix, std::vector<Move>{{folder.path("from/a"), mounted + target}}, Existing::stays);
             auto const script = "/bin/mount --bind " + folder.path("to") + ' ' + mounted + " || exit 9\n" + request;
             auto const answer = run(std::string("/usr/bin/unshare ") + (::geteuid() == 0 ? "-m" : "-rm") +
                                     " /bin/bash -c " + quote(posix, script));
@@ -75,6 +77,39 @@ protected:
     std::vector<std::string> left() const { return namesOnDisk(folder.path("from")); }
 
     std::vector<std::string> arrived() const { return namesOnDisk(folder.path("to")); }
+
+    void expectOldFilesToBeReplaced()
+    {
+        folder.folder("elsewhere");
+        for (auto const *name : {"a\n", "-", "-f", "link", "new", "pipe", "taken", "z"})
+            folder.file(std::string("from/") + name, "new");
+        for (auto const *name : {"a\n", "-", "-f", "z"})
+            folder.file(std::string("to/") + name, "old");
+        folder.link("to/link", folder.path("elsewhere"));
+        ASSERT_EQ(::mkfifo(folder.path("to/pipe").c_str(), 0600), 0);
+        folder.folder("to/taken");
+        std::vector<Move> const moves{move("a\n"), move("-"),    move("-f"),    move("link"),
+                                      move("new"), move("pipe"), move("taken"), move("z")};
+        auto const failure = perform(moves, Existing::isReplaced);
+        ASSERT_TRUE(failure);
+        EXPECT_EQ(failure->index, 6U);
+        EXPECT_EQ(failure->words, "a folder has the name");
+        EXPECT_THAT(left(), ElementsAre("taken", "z"));
+        for (auto const *name : {"a\n", "-", "-f", "link", "new", "pipe"})
+            EXPECT_EQ(contentOf(folder.path(std::string("to/") + name)), "new") << name;
+        EXPECT_EQ(contentOf(folder.path("to/z")), "old");
+        EXPECT_FALSE(std::filesystem::is_symlink(folder.path("to/link")));
+        EXPECT_THAT(namesOnDisk(folder.path("elsewhere")), IsEmpty());
+    }
+
+    void useToolsOfBSD()
+    {
+        useStatOfBSD();
+        replaceTool("mv", R"sh(
+[ "$1" != --help ] || { echo "usage: mv [-f | -i | -n] [-hv] source target" >&2; exit 64; }
+exec /bin/mv "$@"
+)sh");
+    }
 
     void expectHostileNamesToMove()
     {
@@ -114,12 +149,25 @@ TEST_F(MoveCommandTest, namesOfAllBytesMoveWithBusybox)
 
 TEST_F(MoveCommandTest, namesOfAllBytesMoveWithTheToolsOfBSD)
 {
-    useStatOfBSD();
-    replaceTool("mv", R"sh(
-[ "$1" != --help ] || { echo "usage: mv [-f | -i | -n] [-hv] source target" >&2; exit 64; }
-exec /bin/mv "$@"
-)sh");
+    useToolsOfBSD();
     expectHostileNamesToMove();
+}
+
+TEST_F(MoveCommandTest, oldFilesAreReplaced)
+{
+    expectOldFilesToBeReplaced();
+}
+
+TEST_F(MoveCommandTest, oldFilesAreReplacedWithBusybox)
+{
+    useBusybox();
+    expectOldFilesToBeReplaced();
+}
+
+TEST_F(MoveCommandTest, oldFilesAreReplacedWithTheToolsOfBSD)
+{
+    useToolsOfBSD();
+    expectOldFilesToBeReplaced();
 }
 
 TEST_F(MoveCommandTest, lockedFoldersMoveAndKeepTheirRights)
@@ -247,8 +295,8 @@ TEST_F(MoveCommandTest, whatLeadsToAnotherFileSystemIsSaidAndStays)
     for (std::string const name : {"a", "b"})
         folder.file("from/" + name, name);
     for (std::string const target : {"b", "c"}) {
-        auto const answer =
-            run(MoveCommand::text(posix, std::vector<Move>{{folder.path("from/b"), other.path(target)}}));
+        auto const answer = run(
+            MoveCommand::text(posix, std::vector<Move>{{folder.path("from/b"), other.path(target)}}, Existing::stays));
         EXPECT_EQ(answer.status, MoveCommand::otherFileSystem) << answer.output;
     }
     EXPECT_THAT(left(), ElementsAre("a", "b"));
@@ -319,11 +367,21 @@ TEST(MoveCommandTextTest, aRequestTakesAsManyMovesAsFit)
 TEST(MoveCommandTextTest, onAWindowsHostEachMoveRefusesATargetThatExists)
 {
     std::vector<Move> const moves{{"/C:/it's", "/D:/b"}, {"/C:/a", "/C:/A"}};
-    EXPECT_EQ(MoveCommand::text(powershell, moves),
+    EXPECT_EQ(MoveCommand::text(powershell, moves, Existing::stays),
               "$tw=0; try {\n"
               "if(Test-Path -LiteralPath 'D:/b'){ throw 'File exists' }; "
               "Move-Item -LiteralPath 'C:/it''s' -Destination 'D:/b' -Force -ErrorAction Stop; $tw++\n"
               "Move-Item -LiteralPath 'C:/a' -Destination 'C:/A' -Force -ErrorAction Stop; $tw++\n"
+              "} catch { throw ($_.Exception.Message + \"`n$tw\") }");
+}
+
+TEST(MoveCommandTextTest, onAWindowsHostAFolderIsNotReplaced)
+{
+    std::vector<Move> const moves{{"/C:/it's", "/D:/b"}};
+    EXPECT_EQ(MoveCommand::text(powershell, moves, Existing::isReplaced),
+              "$tw=0; try {\n"
+              "if(Test-Path -LiteralPath 'D:/b' -PathType Container){ throw 'a folder has the name' }; "
+              "Move-Item -LiteralPath 'C:/it''s' -Destination 'D:/b' -Force -ErrorAction Stop; $tw++\n"
               "} catch { throw ($_.Exception.Message + \"`n$tw\") }");
 }
 

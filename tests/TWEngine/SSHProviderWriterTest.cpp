@@ -105,7 +105,7 @@ TEST_F(SSHProviderWriterTest, thousandsOfNamesMoveInOneRoundTrip)
         auto const name = "name " + std::to_string(index);
         moves.push_back({folder.file("from/" + name), folder.path("to/" + name)});
     }
-    loop.run(provider->moveAll(moves));
+    loop.run(provider->moveAll(moves, FileSystemWriter::Existing::stays));
     EXPECT_EQ(run(provider, "ls '" + folder.path("to") + "' | wc -l"), "3000\n");
     EXPECT_EQ(run(provider, "ls -A '" + folder.path("from") + "'"), "");
 }

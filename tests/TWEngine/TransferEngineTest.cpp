@@ -396,7 +396,7 @@ TEST_F(TransferEngineTest, namesCrossAsTheyAre)
     for (auto const &name : names)
         moves.push_back({local.path(name), local.path("moved/" + name)});
     local.folder("moved");
-    loop.run(provider->moveAll(moves));
+    loop.run(provider->moveAll(moves, FileSystemWriter::Existing::stays));
     EXPECT_EQ(namesIn(local.path()), std::set<std::string>{"moved"});
     for (auto const &name : names)
         expectSameTree(folder.path(name), local.path("moved/" + name));

@@ -123,7 +123,8 @@ TEST_F(TransferExtremesTest, aFullDiskOfAHostIsSaidByWhatCopiesAndMovesThere)
     EXPECT_THAT(transfer->summary().complete, testing::Contains("a"));
     EXPECT_THAT(transfer->summary().partial, testing::Contains("b"));
     emptyTarget();
-    EXPECT_THAT(failureOf(loop.start(provider->moveAll({{folder.path("b"), local.path("b")}}))),
+    EXPECT_THAT(failureOf(loop.start(
+                    provider->moveAll({{folder.path("b"), local.path("b")}}, FileSystemWriter::Existing::stays))),
                 HasSubstr("No space left on device"));
     EXPECT_EQ(contentOf(folder.path("b")).size(), 100'000U);
 }

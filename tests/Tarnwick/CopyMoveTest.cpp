@@ -1,11 +1,11 @@
 #include "Tarnwick/Operations/CopyMove.h"
 
+#include "Tarnwick/Operations/CopyStep.h"
 #include "Tarnwick/Operations/Delete.h"
 #include "Tarnwick/Operations/MoveWithin.h"
 #include "Tarnwick/Operations/NewFolder.h"
 #include "Tarnwick/Operations/Rename.h"
 #include "Tarnwick/Operations/StagingFolder.h"
-#include "Tarnwick/Operations/StagingName.h"
 #include "Tarnwick/Operations/UniqueName.h"
 #include "tests/support/TransferPanesTest.h"
 
@@ -419,37 +419,76 @@ TEST_F(CopyMoveTest, aNameForWhichAllNumbersAreTakenIsNotWritten)
     EXPECT_THAT(transfer->copies, IsEmpty());
 }
 
-TEST_F(CopyMoveTest, anOldFileThatIsGoneWithoutAWholeNewOneIsNamed)
+TEST_F(CopyMoveTest, anOldFileStaysUntilTheNewOneIsWhole)
 {
     there->file("/dst/a", "old");
     there->file("/dst/b", "old too");
     there->file("/dst/c", "also old");
     here->file("/src/c", "c");
     mark({"a", "b", "c"});
-    transfer->before = [this](std::string const &name) {
-        if (name != "b")
-            return;
-        there->file("/dst/b", "b");
-        throw FileOperationError::Failed("write to remote", "b", "no space");
+    transfer->before = [](std::string const &name) {
+        if (name == "b")
+            throw FileOperationError::Failed("write to remote", "b", "no space");
     };
     copy();
     resolve({Answer::replace, Answer::replace, Answer::replace});
     EXPECT_EQ(lastError(),
-              "write to remote failed on b: no space\n\nComplete (1 item):\na\n\nUntouched (1 item):\nc\n\n"
-              "The old file is gone, and the new one is not whole (1 item):\nb");
+              "write to remote failed on b: no space\n\nComplete (1 item):\na\n\nUntouched (2 items):\nb\nc");
+    EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a", "/dst/b", "/dst/c"));
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_EQ(there->content("/dst/b"), "old too");
+    EXPECT_EQ(there->content("/dst/c"), "also old");
 }
 
-TEST_F(CopyMoveTest, afterACancelTheOldFileThatIsGoneIsNamed)
+TEST_F(CopyMoveTest, whatIsNotAsLargeAsItWasShownReplacesNothingAfterAFailure)
+{
+    there->file("/dst/a", "old");
+    there->file("/dst/b", "old too");
+    mark({"a", "b"});
+    transfer->before = [this](std::string const &name) {
+        if (name != "b")
+            return;
+        there->nodes.at(stagingIn(*there, "/dst") + "/a").content = "aa";
+        throw FileOperationError::Failed("write to remote", "b", "no space");
+    };
+    copy();
+    resolve({Answer::replace, Answer::replace});
+    EXPECT_EQ(there->content("/dst/a"), "old");
+    EXPECT_THAT(lastError(), HasSubstr("Untouched (2 items):\na\nb"));
+}
+
+TEST_F(CopyMoveTest, afterACancelTheOldFileIsThere)
 {
     there->file("/dst/b", "old");
     transfer->pausesBefore = "b";
     copy();
     resolve({Answer::replace});
-    there->nodes.erase("/dst/b");
     dialogs->works.front()->cancel();
     loop.drain();
     EXPECT_EQ(status(), "⚠︎ copy 2 items cancelled: 1 of 2 files copied");
-    EXPECT_EQ(lastError(), "The old file is gone, and the new one is not whole (1 item):\nb");
+    EXPECT_EQ(there->content("/dst/b"), "old");
+    EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
+    EXPECT_THAT(dialogs->errors, IsEmpty());
+}
+
+TEST_F(CopyMoveTest, filesThatReplaceLargeOnesComeInBatchesAndCountAsOneCopy)
+{
+    there->file("/dst/a", "old");
+    there->file("/dst/b", "old too");
+    here->file("/src/c", "c");
+    mark({"a", "b", "c"});
+    here->sizes = {{"/src/a", CopyStep::mostReplaced}, {"/src/b", CopyStep::mostReplaced}};
+    transfer->pausesBefore = "b";
+    copy();
+    resolve({Answer::replace, Answer::replace});
+    EXPECT_EQ(there->content("/dst/a"), "aaaa") << "it has its name before the next batch";
+    auto const &shown = dialogs->works.front()->states.back();
+    EXPECT_EQ(shown.files, 2);
+    EXPECT_EQ(shown.totalFiles, 3);
+    dialogs->works.front()->cancel();
+    loop.drain();
+    EXPECT_EQ(status(), "⚠︎ copy 3 items cancelled: 2 of 3 files copied");
+    EXPECT_EQ(there->content("/dst/b"), "old too");
 }
 
 TEST_F(CopyMoveTest, nothingOfTheStagingFolderIsLeft)
@@ -461,6 +500,32 @@ TEST_F(CopyMoveTest, nothingOfTheStagingFolderIsLeft)
     ASSERT_THAT(transfer->copies, SizeIs(1));
     EXPECT_THAT(transfer->copies.front(), StartsWith("/src -> /dst/.tw-paste-"));
     EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a", "/dst/a(2)"));
+}
+
+TEST_F(CopyMoveTest, aStagingFolderThatMayHaveBeenMadeIsGoneOrNamed)
+{
+    there->file("/dst/a", "old");
+    mark({"a"});
+    auto isSilent = false;
+    there->before = [&](std::string const &request) {
+        if (request.starts_with("makeDirectory")) {
+            there->folder(request.substr(request.find('/')));
+            throw std::runtime_error("the connection was lost");
+        }
+        if (isSilent && request.starts_with("removePermanently"))
+            throw std::runtime_error("the connection was lost");
+    };
+    copy();
+    resolve({Answer::replace});
+    EXPECT_THAT(there->below("/dst"), ElementsAre("/dst/a"));
+    EXPECT_THAT(lastError(), Not(HasSubstr("could not be deleted")));
+    isSilent = true;
+    mark({"a"});
+    copy();
+    resolve({Answer::replace});
+    EXPECT_THAT(lastError(),
+                HasSubstr("The folder " + stagingIn(*there, "/dst") + " could not be deleted, or not yet."));
+    EXPECT_EQ(there->content("/dst/a"), "old");
 }
 
 TEST_F(CopyMoveTest, aFailureOfTheStagedCopyLeavesNothingOfItToo)
@@ -694,16 +759,6 @@ protected:
         show(target, hereBrowser, "local", "/dst");
         mark({"a", "b"});
     }
-
-    /// The first staging folder in a folder.
-    std::string stagingIn(std::string const &folder) const
-    {
-        for (auto const &path : here->below(folder)) {
-            if (path.starts_with(folder + "/" + std::string(stagingPrefix)))
-                return path;
-        }
-        return "none";
-    }
 };
 
 TEST_F(MoveWithinTest, aMoveWithinOnePlaceRenamesAndShowsNoProgress)
@@ -740,33 +795,18 @@ TEST_F(MoveWithinTest, aFileIsReplacedWhenTheNewOneIsThere)
     EXPECT_THAT(here->below("/src"), IsEmpty());
 }
 
-TEST_F(MoveWithinTest, aFileThatCannotBeReplacedComesBack)
+TEST_F(MoveWithinTest, aFileThatCannotBeReplacedStays)
 {
     here->file("/dst/a", "old");
     here->before = [](std::string const &request) {
-        if (request == "move /src/a /dst/a")
+        if (request == "replace /src/a /dst/a")
             throw FileOperationError::Failed("rename", "/src/a", "no way");
     };
     move();
     resolve({Answer::replace});
     EXPECT_EQ(here->content("/dst/a"), "old");
     EXPECT_EQ(here->content("/src/a"), "aaaa");
-    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
-}
-
-TEST_F(MoveWithinTest, anOldFileComesBackIfTheNewOneHasVanished)
-{
-    here->file("/dst/a", "old");
-    here->before = [this](std::string const &request) {
-        if (request != "move /src/a /dst/a")
-            return;
-        here->nodes.erase("/src/a");
-        throw FileOperationError::Failed("rename", "/src/a", "No such file or directory");
-    };
-    move();
-    resolve({Answer::replace});
-    EXPECT_EQ(here->content("/dst/a"), "old");
-    EXPECT_THAT(lastError(), Not(HasSubstr("Complete (2 items)")));
+    EXPECT_EQ(lastError(), "rename failed on /src/a: no way\n\nComplete (1 item):\nb\n\nUntouched (1 item):\na");
 }
 
 TEST_F(MoveWithinTest, noOldFileIsLostWithADiskThatIsPulledOut)
@@ -774,7 +814,7 @@ TEST_F(MoveWithinTest, noOldFileIsLostWithADiskThatIsPulledOut)
     here->file("/dst/a", "old");
     here->file("/dst/b", "old too");
     here->before = [this](std::string const &request) {
-        if (request != "move /src/b /dst/b")
+        if (request != "replace /src/b /dst/b")
             return;
         std::erase_if(here->nodes, [](auto const &node) { return node.first.starts_with("/src"); });
         throw FileOperationError::Failed("rename", "/src/b", "No such file or directory");
@@ -795,93 +835,6 @@ TEST_F(MoveWithinTest, whatNobodyCanSayIsNotCalledUntouched)
     };
     move();
     EXPECT_EQ(lastError(), "rename failed on /src/b: no answer\n\nPerhaps there in part (2 items):\na\nb");
-}
-
-TEST_F(MoveWithinTest, aFileThatCannotComeBackStaysInTheStagingFolder)
-{
-    here->file("/dst/a", "old");
-    here->before = [](std::string const &request) {
-        if (request.starts_with("move") && request.ends_with("/dst/a"))
-            throw FileOperationError::Failed("rename", "/dst/a", "no way");
-    };
-    move();
-    resolve({Answer::replace});
-    EXPECT_EQ(here->content("/src/a"), "aaaa");
-    EXPECT_THAT(requestsOf(*here, "removePermanently"), IsEmpty()) << "the old file is in it";
-}
-
-TEST_F(MoveWithinTest, anOldFileWhoseNameAnotherProgramTakesIsKept)
-{
-    here->file("/dst/a", "old");
-    here->file("/dst/b", "old too");
-    here->before = [this](std::string const &request) {
-        if (request == "move /src/b /dst/b")
-            here->file("/dst/b", "of another program");
-    };
-    move();
-    resolve({Answer::replace, Answer::replace});
-    EXPECT_EQ(here->content("/dst/a"), "aaaa");
-    EXPECT_EQ(here->content("/dst/b"), "of another program");
-    EXPECT_EQ(here->content("/src/b"), "bb");
-    auto const staging = here->below("/dst").front();
-    EXPECT_THAT(staging, StartsWith("/dst/.tw-paste-"));
-    EXPECT_THAT(here->below(staging), ElementsAre(staging + "/b"));
-    EXPECT_EQ(here->content(staging + "/b"), "old too");
-    EXPECT_THAT(lastError(),
-                HasSubstr("The old files are in " + staging + ", since they could not be moved back (1 item):\nb"));
-}
-
-TEST_F(MoveWithinTest, oldFilesThatWereReplacedAndCannotBeDeletedAreNotToComeBack)
-{
-    here->file("/dst/a", "old");
-    here->before = [](std::string const &request) {
-        if (request.starts_with("removePermanently /dst/.tw-paste-"))
-            throw FileOperationError::Failed("delete", "/dst", "no answer");
-    };
-    move();
-    resolve({Answer::replace});
-    EXPECT_EQ(here->content("/dst/a"), "aaaa");
-    EXPECT_THAT(lastError(), Not(HasSubstr("moved back")));
-    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst")));
-}
-
-TEST_F(MoveWithinTest, whatAnotherProgramPutsIntoTheStagingFolderStaysAndTheFolderIsNamed)
-{
-    here->file("/dst/a", "old");
-    here->before = [this](std::string const &request) {
-        if (request == "move /src/a /dst/a")
-            here->file(stagingIn("/dst") + "/other", "of another program");
-    };
-    move();
-    resolve({Answer::replace});
-    EXPECT_EQ(here->content("/dst/a"), "aaaa");
-    auto const staging = stagingIn("/dst");
-    EXPECT_THAT(here->below(staging), ElementsAre(staging + "/other"));
-    EXPECT_THAT(lastError(), HasSubstr("The folder " + staging + " could not be deleted, or not yet."));
-}
-
-TEST_F(MoveWithinTest, aStagingFolderThatMayHaveBeenMadeIsGoneOrNamed)
-{
-    here->file("/dst/a", "old");
-    auto isSilent = false;
-    here->before = [&](std::string const &request) {
-        if (request.starts_with("makeDirectory")) {
-            here->folder(request.substr(request.find('/')));
-            throw std::runtime_error("the connection was lost");
-        }
-        if (isSilent && request.starts_with("removeEmptyFolder"))
-            throw std::runtime_error("the connection was lost");
-    };
-    move();
-    resolve({Answer::replace});
-    EXPECT_THAT(here->below("/dst"), ElementsAre("/dst/a", "/dst/b"));
-    EXPECT_THAT(lastError(), Not(HasSubstr("could not be deleted")));
-    isSilent = true;
-    mark({"a"});
-    move();
-    resolve({Answer::replace});
-    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst") + " could not be deleted, or not yet."));
-    EXPECT_EQ(here->content("/dst/a"), "old");
 }
 
 TEST_F(MoveWithinTest, aFileThatWasToBeReplacedMayHaveGone)
@@ -1076,19 +1029,18 @@ TEST_F(MoveBetweenFileSystemsTest, aDiskThatDiesDoesNotHoldACancel)
     move();
     letTimePass();
     EXPECT_EQ(status(), "⚠︎ move 2 items cancelled: it is not known how many files were copied");
-    EXPECT_THAT(lastError(), HasSubstr("The folder " + stagingIn("/dst") + " could not be deleted, or not yet."));
+    EXPECT_THAT(lastError(),
+                HasSubstr("The folder " + stagingIn(*here, "/dst") + " could not be deleted, or not yet."));
     EXPECT_THAT(requestsOf(*here, "removePermanently"), IsEmpty()) << "a file may be on its way out of it";
     EXPECT_THAT(here->below("/src"), SizeIs(2));
 }
 
-TEST_F(MoveBetweenFileSystemsTest, ofADiskThatDiesWhileFilesAreReplacedItIsSaidWhereTheOldOnesMayBe)
+TEST_F(MoveBetweenFileSystemsTest, aDiskThatDiesWhileFilesAreReplacedLosesNone)
 {
     here->file("/dst/a", "old");
-    std::string staging;
-    here->before = [this, &staging](std::string const &request) {
-        if (transfer->cancels > 0 || !request.starts_with("move ") || !request.ends_with("/a /dst/a"))
+    here->before = [this](std::string const &request) {
+        if (transfer->cancels > 0 || !request.starts_with("replace "))
             return;
-        staging = requestsOf(*here, "move /dst/a ").front().substr(std::string("move /dst/a ").size());
         here->silence = std::make_shared<SharedCompletion<Done>>();
         dialogs->works.front()->cancel();
     };
@@ -1096,12 +1048,10 @@ TEST_F(MoveBetweenFileSystemsTest, ofADiskThatDiesWhileFilesAreReplacedItIsSaidW
     resolve({Answer::replace});
     letTimePass();
     EXPECT_FALSE(dialogs->works.front()->isUnderWay);
-    EXPECT_THAT(lastError(), HasSubstr("The old files are in " + staging.substr(0, staging.rfind('/')) + ", "));
-    EXPECT_EQ(here->content(staging), "old");
-
-    here->wakeUp();
-    loop.drain();
-    EXPECT_EQ(here->content("/dst/a"), "old") << "it comes back with the disk";
+    EXPECT_THAT(lastError(),
+                HasSubstr("The folder " + stagingIn(*here, "/dst") + " could not be deleted, or not yet."));
+    EXPECT_EQ(here->content("/dst/a"), "old");
+    EXPECT_EQ(here->content("/src/a"), "aaaa");
 }
 
 TEST_F(MoveBetweenFileSystemsTest, aDeletionOfCopiesThatTakesLongIsWaitedForUntilACancel)
@@ -1144,7 +1094,7 @@ TEST_F(MoveToADiskWithoutCasesTest, namesThatAreOneThereDoNotMeetInTheStagingFol
 TEST_F(MoveToADiskWithoutCasesTest, ofTwoTheOneThatIsReplacedStaysAtTheSource)
 {
     resolve({Answer::replace});
-    EXPECT_EQ(copyOfA(), "aaaa");
+    EXPECT_EQ(here->content("/dst/A"), "aaaa") << "the disk keeps its spelling";
     EXPECT_EQ(here->content("/src/A"), "capital");
     EXPECT_FALSE(here->has("/src/a"));
     EXPECT_THAT(lastError(), HasSubstr("Not the same at the target (1 item):\nA"));
@@ -1273,7 +1223,7 @@ TEST_F(MergeTest, aCancelEndsTheRenamingBesideIt)
     };
     merge();
     EXPECT_THAT(requestsOf(*here, "move"), SizeIs(mostInRequest));
-    EXPECT_EQ(status(), "⚠︎ move 201 items cancelled: 100 of 201 items moved");
+    EXPECT_EQ(status(), "⚠︎ move 1001 items cancelled: 500 of 1,001 items moved");
     EXPECT_TRUE(here->has("/src/f"));
 }
 

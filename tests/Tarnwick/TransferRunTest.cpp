@@ -37,6 +37,11 @@ protected:
         return {.browser = std::move(browser), .connection = {}, .path = std::move(path), .names = {}};
     }
 
+    std::shared_ptr<TransferRun> makeRun(TransferJob job, Transfer::Reporter onProgress)
+    {
+        return run = std::make_shared<TransferRun>(std::move(job), makeTransfer(), std::move(onProgress));
+    }
+
     static TransferJob moveOf(Names const &names, Operands source, Operands target)
     {
         TransferJob job{.kind = TransferKind::move, .source = std::move(source), .target = std::move(target)};
@@ -49,18 +54,12 @@ protected:
     {
         return end.failure ? TransferWords::failed(end).english() : "it succeeded";
     }
+
+    std::shared_ptr<TransferRun> run; ///< the last one
 };
 
-TEST(TransferWordsTest, afterACancelItIsSaidWhereTheOldFilesAre)
-{
-    TransferEnd end;
-    end.waiting = {.folder = "/to/.tw-paste-1", .names = {"a"}};
-    EXPECT_EQ(TransferWords::leftBehind(end).english(),
-              "The old files are in /to/.tw-paste-1, since they could not be moved back (1 item):\na");
-}
-
-/// The parameter is the way: "up" to a host, "down" from one, "between" two of them, "across" from one file system of
-/// this machine to another, or "there", the same on a host.
+/// The parameter is the way: "up" to a host, "down" from one, "between" two of them, "here" on this machine, "across"
+/// from one file system of this machine to another, or "there", the same on a host.
 class MoveOfRealFilesTest : public TransferRunTest, public testing::WithParamInterface<char const *> {
 protected:
     MoveOfRealFilesTest()
@@ -74,8 +73,9 @@ protected:
 
     static bool isThere() { return std::string_view(GetParam()) == "there"; }
 
-    /// By cp, and through a staging folder.
     static bool isAcross() { return std::string_view(GetParam()) == "across" || isThere(); }
+
+    static bool isByCp() { return std::string_view(GetParam()) == "here" || isAcross(); }
 
     TransferJob makeJob()
     {
@@ -91,28 +91,36 @@ protected:
     /// Acts once when the first of the large files is on its way, with its name.
     TransferEnd moveAndMeanwhile(std::function<void(std::string const &)> act)
     {
+        return performAndMeanwhile(makeJob(), std::move(act));
+    }
+
+    TransferEnd performAndMeanwhile(TransferJob job, std::function<void(std::string const &)> act)
+    {
         std::map<std::string, HeldFile> held; // tar would not wait for them
         for (auto const &name : large)
-            if (isAcross())
+            if (isByCp())
                 held.try_emplace(name, folder.path(name));
         std::once_flag hasActed;
         auto const actOnce = [&](std::string const &item) {
             if (large.contains(item))
                 std::call_once(hasActed, act, item);
         };
-        auto const run = std::make_shared<TransferRun>(
-            makeJob(), makeTransfer(), [actOnce](TransferProgress const &progress) { actOnce(progress.item); });
-        auto const moving = loop.start(run->perform());
+        auto const moving = loop.start(makeRun(std::move(job), [actOnce](TransferProgress const &progress) {
+                                           actOnce(progress.item);
+                                       })->perform());
         auto const isWanted = [](auto const &each) { return each.second.isWanted(); };
         waitUntil([&] { return held.empty() || std::ranges::any_of(held, isWanted); });
-        if (isAcross())
+        if (isByCp())
             actOnce(std::ranges::find_if(held, isWanted)->first);
+        if (isHeldToTheEnd)
+            finish(moving);
         held.clear();
         finish(moving);
         return moving.value();
     }
 
-    std::set<std::string> const large{"tree/1", "tree/2", "tree/3"};
+    std::set<std::string> large{"tree/1", "tree/2", "tree/3"};
+    bool isHeldToTheEnd = false; ///< what cp waits for is not released until the run has ended
 };
 
 TEST_P(MoveOfRealFilesTest, ifFilesOfAFolderVanishOnTheWayNothingIsDeletedAndTheFolderIsNamed)
@@ -250,6 +258,60 @@ TEST_P(MoveToAFullDiskTest, keepsItsSource)
 
 INSTANTIATE_TEST_SUITE_P(Ways, MoveToAFullDiskTest, testing::Values("up", "between"));
 
+class CopyOverFilesTest : public MoveOfRealFilesTest {
+protected:
+    CopyOverFilesTest()
+    {
+        large = {"huge"};
+        std::filesystem::resize_file(folder.file("huge"), moreThanPipesHold);
+        for (auto const &name : names)
+            local.file(name, "old");
+    }
+
+    TransferJob makeCopy()
+    {
+        auto job = makeJob();
+        job.kind = TransferKind::copy;
+        job.isMoveBetweenFileSystems = false;
+        job.source.names = names;
+        job.plan = {};
+        for (auto const &name : names) {
+            auto const size = static_cast<std::int64_t>(std::filesystem::file_size(folder.path(name)));
+            job.plan.replace.push_back({.source = {.name = name, .kind = EntryKind::file, .size = size},
+                                        .target = {.name = name, .kind = EntryKind::file, .size = 3}});
+        }
+        return job;
+    }
+
+    Names const names{"first", "huge", "last"};
+};
+
+TEST_P(CopyOverFilesTest, aCancelInTheMiddleOfOneKeepsTheOldOneAndLeavesNothingElse)
+{
+    reach();
+    isHeldToTheEnd = true;
+    auto const end = performAndMeanwhile(makeCopy(), [this](std::string const & /*onItsWay*/) { run->cancel(); });
+    EXPECT_EQ(failureOf(end).substr(0, 9), "cancelled");
+    EXPECT_EQ(contentOf(local.path("huge")), "old");
+    EXPECT_EQ(contentOf(local.path("last")), "old");
+    EXPECT_THAT(contentOf(local.path("first")), testing::AnyOf("first", "old"));
+    EXPECT_EQ(end.summary.complete == Names{"first"}, contentOf(local.path("first")) == "first");
+    EXPECT_THAT(namesIn(local.path()), ElementsAre("first", "huge", "last")) << "nothing of the staging folder";
+}
+
+TEST_P(CopyOverFilesTest, allAreReplacedInTheEnd)
+{
+    reach();
+    auto const end = loop.run(makeRun(makeCopy(), [](TransferProgress const &) {})->perform());
+    EXPECT_EQ(failureOf(end), "it succeeded");
+    EXPECT_EQ(end.summary.complete, names);
+    for (auto const &name : names)
+        expectSame(name);
+    EXPECT_THAT(namesIn(local.path()), ElementsAre("first", "huge", "last"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, CopyOverFilesTest, testing::Values("up", "down", "between", "here", "there"));
+
 TEST_F(TransferRunTest, whatAHostHasMovedInPartIsNotCalledUntouched)
 {
     TemporaryFolder const tools;
@@ -262,9 +324,7 @@ TEST_F(TransferRunTest, whatAHostHasMovedInPartIsNotCalledUntouched)
     auto const source = place("host", folder.path());
     auto target = source;
     target.path = local.path();
-    auto const run = std::make_shared<TransferRun>(moveOf({"large"}, source, target), makeTransfer(),
-                                                   [](TransferProgress const &) {});
-    auto const end = loop.run(run->perform());
+    auto const end = loop.run(makeRun(moveOf({"large"}, source, target), [](TransferProgress const &) {})->perform());
     EXPECT_THAT(failureOf(end), HasSubstr("No space left on device"));
     EXPECT_THAT(failureOf(end), HasSubstr("Perhaps there in part (1 item):\nlarge"));
     EXPECT_TRUE(std::filesystem::exists(local.path("large")));

@@ -88,13 +88,13 @@ std::uint64_t FakePlace::deviceOf(std::string const &path) const
     return !otherFileSystem.empty() && (path == otherFileSystem || isBelow(path, otherFileSystem)) ? 2 : 1;
 }
 
-void FakePlace::moveTree(std::string const &from, std::string const &to)
+void FakePlace::moveTree(std::string const &from, std::string const &to, Existing existing)
 {
     if (deviceOf(from) != deviceOf(to))
         throw FileOperationError::OtherFileSystem(from);
     if (!has(from))
         throw Failed("rename", from, "No such file or directory");
-    if (has(to))
+    if (has(to) && (existing == Existing::stays || !nodes.at(to).content))
         throw Failed("rename", from, "File exists");
     auto const moving = nodes;
     for (auto const &[path, node] : moving) {
@@ -103,6 +103,14 @@ void FakePlace::moveTree(std::string const &from, std::string const &to)
         nodes.erase(path);
         nodes[to + path.substr(from.size())] = node;
     }
+}
+
+std::int64_t FakePlace::sizeOf(std::string const &path) const
+{
+    if (auto const shown = sizes.find(path); shown != sizes.end())
+        return shown->second;
+    auto const &content = nodes.at(path).content;
+    return content ? static_cast<std::int64_t>(content->size()) : 0;
 }
 
 bool FakePlace::foldsIn(std::string const &path) const
@@ -172,14 +180,14 @@ Task<void> FakePlace::removePermanently(std::vector<std::string> paths, LockedFo
 
 Task<void> FakePlace::rename(std::string from, std::string to)
 {
-    return moveAll({{std::move(from), std::move(to)}});
+    return moveAll({{std::move(from), std::move(to)}}, Existing::stays);
 }
 
-Task<void> FakePlace::moveAll(std::vector<Move> moves)
+Task<void> FakePlace::moveAll(std::vector<Move> moves, Existing existing)
 {
     for (auto const &[from, to] : moves) {
-        co_await request("move " + from + " " + to);
-        moveTree(spelledHere(from), spelledHere(to));
+        co_await request((existing == Existing::stays ? "move " : "replace ") + from + " " + to);
+        moveTree(spelledHere(from), spelledHere(to), existing);
     }
 }
 
@@ -205,7 +213,7 @@ Task<FolderFacts> FakePlace::factsAbout(std::string folder, std::vector<std::str
         auto const &node = found->second;
         facts.taken.push_back({.name = name,
                                .kind = node.content ? EntryKind::file : EntryKind::directory,
-                               .size = node.content ? static_cast<std::int64_t>(node.content->size()) : 0,
+                               .size = sizeOf(found->first),
                                .mtime = node.mtime,
                                .identity = FileIdentity{.device = deviceOf(found->first), .inode = node.inode},
                                .isMountPoint = found->first == otherFileSystem});

@@ -46,6 +46,7 @@ public:
 
     /// Called with each request before it is done: "remove /a /b". It may throw in its place.
     std::function<void(std::string const &request)> before = [](auto const &) {};
+    std::map<std::string, std::int64_t> sizes;  ///< of files that are shown as larger than they are
     std::string otherFileSystem;                ///< the folder that one is mounted on
     bool isOneDevice = false;                   ///< both file systems, as with two mounts of one disk
     std::shared_ptr<Completion<Done>> syncing;  ///< a sync waits for it, if there is one
@@ -71,7 +72,7 @@ public:
     Task<void> removeEmptyFolder(std::string path) override;
     Task<void> remove(std::vector<std::string> paths) override;
     Task<void> rename(std::string from, std::string to) override;
-    Task<void> moveAll(std::vector<Move> moves) override;
+    Task<void> moveAll(std::vector<Move> moves, Existing existing) override;
     Task<void> removePermanently(std::vector<std::string> paths, LockedFolders /*locked*/) override;
     Task<FolderFacts> factsAbout(std::string folder, std::vector<std::string> names) override;
     Task<Survey> survey(std::string folder, std::vector<std::string> names, Survey::Detail detail) override;
@@ -83,8 +84,9 @@ private:
     Task<void> request(std::string what);
     void erase(std::string const &path);
     std::uint64_t deviceOf(std::string const &path) const;
+    std::int64_t sizeOf(std::string const &path) const;
     bool foldsIn(std::string const &path) const;
-    void moveTree(std::string const &from, std::string const &to);
+    void moveTree(std::string const &from, std::string const &to, Existing existing);
     std::string spelledHere(std::string const &path) const;
 
     std::string const place;

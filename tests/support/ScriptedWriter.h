@@ -33,9 +33,9 @@ public:
 
     Task<void> rename(std::string from, std::string to) override { return note(this, "rename " + from + " " + to); }
 
-    Task<void> moveAll(std::vector<Move> moves) override
+    Task<void> moveAll(std::vector<Move> moves, Existing existing) override
     {
-        std::string what = "moveAll";
+        std::string what = existing == Existing::stays ? "moveAll" : "replaceAll";
         for (auto const &move : moves)
             what += " " + move.from + " " + move.to;
         return note(this, what);

@@ -77,7 +77,7 @@ public:
 
     Task<void> rename(std::string, std::string) override { return none<void>(); }
 
-    Task<void> moveAll(std::vector<Move>) override { return none<void>(); }
+    Task<void> moveAll(std::vector<Move>, Existing) override { return none<void>(); }
 
     Task<void> removePermanently(std::vector<std::string>, LockedFolders) override { return none<void>(); }
 

@@ -2,6 +2,7 @@
 
 #include "Tarnwick/Operations/ClaimedNames.h"
 #include "Tarnwick/Operations/OperationContext.h"
+#include "Tarnwick/Operations/StagingName.h"
 #include "tests/support/FakeArchives.h"
 #include "tests/support/FakeConnections.h"
 #include "tests/support/FakeDialogs.h"
@@ -136,6 +137,16 @@ protected:
                 some.push_back(each);
         }
         return some;
+    }
+
+    /// The first staging folder in a folder.
+    static std::string stagingIn(FakePlace const &place, std::string const &folder)
+    {
+        for (auto const &path : place.below(folder)) {
+            if (path.starts_with(folder + "/" + std::string(stagingPrefix)))
+                return path;
+        }
+        return "none";
     }
 
     std::shared_ptr<Browser> browserOf(std::shared_ptr<FakePlace> const &place)
