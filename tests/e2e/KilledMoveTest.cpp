@@ -9,7 +9,8 @@ TEST_P(KilledMoveTest, aProgramThatIsKilledDuringAMoveHasLostNothing)
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest,
-                         testing::Values("down", "up", "over", "across", "between", "within", "merging"));
+                         testing::Values("down", "up", "up over", "here over", "across", "between", "within",
+                                         "within merging"));
 
 } // namespace
 } // namespace tw::test

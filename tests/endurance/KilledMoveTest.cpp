@@ -9,7 +9,8 @@ TEST_P(KilledMoveTest, aProgramThatIsKilledInAHundredMomentsOfAMoveHasLostNothin
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, KilledMoveTest,
-                         testing::Values("down", "up", "over", "across", "between", "within", "merging"));
+                         testing::Values("down", "down over", "up", "up over", "here over", "across", "across over",
+                                         "between", "within", "within over", "within merging"));
 
 } // namespace
 } // namespace tw::test

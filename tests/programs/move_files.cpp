@@ -1,8 +1,8 @@
 // Moves everything in a folder into another one, for tests that kill it on the way.
 // Arguments: the ssh client, the folder of its sockets, the source, the target, and which way: "down" from the host
-// "host", "up" to it, "between" it and the host "other"; both on "host", as from one file system to another, "within"
-// or "merging" with folders that are there; or both on this machine, "over" what has the names, or "across", as from
-// one file system to another. It stops itself once, when all that is left is to move.
+// "host", "up" to it, "between" it and the host "other"; both on "host", as from one file system to another, "within";
+// or both on this machine, "here", or "across", as from one file system to another. What has a name at the target is
+// replaced, and folders merge. It stops itself once, when all that is left is to move.
 
 #include "TWEngine/Browsing/LocalProvider.h"
 #include "TWEngine/Runtime/EngineRuntime.h"
@@ -51,7 +51,7 @@ int main(int count, char **arguments)
         loop.run(host->connect());
         return host;
     };
-    bool const isWithin = way == "within" || way == "merging";
+    bool const isWithin = way == "within";
     std::shared_ptr<FileSystemProvider> from = std::make_shared<LocalProvider>(engine);
     auto to = from;
     if (way == "down" || way == "between" || isWithin)
@@ -67,9 +67,10 @@ int main(int count, char **arguments)
         auto const name = entry.path().filename().string();
         job.source.names.push_back(name);
         auto const kind = entry.is_directory() ? EntryKind::directory : EntryKind::file;
-        if (way == (kind == EntryKind::directory ? "merging" : "over"))
+        auto const size = entry.is_directory() ? 0 : static_cast<std::int64_t>(entry.file_size());
+        if (std::filesystem::exists(std::filesystem::path(arguments[4]) / name))
             job.plan.replace.push_back(
-                {.source = {.name = name, .kind = kind}, .target = {.name = name, .kind = kind}});
+                {.source = {.name = name, .kind = kind, .size = size}, .target = {.name = name, .kind = kind}});
         else
             job.plan.free.push_back(name);
     }
