@@ -960,6 +960,7 @@ TEST_F(MoveBetweenFileSystemsTest, aCancelDoesNotWaitUntilADiskHasWrittenEveryth
     here->syncing = std::make_shared<Completion<Done>>();
     move();
     EXPECT_FALSE(operation->isDone());
+    EXPECT_EQ(dialogs->works.front()->states.back().item, "waiting until it is on the disk");
     dialogs->works.front()->cancel();
     loop.drain();
     EXPECT_TRUE(operation->isDone());
@@ -975,6 +976,7 @@ TEST_F(MoveBetweenFileSystemsTest, aCancelEndsTheDeletionOfTheSourceAndSaysHowFa
     };
     move();
     EXPECT_FALSE(operation->isDone());
+    EXPECT_EQ(dialogs->works.front()->states.back().item, "deleting the source");
     dialogs->works.front()->cancel();
     loop.drain();
     EXPECT_TRUE(operation->isDone());
