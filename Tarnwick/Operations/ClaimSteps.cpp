@@ -1,7 +1,9 @@
 #include "Tarnwick/Operations/ClaimSteps.h"
 
 #include "TWCore/Model/FileOperationError.h"
+#include "Tarnwick/Operations/AnswerOrCancel.h"
 #include "Tarnwick/Operations/TransferSteps.h"
+#include "Tarnwick/Operations/TransferWords.h"
 
 #include <utility>
 
@@ -50,19 +52,12 @@ FileOperationError::Failed errorOf(std::string operation, ClaimedNames::Clash cl
             std::string("another operation is ") + verb(clash.use) + " it. Wait until it has ended, or cancel it"};
 }
 
-Task<TakenNames::Facts> askTarget(OperationContext context, std::string operation, Operands target)
+Task<TakenNames::Facts> askTarget(std::string operation, Operands target)
 {
-    TakenNames::Facts facts;
-    for (;;) {
-        auto said = co_await target.browser->factsAbout(target.path, target.names);
-        facts.target = std::move(said);
-        if (facts.target.state != FolderFacts::State::missing)
-            break;
-        co_await TransferSteps::makeMissing(context, target);
-    }
-    if (facts.target.state == FolderFacts::State::notAFolder)
+    auto said = co_await target.browser->factsAbout(target.path, target.names);
+    if (said.state == FolderFacts::State::notAFolder)
         throw FileOperationError::Failed(operation, target.path, "this is a file, and no folder");
-    co_return facts;
+    co_return TakenNames::Facts{.source = {}, .target = std::move(said)};
 }
 
 } // namespace
@@ -72,16 +67,17 @@ Writing of(OperationContext context, TransferJob job, TransferRefusal::Naming na
     auto target = job.target;
     target.names = job.source.names;
     auto const leaves = job.kind == TransferKind::move && job.source.browser->writer();
-    return {.operation = job.kind == TransferKind::copy ? "copy" : "move",
+    return {.title = TransferWords::title(job.kind, job.source.names.size()),
+            .operation = job.kind == TransferKind::copy ? "copy" : "move",
             .target = std::move(target),
             .leaving = leaves ? job.source : Operands(),
             .ask = [context, job, naming] { return TransferSteps::check(context, job, naming); }};
 }
 
-Writing into(OperationContext context, std::string operation, Operands target)
+Writing into(std::string title, std::string operation, Operands target)
 {
-    return {.operation = operation, .target = target, .ask = [context, operation, target] {
-                return askTarget(context, operation, target);
+    return {.title = std::move(title), .operation = operation, .target = target, .ask = [operation, target] {
+                return askTarget(operation, target);
             }};
 }
 
@@ -89,7 +85,11 @@ Task<Checked> check(OperationContext context, Writing writing)
 {
     for (;;) {
         auto const endings = context.claims->endings();
-        auto facts = co_await writing.ask();
+        auto facts = co_await answerOrCancel(context, writing.title, writing.ask());
+        if (facts.target.state == FolderFacts::State::missing) {
+            co_await TransferSteps::makeMissing(context, writing.target);
+            continue;
+        }
         auto wanted = changedBy(writing, facts, writing.target.names, writing.leaving.names);
         if (auto clash = context.claims->clash(wanted))
             throw errorOf(writing.operation, *std::move(clash));
@@ -105,8 +105,9 @@ Task<Named> withFreeNames(OperationContext context, TransferPlan plan, Writing w
     for (;;) {
         auto const endings = context.claims->endings();
         auto others = context.claims->besides(checked.claim->front(), checked.claim);
-        auto named = co_await TransferSteps::withFreeNames(plan, writing.target, std::move(others),
-                                                           facts.target.takesCasesForOne);
+        auto naming =
+            TransferSteps::withFreeNames(plan, writing.target, std::move(others), facts.target.takesCasesForOne);
+        auto named = co_await answerOrCancel(context, writing.title, std::move(naming));
         auto changed = changedBy(writing, facts, named.writtenNames(), named.allNames());
         auto const isFree = !context.claims->clash(changed, checked.claim);
         if (isFree && context.claims->endings() == endings)

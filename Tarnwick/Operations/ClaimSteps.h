@@ -15,10 +15,11 @@ namespace tw::ClaimSteps {
 
 /// Names that are to be written.
 struct Writing {
+    std::string title;     ///< for the user, as "Copy 3 items"
     std::string operation; ///< for failures, as "copy"
     Operands target;       ///< with the names
     Operands leaving = {}; ///< the sources of a move, with their names; without a browser: none
-    /// Asks the places about them. A folder that is missing at the target is offered to be made.
+    /// Asks the places about them. If the folder is missing at the target, the facts say no more than that.
     std::function<Task<TakenNames::Facts>()> ask;
 };
 
@@ -26,7 +27,7 @@ struct Writing {
 Writing of(OperationContext context, TransferJob job, TransferRefusal::Naming naming);
 
 /// Names that are made there of something else, such as an archive.
-Writing into(OperationContext context, std::string operation, Operands target);
+Writing into(std::string title, std::string operation, Operands target);
 
 /// What the places say, with a claim on the names.
 struct Checked {
@@ -35,7 +36,8 @@ struct Checked {
 };
 
 /// Asks, and refuses names that another operation changes. What has been written by the time of the claim is in the
-/// facts.
+/// facts. A folder that is missing at the target is offered to be made. Throws Cancelled if the user does not want
+/// that, or cancels a question that takes long.
 Task<Checked> check(OperationContext context, Writing writing);
 
 /// A plan with a free name for each that is to be kept beside the one that is there.
@@ -44,7 +46,7 @@ struct Named {
     ClaimedNames::Claim claim; ///< on the names that are changed; to be held until that has ended
 };
 
-/// Needs the claim of `checked`, and lets it go.
+/// Needs the claim of `checked`, and lets it go. Throws Cancelled if the user cancels a question that takes long.
 Task<Named> withFreeNames(OperationContext context, TransferPlan plan, Writing writing, Checked checked);
 
 /// A claim for a change that asks nothing before it. The place is asked where the folder is only if another operation

@@ -3,6 +3,7 @@
 #include "TWCore/Async/Cancelled.h"
 #include "TWCore/Async/Outcome.h"
 #include "Tarnwick/Operations/Agreement.h"
+#include "Tarnwick/Operations/AnswerOrCancel.h"
 #include "Tarnwick/Operations/ArchiveChanges.h"
 #include "Tarnwick/Operations/ExtractOut.h"
 #include "Tarnwick/Operations/TargetFolder.h"
@@ -26,7 +27,9 @@ Task<void> transferTo(OperationContext context, TransferKind kind, std::string w
 {
     auto work = context.beginWork();
     TransferJob job{.kind = kind, .source = context.operands};
-    auto target = co_await targetFolder(context, std::move(where));
+    auto finding = targetFolder(context, std::move(where));
+    auto target =
+        co_await answerOrCancel(context, TransferWords::title(kind, job.source.names.size()), std::move(finding));
     job.target = std::move(target);
     if (auto const readOnly = readOnlyOf(job); !readOnly.empty()) {
         context.warn({"%@ is read-only", {readOnly}});

@@ -8,6 +8,7 @@
 #include "TWCore/Model/WindowsPath.h"
 #include "Tarnwick/Format/Fmt.h"
 #include "Tarnwick/Operations/Agreement.h"
+#include "Tarnwick/Operations/AnswerOrCancel.h"
 #include "Tarnwick/Operations/ArchiveSteps.h"
 #include "Tarnwick/Operations/CountPhrase.h"
 #include "Tarnwick/Operations/TargetFolder.h"
@@ -64,9 +65,12 @@ Task<void> packInto(OperationContext context, PackTarget chosen)
 {
     auto const end = chosen.path.rfind('/');
     auto const name = chosen.path.substr(end + 1);
+    auto const what = "Pack " + countPhrase(context.operands.names.size());
     auto target = context.target;
-    if (end != std::string::npos)
-        target = co_await targetFolder(context, chosen.path.substr(0, std::max<std::size_t>(end, 1)));
+    if (end != std::string::npos) {
+        auto finding = targetFolder(context, chosen.path.substr(0, std::max<std::size_t>(end, 1)));
+        target = co_await answerOrCancel(context, what, std::move(finding));
+    }
     auto const from = ArchiveSteps::endpointOf(context.operands, context.operands.path);
     auto const archive = ArchiveSteps::endpointOf(target, target.pathOf(name));
     if (!from || !archive) {
@@ -74,14 +78,13 @@ Task<void> packInto(OperationContext context, PackTarget chosen)
         co_return;
     }
     target.names = {name};
-    auto const writing = ClaimSteps::into(context, "pack", target);
+    auto const writing = ClaimSteps::into(what, "pack", target);
     auto agreed = co_await Agreement::reach(context, writing, [context, target](auto taken, auto /*sheet*/) {
         return ArchiveSteps::replaceAll(context, std::move(taken),
                                         [target](auto const &names) { return offerToReplace(target, names.front()); });
     });
     if (!agreed)
         co_return;
-    auto const what = "Pack " + countPhrase(context.operands.names.size());
     auto const isDone = co_await ArchiveSteps::perform(
         context, {.title = what,
                   .conclusion = what + ": done.",
@@ -118,11 +121,16 @@ Dialogs::Confirmation questionAbout(std::string const &name, Operands const &tar
             .okTitle = "Unpack"};
 }
 
+std::string unpackingOf(std::string const &name)
+{
+    return "Unpack " + onOneLine(name);
+}
+
 /// A name for the new folder that is free.
-Task<ClaimSteps::Named> freeFolder(OperationContext context, Operands wanted)
+Task<ClaimSteps::Named> freeFolder(OperationContext context, std::string name, Operands wanted)
 {
     auto const work = context.beginWork(wanted.browser);
-    auto const writing = ClaimSteps::into(context, "unpack", wanted);
+    auto const writing = ClaimSteps::into(unpackingOf(name), "unpack", wanted);
     auto checked = co_await ClaimSteps::check(context, writing);
     auto const taken = TakenNames::conflicts(wanted.names, checked.facts);
     auto plan = TransferPlan::of(wanted.names, taken, std::vector(taken.size(), NameConflict::Answer::keepBoth));
@@ -136,7 +144,7 @@ Task<std::optional<ClaimSteps::Named>> agreedFolder(OperationContext context, st
     auto wanted = context.target;
     wanted.names = {archiveStem(name)};
     for (std::string shown;;) {
-        auto named = co_await freeFolder(context, wanted);
+        auto named = co_await freeFolder(context, name, wanted);
         auto const folder = named.plan.writtenNames().front();
         if (folder == shown)
             co_return named;
@@ -156,7 +164,7 @@ Task<void> unpackAsked(OperationContext context, std::string name)
     auto const folder = agreed->plan.writtenNames().front();
     auto const archive = ArchiveSteps::endpointOf(context.operands, context.operands.pathOf(name));
     auto const target = ArchiveSteps::endpointOf(context.target, context.target.pathOf(folder));
-    auto const what = "Unpack " + onOneLine(name);
+    auto const what = unpackingOf(name);
     co_await ArchiveSteps::perform(
         context, {.title = what,
                   .conclusion = what + ": done.",

@@ -87,11 +87,14 @@ Task<bool> isOneFolder(OperationContext context, TransferJob job)
 {
     if (!job.source.browser->writer())
         co_return false;
+    auto const here = co_await currentContext();
+    if (here.stop.stop_requested())
+        throw Cancelled(); // it came together with the answers
     auto const probe = co_await StagingFolder::begin(job.target);
     auto seen = co_await outcomeOf(isSeenIn(job.source, probe));
     auto const isGone = co_await probe.discard(StagingFolder::Content::files);
-    if (!isGone)
-        co_await context.dialogs->error(TransferWords::leftBehind({.leftBehind = {probe.place().path}}));
+    if (!isGone) // of which the user hears after a cancel too
+        co_await context.dialogs->error(TransferWords::leftBehind({.leftBehind = {probe.place().path}})).withStop({});
     co_return seen.take();
 }
 
@@ -156,11 +159,8 @@ Task<TakenNames::Facts> check(OperationContext context, TransferJob job, Transfe
 {
     auto const places = isOnePlace(job) ? TransferRefusal::Places::same : TransferRefusal::Places::different;
     auto facts = co_await TakenNames::ask(job.source, job.target);
-    if (facts.target.state == FolderFacts::State::missing) {
-        co_await makeMissing(context, job.target);
-        auto again = co_await TakenNames::ask(job.source, job.target);
-        facts = std::move(again);
-    }
+    if (facts.target.state == FolderFacts::State::missing)
+        co_return facts;
     if (auto const refusal = TransferRefusal::of(facts.source, facts.target, places, naming))
         throw errorOf(*refusal, job);
     refuseMountPoints(job, facts);

@@ -15,8 +15,9 @@ namespace tw::TransferSteps {
 Task<void> makeMissing(OperationContext context, Operands folder);
 
 /// Asks both places about the names, and refuses what would be nonsense before it begins. Throws what the places throw,
-/// and FileOperationError::Failed for nonsense. A folder that is missing at the target is offered to be made; Cancelled
-/// if the user does not want that.
+/// and FileOperationError::Failed for nonsense. If the folder is missing at the target, only that is said.
+///
+/// Cancellation: nothing is written after it. What was made to compare the places goes, or is named to the user.
 Task<TakenNames::Facts> check(OperationContext context, TransferJob job, TransferRefusal::Naming naming);
 
 /// True for a move within one place between folders on different devices. Others may turn out to be such moves when

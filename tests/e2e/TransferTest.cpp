@@ -124,6 +124,19 @@ TEST_F(TransferTest, aCopyUnderWayIsCancelledByEscape)
     expectQuits(program);
 }
 
+TEST_F(TransferTest, whatASilentHostIsAskedBeforeACopyIsCancelledByEscape)
+{
+    auto program = startWithHost();
+    expectBothPainted(program);
+    line.stall();
+    press({"End", "F5"});
+    screen.pressIn("Copy 1 item", "Return");
+    answer("Copy 1 item: asking", {"Escape"});
+    line.resume();
+    expectQuits(program);
+    EXPECT_FALSE(exists(remote("file.txt")));
+}
+
 TEST_F(TransferTest, whileACopyGoesOnInTheBackgroundThePanesAreUsedAndQuittingAsks)
 {
     auto program = startWithLargeFile();
