@@ -35,7 +35,7 @@ public:
     /// What a move does to a file that has its new name. A folder always stays, and that is an error.
     enum class Existing {
         stays,     ///< which is an error
-        isReplaced ///< there is the old file or the new one at any moment; only for a file that moves
+        isReplaced ///< by a file: the old one or the new one is there at any moment, unless a host copies
     };
 
     /// Moves within this provider, in order and in as few requests as possible. Throws the first failure; earlier moves

@@ -102,8 +102,9 @@ tw_recase() {
 }
 )sh";
 
-/// Behind the functions: a file has the new name at any moment.
-constexpr std::string_view replacing = R"sh(tw_keep=-f
+/// Behind the functions: a file has the new name at any moment. An mv that copied would delete the old file first.
+constexpr std::string_view replacing =
+    R"sh(case $tw_help in *--no-copy*) tw_keep='-f --no-copy' ;; *) tw_keep=-f ;; esac
 tw_why='a folder has the name'
 tw_taken() { [ -d "$1" ] && ! [ -L "$1" ]; }
 )sh";
@@ -178,15 +179,16 @@ std::pair<std::string, std::size_t> line(Moves moves)
 std::string powerShellMove(Move const &move, Existing existing)
 {
     auto const dialect = ShellDialect::powershell;
+    auto const source = quotePath(dialect, move.from);
     auto const target = quotePath(dialect, move.to);
-    auto refusal =
-        existing == Existing::isReplaced
-            ? "if(Test-Path -LiteralPath " + target + " -PathType Container){ throw 'a folder has the name' }; "
-            : "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; ";
+    auto const moving = "Move-Item -LiteralPath " + source + " -Destination " + target + " -Force -ErrorAction Stop";
+    if (existing == Existing::isReplaced) // Move-Item deletes the old file before it moves
+        return "if(Test-Path -LiteralPath " + target + " -PathType Container){ throw 'a folder has the name' }; " +
+               "if(Test-Path -LiteralPath " + target + "){ [IO.File]::Replace(" + source + "," + target +
+               ",[NullString]::Value) } else { " + moving + " }";
     if (changesOnlyCase(move)) // Windows takes both cases for one
-        refusal.clear();
-    return refusal + "Move-Item -LiteralPath " + quotePath(dialect, move.from) + " -Destination " + target +
-           " -Force -ErrorAction Stop";
+        return moving;
+    return "if(Test-Path -LiteralPath " + target + "){ throw 'File exists' }; " + moving;
 }
 
 } // namespace

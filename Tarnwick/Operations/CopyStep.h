@@ -15,7 +15,7 @@ struct CopyStep {
     bool isStaged =
         false; ///< through a staging folder of the target, from which its names are renamed when it is whole
 
-    /// As much of old and new files may be on a disk together: a copy over files that fill a disk has room all the
+    /// As many bytes of new files may lie beside their old ones: a copy over the files of a full disk has room all the
     /// same, unless one of them alone is too large. A new batch costs a distant host some round trips.
     static constexpr std::int64_t mostReplaced = std::int64_t{1} << 30U;
 

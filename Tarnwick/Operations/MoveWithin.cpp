@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <optional>
 #include <span>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace tw {
@@ -23,30 +24,36 @@ using Names = std::vector<std::string>;
 
 using Renamed = TransferPlan::Renamed;
 
-std::unordered_set<std::string> namesIn(FolderFacts const &facts)
-{
-    std::unordered_set<std::string> names;
-    for (auto const &each : facts.taken)
-        names.insert(each.name);
-    return names;
-}
+using Occupant = FolderFacts::Occupant;
+using Occupants = std::unordered_map<std::string, Occupant>; // by name
 
-/// The names among `names` that a folder has. Throws what the question throws.
-Task<std::unordered_set<std::string>> presentIn(Operands folder, Names names)
+/// What has some of `names` in a folder. Throws what the question throws.
+Task<Occupants> occupantsOf(Operands folder, Names names)
 {
     auto const facts = co_await folder.browser->factsAbout(folder.path, std::move(names));
-    co_return namesIn(facts);
+    Occupants occupants;
+    for (auto const &each : facts.taken)
+        occupants.emplace(each.name, each);
+    co_return occupants;
+}
+
+/// Whether `now` is the file that the user was shown as the old one.
+bool isOld(Occupant const &now, Occupant const &shown)
+{
+    if (now.identity && shown.identity)
+        return now.identity == shown.identity;
+    return now.kind == shown.kind && now.size == shown.size && now.mtime == shown.mtime;
 }
 
 /// What is known of names whose move has failed somewhere.
 struct Moved {
     Names whole;  ///< the source has them no more, and the target has them
-    Names inPart; ///< both sides have them
+    Names inPart; ///< the source has them, and the target has neither nothing nor the old file
 };
 
-/// Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its names. A
-/// file that was to be replaced is there in any case, whole.
-Task<std::optional<Moved>> whatHasMoved(Job job, std::vector<Renamed> moves, Existing existing)
+/// Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its names.
+/// `old` are the files that the moves replace.
+Task<std::optional<Moved>> whatHasMoved(Job job, std::vector<Renamed> moves, Occupants old)
 {
     Names sources;
     Names targets;
@@ -57,15 +64,20 @@ Task<std::optional<Moved>> whatHasMoved(Job job, std::vector<Renamed> moves, Exi
     auto const source = co_await job->source.browser->factsAbout(job->source.path, std::move(sources));
     if (source.state != FolderFacts::State::present)
         co_return std::nullopt;
-    auto const left = namesIn(source);
-    auto const arrived = co_await presentIn(job->target, std::move(targets));
+    std::unordered_set<std::string> left;
+    for (auto const &each : source.taken)
+        left.insert(each.name);
+    auto const there = co_await occupantsOf(job->target, std::move(targets));
     Moved moved;
     for (auto const &each : moves) {
-        if (!arrived.contains(each.newName))
-            continue;
-        if (!left.contains(each.name))
+        auto const now = there.find(each.newName);
+        auto const shown = old.find(each.newName);
+        auto const isThere = now != there.end();
+        auto const replaces = shown != old.end();
+        auto const isNew = isThere && !(replaces && isOld(now->second, shown->second));
+        if (isNew && !left.contains(each.name))
             moved.whole.push_back(each.name);
-        else if (existing == Existing::stays)
+        else if (left.contains(each.name) && (isNew || (replaces && !isThere)))
             moved.inPart.push_back(each.name);
     }
     co_return moved;
@@ -87,46 +99,62 @@ Names partsLeft(TransferJob const &job, std::exception_ptr const &failure, Names
     return inPart;
 }
 
-/// In requests of a moment each if it can be cancelled: that is done between them. Each costs a round trip.
-Task<void> moveInRequests(Job job, std::vector<Move> moves, Existing existing)
+/// Moves, and how far they are.
+struct Moving {
+    std::vector<Move> moves;
+    Existing existing = Existing::stays;
+    bool isAsked = false; ///< a place has a request that it has not answered
+};
+
+/// In requests of a moment each if it can be cancelled: that is done between them, and each costs a round trip.
+Task<void> moveInRequests(Job job, std::shared_ptr<Moving> moving, std::stop_token stop)
 {
-    auto const context = co_await currentContext();
-    auto const most = copies(*job) ? mostInRequest : moves.size();
-    for (std::span<Move const> left = moves; !left.empty();) {
-        if (context.stop.stop_requested())
+    auto const most = copies(*job) ? mostInRequest : moving->moves.size();
+    for (std::span<Move const> left = moving->moves; !left.empty();) {
+        if (stop.stop_requested())
             throw Cancelled();
         auto const some = left.first(std::min(most, left.size()));
-        co_await job->source.browser->moveAll({some.begin(), some.end()}, existing);
+        moving->isAsked = true;
+        co_await job->source.browser->moveAll({some.begin(), some.end()}, moving->existing);
+        moving->isAsked = false;
         left = left.subspan(some.size());
     }
 }
 
 /// A failure names one file at most, so both sides are asked afterwards what has moved. If they do not answer, any of
-/// the names may have.
-Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings, Existing existing)
+/// the names may have, and also if a cancel does not wait any longer for the end of a request.
+Task<void> moveNames(Job job, End end, std::vector<Renamed> renamings, Occupants old)
 {
     if (renamings.empty())
         co_return;
+    auto const context = co_await currentContext();
+    auto const clock = job->target.browser->clockRef();
+    auto const moving = std::make_shared<Moving>();
+    moving->existing = old.empty() ? Existing::stays : Existing::isReplaced;
     Names moved;
-    std::vector<Move> moves;
     for (auto const &each : renamings) {
         moved.push_back(each.name);
-        moves.push_back({job->source.pathOf(each.name), job->target.pathOf(each.newName)});
+        moving->moves.push_back({job->source.pathOf(each.name), job->target.pathOf(each.newName)});
     }
-    auto const moving = co_await outcomeOf(moveInRequests(job, std::move(moves), existing));
-    if (moving.failure) {
-        auto const asked = co_await outcomeOf(answerSoonAfterStop(job->target.browser->clockRef(), patienceWithAnswer,
-                                                                  whatHasMoved(job, std::move(renamings), existing)));
-        auto const known = asked.value.value_or(std::nullopt);
+    auto requests = moveInRequests(job, moving, context.stop);
+    auto const outcome = co_await outcomeOf(answerSoonAfterStop(clock, patienceWithWork, std::move(requests)));
+    if (outcome.failure) {
+        auto const isGivenUp = moving->isAsked && failureIs<Cancelled>(outcome.failure);
+        std::optional<Moved> known;
+        if (!isGivenUp) {
+            auto asking = whatHasMoved(job, std::move(renamings), std::move(old));
+            auto const asked = co_await outcomeOf(answerSoonAfterStop(clock, patienceWithAnswer, std::move(asking)));
+            known = asked.value.value_or(std::nullopt);
+        }
         end->summary.areFilesKnown = end->summary.areFilesKnown && known.has_value();
-        auto const parts = known ? partsLeft(*job, moving.failure, known->inPart) : moved;
+        auto const parts = known ? partsLeft(*job, outcome.failure, known->inPart) : moved;
         end->summary.partial.insert(end->summary.partial.end(), parts.begin(), parts.end());
         moved = known ? known->whole : Names();
     }
     end->summary.complete.insert(end->summary.complete.end(), moved.begin(), moved.end());
     end->gone.insert(end->gone.end(), moved.begin(), moved.end());
-    if (moving.failure)
-        std::rethrow_exception(moving.failure);
+    if (outcome.failure)
+        std::rethrow_exception(outcome.failure);
 }
 
 /// Each name to the same name.
@@ -154,13 +182,16 @@ Task<void> moveWithin(Job job, End end)
 {
     auto unhindered = asTheyAre(job->plan.free);
     unhindered.insert(unhindered.end(), job->plan.renamed.begin(), job->plan.renamed.end());
-    co_await moveNames(job, end, std::move(unhindered), Existing::stays);
+    co_await moveNames(job, end, std::move(unhindered), {});
     Names replacing;
+    Occupants old;
     for (auto const &each : job->plan.replace) {
-        if (isFileOverFile(each))
-            replacing.push_back(each.source.name);
+        if (!isFileOverFile(each))
+            continue;
+        replacing.push_back(each.source.name);
+        old.emplace(each.source.name, each.target);
     }
-    co_await moveNames(job, end, asTheyAre(replacing), Existing::isReplaced);
+    co_await moveNames(job, end, asTheyAre(replacing), std::move(old));
 }
 
 } // namespace tw

@@ -7,10 +7,10 @@
 namespace tw {
 
 /// Moves within one place by renaming. Of a file that is to be replaced, the old one or the new one is there at any
-/// moment. A conflict that is not a file over a file is left to the caller.
+/// moment, unless a host copies. A conflict that is not a file over a file is left to the caller.
 ///
 /// Writes to `end` what has moved, also before a failure, which is thrown. Threads: main context only.
-/// Cancellation: between requests; one that was sent to a host is waited for.
+/// Cancellation: between requests; one that was sent is waited for, but no longer than some seconds.
 Task<void> moveWithin(std::shared_ptr<TransferJob const> job, std::shared_ptr<TransferEnd> end);
 
 /// As many names as one request has if the job is one that the user sees and can cancel: within a fifth of a second,

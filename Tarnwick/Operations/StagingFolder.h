@@ -7,8 +7,8 @@
 
 namespace tw {
 
-/// A new folder `.tw-paste-…` in a folder of the user, for files on their way to their names. Whoever begins it
-/// discards it, also if it could not be made.
+/// A new folder `.tw-paste-…` in a folder of the user: for files on their way to their names, or to see where it
+/// appears. Whoever begins it discards it, also if it could not be made.
 ///
 /// Threads: main context only.
 /// Lifetime: a value. The place makes the folder even if nobody waits for that.
@@ -27,7 +27,7 @@ public:
 
     enum class Content {
         copies, ///< goes with the folder
-        files   ///< of the user: the folder goes only if it is empty
+        nothing ///< what another program may have put into it stays, and so does the folder
     };
 
     /// How long a place may take that has not even answered whether there is a folder: a person waits for the end of a

@@ -18,7 +18,9 @@ namespace tw {
 
 namespace {
 
-void append(std::vector<std::string> &to, std::vector<std::string> const &names)
+using Names = std::vector<std::string>;
+
+void append(Names &to, Names const &names)
 {
     to.insert(to.end(), names.begin(), names.end());
 }
@@ -48,6 +50,14 @@ std::exception_ptr atTarget(std::exception_ptr const &failure, TransferJob const
         return failure;
     auto path = renaming.target.pathOf(failed->path.substr(staging.size() + 1));
     return std::make_exception_ptr(FileOperationError::Failed(failed->operation, std::move(path), failed->detail));
+}
+
+Names namesReplacedBy(TransferPlan const &plan)
+{
+    Names names;
+    for (auto const &each : plan.replace)
+        names.push_back(each.source.name);
+    return names;
 }
 
 /// Whether a copy is what the user was shown, and no part of it.
@@ -94,10 +104,11 @@ Task<TransferEnd> TransferRun::performHere(Self self)
     auto begun = end.summary.complete;
     append(begun, end.summary.partial);
     end.summary.untouched = namesWithout(self->job->plan.allNames(), begun);
-    if (!self->behind)
+    auto const behind = self->sizeBehind();
+    if (!behind)
         end.summary.totalFiles.reset();
     else if (end.summary.totalFiles)
-        *end.summary.totalFiles += self->behind->files;
+        *end.summary.totalFiles += behind->files;
     co_return end;
 }
 
@@ -131,10 +142,10 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
         before = std::move(surveyed);
     }
     Arrivals arrivals(plan, self->job->targetTakesCasesForOne);
-    auto const steps = CopyStep::of(*self->job, plan);
-    for (auto left = std::span(steps); !left.empty(); left = left.subspan(1)) {
-        auto const &step = left.front();
-        self->behind = CopyStep::sizeOf(left.subspan(1));
+    self->steps = CopyStep::of(*self->job, plan);
+    self->end->summary.totalFiles = 0;
+    for (auto const &step : self->steps) {
+        self->throwIfCancelled();
         arrivals.forgetReplaced(step.plan);
         if (step.isStaged) {
             auto arrived = co_await copyStaged(self, step.plan);
@@ -183,19 +194,29 @@ Task<Survey> TransferRun::copyAndPublish(Self self, StagingFolder folder, Transf
     co_await folder.made();
     auto const staging = folder.place();
     auto const names = plan.allNames();
-    auto const filesBefore = self->end->summary.files;
-    auto const wereFilesKnown = self->end->summary.areFilesKnown;
+    auto &sum = self->end->summary;
+    auto const filesBefore = sum.files;
+    auto const wereFilesKnown = sum.areFilesKnown;
     auto copied = co_await outcomeOf(copyAndSurvey(self, staging, names));
-    auto const whole = plan.only(self->end->summary.complete);
+    auto const whole = plan.only(sum.complete);
+    auto const filesCopied = std::exchange(sum.files, filesBefore);
+    auto const areCopiesKnown = std::exchange(sum.areFilesKnown, wereFilesKnown);
     self->forgetArrivals(names); // the staging folder goes, with all that is still in it
     if (copied.failure) {
-        self->end->summary.files = filesBefore;
-        self->end->summary.areFilesKnown = wereFilesKnown;
         auto publishing = publishWhole(self, staging, whole);
         co_await outcomeOf(withLaterStop(staging.browser->clockRef(), patienceWithWork, std::move(publishing)));
     }
     auto arrived = copied.take();
-    co_await publish(self, staging, std::move(plan));
+    auto const published = co_await outcomeOf(publish(self, staging, plan));
+    auto const hasFilesOnly = plan.free.empty() && plan.keepBoth.empty();
+    if (published.failure || hasFilesOnly) {
+        self->countPublished(plan, arrived);
+    } else {
+        sum.files = filesCopied;
+        sum.areFilesKnown = areCopiesKnown;
+    }
+    if (published.failure)
+        std::rethrow_exception(published.failure);
     co_return arrived;
 }
 
@@ -204,6 +225,7 @@ Task<Survey> TransferRun::copyAndPublish(Self self, StagingFolder folder, Transf
 Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
 {
     auto const job = std::make_shared<TransferJob>(*self->job);
+    job->isMoveBetweenFileSystems = true; // a part of a copy, and can be cancelled as such
     job->source = staging;
     job->plan = std::move(plan);
     auto const named = std::make_shared<TransferEnd>();
@@ -218,31 +240,25 @@ Task<void> TransferRun::publish(Self self, Operands staging, TransferPlan plan)
         std::rethrow_exception(atTarget(moved.failure, *job));
 }
 
-/// Publishes what was whole when the copy ended before its end, and counts its files if that does not take long.
-/// Nothing replaces a file without having been looked at.
+/// Publishes what was whole when the copy ended before its end. Nothing replaces a file without having been looked at.
+/// After a cancel that must not take long.
 Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan plan)
 {
     auto const names = plan.allNames();
     if (names.empty())
         co_return;
-    auto counting = staging.browser->survey(staging.path, names, Survey::Detail::sums);
-    auto const whole =
-        co_await outcomeOf(answerInTime(staging.browser->clockRef(), patienceWithAnswer, std::move(counting)));
+    self->tell("looking at what has arrived");
+    auto looking = staging.browser->survey(staging.path, names, Survey::Detail::sums);
+    if (self->stop.stop_requested())
+        looking = answerInTime(staging.browser->clockRef(), patienceWithAnswer, std::move(looking));
+    auto const looked = co_await outcomeOf(std::move(looking));
+    auto const whole = looked.value.value_or(Survey());
     std::erase_if(plan.replace, [&](auto const &each) {
-        if (!whole.value)
-            return true;
-        auto const found = whole.value->parts.find(each.source.name);
-        return found == whole.value->parts.end() || !isCopyOf(found->second, each.source);
+        auto const found = whole.parts.find(each.source.name);
+        return found == whole.parts.end() || !isCopyOf(found->second, each.source);
     });
-    co_await outcomeOf(publish(self, staging, std::move(plan)));
-    if (!whole.value) {
-        self->end->summary.areFilesKnown = false;
-        co_return;
-    }
-    for (auto const &name : self->end->summary.complete) {
-        if (auto const found = whole.value->parts.find(name); found != whole.value->parts.end())
-            self->end->summary.files += found->second.files;
-    }
+    co_await outcomeOf(publish(self, staging, plan));
+    self->countPublished(plan, whole);
 }
 
 Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
@@ -250,6 +266,7 @@ Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
     self->throwIfCancelled();
     auto const source = self->job->source.endpoint(self->job->source.path);
     auto const there = target.endpoint(target.path);
+    ++self->begun;
     auto copying = self->transfer->copy(names, source, there, self->reporterOfNextCopy());
     auto const copied = co_await outcomeOf(std::move(copying));
     co_await target.browser->wroteInto(target.path, names);
@@ -258,7 +275,7 @@ Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
         summary.complete = names;
         summary.partial.clear();
     }
-    self->add(summary);
+    self->add(summary, copied.failure ? summary.totalFiles : summary.files);
     if (copied.failure)
         std::rethrow_exception(copied.failure);
     self->throwIfCancelled();
@@ -328,11 +345,30 @@ Task<void> TransferRun::noteGone(Self self, Names going)
     append(self->end->gone, namesWithout(going, still));
 }
 
+/// Counts the files of those of `plan` that have their names, of which `survey` knows the folders.
+void TransferRun::countPublished(TransferPlan const &plan, Survey const &survey)
+{
+    auto &sum = end->summary;
+    auto const published = plan.only(sum.complete);
+    sum.files += std::ssize(published.replace); // a file each
+    for (auto const &name : namesWithout(published.allNames(), namesReplacedBy(published))) {
+        auto const found = survey.parts.find(name);
+        sum.areFilesKnown = sum.areFilesKnown && found != survey.parts.end();
+        if (found != survey.parts.end())
+            sum.files += found->second.files;
+    }
+}
+
+std::optional<CopyStep::Size> TransferRun::sizeBehind() const
+{
+    return CopyStep::sizeOf(std::span(steps).subspan(begun));
+}
+
 /// The numbers of a copy go on where those of the copies before it ended.
 Transfer::Reporter TransferRun::reporterOfNextCopy() const
 {
     return [report = onProgress, sum = bytes, before = bytes->load(), files = end->summary.files,
-            behind = behind](TransferProgress progress) {
+            behind = sizeBehind()](TransferProgress progress) {
         progress.bytes += before;
         *sum = progress.bytes;
         if (!behind)
@@ -359,13 +395,18 @@ void TransferRun::tell(std::string doing) const
                 .totalFiles = end->summary.files});
 }
 
-void TransferRun::add(TransferSummary const &part)
+void TransferRun::add(TransferSummary const &part, std::optional<std::int64_t> total)
 {
     auto &sum = end->summary;
     sum.files += part.files;
     sum.areFilesKnown = sum.areFilesKnown && part.areFilesKnown;
-    if (part.totalFiles)
-        sum.totalFiles = sum.totalFiles.value_or(sum.files - part.files) + *part.totalFiles;
+    auto const shown = CopyStep::sizeOf(std::span(steps).subspan(begun - 1, 1));
+    if (shown)
+        total = shown->files;
+    if (sum.totalFiles && total)
+        *sum.totalFiles += *total;
+    else
+        sum.totalFiles.reset();
     append(sum.complete, part.complete);
     append(sum.partial, part.partial);
     if (!part.words.empty())

@@ -52,8 +52,10 @@ private:
     static Task<void> noteGone(Self self, Names going);
 
     Transfer::Reporter reporterOfNextCopy() const;
+    std::optional<CopyStep::Size> sizeBehind() const;
     void tell(std::string doing) const;
-    void add(TransferSummary const &part);
+    void countPublished(TransferPlan const &plan, Survey const &survey);
+    void add(TransferSummary const &part, std::optional<std::int64_t> total);
     void forgetArrivals(Names const &names);
     void throwIfCancelled() const;
 
@@ -63,7 +65,8 @@ private:
     Transfer::Reporter const onProgress;
 
     std::stop_source stop;
-    std::optional<CopyStep::Size> behind = CopyStep::Size(); ///< what is copied behind the step under way
+    std::vector<CopyStep> steps;
+    std::size_t begun = 0; ///< how many of them
     std::shared_ptr<std::atomic<std::int64_t>> const bytes = std::make_shared<std::atomic<std::int64_t>>(0);
     std::shared_ptr<TransferEnd> const end = std::make_shared<TransferEnd>();
 };

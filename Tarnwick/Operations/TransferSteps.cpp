@@ -92,7 +92,7 @@ Task<bool> isOneFolder(OperationContext context, TransferJob job)
         throw Cancelled(); // it came together with the answers
     auto const probe = co_await StagingFolder::begin(job.target);
     auto seen = co_await outcomeOf(isSeenIn(job.source, probe));
-    auto const isGone = co_await probe.discard(StagingFolder::Content::files);
+    auto const isGone = co_await probe.discard(StagingFolder::Content::nothing);
     if (!isGone) // of which the user hears after a cancel too
         co_await context.dialogs->error(TransferWords::leftBehind({.leftBehind = {probe.place().path}})).withStop({});
     co_return seen.take();
@@ -234,7 +234,6 @@ void addRenamed(TransferEnd &end, TransferEnd const &renamed)
     auto const prepend = [](auto &names, auto const &more) { names.insert(names.begin(), more.begin(), more.end()); };
     prepend(end.gone, renamed.gone);
     prepend(end.summary.complete, renamed.summary.complete);
-    prepend(end.leftBehind, renamed.leftBehind);
 }
 
 } // namespace
@@ -257,7 +256,7 @@ Task<void> tell(OperationContext context, TransferJob job, TransferEnd end)
 {
     if (failureIs<FileOperationError::Cancelled>(end.failure)) {
         context.warn(TransferWords::cancelled(job, end));
-        auto left = TransferWords::kept(end);
+        auto left = TransferWords::leftByCancel(job, end);
         if (!left.isEmpty())
             co_await context.dialogs->error(std::move(left));
         co_return;

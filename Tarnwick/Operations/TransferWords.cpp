@@ -136,6 +136,20 @@ Text kept(TransferEnd const &end)
     return Text::sequence(std::move(lines));
 }
 
+Text leftByCancel(TransferJob const &job, TransferEnd const &end)
+{
+    std::vector<std::string> merging;
+    for (auto const &each : job.plan.only(end.summary.partial).replace) {
+        if (each.comparison() == NameConflict::Comparison::folders)
+            merging.push_back(each.source.name);
+    }
+    std::vector<Text> lines;
+    if (auto said = kept(end); !said.isEmpty())
+        lines.push_back(std::move(said));
+    addList(lines, {"Merged in part, and one file there may be neither the old nor the new one (%@):", merging});
+    return Text::sequence(std::move(lines));
+}
+
 Text leftBehind(TransferEnd const &end)
 {
     std::vector<Text> lines;

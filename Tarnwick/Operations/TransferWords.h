@@ -42,6 +42,9 @@ Text failed(TransferEnd const &end);
 /// What a move has copied and did not take from the source, and why, and what is left behind; empty if nothing is.
 Text kept(TransferEnd const &end);
 
+/// What a cancel leaves that the user has to know of: what `kept` says, and the folders that were merging.
+Text leftByCancel(TransferJob const &job, TransferEnd const &end);
+
 /// Which staging folders are still there; empty if none is.
 Text leftBehind(TransferEnd const &end);
 

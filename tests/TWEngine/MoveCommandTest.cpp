@@ -381,7 +381,8 @@ TEST(MoveCommandTextTest, onAWindowsHostAFolderIsNotReplaced)
     EXPECT_EQ(MoveCommand::text(powershell, moves, Existing::isReplaced),
               "$tw=0; try {\n"
               "if(Test-Path -LiteralPath 'D:/b' -PathType Container){ throw 'a folder has the name' }; "
-              "Move-Item -LiteralPath 'C:/it''s' -Destination 'D:/b' -Force -ErrorAction Stop; $tw++\n"
+              "if(Test-Path -LiteralPath 'D:/b'){ [IO.File]::Replace('C:/it''s','D:/b',[NullString]::Value) } "
+              "else { Move-Item -LiteralPath 'C:/it''s' -Destination 'D:/b' -Force -ErrorAction Stop }; $tw++\n"
               "} catch { throw ($_.Exception.Message + \"`n$tw\") }");
 }
 

@@ -471,6 +471,68 @@ TEST_F(CopyMoveTest, afterACancelTheOldFileIsThere)
     EXPECT_THAT(dialogs->errors, IsEmpty());
 }
 
+TEST_F(CopyMoveTest, aCancelWhileFilesGetTheirNamesCountsThoseThatHaveThem)
+{
+    there->file("/dst/a", "old");
+    there->file("/dst/b", "old too");
+    there->before = [this](std::string const &request) {
+        if (!request.starts_with("replace ") || !request.ends_with("/dst/b"))
+            return;
+        dialogs->works.front()->cancel();
+        throw FileOperationError::Failed("rename", "/dst/b", "no answer");
+    };
+    copy();
+    resolve({Answer::replace, Answer::replace});
+    EXPECT_EQ(status(), "⚠︎ copy 2 items cancelled: 1 of 2 files copied");
+    EXPECT_EQ(there->content("/dst/a"), "aaaa");
+    EXPECT_EQ(there->content("/dst/b"), "old too");
+}
+
+TEST_F(CopyMoveTest, aCancelBeforeTheNextStepCountsWhatItWouldHaveCopied)
+{
+    there->file("/dst/b", "old");
+    there->making = std::make_shared<Completion<Done>>();
+    copy();
+    resolve({Answer::replace});
+    dialogs->works.front()->cancel();
+    letTimePass();
+    EXPECT_EQ(status(), "⚠︎ copy 2 items cancelled: 1 of 2 files copied");
+}
+
+TEST_F(CopyMoveTest, aCancelDoesNotWaitForAHostThatHangsWhileFilesGetTheirNames)
+{
+    there->file("/dst/a", "old");
+    there->before = [this](std::string const &request) {
+        if (request.starts_with("replace ") && !there->silence)
+            there->silence = std::make_shared<SharedCompletion<Done>>();
+    };
+    mark({"a"});
+    copy();
+    resolve({Answer::replace});
+    dialogs->works.front()->cancel();
+    letTimePass();
+    EXPECT_FALSE(dialogs->works.front()->isUnderWay);
+    EXPECT_EQ(status(), "⚠︎ copy 1 item cancelled: it is not known how many files were copied");
+    EXPECT_THAT(lastError(),
+                HasSubstr("The folder " + stagingIn(*there, "/dst") + " could not be deleted, or not yet."));
+}
+
+TEST_F(CopyMoveTest, aFolderThatWasMergingAtACancelIsNamed)
+{
+    here->folder("/src/f");
+    here->file("/src/f/both", "new");
+    there->folder("/dst/f");
+    there->file("/dst/f/both", "old");
+    transfer->before = [this](auto const &) {
+        dialogs->works.front()->cancel();
+        throw FileOperationError::Cancelled();
+    };
+    mark({"f"});
+    copy();
+    resolve({Answer::replace});
+    EXPECT_EQ(lastError(), "Merged in part, and one file there may be neither the old nor the new one (1 item):\nf");
+}
+
 TEST_F(CopyMoveTest, filesThatReplaceLargeOnesComeInBatchesAndCountAsOneCopy)
 {
     there->file("/dst/a", "old");
@@ -807,6 +869,21 @@ TEST_F(MoveWithinTest, aFileThatCannotBeReplacedStays)
     EXPECT_EQ(here->content("/dst/a"), "old");
     EXPECT_EQ(here->content("/src/a"), "aaaa");
     EXPECT_EQ(lastError(), "rename failed on /src/a: no way\n\nComplete (1 item):\nb\n\nUntouched (1 item):\na");
+}
+
+TEST_F(MoveWithinTest, whatVanishesAtTheSourceIsNotCalledComplete)
+{
+    here->file("/dst/a", "old");
+    here->before = [this](std::string const &request) {
+        if (request != "replace /src/a /dst/a")
+            return;
+        here->nodes.erase("/src/a");
+        throw FileOperationError::Failed("rename", "/src/a", "No such file or directory");
+    };
+    move();
+    resolve({Answer::replace});
+    EXPECT_EQ(here->content("/dst/a"), "old");
+    EXPECT_THAT(lastError(), HasSubstr("Complete (1 item):\nb\n\nUntouched (1 item):\na"));
 }
 
 TEST_F(MoveWithinTest, noOldFileIsLostWithADiskThatIsPulledOut)

@@ -324,11 +324,16 @@ TEST_F(TransferRunTest, whatAHostHasMovedInPartIsNotCalledUntouched)
     auto const source = place("host", folder.path());
     auto target = source;
     target.path = local.path();
-    auto const end = loop.run(makeRun(moveOf({"large"}, source, target), [](TransferProgress const &) {})->perform());
-    EXPECT_THAT(failureOf(end), HasSubstr("No space left on device"));
-    EXPECT_THAT(failureOf(end), HasSubstr("Perhaps there in part (1 item):\nlarge"));
-    EXPECT_TRUE(std::filesystem::exists(local.path("large")));
-    EXPECT_EQ(contentOf(folder.path("large")), content);
+    auto const job = moveOf({"large"}, source, target);
+    auto over = job;
+    over.plan = {.replace = {{.source = {.name = "large"}, .target = {.name = "large", .size = 3, .mtime = 1000}}}};
+    for (auto const &each : {job, over}) {
+        auto const end = loop.run(makeRun(each, [](TransferProgress const &) {})->perform());
+        EXPECT_THAT(failureOf(end), HasSubstr("No space left on device"));
+        EXPECT_THAT(failureOf(end), HasSubstr("Perhaps there in part (1 item):\nlarge"));
+        EXPECT_TRUE(std::filesystem::exists(local.path("large")));
+        EXPECT_EQ(contentOf(folder.path("large")), content);
+    }
 }
 
 } // namespace

@@ -74,8 +74,12 @@ Task<void> FakePlace::request(std::string what)
 {
     requests.push_back(what);
     before(what);
-    if (silence)
-        co_await SharedCompletion<Done>::wait(silence);
+    if (!silence)
+        co_return;
+    auto waiting = SharedCompletion<Done>::wait(silence);
+    if (isHost()) // what was sent to a host is waited for
+        waiting = std::move(waiting).withStop({});
+    co_await std::move(waiting);
 }
 
 void FakePlace::erase(std::string const &path)

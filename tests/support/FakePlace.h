@@ -81,6 +81,8 @@ public:
     std::map<std::string, Node> nodes;
 
 private:
+    virtual bool isHost() const { return false; }
+
     Task<void> request(std::string what);
     void erase(std::string const &path);
     std::uint64_t deviceOf(std::string const &path) const;
@@ -133,6 +135,8 @@ public:
     int commands = 0; ///< that were run
 
 private:
+    bool isHost() const override { return true; }
+
     std::string const hostName;
 };
 

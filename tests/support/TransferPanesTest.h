@@ -38,6 +38,7 @@ protected:
     {
         dialogs->close();
         here->wakeUp();
+        there->wakeUp();
         loop.drain();
         for (auto *side : {&source, &target}) {
             side->pane->detach(side->display);
