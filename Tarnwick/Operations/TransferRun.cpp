@@ -11,7 +11,6 @@
 #include "Tarnwick/Operations/NamesWithout.h"
 #include "Tarnwick/Operations/StagingFolder.h"
 
-#include <span>
 #include <unordered_set>
 
 namespace tw {
@@ -52,14 +51,6 @@ std::exception_ptr atTarget(std::exception_ptr const &failure, TransferJob const
     return std::make_exception_ptr(FileOperationError::Failed(failed->operation, std::move(path), failed->detail));
 }
 
-Names namesReplacedBy(TransferPlan const &plan)
-{
-    Names names;
-    for (auto const &each : plan.replace)
-        names.push_back(each.source.name);
-    return names;
-}
-
 /// Whether a copy is what the user was shown, and no part of it.
 bool isCopyOf(Survey::Part const &copy, FolderFacts::Occupant const &source)
 {
@@ -71,7 +62,7 @@ bool isCopyOf(Survey::Part const &copy, FolderFacts::Occupant const &source)
 TransferRun::TransferRun(TransferJob what, std::shared_ptr<Transfer> with, Transfer::Reporter reporter)
     : job(std::make_shared<TransferJob const>(std::move(what))),
       transfer(std::move(with)),
-      onProgress(std::move(reporter))
+      tally(std::move(reporter), std::shared_ptr<TransferSummary>(end, &end->summary))
 {
 }
 
@@ -97,6 +88,7 @@ Task<TransferEnd> TransferRun::performHere(Self self)
     auto const here = co_await currentContext();
     std::stop_callback const passOn(here.stop, [self] { self->cancel(); });
     auto const outcome = co_await outcomeOf(performSteps(self).withStop(self->stop.get_token()));
+    self->tally.end();
     auto end = *self->end;
     end.failure = outcome.failure;
     if (end.failure && self->stop.stop_requested())
@@ -104,11 +96,6 @@ Task<TransferEnd> TransferRun::performHere(Self self)
     auto begun = end.summary.complete;
     append(begun, end.summary.partial);
     end.summary.untouched = namesWithout(self->job->plan.allNames(), begun);
-    auto const behind = self->sizeBehind();
-    if (!behind)
-        end.summary.totalFiles.reset();
-    else if (end.summary.totalFiles)
-        *end.summary.totalFiles += behind->files;
     co_return end;
 }
 
@@ -142,9 +129,9 @@ Task<void> TransferRun::copyAndRemove(Self self, TransferPlan plan)
         before = std::move(surveyed);
     }
     Arrivals arrivals(plan, self->job->targetTakesCasesForOne);
-    self->steps = CopyStep::of(*self->job, plan);
-    self->end->summary.totalFiles = 0;
-    for (auto const &step : self->steps) {
+    auto const steps = CopyStep::of(*self->job, plan);
+    self->tally.expect(steps);
+    for (auto const &step : steps) {
         self->throwIfCancelled();
         arrivals.forgetReplaced(step.plan);
         if (step.isStaged) {
@@ -201,7 +188,7 @@ Task<Survey> TransferRun::copyAndPublish(Self self, StagingFolder folder, Transf
     auto const whole = plan.only(sum.complete);
     auto const filesCopied = std::exchange(sum.files, filesBefore);
     auto const areCopiesKnown = std::exchange(sum.areFilesKnown, wereFilesKnown);
-    self->forgetArrivals(names); // the staging folder goes, with all that is still in it
+    self->tally.forget(names); // the staging folder goes, with all that is still in it
     if (copied.failure) {
         auto publishing = publishWhole(self, staging, whole);
         co_await outcomeOf(withLaterStop(staging.browser->clockRef(), patienceWithWork, std::move(publishing)));
@@ -210,7 +197,7 @@ Task<Survey> TransferRun::copyAndPublish(Self self, StagingFolder folder, Transf
     auto const published = co_await outcomeOf(publish(self, staging, plan));
     auto const hasFilesOnly = plan.free.empty() && plan.keepBoth.empty();
     if (published.failure || hasFilesOnly) {
-        self->countPublished(plan, arrived);
+        self->tally.count(plan, arrived);
     } else {
         sum.files = filesCopied;
         sum.areFilesKnown = areCopiesKnown;
@@ -247,7 +234,7 @@ Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan p
     auto const names = plan.allNames();
     if (names.empty())
         co_return;
-    self->tell("looking at what has arrived");
+    self->tally.tell("looking at what has arrived");
     auto looking = staging.browser->survey(staging.path, names, Survey::Detail::sums);
     if (self->stop.stop_requested())
         looking = answerInTime(staging.browser->clockRef(), patienceWithAnswer, std::move(looking));
@@ -258,7 +245,7 @@ Task<void> TransferRun::publishWhole(Self self, Operands staging, TransferPlan p
         return found == whole.parts.end() || !isCopyOf(found->second, each.source);
     });
     co_await outcomeOf(publish(self, staging, plan));
-    self->countPublished(plan, whole);
+    self->tally.count(plan, whole);
 }
 
 Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
@@ -266,16 +253,11 @@ Task<void> TransferRun::copyNames(Self self, Names names, Operands target)
     self->throwIfCancelled();
     auto const source = self->job->source.endpoint(self->job->source.path);
     auto const there = target.endpoint(target.path);
-    ++self->begun;
-    auto copying = self->transfer->copy(names, source, there, self->reporterOfNextCopy());
+    auto copying = self->transfer->copy(names, source, there, self->tally.beginStep());
     auto const copied = co_await outcomeOf(std::move(copying));
     co_await target.browser->wroteInto(target.path, names);
-    auto summary = self->transfer->summary();
-    if (!copied.failure) {
-        summary.complete = names;
-        summary.partial.clear();
-    }
-    self->add(summary, copied.failure ? summary.totalFiles : summary.files);
+    self->tally.endStep(self->transfer->summary(), copied.failure ? CopyTally::End::broken : CopyTally::End::whole,
+                        names);
     if (copied.failure)
         std::rethrow_exception(copied.failure);
     self->throwIfCancelled();
@@ -294,9 +276,9 @@ Task<Survey> TransferRun::survey(Self self, Operands where, Names names, Survey:
 Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys)
 {
     auto const &target = self->job->target;
-    self->tell("waiting until it is on the disk");
+    self->tally.tell("waiting until it is on the disk");
     co_await answerUntilStopped(target.browser->sync(target.path));
-    self->tell("comparing the source with the copy");
+    self->tally.tell("comparing the source with the copy");
     // Behind the sync, which may take minutes: until then somebody may have changed the source.
     auto after = co_await survey(self, self->job->source, plan.allNames(), detailFor(plan));
     surveys.after = std::move(after);
@@ -313,7 +295,7 @@ Task<void> TransferRun::removeArrived(Self self, TransferPlan plan, MoveCheck::S
     auto removing = isForGood ? source.browser->removePermanently(source.paths(), LockedFolders::go)
                               : source.browser->remove(source.paths());
     self->end->isSourceTouched = true;
-    self->tell("deleting the source");
+    self->tally.tell("deleting the source");
     auto const removed = co_await outcomeOf(std::move(removing));
     if (!removed.failure) {
         append(self->end->gone, going);
@@ -343,81 +325,6 @@ Task<void> TransferRun::noteGone(Self self, Names going)
         self->end->mayBePartlyGone = self->end->mayBePartlyGone || each.kind == EntryKind::directory;
     }
     append(self->end->gone, namesWithout(going, still));
-}
-
-/// Counts the files of those of `plan` that have their names, of which `survey` knows the folders.
-void TransferRun::countPublished(TransferPlan const &plan, Survey const &survey)
-{
-    auto &sum = end->summary;
-    auto const published = plan.only(sum.complete);
-    sum.files += std::ssize(published.replace); // a file each
-    for (auto const &name : namesWithout(published.allNames(), namesReplacedBy(published))) {
-        auto const found = survey.parts.find(name);
-        sum.areFilesKnown = sum.areFilesKnown && found != survey.parts.end();
-        if (found != survey.parts.end())
-            sum.files += found->second.files;
-    }
-}
-
-std::optional<CopyStep::Size> TransferRun::sizeBehind() const
-{
-    return CopyStep::sizeOf(std::span(steps).subspan(begun));
-}
-
-/// The numbers of a copy go on where those of the copies before it ended.
-Transfer::Reporter TransferRun::reporterOfNextCopy() const
-{
-    return [report = onProgress, sum = bytes, before = bytes->load(), files = end->summary.files,
-            behind = sizeBehind()](TransferProgress progress) {
-        progress.bytes += before;
-        *sum = progress.bytes;
-        if (!behind)
-            progress.total.reset();
-        else if (progress.total)
-            *progress.total += before + behind->bytes;
-        if (!behind)
-            progress.totalFiles.reset();
-        else if (progress.totalFiles)
-            *progress.totalFiles += files + behind->files;
-        progress.files += files;
-        report(progress);
-    };
-}
-
-/// Says what is done behind the copies.
-void TransferRun::tell(std::string doing) const
-{
-    auto const copied = bytes->load();
-    onProgress({.bytes = copied,
-                .total = copied > 0 ? std::optional(copied) : std::nullopt,
-                .item = std::move(doing),
-                .files = end->summary.files,
-                .totalFiles = end->summary.files});
-}
-
-void TransferRun::add(TransferSummary const &part, std::optional<std::int64_t> total)
-{
-    auto &sum = end->summary;
-    sum.files += part.files;
-    sum.areFilesKnown = sum.areFilesKnown && part.areFilesKnown;
-    auto const shown = CopyStep::sizeOf(std::span(steps).subspan(begun - 1, 1));
-    if (shown)
-        total = shown->files;
-    if (sum.totalFiles && total)
-        *sum.totalFiles += *total;
-    else
-        sum.totalFiles.reset();
-    append(sum.complete, part.complete);
-    append(sum.partial, part.partial);
-    if (!part.words.empty())
-        sum.words = part.words;
-}
-
-void TransferRun::forgetArrivals(Names const &names)
-{
-    auto &sum = end->summary;
-    sum.complete = namesWithout(sum.complete, names);
-    sum.partial = namesWithout(sum.partial, names);
 }
 
 } // namespace tw

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Tarnwick/Operations/CopyStep.h"
+#include "Tarnwick/Operations/CopyTally.h"
 
-#include <atomic>
 #include <memory>
 #include <stop_token>
 #include <string>
@@ -51,24 +50,15 @@ private:
     static Task<void> removeArrived(Self self, TransferPlan plan, MoveCheck::Surveys surveys);
     static Task<void> noteGone(Self self, Names going);
 
-    Transfer::Reporter reporterOfNextCopy() const;
-    std::optional<CopyStep::Size> sizeBehind() const;
-    void tell(std::string doing) const;
-    void countPublished(TransferPlan const &plan, Survey const &survey);
-    void add(TransferSummary const &part, std::optional<std::int64_t> total);
-    void forgetArrivals(Names const &names);
     void throwIfCancelled() const;
 
     // Constant after construction.
     std::shared_ptr<TransferJob const> const job;
     std::shared_ptr<Transfer> const transfer;
-    Transfer::Reporter const onProgress;
 
     std::stop_source stop;
-    std::vector<CopyStep> steps;
-    std::size_t begun = 0; ///< how many of them
-    std::shared_ptr<std::atomic<std::int64_t>> const bytes = std::make_shared<std::atomic<std::int64_t>>(0);
     std::shared_ptr<TransferEnd> const end = std::make_shared<TransferEnd>();
+    CopyTally tally;
 };
 
 } // namespace tw
