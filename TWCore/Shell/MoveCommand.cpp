@@ -181,7 +181,7 @@ std::string powerShellMove(Move const &move, Existing existing)
     auto const dialect = ShellDialect::powershell;
     auto const source = quotePath(dialect, move.from);
     auto const target = quotePath(dialect, move.to);
-    auto const moving = "Move-Item -LiteralPath " + source + " -Destination " + target + " -Force -ErrorAction Stop";
+    auto moving = "Move-Item -LiteralPath " + source + " -Destination " + target + " -Force -ErrorAction Stop";
     if (existing == Existing::isReplaced) // Move-Item deletes the old file before it moves
         return "if(Test-Path -LiteralPath " + target + " -PathType Container){ throw 'a folder has the name' }; " +
                "if(Test-Path -LiteralPath " + target + "){ [IO.File]::Replace(" + source + "," + target +

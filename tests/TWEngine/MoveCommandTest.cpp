@@ -9,7 +9,6 @@ namespace tw::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using enum ShellDialect;

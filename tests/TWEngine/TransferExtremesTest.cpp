@@ -307,7 +307,7 @@ public:
 
     Task<CommandResult> runCommand(HostCommand /*command*/) override
     {
-        std::ofstream{mark};
+        std::ofstream const touched(mark);
         if (!answer)
             throw std::runtime_error("the connection was lost");
         co_return *answer;

@@ -71,7 +71,7 @@ exec /usr/bin/stat -c "$format" "$@"
             command.program = "/usr/bin/setpriv";
             command.arguments = {"--bounding-set", rights, "--inh-caps", rights, "--", "/bin/bash", "-s"};
         }
-        auto const shell = start(std::move(command));
+        auto const shell = start(command);
         auto const output = loop.start(restOf(shell, ChildOutput::standard));
         loop.run(shell->write("( eval " + quote(ShellDialect::posix, request) + " ) 2>&1 </dev/null\n"));
         shell->closeInput();
