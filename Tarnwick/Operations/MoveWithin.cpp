@@ -48,7 +48,7 @@ bool isOld(Occupant const &now, Occupant const &shown)
 /// What is known of names whose move has failed somewhere.
 struct Moved {
     Names whole;  ///< the source has them no more, and the target has them
-    Names inPart; ///< the source has them, and the target has neither nothing nor the old file
+    Names inPart; ///< the source has them, and the target is not as it was
 };
 
 /// Nothing if the source is gone as a whole, as with a disk that was pulled out: that says nothing about its names.

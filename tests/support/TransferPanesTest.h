@@ -112,7 +112,7 @@ protected:
         loop.drain();
     }
 
-    /// Until the first sheet that shows progress says that its work has ended, but not for ever.
+    /// Until the first sheet that shows progress says that its work has ended, or a minute has passed.
     void letTimePass()
     {
         for (int second = 0; second < 60 && dialogs->works.front()->isUnderWay; ++second) {

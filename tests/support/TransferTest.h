@@ -48,7 +48,7 @@ protected:
                                          [this](TransferProgress const &progress) { note(progress); }));
     }
 
-    /// Reaches a host whose cp stops for ever when it has made the file "huge".
+    /// Reaches a host whose cp does not go on once it has made the file "huge".
     void reachWithSlowCopies()
     {
         auto const cp = programs.file("cp", "#!/bin/sh\nfor to; do :; done\n"
