@@ -43,11 +43,11 @@ std::int64_t part()
     return text ? std::max(1L, std::strtol(text, nullptr, 10)) : 1;
 }
 
-constexpr int runs = 11;
-/// Of what takes a fifth of a second: two medians of so few runs differ by more than the limit allows.
-constexpr int runsOfShort = 15;
-/// For one figure, so that the whole table takes minutes. The time of one copy of 1 GiB varies by a fifth and more.
-constexpr std::chrono::seconds enough{60};
+/// Two medians of fewer runs differ by more than the limits allow: the time of a copy varies by a fifth and more.
+constexpr int runs = 31;
+/// For one figure, so that the whole table takes minutes.
+constexpr std::chrono::seconds enough{180};
+constexpr int cancelRuns = 11;
 constexpr std::int64_t gibibyte = std::int64_t{1} << 30U;
 constexpr int manyFiles = 10'000;
 constexpr std::chrono::milliseconds farAway{50};
@@ -116,7 +116,7 @@ std::int64_t residentKiB()
     return value;
 }
 
-/// Two hosts, which are this machine, and what lies on them.
+/// Hosts, all of which are this machine, and what lies on them.
 class Bench {
 public:
     Bench()
@@ -125,16 +125,18 @@ public:
         std::filesystem::create_directory(source.path("many"));
         for (int index = 0; index < manyFiles / part(); ++index)
             writeFile(source.path("many/file " + std::to_string(index)), 4096);
-        client.add("near", host.address().through(line.port()));
+        client.add("near", host.address());
         client.add("other", host.address());
+        client.add("far", host.address().through(line.port()));
         near = connect("near");
         other = connect("other");
+        far = connect("far");
     }
 
     ~Bench()
     {
-        loop.run(near->disconnect());
-        loop.run(other->disconnect());
+        for (auto const &each : {near, other, far})
+            loop.run(each->disconnect());
     }
 
     Bench(Bench const &) = delete;
@@ -184,7 +186,7 @@ public:
 
     EngineRuntime engine;
     TestHost host{engine};
-    DelayProxy line{host.address().port, {}};
+    DelayProxy line{host.address().port, farAway};
     SSHClient client;
     BenchLoop loop;
     TemporaryFolder source;
@@ -192,6 +194,7 @@ public:
     TemporaryFolder lists;
     std::shared_ptr<SSHProvider> near;
     std::shared_ptr<SSHProvider> other;
+    std::shared_ptr<SSHProvider> far; ///< through `line`
 
 private:
     std::shared_ptr<SSHProvider> connect(std::string const &name)
@@ -218,9 +221,9 @@ std::string unpack(Bench const &bench)
     return "tar -xpf - -C " + bench.target.path();
 }
 
-void measureStreams(Figures &figures, Bench &bench, std::string const &name, std::string const &what, double largest)
+void measureStreams(Figures &figures, Bench &bench, std::shared_ptr<SSHProvider> const &host, std::string const &name,
+                    std::string const &what, double largest)
 {
-    auto const &near = bench.near;
     auto const &other = bench.other;
     auto const measure = [&](std::string const &title, TransferEndpoint const &from, TransferEndpoint const &to,
                              std::string const &byHand) {
@@ -229,12 +232,12 @@ void measureStreams(Figures &figures, Bench &bench, std::string const &name, std
         figures.report(what + " " + title + ", beside the same pipe by hand", medians.subject, Figures::Yardstick::peer,
                        medians.peer, "ms", largest);
     };
-    measure("up", bench.here(bench.source), bench.on(near, bench.target),
-            pack(bench, name) + " | " + bench.ssh(near) + "'" + unpack(bench) + "'");
-    measure("down", bench.on(near, bench.source), bench.here(bench.target),
-            bench.ssh(near) + "'" + pack(bench, name) + "' | " + unpack(bench));
-    measure("from host to host", bench.on(near, bench.source), bench.on(other, bench.target),
-            bench.ssh(near) + "'" + pack(bench, name) + "' | " + bench.ssh(other) + "'" + unpack(bench) + "'");
+    measure("up", bench.here(bench.source), bench.on(host, bench.target),
+            pack(bench, name) + " | " + bench.ssh(host) + "'" + unpack(bench) + "'");
+    measure("down", bench.on(host, bench.source), bench.here(bench.target),
+            bench.ssh(host) + "'" + pack(bench, name) + "' | " + unpack(bench));
+    measure("from host to host", bench.on(host, bench.source), bench.on(other, bench.target),
+            bench.ssh(host) + "'" + pack(bench, name) + "' | " + bench.ssh(other) + "'" + unpack(bench) + "'");
 }
 
 /// One cp for all names of a folder.
@@ -251,7 +254,7 @@ void measureHere(Figures &figures, Bench &bench)
 {
     auto const measure = [&](std::string const &title, Names const &names, std::string const &byHand) {
         auto const medians = takeTurns(
-            runsOfShort, [&] { return bench.copyTime(names, bench.here(bench.source), bench.here(bench.target)); },
+            runs, [&] { return bench.copyTime(names, bench.here(bench.source), bench.here(bench.target)); },
             [&] { return bench.handTime(byHand); }, enough);
         figures.report("local copy of " + title + ", beside cp -a", medians.subject, Figures::Yardstick::peer,
                        medians.peer, "ms", largestHere);
@@ -265,7 +268,7 @@ void measureHere(Figures &figures, Bench &bench)
     for (auto const &entry : std::filesystem::directory_iterator(bench.source.path("many")))
         names.push_back(entry.path().filename());
     auto const medians = takeTurns(
-        runsOfShort,
+        runs,
         [&] {
             return bench.copyTime(names, TransferEndpoint::local(bench.source.path("many")), bench.here(bench.target));
         },
@@ -285,8 +288,7 @@ void measureFolders(Figures &figures, Bench &bench)
         writeFile(folders.path(names.back() + "/file"), 4096);
     }
     auto const medians = takeTurns(
-        runsOfShort,
-        [&] { return bench.copyTime(names, TransferEndpoint::local(folders.path()), bench.here(bench.target)); },
+        runs, [&] { return bench.copyTime(names, TransferEndpoint::local(folders.path()), bench.here(bench.target)); },
         [&] { return bench.handTime(copyByHand(bench, folders.path(), names)); }, enough);
     figures.report("local copy of 10,000 folders, beside cp -a of them", medians.subject, Figures::Yardstick::peer,
                    medians.peer, "ms", largestHere);
@@ -319,9 +321,7 @@ void measureOnHost(Figures &figures, Bench &bench)
 {
     auto const medians = takeTurns(
         runs,
-        [&] {
-            return bench.copyTime({"large"}, bench.on(bench.near, bench.source), bench.on(bench.near, bench.target));
-        },
+        [&] { return bench.copyTime({"large"}, bench.on(bench.far, bench.source), bench.on(bench.far, bench.target)); },
         [&] { return bench.handTime("cp -a " + bench.source.path() + "/large " + bench.target.path()); }, enough);
     auto const limit = medians.peer + std::chrono::duration<double, std::milli>(farAway).count() + serverSideOverhead;
     figures.report("server-side copy of 1 GiB, 50 ms away, beside cp -a there, a round trip and 10 ms", medians.subject,
@@ -379,11 +379,11 @@ void measurePump(Figures &figures, Bench &bench)
         };
         auto const byHand = [&] { commandTime("cat " + file + " | cat | cat >/dev/null"); };
         auto const title = "pump of " + std::string(file == archive ? "1 GiB" : "10,000 files of 4 KiB");
-        auto const work = takeTurns(runsOfShort, [&] { return workOf(pump); }, [&] { return workOf(byHand); }, enough);
+        auto const work = takeTurns(runs, [&] { return workOf(pump); }, [&] { return workOf(byHand); }, enough);
         figures.report(title + ", headers read, work beside that of cat", work.subject, Figures::Yardstick::peer,
                        work.peer, "ms", largestPump);
-        auto const time = takeTurns(
-            runsOfShort, [&] { return millisecondsOf(pump); }, [&] { return millisecondsOf(byHand); }, enough);
+        auto const time =
+            takeTurns(runs, [&] { return millisecondsOf(pump); }, [&] { return millisecondsOf(byHand); }, enough);
         figures.report(title + ", headers read, time beside that of cat", time.subject, Figures::Yardstick::peer,
                        time.peer, "ms", largestPump);
     }
@@ -408,7 +408,7 @@ struct CancelledCopy {
 void measureCancel(Figures &figures, Bench &bench, CancelledCopy const &copy)
 {
     std::vector<double> times;
-    for (int run = 0; run < runs; ++run) {
+    for (int run = 0; run < cancelRuns; ++run) {
         bench.clear();
         auto tools = TransferTools::find();
         tools.ssh = bench.client.program();
@@ -456,8 +456,8 @@ constexpr std::array<Section, 6> sections{{
      }},
     {"near",
      [](Figures &figures, Bench &bench) {
-         measureStreams(figures, bench, "large", "1 GiB", largestOfAStream);
-         measureStreams(figures, bench, "many", "10,000 files of 4 KiB", largestOfManyFiles);
+         measureStreams(figures, bench, bench.near, "large", "1 GiB", largestOfAStream);
+         measureStreams(figures, bench, bench.near, "many", "10,000 files of 4 KiB", largestOfManyFiles);
          showOthers(bench);
      }},
     {"memory", measureMemories},
@@ -465,10 +465,8 @@ constexpr std::array<Section, 6> sections{{
     {"cancel", measureCancels},
     {"far",
      [](Figures &figures, Bench &bench) {
-         bench.line.setRoundTrip(farAway);
-         measureStreams(figures, bench, "many", "10,000 files of 4 KiB, 50 ms away,", largestOfManyFiles);
+         measureStreams(figures, bench, bench.far, "many", "10,000 files of 4 KiB, 50 ms away,", largestOfManyFiles);
          measureOnHost(figures, bench);
-         bench.line.setRoundTrip({});
      }},
 }};
 
